@@ -1,0 +1,22 @@
+# The target is 32-bit x86 with SSE2: x87 would round doubles twice, and every layout is 32-bit.
+add_compile_options(-m32 -msse2 -mfpmath=sse)
+add_link_options(-m32)
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+# Places in diagnostics name files from the source tree's root, wherever it was built.
+add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+
+if(COMNLIB_SANITIZE)
+  add_compile_options(-fsanitize=${COMNLIB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${COMNLIB_SANITIZE})
+endif()
+if(COMNLIB_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+add_library(comnlib_hardening INTERFACE)
+target_compile_options(comnlib_hardening INTERFACE -fstack-protector-strong)
+if(NOT COMNLIB_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  target_compile_definitions(comnlib_hardening INTERFACE _FORTIFY_SOURCE=2)
+endif()
+target_link_options(comnlib_hardening INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)

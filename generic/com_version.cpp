@@ -1,0 +1,7 @@
+// The version line. __DATE__ follows SOURCE_DATE_EPOCH, so that a build can be reproduced.
+#include "comnlib/diag.h"
+
+const CS_CHAR* com_version(void) {
+  return "steiplo comnlib/" COMNLIB_VERSION "/P" COMNLIB_PATCH_LEVEL
+         "/Linux i386/POSIX threads/" COMNLIB_BUILD_TYPE "/" __DATE__;
+}

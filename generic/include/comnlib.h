@@ -1,0 +1,12 @@
+/* The common-services library: all public headers. Each may also be included alone. */
+#ifndef COMNLIB_H
+#define COMNLIB_H
+
+#include "comnlib/context.h"
+#include "comnlib/convert.h"
+#include "comnlib/diag.h"
+#include "comnlib/memory.h"
+#include "comnlib/result.h"
+#include "comnlib/types.h"
+
+#endif

@@ -1,0 +1,132 @@
+/*
+ * The context record. The host creates it (zero-filled), sets ctxversion, its allocator and its
+ * opaque hooks, and passes it first to nearly every operation. The library fills the fields marked
+ * with their header through the initialisers declared there and reads the rest only where said.
+ */
+#ifndef COMNLIB_CONTEXT_H
+#define COMNLIB_CONTEXT_H
+
+#include "types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct _cscontext CS_CONTEXT;
+
+/*
+ * A conversion routine: converts the value at `src`, described by `srcfmt`, into the value at
+ * `dest`, described by `destfmt`, and stores the number of bytes written through `destlen`.
+ * See convert.h for the calling rules.
+ */
+typedef CS_RETCODE (*CS_CONV_FUNC)(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
+                                   const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
+                                   CS_INT* destlen);
+
+/* The context's conversion matrix, row-major: source s to destination d is at s * cvtdim + d. */
+typedef struct _csconverttbl {
+  CS_CONV_FUNC* cvttbl;
+  int cvtdim;
+} CsConvertTbl;
+
+/* A user-installed conversion. The spine (nextsrc) has one node for each source type, each heading
+   the chain (nextdest) of its destinations. */
+typedef struct _csusrcvtfunc {
+  CS_INT srctype;
+  CS_INT desttype;
+  CS_CONV_FUNC cvtfunc; /* null once reset to the default */
+  struct _csusrcvtfunc* nextdest;
+  struct _csusrcvtfunc* nextsrc;
+} CsUsrCvtFunc;
+
+/* Null value of one built-in type. */
+typedef struct _csdefval {
+  CS_VOID* dventity; /* owned by the table */
+  CS_INT dvsize;     /* bytes at dventity */
+  CS_INT dvpadtype;  /* 1 character, 2 binary, 3 none, 4 Unicode character */
+} CsDefVal;
+
+typedef struct _csnulltbl {
+  CsDefVal* nullvals;
+  int nulldim;
+} CsNullTbl;
+
+/* Null value of a user type. */
+typedef struct _csusrnull {
+  CS_INT dttype;
+  CS_VOID* dventity; /* owned by the node, or null */
+  CS_INT dvsize;
+  struct _csusrnull* nextnull;
+} CsUsrNull;
+
+typedef struct _csctxglobals CsCtxGlobals;
+typedef struct _csconfig CsConfig;
+typedef struct _cs_thread CS_THREAD;
+typedef struct _comnmutex_ COMN_MUTEX;
+
+/* Allocator of a context: `size` in bytes; null on failure. */
+typedef CS_VOID* (*CS_CTXMALLOC_FUNC)(CS_CONTEXT* context, CS_INT size);
+typedef CS_VOID (*CS_CTXFREE_FUNC)(CS_CONTEXT* context, CS_VOID* block);
+
+/* The host's error handler; kept for the host, never called by this library. */
+typedef CS_RETCODE (*CS_ERROR_FUNC)(CS_CONTEXT* context, CS_VOID* message);
+
+struct _cscontext {
+  CS_INT ctxtag;              /* host */
+  CS_INT ctxstatus;           /* host */
+  CS_INT ctxversion;          /* host: interface version */
+  CS_LOCALE* ctxlocale;       /* locale.h: used where a data format has none */
+  CS_LOCALE* ctxdeflocale;    /* locale.h: ctxlocale is reset from it */
+  CsCtxGlobals* ctxglobals;   /* locale.h */
+  CsConvertTbl ctxcvttbl;     /* convert.h */
+  CsUsrCvtFunc* ctxusrcvttbl; /* convert.h */
+  CsNullTbl ctxnulls;         /* convert.h */
+  CsUsrNull* ctxusrnulls;     /* convert.h */
+  CS_THREAD* ctxthread;       /* thread.h: thread primitives in use, or null */
+  int ctxintlerr;             /* last status of the companion localization-file library */
+  CS_VOID* ctxctctx;          /* host, like the five below */
+  CS_VOID* ctxnetwork;
+  CS_VOID* ctxdsctx;
+  CS_VOID* ctxssctx;
+  CS_VOID* ctxopenserver;
+  CS_VOID* ctxcsctx;
+  COMN_MUTEX* ctxmtx;          /* host: lock of this context */
+  CS_VOID* usercharconv;       /* host: user character-conversion data */
+  CsConfig* ctxconfig;         /* config.h */
+  CS_CTXMALLOC_FUNC ctxmalloc; /* memory.h */
+  CS_CTXFREE_FUNC ctxfree;
+  CS_ERROR_FUNC ctxerrfunc; /* host */
+  CS_VOID* ctxcomerrhan;    /* host */
+};
+
+COMN_STATIC_ASSERT(sizeof(CsConvertTbl) == 8);
+COMN_STATIC_ASSERT(sizeof(CsUsrCvtFunc) == 20);
+COMN_STATIC_ASSERT(offsetof(CsUsrCvtFunc, nextdest) == 12);
+COMN_STATIC_ASSERT(sizeof(CsDefVal) == 12);
+COMN_STATIC_ASSERT(sizeof(CsNullTbl) == 8);
+COMN_STATIC_ASSERT(sizeof(CsUsrNull) == 16);
+COMN_STATIC_ASSERT(sizeof(CS_CONTEXT) == 108);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxlocale) == 12);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxdeflocale) == 16);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxglobals) == 20);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcvttbl) == 24);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrcvttbl) == 32);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxnulls) == 36);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrnulls) == 44);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxthread) == 48);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxintlerr) == 52);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxctctx) == 56);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcsctx) == 76);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmtx) == 80);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, usercharconv) == 84);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxconfig) == 88);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmalloc) == 92);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxfree) == 96);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxerrfunc) == 100);
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcomerrhan) == 104);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,120 @@
+/*
+ * Conversion of values: the context's matrix of routines, null values, and the routines themselves.
+ *
+ * Calling rules of every conversion routine (type CS_CONV_FUNC):
+ * - All six pointers are checked; a null one stops the process, and so do a source datatype that
+ *   the routine does not serve, a destination datatype that is not its own, and a negative length.
+ * - The length of a character, binary or Unicode-character source is srcfmt->maxlength; a varchar
+ * or varbinary carries its own; every other source has its type's fixed length.
+ * - At most destfmt->maxlength bytes are written to a variable-length destination, and the fixed
+ *   length to any other. The number of bytes written is stored through `destlen`.
+ * - The result is CS_SUCCEED or a CS_CVT_ code of result.h. After a failure code a clamped or cut
+ *   value may have been written; `destlen` tells how much.
+ * - Formats are only read. A routine keeps no state: calls on different destinations may run in
+ *   several threads at once.
+ *
+ * The tables belong to one context and are not locked: the host serialises changes to them.
+ */
+#ifndef COMNLIB_CONVERT_H
+#define COMNLIB_CONVERT_H
+
+#include "context.h"
+#include "result.h"
+#include "types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Padding kinds of CsDefVal.dvpadtype. */
+enum { CS_PAD_CHAR = 1, CS_PAD_BINARY = 2, CS_PAD_NONE = 3, CS_PAD_UNICHAR = 4 };
+
+/*
+ * com_conv_init: gives the context its copy of the default matrix (26 by 26, from comn_calloc's
+ * host) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
+ * com_conv_free: releases the matrix and the list; safe on a context whose init failed. CS_SUCCEED.
+ */
+COMN_API CS_RETCODE com_conv_init(CS_CONTEXT* context);
+COMN_API CS_RETCODE com_conv_free(CS_CONTEXT* context);
+
+/* com_conv_func: the routine for a pair of datatypes, or null when there is none or a code is
+   negative. Pairs with a code of 26 or above are looked up among the user conversions. */
+COMN_API CS_CONV_FUNC com_conv_func(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
+
+/*
+ * com_conv_install: makes `func` the routine of a pair; null makes the pair unsupported. Codes must
+ * not be negative (they are not checked). CS_SUCCEED, or CS_MEM_ERROR when a user conversion cannot
+ * be recorded.
+ */
+COMN_API CS_RETCODE com_conv_install(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype,
+                                     CS_CONV_FUNC func);
+
+/* com_conv_default: restores the default routine of a pair; a user pair keeps its node, with no
+   routine. A negative code stops the process. CS_SUCCEED. */
+COMN_API CS_RETCODE com_conv_default(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
+
+/*
+ * com_null_init: gives the context the default null value of each built-in type. CS_SUCCEED, or
+ * CS_MEM_ERROR; what was built until then is kept for com_null_free.
+ * com_null_free: releases the table and the user nodes. The value buffers of user null values are
+ * not released: com_null_set with length 0 or com_null_reinstall does that beforehand. CS_SUCCEED.
+ */
+COMN_API CS_RETCODE com_null_init(CS_CONTEXT* context);
+COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
+
+/*
+ * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
+ * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks.
+ * A numeric takes the destination's precision and scale, and its length when the precision is in
+ * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
+ * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
+ * bytes then. A user type without a null value gives length 0.
+ * A negative type or `destlen` stops the process. Returns CS_SUCCEED or the padding's code.
+ */
+COMN_API CS_RETCODE com_null_get(CS_CONTEXT* context, const CS_DATAFMT* destfmt, CS_VOID* dest,
+                                 CS_INT destlen, CS_INT* resultlen);
+
+/*
+ * com_null_set: makes a copy of the `length` bytes at `value` the null value of `datatype`.
+ * Codes up to 24 are built-in; CS_UNICHAR_TYPE and above are kept with the user types, while
+ * com_null_get of CS_UNICHAR_TYPE goes on returning the built-in value.
+ * A negative type or length stops the process. CS_SUCCEED or CS_MEM_ERROR.
+ */
+COMN_API CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* value,
+                                 CS_INT length);
+
+/*
+ * com_null_reinstall: gives a built-in type (up to 24) its default null value back, and removes the
+ * null value of a user type (25 and above). Removing the second user type of the list, newest
+ * first, drops the newest one from the list too. A negative type, or a built-in one whose value was
+ * set to length 0, stops the process. CS_SUCCEED, or CS_MEM_ERROR when a shorter stored value
+ * cannot be grown to the default.
+ */
+COMN_API CS_RETCODE com_null_reinstall(CS_CONTEXT* context, CS_INT datatype);
+
+#define COMN_CONVERSION(routine)                                                                 \
+  COMN_API CS_RETCODE routine(CS_CONTEXT* context, const CS_DATAFMT* srcfmt, const CS_VOID* src, \
+                              const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* destlen)
+
+/* From CS_VOID: comn_voidtoany stores the null value of any destination type; comn_voidtovoid
+   succeeds and touches nothing, not even its arguments. */
+COMN_CONVERSION(comn_voidtoany);
+COMN_CONVERSION(comn_voidtovoid);
+
+/*
+ * The raw bytes of a fixed-length value of `size` bytes into a binary or varbinary destination.
+ * comn_fixedtobin: cut with CS_CVT_TRUNCATED when destfmt->maxlength is smaller, else padded.
+ * comn_fixedtovarbin: at most 256 bytes, CS_CVT_OVERFLOW when there are more; length 258.
+ */
+COMN_API CS_RETCODE comn_fixedtobin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
+                                    const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
+                                    CS_INT* destlen, CS_INT size);
+COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
+                                       const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
+                                       CS_INT* destlen, CS_INT size);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

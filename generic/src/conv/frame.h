@@ -1,0 +1,73 @@
+// The frame of every conversion routine: its arguments, the checks that open it, and the rules by
+// which formatted text is placed in its destination.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+#include "comnlib/convert.h"
+#include "diag/diag.h"
+
+#define COMNLIB_CONVERSION_PARAMETERS                                                           \
+  CS_CONTEXT *context, const CS_DATAFMT *srcfmt, const CS_VOID *src, const CS_DATAFMT *destfmt, \
+      CS_VOID *dest, CS_INT *destlen
+
+namespace comnlib {
+
+struct Conversion {
+  CS_CONTEXT* context;
+  const CS_DATAFMT* srcfmt;
+  const CS_VOID* src;
+  const CS_DATAFMT* destfmt;
+  CS_VOID* dest;
+  CS_INT* destlen;
+};
+
+inline void check_pointers(const Conversion& call, Place place = Place::current()) {
+  check_pointer(call.context, place);
+  check_pointer(call.srcfmt, place);
+  check_pointer(call.src, place);
+  check_pointer(call.destfmt, place);
+  check_pointer(call.dest, place);
+  check_pointer(call.destlen, place);
+}
+
+constexpr bool is_character(CS_INT datatype) {
+  return datatype == CS_CHAR_TYPE || datatype == CS_LONGCHAR_TYPE || datatype == CS_TEXT_TYPE ||
+         datatype == CS_SENSITIVITY_TYPE || datatype == CS_BOUNDARY_TYPE;
+}
+
+constexpr bool is_binary(CS_INT datatype) {
+  return datatype == CS_BINARY_TYPE || datatype == CS_LONGBINARY_TYPE || datatype == CS_IMAGE_TYPE;
+}
+
+constexpr bool is_numeric(CS_INT datatype) {
+  return datatype == CS_NUMERIC_TYPE || datatype == CS_DECIMAL_TYPE;
+}
+
+// Values stand anywhere in a host's row buffer, so they are read and written bytewise.
+template <class T>
+T load(const void* from) {
+  static_assert(std::is_trivially_copyable_v<T>);
+  T value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+
+template <class T>
+void store(void* to, const T& value) {
+  static_assert(std::is_trivially_copyable_v<T>);
+  std::memcpy(to, &value, sizeof value);
+}
+
+// Places the text of a number in a character destination and pads it. Text that does not fit, its
+// NUL included where one is asked for, becomes "*" when there are at least two bytes of room, and
+// CS_CVT_OVERFLOW is returned. The caller has checked pointers and datatypes.
+CS_RETCODE place_text(std::string_view text, const Conversion& call);
+
+// Places the text of a number in a CS_VARCHAR, with its NUL where one fits in `str`; text of more
+// than 256 characters becomes "*" with CS_CVT_OVERFLOW. The destination length is 258.
+CS_RETCODE place_varchar(std::string_view text, const Conversion& call);
+
+}  // namespace comnlib

@@ -1,0 +1,42 @@
+// The stops: pointer check, assertion failure and panic, and the set-up diagnostic com_perr. Their
+// texts are contracts with the hosts' log scanners.
+#include <cstdio>
+#include <cstdlib>
+
+#include "diag/diag.h"
+
+namespace {
+
+// Standard error is closed first, so that buffered text reaches its file before the core is taken.
+[[noreturn]] void abort_process() {
+  std::fclose(stderr);
+  std::abort();
+}
+
+}  // namespace
+
+void com_chkptr(const CS_VOID* pointer, const CS_CHAR* file, CS_INT line) {
+  if (pointer != nullptr) return;
+  std::fprintf(stderr, "\n\rInvalid pointer 0x%X, file '%s' line %d\n\r", 0U, file,
+               static_cast<int>(line));
+  abort_process();
+}
+
+void com_bomb(const CS_CHAR* file, CS_INT line) {
+  std::fprintf(stderr, "\n\rassertion failed, file '%s' line %d\n\r", file, static_cast<int>(line));
+  abort_process();
+}
+
+void com_panic(const CS_CHAR* text) {
+  std::fprintf(stderr, "\nINTERNAL ERROR: unrecoverable error: %s\n", text);
+  std::exit(-1);
+}
+
+void com_perr(const CS_CHAR* text) {
+  comnlib::check_pointer(text);
+  std::fputs(text, stderr);
+  if (std::FILE* log = std::fopen("tlvinit.err", "a")) {
+    std::fputs(text, log);
+    std::fclose(log);
+  }
+}

@@ -1,0 +1,43 @@
+// What every other room needs of the diagnostics: thin inline checks around the public routines.
+// The place they report is the caller's, so they stand directly in the routine that states the
+// precondition.
+#pragma once
+
+#include <atomic>
+#include <source_location>
+
+#include "comnlib/diag.h"
+
+namespace comnlib {
+
+using Place = std::source_location;
+
+namespace internal {
+// Level of com_errset; read on every return, so kept where the check is one load.
+extern std::atomic<CS_INT> trace_level;
+}  // namespace internal
+
+// Stops the process. For states that no argument and no data can bring about.
+[[noreturn]] inline void stop(Place place = Place::current()) {
+  com_bomb(place.file_name(), static_cast<CS_INT>(place.line()));
+}
+
+// Stops the process unless a precondition holds.
+inline void require(bool condition, Place place = Place::current()) {
+  if (!condition) [[unlikely]]
+    stop(place);
+}
+
+inline void check_pointer(const void* pointer, Place place = Place::current()) {
+  if (pointer == nullptr) [[unlikely]]
+    com_chkptr(pointer, place.file_name(), static_cast<CS_INT>(place.line()));
+}
+
+// Passes a result code through the error trace: the last thing a public routine does.
+inline CS_RETCODE trace(CS_RETCODE code, Place place = Place::current()) {
+  if (internal::trace_level.load(std::memory_order_relaxed) == COM_TRACE_NONE) [[likely]]
+    return code;
+  return com_errtrace(code, place.file_name(), static_cast<CS_INT>(place.line()));
+}
+
+}  // namespace comnlib

@@ -1,0 +1,45 @@
+// The tests' host allocator: counts live blocks and fails on demand. It replaces the library's weak
+// defaults in every test binary.
+#pragma once
+
+#include <cstddef>
+
+namespace host_alloc {
+
+// Blocks allocated through comn_malloc, comn_calloc and comn_realloc and not yet freed.
+std::size_t live_blocks();
+
+// While it lives, makes allocations fail: the `first`-th from now on (1 is the next one), once or
+// from there on. The destructor ends it.
+class Failing {
+ public:
+  enum class Mode { kOnce, kFromThereOn };
+  explicit Failing(std::size_t first, Mode mode = Mode::kOnce);
+  ~Failing();
+  Failing(const Failing&) = delete;
+  Failing& operator=(const Failing&) = delete;
+
+  // Whether the chosen allocation has been reached.
+  bool reached() const;
+};
+
+// Runs `attempt` with its first, second, ... allocation failing until a run reaches no failure, in
+// both modes. `attempt(failed)` gets a callable that tells whether an allocation failed in this
+// run. Returns how many allocations a run makes.
+template <class Attempt>
+std::size_t sweep(Attempt attempt) {
+  std::size_t count = 0;
+  for (const auto mode : {Failing::Mode::kOnce, Failing::Mode::kFromThereOn}) {
+    for (std::size_t n = 1;; ++n) {
+      const Failing failing(n, mode);
+      attempt([&failing] { return failing.reached(); });
+      if (!failing.reached()) {
+        count = n - 1;
+        break;
+      }
+    }
+  }
+  return count;
+}
+
+}  // namespace host_alloc
