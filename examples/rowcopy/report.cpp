@@ -107,7 +107,7 @@ void print(const Report& report, const Layout& layout, const std::string& csv_pa
            const std::string& record_path, std::ostream& out) {
   out << csv_path << ": " << report.rows_read << " rows read, " << report.rows_copied << " copied, "
       << report.rows_read - report.rows_copied << " rejected";
-  if (report.blank_lines != 0) out << ", " << report.blank_lines << " blank lines";
+  if (report.blank_lines != 0) out << ", blank lines: " << report.blank_lines;
   out << '\n'
       << record_path << ": " << report.rows_copied << " records of " << report.record_size
       << " bytes\n\n";

@@ -63,16 +63,17 @@ printf '\xEF\xBB\xBFname,left out,id\r\n' >t.csv
 printf '%s\r\n' 'Zürich \xe2\x82\xac,x,1' '"quoted, ""twice""",x,2' '' '"two' 'lines",x,3' \
   ' blanks kept ,x,4' "$long,x,5" '"",x,6' ',x,' >>t.csv
 run 'quotes, CRLF, UTF-8, a long field, empty against null' 0 --text text t.layout t.csv records
-reports '7 rows read, 7 copied, 0 rejected, 1 blank line'
+reports '7 rows read, 7 copied, 0 rejected, blank lines: 1'
 {
   printf '%s\n' 'id,name' '1,Zürich \xe2\x82\xac' '2,"quoted, ""twice"""'
   printf '3,"two\r\nlines"\n'
   printf '%s\n' '4, blanks kept ' "5,$long" '6,""' ','
 } >expected
 same expected text
-run 'the text reads as the same records' 0 t.layout text again
-run '' 0 t.layout t.csv records
-same records again
+mv records before
+mv text again.csv
+run 'the text reads as the same records' 0 t.layout again.csv records
+same before records
 
 printf 'id,name\r1,old\r2,line ends' >t.csv
 run 'CR between rows, none at the end' 0 t.layout t.csv records
