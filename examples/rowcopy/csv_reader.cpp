@@ -24,7 +24,7 @@ CsvReader::CsvReader(const std::string& path) : file_(path, File::Mode::kRead) {
   // Blanks around a field belong to it.
   csv_set_space_func(&parser_, [](unsigned char) { return 0; });
   csv_set_realloc_func(&parser_, bounded_realloc);
-  csv_set_blk_size(&parser_, 4096);
+  csv_set_blk_size(&parser_, 65536);
   if (refill() && unread_.starts_with(kByteOrderMark)) unread_.remove_prefix(kByteOrderMark.size());
 }
 

@@ -1,12 +1,15 @@
 // rowcopy: copies a CSV file into fixed-layout binary records and back, as a bulk-copy tool does,
 // with every value converted by the library. Exit status 0: everything was copied; 1: some values
-// or rows were not, as reported; 2: nothing useful was done, as one line on standard error says.
+// or rows were not, as reported; 2: it could not be done, as one line on standard error says.
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "copy.h"
 #include "datatype.h"

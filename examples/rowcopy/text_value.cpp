@@ -1,5 +1,6 @@
 #include "text_value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -32,14 +33,14 @@ bool is_tiny(std::string_view number) {
   const std::string_view mantissa = number.substr(0, e);
   const std::string_view exponent = number.substr(std::min(e + 1, number.size()));
   const bool negative = exponent.starts_with('-');
-  long long shift = 0;
+  int shift = 0;
   if (!exponent.empty() &&
       parse(exponent.substr(exponent.starts_with('+') ? 1 : 0), shift) != std::errc{}) {
     return negative;  // more digits than any mantissa makes up for
   }
   const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
   const std::size_t first = mantissa.find_first_of("123456789");
-  return static_cast<long long>(point) - static_cast<long long>(first) + shift < 0;
+  return static_cast<long long>(point) + shift < static_cast<long long>(first);
 }
 
 constexpr int nibble(char c) {
