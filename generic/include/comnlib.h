@@ -8,6 +8,7 @@
 #include "comnlib/diag.h"
 #include "comnlib/memory.h"
 #include "comnlib/result.h"
+#include "comnlib/thread.h"
 #include "comnlib/types.h"
 
 #endif
