@@ -6,6 +6,7 @@
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
 #include "comnlib/diag.h"
+#include "comnlib/list.h"
 #include "comnlib/memory.h"
 #include "comnlib/result.h"
 #include "comnlib/thread.h"
