@@ -150,7 +150,11 @@ int main(int argc, char** argv) {
   }
   const std::chrono::duration<double> budget(argc > 2 ? std::atof(argv[2]) : 2.0);
   if (const int copy = dup(STDERR_FILENO); copy >= 0) report = copy;
-  if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback(print_input);
+  if (__sanitizer_set_death_callback != nullptr) {
+    __sanitizer_set_death_callback(print_input);
+  } else {
+    std::signal(SIGSEGV, on_signal);
+  }
   for (const int signal_number : {SIGABRT, SIGILL, SIGTRAP, SIGFPE}) {
     std::signal(signal_number, on_signal);
   }
