@@ -2,6 +2,7 @@
 #ifndef COMNLIB_H
 #define COMNLIB_H
 
+#include "comnlib/charset.h"
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
 #include "comnlib/diag.h"
