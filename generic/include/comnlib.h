@@ -4,6 +4,7 @@
 
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
+#include "comnlib/datetime.h"
 #include "comnlib/diag.h"
 #include "comnlib/memory.h"
 #include "comnlib/result.h"
