@@ -45,23 +45,52 @@ inline TextChar first_char(Text text) {
           comn_isspace(text.attrib, head.data()) != 0, false};
 }
 
-// Walks a text: `next` is the next character, `skip` moves behind it.
-class TextReader {
+// Readers walk a text by the ASCII forms of its characters. All have the same shape: `done`, and
+// while it is false `ascii` (0: no ASCII form), `space` and `skip` for the character that is next.
+
+class TableReader {
  public:
-  explicit TextReader(Text text) : text_(text) {}
-  bool done() const { return text_.bytes.empty(); }
-  TextChar next() const { return first_char(text_); }
-  void skip(const TextChar& character) { text_.bytes = text_.bytes.subspan(character.bytes.size()); }
-  void skip_blanks() {
-    while (!done()) {
-      const TextChar character = next();
-      if (!character.space) return;
-      skip(character);
-    }
+  explicit TableReader(Text text) : rest_(text) { look(); }
+  bool done() const { return rest_.bytes.empty(); }
+  int ascii() const { return next_.ascii; }
+  bool space() const { return next_.space; }
+  void skip() {
+    rest_.bytes = rest_.bytes.subspan(next_.bytes.size());
+    look();
   }
 
  private:
-  Text text_;
+  void look() {
+    if (!done()) next_ = first_char(rest_);
+  }
+  Text rest_;
+  TextChar next_{};
 };
+
+// Plain bytes need no character widths: the common case of number columns.
+class PlainReader {
+ public:
+  explicit PlainReader(std::span<const CS_BYTE> bytes)
+      : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+  bool done() const { return at_ == end_; }
+  int ascii() const { return *at_; }
+  bool space() const { return (ISO_1_type_map[*at_].char_type & COMN_CT_SPACE) != 0; }
+  void skip() { ++at_; }
+
+ private:
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+};
+
+template <class Reader>
+void skip_blanks(Reader& reader) {
+  while (!reader.done() && reader.space()) reader.skip();
+}
+
+// Calls `use` with the reader that suits the text.
+template <class Use>
+auto with_reader(Text text, Use use) {
+  return text.attrib == nullptr ? use(PlainReader(text.bytes)) : use(TableReader(text));
+}
 
 }  // namespace comnlib

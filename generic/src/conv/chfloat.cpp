@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
-constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 std::string_view trim(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};

@@ -26,30 +26,10 @@ struct Scanned {
   uint64_t magnitude;
 };
 
-// Plain bytes need no character widths: the common case of number columns.
-struct PlainReader {
-  const CS_BYTE* at;
-  const CS_BYTE* end;
-  bool done() const { return at == end; }
-  int ascii() const { return *at; }
-  void skip() { ++at; }
-  void skip_blanks() {
-    while (at != end && (ISO_1_type_map[*at].char_type & COMN_CT_SPACE) != 0) ++at;
-  }
-};
-
-struct TableReader {
-  TextReader reader;
-  bool done() const { return reader.done(); }
-  int ascii() const { return reader.next().ascii; }
-  void skip() { reader.skip(reader.next()); }
-  void skip_blanks() { reader.skip_blanks(); }
-};
-
 template <class Reader>
 Scanned scan(Reader reader) {
   Scanned result{false, false, 0};
-  reader.skip_blanks();
+  skip_blanks(reader);
   if (!reader.done() && (reader.ascii() == '-' || reader.ascii() == '+')) {
     result.negative = reader.ascii() == '-';
     reader.skip();
@@ -61,7 +41,7 @@ Scanned scan(Reader reader) {
     result.valid = true;
     reader.skip();
   }
-  reader.skip_blanks();
+  skip_blanks(reader);
   result.valid = result.valid && reader.done();
   return result;
 }
@@ -71,9 +51,7 @@ Scanned scan_text(const char_attrib* attrib, const CS_CHAR* text, CS_INT length)
   require(length >= 0);
   const Text source{{reinterpret_cast<const CS_BYTE*>(text), static_cast<std::size_t>(length)},
                     attrib};
-  if (attrib == nullptr)
-    return scan(PlainReader{source.bytes.data(), source.bytes.data() + source.bytes.size()});
-  return scan(TableReader{TextReader(source)});
+  return with_reader(source, [](auto reader) { return scan(reader); });
 }
 
 template <class Int>
