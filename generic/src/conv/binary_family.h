@@ -27,10 +27,9 @@ struct BinarySource {
 struct VarbinarySource {
   static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARBINARY_TYPE; }
   static std::optional<Bytes> bytes(const Conversion& call) {
-    const auto* record = static_cast<const CS_VARBINARY*>(call.src);
-    const auto length = load<CS_SMALLINT>(&record->len);
+    const CS_SMALLINT length = record_length(call.src);
     if (length < 0 || length > CS_MAX_CHAR) return std::nullopt;
-    return Bytes(record->array, static_cast<std::size_t>(length));
+    return Bytes(record_bytes(call.src), static_cast<std::size_t>(length));
   }
 };
 
@@ -110,10 +109,9 @@ struct ToBinary {
 struct ToVarbinary {
   static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARBINARY_TYPE; }
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
-    auto* record = static_cast<CS_VARBINARY*>(call.dest);
     const std::size_t kept = std::min<std::size_t>(bytes.size(), CS_MAX_CHAR);
-    std::memmove(record->array, bytes.data(), kept);
-    store(&record->len, static_cast<CS_SMALLINT>(kept));
+    std::memmove(record_bytes(call.dest), bytes.data(), kept);
+    store(call.dest, static_cast<CS_SMALLINT>(kept));
     *call.destlen = sizeof(CS_VARBINARY);
     return kept < bytes.size() ? CS_CVT_TRUNCATED : CS_SUCCEED;
   }

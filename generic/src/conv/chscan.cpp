@@ -10,20 +10,18 @@
 namespace comnlib {
 namespace {
 
-enum ScanStatus : CS_INT { kScanned = 0, kOutOfRange = 1, kNoInteger = 2 };
-
 // A magnitude stops growing once it is larger than any integer's.
-constexpr uint64_t kSaturated = std::numeric_limits<uint64_t>::max();
+constexpr std::uint64_t kSaturated = std::numeric_limits<std::uint64_t>::max();
 
-uint64_t append_digit(uint64_t magnitude, unsigned digit) {
-  constexpr uint64_t kLastSafe = (kSaturated - 9) / 10;
+std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
+  constexpr std::uint64_t kLastSafe = (kSaturated - 9) / 10;
   return magnitude > kLastSafe ? kSaturated : magnitude * 10 + digit;
 }
 
 struct Scanned {
   bool valid;
   bool negative;
-  uint64_t magnitude;
+  std::uint64_t magnitude;
 };
 
 template <class Reader>
@@ -46,50 +44,54 @@ Scanned scan(Reader reader) {
   return result;
 }
 
-Scanned scan_text(const char_attrib* attrib, const CS_CHAR* text, CS_INT length) {
-  check_pointer(text);
-  require(length >= 0);
-  const Text source{{reinterpret_cast<const CS_BYTE*>(text), static_cast<std::size_t>(length)},
-                    attrib};
-  return with_reader(source, [](auto reader) { return scan(reader); });
-}
-
 template <class Int>
-CS_INT scan_integer(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, Int* value) {
+CS_INT scan_checked(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, Int* value) {
+  check_pointer(text);
   check_pointer(value);
-  const Scanned scanned = scan_text(attrib, text, length);
-  if (!scanned.valid) return kNoInteger;
-
-  using Limits = std::numeric_limits<Int>;
-  constexpr uint64_t kMax = static_cast<uint64_t>(Limits::max());
-  constexpr uint64_t kMinMagnitude = Limits::is_signed ? kMax + 1 : 0;
-  const uint64_t limit = scanned.negative ? kMinMagnitude : kMax;
-  const bool fits = scanned.magnitude <= limit;
-  const uint64_t magnitude = fits ? scanned.magnitude : limit;
-  const auto result = static_cast<Int>(scanned.negative ? uint64_t{0} - magnitude : magnitude);
-  std::memcpy(value, &result, sizeof result);
-  return fits ? kScanned : kOutOfRange;
+  require(length >= 0);
+  const auto* bytes = reinterpret_cast<const CS_BYTE*>(text);
+  Int result;
+  const ScanStatus status =
+      scan_integer<Int>({{bytes, static_cast<std::size_t>(length)}, attrib}, result);
+  if (status != kNoInteger) std::memcpy(value, &result, sizeof result);
+  return status;
 }
 
 }  // namespace
 
-CS_INT scan_int64(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, int64_t* value) {
-  return scan_integer(attrib, text, length, value);
+template <class Int>
+ScanStatus scan_integer(const Text& text, Int& value) {
+  const Scanned scanned = with_reader(text, [](auto reader) { return scan(reader); });
+  if (!scanned.valid) return kNoInteger;
+
+  using Limits = std::numeric_limits<Int>;
+  constexpr auto kMax = static_cast<std::uint64_t>(Limits::max());
+  constexpr std::uint64_t kMinMagnitude = Limits::is_signed ? kMax + 1 : 0;
+  const std::uint64_t limit = scanned.negative ? kMinMagnitude : kMax;
+  const bool fits = scanned.magnitude <= limit;
+  const std::uint64_t magnitude = fits ? scanned.magnitude : limit;
+  value = static_cast<Int>(scanned.negative ? std::uint64_t{0} - magnitude : magnitude);
+  return fits ? kScanned : kOutOfRange;
 }
+
+template ScanStatus scan_integer(const Text&, CS_TINYINT&);
+template ScanStatus scan_integer(const Text&, CS_SMALLINT&);
+template ScanStatus scan_integer(const Text&, CS_INT&);
+template ScanStatus scan_integer(const Text&, std::int64_t&);
 
 }  // namespace comnlib
 
 CS_INT com__chtoi1_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
                       CS_TINYINT* value) {
-  return comnlib::scan_integer(attrib, text, length, value);
+  return comnlib::scan_checked(attrib, text, length, value);
 }
 
 CS_INT com__chtoi2_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
                       CS_SMALLINT* value) {
-  return comnlib::scan_integer(attrib, text, length, value);
+  return comnlib::scan_checked(attrib, text, length, value);
 }
 
 CS_INT com__chtoi4_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
                       CS_INT* value) {
-  return comnlib::scan_integer(attrib, text, length, value);
+  return comnlib::scan_checked(attrib, text, length, value);
 }

@@ -1,8 +1,9 @@
 // Scanners of integers in text, on the attribute tables of its character set.
 #pragma once
 
-#include "comnlib/charset.h"
-#include "comnlib/types.h"
+#include <cstdint>
+
+#include "chars/text.h"
 
 extern "C" {
 
@@ -20,7 +21,15 @@ CS_INT com__chtoi4_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT len
 
 namespace comnlib {
 
-// The same for the 64-bit integers that Unicode-character text converts to.
-CS_INT scan_int64(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, int64_t* value);
+enum ScanStatus : CS_INT { kScanned = 0, kOutOfRange = 1, kNoInteger = 2 };
+
+// The same over a text in any encoding.
+template <class Int>
+ScanStatus scan_integer(const Text& text, Int& value);
+
+extern template ScanStatus scan_integer(const Text&, CS_TINYINT&);
+extern template ScanStatus scan_integer(const Text&, CS_SMALLINT&);
+extern template ScanStatus scan_integer(const Text&, CS_INT&);
+extern template ScanStatus scan_integer(const Text&, std::int64_t&);
 
 }  // namespace comnlib

@@ -7,11 +7,6 @@ using namespace comnlib::text_family;
 
 namespace {
 
-// A 64-bit integer, the only value that converts into CS_LONG.
-CS_INT scan_long(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, int64_t* value) {
-  return scan_int64(attrib, text, length, value);
-}
-
 // Room for the text of every fixed-length value.
 constexpr CS_INT kTextRoom = 256;
 
@@ -40,7 +35,7 @@ CS_RETCODE by_text(const Conversion& call, Place place = Place::current()) {
 COMNLIB_TEXT_FAMILY(unichar, UnicharSource)
 COMNLIB_TEXT_MEMBER(comn_unichartotext, UnicharSource, ToCharacter)
 COMNLIB_TEXT_MEMBER(comn_unichartoimage, UnicharSource, ToBinary)
-COMNLIB_TEXT_MEMBER(comn_unichartoi8, UnicharSource, ToInteger<int64_t, CS_LONG_TYPE, scan_long>)
+COMNLIB_TEXT_MEMBER(comn_unichartoi8, UnicharSource, ToInteger<std::int64_t, CS_LONG_TYPE>)
 
 #define COMNLIB_BY_TEXT(routine, to_text)                                      \
   CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                          \

@@ -6,28 +6,57 @@
 #include "conv/newutils.h"
 
 namespace comnlib {
+namespace {
 
-CS_RETCODE place_text(std::string_view text, const Conversion& call) {
+template <class Unit>
+CS_RETCODE pad(CS_INT length, const Conversion& call) {
+  if constexpr (sizeof(Unit) == sizeof(CS_CHAR))
+    return comn__padchar(length, call.destfmt, call.dest, call.destlen);
+  else
+    return comn__padunichar(length, call.destfmt, call.dest, call.destlen);
+}
+
+template <class Unit>
+void write(std::string_view text, void* dest) {
+  auto* at = static_cast<CS_BYTE*>(dest);
+  for (const char character : text) {
+    store(at, static_cast<Unit>(character));
+    at += sizeof(Unit);
+  }
+}
+
+// The placement rule in units of `Unit`, into which every character of the text widens.
+template <class Unit>
+CS_RETCODE place(std::string_view text, const Conversion& call) {
+  constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength;
   require(room >= 0);
   const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
-  const auto length = static_cast<CS_INT>(text.size());
-  auto* dest = static_cast<CS_CHAR*>(call.dest);
+  const auto length = static_cast<CS_INT>(text.size()) * kUnit;
 
-  if (length <= room && !(terminate && length == room)) {
-    text.copy(dest, text.size());
+  if (length <= room && (!terminate || kUnit <= room - length)) {
+    write<Unit>(text, call.dest);
     *call.destlen = length;
-    return comn__padchar(length, call.destfmt, call.dest, call.destlen);
+    return pad<Unit>(length, call);
   }
   *call.destlen = std::min(room, length);
-  if (room >= 2) {
-    dest[0] = '*';
-    dest[1] = '\0';
-    *call.destlen = 1;
+  if (room >= 2 * kUnit) {
+    write<Unit>({"*", 2}, call.dest);
+    *call.destlen = kUnit;
     // Overflow is the answer whatever the padding reports.
-    static_cast<void>(comn__padchar(1, call.destfmt, call.dest, call.destlen));
+    static_cast<void>(pad<Unit>(kUnit, call));
   }
   return CS_CVT_OVERFLOW;
+}
+
+}  // namespace
+
+CS_RETCODE place_text(std::string_view text, const Conversion& call) {
+  return place<CS_CHAR>(text, call);
+}
+
+CS_RETCODE place_unichar(std::string_view text, const Conversion& call) {
+  return place<CS_UNICHAR>(text, call);
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {

@@ -8,6 +8,7 @@
 #include "conv/com_date.h"
 #include "conv/hex.h"
 #include "conv/newutils.h"
+#include "conv/number_family.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
 #include "time/datetext.h"
@@ -21,57 +22,55 @@ constexpr std::size_t kLiteralRoom = 1024;
 // What stands in an ASCII form for a character that has none: no literal contains it.
 constexpr CS_CHAR kNoAscii = '\x1A';
 
-// The ASCII form of a literal without the blanks around it.
+// The ASCII form of a literal without the blanks around it. Plain bytes are viewed in place.
 class AsciiForm {
  public:
-  explicit AsciiForm(Text text) {
-    if (text.attrib == nullptr) {
+  explicit AsciiForm(const Text& text) {
+    if (text.attrib == nullptr && !text.utf16)
       view_ = trim(text.bytes);
-      valid_ = view_.size() <= kLiteralRoom;
-    } else {
-      valid_ = fill(TableReader(text));
-    }
+    else
+      valid_ = with_reader(text, [this](auto reader) { return fill(reader); });
   }
   AsciiForm(const AsciiForm&) = delete;
   AsciiForm& operator=(const AsciiForm&) = delete;
 
-  bool valid() const { return valid_; }
+  bool valid() const { return valid_ && view_.size() <= kLiteralRoom; }
   std::string_view view() const { return view_; }
 
  private:
-  static bool is_blank(CS_BYTE byte) {
-    return (ISO_1_type_map[byte].char_type & COMN_CT_SPACE) != 0;
-  }
   static std::string_view trim(Bytes bytes) {
-    while (!bytes.empty() && is_blank(bytes.front())) bytes = bytes.subspan(1);
-    while (!bytes.empty() && is_blank(bytes.back())) bytes = bytes.first(bytes.size() - 1);
+    while (!bytes.empty() && is_default_space(bytes.front())) bytes = bytes.subspan(1);
+    while (!bytes.empty() && is_default_space(bytes.back())) bytes = bytes.first(bytes.size() - 1);
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
   }
-  bool fill(TableReader reader) {
+
+  template <class Reader>
+  bool fill(Reader reader) {
     skip_blanks(reader);
     std::size_t length = 0;
-    std::size_t kept = 0;  // without trailing blanks
+    std::size_t kept = 0;  // without the blanks behind
     for (; !reader.done(); reader.skip()) {
       const bool space = reader.space();
-      if (length < kLiteralRoom) {
-        buffer_[length++] = form_of(reader);
-        if (!space) kept = length;
-      } else if (!space) {
+      if (length == kLiteralRoom) {
+        if (space) continue;
         return false;
       }
+      buffer_[length++] = space ? ' ' : form_of(reader);
+      if (!space) kept = length;
     }
     view_ = {buffer_.data(), kept};
     return true;
   }
-  static CS_CHAR form_of(const TableReader& reader) {
-    if (reader.space()) return ' ';
+
+  template <class Reader>
+  static CS_CHAR form_of(const Reader& reader) {
     const int ascii = reader.ascii();
-    return ascii == 0 && !reader.is_nul() ? kNoAscii : static_cast<CS_CHAR>(ascii);
+    return ascii == 0 && !reader.nul() ? kNoAscii : static_cast<CS_CHAR>(ascii);
   }
 
   std::array<CS_CHAR, kLiteralRoom> buffer_;
   std::string_view view_;
-  bool valid_ = false;
+  bool valid_ = true;
 };
 
 std::string_view up_to_nul(std::string_view text) {
@@ -84,21 +83,25 @@ ParsedFloat parse_literal(const Literal& literal) {
   return parse_float(up_to_nul(form.view()));
 }
 
-// From a status of the money parsers, which is 0, 1 (overflow) or 2 (syntax).
-template <class Value>
-CS_RETCODE place_money(CS_INT status, const Value& value, const Conversion& call) {
-  if (status == kExactSyntax) return syntax_error(call);
-  *call.destlen = sizeof(Value);
-  store(call.dest, value);
-  return exact_code(status);
-}
-
+// By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
+// form that reads as ISO 8859-1, in which currency signs have a place.
 template <class Value, class Parse>
 CS_RETCODE convert_money(const Literal& literal, Parse parse) {
   Value value{};
-  const auto* text = reinterpret_cast<const CS_CHAR*>(literal.text.bytes.data());
-  const auto length = static_cast<CS_INT>(literal.text.bytes.size());
-  return place_money(parse(&value, text, length, 0, literal.text.attrib), value, literal.call);
+  CS_INT status = kExactSyntax;
+  if (literal.text.utf16) {
+    const AsciiForm form(literal.text);
+    if (form.valid())
+      status = parse(&value, form.view().data(), static_cast<CS_INT>(form.view().size()), 0, nullptr);
+  } else {
+    const Bytes bytes = literal.text.bytes;
+    status = parse(&value, reinterpret_cast<const CS_CHAR*>(bytes.data()),
+                   static_cast<CS_INT>(bytes.size()), 0, literal.text.attrib);
+  }
+  if (status == kExactSyntax) return syntax_error(literal.call);
+  *literal.call.destlen = sizeof(Value);
+  store(literal.call.dest, value);
+  return exact_code(status);
 }
 
 // Month names are bytes of the character set itself; digits of another width are read in their
@@ -106,12 +109,15 @@ CS_RETCODE convert_money(const Literal& literal, Parse parse) {
 ParsedDate parse_date(const Literal& literal) {
   const DateConventions& conventions =
       date_conventions(*literal.call.context, *literal.call.srcfmt);
-  const Bytes bytes = literal.text.bytes;
-  const ParsedDate plain =
-      parse_datetime({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, conventions);
-  if (plain.status != DateText::syntax || literal.text.attrib == nullptr) return plain;
+  if (!literal.text.utf16) {
+    const Bytes bytes = literal.text.bytes;
+    const ParsedDate plain =
+        parse_datetime({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, conventions);
+    if (plain.status != DateText::syntax || literal.text.attrib == nullptr) return plain;
+  }
   const AsciiForm form(literal.text);
-  return form.valid() ? parse_datetime(form.view(), conventions) : plain;
+  if (!form.valid()) return {DateText::syntax, {}};
+  return parse_datetime(form.view(), conventions);
 }
 
 // The hexadecimal digits of a literal, behind an optional "0x".
@@ -183,9 +189,7 @@ CS_RETCODE syntax_error(const Conversion& call) {
 
 CS_RETCODE ToBit::convert(const Literal& literal) {
   CS_INT value = 0;
-  const auto* text = reinterpret_cast<const CS_CHAR*>(literal.text.bytes.data());
-  const auto length = static_cast<CS_INT>(literal.text.bytes.size());
-  const CS_INT status = com__chtoi4_mb(literal.text.attrib, text, length, &value);
+  const ScanStatus status = scan_integer(literal.text, value);
   if (status == kNoInteger) return syntax_error(literal.call);
   *literal.call.destlen = sizeof(CS_BIT);
   store(literal.call.dest, static_cast<CS_BIT>(value != 0 ? 1 : 0));
@@ -204,9 +208,8 @@ CS_RETCODE ToReal::convert(const Literal& literal) {
   const ParsedFloat parsed = parse_literal(literal);
   if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
   *literal.call.destlen = sizeof(CS_REAL);
-  const Narrowed narrowed = narrow(parsed.value);
-  store(literal.call.dest, narrowed.value);
-  return parsed.code == CS_SUCCEED ? narrowed.code : parsed.code;
+  const CS_RETCODE narrowed = ToFlt4::convert(parsed.value, literal.call);
+  return parsed.code == CS_SUCCEED ? narrowed : parsed.code;
 }
 
 CS_RETCODE ToMoney::convert(const Literal& literal) {
@@ -254,10 +257,10 @@ CS_RETCODE ToBinary::convert(const Literal& literal) {
 }
 
 CS_RETCODE ToVarbinary::convert(const Literal& literal) {
-  auto* record = static_cast<CS_VARBINARY*>(literal.call.dest);
-  const HexRead read = read_hex(literal.text, record->array);
+  void* record = literal.call.dest;
+  const HexRead read = read_hex(literal.text, {record_bytes(record), CS_MAX_CHAR});
   if (!read.valid) return syntax_error(literal.call);
-  store(&record->len, static_cast<CS_SMALLINT>(read.written));
+  store(record, static_cast<CS_SMALLINT>(read.written));
   *literal.call.destlen = sizeof(CS_VARBINARY);
   return read.written < read.bytes ? CS_CVT_TRUNCATED : CS_SUCCEED;
 }
@@ -298,15 +301,6 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   *call.destlen = length + 2;
   std::memcpy(call.dest, &result, static_cast<std::size_t>(*call.destlen));
   return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_SUCCEED;
-}
-
-Source UnicharSource::read(const Conversion& call) {
-  require(call.srcfmt->maxlength >= 0);
-  const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
-  const bool whole = length % sizeof(CS_UNICHAR) == 0;
-  return {whole ? CS_SUCCEED : CS_CVT_BADXLATE,
-          {static_cast<const CS_BYTE*>(call.src), length},
-          kUtf16};
 }
 
 }  // namespace comnlib::text_family

@@ -2,11 +2,9 @@
 // (com_varc) and Unicode-character data (com_uchr).
 //
 // A Source tells which datatypes it serves, where a value's bytes lie and how they are encoded; a
-// Target converts a text. Targets that read a number or a date see UTF-16 as its ASCII form, so that
-// all three families share one body.
+// Target converts a text. Targets that read a number or a date go by the ASCII forms of characters,
+// so that all three families share one body.
 #pragma once
-
-#include <optional>
 
 #include "chars/text.h"
 #include "conv/chscan.h"
@@ -36,18 +34,23 @@ struct CharacterSource {
 struct VarcharSource {
   static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARCHAR_TYPE; }
   static Source read(const Conversion& call) {
-    const auto* record = static_cast<const CS_VARCHAR*>(call.src);
-    const auto length = load<CS_SMALLINT>(&record->len);
+    const CS_SMALLINT length = record_length(call.src);
     const Encoding encoding = encoding_of(*call.context, *call.srcfmt);
     if (length < 0 || length > CS_MAX_CHAR) return {CS_CVT_DOMAIN, {}, encoding};
-    const auto* bytes = reinterpret_cast<const CS_BYTE*>(record->str);
-    return {CS_SUCCEED, {bytes, static_cast<std::size_t>(length)}, encoding};
+    return {CS_SUCCEED, {record_bytes(call.src), static_cast<std::size_t>(length)}, encoding};
   }
 };
 
 struct UnicharSource {
   static constexpr bool serves(CS_INT datatype) { return datatype == CS_UNICHAR_TYPE; }
-  static Source read(const Conversion& call);
+  static Source read(const Conversion& call) {
+    require(call.srcfmt->maxlength >= 0);
+    const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
+    const bool whole = length % sizeof(CS_UNICHAR) == 0;
+    return {whole ? CS_SUCCEED : CS_CVT_BADXLATE,
+            {static_cast<const CS_BYTE*>(call.src), length},
+            kUtf16};
+  }
 };
 
 // Text from which a number, a date or hexadecimal digits are read.
@@ -58,14 +61,12 @@ struct Literal {
 
 CS_RETCODE syntax_error(const Conversion& call);
 
-template <class Value, CS_INT Code, auto Scan>
+template <class Value, CS_INT Code>
 struct ToInteger {
   static constexpr bool serves(CS_INT datatype) { return datatype == Code; }
   static CS_RETCODE convert(const Literal& literal) {
     Value value{};
-    const auto* text = reinterpret_cast<const CS_CHAR*>(literal.text.bytes.data());
-    const auto length = static_cast<CS_INT>(literal.text.bytes.size());
-    const CS_INT status = Scan(literal.text.attrib, text, length, &value);
+    const ScanStatus status = scan_integer(literal.text, value);
     if (status == kNoInteger) return syntax_error(literal.call);
     *literal.call.destlen = sizeof(Value);
     store(literal.call.dest, value);
@@ -105,10 +106,6 @@ struct ToUnichar {
   static constexpr auto convert = copy_to_unichar;
 };
 
-// Calls `use` with the literal of a source. UTF-16 is brought to its ASCII form for that.
-CS_RETCODE with_literal(const Source& source, const Conversion& call,
-                        CS_RETCODE (*use)(const Literal&));
-
 template <class From, class Target>
 CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
   check_pointers(call, place);
@@ -118,10 +115,12 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
     *call.destlen = 0;
     return trace(source.code, place);
   }
-  if constexpr (requires { Target::convert(source.bytes, source.encoding, call); })
+  if constexpr (requires { Target::convert(source.bytes, source.encoding, call); }) {
     return trace(Target::convert(source.bytes, source.encoding, call), place);
-  else
-    return trace(with_literal(source, call, Target::convert), place);
+  } else {
+    const Text text{source.bytes, attributes_of(source.encoding), source.encoding.utf16};
+    return trace(Target::convert({text, call}), place);
+  }
 }
 
 // The members into CS_LONG convert nothing: they check what all members check and stop the process.
@@ -147,10 +146,10 @@ CS_RETCODE stop_at_long(const Conversion& call) {
   COMNLIB_TEXT_MEMBER(comn_##source##tochar, From, ToCharacter)                                   \
   COMNLIB_TEXT_MEMBER(comn_##source##tobin, From, ToBinary)                                       \
   COMNLIB_TEXT_MEMBER(comn_##source##toi1, From,                                                  \
-                      ToInteger<CS_TINYINT, CS_TINYINT_TYPE, com__chtoi1_mb>)                     \
+                      ToInteger<CS_TINYINT, CS_TINYINT_TYPE>)                     \
   COMNLIB_TEXT_MEMBER(comn_##source##toi2, From,                                                  \
-                      ToInteger<CS_SMALLINT, CS_SMALLINT_TYPE, com__chtoi2_mb>)                   \
-  COMNLIB_TEXT_MEMBER(comn_##source##toi4, From, ToInteger<CS_INT, CS_INT_TYPE, com__chtoi4_mb>)  \
+                      ToInteger<CS_SMALLINT, CS_SMALLINT_TYPE>)                   \
+  COMNLIB_TEXT_MEMBER(comn_##source##toi4, From, ToInteger<CS_INT, CS_INT_TYPE>)  \
   COMNLIB_TEXT_MEMBER(comn_##source##toflt4, From, ToReal)                                        \
   COMNLIB_TEXT_MEMBER(comn_##source##toflt8, From, ToFloat)                                       \
   COMNLIB_TEXT_MEMBER(comn_##source##tobit, From, ToBit)                                          \

@@ -222,12 +222,11 @@ CS_RETCODE copy_to_unichar(Bytes text, const Encoding& from, const Conversion& c
 
 CS_RETCODE copy_to_varchar(Bytes text, const Encoding& from, const Conversion& call) {
   const Encoding to = encoding_of(*call.context, *call.destfmt);
-  auto* record = static_cast<CS_VARCHAR*>(call.dest);
-  const std::span room(reinterpret_cast<CS_BYTE*>(record->str), sizeof record->str);
+  const std::span<CS_BYTE> room(record_bytes(call.dest), CS_MAX_CHAR);
   const Copied copied = same_encoding(from, to)
                             ? copy_whole({text, attributes_of(from)}, room)
                             : translate_text(text, from, to, room, call.context);
-  store(&record->len, static_cast<CS_SMALLINT>(copied.length));
+  store(call.dest, static_cast<CS_SMALLINT>(copied.length));
   *call.destlen = sizeof(CS_VARCHAR);
   return copied.code;
 }
