@@ -7,6 +7,7 @@
 #include "comnlib/convert.h"
 #include "comnlib/diag.h"
 #include "comnlib/memory.h"
+#include "comnlib/numeric.h"
 #include "comnlib/result.h"
 #include "comnlib/types.h"
 
