@@ -6,9 +6,11 @@
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
 #include "comnlib/diag.h"
+#include "comnlib/list.h"
 #include "comnlib/memory.h"
 #include "comnlib/numeric.h"
 #include "comnlib/result.h"
+#include "comnlib/thread.h"
 #include "comnlib/types.h"
 
 #endif
