@@ -5,7 +5,7 @@
 
 #include <span>
 
-#include "comnlib/charset.h"
+#include "comnlib/locale.h"
 #include "conv/frame.h"
 
 extern "C" {
