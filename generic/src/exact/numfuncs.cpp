@@ -71,8 +71,7 @@ CS_INT to_size(Number& number, const CS_NUMERIC& from, Size size) {
 
 // What keeps an operand from the common size is the operation's result; a cut there is truncation
 // and not the overflow that a cut in the kernel is.
-CS_RETCODE add_or_subtract(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result,
-                           CS_INT opn) {
+CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
   if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
   const Size size = sum_size(size_of(op1), size_of(op2));
   Number a;
@@ -94,7 +93,7 @@ CS_RETCODE add_or_subtract(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUME
   return exact_code(combine(a, scale, b, scale, opn, record));
 }
 
-CS_RETCODE multiply(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
+CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
   if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
   const constant a = record_of(op1);
   const constant b = record_of(op2);
@@ -102,7 +101,7 @@ CS_RETCODE multiply(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& re
   return exact_code(com__exctnume_mul(&a, &b, &record));
 }
 
-CS_RETCODE divide(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
+CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
   if (!in_domain(dividend) || !in_domain(divisor)) return CS_CVT_DOMAIN;
   const constant a = record_of(dividend);
   const constant b = record_of(divisor);
@@ -129,14 +128,14 @@ CS_RETCODE comn_num_addorsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NU
   check_pointer(op2);
   check_pointer(result);
   require(opn == COMN_NUM_ADD || opn == COMN_NUM_SUBTRACT);
-  return trace(add_or_subtract(*op1, *op2, *result, opn));
+  return trace(sum_of(*op1, *op2, *result, opn));
 }
 
 CS_RETCODE comn_nummul(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
   check_pointer(op1);
   check_pointer(op2);
   check_pointer(result);
-  return trace(comnlib::multiply(*op1, *op2, *result));
+  return trace(product_of(*op1, *op2, *result));
 }
 
 CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
@@ -144,7 +143,7 @@ CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
   check_pointer(dividend);
   check_pointer(divisor);
   check_pointer(result);
-  return trace(comnlib::divide(*dividend, *divisor, *result));
+  return trace(quotient_of(*dividend, *divisor, *result));
 }
 
 CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
