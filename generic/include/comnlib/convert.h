@@ -139,6 +139,10 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  *                    are asked for.
  * tobin, tovarbin    The value's bytes in host order; cut with CS_CVT_TRUNCATED when maxlength is
  *                    smaller.
+ * tomoney, tomny4    Exact for integers. A floating value is multiplied by 10000 as a double and
+ *                    rounded to a unit, halves away from zero. A value out of range stores the
+ *                    limit that it passed, with CS_CVT_OVERFLOW; a NaN stores zero, with the same.
+ *                    There are none from CS_BIT.
  * toi8               These convert nothing: with valid pointers and source datatype each stops the
  *                    process. They are in no matrix.
  */
@@ -148,6 +152,8 @@ COMN_CONVERSION(comn_i1toi2);
 COMN_CONVERSION(comn_i1toi4);
 COMN_CONVERSION(comn_i1toflt4);
 COMN_CONVERSION(comn_i1toflt8);
+COMN_CONVERSION(comn_i1tomoney);
+COMN_CONVERSION(comn_i1tomny4);
 COMN_CONVERSION(comn_i1tochar);
 COMN_CONVERSION(comn_i1tobin);
 COMN_CONVERSION(comn_i1tovarchar);
@@ -160,6 +166,8 @@ COMN_CONVERSION(comn_i2toi2);
 COMN_CONVERSION(comn_i2toi4);
 COMN_CONVERSION(comn_i2toflt4);
 COMN_CONVERSION(comn_i2toflt8);
+COMN_CONVERSION(comn_i2tomoney);
+COMN_CONVERSION(comn_i2tomny4);
 COMN_CONVERSION(comn_i2tochar);
 COMN_CONVERSION(comn_i2tobin);
 COMN_CONVERSION(comn_i2tovarchar);
@@ -172,6 +180,8 @@ COMN_CONVERSION(comn_i4toi2);
 COMN_CONVERSION(comn_i4toi4);
 COMN_CONVERSION(comn_i4toflt4);
 COMN_CONVERSION(comn_i4toflt8);
+COMN_CONVERSION(comn_i4tomoney);
+COMN_CONVERSION(comn_i4tomny4);
 COMN_CONVERSION(comn_i4tochar);
 COMN_CONVERSION(comn_i4tobin);
 COMN_CONVERSION(comn_i4tovarchar);
@@ -184,6 +194,8 @@ COMN_CONVERSION(comn_flt4toi2);
 COMN_CONVERSION(comn_flt4toi4);
 COMN_CONVERSION(comn_flt4toflt4);
 COMN_CONVERSION(comn_flt4toflt8);
+COMN_CONVERSION(comn_flt4tomoney);
+COMN_CONVERSION(comn_flt4tomny4);
 COMN_CONVERSION(comn_flt4tochar);
 COMN_CONVERSION(comn_flt4tobin);
 COMN_CONVERSION(comn_flt4tovarchar);
@@ -196,6 +208,8 @@ COMN_CONVERSION(comn_flt8toi2);
 COMN_CONVERSION(comn_flt8toi4);
 COMN_CONVERSION(comn_flt8toflt4);
 COMN_CONVERSION(comn_flt8toflt8);
+COMN_CONVERSION(comn_flt8tomoney);
+COMN_CONVERSION(comn_flt8tomny4);
 COMN_CONVERSION(comn_flt8tochar);
 COMN_CONVERSION(comn_flt8tobin);
 COMN_CONVERSION(comn_flt8tovarchar);
@@ -213,6 +227,57 @@ COMN_CONVERSION(comn_bittobin);
 COMN_CONVERSION(comn_bittovarchar);
 COMN_CONVERSION(comn_bittovarbin);
 COMN_CONVERSION(comn_bittoi8);
+
+/*
+ * From CS_MONEY and CS_MONEY4. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, that of the precision for a numeric, and the number of bytes written for character and
+ * binary data.
+ *
+ * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
+ * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
+ *                    destination of CS_LONG_TYPE; it is in no matrix.
+ * toflt4, toflt8     The nearest value that the formula high * 429496.7296 + low / 10000 gives in
+ *                    doubles, for small money mny4 / 10000.
+ * tobit              1 for every value but zero.
+ * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
+ *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped
+ *                    decimals that are not zero give CS_CVT_TRUNCATED with the cut value stored.
+ * tomoney, tomny4    A value beyond the range of CS_MONEY4 stores the limit that it passed, with
+ *                    CS_CVT_OVERFLOW.
+ * tochar, tovarchar  With as many decimals as the destination's precision says: 0 and negative
+ *                    numbers mean 2, more than 4 mean 4; rounded, halves away from zero. There is
+ *                    no grouping. Text that does not fit maxlength is cut, with CS_CVT_OVERFLOW.
+ * tobin, tovarbin    The record's bytes; cut with CS_CVT_TRUNCATED when maxlength is smaller.
+ */
+COMN_CONVERSION(comn_moneytobit);
+COMN_CONVERSION(comn_moneytoi1);
+COMN_CONVERSION(comn_moneytoi2);
+COMN_CONVERSION(comn_moneytoi4);
+COMN_CONVERSION(comn_moneytoi8);
+COMN_CONVERSION(comn_moneytoflt4);
+COMN_CONVERSION(comn_moneytoflt8);
+COMN_CONVERSION(comn_moneytonum);
+COMN_CONVERSION(comn_moneytomoney);
+COMN_CONVERSION(comn_moneytomny4);
+COMN_CONVERSION(comn_moneytochar);
+COMN_CONVERSION(comn_moneytobin);
+COMN_CONVERSION(comn_moneytovarchar);
+COMN_CONVERSION(comn_moneytovarbin);
+
+COMN_CONVERSION(comn_mny4tobit);
+COMN_CONVERSION(comn_mny4toi1);
+COMN_CONVERSION(comn_mny4toi2);
+COMN_CONVERSION(comn_mny4toi4);
+COMN_CONVERSION(comn_mny4toi8);
+COMN_CONVERSION(comn_mny4toflt4);
+COMN_CONVERSION(comn_mny4toflt8);
+COMN_CONVERSION(comn_mny4tonum);
+COMN_CONVERSION(comn_mny4tomoney);
+COMN_CONVERSION(comn_mny4tomny4);
+COMN_CONVERSION(comn_mny4tochar);
+COMN_CONVERSION(comn_mny4tobin);
+COMN_CONVERSION(comn_mny4tovarchar);
+COMN_CONVERSION(comn_mny4tovarbin);
 
 #ifdef __cplusplus
 }
