@@ -30,6 +30,9 @@ enum : CS_INT {
 
 constexpr CS_INT kMaxRecordLength = 133;
 
+// Flags of a comparison.
+enum : CS_INT { kCompareSigns = 1, kCompareScales = 2 };
+
 // In a record that text is parsed into: take the precision, or the scale, that the text needs.
 constexpr CS_BYTE kFromText = 255;
 

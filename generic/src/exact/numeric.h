@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "exact/numeaux.h"
 
@@ -55,5 +56,16 @@ const constant record_of(const CS_NUMERIC& numeric);
 // with the cut value stored, which comes before the precision check), then checked against the
 // precision (overflow). Overflow zeroes the bytes of `dest`.
 CS_INT rescale(const constant& src, constant& dest);
+
+// Parses text into a numeric, as com__subchartoexctnume does: precision and scale are in range or
+// kFromText, and the record gets those that come of it, with the value at the front of its array.
+// After a syntax error, and after overflow where kFromText stood, the record is as it was.
+CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
+                     CS_NUMERIC& dest);
+
+// The value as an integer, truncated towards zero, from `lowest` to `highest`. A value outside,
+// which is judged before truncation, gives overflow and the limit that it passed.
+CS_INT to_integer(const constant& src, std::int64_t lowest, std::int64_t highest,
+                  std::int64_t& value);
 
 }  // namespace comnlib
