@@ -239,7 +239,8 @@ CS_INT place_number(CS_INT number, CS_CHAR* text) {
 }  // namespace comnlib
 
 CS_INT leapyear(CS_INT n) {
-  return is_leap(n) ? 1 : 0;
+  // 1753 + n may not fit, but the calendar repeats every 400 years.
+  return is_leap(static_cast<CS_UINT>(n % 400 + kFirstYear)) ? 1 : 0;
 }
 
 CS_INT com__leapcnt(CS_INT n) {
@@ -249,7 +250,8 @@ CS_INT com__leapcnt(CS_INT n) {
 CS_VOID com__datecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
   const CS_INT dtdays = dt->dtdays;
   const auto [n, day] = locate(dtdays);
-  const auto& months = leapyear(n) != 0 ? lmonthdays : monthdays;
+  const bool leap = n < 0 ? leapyear(n) != 0 : is_leap(static_cast<CS_UINT>(kFirstYear + n));
+  const auto& months = leap ? lmonthdays : monthdays;
   // Months of 32 days would come late by less than one month in a year.
   CS_INT month = day / 32;
   if (month < 11 && day >= months[month + 1][1]) ++month;
