@@ -5,6 +5,7 @@
 #include "comnlib/charset.h"
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
+#include "comnlib/datetime.h"
 #include "comnlib/diag.h"
 #include "comnlib/list.h"
 #include "comnlib/memory.h"

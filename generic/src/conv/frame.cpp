@@ -31,12 +31,13 @@ CS_RETCODE place_text(std::string_view text, const Conversion& call) {
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {
-  auto* record = static_cast<CS_VARCHAR*>(call.dest);
   const bool fits = text.size() <= CS_MAX_CHAR;
   if (!fits) text = "*";
-  text.copy(record->str, text.size());
-  if (text.size() < CS_MAX_CHAR) record->str[text.size()] = '\0';
-  store(&record->len, static_cast<CS_SMALLINT>(text.size()));
+  auto* record = static_cast<CS_CHAR*>(call.dest);
+  CS_CHAR* const str = record + offsetof(CS_VARCHAR, str);
+  store(record, static_cast<CS_SMALLINT>(text.size()));
+  text.copy(str, text.size());
+  if (text.size() < CS_MAX_CHAR) str[text.size()] = '\0';
   *call.destlen = sizeof(CS_VARCHAR);
   return fits ? CS_SUCCEED : CS_CVT_OVERFLOW;
 }
