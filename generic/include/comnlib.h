@@ -8,6 +8,7 @@
 #include "comnlib/datetime.h"
 #include "comnlib/diag.h"
 #include "comnlib/list.h"
+#include "comnlib/locale.h"
 #include "comnlib/memory.h"
 #include "comnlib/money.h"
 #include "comnlib/numeric.h"

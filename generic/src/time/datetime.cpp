@@ -66,11 +66,6 @@ constexpr CS_INT kDaysInCycle =
 // Day 0 of the week count: the Sunday before 1 January 1753.
 constexpr CS_INT kSundayZero = COM_DTDAYS_MIN - 1;
 
-constexpr bool is_leap(CS_INT n) {
-  const CS_INT year = n % 400 + kFirstYear;  // leap like year 1753 + n, which may not fit
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
 struct YearDay {
   CS_INT n;    // year 1753 + n
   CS_INT day;  // of the year, from 0
@@ -192,7 +187,7 @@ CS_INT add_months(std::int64_t months, CS_DATETIME& dt) {
   if (target < kFirstYear * 12 || target >= (kLastYear + 1) * 12) return kDateOverflow;
   rec.dateyear = static_cast<CS_INT>(target / 12);
   rec.datemonth = static_cast<CS_INT>(target % 12);
-  const bool leap = is_leap(rec.dateyear - kFirstYear);
+  const bool leap = is_leap(static_cast<CS_UINT>(rec.dateyear));
   rec.datedmonth = std::min(rec.datedmonth, month_length(rec.datemonth, leap));
   return com__datemake(&dt, &rec);
 }
@@ -244,20 +239,19 @@ CS_INT place_number(CS_INT number, CS_CHAR* text) {
 }  // namespace comnlib
 
 CS_INT leapyear(CS_INT n) {
-  return is_leap(n) ? 1 : 0;
+  // 1753 + n may not fit, but the calendar repeats every 400 years.
+  return is_leap(static_cast<CS_UINT>(n % 400 + kFirstYear)) ? 1 : 0;
 }
 
 CS_INT com__leapcnt(CS_INT n) {
-  if (n < 0) return 0;
-  const auto years = static_cast<CS_UINT>(n);
-  const CS_UINT centuries = (years + 52) / 100;
-  return static_cast<CS_INT>(years / 4 - centuries + (centuries + 1) / 4);
+  return n < 0 ? 0 : static_cast<CS_INT>(leap_count(static_cast<CS_UINT>(n)));
 }
 
 CS_VOID com__datecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
   const CS_INT dtdays = dt->dtdays;
   const auto [n, day] = locate(dtdays);
-  const auto& months = is_leap(n) ? lmonthdays : monthdays;
+  const bool leap = n < 0 ? leapyear(n) != 0 : is_leap(static_cast<CS_UINT>(kFirstYear + n));
+  const auto& months = leap ? lmonthdays : monthdays;
   // Months of 32 days would come late by less than one month in a year.
   CS_INT month = day / 32;
   if (month < 11 && day >= months[month + 1][1]) ++month;
@@ -279,16 +273,9 @@ CS_VOID com__timecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
 }
 
 CS_INT com__datemake(CS_DATETIME* dt, const CS_DATEREC* rec) {
-  if (rec->dateyear < kFirstYear || rec->dateyear > kLastYear) {
-    dt->dtdays = 0;
-    return kBadYear;
-  }
-  if (rec->datemonth < 0 || rec->datemonth > 11) return kBadMonth;
-  const CS_INT n = rec->dateyear - kFirstYear;
-  const auto& month = (is_leap(n) ? lmonthdays : monthdays)[rec->datemonth];
-  if (rec->datedmonth < 1 || rec->datedmonth > month[0]) return kBadDay;
-  dt->dtdays = static_cast<CS_INT>(first_of_year(n)) + month[1] + rec->datedmonth - 1;
-  return kDateDone;
+  const DateStatus status = make_days(rec->dateyear, rec->datemonth, rec->datedmonth, dt->dtdays);
+  if (status == kBadYear) dt->dtdays = 0;
+  return status;
 }
 
 CS_INT com__timemake(CS_DATETIME* dt, const CS_DATEREC* rec) {
