@@ -5,6 +5,7 @@
 #include <string>
 
 #include "comnlib.h"
+#include "intl/locdata.h"
 
 namespace {
 
@@ -17,11 +18,18 @@ struct Outcome {
   std::string bytes;  // the destination, 300 bytes of '#' beforehand
 };
 
+struct Locales {
+  CS_LOCALE* context = nullptr;
+  CS_LOCALE* destination = nullptr;
+};
+
 template <class Value>
 Outcome convert(CS_CONV_FUNC routine, const Value& value, CS_INT desttype, CS_INT maxlength = 300,
-                CS_INT format = 0) {
+                CS_INT format = 0, const Locales& locales = {}) {
   CS_CONTEXT context{};
   CS_DATAFMT from{}, to{};
+  context.ctxlocale = locales.context;
+  to.locale = locales.destination;
   from.datatype = sizeof(Value) == 8 ? CS_DATETIME_TYPE : CS_DATETIME4_TYPE;
   to.datatype = desttype;
   to.maxlength = maxlength;
@@ -103,6 +111,31 @@ TEST(DateConversions, TellTheStyle) {
   for (const CS_INT datatype : {CS_CHAR_TYPE, CS_VARCHAR_TYPE, CS_UNICHAR_TYPE})
     expect(convert(comn_get_datetochar_fmt, kSmall, datatype, 0), CS_SUCCEED, 4,
            raw(CS_INT{COM_DATESTYLE_DEFAULT}));
+}
+
+TEST(DateConversions, FollowTheDestinationsLocaleOrElseTheContexts) {
+  CsDateInfo iso{}, odd{};
+  iso.conventions = odd.conventions = comnlib::kUsEnglish;
+  iso.conventions.style = COM_DATESTYLE_ISO;
+  odd.conventions.style = 9;
+  CsLocCache entries[3] = {};
+  CS_LOCALE locales[4] = {};
+  for (int i = 0; i < 3; ++i) locales[i].timeptr = &entries[i];
+  entries[0].locdateinfo = &iso;
+  entries[1].locdateinfo = &odd;
+  CS_LOCALE *const in_iso = &locales[0], *const in_odd = &locales[1];
+  const std::string iso_text = "2026-07-04T15:05:00.000", text = "Jul  4 2026  3:05PM";
+  for (const Locales& use : {Locales{in_iso, nullptr}, Locales{in_odd, in_iso}}) {
+    expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, use), CS_SUCCEED, 23, iso_text);
+    expect(convert(comn_get_datetochar_fmt, kSmall, CS_CHAR_TYPE, 300, 0, use), CS_SUCCEED, 4,
+           raw(CS_INT{COM_DATESTYLE_ISO}));
+  }
+  for (CS_LOCALE* nothing_loaded : {&locales[2], &locales[3]})
+    expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, {in_iso, nothing_loaded}),
+           CS_SUCCEED, 19, text);
+  expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, {in_odd}), CS_CVT_STYLE, 0, "");
+  expect(convert(comn_get_datetochar_fmt, kSmall, CS_CHAR_TYPE, 300, 0, {in_odd}), CS_CVT_STYLE, 4,
+         raw(CS_INT{9}));
 }
 
 TEST(DateConversionsDeathTest, StopsOnWrongDatatypes) {
