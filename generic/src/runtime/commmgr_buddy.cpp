@@ -83,6 +83,15 @@ bool plausible(const MmBuddyPool& pool, const MmDList* block) {
          offset % static_cast<CS_UINT>(span_of(order_of(header))) == 0;
 }
 
+// The size that a large block was asked for. What the heap gave for it, behind the handle's link,
+// is hardly more; anything else is no large block.
+CS_INT size_of_large(const MmDList* block) {
+  const auto size = static_cast<CS_INT>(block->size & ~kLarge);
+  const CS_INT room = at<MmList>(block, -2 * kWord)->size - 2 * kWord;
+  require(size <= room && room - size < 3 * kWord);
+  return size;
+}
+
 MmDList* buddy_of(MmDList* block) {
   const CS_INT order = order_of(block->size);
   const CS_UINT index = offset_in_top(block, block->size) >> (order + kMinShift);
@@ -190,6 +199,7 @@ CS_RETCODE mm::buddy_free(MmHandle* handle, CS_VOID* ptr) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   auto* block = at<MmDList>(ptr, -kWord);
   if ((block->size & kLarge) != 0) {
+    size_of_large(block);
     block->size = kFree;  // no longer large, and freeing it again stops
     return com___putblock(handle, block);
   }
@@ -206,8 +216,7 @@ CS_RETCODE mm::buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new
   const bool large = (block->size & kLarge) != 0;
   require(large || ((block->size & kFree) == 0 && plausible(handle->mmh_pool.buddy, block)));
   // Of a buddy block the header word counts too; callers depend on when a block moves.
-  const CS_INT capacity =
-      large ? static_cast<CS_INT>(block->size & ~kLarge) : span_of(order_of(block->size));
+  const CS_INT capacity = large ? size_of_large(block) : span_of(order_of(block->size));
   if (new_size <= capacity) return CS_SUCCEED;
 
   require(capacity <= heap->size - static_cast<CS_INT>(address(*ptr_inout) - address(heap)));
