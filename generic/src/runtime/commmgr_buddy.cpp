@@ -87,7 +87,7 @@ bool plausible(const MmBuddyPool& pool, const MmDList* block) {
 // is hardly more; anything else is no large block.
 CS_INT size_of_large(const MmDList* block) {
   const auto size = static_cast<CS_INT>(block->size & ~kLarge);
-  const CS_INT room = at<MmList>(block, -2 * kWord)->size - 2 * kWord;
+  const std::int64_t room = std::int64_t{at<MmList>(block, -2 * kWord)->size} - 2 * kWord;
   require(size <= room && room - size < 3 * kWord);
   return size;
 }
