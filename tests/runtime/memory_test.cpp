@@ -848,8 +848,11 @@ TEST(DroppedDeathTest, HandlesInCallerMemoryStop) {
   MmHandle* pool = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
   MmHandle* sub = subpool(pool, 1);
-  ASSERT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
+  MmHandle* dropped = subpool(pool, 2);
+  ASSERT_EQ(CS_SUCCEED, comn_mmdrop(dropped, CS_UNUSED));
   void* out = nullptr;
+  EXPECT_EXIT(comn_mmalloc(dropped, 1, &out), aborted, "assertion failed");
+  ASSERT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
   EXPECT_EXIT(comn_mmalloc(pool, 1, &out), aborted, "assertion failed");
   EXPECT_EXIT(comn_mmalloc(sub, 1, &out), aborted, "assertion failed");
   EXPECT_EXIT(comn_mmdrop(pool, CS_UNUSED), aborted, "assertion failed");

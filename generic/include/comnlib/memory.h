@@ -39,7 +39,8 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  *
  * Thread safety: with a lock installed, each call on any handle of the family runs under it.
  * comn_mminit installs one by itself when the context has a thread table. Without a lock the host
- * serialises the calls on a family. Dropping a family is for one thread, when no other uses it.
+ * serialises the calls on a family. Installing and clearing the lock, and dropping a family, are
+ * for one thread, when no other uses it.
  */
 typedef struct _mmhandle MmHandle;
 

@@ -62,10 +62,21 @@ CS_RETCODE unlock(MmHandle* handle) {
   return has_lock(head) ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
 }
 
-// Dropped handles and heads are zeroed.
+// Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
+// head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
+// count here do not change while the handle lives.
+CS_INT status_of(const MmHandle* handle) {
+  return __atomic_load_n(&handle->mmh_status, __ATOMIC_RELAXED);
+}
+
+void set_in_use(MmHandle* handle) {
+  if ((handle->mmh_status & kInUse) == 0)
+    __atomic_store_n(&handle->mmh_status, handle->mmh_status | kInUse, __ATOMIC_RELAXED);
+}
+
 void check_handle(const MmHandle* handle, Place place = Place::current()) {
   check_pointer(handle, place);
-  require((handle->mmh_status & (kHandleAllocated | kHandleOfCaller)) != 0, place);
+  require((status_of(handle) & (kHandleAllocated | kHandleOfCaller)) != 0, place);
   require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, place);
 }
 
@@ -398,7 +409,7 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   if (locked != CS_SUCCEED) return trace(locked);
   void* memory = nullptr;
   const CS_RETCODE result = allocate(handle, size, &memory);
-  if (result == CS_SUCCEED) handle->mmh_status |= kInUse;
+  if (result == CS_SUCCEED) set_in_use(handle);
   unlock(handle);
   if (memory != nullptr) {
     std::memset(memory, 0, static_cast<std::size_t>(size));
@@ -410,8 +421,8 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
 CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
   check_handle(handle);
   check_pointer(ptr);
-  require((handle->mmh_status & kInUse) != 0);
   require(lock(handle) == CS_SUCCEED);
+  require((handle->mmh_status & kInUse) != 0);
   const CS_RETCODE result = free_one(handle, ptr);
   unlock(handle);
   return trace(result);
