@@ -3,6 +3,7 @@
 #define COMNLIB_H
 
 #include "comnlib/charset.h"
+#include "comnlib/config.h"
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
 #include "comnlib/datetime.h"
