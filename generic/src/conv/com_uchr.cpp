@@ -1,5 +1,6 @@
 // Conversions from Unicode-character data, UTF-16 in host byte order, and into it from the types of
 // fixed length, by way of their text.
+#include "comnlib/datetime.h"
 #include "conv/text_family.h"
 
 using namespace comnlib;

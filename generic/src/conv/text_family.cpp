@@ -9,6 +9,8 @@
 #include "conv/hex.h"
 #include "conv/newutils.h"
 #include "conv/number_family.h"
+#include "comnlib/numeric.h"
+#include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
 #include "time/datetext.h"

@@ -1,6 +1,7 @@
 // Reader of conversion configurations (.cfg).
 #include "intl/convcfg.h"
 
+#include <algorithm>
 #include <new>
 
 #include "comnlib/memory.h"
@@ -85,6 +86,8 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
   void* block = comn_malloc(sizeof(CsConvConfig));
   if (block == nullptr) return CS_MEM_ERROR;
   auto* made = new (block) CsConvConfig{};
+  const std::string_view name = charset;
+  name.copy(made->charset.data(), std::min(name.size(), made->charset.size() - 1));
   const CS_RETCODE result = read_config(file, *made);
   if (result == CS_SUCCEED) {
     config = made;

@@ -90,6 +90,12 @@ CS_RETCODE read_table(IntlFile& file, ConvTable& table) {
   return file.failed() ? file.failure() : file.close();
 }
 
+bool is_ascii_based(const ConvTable& table) {
+  for (CS_USHORT byte = 0; byte < 0x80; ++byte)
+    if (table.single[byte] != byte || table.reverse.at(byte) != byte) return false;
+  return true;
+}
+
 void drop(ConvTable* table) {
   table->pairs.pages.clear();
   table->reverse.pages.clear();
@@ -124,6 +130,7 @@ CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* ta
     drop(made);
     return result;
   }
+  made->ascii = is_ascii_based(*made);
   made->next = store->tables;
   store->tables = made;
   table = made;

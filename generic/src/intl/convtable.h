@@ -31,6 +31,7 @@ struct ConvTable {
   std::array<CS_USHORT, 256> single;  // code unit of each single byte
   PagedTable pairs;                   // code unit of lead byte * 256 + second byte
   PagedTable reverse;  // of a code unit: a single byte, or lead byte * 256 + second byte
+  bool ascii;          // the bytes below 0x80 stand for themselves, both ways
   ConvTable* next;
 
   bool is_lead(CS_BYTE byte) const { return pairs.rows[byte] != 0; }

@@ -2,14 +2,15 @@
 // both inlined into it. Runs of ASCII, which most text is, are moved without decoding.
 #include "intl/xlate.h"
 
+#include <algorithm>
 #include <atomic>
-#include <optional>
+#include <cstdint>
 #include <string_view>
 
 #include "chars/utf.h"
 #include "intl/convcfg.h"
 #include "intl/convtable.h"
-#include "intl/lock.h"
+#include "intl/locking.h"
 
 namespace comnlib {
 namespace {
