@@ -30,9 +30,9 @@ TEST(Null, DefaultsOfTheBuiltInTypes) {
       EXPECT_EQ(row.size, entry.dvsize) << type;
       EXPECT_EQ(row.padtype, entry.dvpadtype) << type;
       ASSERT_NE(nullptr, entry.dventity) << type;
-      std::vector<CS_BYTE> expected(static_cast<std::size_t>(row.size), CS_BYTE{0});
+      std::string expected(static_cast<std::size_t>(row.size), '\0');
       if (row.size == 35) expected[0] = 18;
-      EXPECT_EQ(0, std::memcmp(entry.dventity, expected.data(), expected.size())) << type;
+      EXPECT_EQ(expected, std::string(static_cast<char*>(entry.dventity), expected.size())) << type;
       ++seen;
     }
   }
