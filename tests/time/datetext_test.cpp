@@ -13,6 +13,7 @@ namespace {
 
 constexpr auto kFrench = [] {
   DateConventions french = kUsEnglish;
+  french.months[0] = french.short_months[0] = "1\xB0 mois";
   french.months[1] = "f\xE9vrier";
   french.short_months[1] = "f\xE9vr.";
   french.am = "am";
@@ -117,6 +118,8 @@ TEST(DateText, FollowsTheLocalesOrderAndNames) {
       {"4 F\xE9vrier 2026", kFrench, "2026-02-04T00:00:00.000"},
       {"4 f\xE9vr. 2026 3:05apr\xE8s", kFrench, "2026-02-04T15:05:00.000"},
       {"4 Feb 2026", kFrench, "syntax"},
+      {"4 1\xB0 mois 2026", kFrench, "2026-01-04T00:00:00.000"},
+      {"4-1\xB0 MOIS-2026", kFrench, "2026-01-04T00:00:00.000"},
   };
   for (const auto& row : rows) EXPECT_EQ(row.iso, read(row.text, row.conventions)) << row.text;
 }
