@@ -1,4 +1,4 @@
-// Datetime text: what is accepted and refused, what is written, and that each reads the other.
+// Datetime text: what is accepted, refused and written. That each reads the other is fuzzed.
 #include "time/datetext.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +13,7 @@ namespace {
 
 constexpr auto kFrench = [] {
   DateConventions french = kUsEnglish;
+  french.months[0] = french.short_months[0] = "1\xB0 mois";
   french.months[1] = "f\xE9vrier";
   french.short_months[1] = "f\xE9vr.";
   french.am = "am";
@@ -117,6 +118,8 @@ TEST(DateText, FollowsTheLocalesOrderAndNames) {
       {"4 F\xE9vrier 2026", kFrench, "2026-02-04T00:00:00.000"},
       {"4 f\xE9vr. 2026 3:05apr\xE8s", kFrench, "2026-02-04T15:05:00.000"},
       {"4 Feb 2026", kFrench, "syntax"},
+      {"4 1\xB0 mois 2026", kFrench, "2026-01-04T00:00:00.000"},
+      {"4-1\xB0 MOIS-2026", kFrench, "2026-01-04T00:00:00.000"},
   };
   for (const auto& row : rows) EXPECT_EQ(row.iso, read(row.text, row.conventions)) << row.text;
 }
@@ -159,20 +162,6 @@ TEST(DateText, WritesEachStyle) {
   char room[19];
   EXPECT_EQ(DateText::done, format_datetime(zero, kUsEnglish, room).status);
   EXPECT_EQ(DateText::style, format_datetime(zero, kUsEnglish, std::span(room, 18)).status);
-}
-
-TEST(DateText, EveryOrderReadsItself) {
-  for (int order = 0; order < 6; ++order) {
-    for (const CS_INT style : {COM_DATESTYLE_LONG, COM_DATESTYLE_ISO}) {
-      const auto conventions = with(static_cast<DateOrder>(order), style);
-      for (CS_INT i = 0; i < 3000; ++i) {
-        const CS_DATETIME dt{COM_DTDAYS_MIN + i * 1004, i % 24 * kTicksPerHour + i * 7};
-        const std::string text = written(dt, conventions);
-        const ParsedDate again = parse_datetime(text, conventions);
-        ASSERT_TRUE(again.status == DateText::done && com__datecmp(&dt, &again.value) == 0) << text;
-      }
-    }
-  }
 }
 
 }  // namespace
