@@ -9,6 +9,8 @@
 #include "comnlib/diag.h"
 #include "comnlib/list.h"
 #include "comnlib/memory.h"
+#include "comnlib/money.h"
+#include "comnlib/numeric.h"
 #include "comnlib/result.h"
 #include "comnlib/thread.h"
 #include "comnlib/types.h"

@@ -5,7 +5,7 @@
  * - All six pointers are checked; a null one stops the process, and so do a source datatype that
  *   the routine does not serve, a destination datatype that is not its own, and a negative length.
  * - The length of a character, binary or Unicode-character source is srcfmt->maxlength; a varchar
- * or varbinary carries its own; every other source has its type's fixed length.
+ *   or varbinary carries its own; every other source has its type's fixed length.
  * - At most destfmt->maxlength bytes are written to a variable-length destination, and the fixed
  *   length to any other. The number of bytes written is stored through `destlen`.
  * - The result is CS_SUCCEED or a CS_CVT_ code of result.h. After a failure code a clamped or cut
@@ -39,7 +39,7 @@ COMN_API CS_RETCODE com_conv_free(CS_CONTEXT* context);
 
 /* com_conv_func: the routine for a pair of datatypes, or null when there is none or a code is
    negative. Pairs with a code of 26 or above are looked up among the user conversions. */
-COMN_API CS_CONV_FUNC com_conv_func(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
+COMN_API CS_CONV_FUNC com_conv_func(const CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
 
 /*
  * com_conv_install: makes `func` the routine of a pair; null makes the pair unsupported. Codes must
@@ -71,14 +71,15 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
  * bytes then. A user type without a null value gives length 0.
  * A negative type or `destlen` stops the process. Returns CS_SUCCEED or the padding's code.
  */
-COMN_API CS_RETCODE com_null_get(CS_CONTEXT* context, const CS_DATAFMT* destfmt, CS_VOID* dest,
-                                 CS_INT destlen, CS_INT* resultlen);
+COMN_API CS_RETCODE com_null_get(const CS_CONTEXT* context, const CS_DATAFMT* destfmt,
+                                 CS_VOID* dest, CS_INT destlen, CS_INT* resultlen);
 
 /*
  * com_null_set: makes a copy of the `length` bytes at `value` the null value of `datatype`.
  * Codes up to 24 are built-in; CS_UNICHAR_TYPE and above are kept with the user types, while
  * com_null_get of CS_UNICHAR_TYPE goes on returning the built-in value.
- * A negative type or length stops the process. CS_SUCCEED or CS_MEM_ERROR.
+ * A length of 0 leaves no value; `value` must point somewhere even then. A negative type or length
+ * stops the process. CS_SUCCEED, or CS_MEM_ERROR with the old value still in place.
  */
 COMN_API CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* value,
                                  CS_INT length);
@@ -112,6 +113,224 @@ COMN_API CS_RETCODE comn_fixedtobin(CS_CONTEXT* context, const CS_DATAFMT* srcfm
 COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
                                        const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                        CS_INT* destlen, CS_INT size);
+
+/*
+ * From CS_TINYINT (i1), CS_SMALLINT (i2), CS_INT (i4), CS_REAL (flt4), CS_FLOAT (flt8) and CS_BIT
+ * (bit). A CS_BIT that holds neither 0 nor 1 gives CS_CVT_DOMAIN and writes no value; a valid one
+ * converts as that integer. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, and the number of bytes written for character and binary data.
+ *
+ * toi1, toi2, toi4   A value outside the destination's range stores the limit that it passed, with
+ *                    CS_CVT_OVERFLOW. A floating value is compared before it is truncated towards
+ *                    zero: 255.5 does not fit a CS_TINYINT. A NaN is not told apart; it stores what
+ *                    the processor's truncation gives (-2147483648, cut to the destination).
+ * toflt4, toflt8     Copied, widened, or rounded to the nearest single. From flt8, a value beyond
+ *                    the largest single, infinities included, stores that single with its sign,
+ *                    with CS_CVT_OVERFLOW.
+ * tobit              1 for every value but zero, 1 for a NaN.
+ * tochar, tovarchar  Integers in decimal. Floating values with up to 17 significant digits as %g
+ *                    prints them, whatever the process's locale, with two changes: a leading "0."
+ *                    loses its zero (.25, but -0.25), and text without a point or an exponent gets
+ *                    ".0" (3.0, 0.0 for either zero, inf.0). A single shows its exact value:
+ *                    .10000000149011612. Text that does not fit maxlength, with its NUL where
+ *                    CS_DFMT_NULLTERM asks for one, becomes "*" when there are two bytes of room;
+ *                    the result is CS_CVT_OVERFLOW. bittochar has no "*": it writes its digit when
+ *                    there is room for it and always counts it. CS_CVT_FORMAT when both paddings
+ *                    are asked for.
+ * tobin, tovarbin    The value's bytes in host order; cut with CS_CVT_TRUNCATED when maxlength is
+ *                    smaller.
+ * tonum              The value at the destination format's precision (CS_CVT_PRECISION outside
+ *                    1..77, the marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside
+ *                    0..77). Floating values go through their 17 significant digits and are rounded
+ *                    at the scale, halves away from zero. CS_CVT_OVERFLOW stores zero; an infinity
+ *                    or NaN gives CS_CVT_SYNTAX. The length is 35, though bytes behind those of the
+ *                    precision are left alone.
+ * tomoney, tomny4    Exact for integers. A floating value is multiplied by 10000 as a double and
+ *                    rounded to a unit, halves away from zero. A value out of range stores the
+ *                    limit that it passed, with CS_CVT_OVERFLOW; a NaN stores zero, with the same.
+ *                    There are none from CS_BIT.
+ * toi8               These convert nothing: with valid pointers and source datatype each stops the
+ *                    process. They are in no matrix.
+ */
+COMN_CONVERSION(comn_i1tobit);
+COMN_CONVERSION(comn_i1toi1);
+COMN_CONVERSION(comn_i1toi2);
+COMN_CONVERSION(comn_i1toi4);
+COMN_CONVERSION(comn_i1toflt4);
+COMN_CONVERSION(comn_i1toflt8);
+COMN_CONVERSION(comn_i1tonum);
+COMN_CONVERSION(comn_i1tomoney);
+COMN_CONVERSION(comn_i1tomny4);
+COMN_CONVERSION(comn_i1tochar);
+COMN_CONVERSION(comn_i1tobin);
+COMN_CONVERSION(comn_i1tovarchar);
+COMN_CONVERSION(comn_i1tovarbin);
+COMN_CONVERSION(comn_i1toi8);
+
+COMN_CONVERSION(comn_i2tobit);
+COMN_CONVERSION(comn_i2toi1);
+COMN_CONVERSION(comn_i2toi2);
+COMN_CONVERSION(comn_i2toi4);
+COMN_CONVERSION(comn_i2toflt4);
+COMN_CONVERSION(comn_i2toflt8);
+COMN_CONVERSION(comn_i2tonum);
+COMN_CONVERSION(comn_i2tomoney);
+COMN_CONVERSION(comn_i2tomny4);
+COMN_CONVERSION(comn_i2tochar);
+COMN_CONVERSION(comn_i2tobin);
+COMN_CONVERSION(comn_i2tovarchar);
+COMN_CONVERSION(comn_i2tovarbin);
+COMN_CONVERSION(comn_i2toi8);
+
+COMN_CONVERSION(comn_i4tobit);
+COMN_CONVERSION(comn_i4toi1);
+COMN_CONVERSION(comn_i4toi2);
+COMN_CONVERSION(comn_i4toi4);
+COMN_CONVERSION(comn_i4toflt4);
+COMN_CONVERSION(comn_i4toflt8);
+COMN_CONVERSION(comn_i4tonum);
+COMN_CONVERSION(comn_i4tomoney);
+COMN_CONVERSION(comn_i4tomny4);
+COMN_CONVERSION(comn_i4tochar);
+COMN_CONVERSION(comn_i4tobin);
+COMN_CONVERSION(comn_i4tovarchar);
+COMN_CONVERSION(comn_i4tovarbin);
+COMN_CONVERSION(comn_i4toi8);
+
+COMN_CONVERSION(comn_flt4tobit);
+COMN_CONVERSION(comn_flt4toi1);
+COMN_CONVERSION(comn_flt4toi2);
+COMN_CONVERSION(comn_flt4toi4);
+COMN_CONVERSION(comn_flt4toflt4);
+COMN_CONVERSION(comn_flt4toflt8);
+COMN_CONVERSION(comn_flt4tonum);
+COMN_CONVERSION(comn_flt4tomoney);
+COMN_CONVERSION(comn_flt4tomny4);
+COMN_CONVERSION(comn_flt4tochar);
+COMN_CONVERSION(comn_flt4tobin);
+COMN_CONVERSION(comn_flt4tovarchar);
+COMN_CONVERSION(comn_flt4tovarbin);
+COMN_CONVERSION(comn_flt4toi8);
+
+COMN_CONVERSION(comn_flt8tobit);
+COMN_CONVERSION(comn_flt8toi1);
+COMN_CONVERSION(comn_flt8toi2);
+COMN_CONVERSION(comn_flt8toi4);
+COMN_CONVERSION(comn_flt8toflt4);
+COMN_CONVERSION(comn_flt8toflt8);
+COMN_CONVERSION(comn_flt8tonum);
+COMN_CONVERSION(comn_flt8tomoney);
+COMN_CONVERSION(comn_flt8tomny4);
+COMN_CONVERSION(comn_flt8tochar);
+COMN_CONVERSION(comn_flt8tobin);
+COMN_CONVERSION(comn_flt8tovarchar);
+COMN_CONVERSION(comn_flt8tovarbin);
+COMN_CONVERSION(comn_flt8toi8);
+
+COMN_CONVERSION(comn_bittobit);
+COMN_CONVERSION(comn_bittoi1);
+COMN_CONVERSION(comn_bittoi2);
+COMN_CONVERSION(comn_bittoi4);
+COMN_CONVERSION(comn_bittoflt4);
+COMN_CONVERSION(comn_bittoflt8);
+COMN_CONVERSION(comn_bittonum);
+COMN_CONVERSION(comn_bittochar);
+COMN_CONVERSION(comn_bittobin);
+COMN_CONVERSION(comn_bittovarchar);
+COMN_CONVERSION(comn_bittovarbin);
+COMN_CONVERSION(comn_bittoi8);
+
+/*
+ * From CS_NUMERIC and CS_DECIMAL. A precision outside 1..77 or a scale above 77 gives CS_CVT_DOMAIN
+ * before anything else. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, and the number of bytes written for character, binary and numeric data.
+ *
+ * toi1, toi2, toi4,  A value outside the destination's range stores the limit that it passed, with
+ * toi8               CS_CVT_OVERFLOW. The exact value is compared, then truncated towards zero:
+ *                    255.5 does not fit a CS_TINYINT. toi8 stores eight bytes for a destination of
+ *                    CS_LONG_TYPE; it is in no matrix.
+ * tobit              1 for every value but zero.
+ * toflt4, toflt8     The nearest double, rounded once more for toflt4. A value beyond the largest
+ *                    single stores that single with its sign, with CS_CVT_OVERFLOW.
+ * tonum              To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE
+ *                    outside 0..77) of the destination format, CS_USE_SRCVALUE standing for the
+ *                    source's. The digits must fit the bytes of the precision before they are
+ *                    scaled: 1.00000000 of (10,8) overflows (2,0). CS_CVT_OVERFLOW stores zero;
+ *                    dropped decimals that are not zero give CS_CVT_TRUNCATED with the cut value
+ *                    stored. The length is that of the precision and two.
+ * tomoney, tomny4    Further decimals are dropped. A value out of range stores the limit that it
+ *                    passed, with CS_CVT_OVERFLOW.
+ * tochar, tovarchar  A "-" for the negative sign, that of a zero included, at least one digit, and
+ *                    for a scale above 0 a point and that many decimals. Text that does not fit
+ *                    becomes "*" as for the families above.
+ * tobin, tovarbin    The 35 bytes of the record; cut with CS_CVT_TRUNCATED when maxlength is
+ *                    smaller.
+ */
+COMN_CONVERSION(comn_numtobit);
+COMN_CONVERSION(comn_numtoi1);
+COMN_CONVERSION(comn_numtoi2);
+COMN_CONVERSION(comn_numtoi4);
+COMN_CONVERSION(comn_numtoi8);
+COMN_CONVERSION(comn_numtoflt4);
+COMN_CONVERSION(comn_numtoflt8);
+COMN_CONVERSION(comn_numtonum);
+COMN_CONVERSION(comn_numtomoney);
+COMN_CONVERSION(comn_numtomny4);
+COMN_CONVERSION(comn_numtochar);
+COMN_CONVERSION(comn_numtobin);
+COMN_CONVERSION(comn_numtovarchar);
+COMN_CONVERSION(comn_numtovarbin);
+
+/*
+ * From CS_MONEY and CS_MONEY4. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, that of the precision for a numeric, and the number of bytes written for character and
+ * binary data.
+ *
+ * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
+ * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
+ *                    destination of CS_LONG_TYPE; it is in no matrix.
+ * toflt4, toflt8     The nearest value that the formula high * 429496.7296 + low / 10000 gives in
+ *                    doubles, for small money mny4 / 10000.
+ * tobit              1 for every value but zero.
+ * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
+ *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped
+ *                    decimals that are not zero give CS_CVT_TRUNCATED with the cut value stored.
+ * tomoney, tomny4    A value beyond the range of CS_MONEY4 stores the limit that it passed, with
+ *                    CS_CVT_OVERFLOW.
+ * tochar, tovarchar  With as many decimals as the destination's precision says: 0 and negative
+ *                    numbers mean 2, more than 4 mean 4; rounded, halves away from zero. There is
+ *                    no grouping. Text that does not fit maxlength is cut, with CS_CVT_OVERFLOW.
+ * tobin, tovarbin    The record's bytes; cut with CS_CVT_TRUNCATED when maxlength is smaller.
+ */
+COMN_CONVERSION(comn_moneytobit);
+COMN_CONVERSION(comn_moneytoi1);
+COMN_CONVERSION(comn_moneytoi2);
+COMN_CONVERSION(comn_moneytoi4);
+COMN_CONVERSION(comn_moneytoi8);
+COMN_CONVERSION(comn_moneytoflt4);
+COMN_CONVERSION(comn_moneytoflt8);
+COMN_CONVERSION(comn_moneytonum);
+COMN_CONVERSION(comn_moneytomoney);
+COMN_CONVERSION(comn_moneytomny4);
+COMN_CONVERSION(comn_moneytochar);
+COMN_CONVERSION(comn_moneytobin);
+COMN_CONVERSION(comn_moneytovarchar);
+COMN_CONVERSION(comn_moneytovarbin);
+
+COMN_CONVERSION(comn_mny4tobit);
+COMN_CONVERSION(comn_mny4toi1);
+COMN_CONVERSION(comn_mny4toi2);
+COMN_CONVERSION(comn_mny4toi4);
+COMN_CONVERSION(comn_mny4toi8);
+COMN_CONVERSION(comn_mny4toflt4);
+COMN_CONVERSION(comn_mny4toflt8);
+COMN_CONVERSION(comn_mny4tonum);
+COMN_CONVERSION(comn_mny4tomoney);
+COMN_CONVERSION(comn_mny4tomny4);
+COMN_CONVERSION(comn_mny4tochar);
+COMN_CONVERSION(comn_mny4tobin);
+COMN_CONVERSION(comn_mny4tovarchar);
+COMN_CONVERSION(comn_mny4tovarbin);
 
 #ifdef __cplusplus
 }

@@ -2,10 +2,44 @@
 #include "conv/frame.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "conv/newutils.h"
 
 namespace comnlib {
+
+namespace {
+
+// A call of memcpy takes as long as the digits of an integer: short text goes in two overlapping
+// words of a size that is known here.
+template <class Word>
+void copy_ends(std::string_view text, char* dest) {
+  Word head;
+  Word tail;
+  std::memcpy(&head, text.data(), sizeof head);
+  std::memcpy(&tail, text.data() + text.size() - sizeof tail, sizeof tail);
+  std::memcpy(dest, &head, sizeof head);
+  std::memcpy(dest + text.size() - sizeof tail, &tail, sizeof tail);
+}
+
+void copy_text(std::string_view text, char* dest) {
+  if (text.size() > 16) {
+    std::memcpy(dest, text.data(), text.size());
+  } else if (text.size() >= 8) {
+    copy_ends<std::uint64_t>(text, dest);
+  } else if (text.size() >= 4) {
+    copy_ends<std::uint32_t>(text, dest);
+  } else {
+    for (const char each : text) *dest++ = each;
+  }
+}
+
+constexpr bool finishes_text(CS_INT format) {
+  return (format & (CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK)) != 0;
+}
+
+}  // namespace
 
 CS_RETCODE place_text(std::string_view text, const Conversion& call) {
   const CS_INT room = call.destfmt->maxlength;
@@ -15,8 +49,9 @@ CS_RETCODE place_text(std::string_view text, const Conversion& call) {
   auto* dest = static_cast<CS_CHAR*>(call.dest);
 
   if (length <= room && !(terminate && length == room)) {
-    text.copy(dest, text.size());
+    copy_text(text, dest);
     *call.destlen = length;
+    if (!finishes_text(call.destfmt->format)) return CS_SUCCEED;
     return comn__padchar(length, call.destfmt, call.dest, call.destlen);
   }
   *call.destlen = std::min(room, length);
@@ -31,12 +66,13 @@ CS_RETCODE place_text(std::string_view text, const Conversion& call) {
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {
-  auto* record = static_cast<CS_VARCHAR*>(call.dest);
   const bool fits = text.size() <= CS_MAX_CHAR;
   if (!fits) text = "*";
-  text.copy(record->str, text.size());
-  if (text.size() < CS_MAX_CHAR) record->str[text.size()] = '\0';
-  store(&record->len, static_cast<CS_SMALLINT>(text.size()));
+  auto* record = static_cast<CS_CHAR*>(call.dest);
+  CS_CHAR* const str = record + offsetof(CS_VARCHAR, str);
+  store(record, static_cast<CS_SMALLINT>(text.size()));
+  text.copy(str, text.size());
+  if (text.size() < CS_MAX_CHAR) str[text.size()] = '\0';
   *call.destlen = sizeof(CS_VARCHAR);
   return fits ? CS_SUCCEED : CS_CVT_OVERFLOW;
 }

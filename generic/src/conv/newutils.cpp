@@ -90,23 +90,21 @@ CS_RETCODE comn__padbin(CS_INT length, const CS_DATAFMT* destfmt, CS_VOID* dest,
 }
 
 CS_RETCODE comn_fixedtobin(COMNLIB_CONVERSION_PARAMETERS, CS_INT size) {
-  const Conversion call{context, srcfmt, src, destfmt, dest, destlen};
-  check_pointers(call);
+  check_pointers({context, srcfmt, src, destfmt, dest, destlen});
   require(is_binary(destfmt->datatype) && destfmt->maxlength >= 0 && size >= 0);
   *destlen = std::min(destfmt->maxlength, size);
-  std::memcpy(dest, src, static_cast<std::size_t>(*destlen));
+  std::memmove(dest, src, static_cast<std::size_t>(*destlen));
   if (destfmt->maxlength < size) return trace(CS_CVT_TRUNCATED);
   return trace(comn__padbin(size, destfmt, dest, destlen));
 }
 
 CS_RETCODE comn_fixedtovarbin(COMNLIB_CONVERSION_PARAMETERS, CS_INT size) {
-  const Conversion call{context, srcfmt, src, destfmt, dest, destlen};
-  check_pointers(call);
+  check_pointers({context, srcfmt, src, destfmt, dest, destlen});
   require(destfmt->datatype == CS_VARBINARY_TYPE && size >= 0);
-  auto* record = static_cast<CS_VARBINARY*>(dest);
   const CS_INT kept = std::min<CS_INT>(size, CS_MAX_CHAR);
-  store(&record->len, static_cast<CS_SMALLINT>(kept));
-  std::memcpy(record->array, src, static_cast<std::size_t>(kept));
+  auto* record = static_cast<CS_BYTE*>(dest);
+  store(record, static_cast<CS_SMALLINT>(kept));
+  std::memmove(record + offsetof(CS_VARBINARY, array), src, static_cast<std::size_t>(kept));
   *destlen = sizeof(CS_VARBINARY);
   return trace(kept < size ? CS_CVT_OVERFLOW : CS_SUCCEED);
 }

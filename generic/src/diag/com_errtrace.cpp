@@ -1,10 +1,11 @@
 // The error trace and the debug output. Owns the two process-wide states of the library: the trace
 // level and the debug output file.
+#include <pthread.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 
 #include "diag/diag.h"
 
@@ -51,8 +52,17 @@ const char* base_name(const char* path) {
 }
 
 // Guards debug_file: a writer must not see it closed under its hands.
-std::mutex debug_mutex;
+pthread_mutex_t debug_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::FILE* debug_file = nullptr;
+
+// In place of std::mutex and std::lock_guard, which report failure by an exception.
+class DebugLock {
+ public:
+  DebugLock() { pthread_mutex_lock(&debug_mutex); }
+  ~DebugLock() { pthread_mutex_unlock(&debug_mutex); }
+  DebugLock(const DebugLock&) = delete;
+  DebugLock& operator=(const DebugLock&) = delete;
+};
 
 void close_debug_file() {
   if (debug_file != nullptr) std::fclose(debug_file);
@@ -84,7 +94,7 @@ void com_errset(CS_INT level) {
 }
 
 CS_RETCODE comn_debug_setfile(CS_VOID*, const CS_CHAR* path, CS_BOOL on) {
-  const std::lock_guard lock(debug_mutex);
+  const DebugLock lock;
   close_debug_file();
   if (on == 0 || path == nullptr) return CS_SUCCEED;
   debug_file = std::fopen(path, "w");
@@ -100,6 +110,6 @@ void comn_debug_print(const CS_CHAR* format, ...) {
 
 void comn_debug_vprint(const CS_CHAR* format, va_list args) {
   check_pointer(format);
-  const std::lock_guard lock(debug_mutex);
+  const DebugLock lock;
   std::vfprintf(debug_file == nullptr ? stdout : debug_file, format, args);
 }

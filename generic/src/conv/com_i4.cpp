@@ -1,0 +1,31 @@
+// The conversions from CS_INT.
+#include "conv/number_family.h"
+#include "conv/to_money.h"
+#include "conv/to_numeric.h"
+
+using namespace comnlib;
+
+namespace {
+
+using Source = NumberSource<CS_INT, CS_INT_TYPE>;
+
+// Where a call for CS_LONG stops, and where any other call of the same member does.
+constexpr Place kToLong = Place::current();
+constexpr Place kToOther = Place::current();
+
+}  // namespace
+
+COMNLIB_NUMBER_MEMBER(comn_i4tobit, Source, ToBit)
+COMNLIB_NUMBER_MEMBER(comn_i4toi1, Source, ToI1)
+COMNLIB_NUMBER_MEMBER(comn_i4toi2, Source, ToI2)
+COMNLIB_NUMBER_MEMBER(comn_i4toi4, Source, ToI4)
+COMNLIB_NUMBER_MEMBER(comn_i4toflt4, Source, ToFlt4)
+COMNLIB_NUMBER_MEMBER(comn_i4toflt8, Source, ToFlt8)
+COMNLIB_NUMBER_MEMBER(comn_i4tonum, Source, ToNumeric)
+COMNLIB_NUMBER_MEMBER(comn_i4tomoney, Source, ToMoney)
+COMNLIB_NUMBER_MEMBER(comn_i4tomny4, Source, ToMoney4)
+COMNLIB_NUMBER_MEMBER(comn_i4tochar, Source, ToCharacter)
+COMNLIB_NUMBER_MEMBER(comn_i4tobin, Source, ToBinary)
+COMNLIB_NUMBER_MEMBER(comn_i4tovarchar, Source, ToVarchar)
+COMNLIB_NUMBER_MEMBER(comn_i4tovarbin, Source, ToVarbinary)
+COMNLIB_NUMBER_REFUSAL(comn_i4toi8, Source, kToLong, kToOther)
