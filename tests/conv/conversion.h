@@ -60,13 +60,13 @@ struct Result {
 };
 
 // Source and destination stand at odd addresses, as in a host's row buffer.
-inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
-                      const CS_DATAFMT& to) {
+inline Result convert(Context& context, const CS_DATAFMT& from, const void* value,
+                      std::size_t size, const CS_DATAFMT& to) {
+  const CS_INT srctype = from.datatype;
   const auto room = static_cast<std::size_t>(comn_typelen(to.datatype, to.maxlength));
   std::vector<CS_BYTE> source(size + 1);
   std::memcpy(source.data() + 1, value, size);
   std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);
-  const CS_DATAFMT from = format_of(srctype);
   const CS_DATAFMT to_before = to;
 
   Result result;
@@ -82,7 +82,7 @@ inline Result convert(Context& context, CS_INT srctype, const void* value, std::
 
 template <class T>
 Result convert(Context& context, CS_INT srctype, const T& value, const CS_DATAFMT& to) {
-  return convert(context, srctype, &value, sizeof value, to);
+  return convert(context, format_of(srctype), &value, sizeof value, to);
 }
 
 // What a call that must abort writes to standard error; "" when it returns.

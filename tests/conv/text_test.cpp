@@ -163,7 +163,9 @@ TEST(TextToFloat, ValuesAndRangeErrors) {
     from_each(context, row.text, format_of(CS_FLOAT_TYPE), [&row](const Result& result) {
       EXPECT_EQ(row.code, result.code);
       EXPECT_EQ(row.code == CS_CVT_SYNTAX ? 0 : 8, result.length);
-      if (row.code != CS_CVT_SYNTAX) EXPECT_EQ(row.value, result.as<double>());
+      if (row.code != CS_CVT_SYNTAX) {
+        EXPECT_EQ(row.value, result.as<double>());
+      }
     });
   }
   const Result single = from_char(context, "-1e39", format_of(CS_REAL_TYPE));
@@ -217,8 +219,9 @@ TEST(TextToNumeric, PrecisionScaleMarkersAndCodes) {
     from_each(context, row.text, to, [&row](const Result& result) {
       EXPECT_EQ(row.code, result.code) << row.precision << "," << row.scale;
       EXPECT_EQ(row.length, result.length);
-      if (row.bytes != nullptr)
+      if (row.bytes != nullptr) {
         EXPECT_EQ(row.bytes, array_of(result, static_cast<std::size_t>(row.length)));
+      }
     });
   }
   CS_DATAFMT to = format_of(CS_DECIMAL_TYPE);

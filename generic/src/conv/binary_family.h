@@ -9,6 +9,7 @@
 #include "conv/frame.h"
 #include "conv/hex.h"
 #include "conv/newutils.h"
+#include "exact/numeric.h"
 
 namespace comnlib::binary_family {
 
@@ -141,8 +142,15 @@ struct ToFixed {
   }
 };
 
-bool is_valid_bit(const CS_BIT& bit);
-bool is_valid_numeric(const CS_NUMERIC& numeric);
+inline bool is_valid_bit(const CS_BIT& bit) {
+  return bit <= 1;
+}
+
+inline bool is_valid_numeric(const CS_NUMERIC& numeric) {
+  if (!is_precision(numeric.precision) || !is_scale(numeric.scale)) return false;
+  const constant value = record_of(numeric);
+  return numeric.array[0] <= 1 && com__exctnume_checkprecision(&value) == 0;
+}
 
 template <class Source, class Target>
 CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
