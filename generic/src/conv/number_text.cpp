@@ -1,6 +1,7 @@
 // Numbers as text.
 #include "conv/number_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -12,12 +13,35 @@ namespace {
 // Enough to tell every double from its neighbours.
 constexpr int kSignificantDigits = 17;
 
+// "00" to "99".
+constexpr auto kPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t n = 0; n < 100; ++n) {
+    pairs[2 * n] = static_cast<char>('0' + n / 10);
+    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+  }
+  return pairs;
+}();
+
+// Puts two digits in front of `before` and returns where they start.
+char* put_pair(char* before, CS_UINT n) {
+  return std::copy_n(&kPairs[2 * n], 2, before - 2) - 2;
+}
+
 }  // namespace
 
 std::string_view text_of(CS_INT value, NumberBuffer& buffer) {
-  const auto [end, error] = std::to_chars(buffer.begin(), buffer.end(), value);
-  require(error == std::errc{});
-  return {buffer.begin(), end};
+  char* const end = buffer.end();
+  char* begin = end;
+  CS_UINT rest = value < 0 ? -static_cast<CS_UINT>(value) : static_cast<CS_UINT>(value);
+  for (; rest >= 100; rest /= 100) begin = put_pair(begin, rest % 100);
+  if (rest >= 10) {
+    begin = put_pair(begin, rest);
+  } else {
+    *--begin = static_cast<char>('0' + rest);
+  }
+  if (value < 0) *--begin = '-';
+  return {begin, end};
 }
 
 std::string_view text_of(CS_FLOAT value, NumberBuffer& buffer) {
@@ -28,11 +52,10 @@ std::string_view text_of(CS_FLOAT value, NumberBuffer& buffer) {
       std::to_chars(buffer.begin(), limit, value, std::chars_format::general, kSignificantDigits);
   require(error == std::errc{});
 
-  const std::string_view text(buffer.begin(), end);
-  if (text.starts_with("0.")) return text.substr(1);
-  if (text.find_first_of(".e") != text.npos) return text;
-  suffix.copy(end, suffix.size());
-  return {buffer.begin(), end + suffix.size()};
+  if (buffer[0] == '0' && buffer[1] == '.') return {buffer.begin() + 1, end};
+  const auto marks_a_float = [](char mark) { return mark == '.' || mark == 'e'; };
+  if (std::any_of(buffer.begin(), end, marks_a_float)) return {buffer.begin(), end};
+  return {buffer.begin(), std::ranges::copy(suffix, end).out};
 }
 
 }  // namespace comnlib

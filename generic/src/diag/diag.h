@@ -29,8 +29,10 @@ inline void require(bool condition, Place place = Place::current()) {
 }
 
 inline void check_pointer(const void* pointer, Place place = Place::current()) {
-  if (pointer == nullptr) [[unlikely]]
-    com_chkptr(pointer, place.file_name(), static_cast<CS_INT>(place.line()));
+  if (pointer != nullptr) [[likely]]
+    return;
+  com_chkptr(pointer, place.file_name(), static_cast<CS_INT>(place.line()));
+  __builtin_unreachable();
 }
 
 // Passes a result code through the error trace: the last thing a public routine does.

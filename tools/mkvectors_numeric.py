@@ -1,0 +1,444 @@
+#!/usr/bin/env python3
+"""Writes the test vectors of exact numerics, tests/exact/data/numeric_*.tsv.
+
+The expected results come from the rules alone, on Python's integers of any size: a value is a sign
+and a magnitude, a length is what limits it. Values are written as decimal integers, "-0" for a
+zero with the negative sign. The same vectors come out of every run.
+
+  tools/mkvectors_numeric.py [DIRECTORY]
+"""
+import pathlib
+import random
+import struct
+import sys
+from decimal import ROUND_DOWN, ROUND_HALF_UP, Context, Decimal, localcontext
+
+OK, OVERFLOW, SYNTAX, DIVZERO, TRUNCATED = 0, 1, 2, 3, 6
+CODES = {OK: 1, OVERFLOW: -101, SYNTAX: -105, DIVZERO: -108, TRUNCATED: -101}
+DOMAIN, CUT = -107, -113
+MAX = 77
+rng = random.Random(20)
+
+
+def length(precision):
+    """Bytes of a precision: a sign and 10^p - 1, at least two."""
+    return 1 + max(1, ((10**precision - 1).bit_length() + 7) // 8)
+
+
+def room(size):
+    return 256 ** (size - 1)
+
+
+class Value:
+    def __init__(self, negative, magnitude):
+        self.negative, self.magnitude = bool(negative), magnitude
+
+    def __str__(self):
+        return ("-" if self.negative else "") + str(self.magnitude)
+
+
+class Numeric(Value):
+    def __init__(self, precision, scale, value, negative=None):
+        super().__init__(value < 0 if negative is None else negative, abs(value))
+        self.precision, self.scale = precision, scale
+
+    def __str__(self):
+        return f"{self.precision},{self.scale},{super().__str__()}"
+
+
+ZERO = Value(False, 0)
+
+
+def scaled(magnitude, change):
+    """Status and magnitude * 10^change."""
+    if abs(change) > MAX:
+        return OVERFLOW, 0
+    if change >= 0:
+        return OK, magnitude * 10**change
+    quotient, rest = divmod(magnitude, 10**-change)
+    return (TRUNCATED if rest else OK), quotient
+
+
+def exceeds(magnitude, precision):
+    return precision <= MAX and magnitude >= 10**precision
+
+
+def finish(value, change, precision, size):
+    """Status and value of a signed operation's last step."""
+    status, magnitude = scaled(value.magnitude, change)
+    if status == OVERFLOW or exceeds(magnitude, precision) or magnitude >= room(size):
+        return OVERFLOW, ZERO
+    return status, Value(value.negative, magnitude)
+
+
+def add_or_subtract(a, b, opn, precision, scale, size):
+    b_negative = b.negative != bool(opn)
+    if a.negative == b_negative:
+        value, base = Value(a.negative, a.magnitude + b.magnitude), a.scale
+    elif a.magnitude == b.magnitude:
+        return OK, ZERO
+    elif a.magnitude < b.magnitude:
+        value, base = Value(b_negative, b.magnitude - a.magnitude), b.scale
+    else:
+        value, base = Value(a.negative, a.magnitude - b.magnitude), a.scale
+    if value.magnitude >= room(size):
+        return OVERFLOW, ZERO
+    return finish(value, scale - base, precision, size)
+
+
+def multiply(a, b, precision, scale, size):
+    product = a.magnitude * b.magnitude
+    value = Value(product and a.negative != b.negative, product)
+    straight = precision >= a.precision + b.precision and scale == a.scale + b.scale
+    if not straight and product >= room(33):
+        return OVERFLOW, ZERO
+    return finish(value, scale - a.scale - b.scale, precision, size)
+
+
+def divide(a, b, precision, scale, size):
+    if b.magnitude == 0:
+        return DIVZERO, None
+    change = scale - a.scale + b.scale
+    if abs(change) > MAX:
+        return OVERFLOW, ZERO
+    dividend = a.magnitude * 10 ** max(change, 0)
+    divisor = b.magnitude * 10 ** max(-change, 0)
+    used = (dividend.bit_length() + 7) // 8
+    by = (divisor.bit_length() + 7) // 8
+    if used + (used - by + 1 if used >= by else 0) + 1 > 132:
+        return OVERFLOW, ZERO
+    quotient = dividend // divisor
+    return finish(Value(quotient and a.negative != b.negative, quotient), 0, precision, size)
+
+
+def compare(a, b):
+    if a.negative != b.negative:
+        if a.magnitude == b.magnitude == 0:
+            return 0
+        return -1 if a.negative else 1
+    low, high = (a, b) if a.scale < b.scale else (b, a)
+    left, right, gap = low.magnitude, high.magnitude, high.scale - low.scale
+    if low.precision + high.scale > MAX:
+        right //= 10**gap
+    else:
+        left *= 10**gap
+    order = (left > right) - (left < right)
+    if low is not a:
+        order = -order
+    return -order if a.negative else order
+
+
+def rescale(value, scale, to_precision, to_scale):
+    """Status and value of the conversion between numerics."""
+    size = length(to_precision)
+    if value.magnitude >= room(size):
+        return OVERFLOW, ZERO
+    status, magnitude = scaled(value.magnitude, to_scale - scale)
+    if status == TRUNCATED:
+        return status, Value(value.negative, magnitude)
+    if exceeds(magnitude, to_precision):
+        return OVERFLOW, ZERO
+    return OK, Value(value.negative, magnitude)
+
+
+def limited(digits, scale):
+    digits, scale = min(digits, MAX), min(scale, MAX)
+    precision = max(1, min(scale + digits, MAX))
+    return precision, min(scale, precision - digits)
+
+
+def valid(n):
+    return 1 <= n.precision <= MAX and n.scale <= MAX
+
+
+def numeric_sum(a, b, opn):
+    if not (valid(a) and valid(b)):
+        return str(DOMAIN)
+    digits = min(max(a.precision - a.scale, b.precision - b.scale), MAX)
+    scale = max(a.scale, b.scale)
+    precision = min(scale + digits + 1, MAX)
+    scale = min(scale, precision - digits)
+    if (a.precision, a.scale) != (b.precision, b.scale):
+        operands = []
+        for n in (a, b):
+            status, value = OK, n
+            if (n.precision, n.scale) != (precision, scale):
+                status, value = rescale(n, n.scale, precision, scale)
+            if status != OK:
+                return result(CUT if status == TRUNCATED else CODES[status], precision, scale, ZERO)
+            operands.append(Numeric(precision, scale, value.magnitude, value.negative))
+        a, b = operands
+    status, value = add_or_subtract(a, b, opn, precision, scale, length(precision))
+    return result(CODES[status], precision, scale, value)
+
+
+def numeric_product(a, b):
+    if not (valid(a) and valid(b)):
+        return str(DOMAIN)
+    size = limited(a.precision - a.scale + b.precision - b.scale + 1, a.scale + b.scale)
+    status, value = multiply(a, b, *size, length(size[0]))
+    return result(CODES[status], *size, value)
+
+
+def numeric_quotient(a, b):
+    if not (valid(a) and valid(b)):
+        return str(DOMAIN)
+    size = limited(b.scale + a.precision - a.scale, max(b.scale + a.precision + 1, 6))
+    status, value = divide(a, b, *size, length(size[0]))
+    return result(CODES[status], *size, value)
+
+
+def result(code, precision, scale, value):
+    return f"{code},{precision},{scale}" + ("" if value is None else f",{value}")
+
+
+# --- operands
+
+
+def digits(count):
+    return rng.randrange(10 ** (count - 1), 10**count) if count else 0
+
+
+def operand():
+    precision = rng.choice([1, 2, 3, 5, 9, 10, 18, 19, 20, 27, 37, 38, 39, 57, 75, 76, 77])
+    scale = rng.choice([0, 0, rng.randint(0, precision), rng.randint(0, precision), precision])
+    kind = rng.random()
+    if kind < 0.65:
+        magnitude = digits(rng.randint(1, precision))
+    elif kind < 0.75:
+        magnitude = 10 ** rng.randint(0, precision - 1) * rng.choice([1, 5])
+    elif kind < 0.85:
+        magnitude = 10**precision - rng.choice([1, 1, 2])
+    elif kind < 0.9:  # sparse limbs, which divisions estimate badly
+        magnitude = sum(rng.choice([0, 1, 2**31, 2**32 - 1]) << 32 * n for n in range(8))
+        magnitude %= 10**precision
+    elif kind < 0.95:
+        magnitude = rng.choice([0, 0, 1])
+    else:  # more than the precision holds
+        magnitude = room(length(precision)) - rng.choice([1, 2])
+    return Numeric(precision, scale, magnitude, rng.random() < 0.4)
+
+
+PAIRS = [
+    ((1, 0, 1), (1, 1, 5)),
+    ((1, 0, 1), (1, 0, 3)),
+    ((77, 0, 5), (6, 5, 500001)),  # the comparison's exception
+    ((72, 0, 5), (6, 5, 500001)),
+    ((41, 0, 10**40), (41, 0, 10**40)),  # more than 33 bytes of product
+    ((41, 40, 10**40), (41, 40, 10**40)),  # ... though the scaled product would fit
+    ((77, 77, 10**76), (77, 0, 10**76)),
+    ((77, 77, 10**76 + 1), (77, 0, 1)),  # the limit costs nonzero decimals
+    ((77, 77, 10**76), (77, 0, 1)),
+    ((77, 77, 10**77 - 1), (77, 77, 10**77 - 1)),
+    ((77, 0, 10**77 - 1), (77, 0, 1)),
+    ((77, 0, 10**77 - 1), (77, 77, 1)),
+    ((77, 0, room(33) - 1), (77, 77, 1)),  # the widest dividend and quotient
+    ((1, 77, 1), (1, 77, 1)),  # scales above precisions
+    ((1, 77, 9), (77, 0, 3)),
+    ((1, 5, 9), (2, 9, 99)),
+    ((38, 38, 10**38 - 1), (38, 38, 10**38 - 1)),
+    ((1, 0, 255), (1, 0, 255)),  # magnitudes above the precision
+    ((3, 0, 65535), (2, 1, 255)),
+    ((5, 2, -0.0), (5, 2, -0.0)),  # zeros with a sign
+    ((5, 2, -0.0), (7, 1, 0)),
+    ((5, 2, -12345), (5, 2, -12345)),
+    ((5, 2, 12345), (5, 2, -12345)),
+    # An estimated quotient digit that only the second divisor limb corrects, and one that has to be
+    # corrected by adding the divisor back.
+    ((39, 0, 0x7FFFFFFF_80000000_00000000_00000000), (39, 0, 0x80000000_00000000_00000001)),
+    ((39, 0, 0x80000000_FFFFFFFE_00000000_00000000), (39, 0, 0x80000000_FFFFFFFF_FFFFFFFF)),
+    ((39, 0, 0x80000000_00000000_00000003), (39, 0, 0x20000000_00000000_00000001)),
+    ((0, 0, 1), (1, 0, 1)),
+    ((1, 0, 1), (78, 0, 1)),
+    ((255, 255, 1), (1, 0, 0)),
+    ((5, 78, 1), (5, 0, 1)),
+    ((0, 9, 7), (0, 200, 9)),
+]
+
+
+def numeric(precision, scale, value):
+    return Numeric(precision, scale, int(value), str(value).startswith("-"))
+
+
+def operations():
+    pairs = [(numeric(*a), numeric(*b)) for a, b in PAIRS]
+    pairs += [(operand(), operand()) for _ in range(170)]
+    for a in [operand() for _ in range(30)]:  # equal sizes, and values against themselves
+        pairs.append((a, Numeric(a.precision, a.scale, digits(a.precision), rng.random() < 0.5)))
+        pairs.append((a, a))
+    for a, b in pairs:
+        yield [a, b, numeric_sum(a, b, 0), numeric_sum(a, b, 1), numeric_product(a, b),
+               numeric_quotient(a, b), compare(a, b)]
+
+
+# --- the kernel, with lengths, precisions and scales that public operations do not ask for
+
+
+def record(size=None):
+    size = size or rng.choice([2, 3, 5, 9, 10, 17, 33])
+    precision = rng.randint(1, MAX)
+    return size, Numeric(precision, rng.randint(0, 20), rng.randrange(room(size)) >> rng.choice(
+        [0, 0, 0, 8 * size // 2]), rng.random() < 0.4)
+
+
+def kernel():
+    def row(function, op1, op2, target, argument, status, value, rest=""):
+        show = lambda r: f"{r[0]},{r[1]}" if r else ""
+        return [function, show(op1), show(op2), show(target), argument, status,
+                "" if value is None else value, rest]
+
+    def target(a, b=0):
+        size = rng.choice([max(a, b) - 1, max(a, b), max(a, b) + 1, a + b + 1, 33])
+        size = min(max(size, 2), 40)
+        return size, Numeric(rng.randint(1, MAX), rng.randint(0, 25), 0)
+
+    for _ in range(60):
+        (n, a), (m, b) = record(), record()
+        size, t = target(n, m)
+        spec = (size, t)
+        total = a.magnitude + b.magnitude
+        yield row("intadd", (n, a), (m, b), spec, "", int(total >= room(size)),
+                  total % room(size))
+        gap = a.magnitude - b.magnitude
+        yield row("intsub", (n, a), (m, b), spec, "", int(not 0 <= gap < room(size)),
+                  gap % room(size))
+        product = a.magnitude * b.magnitude
+        over = product >= room(size)
+        yield row("intmul", (n, a), (m, b), spec, "", int(over), None if over else product)
+        opn = rng.randint(0, 1)
+        status, value = add_or_subtract(a, b, opn, t.precision, t.scale, size)
+        yield row("addorsub", (n, a), (m, b), spec, opn, status, value)
+        status, value = multiply(a, b, t.precision, t.scale, size)
+        yield row("mul", (n, a), (m, b), spec, "", status, value)
+        status, value = divide(a, b, t.precision, t.scale, size)
+        yield row("div", (n, a), (m, b), spec, "", status, value)
+    # Divisions of many limbs, and of so many bytes that the room is not enough.
+    for n, m in [(33, 17), (33, 9), (66, 33), (66, 34), (65, 2), (67, 2), (64, 2), (64, 8)] * 3:
+        dividend = rng.choice([rng.randrange(room(n)), room(n) - 1])
+        divisor = rng.randrange(1, room(m))
+        used = (dividend.bit_length() + 7) // 8
+        by = (divisor.bit_length() + 7) // 8
+        over = used + used - by + 2 > 132
+        yield row("intdiv", (n, Numeric(77, 0, dividend)), (m, Numeric(77, 0, divisor)),
+                  (n, Numeric(77, 0, 0)), "", int(over), None if over else dividend // divisor,
+                  "" if over else dividend % divisor)
+    for _ in range(40):
+        n, a = record()
+        size, t = target(n)
+        change = rng.choice([0, 1, 3, 9, 10, 20, -1, -3, -9, -10, -20, 77, -77, 78, -78])
+        status, value = scaled(a.magnitude, change)
+        if status == OVERFLOW or value >= room(size):
+            status, value = OVERFLOW, None
+        else:
+            value = Value(a.negative, value)
+        yield row("scale", (n, a), None, (size, t), change, status, value)
+
+        to = rng.choice([-3, 0, 1, 2, a.scale - 1, a.scale, a.scale + 5])
+        removed = max(0, a.scale - to if to > 0 else min(a.scale - to, a.precision))
+        quotient = a.magnitude
+        last = 0
+        for _ in range(removed):
+            quotient, last = divmod(quotient, 10)
+        value = (quotient + (last >= 5)) * 10**removed
+        over = value >= room(size) or removed > MAX
+        yield row("round", (n, a), None, (size, t), to, int(over),
+                  None if over else Value(a.negative and value, value))
+
+        ceiling = rng.randint(0, 1)
+        quotient, rest = divmod(a.magnitude, 10**a.scale)
+        quotient += bool(rest) and a.negative != bool(ceiling)
+        over = quotient >= room(size)
+        yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
+                  None if over else Value(a.negative and quotient, quotient))
+
+
+# --- conversions
+
+
+def rescalings():
+    sources = [(10, 8, 10**8), (3, 2, 125), (3, 2, -125), (3, 2, 120), (2, 1, -5), (5, 0, -0.0),
+               (1, 0, 255), (77, 0, 10**77 - 1), (77, 77, 1), (0, 0, 1), (78, 0, 1), (5, 78, 1)]
+    targets = [(2, 0), (2, 1), (10, 3), (77, 77), (77, 0), (1, 0), (0, 0), (78, 0), (266, 0),
+               (5, 78), (5, -1), (-2562, -2562), (-2562, 1), (5, -2562), (0, 78)]
+    cases = [(numeric(*s), t) for s in sources for t in targets]
+    cases += [(operand(), (rng.randint(1, MAX), rng.randint(0, MAX))) for _ in range(120)]
+    for n, (precision, scale) in cases:
+        wanted = f"{precision},{scale}"
+        precision = n.precision if precision == -2562 else precision
+        scale = n.scale if scale == -2562 else scale
+        if not valid(n):
+            yield [n, wanted, DOMAIN]
+        elif not 1 <= precision <= MAX:
+            yield [n, wanted, -103]
+        elif not 0 <= scale <= MAX:
+            yield [n, wanted, -104]
+        else:
+            status, value = rescale(n, n.scale, precision, scale)
+            code = CUT if status == TRUNCATED else CODES[status]
+            yield [n, wanted, result(code, precision, scale, value)]
+
+
+EXACT = Context(prec=400, Emax=10**6, Emin=-10**6)
+
+
+def parsed(text, precision, scale, rounding):
+    """Status and value of decimal text at a precision and scale."""
+    with localcontext(EXACT):
+        number = Decimal(text).scaleb(scale)
+        units = number.to_integral_value(ROUND_HALF_UP if rounding else ROUND_DOWN)
+        magnitude = abs(int(units))
+        if magnitude >= 10**precision:
+            return OVERFLOW, ZERO
+        cut = not rounding and units != number
+        return (TRUNCATED if cut else OK), Value(text.strip().startswith("-"), magnitude)
+
+
+def texts():
+    fixed = ["12.345", "0", "-0", "+7", "00012.500", "-12.345", ".5", "5.", "1e3", "1.5E-3", "-9.99",
+             "12345678901234567890123456789012345678", "0.000000001", "1e77", "1e-77", "9" * 77,
+             "9.95", "-0.05", "0.0049", "99.995", "0e99", "12e+1", "  42  ", "\t-1.25\t",
+             "0." + "3" * 90, "1" + "0" * 90 + "e-90", "255", "256", "99"]
+    made = []
+    for _ in range(60):
+        whole, part = rng.randint(0, 40), rng.randint(0, 40)
+        text = "".join(rng.choice("0123456789") for _ in range(whole + part + 1))
+        text = rng.choice(["", "-", "+"]) + text[: whole + 1] + "." + text[whole + 1:]
+        made.append(text + rng.choice(["", "", "", "e5", "E-12", "e+20"]))
+    for text in fixed + made:
+        for precision, scale in [(5, 2), (rng.randint(1, MAX), rng.randint(0, 30)), (77, 20)]:
+            for rounding in (0, 1):
+                status, value = parsed(text, precision, scale, rounding)
+                yield [text.replace("\t", "\\t"), precision, scale, rounding, status, value]
+
+
+def doubles():
+    fixed = [0.1, 0.5, -2.5, 1e22, 123456.789, 1e-7, 2.0**60, struct.unpack("f", b"\xcd\xcc\xcc=")[0],
+             0.125, 1.005, -0.0, 9.5, 0.045, 5e-324, 1.7976931348623157e308]
+    made = [rng.uniform(-10, 10) * 10 ** rng.randint(-9, 9) for _ in range(45)]
+    for value in fixed + made:
+        for precision, scale in [(77, 30), (rng.randint(1, 38), rng.randint(0, 17))]:
+            status, number = parsed("%.17g" % value, precision, scale, 1)
+            yield [struct.pack(">d", value).hex(), f"{precision},{scale}", status, number]
+
+
+def to_doubles():
+    for _ in range(80):
+        n = operand()
+        # Division of integers rounds once, to the nearest double.
+        value = n.magnitude / 10**n.scale
+        yield [n, struct.pack(">d", -value if n.negative else value).hex()]
+
+
+def main():
+    directory = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else
+                             pathlib.Path(__file__).parent.parent / "tests/exact/data")
+    directory.mkdir(parents=True, exist_ok=True)
+    for name, rows in [("operations", operations()), ("kernel", kernel()),
+                       ("rescalings", rescalings()), ("texts", texts()), ("doubles", doubles()),
+                       ("to_doubles", to_doubles())]:
+        lines = ["\t".join(map(str, row)) for row in rows]
+        (directory / f"numeric_{name}.tsv").write_text("\n".join(lines) + "\n")
+
+
+if __name__ == "__main__":
+    main()
