@@ -123,10 +123,10 @@ CS_UINT append_record(CsConfig& config, CS_UINT above, std::string_view name,
   const auto number = static_cast<CS_UINT>(config.records.used);
   const auto value_length = static_cast<CS_UINT>(value.size());
   const Record record{above, static_cast<CS_UINT>(name.size()), value_length, value_length};
-  config.records.append({reinterpret_cast<const char*>(&record), sizeof record});
-  config.records.append(name);
-  config.records.append(value);
-  config.records.append({"\0\0\0", padding});
+  config.records.append_reserved({reinterpret_cast<const char*>(&record), sizeof record});
+  config.records.append_reserved(name);
+  config.records.append_reserved(value);
+  config.records.append_reserved({"\0\0\0", padding});
   return number;
 }
 

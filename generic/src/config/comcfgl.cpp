@@ -258,7 +258,7 @@ CS_VOID cfg__lexstate(CfgParseInfo* parse, CS_INT state) {
 
 CS_INT cfg__lex(CfgParseInfo* parse) {
   check_pointer(parse);
-  cfg__nexttok(parse);
+  begin_token(*parse);
   const CS_INT code =
       parse->state == ScanState::kNormal ? scan_normal(*parse) : scan_string(*parse);
   count_lines(*parse, code);
