@@ -177,7 +177,7 @@ CS_INT cfg__getc(CfgParseInfo* parse) {
 }
 
 CS_VOID cfg__marktok(CfgParseInfo* parse) {
-  parse->mark = parse->at;
+  mark_token(*parse);
 }
 
 CS_VOID cfg__nexttok(CfgParseInfo* parse) {

@@ -122,6 +122,10 @@ inline void begin_token(CfgParseInfo& parse) {
   parse.line = parse.next_line;
 }
 
+inline void mark_token(CfgParseInfo& parse) {
+  parse.mark = parse.at;
+}
+
 // Appends to the newest collected text; false when there is no memory.
 inline bool collect(CfgParseInfo& parse, std::string_view text) {
   parse.toks[parse.tok_count - 1].length += text.size();
