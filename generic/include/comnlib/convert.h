@@ -64,7 +64,8 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
 /*
  * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
- * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks.
+ * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks, up to
+ * destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
  * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
