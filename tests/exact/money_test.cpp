@@ -71,21 +71,21 @@ struct TextVector {
 #define PARSE(...)
 #define ARITHMETIC(operation, ...) {#operation, operation, __VA_ARGS__},
 constexpr ArithmeticVector kArithmetic[] = {
-#include "money_vectors.inc"
+#include "data/money_vectors.inc"
 };
 #undef ARITHMETIC
 #undef FORMAT
 #define ARITHMETIC(...)
 #define FORMAT(...) {__VA_ARGS__},
 constexpr FormatVector kFormats[] = {
-#include "money_vectors.inc"
+#include "data/money_vectors.inc"
 };
 #undef FORMAT
 #undef PARSE
 #define FORMAT(...)
 #define PARSE(...) {__VA_ARGS__},
 constexpr TextVector kTexts[] = {
-#include "money_vectors.inc"
+#include "data/money_vectors.inc"
 };
 
 // The result is written once beside the operands and once over the second one.
