@@ -36,6 +36,7 @@ struct Calloc : Malloc {
     mallopt(M_TRIM_THRESHOLD, 1 << 30) == 1 && mallopt(M_MMAP_THRESHOLD, 1 << 29) == 1;
 
 // An allocator in a library of its own, called as directly as malloc is: through one pointer.
+// jemalloc's thread-local data need room that GLIBC_TUNABLES grants; tools/bench sets it.
 struct Loaded {
   void* (*allocate)(std::size_t) = nullptr;
   void (*free)(void*) = nullptr;
@@ -164,16 +165,27 @@ void* touched(void* block) {
   return block;
 }
 
+void fill_and_free(benchmark::State& state, const auto& allocator, auto next_size) {
+  std::vector<void*> blocks(kFilled);
+  for (auto _ : state) {
+    for (void*& block : blocks) block = touched(allocator.allocate(next_size()));
+    for (void* block : blocks) allocator.free(block);
+  }
+}
+
 template <class Allocator>
 void fill(benchmark::State& state) {
   if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
-  auto next_size = mixed_sizes();
-  std::vector<void*> blocks(kFilled);
-  for (auto _ : state) {
-    for (void*& block : blocks) block = touched(Allocator::allocate(next_size()));
-    for (void* block : blocks) Allocator::free(block);
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int>(kFilled));
+  fill_and_free(state, Allocator(), mixed_sizes());
+}
+template <class Allocator>
+void fill_fixed(benchmark::State& state) {
+  if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
+  fill_and_free(state, Allocator(), fixed_size(state));
+}
+template <bool locked>
+void fill_fixed_uniform(benchmark::State& state) {
+  fill_and_free(state, Pool(MM_POOL_UNIFORM, locked, 1 << 19), fixed_size(state));
 }
 
 void fill_monotonic(benchmark::State& state) {
@@ -182,7 +194,6 @@ void fill_monotonic(benchmark::State& state) {
     std::pmr::monotonic_buffer_resource resource(1 << 16);
     for (std::size_t i = 0; i < kFilled; ++i) touched(resource.allocate(next_size(), 4));
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int>(kFilled));
 }
 
 template <bool locked>
@@ -192,7 +203,6 @@ void fill_alloconly(benchmark::State& state) {
     const Pool pool(MM_POOL_ALLOCONLY, locked);
     for (std::size_t i = 0; i < kFilled; ++i) touched(pool.allocate(next_size()));
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int>(kFilled));
 }
 
 BENCHMARK(fill<Malloc>)->Name("fill_1000/malloc");
@@ -202,6 +212,13 @@ BENCHMARK(fill<Mimalloc>)->Name("fill_1000/mimalloc");
 BENCHMARK(fill_monotonic)->Name("fill_1000/monotonic_buffer_resource");
 BENCHMARK(fill_alloconly<false>)->Name("fill_1000/alloconly");
 BENCHMARK(fill_alloconly<true>)->Name("fill_1000/alloconly_locked");
+
+BENCHMARK(fill_fixed<Malloc>)->Name("fill_1000_fixed/malloc") SIZES;
+BENCHMARK(fill_fixed<Calloc>)->Name("fill_1000_fixed/calloc") SIZES;
+BENCHMARK(fill_fixed<Jemalloc>)->Name("fill_1000_fixed/jemalloc") SIZES;
+BENCHMARK(fill_fixed<Mimalloc>)->Name("fill_1000_fixed/mimalloc") SIZES;
+BENCHMARK(fill_fixed_uniform<false>)->Name("fill_1000_fixed/uniform") SIZES;
+BENCHMARK(fill_fixed_uniform<true>)->Name("fill_1000_fixed/uniform_locked") SIZES;
 
 // --- Growth
 // ----------------------------------------------------------------------------------------
@@ -234,6 +251,6 @@ void free_behind_blocks(benchmark::State& state) {
     benchmark::DoNotOptimize(oldest = pool.allocate(5000));
   }
 }
-BENCHMARK(free_behind_blocks)->RangeMultiplier(8)->Range(1, 4096);
+BENCHMARK(free_behind_blocks)->RangeMultiplier(8)->Range(8, 4096);
 
 }  // namespace
