@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 install(TARGETS comnlib comnlib_static EXPORT comnlibTargets)
 install(DIRECTORY generic/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
         PATTERN "*.h")
+install(FILES companion/intl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/comnlib)
 install(

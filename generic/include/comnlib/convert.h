@@ -64,7 +64,8 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
 /*
  * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
- * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks.
+ * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks, up to
+ * destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
  * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
@@ -139,6 +140,16 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  *                    are asked for.
  * tobin, tovarbin    The value's bytes in host order; cut with CS_CVT_TRUNCATED when maxlength is
  *                    smaller.
+ * tonum              The value at the destination format's precision (CS_CVT_PRECISION outside
+ *                    1..77, the marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside
+ *                    0..77). Floating values go through their 17 significant digits and are rounded
+ *                    at the scale, halves away from zero. CS_CVT_OVERFLOW stores zero; an infinity
+ *                    or NaN gives CS_CVT_SYNTAX. The length is 35, though bytes behind those of the
+ *                    precision are left alone.
+ * tomoney, tomny4    Exact for integers. A floating value is multiplied by 10000 as a double and
+ *                    rounded to a unit, halves away from zero. A value out of range stores the
+ *                    limit that it passed, with CS_CVT_OVERFLOW; a NaN stores zero, with the same.
+ *                    There are none from CS_BIT.
  * toi8               These convert nothing: with valid pointers and source datatype each stops the
  *                    process. They are in no matrix.
  */
@@ -148,6 +159,9 @@ COMN_CONVERSION(comn_i1toi2);
 COMN_CONVERSION(comn_i1toi4);
 COMN_CONVERSION(comn_i1toflt4);
 COMN_CONVERSION(comn_i1toflt8);
+COMN_CONVERSION(comn_i1tonum);
+COMN_CONVERSION(comn_i1tomoney);
+COMN_CONVERSION(comn_i1tomny4);
 COMN_CONVERSION(comn_i1tochar);
 COMN_CONVERSION(comn_i1tobin);
 COMN_CONVERSION(comn_i1tovarchar);
@@ -160,6 +174,9 @@ COMN_CONVERSION(comn_i2toi2);
 COMN_CONVERSION(comn_i2toi4);
 COMN_CONVERSION(comn_i2toflt4);
 COMN_CONVERSION(comn_i2toflt8);
+COMN_CONVERSION(comn_i2tonum);
+COMN_CONVERSION(comn_i2tomoney);
+COMN_CONVERSION(comn_i2tomny4);
 COMN_CONVERSION(comn_i2tochar);
 COMN_CONVERSION(comn_i2tobin);
 COMN_CONVERSION(comn_i2tovarchar);
@@ -172,6 +189,9 @@ COMN_CONVERSION(comn_i4toi2);
 COMN_CONVERSION(comn_i4toi4);
 COMN_CONVERSION(comn_i4toflt4);
 COMN_CONVERSION(comn_i4toflt8);
+COMN_CONVERSION(comn_i4tonum);
+COMN_CONVERSION(comn_i4tomoney);
+COMN_CONVERSION(comn_i4tomny4);
 COMN_CONVERSION(comn_i4tochar);
 COMN_CONVERSION(comn_i4tobin);
 COMN_CONVERSION(comn_i4tovarchar);
@@ -184,6 +204,9 @@ COMN_CONVERSION(comn_flt4toi2);
 COMN_CONVERSION(comn_flt4toi4);
 COMN_CONVERSION(comn_flt4toflt4);
 COMN_CONVERSION(comn_flt4toflt8);
+COMN_CONVERSION(comn_flt4tonum);
+COMN_CONVERSION(comn_flt4tomoney);
+COMN_CONVERSION(comn_flt4tomny4);
 COMN_CONVERSION(comn_flt4tochar);
 COMN_CONVERSION(comn_flt4tobin);
 COMN_CONVERSION(comn_flt4tovarchar);
@@ -196,6 +219,9 @@ COMN_CONVERSION(comn_flt8toi2);
 COMN_CONVERSION(comn_flt8toi4);
 COMN_CONVERSION(comn_flt8toflt4);
 COMN_CONVERSION(comn_flt8toflt8);
+COMN_CONVERSION(comn_flt8tonum);
+COMN_CONVERSION(comn_flt8tomoney);
+COMN_CONVERSION(comn_flt8tomny4);
 COMN_CONVERSION(comn_flt8tochar);
 COMN_CONVERSION(comn_flt8tobin);
 COMN_CONVERSION(comn_flt8tovarchar);
@@ -208,11 +234,104 @@ COMN_CONVERSION(comn_bittoi2);
 COMN_CONVERSION(comn_bittoi4);
 COMN_CONVERSION(comn_bittoflt4);
 COMN_CONVERSION(comn_bittoflt8);
+COMN_CONVERSION(comn_bittonum);
 COMN_CONVERSION(comn_bittochar);
 COMN_CONVERSION(comn_bittobin);
 COMN_CONVERSION(comn_bittovarchar);
 COMN_CONVERSION(comn_bittovarbin);
 COMN_CONVERSION(comn_bittoi8);
+
+/*
+ * From CS_NUMERIC and CS_DECIMAL. A precision outside 1..77 or a scale above 77 gives CS_CVT_DOMAIN
+ * before anything else. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, and the number of bytes written for character, binary and numeric data.
+ *
+ * toi1, toi2, toi4,  A value outside the destination's range stores the limit that it passed, with
+ * toi8               CS_CVT_OVERFLOW. The exact value is compared, then truncated towards zero:
+ *                    255.5 does not fit a CS_TINYINT. toi8 stores eight bytes for a destination of
+ *                    CS_LONG_TYPE; it is in no matrix.
+ * tobit              1 for every value but zero.
+ * toflt4, toflt8     The nearest double, rounded once more for toflt4. A value beyond the largest
+ *                    single stores that single with its sign, with CS_CVT_OVERFLOW.
+ * tonum              To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE
+ *                    outside 0..77) of the destination format, CS_USE_SRCVALUE standing for the
+ *                    source's. The digits must fit the bytes of the precision before they are
+ *                    scaled: 1.00000000 of (10,8) overflows (2,0). CS_CVT_OVERFLOW stores zero;
+ *                    dropped decimals that are not zero give CS_CVT_TRUNCATED with the cut value
+ *                    stored. The length is that of the precision and two.
+ * tomoney, tomny4    Further decimals are dropped. A value out of range stores the limit that it
+ *                    passed, with CS_CVT_OVERFLOW.
+ * tochar, tovarchar  A "-" for the negative sign, that of a zero included, at least one digit, and
+ *                    for a scale above 0 a point and that many decimals. Text that does not fit
+ *                    becomes "*" as for the families above.
+ * tobin, tovarbin    The 35 bytes of the record; cut with CS_CVT_TRUNCATED when maxlength is
+ *                    smaller.
+ */
+COMN_CONVERSION(comn_numtobit);
+COMN_CONVERSION(comn_numtoi1);
+COMN_CONVERSION(comn_numtoi2);
+COMN_CONVERSION(comn_numtoi4);
+COMN_CONVERSION(comn_numtoi8);
+COMN_CONVERSION(comn_numtoflt4);
+COMN_CONVERSION(comn_numtoflt8);
+COMN_CONVERSION(comn_numtonum);
+COMN_CONVERSION(comn_numtomoney);
+COMN_CONVERSION(comn_numtomny4);
+COMN_CONVERSION(comn_numtochar);
+COMN_CONVERSION(comn_numtobin);
+COMN_CONVERSION(comn_numtovarchar);
+COMN_CONVERSION(comn_numtovarbin);
+
+/*
+ * From CS_MONEY and CS_MONEY4. The length is the destination's fixed length, 258 for a varchar or
+ * varbinary, that of the precision for a numeric, and the number of bytes written for character and
+ * binary data.
+ *
+ * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
+ * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
+ *                    destination of CS_LONG_TYPE; it is in no matrix.
+ * toflt4, toflt8     The nearest value that the formula high * 429496.7296 + low / 10000 gives in
+ *                    doubles, for small money mny4 / 10000.
+ * tobit              1 for every value but zero.
+ * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
+ *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped
+ *                    decimals that are not zero give CS_CVT_TRUNCATED with the cut value stored.
+ * tomoney, tomny4    A value beyond the range of CS_MONEY4 stores the limit that it passed, with
+ *                    CS_CVT_OVERFLOW.
+ * tochar, tovarchar  With as many decimals as the destination's precision says: 0 and negative
+ *                    numbers mean 2, more than 4 mean 4; rounded, halves away from zero. There is
+ *                    no grouping. Text that does not fit maxlength is cut, with CS_CVT_OVERFLOW.
+ * tobin, tovarbin    The record's bytes; cut with CS_CVT_TRUNCATED when maxlength is smaller.
+ */
+COMN_CONVERSION(comn_moneytobit);
+COMN_CONVERSION(comn_moneytoi1);
+COMN_CONVERSION(comn_moneytoi2);
+COMN_CONVERSION(comn_moneytoi4);
+COMN_CONVERSION(comn_moneytoi8);
+COMN_CONVERSION(comn_moneytoflt4);
+COMN_CONVERSION(comn_moneytoflt8);
+COMN_CONVERSION(comn_moneytonum);
+COMN_CONVERSION(comn_moneytomoney);
+COMN_CONVERSION(comn_moneytomny4);
+COMN_CONVERSION(comn_moneytochar);
+COMN_CONVERSION(comn_moneytobin);
+COMN_CONVERSION(comn_moneytovarchar);
+COMN_CONVERSION(comn_moneytovarbin);
+
+COMN_CONVERSION(comn_mny4tobit);
+COMN_CONVERSION(comn_mny4toi1);
+COMN_CONVERSION(comn_mny4toi2);
+COMN_CONVERSION(comn_mny4toi4);
+COMN_CONVERSION(comn_mny4toi8);
+COMN_CONVERSION(comn_mny4toflt4);
+COMN_CONVERSION(comn_mny4toflt8);
+COMN_CONVERSION(comn_mny4tonum);
+COMN_CONVERSION(comn_mny4tomoney);
+COMN_CONVERSION(comn_mny4tomny4);
+COMN_CONVERSION(comn_mny4tochar);
+COMN_CONVERSION(comn_mny4tobin);
+COMN_CONVERSION(comn_mny4tovarchar);
+COMN_CONVERSION(comn_mny4tovarbin);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,7 @@
 // The conversions from CS_BIT.
 #include "conv/newutils.h"
 #include "conv/number_family.h"
+#include "conv/to_numeric.h"
 
 using namespace comnlib;
 
@@ -29,6 +30,7 @@ COMNLIB_NUMBER_MEMBER(comn_bittoi2, Source, ToI2)
 COMNLIB_NUMBER_MEMBER(comn_bittoi4, Source, ToI4)
 COMNLIB_NUMBER_MEMBER(comn_bittoflt4, Source, ToFlt4)
 COMNLIB_NUMBER_MEMBER(comn_bittoflt8, Source, ToFlt8)
+COMNLIB_NUMBER_MEMBER(comn_bittonum, Source, ToNumeric)
 COMNLIB_NUMBER_MEMBER(comn_bittochar, Source, BitToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_bittobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_bittovarchar, Source, ToVarchar)

@@ -1,5 +1,7 @@
 // The conversions from CS_REAL.
 #include "conv/number_family.h"
+#include "conv/to_money.h"
+#include "conv/to_numeric.h"
 
 using namespace comnlib;
 
@@ -19,6 +21,9 @@ COMNLIB_NUMBER_MEMBER(comn_flt4toi2, Source, ToI2)
 COMNLIB_NUMBER_MEMBER(comn_flt4toi4, Source, ToI4)
 COMNLIB_NUMBER_MEMBER(comn_flt4toflt4, Source, ToFlt4)
 COMNLIB_NUMBER_MEMBER(comn_flt4toflt8, Source, ToFlt8)
+COMNLIB_NUMBER_MEMBER(comn_flt4tonum, Source, ToNumeric)
+COMNLIB_NUMBER_MEMBER(comn_flt4tomoney, Source, ToMoney)
+COMNLIB_NUMBER_MEMBER(comn_flt4tomny4, Source, ToMoney4)
 COMNLIB_NUMBER_MEMBER(comn_flt4tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_flt4tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_flt4tovarchar, Source, ToVarchar)

@@ -1,5 +1,7 @@
 // The conversions from CS_FLOAT.
 #include "conv/number_family.h"
+#include "conv/to_money.h"
+#include "conv/to_numeric.h"
 
 using namespace comnlib;
 
@@ -19,6 +21,9 @@ COMNLIB_NUMBER_MEMBER(comn_flt8toi2, Source, ToI2)
 COMNLIB_NUMBER_MEMBER(comn_flt8toi4, Source, ToI4)
 COMNLIB_NUMBER_MEMBER(comn_flt8toflt4, Source, ToFlt4)
 COMNLIB_NUMBER_MEMBER(comn_flt8toflt8, Source, ToFlt8)
+COMNLIB_NUMBER_MEMBER(comn_flt8tonum, Source, ToNumeric)
+COMNLIB_NUMBER_MEMBER(comn_flt8tomoney, Source, ToMoney)
+COMNLIB_NUMBER_MEMBER(comn_flt8tomny4, Source, ToMoney4)
 COMNLIB_NUMBER_MEMBER(comn_flt8tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_flt8tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_flt8tovarchar, Source, ToVarchar)

@@ -1,5 +1,7 @@
 // The conversions from CS_INT.
 #include "conv/number_family.h"
+#include "conv/to_money.h"
+#include "conv/to_numeric.h"
 
 using namespace comnlib;
 
@@ -19,6 +21,9 @@ COMNLIB_NUMBER_MEMBER(comn_i4toi2, Source, ToI2)
 COMNLIB_NUMBER_MEMBER(comn_i4toi4, Source, ToI4)
 COMNLIB_NUMBER_MEMBER(comn_i4toflt4, Source, ToFlt4)
 COMNLIB_NUMBER_MEMBER(comn_i4toflt8, Source, ToFlt8)
+COMNLIB_NUMBER_MEMBER(comn_i4tonum, Source, ToNumeric)
+COMNLIB_NUMBER_MEMBER(comn_i4tomoney, Source, ToMoney)
+COMNLIB_NUMBER_MEMBER(comn_i4tomny4, Source, ToMoney4)
 COMNLIB_NUMBER_MEMBER(comn_i4tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_i4tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_i4tovarchar, Source, ToVarchar)

@@ -7,6 +7,7 @@
 
 #include "comnlib/convert.h"
 #include "comnlib/memory.h"
+#include "comnlib/numeric.h"
 #include "conv/frame.h"
 #include "conv/newutils.h"
 #include "diag/diag.h"
@@ -25,6 +26,7 @@ struct Default {
 };
 
 constexpr CS_BYTE kDefaultPrecision = 18;
+constexpr CS_INT kNumericHead = offsetof(CS_NUMERIC, array);
 
 constexpr std::array<Default, CS_BUILTIN_TYPES> kDefaults = [] {
   constexpr Default character{0, CS_PAD_CHAR};
@@ -59,14 +61,6 @@ constexpr std::array<Default, CS_BUILTIN_TYPES> kDefaults = [] {
   values[CS_UNICHAR_TYPE] = {1, CS_PAD_UNICHAR};
   return values;
 }();
-
-// Precision, scale, sign and the bytes that hold 10^precision - 1.
-constexpr CS_INT numeric_size(CS_INT precision) {
-  const CS_INT bits = precision * 108'853 / 32'768 + 1;  // log2(10), close enough up to 77 digits
-  return 2 + 1 + (bits + 7) / 8;
-}
-static_assert(numeric_size(1) == 4 && numeric_size(3) == 5 && numeric_size(38) == 19);
-static_assert(numeric_size(CS_MAX_PREC) == sizeof(CS_NUMERIC));
 
 const Default& default_of(CS_INT datatype) {
   return kDefaults[static_cast<std::size_t>(datatype)];
@@ -183,7 +177,8 @@ CS_RETCODE get_builtin_null(const CsDefVal& value, const CS_DATAFMT* destfmt, CS
   const bool sized_by_precision =
       numeric && destfmt->precision >= 1 && destfmt->precision <= CS_MAX_PREC;
   const CS_INT length =
-      std::min(destlen, sized_by_precision ? numeric_size(destfmt->precision) : value.dvsize);
+      std::min(destlen, sized_by_precision ? comn_num_getlen(destfmt->precision) + kNumericHead
+                                           : value.dvsize);
   *resultlen = length;
   copy_value(dest, length, value.dventity, value.dvsize);
 

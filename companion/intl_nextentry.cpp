@@ -1,0 +1,12 @@
+// Weak default of intl_nextentry.
+#include "diag/diag.h"
+#include "intl.h"
+#include "reader.h"
+
+using namespace comnlib;
+
+__attribute__((weak)) const CS_CHAR* intl_nextentry(INTL_HANDLE handle, CS_INT* status) {
+  check_pointer(handle);
+  check_pointer(status);
+  return static_cast<companion::SectionedFile*>(handle)->text.next_entry(*status);
+}

@@ -1,0 +1,12 @@
+// Weak default of intl_nextsection.
+#include "diag/diag.h"
+#include "intl.h"
+#include "reader.h"
+
+using namespace comnlib;
+
+__attribute__((weak)) const CS_CHAR* intl_nextsection(INTL_HANDLE handle, CS_INT* status) {
+  check_pointer(handle);
+  check_pointer(status);
+  return static_cast<companion::SectionedFile*>(handle)->text.next_section(*status);
+}

@@ -1,0 +1,7 @@
+#include "status.h"
+
+#include <cerrno>
+
+CS_INT comnlib::companion::system_status() {
+  return make_status(Fault::kSystem, errno);
+}

@@ -1,0 +1,30 @@
+// The image of a multibyte character set: its header, as com_build_char_attrib and the loader of
+// character sets read it.
+#pragma once
+
+#include <cstddef>
+
+#include "comnlib/charset.h"
+
+namespace comnlib {
+
+// Where a map lies in the image and how many bytes it has; 0 bytes: there is none.
+struct ImageMap {
+  CS_UINT offset;
+  CS_UINT size;
+};
+
+struct ImageHeader {
+  CS_USHORT status;
+  CS_BYTE charset_class, maxcharlen, ncharsize, ntype, nnorm, nsoundex;
+  ImageMap width, norm, type, soundex;
+};
+
+// Reads a header from the COMN_CS_IMAGE2_HEADER bytes at `image`.
+ImageHeader read_image_header(const CS_BYTE* image);
+
+// Takes the lengths and counts of a header, or those of every single-byte set, into `attrib`.
+void set_counts(char_attrib& attrib, const ImageHeader& header);
+void set_single_byte_counts(char_attrib& attrib);
+
+}  // namespace comnlib

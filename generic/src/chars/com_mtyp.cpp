@@ -1,0 +1,195 @@
+// Classification, case, stepping and normal form over any character set, multibyte included.
+#include <algorithm>
+#include <cstring>
+
+#include "comnlib/charset.h"
+#include "diag/diag.h"
+
+namespace comnlib {
+namespace {
+
+const char_attrib& or_default(const char_attrib* attrib) {
+  return attrib == nullptr ? *com_get_charattrib() : *attrib;
+}
+
+bool is_lead(const char_map& entry) {
+  return (entry.char_type & COMN_CT_LEAD) != 0;
+}
+
+// The second byte's entry in the type table that the first byte's entry names.
+const char_map& second_entry(const char_attrib& attrib, const char_map& first, const CS_BYTE* ch) {
+  return attrib.cs_type_map[first.char_upper * COMN_CS_MAPSIZE + ch[1]];
+}
+
+const char_map& entry_of(const char_attrib* attrib, const CS_BYTE* ch) {
+  const char_attrib& set = or_default(attrib);
+  const char_map& first = set.cs_type_map[*ch];
+  return is_lead(first) ? second_entry(set, first, ch) : first;
+}
+
+CS_INT masked(const char_attrib* attrib, const CS_BYTE* ch, CS_INT mask,
+              Place place = Place::current()) {
+  check_pointer(ch, place);
+  return entry_of(attrib, ch).char_type & mask;
+}
+
+// No width 0 comes out, so that no walk over a text can stand still.
+CS_INT width(const char_attrib& attrib, CS_BYTE first) {
+  if (attrib.cs_width_map == nullptr) return 1;
+  return std::max(attrib.cs_width_map[first] & 0x0F, 1);
+}
+
+void map_case(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst, CS_BYTE char_map::*form) {
+  const char_attrib& set = or_default(attrib);
+  const char_map& first = set.cs_type_map[*ch];
+  if (is_lead(first)) {
+    const CS_BYTE second = second_entry(set, first, ch).*form;
+    dst[0] = ch[0];
+    dst[1] = second;
+  } else if (first.*form != 0) {
+    *dst = first.*form;
+  } else {
+    std::memmove(dst, ch, static_cast<std::size_t>(width(set, *ch)));
+  }
+}
+
+CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
+  if (attrib == nullptr) return *ch;
+  const CS_BYTE* tables = attrib->cs_norm_map;
+  if (tables == nullptr) return attrib->cs_type_map[*ch].char_lower;
+  if (width(*attrib, *ch) == 1) return tables[*ch];
+  const CS_INT table = tables[*ch];
+  return table == 0 ? 0 : tables[table * COMN_CS_MAPSIZE + ch[1]];
+}
+
+}  // namespace
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_INT comn_isalpha(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_ALPHA);
+}
+
+CS_INT comn_isupper(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_UPPER);
+}
+
+CS_INT comn_islower(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_LOWER);
+}
+
+CS_INT comn_isdigit(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_DIGIT);
+}
+
+CS_INT comn_isxdigit(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_XDIGIT);
+}
+
+CS_INT comn_isspace(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_SPACE);
+}
+
+CS_INT comn_ispunct(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_PUNCT);
+}
+
+CS_INT comn_isgraph(const char_attrib* attrib, const CS_BYTE* ch) {
+  return masked(attrib, ch, COMN_CT_GRAPH);
+}
+
+CS_INT comn_get_lex(const char_attrib* attrib, const CS_BYTE* ch) {
+  check_pointer(ch);
+  return entry_of(attrib, ch).char_lex;
+}
+
+void comn_toupper(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
+  check_pointer(ch);
+  check_pointer(dst);
+  map_case(attrib, ch, dst, &char_map::char_upper);
+}
+
+void comn_tolower(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
+  check_pointer(ch);
+  check_pointer(dst);
+  map_case(attrib, ch, dst, &char_map::char_lower);
+}
+
+CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch) {
+  check_pointer(ch);
+  return width(or_default(attrib), *ch);
+}
+
+void comn_inc_char(const char_attrib* attrib, const CS_BYTE** ch) {
+  check_pointer(ch);
+  check_pointer(*ch);
+  *ch += width(or_default(attrib), **ch);
+}
+
+CS_INT comn_disp_width(const char_attrib* attrib, const CS_BYTE* ch) {
+  check_pointer(ch);
+  const CS_BYTE* widths = or_default(attrib).cs_width_map;
+  return widths == nullptr ? 1 : widths[*ch] >> 4;
+}
+
+const CS_BYTE* comn_get_widthmap(const char_attrib* attrib) {
+  return or_default(attrib).cs_width_map;
+}
+
+void comn_whole_char(const char_attrib* attrib, const CS_BYTE* start, const CS_BYTE* end,
+                     CS_INT* whole_len, CS_INT* partial_len, CS_INT* excess, CS_INT* count) {
+  check_pointer(start);
+  check_pointer(end);
+  check_pointer(whole_len);
+  check_pointer(partial_len);
+  check_pointer(excess);
+  check_pointer(count);
+  require(start <= end);
+
+  const char_attrib& set = or_default(attrib);
+  const CS_INT length = end - start;
+  *partial_len = 0;
+  *excess = 0;
+  if (set.cs_width_map == nullptr) {
+    *whole_len = length;
+    *count = length;
+    return;
+  }
+  CS_INT at = 0;
+  CS_INT characters = 0;
+  CS_INT last = 0;
+  while (at < length) {
+    last = at;
+    at += width(set, start[at]);
+    ++characters;
+  }
+  if (at > length) {
+    *partial_len = length - last;
+    *excess = at - length;
+    --characters;
+  }
+  *whole_len = length - *partial_len;
+  *count = characters;
+}
+
+CS_INT comn_to_ascii(const char_attrib* attrib, const CS_BYTE* ch) {
+  check_pointer(ch);
+  return normal_form(attrib, ch);
+}
+
+CS_INT comn_str_to_ascii(const char_attrib* attrib, const CS_BYTE* src, CS_INT srclen, CS_BYTE* dst,
+                         CS_INT dstlen) {
+  check_pointer(src);
+  check_pointer(dst);
+  require(srclen >= 0 && dstlen >= 0);
+  const char_attrib& set = or_default(attrib);
+  CS_INT written = 0;
+  for (CS_INT at = 0; at < srclen && written < dstlen; ++written) {
+    const CS_INT bytes = width(set, src[at]);
+    if (bytes > srclen - at) break;
+    dst[written] = static_cast<CS_BYTE>(normal_form(attrib, src + at));
+    at += bytes;
+  }
+  return written;
+}

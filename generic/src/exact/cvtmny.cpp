@@ -1,0 +1,290 @@
+// Text of money values, both ways. Formatting rounds once, on the magnitude; reading accumulates
+// the magnitude and looks at the sign at the end alone, but for the smallest value, whose magnitude
+// no positive value has.
+#include "exact/cvtmny.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+
+#include "comnlib/money.h"
+#include "diag/diag.h"
+#include "exact/numeaux.h"
+
+namespace comnlib::money {
+namespace {
+
+constexpr int kMostDigits = 19;  // of 2^63
+constexpr CS_INT kDefaultDecimals = 2;
+
+// 10^n for n from 0 to 4.
+constexpr std::array<Limb, kDecimals + 1> kPowers{1, 10, 100, 1000, 10000};
+static_assert(kPowers[kDecimals] == kUnitsOfOne);
+
+constexpr auto kDigitPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t n = 0; n < 100; ++n) {
+    pairs[2 * n] = static_cast<char>('0' + n / 10);
+    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+  }
+  return pairs;
+}();
+
+// Writes the last `count` digits of `value`, leading zeros included, in front of `end`.
+CS_CHAR* put_digits(Limb value, int count, CS_CHAR* end) {
+  for (; count >= 2; count -= 2) {
+    end -= 2;
+    std::memcpy(end, &kDigitPairs[2 * (value % 100)], 2);
+    value /= 100;
+  }
+  if (count != 0) *--end = static_cast<CS_CHAR>('0' + value % 10);
+  return end;
+}
+
+CS_CHAR* put_number(Absolute value, CS_CHAR* end) {
+  constexpr Limb kBillion = 1'000'000'000;
+  while (value >= kBillion) end = put_digits(divide_small(value, kBillion), 9, end);
+  auto rest = static_cast<Limb>(value);
+  for (; rest >= 100; rest /= 100) end = put_digits(rest, 2, end);
+  return put_digits(rest, rest >= 10 ? 2 : 1, end);
+}
+
+struct Layout {
+  CS_INT decimals;  // 1 to 4
+  bool grouped;
+};
+
+Layout layout_of(CS_INT flags) {
+  const auto bits = static_cast<CS_UINT>(flags);
+  const CS_UINT decimals = bits >> 8 == 0 ? kDefaultDecimals : bits >> 8;
+  return {static_cast<CS_INT>(std::min<CS_UINT>(decimals, kDecimals)), (bits & 0xFF) == 1};
+}
+
+}  // namespace
+
+CS_INT decimal_flags(CS_INT decimals) {
+  return std::clamp(decimals, 0, kDecimals) << 8;
+}
+
+CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags) {
+  const Layout layout = layout_of(flags);
+  Absolute rounded = absolute(value);
+  if (const int dropped = kDecimals - layout.decimals; dropped > 0) {
+    const Limb power = kPowers[static_cast<std::size_t>(dropped)];
+    if (divide_small(rounded, power) >= power / 2) ++rounded;
+  }
+  const Limb fraction = divide_small(rounded, kPowers[static_cast<std::size_t>(layout.decimals)]);
+
+  CS_CHAR digits[kMostDigits];
+  CS_CHAR* const digits_end = digits + kMostDigits;
+  const CS_CHAR* const integer = put_number(rounded, digits_end);
+  const CS_INT count = digits_end - integer;
+  const CS_INT commas = layout.grouped ? (count - 1) / 3 : 0;
+  const CS_INT length = (value < 0) + count + commas + 1 + layout.decimals;
+  if (length >= buflen) return nullptr;
+
+  CS_CHAR* to = buf + buflen - 1;
+  *to = '\0';
+  to = put_digits(fraction, layout.decimals, to);
+  *--to = '.';
+  for (CS_INT done = 0; done < count; ++done) {
+    if (layout.grouped && done != 0 && done % 3 == 0) *--to = ',';
+    *--to = integer[count - 1 - done];
+  }
+  if (value < 0) *--to = '-';
+  return to;
+}
+
+namespace {
+
+// Takes a text apart character by character, looking at whole characters alone: the class of a
+// character that the end of the text cuts is that of no character.
+class Characters {
+ public:
+  Characters(std::basic_string_view<CS_CHAR> text, const char_attrib* charset)
+      : at_(reinterpret_cast<const CS_BYTE*>(text.data())),
+        end_(at_ + text.size()),
+        charset_(charset == nullptr ? com_get_charattrib() : charset) {
+    measure();
+  }
+
+  bool done() const { return at_ == end_; }
+
+  // A single byte as it is, a longer character as ASCII, 0 when it has no such form.
+  int ascii() const { return ascii_; }
+  bool is_digit() const { return ascii_ >= '0' && ascii_ <= '9'; }
+  Limb digit() const { return static_cast<Limb>(ascii_ - '0'); }
+
+  bool is_space() const { return has(&comn_isspace, ~0); }
+  bool is_currency() const { return has(&comn_get_lex, COMN_LEX_CURRENCY); }
+
+  void advance() {
+    at_ += width_;
+    measure();
+  }
+
+ private:
+  using Query = CS_INT (*)(const char_attrib*, const CS_BYTE*);
+
+  void measure() {
+    ascii_ = 0;
+    width_ = 0;
+    if (done()) return;
+    const CS_INT left = end_ - at_;
+    width_ = charset_->cs_width_map == nullptr ? 1 : comn_char_width(charset_, at_);
+    if (width_ == 1) {
+      ascii_ = *at_;
+    } else if (width_ <= left) {
+      ascii_ = comn_to_ascii(charset_, at_);
+    } else {
+      width_ = left;
+      cut_ = true;
+    }
+  }
+
+  // The tables may take a last byte for the first of two, whatever its width.
+  bool has(Query query, CS_INT mask) const {
+    if (done() || cut_) return false;
+    const CS_BYTE pair[] = {*at_, end_ - at_ > 1 ? at_[1] : CS_BYTE{0}};
+    return (query(charset_, pair) & mask) != 0;
+  }
+
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+  const char_attrib* charset_;
+  CS_INT width_;
+  int ascii_;
+  bool cut_ = false;
+};
+
+class Parser {
+ public:
+  Parser(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) : text_(text, charset) {}
+
+  Parsed run() {
+    CS_INT status = read_prefix();
+    if (status == kExactOk) status = read_integer();
+    if (status == kExactOk) status = read_fraction();
+    if (status == kExactOk) status = read_tail();
+    if (status == kExactOk) return finish();
+    return {signed_value(value_, false), status};
+  }
+
+ private:
+  CS_INT read_prefix() {
+    bool sign = false;
+    bool currency = false;
+    for (; !text_.done() && !text_.is_digit() && text_.ascii() != '.'; text_.advance()) {
+      if (text_.ascii() == ' ') continue;
+      bool& seen = text_.ascii() == '+' || text_.ascii() == '-' ? sign : currency;
+      if (&seen == &currency && !text_.is_currency()) break;
+      if (seen) return kExactSyntax;
+      seen = true;
+      if (text_.ascii() == '-') negative_ = true;
+    }
+    return kExactOk;
+  }
+
+  CS_INT read_integer() {
+    constexpr int kGroup = 3;
+    bool grouped = false;
+    int group = 0;
+    bool digits = false;
+    for (; !text_.done(); text_.advance()) {
+      if (text_.is_digit()) {
+        if (!take_digit()) return kExactOverflow;
+        digits = true;
+        ++group;
+      } else if (text_.ascii() == ',' && digits && (!grouped || group == kGroup)) {
+        grouped = true;
+        group = 0;
+      } else {
+        break;
+      }
+    }
+    return kExactOk;
+  }
+
+  CS_INT read_fraction() {
+    if (text_.ascii() != '.') return kExactOk;
+    for (text_.advance(); text_.is_digit(); text_.advance(), ++decimals_) {
+      if (decimals_ < kDecimals) {
+        if (!take_digit()) return kExactOverflow;
+      } else if (decimals_ == kDecimals) {
+        if (value_ == kSmallestAbsolute && text_.digit() != 0) return kExactOverflow;
+        value_ += text_.digit() >= 5;
+      }
+    }
+    return kExactOk;
+  }
+
+  CS_INT read_tail() {
+    for (; !text_.done(); text_.advance()) {
+      if (!text_.is_space()) return kExactSyntax;
+    }
+    return kExactOk;
+  }
+
+  Parsed finish() {
+    if (decimals_ < kDecimals && !scale(kPowers[static_cast<std::size_t>(kDecimals - decimals_)])) {
+      return {signed_value(value_, false), kExactOverflow};
+    }
+    const std::optional<Units> value = checked_value(value_, negative_);
+    if (!value) return {signed_value(value_, false), kExactOverflow};
+    return {*value, kExactOk};
+  }
+
+  bool take_digit() {
+    constexpr Absolute kAlmostSmallest = kSmallestAbsolute / 10;
+    if (negative_ && value_ == kAlmostSmallest && text_.digit() == 8) {
+      value_ = kSmallestAbsolute;
+      return true;
+    }
+    return scale(10, text_.digit());
+  }
+
+  // No sum reaches bit 63 this way, negative or not.
+  bool scale(Limb factor, Limb addend = 0) {
+    const Absolute low = Absolute{static_cast<Limb>(value_)} * factor + addend;
+    const Absolute high = Absolute{static_cast<Limb>(value_ >> 32)} * factor + (low >> 32);
+    if (high >> 31 != 0) return false;
+    value_ = high << 32 | static_cast<Limb>(low);
+    return true;
+  }
+
+  Characters text_;
+  Absolute value_ = 0;
+  bool negative_ = false;
+  int decimals_ = 0;
+};
+
+}  // namespace
+
+Parsed parse(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) {
+  return Parser(text, charset).run();
+}
+
+}  // namespace comnlib::money
+
+using namespace comnlib;
+using namespace comnlib::money;
+
+CS_CHAR* com_cvtmnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT buflen, CS_INT flags) {
+  check_pointer(m);
+  check_pointer(buf);
+  require(buflen >= 0);
+  return format_backwards(units(*m), buf, buflen, flags);
+}
+
+CS_CHAR* com_cvtmny4tochar(const CS_MONEY4* m4, CS_CHAR* buf, CS_INT buflen, CS_INT flags) {
+  check_pointer(m4);
+  check_pointer(buf);
+  require(buflen >= 0);
+  return format_backwards(units(*m4), buf, buflen, flags);
+}
+
+CS_CHAR* com_precmnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT buflen, CS_INT flags,
+                           CS_INT decimals) {
+  return com_cvtmnytochar(m, buf, buflen, (flags & 0xFF) | decimal_flags(decimals));
+}

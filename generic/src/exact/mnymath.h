@@ -1,0 +1,73 @@
+// Money as one native number: records are packed and unpacked here alone, and everything else
+// computes on counts of ten-thousandths. Nothing here knows pointers, contexts or result codes.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include "comnlib/types.h"
+#include "exact/limbs.h"
+
+namespace comnlib::money {
+
+using Units = std::int64_t;
+using Absolute = std::uint64_t;  // of every Units, that of the smallest included
+
+constexpr int kDecimals = 4;
+constexpr std::uint32_t kUnitsOfOne = 10000;
+constexpr Units kLargest = std::numeric_limits<Units>::max();
+constexpr Units kSmallest = std::numeric_limits<Units>::min();
+constexpr Absolute kSmallestAbsolute = Absolute{1} << 63;
+
+constexpr Units units(const CS_MONEY& record) {
+  return static_cast<Units>(Absolute{static_cast<CS_UINT>(record.mnyhigh)} << 32 | record.mnylow);
+}
+constexpr Units units(const CS_MONEY4& record) {
+  return record.mny4;
+}
+
+constexpr CS_MONEY record(Units value) {
+  return {static_cast<CS_INT>(value >> 32), static_cast<CS_UINT>(value)};
+}
+
+constexpr Absolute absolute(Units value) {
+  return value < 0 ? -static_cast<Absolute>(value) : static_cast<Absolute>(value);
+}
+
+// The value of a magnitude and a sign, without a check: 2^63 wraps.
+constexpr Units signed_value(Absolute absolute, bool negative) {
+  return static_cast<Units>(negative ? -absolute : absolute);
+}
+
+// Nothing when the value lies outside the range of CS_MONEY.
+constexpr std::optional<Units> checked_value(Absolute absolute, bool negative) {
+  if (absolute > kSmallestAbsolute - (negative ? 0 : 1)) return std::nullopt;
+  return signed_value(absolute, negative);
+}
+
+// value := value / divisor; returns the remainder.
+inline Limb divide_small(Absolute& value, Limb divisor) {
+  Limb remainder = static_cast<Limb>(value >> 32);
+  Limb upper = 0;
+  if (remainder >= divisor) upper = divide_wide(0, remainder, divisor, remainder);
+  const Limb lower = divide_wide(remainder, static_cast<Limb>(value), divisor, remainder);
+  value = Absolute{upper} << 32 | lower;
+  return remainder;
+}
+
+// a * b in units, halves away from zero. Nothing on overflow.
+std::optional<Units> product(Units a, Units b);
+
+// a / b in units, toward zero; b is not zero. Nothing on overflow.
+std::optional<Units> quotient(Units a, Units b);
+
+// |value| / 10^ndigits, rounded up when the last removed digit is 5 or more.
+Absolute rounded_absolute(Units value, CS_INT ndigits);
+
+// A money value as an integer: toward zero, but a negative value whose removed part is one half or
+// more goes one further down when the low 32 bits of its integer part are 0. So -0.5 becomes -1, as
+// does -1.5; callers depend on it.
+Units integer_part(Units value);
+
+}  // namespace comnlib::money

@@ -1,0 +1,158 @@
+// The tables of exact numerics, computed from their rules, and the operations on one magnitude.
+#include "exact/numeaux.h"
+
+#include "exact/record.h"
+
+namespace comnlib {
+namespace {
+
+using PowerTable = std::array<std::array<CS_BYTE, 34>, CS_MAX_PREC + 1>;
+
+consteval PowerTable byte_powers() {
+  PowerTable table{};
+  std::array<CS_BYTE, CS_MAX_NUMLEN - 1> digits{};  // big-endian, right-aligned
+  digits.back() = 1;
+  for (auto& entry : table) {
+    std::size_t first = 0;
+    while (digits[first] == 0) ++first;
+    entry[0] = static_cast<CS_BYTE>(1 + digits.size() - first);
+    std::copy(digits.begin() + first, digits.end(), entry.begin() + 2);
+    unsigned carry = 0;
+    for (std::size_t at = digits.size(); at-- > 0;) {
+      carry += digits[at] * 10u;
+      digits[at] = static_cast<CS_BYTE>(carry);
+      carry >>= 8;
+    }
+  }
+  return table;
+}
+
+constexpr PowerTable kBytePowers = byte_powers();
+
+// 10^p - 1 needs as many bytes as 10^p, since no power of ten but 1 is a power of 256.
+consteval std::array<CS_BYTE, CS_MAX_PREC + 1> lengths() {
+  std::array<CS_BYTE, CS_MAX_PREC + 1> table{};
+  for (std::size_t p = 0; p < table.size(); ++p) table[p] = kBytePowers[p][0];
+  return table;
+}
+
+constexpr std::size_t kMinLength = 2;
+
+// A length holds 10^p - 1, and so p digits, when it holds 10^p.
+consteval std::array<CS_BYTE, 35> precisions() {
+  std::array<CS_BYTE, 35> table{};
+  for (std::size_t at = 0; at < table.size(); ++at) {
+    const std::size_t length = at + kMinLength;
+    if (length > CS_MAX_NUMLEN) {
+      table[at] = 255;
+      continue;
+    }
+    for (std::size_t p = 0; p <= CS_MAX_PREC && kBytePowers[p][0] <= length; ++p)
+      table[at] = static_cast<CS_BYTE>(p);
+  }
+  return table;
+}
+
+// Magnitudes of any two lengths, without leaving the byte layout.
+int compare_bytes(std::span<const CS_BYTE> a, std::span<const CS_BYTE> b) {
+  const auto nonzero = [](CS_BYTE byte) { return byte != 0; };
+  if (a.size() > b.size()) {
+    const auto surplus = a.first(a.size() - b.size());
+    if (std::ranges::any_of(surplus, nonzero)) return 1;
+    a = a.subspan(surplus.size());
+  } else if (b.size() > a.size()) {
+    return -compare_bytes(b, a);
+  }
+  const int order = std::memcmp(a.data(), b.data(), a.size());
+  return (order > 0) - (order < 0);
+}
+
+// `low` is the operand with the smaller scale. It is scaled up where the result stays within the
+// digits that a record can have; otherwise the other one loses its surplus decimals.
+int compare_scaled(const constant& low, const constant& high) {
+  Magnitude a;
+  Magnitude b;
+  read(low, a);
+  read(high, b);
+  const int gap = high.scale - low.scale;
+  if (low.prec + high.scale > CS_MAX_PREC) {
+    static_cast<void>(scale_down(b, gap));
+  } else {
+    scale_up(a, gap);
+  }
+  return compare(a, b);
+}
+
+int compare_magnitudes(const constant& a, const constant& b, bool align) {
+  if (!align || a.scale == b.scale) return compare_bytes(magnitude_bytes(a), magnitude_bytes(b));
+  return a.scale < b.scale ? compare_scaled(a, b) : -compare_scaled(b, a);
+}
+
+}  // namespace
+}  // namespace comnlib
+
+using namespace comnlib;
+
+constexpr std::array<CS_BYTE, 78> Com__Nume_Prec_To_Len = lengths();
+constexpr std::array<CS_BYTE, 35> Com__Nume_Len_To_Prec = precisions();
+constexpr std::array<std::array<CS_BYTE, 34>, 78> Com__Nume_Byte_Power_Array = kBytePowers;
+
+CS_INT com__exctnume_cmp(const constant* op1, const constant* op2, CS_INT flag) {
+  const bool with_signs = (flag & kCompareSigns) != 0;
+  const bool negative = with_signs && is_negative(*op1);
+  if (with_signs && negative != is_negative(*op2)) {
+    if (com__exctnume_intcmp(op1, 0) != 0 && com__exctnume_intcmp(op2, 0) != 0) return 0;
+    return negative ? -1 : 1;
+  }
+  const int order = compare_magnitudes(*op1, *op2, (flag & kCompareScales) != 0);
+  return negative ? -order : order;
+}
+
+CS_INT com__exctnume_checkprecision(const constant* val) {
+  Magnitude magnitude;
+  read(*val, magnitude);
+  return exceeds(magnitude, val->prec);
+}
+
+CS_INT com__exctnume_intcmp(const constant* val, CS_INT i) {
+  const auto bytes = magnitude_bytes(*val);
+  if (bytes.empty()) return i == 0;
+  const auto leading = bytes.first(bytes.size() - 1);
+  return bytes.back() == i && std::ranges::all_of(leading, [](CS_BYTE byte) { return byte == 0; });
+}
+
+CS_INT com__exctnume_copy(const constant* in, constant* out) {
+  Number number;
+  read(*in, number);
+  return write_whole(number.magnitude, number.negative, *out);
+}
+
+CS_INT com__exctnume_divby10(constant* val) {
+  Number number;
+  read(*val, number);
+  const Limb digit = divide_by(number.magnitude, 10);
+  const auto needed = static_cast<CS_INT>(std::max(1 + byte_length(number.magnitude), kMinLength));
+  val->len = std::min(val->len, needed);
+  write(number.magnitude, number.negative, *val);
+  return static_cast<CS_INT>(digit);
+}
+
+CS_INT com__exctnume_mulby10_add(constant* val, CS_INT digit) {
+  Number number;
+  read(*val, number);
+  multiply_add(number.magnitude, 10, static_cast<Limb>(digit));
+  write(number.magnitude, number.negative, *val);
+  return fits(number.magnitude, *val) ? kExactOk : kExactOverflow;
+}
+
+CS_INT com__exctnume_inc(constant* val) {
+  Number number;
+  read(*val, number);
+  multiply_add(number.magnitude, 1, 1);
+  write(number.magnitude, number.negative, *val);
+  return fits(number.magnitude, *val) ? kExactOk : kExactOverflow;
+}
+
+CS_INT com__exctnume_needsbyte(const constant* val) {
+  return std::ranges::all_of(magnitude_bytes(*val), [](CS_BYTE byte) { return byte == 255; });
+}

@@ -1,0 +1,437 @@
+// Conversions of exact numerics. Text goes through limbs nine digits at a time, in both directions.
+#include "exact/numeric.h"
+
+#include <charconv>
+#include <optional>
+
+#include "exact/kernel.h"
+
+namespace comnlib {
+namespace {
+
+constexpr int kMoneyScale = 4;
+constexpr std::size_t kChunkDigits = 9;
+constexpr Limb kChunk = 1'000'000'000;
+
+// Places a value of scale `from_scale` at the destination's scale and precision.
+CS_INT place(Number& number, int from_scale, constant& dest) {
+  const CS_INT status = rescale(number.magnitude, dest.scale - from_scale, dest.prec,
+                                static_cast<std::size_t>(dest.len));
+  if (status == kExactOverflow) return overflow(dest);
+  write(number.magnitude, number.negative, dest);
+  return status;
+}
+
+CS_INT place_integer(std::int64_t value, int scale, constant& dest) {
+  Number number;
+  number.negative = value < 0;
+  number.magnitude.assign(number.negative ? -static_cast<Wide>(value) : static_cast<Wide>(value));
+  return place(number, scale, dest);
+}
+
+// --- to text
+
+// The decimal digits of a magnitude, without leading zeros; zero has none.
+class Digits {
+ public:
+  explicit Digits(const constant& record) {
+    Magnitude rest;
+    read(record, rest);
+    while (!rest.is_zero()) {
+      const Limb chunk = divide_by(rest, kChunk);
+      first_ -= kChunkDigits;
+      put_chunk(chunk, first_);
+    }
+    while (first_ != end() && *first_ == '0') ++first_;
+  }
+
+  const char* begin() const { return first_; }
+  const char* end() const { return buffer_ + sizeof buffer_; }
+  std::size_t size() const { return static_cast<std::size_t>(end() - first_); }
+
+ private:
+  static void put_chunk(Limb chunk, char* to) {
+    for (std::size_t at = kChunkDigits; at > 1; at -= 2) {
+      const Limb pair = chunk % 100;
+      chunk /= 100;
+      to[at - 1] = static_cast<char>('0' + pair % 10);
+      to[at - 2] = static_cast<char>('0' + pair / 10);
+    }
+    to[0] = static_cast<char>('0' + chunk);
+  }
+
+  // Three digits a byte are more than any magnitude has.
+  char buffer_[3 * kMaxRecordLength + kChunkDigits];
+  char* first_ = buffer_ + sizeof buffer_;
+};
+
+// --- from text
+
+bool is_blank(char c) {
+  return c == ' ' || c == '\t';
+}
+
+bool is_white_space(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// A number as it stands in the text: its digits around the point, and its exponent.
+struct Literal {
+  bool negative = false;
+  std::string_view integer;
+  std::string_view fraction;
+  std::int64_t exponent = 0;
+};
+
+class Scanner {
+ public:
+  explicit Scanner(std::string_view text) : rest_(text) {}
+
+  std::optional<Literal> scan() {
+    Literal literal;
+    skip(is_blank);
+    literal.negative = accept_sign();
+    literal.integer = take(is_digit);
+    if (accept('.')) literal.fraction = take(is_digit);
+    if (literal.integer.empty() && literal.fraction.empty()) return std::nullopt;
+    if (accept('e') || accept('E')) {
+      const bool negative = accept_sign();
+      const std::string_view digits = take(is_digit);
+      if (digits.empty()) return std::nullopt;
+      literal.exponent = negative ? -exponent_of(digits) : exponent_of(digits);
+    }
+    skip(is_white_space);
+    if (!rest_.empty()) return std::nullopt;
+    return literal;
+  }
+
+ private:
+  // Beyond what any length of text can make up for.
+  static constexpr std::int64_t kMaxExponent = std::int64_t{1} << 40;
+
+  static std::int64_t exponent_of(std::string_view digits) {
+    std::int64_t value = 0;
+    for (const char c : digits) value = std::min(value * 10 + (c - '0'), kMaxExponent);
+    return value;
+  }
+
+  bool accept(char c) {
+    if (!rest_.starts_with(c)) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  bool accept_sign() {
+    if (accept('-')) return true;
+    accept('+');
+    return false;
+  }
+
+  std::string_view take(bool (*of)(char)) {
+    std::size_t count = 0;
+    while (count < rest_.size() && of(rest_[count])) ++count;
+    const std::string_view taken = rest_.substr(0, count);
+    rest_.remove_prefix(count);
+    return taken;
+  }
+
+  void skip(bool (*of)(char)) { take(of); }
+
+  std::string_view rest_;
+};
+
+// The digits of a literal in order, whatever side of the point they stand on.
+class DigitRun {
+ public:
+  explicit DigitRun(const Literal& literal)
+      : integer_(literal.integer), fraction_(literal.fraction) {}
+
+  std::size_t size() const { return integer_.size() + fraction_.size(); }
+  char operator[](std::size_t at) const {
+    return at < integer_.size() ? integer_[at] : fraction_[at - integer_.size()];
+  }
+
+  std::size_t leading_zeros() const {
+    std::size_t count = std::min(integer_.find_first_not_of('0'), integer_.size());
+    if (count == integer_.size())
+      count += std::min(fraction_.find_first_not_of('0'), fraction_.size());
+    return count;
+  }
+
+  bool all_zero_from(std::size_t at) const {
+    return (at >= integer_.size() ||
+            integer_.find_first_not_of('0', at) == std::string_view::npos) &&
+           fraction_.find_first_not_of('0', at - std::min(at, integer_.size())) ==
+               std::string_view::npos;
+  }
+
+  // The number that the digits from `first` up to `last` make.
+  void accumulate(std::size_t first, std::size_t last, Magnitude& value) const {
+    const std::size_t border = integer_.size();
+    if (first < border) append(integer_.substr(first, std::min(last, border) - first), value);
+    if (last > border) {
+      const std::size_t from = std::max(first, border) - border;
+      append(fraction_.substr(from, last - border - from), value);
+    }
+  }
+
+ private:
+  static void append(std::string_view digits, Magnitude& value) {
+    while (!digits.empty()) {
+      const std::size_t count = std::min(digits.size(), kChunkDigits);
+      Limb chunk = 0;
+      for (const char c : digits.substr(0, count)) chunk = chunk * 10 + static_cast<Limb>(c - '0');
+      multiply_add(value, power_of_ten(static_cast<int>(count))[0], chunk);
+      digits.remove_prefix(count);
+    }
+  }
+
+  std::string_view integer_;
+  std::string_view fraction_;
+};
+
+// Decimal digits of a magnitude; 78 stands for any number above 77.
+int decimal_digits(Limbs value) {
+  int digits = 0;
+  while (digits <= CS_MAX_PREC && compare(value, power_of_ten(digits)) >= 0) ++digits;
+  return digits;
+}
+
+// The value of a literal at a scale, with what had to be left out of it.
+struct Scaled {
+  Number number;
+  bool fits = true;
+  bool truncated = false;
+};
+
+// `limit` bounds the digits that the destination can take at all.
+void scale_literal(const Literal& literal, int scale, bool rounding, std::size_t limit,
+                   Scaled& to) {
+  const DigitRun run(literal);
+  const auto decimals = static_cast<std::int64_t>(literal.fraction.size()) - literal.exponent;
+  const std::int64_t surplus = std::max<std::int64_t>(decimals - scale, 0);
+  const auto count = static_cast<std::int64_t>(run.size());
+  const auto kept = static_cast<std::size_t>(std::max<std::int64_t>(count - surplus, 0));
+  const std::size_t first = std::min(run.leading_zeros(), kept);
+
+  to.number.negative = literal.negative;
+  to.fits = kept - first <= limit;
+  if (!to.fits) return;
+  Magnitude& value = to.number.magnitude;
+  run.accumulate(first, kept, value);
+  if (surplus > 0) {
+    // With more decimals than digits, the first one dropped is a zero that does not stand there.
+    if (rounding && surplus <= count && run[kept] >= '5') multiply_add(value, 1, 1);
+    to.truncated = !rounding && !run.all_zero_from(kept);
+  } else if (decimals < scale && !value.is_zero()) {
+    to.fits = scale - decimals <= CS_MAX_SCALE;
+    if (to.fits) scale_up(value, static_cast<int>(scale - decimals));
+  }
+}
+
+int scale_of(const Literal& literal) {
+  const auto decimals = static_cast<std::int64_t>(literal.fraction.size()) - literal.exponent;
+  return static_cast<int>(std::clamp<std::int64_t>(decimals, 0, CS_MAX_SCALE));
+}
+
+// Every digit that stands in the text counts, dropped ones included, but never more than there can
+// be; an exponent or the scale may make the value need more.
+int precision_of(const Literal& literal, int scale, Limbs value) {
+  const DigitRun run(literal);
+  const auto standing = std::min<std::size_t>(run.size() - run.leading_zeros(), CS_MAX_PREC);
+  return std::max({1, scale, static_cast<int>(standing), decimal_digits(value)});
+}
+
+CS_INT parse(std::string_view text, constant& dest, bool rounding) {
+  const std::optional<Literal> literal = Scanner(text).scan();
+  if (!literal) return kExactSyntax;
+  const int scale = dest.scale == kFromText ? scale_of(*literal) : dest.scale;
+  Scaled scaled;
+  scale_literal(*literal, scale, rounding, std::size_t{3} * kMaxRecordLength, scaled);
+  const Magnitude& value = scaled.number.magnitude;
+  if (!scaled.fits || !fits(value, dest)) return overflow(dest);
+  const int precision =
+      dest.prec == kFromText ? precision_of(*literal, scale, value) : int{dest.prec};
+  if (precision > CS_MAX_PREC || exceeds(value, precision)) return overflow(dest);
+
+  dest.prec = static_cast<CS_BYTE>(precision);
+  dest.scale = static_cast<CS_BYTE>(scale);
+  write(value, scaled.number.negative, dest);
+  return scaled.truncated ? kExactTruncated : kExactOk;
+}
+
+// --- to doubles
+
+// Powers of ten that a double holds exactly.
+constexpr std::array<CS_FLOAT, 23> kExactPowers = [] {
+  std::array<CS_FLOAT, 23> powers{1.0};
+  for (std::size_t n = 1; n < powers.size(); ++n) powers[n] = powers[n - 1] * 10;
+  return powers;
+}();
+constexpr Wide kExactIntegers = Wide{1} << 53;
+
+// With both operands exact, the processor's division rounds correctly.
+std::optional<CS_FLOAT> divide_exactly(Limbs magnitude, CS_BYTE scale) {
+  if (magnitude.size() > 2 || scale >= kExactPowers.size()) return std::nullopt;
+  Wide value = 0;
+  for (std::size_t at = magnitude.size(); at-- > 0;) value = value << 32 | magnitude[at];
+  if (value > kExactIntegers) return std::nullopt;
+  return static_cast<CS_FLOAT>(value) / kExactPowers[scale];
+}
+
+// --- to integers
+
+// The signed 64-bit value of a number; false when it is outside that range.
+bool as_signed(const Number& number, std::int64_t& value) {
+  const Magnitude& magnitude = number.magnitude;
+  if (magnitude.size() > 2) return false;
+  Wide bits = 0;
+  for (std::size_t at = magnitude.size(); at-- > 0;) bits = bits << 32 | magnitude[at];
+  if (bits > (Wide{1} << 63) - (number.negative ? 0 : 1)) return false;
+  value = static_cast<std::int64_t>(number.negative ? -bits : bits);
+  return true;
+}
+
+// Room for the text of any record: a sign, "0.", and digits up to the largest scale.
+constexpr std::size_t kMaxText = 3 * kMaxRecordLength + 256;
+
+}  // namespace
+
+constant record_of(CS_NUMERIC& numeric) {
+  const auto precision = static_cast<std::size_t>(numeric.precision);
+  const CS_INT length =
+      precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};
+  return {length, numeric.precision, numeric.scale, numeric.array};
+}
+
+const constant record_of(const CS_NUMERIC& numeric) {
+  return record_of(const_cast<CS_NUMERIC&>(numeric));
+}
+
+CS_INT rescale(const constant& src, constant& dest) {
+  Number number;
+  read(src, number);
+  return place(number, src.scale, dest);
+}
+
+CS_INT to_integer(const constant& src, std::int64_t lowest, std::int64_t highest,
+                  std::int64_t& value) {
+  Number number;
+  read(src, number);
+  const bool fraction = scale_down(number.magnitude, src.scale);
+  const bool in_range = as_signed(number, value);
+  const bool below = in_range ? value < lowest || (fraction && number.negative && value == lowest)
+                              : number.negative;
+  const bool above = in_range
+                         ? value > highest || (fraction && !number.negative && value == highest)
+                         : !number.negative;
+  if (!below && !above) return kExactOk;
+  value = below ? lowest : highest;
+  return kExactOverflow;
+}
+
+CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
+                     CS_NUMERIC& dest) {
+  std::array<CS_BYTE, CS_MAX_NUMLEN> array;
+  const CS_INT length =
+      precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};
+  constant record{length, precision, scale, array.data()};
+  const CS_INT status = parse(text, record, rounding);
+  if (status == kExactSyntax) return status;
+  if (status == kExactOverflow && (record.prec == kFromText || record.scale == kFromText))
+    return status;
+  dest.precision = record.prec;
+  dest.scale = record.scale;
+  constant front = record_of(dest);
+  Number number;
+  read(record, number);
+  write(number.magnitude, number.negative, front);
+  return status;
+}
+
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_INT com__longtoexctnume(CS_INT value, constant* dest) {
+  return place_integer(value, 0, *dest);
+}
+
+CS_INT com__longlongtoexctnume(std::int64_t value, constant* dest) {
+  return place_integer(value, 0, *dest);
+}
+
+CS_INT com__doubletoexctnume(CS_FLOAT value, constant* dest) {
+  char text[32];
+  const auto end =
+      std::to_chars(text, text + sizeof text, value, std::chars_format::general, 17).ptr;
+  const CS_INT status = parse({text, end}, *dest, true);
+  return status == kExactTruncated ? kExactOk : status;
+}
+
+CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest) {
+  Magnitude magnitude;
+  read(*src, magnitude);
+  if (const auto quotient = divide_exactly(magnitude, src->scale)) {
+    *dest = is_negative(*src) ? -*quotient : *quotient;
+    return kExactOk;
+  }
+  char text[kMaxText];
+  CS_INT length = 0;
+  if (com__subexctnumetochar(src, text, sizeof text, &length) != kExactOk) return kExactOverflow;
+  const auto result = std::from_chars(text, text + length, *dest);
+  return result.ec == std::errc{} ? kExactOk : kExactRange;
+}
+
+CS_INT com__exctnumetomny8(const constant* src, CS_MONEY* dest) {
+  Number number;
+  read(*src, number);
+  if (src->scale <= kMoneyScale) {
+    scale_up(number.magnitude, kMoneyScale - src->scale);
+  } else {
+    static_cast<void>(scale_down(number.magnitude, src->scale - kMoneyScale));
+  }
+  std::int64_t units = 0;
+  if (!as_signed(number, units)) return kExactOverflow;
+  dest->mnyhigh = static_cast<CS_INT>(units >> 32);
+  dest->mnylow = static_cast<CS_UINT>(units);
+  return kExactOk;
+}
+
+CS_INT com__mny8toexctnume(const CS_MONEY* src, constant* dest) {
+  const Wide units = Wide{static_cast<CS_UINT>(src->mnyhigh)} << 32 | src->mnylow;
+  return place_integer(static_cast<std::int64_t>(units), kMoneyScale, *dest);
+}
+
+CS_INT com__subexctnumetochar(const constant* src, CS_CHAR* buf, CS_INT buflen, CS_INT* outlen) {
+  const Digits digits(*src);
+  const std::size_t scale = src->scale;
+  const std::size_t decimals = std::min(digits.size(), scale);
+  const std::size_t integers = digits.size() - decimals;
+  const std::size_t length = (is_negative(*src) ? 1 : 0) + std::max<std::size_t>(integers, 1) +
+                             (scale > 0 ? 1 + scale : 0);
+  *outlen = 0;
+  if (buflen < 0 || length > static_cast<std::size_t>(buflen)) return kExactOverflow;
+
+  char* to = buf;
+  if (is_negative(*src)) *to++ = '-';
+  if (integers == 0) *to++ = '0';
+  to = std::copy_n(digits.begin(), integers, to);
+  if (scale > 0) {
+    *to++ = '.';
+    to = std::fill_n(to, scale - decimals, '0');
+    to = std::copy_n(digits.begin() + integers, decimals, to);
+  }
+  *outlen = static_cast<CS_INT>(length);
+  if (*outlen < buflen) *to = '\0';
+  return kExactOk;
+}
+
+CS_INT com__subchartoexctnume(const CS_CHAR* text, CS_INT length, constant* dest, CS_INT rounding) {
+  require(length >= 0);
+  return parse({text, static_cast<std::size_t>(length)}, *dest, rounding == 1);
+}

@@ -1,0 +1,166 @@
+// The public arithmetic on numerics: operands are checked, the result's precision and scale follow
+// from theirs, and the kernel computes.
+#include "comnlib/numeric.h"
+
+#include "exact/kernel.h"
+#include "exact/numemath.h"
+#include "exact/numeric.h"
+
+namespace comnlib {
+namespace {
+
+struct Size {
+  int precision;
+  int scale;
+  friend bool operator==(const Size&, const Size&) = default;
+};
+
+constexpr int kMinQuotientScale = 6;
+
+Size size_of(const CS_NUMERIC& numeric) {
+  return {numeric.precision, numeric.scale};
+}
+
+bool in_domain(const CS_NUMERIC& numeric) {
+  return is_precision(numeric.precision) && numeric.scale <= CS_MAX_SCALE;
+}
+
+// Integer digits are kept in favour of decimals. With scales far above the precisions, `digits` is
+// negative and may use up the scale: one digit is left then.
+Size limited(int digits, int scale) {
+  digits = std::min<int>(digits, CS_MAX_PREC);
+  scale = std::min<int>(scale, CS_MAX_SCALE);
+  const int precision = std::clamp<int>(scale + digits, 1, CS_MAX_PREC);
+  return {precision, std::min(scale, precision - digits)};
+}
+
+int integer_digits(Size size) {
+  return size.precision - size.scale;
+}
+
+// One digit beyond the operands' is for the carry; the limit takes it from the scale last, so it is
+// not one of the digits that are kept.
+Size sum_size(Size a, Size b) {
+  const int digits = std::min<int>(std::max(integer_digits(a), integer_digits(b)), CS_MAX_PREC);
+  const int scale = std::max(a.scale, b.scale);
+  const int precision = std::min<int>(scale + digits + 1, CS_MAX_PREC);
+  return {precision, std::min(scale, precision - digits)};
+}
+
+Size product_size(Size a, Size b) {
+  return limited(integer_digits(a) + integer_digits(b) + 1, a.scale + b.scale);
+}
+
+Size quotient_size(Size dividend, Size divisor) {
+  return limited(divisor.scale + integer_digits(dividend),
+                 std::max(divisor.scale + dividend.precision + 1, kMinQuotientScale));
+}
+
+// Gives the result its size; the record over it may share its bytes with an operand's.
+constant start(CS_NUMERIC& result, Size size) {
+  result.precision = static_cast<CS_BYTE>(size.precision);
+  result.scale = static_cast<CS_BYTE>(size.scale);
+  return record_of(result);
+}
+
+CS_INT to_size(Number& number, const CS_NUMERIC& from, Size size) {
+  if (size_of(from) == size) return kExactOk;
+  return rescale(number.magnitude, size.scale - from.scale, size.precision,
+                 Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
+}
+
+// What keeps an operand from the common size is the operation's result; a cut there is truncation
+// and not the overflow that a cut in the kernel is.
+CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
+  if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
+  const Size size = sum_size(size_of(op1), size_of(op2));
+  Number a;
+  Number b;
+  read(record_of(op1), a);
+  read(record_of(op2), b);
+  int scale = op1.scale;
+  CS_INT status = kExactOk;
+  if (size_of(op1) != size_of(op2)) {
+    scale = size.scale;
+    status = to_size(a, op1, size);
+    if (status == kExactOk) status = to_size(b, op2, size);
+  }
+  constant record = start(result, size);
+  if (status != kExactOk) {
+    clear(record);
+    return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_CVT_OVERFLOW;
+  }
+  return exact_code(combine(a, scale, b, scale, opn, record));
+}
+
+CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
+  if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
+  const constant a = record_of(op1);
+  const constant b = record_of(op2);
+  constant record = start(result, product_size(size_of(op1), size_of(op2)));
+  return exact_code(com__exctnume_mul(&a, &b, &record));
+}
+
+CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
+  if (!in_domain(dividend) || !in_domain(divisor)) return CS_CVT_DOMAIN;
+  const constant a = record_of(dividend);
+  const constant b = record_of(divisor);
+  constant record = start(result, quotient_size(size_of(dividend), size_of(divisor)));
+  return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
+}
+
+}  // namespace
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_RETCODE comn_numadd(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
+  return trace(comn_num_addorsub(op1, op2, result, COMN_NUM_ADD));
+}
+
+CS_RETCODE comn_numsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
+  return trace(comn_num_addorsub(op1, op2, result, COMN_NUM_SUBTRACT));
+}
+
+CS_RETCODE comn_num_addorsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result,
+                             CS_INT opn) {
+  check_pointer(op1);
+  check_pointer(op2);
+  check_pointer(result);
+  require(opn == COMN_NUM_ADD || opn == COMN_NUM_SUBTRACT);
+  return trace(sum_of(*op1, *op2, *result, opn));
+}
+
+CS_RETCODE comn_nummul(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
+  check_pointer(op1);
+  check_pointer(op2);
+  check_pointer(result);
+  return trace(product_of(*op1, *op2, *result));
+}
+
+CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
+                          CS_NUMERIC* result) {
+  check_pointer(dividend);
+  check_pointer(divisor);
+  check_pointer(result);
+  return trace(quotient_of(*dividend, *divisor, *result));
+}
+
+CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
+  check_pointer(op1);
+  check_pointer(op2);
+  const constant a = record_of(*op1);
+  const constant b = record_of(*op2);
+  return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
+}
+
+CS_INT comn_num_getlen(CS_INT precision) {
+  require(is_precision(precision));
+  return Com__Nume_Prec_To_Len[static_cast<std::size_t>(precision)];
+}
+
+CS_INT comn_num_getprec(CS_INT length) {
+  require(length >= 0 && length <= CS_MAX_NUMLEN);
+  if (length < 2) return 0;
+  return Com__Nume_Len_To_Prec[static_cast<std::size_t>(length - 2)];
+}

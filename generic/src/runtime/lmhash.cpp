@@ -1,0 +1,328 @@
+// The key hash, chained and open-addressing tables, and their rebuilding. A table's elements lie
+// where the hash of their keys puts them, and handle_load counts them.
+#include "runtime/lmhash.h"
+
+#include <bit>
+
+#include "runtime/lmlistop.h"
+
+namespace comnlib {
+namespace {
+
+constexpr CS_UINT kFactor = 37;
+constexpr CS_UINT kIncrementFactor = 7;
+constexpr CS_BYTE kTailFill = 0x5a;
+constexpr std::size_t kGroup = 4;
+
+constexpr CS_UINT widen(CS_BYTE byte) {
+  return static_cast<CS_UINT>(static_cast<CS_INT>(static_cast<signed char>(byte)));
+}
+
+// One group as a number. A byte of 0x80 or more sets every bit above its own place as well.
+CS_UINT word_of(const CS_BYTE* bytes) {
+  CS_UINT plain;
+  std::memcpy(&plain, bytes, sizeof plain);
+  if ((plain & 0x80808080U) == 0) [[likely]]
+    return __builtin_bswap32(plain);
+  CS_UINT word = 0;
+  for (std::size_t i = 0; i < kGroup; ++i) word = word << 8 | widen(bytes[i]);
+  return word;
+}
+
+CS_UINT tail_word(const CS_BYTE* bytes, std::size_t count) {
+  CS_BYTE group[kGroup] = {kTailFill, kTailFill, kTailFill, kTailFill};
+  std::memcpy(group, bytes, count);
+  const CS_UINT word = word_of(group);
+  require(word != 0);
+  return word;
+}
+
+// Chained hash table. New elements stand at the head of their chain.
+struct CHash {
+  using Info = CHashInfo;
+  using Node = DLinkNode;
+
+  static CS_RETCODE build(LM_HANDLE& handle) {
+    const CS_INT size = handle.hdlprop->max_tablesize;
+    require(size >= 1);
+    auto* info = build_record<CHashInfo>();
+    if (info == nullptr) return CS_MEM_ERROR;
+    info->table = allocate_table<DLinkNode*>(size);
+    if (info->table == nullptr) {
+      drop_record(info);
+      return CS_MEM_ERROR;
+    }
+    info->table_size = size;
+    info->home_addr_hfunc = lm__api_key_to_hash;
+    info->state = LM_STATE_READY;
+    handle.list_state = info;
+    return CS_SUCCEED;
+  }
+
+  static CS_RETCODE build_with_pool(LM_HANDLE& handle) {
+    const CS_RETCODE built = build(handle);
+    if (built != CS_SUCCEED || handle.hdlprop->max_poolsize < 1) return built;
+    const CS_RETCODE filled = fill_pool(handle);
+    if (filled != CS_SUCCEED) {
+      trim_pool(handle, 0);
+      drop(handle);
+    }
+    return filled;
+  }
+
+  static void drop(LM_HANDLE& handle) {
+    auto& info = info_of<CHashInfo>(handle);
+    for (CS_INT chain = 0; chain < info.table_size; ++chain) {
+      for (DLinkNode* node = info.table[chain]; node != nullptr;) {
+        DLinkNode* next = node->next;
+        give_back_node(handle, node);
+        node = next;
+      }
+    }
+    comn_free(info.table);
+    drop_record(&info);
+  }
+
+  static DLinkNode*& chain_of(const CHashInfo& info, const Key& key) {
+    const CS_INT home = info.home_addr_hfunc(key.bytes, key.size, info.table_size);
+    require(home >= 0 && home < info.table_size);
+    return info.table[home];
+  }
+
+  static DLinkNode* find(LM_HANDLE& handle, const Key& key) {
+    DLinkNode* node = chain_of(info_of<CHashInfo>(handle), key);
+    while (node != nullptr && !matches(*handle.hdlprop, *node, key)) node = node->next;
+    return node;
+  }
+
+  static CS_RETCODE insert(LM_HANDLE& handle, const Key& key, CS_VOID* data) {
+    require(key.given());
+    DLinkNode*& head = chain_of(info_of<CHashInfo>(handle), key);
+    DLinkNode* node = take_node(handle);
+    if (node == nullptr) return CS_MEM_ERROR;
+    place_element(*node, key, data);
+    node->next = head;
+    if (head != nullptr) head->previous = node;
+    head = node;
+    ++handle.hdlprop->handle_load;
+    return CS_SUCCEED;
+  }
+
+  static void remove(LM_HANDLE& handle, DLinkNode* node) {
+    if (node->next != nullptr) node->next->previous = node->previous;
+    if (node->previous != nullptr) {
+      node->previous->next = node->next;
+    } else {
+      chain_of(info_of<CHashInfo>(handle), key_of(*node)) = node->next;
+    }
+    --handle.hdlprop->handle_load;
+    give_back_node(handle, node);
+  }
+
+  static bool holds(const LM_HANDLE&, CS_INT) { return true; }
+  static CS_INT chains(const CHashInfo& info) { return info.table_size; }
+  static DLinkNode* first(const CHashInfo& info, CS_INT chain) { return info.table[chain]; }
+  static DLinkNode* next(const CHashInfo&, const DLinkNode* node) { return node->next; }
+};
+
+// Open-addressing table. A search looks at every slot if it must, so a deletion may leave a hole.
+struct DHash {
+  using Info = DHashInfo;
+  using Node = LHashNode;
+
+  static CS_RETCODE build(LM_HANDLE& handle) {
+    const CS_INT size = handle.hdlprop->max_tablesize;
+    require(size >= 1);
+    auto* info = build_record<DHashInfo>();
+    if (info == nullptr) return CS_MEM_ERROR;
+    info->table = allocate_table<LHashNode>(size);
+    if (info->table == nullptr) {
+      drop_record(info);
+      return CS_MEM_ERROR;
+    }
+    for (CS_INT slot = 0; slot < size; ++slot) info->table[slot].state = LM_STATE_READY;
+    info->table_size = size;
+    info->home_addr_hfunc = lm__api_key_to_hash;
+    info->incr_hfunc = lm__api_key_to_hash2;
+    info->state = LM_STATE_READY;
+    handle.list_state = info;
+    return CS_SUCCEED;
+  }
+
+  static void drop(LM_HANDLE& handle) {
+    auto& info = info_of<DHashInfo>(handle);
+    for (CS_INT slot = 0; slot < info.table_size; ++slot) stamp_dropped(info.table[slot]);
+    comn_free(info.table);
+    drop_record(&info);
+  }
+
+  // The first slot, in probe order, for which `wanted` holds; null when none does. The increment
+  // counts for the first probe alone, which is therefore never the home address itself: elements
+  // lie where earlier tables put them.
+  template <class Wanted>
+  static LHashNode* probe(const DHashInfo& info, const Key& key, Wanted wanted) {
+    const auto size = static_cast<CS_UINT>(info.table_size);
+    const auto home =
+        static_cast<CS_UINT>(info.home_addr_hfunc(key.bytes, key.size, info.table_size));
+    const auto increment =
+        static_cast<CS_UINT>(info.incr_hfunc(key.bytes, key.size, info.table_size));
+    require(home < size && increment < size);
+    const CS_UINT start = home + increment < size ? home + increment : home + increment - size;
+    for (CS_UINT slot = start; slot < size; ++slot) {
+      if (wanted(info.table[slot])) return &info.table[slot];
+    }
+    for (CS_UINT slot = 0; slot < start; ++slot) {
+      if (wanted(info.table[slot])) return &info.table[slot];
+    }
+    return nullptr;
+  }
+
+  static LHashNode* find(LM_HANDLE& handle, const Key& key) {
+    return probe(info_of<DHashInfo>(handle), key, [&key](const LHashNode& slot) {
+      // A stored key matches by its first bytes, whatever follows them.
+      return slot.state == LM_STATE_IN_USE && slot.key_size >= key.size &&
+             std::memcmp(slot.key, key.bytes, key.length()) == 0;
+    });
+  }
+
+  static CS_RETCODE insert(LM_HANDLE& handle, const Key& key, CS_VOID* data) {
+    require(key.given());
+    LHashNode* slot = probe(info_of<DHashInfo>(handle), key, [](const LHashNode& candidate) {
+      return candidate.state == LM_STATE_READY;
+    });
+    if (slot == nullptr) return CS_FAIL;
+    place_element(*slot, key, data);
+    ++handle.hdlprop->handle_load;
+    return CS_SUCCEED;
+  }
+
+  static void remove(LM_HANDLE& handle, LHashNode* slot) {
+    *slot = LHashNode{};
+    slot->state = LM_STATE_READY;
+    --handle.hdlprop->handle_load;
+  }
+
+  static bool holds(const LM_HANDLE& handle, CS_INT table_size) {
+    return table_size >= handle.hdlprop->handle_load;
+  }
+
+  static CS_INT chains(const DHashInfo&) { return 1; }
+
+  static LHashNode* used_from(const DHashInfo& info, LHashNode* slot) {
+    LHashNode* end = info.table + info.table_size;
+    while (slot != end && slot->state != LM_STATE_IN_USE) ++slot;
+    return slot == end ? nullptr : slot;
+  }
+
+  static LHashNode* first(const DHashInfo& info, CS_INT) { return used_from(info, info.table); }
+  static LHashNode* next(const DHashInfo& info, LHashNode* slot) {
+    return used_from(info, slot + 1);
+  }
+};
+
+template <class Kind>
+CS_RETCODE insert_all(LM_HANDLE& handle, const typename Kind::Info& from) {
+  for (CS_INT chain = 0; chain < Kind::chains(from); ++chain) {
+    for (auto* node = Kind::first(from, chain); node != nullptr; node = Kind::next(from, node)) {
+      const CS_RETCODE inserted = Kind::insert(handle, key_of(*node), node->data);
+      if (inserted != CS_SUCCEED) return inserted;
+    }
+  }
+  return CS_SUCCEED;
+}
+
+// Moves the elements into a table of another size. The old table stays whole until the new one
+// holds everything; a failure puts it back with its size and load.
+template <class Kind>
+CS_RETCODE rebuild(LM_HANDLE& handle, CS_INT table_size) {
+  LmHdlProp& properties = *handle.hdlprop;
+  if (!Kind::holds(handle, table_size)) return CS_FAIL;
+  auto& old_info = info_of<typename Kind::Info>(handle);
+  const CS_INT old_size = properties.max_tablesize;
+  const CS_INT old_load = properties.handle_load;
+
+  properties.max_tablesize = table_size;
+  CS_RETCODE result = Kind::build(handle);
+  if (result == CS_SUCCEED) {
+    properties.handle_load = 0;
+    result = insert_all<Kind>(handle, old_info);
+    if (result == CS_SUCCEED) {
+      require(properties.handle_load == old_load);
+      CS_VOID* new_info = handle.list_state;
+      handle.list_state = &old_info;
+      Kind::drop(handle);
+      handle.list_state = new_info;
+      handle.cur_ptr = nullptr;
+      return CS_SUCCEED;
+    }
+    Kind::drop(handle);
+  }
+  handle.list_state = &old_info;
+  properties.max_tablesize = old_size;
+  properties.handle_load = old_load;
+  return result;
+}
+
+template <class Kind>
+constexpr KindOps table_ops(CS_RETCODE (*build)(LM_HANDLE&)) {
+  return {build,
+          Kind::drop,
+          rebuild<Kind>,
+          {op_insert<Kind>, op_delete<Kind>, op_find<Kind>, op_replace<Kind>, nullptr, nullptr,
+           op_none, nullptr, nullptr, op_print<Kind>, op_print_all<Kind>, op_print_data<Kind>,
+           nullptr, nullptr}};
+}
+
+}  // namespace
+
+constinit const KindOps chash_ops = table_ops<CHash>(CHash::build_with_pool);
+constinit const KindOps dhash_ops = table_ops<DHash>(DHash::build);
+
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_UINT lm___api_key_to_uint(const CS_VOID* key, CS_INT key_size) {
+  require(key_size >= 0);
+  if (key_size == 0) return 0;
+  check_pointer(key);
+  const auto* bytes = static_cast<const CS_BYTE*>(key);
+  auto left = static_cast<std::size_t>(key_size);
+
+  CS_UINT number = 0;
+  CS_UINT pending = 0;  // the group that waits for the next one; a group of zero does not wait
+  for (; left >= kGroup; left -= kGroup, bytes += kGroup) {
+    const CS_UINT word = word_of(bytes);
+    if (pending == 0) {
+      pending = word;
+    } else {
+      number = word + (pending + number * kFactor) * kFactor;
+      pending = 0;
+    }
+  }
+  if (pending != 0) number = pending + number * kFactor;
+  return left == 0 ? number : tail_word(bytes, left) + number * kFactor;
+}
+
+CS_INT lm__api_key_to_hash(const CS_VOID* key, CS_INT key_size, CS_INT table_size) {
+  require(table_size >= 1);
+  return static_cast<CS_INT>(lm___api_key_to_uint(key, key_size) %
+                             static_cast<CS_UINT>(table_size));
+}
+
+CS_INT lm__api_key_to_hash2(const CS_VOID* key, CS_INT key_size, CS_INT table_size) {
+  require(table_size >= 1);
+  auto divisor = static_cast<CS_UINT>(table_size - 1);
+  // A table of one slot has no increment. The compiler must not see the division by zero, which
+  // would allow it to drop the fault.
+  asm("" : "+r"(divisor));
+  const CS_UINT number = lm___api_key_to_uint(key, key_size) * kIncrementFactor;
+  return static_cast<CS_INT>(number % divisor) + 1;
+}
+
+CS_RETCODE lm___dhash_rehash(LM_HANDLE* handle, CS_INT table_size) {
+  check_ready(handle);
+  check_ready(handle->hdlprop);
+  require(handle->hdlprop->list_type == LM_DHASH);
+  return trace(rebuild<DHash>(*handle, table_size));
+}

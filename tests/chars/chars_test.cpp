@@ -1,0 +1,262 @@
+// Classification, case, stepping and normal form, over the built-in tables and over images of both
+// kinds.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cctype>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chars/iso_1.h"
+#include "comnlib/charset.h"
+#include "comnlib/result.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+using Bytes = std::vector<CS_BYTE>;
+
+const CS_BYTE* at(const char* text) {
+  return reinterpret_cast<const CS_BYTE*>(text);
+}
+
+void put_big_endian(Bytes& image, std::size_t offset, CS_UINT value) {
+  for (int shift = 24; shift >= 0; shift -= 8)
+    image[offset++] = static_cast<CS_BYTE>(value >> shift);
+}
+
+// A small double-byte set: 0x81 leads two-byte characters of table 1 and ASCII table 1; 0x90 has a
+// width of 0 and no case; the maps lie in the image in an order of their own.
+constexpr CS_UINT kSoundex = 44, kType = 300, kWidth = 2348, kNorm = 2604, kImageSize = 3116;
+
+Bytes double_byte_image() {
+  Bytes image(kImageSize);
+  const CS_USHORT status = 0x1234;
+  std::memcpy(image.data(), &status, sizeof status);
+  const CS_BYTE head[] = {2, 2, 2, 2, 2, 1};
+  std::copy(std::begin(head), std::end(head), image.begin() + 2);
+  const CS_UINT maps[] = {kWidth, 256, kNorm, 512, kType, 2048, kSoundex, 256};
+  for (std::size_t i = 0; i < std::size(maps); ++i) put_big_endian(image, 12 + 4 * i, maps[i]);
+  image[kSoundex + 'B'] = '1';
+  for (std::size_t byte = 0; byte < 256; ++byte) {
+    image[kWidth + byte] = 0x11;
+    image[kNorm + byte] = static_cast<CS_BYTE>(byte);
+    CS_BYTE* entry = &image[kType + 4 * byte];
+    std::memcpy(entry, &ISO_1_type_map[byte], 4);
+  }
+  image[kWidth + 0x81] = 0x22;
+  image[kWidth + 0x90] = 0x00;
+  image[kNorm + 0x81] = 1;
+  image[kNorm + 0x82] = 0;
+  image[kWidth + 0x82] = 0x22;
+  const CS_BYTE lead[] = {1, 0, 0, COMN_CT_LEAD};
+  std::copy(std::begin(lead), std::end(lead), image.begin() + kType + 4 * 0x81);
+  const CS_BYTE caseless[] = {0, 0, 32, 0};
+  std::copy(std::begin(caseless), std::end(caseless), image.begin() + kType + 4 * 0x90);
+  // Second bytes: 0x41 is the capital of 0x61; 0x30 a digit; 0x27 a mark whose case form is 0.
+  const std::size_t table = kType + 1024;
+  const CS_BYTE capital[] = {0x41, 0x61, 1, COMN_CT_UPPER | COMN_CT_GRAPH};
+  const CS_BYTE small[] = {0x41, 0x61, 1, COMN_CT_LOWER | COMN_CT_GRAPH};
+  const CS_BYTE digit[] = {0x30, 0x30, 2, COMN_CT_DIGIT | COMN_CT_XDIGIT};
+  std::copy(std::begin(capital), std::end(capital), image.begin() + table + 4 * 0x41);
+  std::copy(std::begin(small), std::end(small), image.begin() + table + 4 * 0x61);
+  std::copy(std::begin(digit), std::end(digit), image.begin() + table + 4 * 0x30);
+  image[kNorm + 256 + 0x30] = '0';
+  return image;
+}
+
+class DoubleByte : public testing::Test {
+ protected:
+  DoubleByte() : image_(double_byte_image()) {
+    EXPECT_EQ(CS_SUCCEED,
+              com_build_char_attrib(COM_IMAGE_MULTIBYTE, 7, "two", image_.data(), &set_));
+  }
+  Bytes image_;
+  char_attrib set_;
+};
+
+// Class tests by their masks, so that a wrong mask in one of the family shows.
+using ClassTest = CS_INT (*)(const char_attrib*, const CS_BYTE*);
+constexpr struct {
+  const char* name;
+  ClassTest test;
+  int mask;
+} kFamily[] = {{"isalpha", comn_isalpha, 3},  {"isupper", comn_isupper, 1},
+               {"islower", comn_islower, 2},  {"isdigit", comn_isdigit, 4},
+               {"isspace", comn_isspace, 8},  {"isxdigit", comn_isxdigit, 16},
+               {"ispunct", comn_ispunct, 32}, {"isgraph", comn_isgraph, 64}};
+constexpr struct {
+  const char* name;
+  CS_INT (*test)(CS_BYTE);
+  int mask;
+} kOlderFamily[] = {{"isalpha", com_isalpha, 3}, {"isupper", com_isupper, 1},
+                    {"islower", com_islower, 2}, {"isdigit", com_isdigit, 4},
+                    {"isspace", com_isspace, 8}, {"isxdigit", com_isxdigit, 16},
+                    {"isgraph", com_isgraph, 64}};
+
+TEST(BuiltInTables, EveryTestUsesItsMaskOnTheRightTable) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const auto value = static_cast<CS_BYTE>(byte);
+    for (const auto& row : kFamily)
+      EXPECT_EQ(ISO_1_type_map[byte].char_type & row.mask, row.test(nullptr, &value))
+          << row.name << " of " << byte;
+    for (const auto& row : kOlderFamily)
+      EXPECT_EQ(Com_charmap[byte].char_type & row.mask, row.test(value))
+          << "older " << row.name << " of " << byte;
+    EXPECT_EQ(ISO_1_type_map[byte].char_lex, comn_get_lex(nullptr, &value));
+    EXPECT_EQ(Com_charmap[byte].char_upper, com_toupper(value));
+    EXPECT_EQ(Com_charmap[byte].char_lower, com_tolower(value));
+    EXPECT_EQ(byte, comn_to_ascii(nullptr, &value)) << "no attributes: the byte itself";
+  }
+}
+
+// The C library's own classes are an oracle for the ASCII half of both tables.
+TEST(BuiltInTables, AsciiHalfAgreesWithTheCLibrary) {
+  for (int byte = 0; byte < 128; ++byte) {
+    const int type = ISO_1_type_map[byte].char_type;
+    const int older = Com_charmap[byte].char_type;
+    EXPECT_EQ(std::isupper(byte) != 0, (type & 1) != 0) << byte;
+    EXPECT_EQ(std::islower(byte) != 0, (type & 2) != 0) << byte;
+    EXPECT_EQ(std::isdigit(byte) != 0, (type & 4) != 0) << byte;
+    EXPECT_EQ(std::isspace(byte) != 0, (type & 8) != 0) << byte;
+    EXPECT_EQ(std::isxdigit(byte) != 0, (type & 16) != 0) << byte;
+    EXPECT_EQ(std::ispunct(byte) != 0, (type & 32) != 0) << byte;
+    EXPECT_EQ(0, type & 64) << byte;
+    EXPECT_EQ(type | (std::isprint(byte) != 0 ? 64 : 0), older) << byte;
+    EXPECT_EQ(std::toupper(byte), ISO_1_type_map[byte].char_upper) << byte;
+    EXPECT_EQ(std::tolower(byte), Com_charmap[byte].char_lower) << byte;
+  }
+}
+
+TEST(BuiltInTables, CurrencySigns) {
+  std::string signs;
+  for (int byte = 0; byte < 256; ++byte)
+    if ((ISO_1_type_map[byte].char_lex & COMN_LEX_CURRENCY) != 0) signs += static_cast<char>(byte);
+  EXPECT_EQ("$\xA2\xA3\xA4\xA5", signs);
+}
+
+TEST(BuiltInTables, NullAttributesAreSingleBytes) {
+  const char_attrib* attrib = com_get_charattrib();
+  EXPECT_EQ(com_get_typemap(), attrib->cs_type_map);
+  EXPECT_EQ("iso_1", std::string(attrib->cs_name, attrib->cs_namelen));
+  const CS_BYTE* ch = at("\x81\x41");
+  EXPECT_EQ(1, comn_char_width(nullptr, ch));
+  EXPECT_EQ(1, comn_disp_width(nullptr, ch));
+  EXPECT_EQ(nullptr, comn_get_widthmap(nullptr));
+  comn_inc_char(nullptr, &ch);
+  EXPECT_EQ(0x41, *ch);
+  CS_BYTE zero = 0xFF;
+  comn_toupper(nullptr, at("\0x"), &zero);
+  EXPECT_EQ(0, zero);
+}
+
+TEST_F(DoubleByte, AttributesComeFromTheHeaderAndTheArguments) {
+  EXPECT_EQ(0x1234, set_.cs_status);
+  EXPECT_EQ(2, set_.cs_class);
+  EXPECT_EQ(7, set_.cs_id);
+  EXPECT_EQ("two", std::string(set_.cs_name, set_.cs_namelen));
+  EXPECT_EQ(image_.data() + kWidth, set_.cs_width_map);
+  EXPECT_EQ(image_.data() + kNorm, set_.cs_norm_map);
+  EXPECT_EQ('1', set_.cs_soundex['B']);
+  put_big_endian(image_, 16, 0);
+  put_big_endian(image_, 24, 0);
+  EXPECT_EQ(CS_SUCCEED, com_build_char_attrib(COM_IMAGE_MULTIBYTE, 7, "two", image_.data(), &set_));
+  EXPECT_EQ(nullptr, set_.cs_width_map);
+  EXPECT_EQ(nullptr, set_.cs_norm_map);
+  EXPECT_EQ('a', comn_to_ascii(&set_, at("A"))) << "without normalisation tables: char_lower";
+}
+
+TEST_F(DoubleByte, ClassesLookTheSecondByteUp) {
+  EXPECT_NE(0, comn_isupper(&set_, at("\x81\x41")));
+  EXPECT_EQ(0, comn_isxdigit(&set_, at("\x81\x41"))) << "not the ASCII letter's entry";
+  EXPECT_NE(0, comn_isdigit(&set_, at("\x81\x30")));
+  EXPECT_EQ(COMN_LEX_DIGIT, comn_get_lex(&set_, at("\x81\x30")));
+  EXPECT_EQ(0, comn_isalpha(&set_, at("\x81\x20"))) << "a lead byte whatever follows";
+  EXPECT_NE(0, comn_isgraph(&set_, at("\x81\x61")));
+}
+
+TEST_F(DoubleByte, CaseAndNormalForm) {
+  const struct {
+    const char* label;
+    std::string_view from, upper, lower;
+    int ascii;
+  } rows[] = {{"ascii letter", "q", "Q", "q", 'q'},
+              {"two-byte letter", "\x81\x61", "\x81\x41", "\x81\x61", 0},
+              {"two-byte zero form", {"\x81\x27", 2}, {"\x81\0", 2}, {"\x81\0", 2}, 0},
+              {"single byte mapped to 0", "\x90", "\x90", "\x90", 0x90},
+              {"two-byte digit", "\x81\x30", "\x81\x30", "\x81\x30", '0'},
+              {"lead without a table", "\x82\x30", "\x82", "\x82", 0}};
+  for (const auto& row : rows) {
+    std::array<CS_BYTE, 4> out{};
+    comn_toupper(&set_, at(row.from.data()), out.data());
+    EXPECT_EQ(0, std::memcmp(out.data(), row.upper.data(), row.upper.size())) << row.label;
+    EXPECT_EQ(0, out[row.upper.size()]) << row.label;
+    out = {};
+    comn_tolower(&set_, at(row.from.data()), out.data());
+    EXPECT_EQ(0, std::memcmp(out.data(), row.lower.data(), row.lower.size())) << row.label;
+    EXPECT_EQ(row.ascii, comn_to_ascii(&set_, at(row.from.data()))) << row.label;
+  }
+  std::array<CS_BYTE, 8> out{};
+  EXPECT_EQ(3, comn_str_to_ascii(&set_, at("x\x81\x30y\x81"), 5, out.data(), 8))
+      << "a cut last character is left out";
+  EXPECT_STREQ("x0y", reinterpret_cast<const char*>(out.data()));
+  EXPECT_EQ(2, comn_str_to_ascii(&set_, at("x\x81\x30y"), 4, out.data(), 2));
+}
+
+TEST_F(DoubleByte, Stepping) {
+  EXPECT_EQ(2, comn_char_width(&set_, at("\x81\x30")));
+  EXPECT_EQ(2, comn_disp_width(&set_, at("\x81\x30")));
+  EXPECT_EQ(1, comn_char_width(&set_, at("\x90"))) << "width 0 would stop every walk";
+  const struct {
+    const char* label;
+    std::string_view text;
+    int whole, partial, excess, count;
+  } rows[] = {{"empty", "", 0, 0, 0, 0},
+              {"exact", "a\x81\x41", 3, 0, 0, 2},
+              {"cut", "a\x81\x41\x81", 3, 1, 1, 2},
+              {"one cut character", "\x81", 0, 1, 1, 0},
+              {"width 0", "\x90\x90", 2, 0, 0, 2}};
+  for (const auto& row : rows) {
+    CS_INT whole = -1, partial = -1, excess = -1, count = -1;
+    comn_whole_char(&set_, at(row.text.data()), at(row.text.data()) + row.text.size(), &whole,
+                    &partial, &excess, &count);
+    EXPECT_EQ(row.whole, whole) << row.label;
+    EXPECT_EQ(row.partial, partial) << row.label;
+    EXPECT_EQ(row.excess, excess) << row.label;
+    EXPECT_EQ(row.count, count) << row.label;
+  }
+}
+
+TEST(Build, SingleByteImageAndRefusals) {
+  Bytes image(COMN_CS_IMAGE1_SIZE);
+  image[COMN_CS_IMAGE1_TYPES + 5] = 9;
+  char_attrib set;
+  std::memset(&set, 0xEE, sizeof set);
+  const std::string name(40, 'n');
+  EXPECT_EQ(CS_SUCCEED, com_build_char_attrib(1001, 3, name.c_str(), image.data(), &set));
+  EXPECT_EQ(0, set.cs_status);
+  EXPECT_EQ(1, set.cs_class);
+  EXPECT_EQ(30, set.cs_namelen);
+  EXPECT_EQ(0, std::memcmp(name.data(), set.cs_name, 30));
+  EXPECT_EQ(1, set.cs_maxcharlen);
+  EXPECT_EQ(0, set.cs_nnorm);
+  EXPECT_EQ(9, set.cs_soundex[5]);
+  EXPECT_EQ(nullptr, set.cs_width_map);
+  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1003, 3, "n", image.data(), &set));
+  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1001, 3, "n", nullptr, &set));
+  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1001, 3, "n", image.data(), nullptr));
+}
+
+TEST(Build, RecordIsZeroFilledAndFreedAlone) {
+  char_attrib* attrib = com_alloc_char_attrib();
+  const char_attrib zero{};
+  EXPECT_EQ(0, std::memcmp(&zero, attrib, sizeof zero));
+  EXPECT_EQ(CS_SUCCEED, com_free_char_attrib(attrib));
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+  const host_alloc::Failing failing(1);
+  EXPECT_EQ(nullptr, com_alloc_char_attrib());
+}
+
+}  // namespace

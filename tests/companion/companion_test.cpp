@@ -1,0 +1,167 @@
+// The companion library: home and environment, the sectioned reader with the words of its faults,
+// and the plain reader.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include "intl.h"
+#include "support/host_alloc.h"
+#include "support/scratch.h"
+
+namespace {
+
+std::string words(CS_INT status) {
+  char text[200];
+  const CS_INT length = intl_errstr(status, text, sizeof text);
+  EXPECT_EQ(static_cast<std::size_t>(length), std::string(text).size());
+  return text;
+}
+
+// Everything a walk meets, as "[section]", "key", ":value" and "!words of a fault".
+std::string walk(const std::string& path) {
+  INTL_HANDLE handle = nullptr;
+  const CS_INT opened = intl_open(path.c_str(), &handle);
+  if (opened != 0) return "open: " + words(opened);
+  std::string seen;
+  CS_INT status = 0;
+  const auto next = [&](auto* routine, const char* before, const char* after) {
+    const char* text = routine(handle, &status);
+    if (text != nullptr) seen += before + std::string(text) + after;
+    if (status < 0) seen += "!" + words(status) + "!";
+    return text != nullptr || status < 0;
+  };
+  while (next(intl_nextsection, "[", "]"))
+    while (next(intl_nextentry, " ", ""))
+      while (next(intl_nextvalue, ":", "")) {
+      }
+  EXPECT_EQ(0, intl_close(handle));
+  return seen;
+}
+
+TEST(Sections, SyntaxAndFaults) {
+  const struct {
+    const char* label;
+    std::string text, seen;
+  } rows[] = {
+      {"empty", "", ""},
+      {"whole", "[a]\nk = v, w\n[b]\nx=y\n", "[a] k:v:w[b] x:y"},
+      {"CR LF, no last line end", "[a]\r\nk = v\r\n\r\nl = w", "[a] k:v l:w"},
+      {"trimmed", " [ a b ] \n\t k 1 =\t v w , x \n", "[a b] k 1:v w:x"},
+      {"comments", "; x\n [a]\n ;k = v\nk = v ; w\n", "[a] k:v ; w"},
+      {"entries before a section", "k = v\nnonsense\n[a]\nl = w\n", "[a] l:w"},
+      {"empty values", "[a]\nk =\nl = ,x,\n", "[a] k: l::x:"},
+      {"quoted", "[a]\nk = \" v, \"\"w\"\" \" ,\"\",x\n", "[a] k: v, \"w\" ::x"},
+      {"quote inside", "[a]\nk = 5\" x\n", "[a] k:5\" x"},
+      {"equals in a value", "[a]\nk = a=b\n", "[a] k:a=b"},
+      {"section mark in a value", "[a]\nk = [b]\n", "[a] k:[b]"},
+      {"open section", "[a]\n[b\nk = v\n", "[a]!line 2: the section line has no ']'!"},
+      {"section tail", "[a] x\n[b]\n",
+       "!line 1: text stands behind the ']' of the section line![b]"},
+      {"no equals", "[a]\nk\nl = w\n", "[a]!line 2: the entry has no '='! l:w"},
+      {"no key", "[a]\n = v\n", "[a]!line 2: the entry has no name before its '='!"},
+      {"open quote", "[a]\nk = x, \"v\nl = w\n",
+       "[a] k:x!line 2: the quoted value has no closing quote! l:w"},
+      {"quote tail", "[a]\n;\nk = \"v\" x\n",
+       "[a] k!line 3: text stands behind the closing quote of a value!"},
+      {"NUL in an entry", std::string("[a]\nk = v\0w\n", 12),
+       "[a]!line 2: the line holds a NUL byte!"},
+      {"NUL in a section", std::string("[a\0]\n", 5), "!line 1: the line holds a NUL byte!"},
+      {"long", "[a]\nk = " + std::string(100000, 'v') + "," + std::string(9, 'w') + "\n",
+       "[a] k:" + std::string(100000, 'v') + ":" + std::string(9, 'w')},
+  };
+  const scratch::Directory directory;
+  for (const auto& row : rows)
+    EXPECT_EQ(row.seen, walk(directory.write("f", row.text))) << row.label;
+}
+
+TEST(Sections, PassedOverTextIsNotChecked) {
+  const scratch::Directory directory;
+  const std::string path = directory.write("f", "[a]\nk = \"v\nbad\n[b]\nx = y\n");
+  INTL_HANDLE handle = nullptr;
+  ASSERT_EQ(0, intl_open(path.c_str(), &handle));
+  CS_INT status = 1;
+  EXPECT_EQ(nullptr, intl_nextentry(handle, &status)) << "before the first section";
+  EXPECT_EQ(nullptr, intl_nextvalue(handle, &status));
+  EXPECT_STREQ("a", intl_nextsection(handle, &status));
+  EXPECT_STREQ("k", intl_nextentry(handle, &status));
+  EXPECT_STREQ("b", intl_nextsection(handle, &status));
+  EXPECT_EQ(nullptr, intl_nextvalue(handle, &status)) << "no entry taken yet";
+  EXPECT_STREQ("x", intl_nextentry(handle, &status));
+  EXPECT_EQ(0, status);
+  EXPECT_EQ(0, intl_close(handle));
+}
+
+TEST(Sections, FilesThatCannotBeRead) {
+  const scratch::Directory directory;
+  EXPECT_EQ("open: No such file or directory", walk(directory.path() / "none"));
+  EXPECT_EQ("open: Is a directory", walk(directory.path()));
+  const std::string path = directory.write("f", std::string(10000, ';'));
+  const auto runs = host_alloc::sweep([&](const auto& failed) {
+    const std::string seen = walk(path);
+    EXPECT_EQ(failed() ? "open: out of memory" : "", seen);
+  });
+  EXPECT_EQ(1U, runs);
+  EXPECT_EQ("", walk("/proc/self/cmdline")) << "a file without a size";
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+}
+
+TEST(Errstr, CutsItsText) {
+  char text[8] = "#######";
+  const CS_INT unknown = -31;
+  EXPECT_EQ(14, intl_errstr(unknown, text, 5));
+  EXPECT_STREQ("unkn", text);
+  EXPECT_EQ('#', text[5]);
+}
+
+TEST(Environment, LengthUnsetAndTooLong) {
+  const scratch::Variable variable("COMNLIB_TEST", "value");
+  char text[8] = "#######";
+  EXPECT_EQ(5, intlgetenv(text, 6, "COMNLIB_TEST"));
+  EXPECT_STREQ("value", text);
+  text[0] = '#';
+  EXPECT_EQ("the value is longer than its buffer", words(intlgetenv(text, 5, "COMNLIB_TEST")));
+  variable.set("");
+  EXPECT_EQ(0, intlgetenv(text, 6, "COMNLIB_TEST"));
+  variable.set(nullptr);
+  EXPECT_EQ(0, intlgetenv(text, 6, "COMNLIB_TEST"));
+  EXPECT_EQ('#', text[0]);
+}
+
+TEST(Home, VariableAndUser) {
+  const scratch::Variable variable("TALVEN", "/home/dir");
+  char text[16] = "###############";
+  EXPECT_EQ(9, intl_home(text, sizeof text));
+  EXPECT_STREQ("/home/dir", text);
+  std::fill(std::begin(text), std::end(text), '#');
+  EXPECT_EQ(9, intl_home(text, 9)) << "fits without its NUL";
+  EXPECT_EQ("/home/dir#", std::string(text, 10));
+  EXPECT_EQ(9, intl_home(text, 3)) << "the whole length";
+  for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+    variable.set(none);
+    EXPECT_EQ("neither TALVEN nor the user talven gives a home directory",
+              words(intl_home(text, sizeof text)))
+        << "this machine has no such user";
+  }
+}
+
+TEST(Plain, ReadsInPieces) {
+  const scratch::Directory directory;
+  const std::string path = directory.write("f", "abc");
+  INTL_HANDLE handle = nullptr;
+  ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
+  CS_BYTE bytes[2];
+  EXPECT_EQ(2, intl_iocsfread(handle, bytes, 2));
+  EXPECT_EQ(1, intl_iocsfread(handle, bytes, 2));
+  EXPECT_EQ('c', bytes[0]);
+  EXPECT_EQ(0, intl_iocsfread(handle, bytes, 2));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
+  EXPECT_EQ("No such file or directory",
+            words(intl_iocsfopen((directory.path() / "none").c_str(), &handle)));
+  EXPECT_EQ(nullptr, handle);
+  ASSERT_EQ(0, intl_iocsfopen(directory.path().c_str(), &handle));
+  EXPECT_EQ("Is a directory", words(intl_iocsfread(handle, bytes, 2)));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
+}
+
+}  // namespace

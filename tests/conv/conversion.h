@@ -1,0 +1,109 @@
+// One conversion through a context's matrix, into a guarded buffer.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "comnlib/convert.h"
+
+namespace conversion {
+
+constexpr CS_BYTE kCanary = 0xA5;
+constexpr std::size_t kGuard = 300;  // bytes behind maxlength; a varchar fits too
+
+// A context with default tables.
+struct Context : CS_CONTEXT {
+  Context() : CS_CONTEXT{} {
+    EXPECT_EQ(CS_SUCCEED, com_conv_init(this));
+    EXPECT_EQ(CS_SUCCEED, com_null_init(this));
+  }
+  ~Context() {
+    com_null_free(this);
+    com_conv_free(this);
+  }
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+};
+
+inline CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0, CS_INT format = 0) {
+  CS_DATAFMT made{};
+  made.datatype = datatype;
+  made.maxlength = maxlength;
+  made.format = format;
+  return made;
+}
+
+struct Result {
+  CS_RETCODE code = 0;
+  CS_INT length = -1;
+  std::vector<CS_BYTE> bytes;  // maxlength and the guard
+
+  std::string text() const { return {bytes.begin(), bytes.begin() + std::max(length, 0)}; }
+
+  template <class T>
+  T as(std::size_t at = 0) const {
+    T value;
+    std::memcpy(&value, bytes.data() + at, sizeof value);
+    return value;
+  }
+
+  bool untouched_from(std::size_t at) const {
+    return std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(),
+                       [](CS_BYTE byte) { return byte == kCanary; });
+  }
+};
+
+// Source and destination stand at odd addresses, as in a host's row buffer.
+inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
+                      const CS_DATAFMT& to) {
+  const auto room = static_cast<std::size_t>(comn_typelen(to.datatype, to.maxlength));
+  std::vector<CS_BYTE> source(size + 1);
+  std::memcpy(source.data() + 1, value, size);
+  std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);
+  const CS_DATAFMT from = format_of(srctype);
+  const CS_DATAFMT to_before = to;
+
+  Result result;
+  const CS_CONV_FUNC routine = com_conv_func(&context, srctype, to.datatype);
+  EXPECT_NE(nullptr, routine) << srctype << " to " << to.datatype;
+  if (routine == nullptr) return result;
+  result.code = routine(&context, &from, source.data() + 1, &to, dest.data() + 1, &result.length);
+  EXPECT_EQ(0, std::memcmp(&to, &to_before, sizeof to)) << "the format is only read";
+  result.bytes.assign(dest.begin() + 1, dest.end());
+  EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;
+  return result;
+}
+
+template <class T>
+Result convert(Context& context, CS_INT srctype, const T& value, const CS_DATAFMT& to) {
+  return convert(context, srctype, &value, sizeof value, to);
+}
+
+// What a call that must abort writes to standard error; "" when it returns.
+inline std::string stop_text(auto call) {
+  int ends[2];
+  if (pipe(ends) != 0) return "";
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(ends[1], STDERR_FILENO);
+    call();
+    _exit(0);
+  }
+  close(ends[1]);
+  std::string text;
+  char chunk[256];
+  for (ssize_t got; (got = read(ends[0], chunk, sizeof chunk)) > 0;)
+    text.append(chunk, static_cast<std::size_t>(got));
+  close(ends[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT ? text : "";
+}
+
+}  // namespace conversion

@@ -1,0 +1,181 @@
+// The matrix against a table of routine names, resolved in the shared object, and what hosts
+// change.
+#include <dlfcn.h>
+
+#include <map>
+#include <sstream>
+
+#include "conv/conversion.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+using namespace conversion;
+using Pair = std::pair<CS_INT, CS_INT>;
+
+// Sources, the name before "to", and the names behind it: for destinations 0 2 4, 1 3 5, 6 to 15
+// one by one, 16 17, 18 and so on. "-" is a pair without a routine.
+const struct {
+  std::vector<CS_INT> sources;
+  const char* from;
+  const char* to;
+} kRows[] = {
+    // clang-format off
+    {{0, 2, 4}, "char", "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - char char - - unichar"},
+    {{1, 3, 5}, "bin", "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - - - - - unichar"},
+    {{6}, "i1", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{7}, "i2", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{8}, "i4", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{9}, "flt4", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{10}, "flt8", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{11}, "bit", "char bin i1 i2 i4 flt4 flt8 bit - - - - num varchar varbin - - - - - unichar"},
+    {{12}, "date", "char - - - - - - - date date4 - - - varchar varbin - - - - - *"},
+    {{13}, "date4", "char - - - - - - - date date4 - - - varchar varbin - - - - - unichar"},
+    {{14}, "money", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{15}, "mny4", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{16, 17}, "num", "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
+    {{18}, "varchar", "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - char char - - unichar"},
+    {{19}, "varbin", "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - - - - - unichar"},
+    {{21}, "char", "char - - - - - - - - - - - - varchar - - char - - - -"},
+    {{22}, "char", "char - - - - - - - - - - - - varchar - - - char - - -"},
+    {{23}, "void", "any any any any any any any any any any any any any any any any any any void any any"},
+    {{25}, "unichar", "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin i8 - - - - unichar"},
+    // clang-format on
+};
+
+const std::map<Pair, const char*> kExceptions = {{{12, 25}, "comn_datetimetounichar"},
+                                                 {{4, 25}, "comn_texttounichar"},
+                                                 {{5, 25}, "comn_imagetounichar"},
+                                                 {{25, 4}, "comn_unichartotext"},
+                                                 {{25, 5}, "comn_unichartoimage"}};
+
+std::vector<CS_INT> destinations_of(std::size_t column) {
+  if (column == 0) return {0, 2, 4};
+  if (column == 1) return {1, 3, 5};
+  if (column == 12) return {16, 17};
+  return {static_cast<CS_INT>(column < 12 ? column + 4 : column + 5)};
+}
+
+std::map<Pair, std::string> names_by_pair() {
+  std::map<Pair, std::string> names;
+  for (const auto& row : kRows) {
+    std::istringstream cells(row.to);
+    std::string cell;
+    for (std::size_t column = 0; cells >> cell; ++column) {
+      if (cell == "-") continue;
+      for (const CS_INT source : row.sources)
+        for (const CS_INT destination : destinations_of(column))
+          names[{source, destination}] = std::string("comn_") + row.from + "to" + cell;
+    }
+  }
+  for (const auto& [pair, name] : kExceptions) names[pair] = name;
+  return names;
+}
+
+// A routine that the library does not have leaves its pair without one; a routine that it has and a
+// pair that does not lead to it are a fault.
+TEST(Matrix, LeadsToTheNamedRoutines) {
+  void* library = dlopen(COMNLIB_SHARED_OBJECT, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(nullptr, library) << dlerror();
+  const auto call = [library](const char* name) {
+    return reinterpret_cast<CS_RETCODE (*)(CS_CONTEXT*)>(dlsym(library, name));
+  };
+  const auto look_up = reinterpret_cast<decltype(&com_conv_func)>(dlsym(library, "com_conv_func"));
+  const auto names = names_by_pair();
+  CS_CONTEXT context{};
+  ASSERT_EQ(CS_SUCCEED, call("com_conv_init")(&context));
+  for (CS_INT source = 0; source < CS_BUILTIN_TYPES; ++source) {
+    for (CS_INT destination = 0; destination < CS_BUILTIN_TYPES; ++destination) {
+      const auto name = names.find({source, destination});
+      const void* expected = name == names.end() ? nullptr : dlsym(library, name->second.c_str());
+      EXPECT_EQ(expected, reinterpret_cast<void*>(look_up(&context, source, destination)))
+          << source << " to " << destination;
+    }
+  }
+  call("com_conv_free")(&context);
+}
+
+CS_RETCODE first(CS_CONTEXT*, const CS_DATAFMT*, const void*, const CS_DATAFMT*, void*, CS_INT*) {
+  return 101;
+}
+CS_RETCODE second(CS_CONTEXT*, const CS_DATAFMT*, const void*, const CS_DATAFMT*, void*, CS_INT*) {
+  return 102;
+}
+
+TEST(UserConversions, KeepTheOrderOfInstallation) {
+  Context context;
+  EXPECT_EQ(nullptr, com_conv_func(&context, 30, 0)) << "nothing installed";
+  for (const auto& [source, destination] : {Pair{30, 0}, {30, 1}, {31, 0}, {5, 30}, {30, 40}})
+    ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, source, destination, first));
+  ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, 30, 0, second)) << "replaces";
+
+  std::vector<Pair> walked;
+  for (const CsUsrCvtFunc* spine = context.ctxusrcvttbl; spine != nullptr; spine = spine->nextsrc) {
+    for (const CsUsrCvtFunc* node = spine; node != nullptr; node = node->nextdest) {
+      walked.emplace_back(node->srctype, node->desttype);
+      EXPECT_TRUE(node == spine || node->nextsrc == nullptr);
+    }
+  }
+  EXPECT_EQ((std::vector<Pair>{{30, 0}, {30, 1}, {30, 40}, {31, 0}, {5, 30}}), walked);
+  EXPECT_EQ(second, com_conv_func(&context, 30, 0));
+  EXPECT_EQ(first, com_conv_func(&context, 5, 30));
+  EXPECT_EQ(nullptr, com_conv_func(&context, 31, 1)) << "source without that destination";
+
+  EXPECT_EQ(CS_SUCCEED, com_conv_default(&context, 30, 0));
+  EXPECT_EQ(nullptr, com_conv_func(&context, 30, 0));
+  EXPECT_EQ(nullptr, context.ctxusrcvttbl->cvtfunc) << "the node stays";
+  EXPECT_EQ(CS_SUCCEED, com_conv_default(&context, 77, 0)) << "without a node";
+}
+
+TEST(UserConversions, ReplaceBuiltInPairsOfOneContext) {
+  Context context;
+  Context other;
+  const CS_CONV_FUNC built_in = com_conv_func(&context, CS_INT_TYPE, CS_FLOAT_TYPE);
+  ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, CS_INT_TYPE, CS_FLOAT_TYPE, first));
+  EXPECT_EQ(first, com_conv_func(&context, CS_INT_TYPE, CS_FLOAT_TYPE));
+  EXPECT_EQ(built_in, com_conv_func(&other, CS_INT_TYPE, CS_FLOAT_TYPE));
+  ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, CS_INT_TYPE, CS_FLOAT_TYPE, nullptr));
+  EXPECT_EQ(nullptr, com_conv_func(&context, CS_INT_TYPE, CS_FLOAT_TYPE));
+  ASSERT_EQ(CS_SUCCEED, com_conv_default(&context, CS_INT_TYPE, CS_FLOAT_TYPE));
+  EXPECT_EQ(built_in, com_conv_func(&context, CS_INT_TYPE, CS_FLOAT_TYPE));
+  EXPECT_EQ(nullptr, context.ctxusrcvttbl);
+  EXPECT_EQ(nullptr, com_conv_func(&context, -1, 0));
+  EXPECT_EQ(nullptr, com_conv_func(&context, 30, -1));
+}
+
+TEST(Conversions, FailedAllocationsLoseNothing) {
+  const std::size_t before = host_alloc::live_blocks();
+  const std::size_t count = host_alloc::sweep([&](auto failed) {
+    CS_CONTEXT context{};
+    CS_RETCODE code = com_conv_init(&context);
+    const CS_INT sources[] = {30, 30, 31};
+    for (CS_INT destination = 0; destination < 3 && code == CS_SUCCEED; ++destination)
+      code = com_conv_install(&context, sources[destination], destination, first);
+    EXPECT_EQ(failed() ? CS_MEM_ERROR : CS_SUCCEED, code);
+    EXPECT_EQ(CS_SUCCEED, com_conv_free(&context));
+    EXPECT_EQ(nullptr, context.ctxcvttbl.cvttbl);
+    EXPECT_EQ(0, context.ctxcvttbl.cvtdim);
+    EXPECT_EQ(nullptr, context.ctxusrcvttbl);
+    EXPECT_EQ(before, host_alloc::live_blocks());
+  });
+  EXPECT_EQ(4U, count);
+}
+
+TEST(TypeLength, FixedOrTheCallers) {
+  const CS_INT fixed[] = {1, 2, 4, 4, 8, 1, 8, 4, 8, 4, 35, 35, 258, 258};
+  for (CS_INT code = -3; code < 40; ++code) {
+    const CS_INT expected = code >= 6 && code <= 19 ? fixed[code - 6] : code == 25 ? 2 : -77;
+    EXPECT_EQ(expected, comn_typelen(code, -77)) << code;
+  }
+}
+
+TEST(ConversionsDeathTest, BrokenPreconditionsStop) {
+  Context context;
+  const auto aborted = testing::KilledBySignal(SIGABRT);
+  for (const auto& [source, destination] : {Pair{-1, 0}, {0, -1}, {-1, 30}})
+    EXPECT_EXIT(com_conv_default(&context, source, destination), aborted, "com_conv.cpp");
+  EXPECT_EXIT(com_conv_func(nullptr, 0, 0), aborted, "Invalid pointer.*com_conv.cpp");
+  EXPECT_EXIT(com_conv_init(nullptr), aborted, "Invalid pointer");
+}
+
+}  // namespace

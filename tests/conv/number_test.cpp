@@ -1,0 +1,263 @@
+// The six number families against wider arithmetic and, for text, the C library's printf.
+#include <array>
+#include <bit>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <random>
+#include <utility>
+
+#include "conv/conversion.h"
+
+namespace {
+
+using namespace conversion;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+template <class T>
+std::string bytes_of(T value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+// Whole numbers around every limit and change of length, then random ones of all lengths; floating
+// types add halves, neighbours, odd values and random bit patterns.
+template <class T>
+std::vector<T> samples() {
+  std::vector<int64_t> whole;
+  for (const int64_t edge : std::to_array<int64_t>(
+           {0, 10, 100, 127, 255, 9999, 32767, 40000, 65536, 16777216, INT_MAX})) {
+    for (int64_t value = edge - 2; value <= edge + 2; ++value)
+      whole.insert(whole.end(), {value, -value});
+  }
+  std::mt19937_64 random(1);
+  for (int n = 0; n < 1000; ++n) whole.push_back(static_cast<int32_t>(random()) >> random() % 31);
+
+  std::vector<T> all;
+  if constexpr (std::integral<T>) {
+    for (const int64_t value : whole)
+      if (std::in_range<T>(value)) all.push_back(static_cast<T>(value));
+  } else {
+    using Limits = std::numeric_limits<T>;
+    for (const double odd : {0.1, 0.25, 1 / 3.0, 1e16, 1e17, 1e20, 1e-5, 3.4028235e38, kInfinity})
+      all.insert(all.end(), {static_cast<T>(odd), static_cast<T>(-odd)});
+    all.insert(all.end(), {T(-0.0), T(kNan), -T(kNan), Limits::max(), Limits::lowest(),
+                           Limits::denorm_min(), -Limits::denorm_min()});
+    for (const int64_t value : whole) {
+      const T exact = static_cast<T>(value);
+      all.insert(all.end(), {exact, exact + T(0.5), std::nextafter(exact, T(kInfinity)),
+                             std::nextafter(exact, T(-kInfinity))});
+    }
+    using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
+    for (int n = 0; n < 2000; ++n) all.push_back(std::bit_cast<T>(static_cast<Bits>(random())));
+  }
+  return all;
+}
+
+struct Expected {
+  CS_RETCODE code;
+  std::string bytes;
+};
+
+// In arithmetic that holds every source exactly.
+template <class To>
+Expected as_integer(long double value) {
+  using Limits = std::numeric_limits<To>;
+  if (std::isnan(value)) return {CS_SUCCEED, bytes_of(static_cast<To>(INT_MIN))};
+  if (value < Limits::min()) return {CS_CVT_OVERFLOW, bytes_of(Limits::min())};
+  if (value > Limits::max()) return {CS_CVT_OVERFLOW, bytes_of(Limits::max())};
+  return {CS_SUCCEED, bytes_of(static_cast<To>(std::trunc(value)))};
+}
+
+Expected as_single(auto value) {
+  if (!std::same_as<decltype(value), float> && std::fabs(value) > 3.4028234663852886e38)
+    return {CS_CVT_OVERFLOW, bytes_of(value < 0 ? 0xFF7FFFFF : 0x7F7FFFFF)};
+  return {CS_SUCCEED, bytes_of(static_cast<float>(value))};
+}
+
+std::string as_text(auto value) {
+  char text[64];
+  if constexpr (std::integral<decltype(value)>) {
+    std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
+    return text;
+  }
+  std::snprintf(text, sizeof text, "%.17g", value == 0 ? 0.0 : static_cast<double>(value));
+  std::string result = text;
+  if (result.starts_with("0.")) result.erase(0, 1);
+  if (result.find_first_of(".e") == std::string::npos) result += ".0";
+  return result;
+}
+
+// A varchar or varbinary: the length, the bytes, and the rest of the record as it was.
+Expected as_record(const std::string& bytes) {
+  const std::string record = bytes_of(static_cast<CS_SMALLINT>(bytes.size())) + bytes;
+  return {CS_SUCCEED, record + std::string(258 - record.size(), static_cast<char>(kCanary))};
+}
+
+template <class From>
+void check_family(CS_INT srctype, const std::vector<From>& values) {
+  Context context;
+  for (const From value : values) {
+    const std::string text = as_text(value);
+    const struct {
+      CS_DATAFMT to;
+      Expected expected;
+    } rows[] = {{format_of(CS_TINYINT_TYPE), as_integer<CS_TINYINT>(value)},
+                {format_of(CS_SMALLINT_TYPE), as_integer<CS_SMALLINT>(value)},
+                {format_of(CS_INT_TYPE), as_integer<CS_INT>(value)},
+                {format_of(CS_REAL_TYPE), as_single(value)},
+                {format_of(CS_FLOAT_TYPE), {CS_SUCCEED, bytes_of(static_cast<double>(value))}},
+                {format_of(CS_BIT_TYPE), {CS_SUCCEED, value == 0 ? std::string(1, 0) : "\1"}},
+                {format_of(CS_TEXT_TYPE, 64), {CS_SUCCEED, text}},
+                {format_of(CS_BINARY_TYPE, 20), {CS_SUCCEED, bytes_of(value)}},
+                {format_of(CS_VARCHAR_TYPE), as_record(text + '\0')},
+                {format_of(CS_VARBINARY_TYPE), as_record(bytes_of(value))}};
+    for (const auto& [to, expected] : rows) {
+      const Result result = convert(context, srctype, value, to);
+      std::string bytes = result.text();
+      if (to.datatype == CS_VARCHAR_TYPE) bytes[0] = static_cast<char>(bytes[0] + 1);  // the NUL
+      ASSERT_EQ(expected.code, result.code) << text << " to " << to.datatype;
+      ASSERT_EQ(expected.bytes, bytes) << text << " to " << to.datatype;
+    }
+  }
+}
+
+TEST(Numbers, AgreeWithWiderArithmeticAndPrintf) {
+  check_family(CS_TINYINT_TYPE, samples<CS_TINYINT>());
+  check_family(CS_SMALLINT_TYPE, samples<CS_SMALLINT>());
+  check_family(CS_INT_TYPE, samples<CS_INT>());
+  check_family(CS_REAL_TYPE, samples<CS_REAL>());
+  check_family(CS_FLOAT_TYPE, samples<CS_FLOAT>());
+  check_family(CS_BIT_TYPE, std::vector<CS_BIT>{0, 1});
+}
+
+// Where a plausible reading goes wrong, with literal outcomes.
+TEST(Numbers, Edges) {
+  Context context;
+  const struct {
+    double value;
+    CS_RETCODE code;
+    int tinyint;
+    const char* text;
+  } rows[] = {
+      {-0.5, CS_CVT_OVERFLOW, 0, "-0.5"},     {-0.0, CS_SUCCEED, 0, "0.0"},
+      {0.25, CS_SUCCEED, 0, ".25"},           {254.75, CS_SUCCEED, 254, "254.75"},
+      {255.5, CS_CVT_OVERFLOW, 255, "255.5"}, {1e16, CS_CVT_OVERFLOW, 255, "10000000000000000.0"},
+      {1e17, CS_CVT_OVERFLOW, 255, "1e+17"},  {-kInfinity, CS_CVT_OVERFLOW, 0, "-inf.0"},
+      {kNan, CS_SUCCEED, 0, "nan.0"}};
+  for (const auto& row : rows) {
+    const Result tinyint = convert(context, CS_FLOAT_TYPE, row.value, format_of(CS_TINYINT_TYPE));
+    EXPECT_EQ(row.code, tinyint.code) << row.text;
+    EXPECT_EQ(row.tinyint, tinyint.as<CS_TINYINT>()) << row.text;
+    EXPECT_EQ(row.text, convert(context, CS_FLOAT_TYPE, row.value, format_of(0, 30)).text());
+  }
+  EXPECT_EQ(".10000000149011612", convert(context, CS_REAL_TYPE, 0.1F, format_of(0, 30)).text());
+  // A signaling NaN is copied, not computed with.
+  const uint64_t signaling = 0x7FF0000000000001;
+  EXPECT_EQ(bytes_of(signaling),
+            convert(context, CS_FLOAT_TYPE, signaling, format_of(CS_FLOAT_TYPE)).text());
+}
+
+TEST(Numbers, ABitOutsideItsDomainWritesNothing) {
+  Context context;
+  for (const CS_INT desttype : {0, 1, 6, 7, 8, 9, 10, 11, 18, 19}) {
+    for (const CS_BIT value : {CS_BIT{2}, CS_BIT{255}}) {
+      const Result result = convert(context, CS_BIT_TYPE, value, format_of(desttype, 10));
+      EXPECT_EQ(CS_CVT_DOMAIN, result.code) << desttype;
+      EXPECT_TRUE(result.untouched_from(0)) << desttype;
+    }
+  }
+}
+
+TEST(Numbers, TextIgnoresTheLocale) {
+  const auto has_decimal_comma = [](const char* name) {
+    return std::setlocale(LC_ALL, name) != nullptr && *std::localeconv()->decimal_point == ',';
+  };
+  const auto names = {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "fr_FR", "es_ES.UTF-8", "ru_RU.UTF-8"};
+  const bool found = std::ranges::any_of(names, has_decimal_comma);
+  if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  Context context;
+  EXPECT_EQ("1234567.25", convert(context, CS_FLOAT_TYPE, 1234567.25, format_of(0, 30)).text());
+  std::setlocale(LC_ALL, "C");
+}
+
+struct Member {
+  CS_CONV_FUNC routine;
+  CS_INT source, destination;
+};
+
+#define MEMBERS(from, code)                                                                   \
+  {comn_##from##tobit, code, 11}, {comn_##from##toi1, code, 6}, {comn_##from##toi2, code, 7}, \
+      {comn_##from##toi4, code, 8}, {comn_##from##toflt4, code, 9},                           \
+      {comn_##from##toflt8, code, 10}, {comn_##from##tochar, code, 0},                        \
+      {comn_##from##tobin, code, 1}, {comn_##from##tovarchar, code, 18}, {                    \
+    comn_##from##tovarbin, code, 19                                                           \
+  }
+const Member kMembers[] = {MEMBERS(i1, 6),   MEMBERS(i2, 7),    MEMBERS(i4, 8),
+                           MEMBERS(flt4, 9), MEMBERS(flt8, 10), MEMBERS(bit, 11)};
+
+constexpr bool serves(CS_INT own, CS_INT code) {
+  if (own == 0) return code == 0 || code == 2 || code == 4 || code == 21 || code == 22;
+  if (own == 1) return code == 1 || code == 3 || code == 5;
+  return own == code;
+}
+
+std::string stop_of(CS_CONV_FUNC routine, CS_INT source, CS_INT destination,
+                    int null_argument = -1) {
+  Context context;
+  const CS_DATAFMT from = format_of(source);
+  const CS_DATAFMT to = format_of(destination, 40);
+  const double value = 0;
+  char room[300];
+  CS_INT length = 0;
+  const auto unless = [&](int at, auto* pointer) {
+    return null_argument == at ? nullptr : pointer;
+  };
+  return stop_text([&] {
+    routine(unless(0, &context), unless(1, &from), unless(2, &value), unless(3, &to),
+            unless(4, &room[0]), unless(5, &length));
+  });
+}
+
+bool names_a_family(const std::string& text, const char* beginning) {
+  return text.starts_with(std::string("\n\r") + beginning + ", file 'generic/src/conv/com_");
+}
+
+TEST(NumbersDeathTest, ForeignDatatypesAndNullPointersStop) {
+  for (const Member& member : kMembers) {
+    for (CS_INT code = -1; code <= CS_BUILTIN_TYPES; ++code) {
+      // Every code for one family; for the others, which share the check, the neighbours.
+      if (member.source != CS_INT_TYPE && code != member.destination + 1) continue;
+      if (serves(member.destination, code)) continue;
+      EXPECT_TRUE(names_a_family(stop_of(member.routine, member.source, code), "assertion failed"))
+          << member.source << " to " << member.destination << " called for " << code;
+    }
+    const CS_INT foreign = member.source == CS_BIT_TYPE ? CS_TINYINT_TYPE : member.source + 1;
+    EXPECT_TRUE(
+        names_a_family(stop_of(member.routine, foreign, member.destination), "assertion failed"))
+        << member.source << " to " << member.destination << " called from " << foreign;
+  }
+  for (int missing = 0; missing < 6; ++missing) {
+    const std::string text = stop_of(comn_i4toflt8, CS_INT_TYPE, CS_FLOAT_TYPE, missing);
+    EXPECT_TRUE(names_a_family(text, "Invalid pointer 0x0")) << missing << text;
+  }
+}
+
+TEST(NumbersDeathTest, LongMembersStopAtTwoLines) {
+  const Member members[] = {{comn_i1toi8, 6, 20},    {comn_i2toi8, 7, 20},
+                            {comn_i4toi8, 8, 20},    {comn_flt4toi8, 9, 20},
+                            {comn_flt8toi8, 10, 20}, {comn_bittoi8, 11, 20}};
+  for (const Member& member : members) {
+    const std::string to_long = stop_of(member.routine, member.source, CS_LONG_TYPE);
+    const std::string to_other = stop_of(member.routine, member.source, CS_INT_TYPE);
+    EXPECT_TRUE(names_a_family(to_long, "assertion failed")) << member.source;
+    EXPECT_TRUE(names_a_family(to_other, "assertion failed")) << member.source;
+    EXPECT_NE(to_long, to_other) << member.source;
+    EXPECT_EQ(to_other, stop_of(member.routine, member.source, CS_CHAR_TYPE)) << member.source;
+  }
+}
+
+}  // namespace
