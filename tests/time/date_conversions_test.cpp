@@ -5,6 +5,7 @@
 #include <string>
 
 #include "comnlib.h"
+#include "intl/locdata.h"
 
 namespace {
 
@@ -17,11 +18,18 @@ struct Outcome {
   std::string bytes;  // the destination, 300 bytes of '#' beforehand
 };
 
+struct Locales {
+  CS_LOCALE* context = nullptr;
+  CS_LOCALE* destination = nullptr;
+};
+
 template <class Value>
 Outcome convert(CS_CONV_FUNC routine, const Value& value, CS_INT desttype, CS_INT maxlength = 300,
-                CS_INT format = 0) {
+                CS_INT format = 0, const Locales& locales = {}) {
   CS_CONTEXT context{};
   CS_DATAFMT from{}, to{};
+  context.ctxlocale = locales.context;
+  to.locale = locales.destination;
   from.datatype = sizeof(Value) == 8 ? CS_DATETIME_TYPE : CS_DATETIME4_TYPE;
   to.datatype = desttype;
   to.maxlength = maxlength;
@@ -40,88 +48,94 @@ std::string raw(const T& value) {
   return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
+// The bytes that were written, and one behind them that was not.
+void expect(const Outcome& result, CS_RETCODE code, CS_INT length, const std::string& bytes) {
+  EXPECT_EQ(code, result.code) << bytes;
+  EXPECT_EQ(length, result.length) << bytes;
+  EXPECT_EQ(bytes + '#', result.bytes.substr(0, bytes.size() + 1));
+}
+
 TEST(DateConversions, BetweenTheSizes) {
-  const Outcome same = convert(comn_datetodate, kAfternoon, CS_DATETIME_TYPE);
-  EXPECT_EQ(CS_SUCCEED, same.code);
-  EXPECT_EQ(raw(kAfternoon) + "#", same.bytes.substr(0, 9));
-  EXPECT_EQ(8, same.length);
-  const Outcome narrow = convert(comn_datetodate4, kAfternoon, CS_DATETIME4_TYPE, 0);
-  EXPECT_EQ(CS_SUCCEED, narrow.code);
-  EXPECT_EQ(raw(kSmall) + "#", narrow.bytes.substr(0, 5));
-  EXPECT_EQ(4, narrow.length);
-  const Outcome wide = convert(comn_date4todate, kSmall, CS_DATETIME_TYPE);
-  EXPECT_EQ(raw(CS_DATETIME{46205, 905 * 18000}) + "#", wide.bytes.substr(0, 9));
-  EXPECT_EQ(8, wide.length);
-  EXPECT_EQ(raw(kSmall) + "#",
-            convert(comn_date4todate4, kSmall, CS_DATETIME4_TYPE).bytes.substr(0, 5));
-  const Outcome late = convert(comn_datetodate4, CS_DATETIME{65535, 25911000}, CS_DATETIME4_TYPE);
-  EXPECT_EQ(CS_CVT_OVERFLOW, late.code);
-  EXPECT_EQ(0, late.length);
-  EXPECT_EQ('#', late.bytes[0]);
+  expect(convert(comn_datetodate, kAfternoon, CS_DATETIME_TYPE), CS_SUCCEED, 8, raw(kAfternoon));
+  expect(convert(comn_datetodate4, kAfternoon, CS_DATETIME4_TYPE, 0), CS_SUCCEED, 4, raw(kSmall));
+  expect(convert(comn_date4todate, kSmall, CS_DATETIME_TYPE), CS_SUCCEED, 8,
+         raw(CS_DATETIME{46205, 905 * 18000}));
+  expect(convert(comn_date4todate4, kSmall, CS_DATETIME4_TYPE), CS_SUCCEED, 4, raw(kSmall));
+  expect(convert(comn_datetodate4, CS_DATETIME{65535, 25911000}, CS_DATETIME4_TYPE),
+         CS_CVT_OVERFLOW, 0, "");
 }
 
 TEST(DateConversions, ToText) {
+  const std::string text = "Jul  4 2026  3:05PM";
   const struct {
-    const char* label;
     CS_INT datatype, maxlength, format;
     CS_RETCODE code;
     CS_INT length;
     std::string bytes;
   } rows[] = {
-      {"fits", CS_CHAR_TYPE, 19, 0, CS_SUCCEED, 19, "Jul  4 2026  3:05PM#"},
-      {"terminated", CS_TEXT_TYPE, 20, 1, CS_SUCCEED, 20, {"Jul  4 2026  3:05PM\0#", 21}},
-      {"padded", CS_BOUNDARY_TYPE, 21, 4, CS_SUCCEED, 21, "Jul  4 2026  3:05PM  #"},
-      {"no room for the NUL", CS_CHAR_TYPE, 19, 1, CS_CVT_OVERFLOW, 2, {"*\0#", 3}},
-      {"star", CS_LONGCHAR_TYPE, 18, 0, CS_CVT_OVERFLOW, 1, {"*\0#", 3}},
-      {"no room for a star", CS_SENSITIVITY_TYPE, 1, 0, CS_CVT_OVERFLOW, 1, "#"},
-      {"both paddings", CS_CHAR_TYPE, 30, 6, CS_CVT_FORMAT, 19, "Jul  4 2026  3:05PM#"},
+      {CS_CHAR_TYPE, 19, 0, CS_SUCCEED, 19, text},
+      {CS_TEXT_TYPE, 20, CS_DFMT_NULLTERM, CS_SUCCEED, 20, text + '\0'},
+      {CS_BOUNDARY_TYPE, 21, CS_DFMT_PADBLANK, CS_SUCCEED, 21, text + "  "},
+      {CS_CHAR_TYPE, 19, CS_DFMT_NULLTERM, CS_CVT_OVERFLOW, 2, {"*\0", 2}},
+      {CS_LONGCHAR_TYPE, 18, 0, CS_CVT_OVERFLOW, 1, {"*\0", 2}},
+      {CS_SENSITIVITY_TYPE, 1, 0, CS_CVT_OVERFLOW, 1, ""},
+      {CS_CHAR_TYPE, 30, CS_DFMT_PADNULL | CS_DFMT_PADBLANK, CS_CVT_FORMAT, 19, text},
   };
   for (const auto& row : rows) {
-    for (const Outcome& result :
-         {convert(comn_datetochar, kAfternoon, row.datatype, row.maxlength, row.format),
-          convert(comn_date4tochar, kSmall, row.datatype, row.maxlength, row.format)}) {
-      EXPECT_EQ(row.code, result.code) << row.label;
-      EXPECT_EQ(row.length, result.length) << row.label;
-      EXPECT_EQ(row.bytes, result.bytes.substr(0, row.bytes.size())) << row.label;
-    }
+    expect(convert(comn_datetochar, kAfternoon, row.datatype, row.maxlength, row.format), row.code,
+           row.length, row.bytes);
+    expect(convert(comn_date4tochar, kSmall, row.datatype, row.maxlength, row.format), row.code,
+           row.length, row.bytes);
   }
-  const std::string record{"\x13\0Jul  4 2026  3:05PM\0#", 23};
-  for (const Outcome& result : {convert(comn_datetovarchar, kAfternoon, CS_VARCHAR_TYPE, 3),
-                                convert(comn_date4tovarchar, kSmall, CS_VARCHAR_TYPE, 3)}) {
-    EXPECT_EQ(CS_SUCCEED, result.code);
-    EXPECT_EQ(258, result.length);
-    EXPECT_EQ(record, result.bytes.substr(0, record.size()));
-  }
-  const Outcome never = convert(comn_datetochar, CS_DATETIME{3000000, 0}, CS_CHAR_TYPE);
-  EXPECT_EQ(CS_CVT_DOMAIN, never.code);
-  EXPECT_EQ(0, never.length);
-  EXPECT_EQ('#', never.bytes[0]);
-  const Outcome record_never =
-      convert(comn_datetovarchar, CS_DATETIME{3000000, 0}, CS_VARCHAR_TYPE);
-  EXPECT_EQ(CS_CVT_DOMAIN, record_never.code);
-  EXPECT_EQ(258, record_never.length);
-  EXPECT_EQ(std::string(2, '\0'), record_never.bytes.substr(0, 2));
+  const std::string record = std::string("\x13\0", 2) + text + '\0';
+  expect(convert(comn_datetovarchar, kAfternoon, CS_VARCHAR_TYPE, 3), CS_SUCCEED, 258, record);
+  expect(convert(comn_date4tovarchar, kSmall, CS_VARCHAR_TYPE, 3), CS_SUCCEED, 258, record);
+  const CS_DATETIME never{3000000, 0};
+  expect(convert(comn_datetochar, never, CS_CHAR_TYPE), CS_CVT_DOMAIN, 0, "");
+  expect(convert(comn_datetovarchar, never, CS_VARCHAR_TYPE), CS_CVT_DOMAIN, 258,
+         std::string(3, '\0'));
 }
 
 TEST(DateConversions, ToBytes) {
-  const Outcome cut = convert(comn_datetobin, kAfternoon, CS_BINARY_TYPE, 5);
-  EXPECT_EQ(CS_CVT_TRUNCATED, cut.code);
-  EXPECT_EQ(raw(kAfternoon).substr(0, 5) + "#", cut.bytes.substr(0, 6));
-  const Outcome padded = convert(comn_date4tobin, kSmall, CS_IMAGE_TYPE, 6, CS_DFMT_PADNULL);
-  EXPECT_EQ(6, padded.length);
-  EXPECT_EQ(raw(kSmall) + std::string("\0\0#", 3), padded.bytes.substr(0, 7));
-  EXPECT_EQ(std::string("\x08\0", 2) + raw(kAfternoon),
-            convert(comn_datetovarbin, kAfternoon, CS_VARBINARY_TYPE).bytes.substr(0, 10));
-  EXPECT_EQ(258, convert(comn_date4tovarbin, kSmall, CS_VARBINARY_TYPE).length);
+  expect(convert(comn_datetobin, kAfternoon, CS_BINARY_TYPE, 5), CS_CVT_TRUNCATED, 5,
+         raw(kAfternoon).substr(0, 5));
+  expect(convert(comn_date4tobin, kSmall, CS_IMAGE_TYPE, 6, CS_DFMT_PADNULL), CS_SUCCEED, 6,
+         raw(kSmall) + std::string(2, '\0'));
+  expect(convert(comn_datetovarbin, kAfternoon, CS_VARBINARY_TYPE), CS_SUCCEED, 258,
+         std::string("\x08\0", 2) + raw(kAfternoon));
+  expect(convert(comn_date4tovarbin, kSmall, CS_VARBINARY_TYPE), CS_SUCCEED, 258,
+         std::string("\x04\0", 2) + raw(kSmall));
 }
 
 TEST(DateConversions, TellTheStyle) {
-  for (const CS_INT datatype : {CS_CHAR_TYPE, CS_VARCHAR_TYPE, CS_UNICHAR_TYPE}) {
-    const Outcome result = convert(comn_get_datetochar_fmt, kSmall, datatype, 0);
-    EXPECT_EQ(CS_SUCCEED, result.code);
-    EXPECT_EQ(4, result.length);
-    EXPECT_EQ(raw(CS_INT{COM_DATESTYLE_DEFAULT}) + "#", result.bytes.substr(0, 5));
+  for (const CS_INT datatype : {CS_CHAR_TYPE, CS_VARCHAR_TYPE, CS_UNICHAR_TYPE})
+    expect(convert(comn_get_datetochar_fmt, kSmall, datatype, 0), CS_SUCCEED, 4,
+           raw(CS_INT{COM_DATESTYLE_DEFAULT}));
+}
+
+TEST(DateConversions, FollowTheDestinationsLocaleOrElseTheContexts) {
+  CsDateInfo iso{}, odd{};
+  iso.conventions = odd.conventions = comnlib::kUsEnglish;
+  iso.conventions.style = COM_DATESTYLE_ISO;
+  odd.conventions.style = 9;
+  CsLocCache entries[3] = {};
+  CS_LOCALE locales[4] = {};
+  for (int i = 0; i < 3; ++i) locales[i].timeptr = &entries[i];
+  entries[0].locdateinfo = &iso;
+  entries[1].locdateinfo = &odd;
+  CS_LOCALE *const in_iso = &locales[0], *const in_odd = &locales[1];
+  const std::string iso_text = "2026-07-04T15:05:00.000", text = "Jul  4 2026  3:05PM";
+  for (const Locales& use : {Locales{in_iso, nullptr}, Locales{in_odd, in_iso}}) {
+    expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, use), CS_SUCCEED, 23, iso_text);
+    expect(convert(comn_get_datetochar_fmt, kSmall, CS_CHAR_TYPE, 300, 0, use), CS_SUCCEED, 4,
+           raw(CS_INT{COM_DATESTYLE_ISO}));
   }
+  for (CS_LOCALE* nothing_loaded : {&locales[2], &locales[3]})
+    expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, {in_iso, nothing_loaded}),
+           CS_SUCCEED, 19, text);
+  expect(convert(comn_date4tochar, kSmall, CS_CHAR_TYPE, 300, 0, {in_odd}), CS_CVT_STYLE, 0, "");
+  expect(convert(comn_get_datetochar_fmt, kSmall, CS_CHAR_TYPE, 300, 0, {in_odd}), CS_CVT_STYLE, 4,
+         raw(CS_INT{9}));
 }
 
 TEST(DateConversionsDeathTest, StopsOnWrongDatatypes) {

@@ -1,10 +1,10 @@
-// Datetime text: what is accepted and refused, what is written, and that each reads the other.
+// Datetime text: what is accepted, refused and written. That each reads the other is fuzzed.
 #include "time/datetext.h"
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
-#include <vector>
 
 #include "time/datetime.h"
 
@@ -13,6 +13,7 @@ namespace {
 
 constexpr auto kFrench = [] {
   DateConventions french = kUsEnglish;
+  french.months[0] = french.short_months[0] = "1\xB0 mois";
   french.months[1] = "f\xE9vrier";
   french.short_months[1] = "f\xE9vr.";
   french.am = "am";
@@ -37,83 +38,65 @@ std::string written(const CS_DATETIME& dt, const DateConventions& conventions) {
   return {room, result.length};
 }
 
-std::string read(std::string_view text, const DateConventions& conventions) {
+std::string read(const std::string& text, const DateConventions& conventions) {
   const ParsedDate result = parse_datetime(text, conventions);
+  // A blank in front keeps the text off the path of ISO timestamps, and changes nothing else.
+  const ParsedDate slow = parse_datetime(' ' + text, conventions);
+  EXPECT_EQ(slow.status, result.status) << text;
+  EXPECT_EQ(0, com__datecmp(&slow.value, &result.value)) << text;
   if (result.status == DateText::syntax) return "syntax";
   if (result.status == DateText::overflow) return "overflow";
   return written(result.value, with(DateOrder::month_day_year, COM_DATESTYLE_ISO));
 }
 
+// Texts stand between bars.
+void expect_all(const std::string& expected, const char* texts) {
+  std::istringstream in(texts);
+  for (std::string text; std::getline(in, text, '|');)
+    EXPECT_EQ(expected, read(text, kUsEnglish)) << text;
+}
+
 TEST(DateText, ReadsTheAcceptedForms) {
   const struct {
     const char* iso;
-    std::vector<const char*> texts;
+    const char* texts;
   } rows[] = {
-      {"1900-01-01T00:00:00.000", {"", " \t\r\n", "12:00AM", "0:0:0.001666666"}},
+      {"1900-01-01T00:00:00.000", "| \t\r\n|12:00AM|0:0:0.001666666"},
       {"2026-07-04T00:00:00.000",
-       {"Jul 4 2026", " JULY 4, 2026 ", "4 july 2026", "2026 Jul 4", "2026 4 Jul", "4 2026 Jul",
-        "4-Jul-2026", "4Jul26", "7/4/2026", "07-04-26", "2026/7/4", "2026-07-04", "260704"}},
-      {"1999-05-31T00:00:00.000", {"may 31 99", "99 may 31"}},
-      {"2003-01-05T00:00:00.000", {"Jan 5 03", "Jan 03 5", "Jan 05 03"}},
-      {"2026-07-04T15:05:00.000", {"Jul  4 2026  3:05PM", "2026-07-04 15:05", "20260704 3:05pm"}},
-      {"2049-07-04T01:02:00.000", {"7.4.49 1:02"}},
-      {"1950-07-04T00:00:00.000", {"7.4.50"}},
-      {"2026-07-04T15:05:09.250", {"2026-07-04T15:05:09.25"}},
-      {"2026-07-04T15:05:09.000", {"20260704T15:05:09"}},
-      {"2026-01-01T00:00:00.000", {"2026"}},
-      {"2026-01-01T15:05:00.000", {"2026 15:05"}},
-      {"1753-01-01T00:00:00.000", {"17530101"}},
-      {"9999-12-31T23:59:59.996", {"12/31/9999 23:59:59.999999999"}},
-      {"1900-01-01T12:30:00.000", {"12:30 pm"}},
-      {"1900-01-01T01:02:03.003", {"1:2:3:4"}},
-      {"1900-01-01T13:02:03.046", {"1:2:3:45PM"}},
-      {"1900-01-01T01:02:03.400", {"01:02:03.4"}},
-      {"1900-01-01T00:00:00.003", {"0:0:0.001666667"}},
-      {"1900-01-01T00:00:00.996", {"0:0:0:999"}},
+       "Jul 4 2026| JULY 4, 2026 |4 july 2026|2026 Jul 4|2026 4 Jul|4 2026 Jul|4-Jul-2026|4Jul26|"
+       "7/4/2026|07-04-26|2026/7/4|2026-07-04|260704|2026-07-04 00:00:00"},
+      {"1999-05-31T00:00:00.000", "may 31 99|99 may 31"},
+      {"2003-01-05T00:00:00.000", "Jan 5 03|Jan 03 5|Jan 05 03"},
+      {"2026-07-04T15:05:00.000", "Jul  4 2026  3:05PM|2026-07-04 15:05|20260704 3:05pm"},
+      {"2049-07-04T01:02:00.000", "7.4.49 1:02"},
+      {"1950-07-04T00:00:00.000", "7.4.50"},
+      {"2026-07-04T15:05:09.250", "2026-07-04T15:05:09.25|2026-07-04 3:05:09:250PM"},
+      {"2026-07-04T15:05:09.000", "20260704T15:05:09|2026-07-04T15:05:09|2026-07-04T15:05:09 "},
+      {"2026-01-01T00:00:00.000", "2026|2026 0:00"},
+      {"1753-01-01T00:00:00.000", "17530101|1753-01-01 00:00:00.001666666"},
+      {"9999-12-31T23:59:59.996", "12/31/9999 23:59:59.999999999|9999-12-31T23:59:59.9985"},
+      {"1900-01-01T12:30:00.000", "12:30 pm"},
+      {"1900-01-01T01:02:03.003", "1:2:3:4|01:02:03.004"},
+      {"1900-01-01T13:02:03.046", "1:2:3:45PM"},
+      {"1900-01-01T00:00:00.003", "0:0:0.001666667"},
+      {"1900-01-01T00:00:00.996", "0:0:0:999|0:0:0.999"},
   };
-  for (const auto& row : rows) {
-    for (const char* text : row.texts) EXPECT_EQ(row.iso, read(text, kUsEnglish)) << text;
-  }
+  for (const auto& row : rows) expect_all(row.iso, row.texts);
 }
 
 TEST(DateText, TellsWhatDoesNotExistFromWhatIsNoDate) {
-  const char* const overflows[] = {"2/29/1900", "Feb 30 2000", "13/1/2000", "1/0/2000",
-                                   "20261301",  "1752-12-31",  "0000",      "24:00",
-                                   "12:60",     "12:00:60",    "13:00PM",   "0:30AM"};
-  const char* const faults[] = {"tomorrow",
-                                "2/30/2000 x",
-                                "Jul 4",
-                                "July 2026",
-                                "Jul 4 5",
-                                "Juli 4 2026",
-                                "Jul Jul 2026",
-                                "Jul 2025 2026",
-                                "Jul 004 2026",
-                                "Jul 4 2026T15:05",
-                                "7/4-2026",
-                                "7/4",
-                                "7/4/2026/1",
-                                "7/2026/4",
-                                "7/4/026",
-                                "-7/4/2026",
-                                "2026-07-04T",
-                                "2026-07-04T ",
-                                "2026-07-0415:05",
-                                "12345",
-                                "99999999999999999999",
-                                "12:",
-                                ":30",
-                                "10PM",
-                                "12:30.5",
-                                "12:30:00.",
-                                "12:30:00.1234567890",
-                                "12:30:00:1000",
-                                "012:30",
-                                "12:30 PMX",
-                                "12:30 2026"};
-  for (const char* text : overflows) EXPECT_EQ("overflow", read(text, kUsEnglish)) << text;
-  for (const char* text : faults) EXPECT_EQ("syntax", read(text, kUsEnglish)) << text;
-  EXPECT_EQ("syntax", read(std::string_view("2026\0", 5), kUsEnglish));
+  expect_all("overflow",
+             "2/29/1900|Feb 30 2000|13/1/2000|1/0/2000|20261301|1752-12-31|0000|24:00|12:60|"
+             "12:00:60|13:00PM|0:30AM|2026-02-29T00:00:00|2026-01-01T24:00:00|"
+             "2026-01-01T00:60:00|2026-01-01T00:00:60|10000101|1752-12-31T00:00:00");
+  expect_all("syntax",
+             "tomorrow|2/30/2000 x|Jul 4|July 2026|Jul 4 5|Juli 4 2026|Jul Jul 2026|Jul 2025 2026|"
+             "Jul 004 2026|Jul 4 2026T15:05|7/4-2026|7/4|7/4/2026/1|7/2026/4|7/4/026|-7/4/2026|"
+             "2026-07-04T|2026-07-04T |2026-07-0415:05|12345|99999999999999999999|12:|:30|10PM|"
+             "12:30.5|12:30:00.|12:30:00.1234567890|12:30:00:1000|012:30|12:30 PMX|12:30 2026|"
+             "2026-07-04T15:05:09Z|2026-07-04T15:05:09.|2026-07-04T15:05:0x|2026-07-04T15-05:09|"
+             "2026-07-04T15:05-09|2026-0a-04T15:05:09|2026-07-04t15:05:09|2026-07-04T15:05:09.25x");
+  EXPECT_EQ("syntax", read(std::string("2026\0", 5), kUsEnglish));
 }
 
 TEST(DateText, FollowsTheLocalesOrderAndNames) {
@@ -135,6 +118,8 @@ TEST(DateText, FollowsTheLocalesOrderAndNames) {
       {"4 F\xE9vrier 2026", kFrench, "2026-02-04T00:00:00.000"},
       {"4 f\xE9vr. 2026 3:05apr\xE8s", kFrench, "2026-02-04T15:05:00.000"},
       {"4 Feb 2026", kFrench, "syntax"},
+      {"4 1\xB0 mois 2026", kFrench, "2026-01-04T00:00:00.000"},
+      {"4-1\xB0 MOIS-2026", kFrench, "2026-01-04T00:00:00.000"},
   };
   for (const auto& row : rows) EXPECT_EQ(row.iso, read(row.text, row.conventions)) << row.text;
 }
@@ -177,22 +162,6 @@ TEST(DateText, WritesEachStyle) {
   char room[19];
   EXPECT_EQ(DateText::done, format_datetime(zero, kUsEnglish, room).status);
   EXPECT_EQ(DateText::style, format_datetime(zero, kUsEnglish, std::span(room, 18)).status);
-}
-
-TEST(DateText, EveryTickOfASecondAndEveryOrderReadsItself) {
-  for (int order = 0; order < 6; ++order) {
-    for (const CS_INT style : {COM_DATESTYLE_LONG, COM_DATESTYLE_ISO}) {
-      const auto conventions = with(static_cast<DateOrder>(order), style);
-      for (CS_INT i = 0; i < 3000; ++i) {
-        const CS_DATETIME dt{COM_DTDAYS_MIN + i * 1004,
-                             i % 24 * kTicksPerHour + i * 7 % kTicksPerHour};
-        const std::string text = written(dt, conventions);
-        const ParsedDate again = parse_datetime(text, conventions);
-        ASSERT_EQ(DateText::done, again.status) << text;
-        ASSERT_EQ(0, com__datecmp(&dt, &again.value)) << text;
-      }
-    }
-  }
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 // style.
 #include "conv/com_date.h"
 
+#include "comnlib/locale.h"
+#include "intl/locdata.h"
+
 namespace comnlib {
 namespace {
 
@@ -17,9 +20,10 @@ constexpr bool is_style(CS_INT style) {
 }  // namespace
 
 const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  static_cast<void>(context);
-  static_cast<void>(format);
-  return kUsEnglish;
+  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  if (locale == nullptr || locale->timeptr == nullptr) return kUsEnglish;
+  const CsDateInfo* loaded = locale->timeptr->locdateinfo;
+  return loaded == nullptr ? kUsEnglish : loaded->conventions;
 }
 
 CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {

@@ -198,14 +198,10 @@ bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& re
   CS_INT month = 0;
   for (std::size_t element = 0; element < 3; ++element) {
     if (element != 0) skip_between(in);
-    if (is_digit(in.peek())) {
-      if (found == 2 || in.at_time()) return false;
-      numbers[found++] = in.number();
-    } else {
-      if (month != 0) return false;
-      month = scan_month(in, conventions);
-      if (month == 0) return false;
-    }
+    // The name first: some locales' names begin with a digit.
+    if (month == 0 && (month = scan_month(in, conventions)) != 0) continue;
+    if (found == 2 || !is_digit(in.peek()) || in.at_time()) return false;
+    numbers[found++] = in.number();
   }
   const bool day_first = day_comes_first(numbers[0], numbers[1], conventions.order);
   const Number& year = numbers[day_first ? 1 : 0];
@@ -214,7 +210,7 @@ bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& re
 }
 
 // "yyyymmdd", "yymmdd" or "yyyy".
-bool scan_compact_date(Cursor& in, Reading& reading) {
+bool scan_compact_date(Cursor& in, const DateConventions&, Reading& reading) {
   const Number number = in.number();
   if (number.is_full_year()) return reading.set_date(number, {1, 2}, {1, 2});
   if (number.digits != 6 && number.digits != 8) return false;
@@ -224,17 +220,15 @@ bool scan_compact_date(Cursor& in, Reading& reading) {
 }
 
 bool scan_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
-  Cursor ahead = in;
-  if (ahead.number().digits != 0 && is_separator(ahead.peek())) {
-    ahead.skip(1);
-    if (is_digit(ahead.peek())) return scan_numeric_date(in, conventions, reading);
-  }
-  ahead = in;
-  if (scan_named_date(ahead, conventions, reading)) {
+  for (auto* const form : {scan_numeric_date, scan_named_date, scan_compact_date}) {
+    Cursor ahead = in;
+    Reading attempt;
+    if (!form(ahead, conventions, attempt)) continue;
     in = ahead;
+    reading = attempt;
     return true;
   }
-  return scan_compact_date(in, reading);
+  return false;
 }
 
 constexpr auto kPowersOf10 = [] {
@@ -346,16 +340,16 @@ bool read_iso(const char* text, Reading& reading) {
   const auto layout =
       _mm_setr_epi8('y', 'y', 'y', 'y', '-', 'm', 'm', '-', 'd', 'd', 'T', 'h', 'h', ':', 'm', 'm');
   const auto values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
-  const auto is_digit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+  const auto digit_mask = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
   const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, layout));
   const int tens_of_second = text[17] - '0';
   const int ones_of_second = text[18] - '0';
-  if (_mm_movemask_epi8(is_digit) != kDigits || (found & kSeparators) != kSeparators ||
+  if (_mm_movemask_epi8(digit_mask) != kDigits || (found & kSeparators) != kSeparators ||
       (text[10] != 'T' && text[10] != ' ') || text[16] != ':' || !is_digit_value(tens_of_second) ||
       !is_digit_value(ones_of_second))
     return false;
   // Byte i of pairs: digit i times 10 plus digit i + 1. Zeros for the rest keep the shifts apart.
-  const auto digits = _mm_and_si128(values, is_digit);
+  const auto digits = _mm_and_si128(values, digit_mask);
   const auto tens = _mm_add_epi8(_mm_slli_epi16(digits, 1), _mm_slli_epi16(digits, 3));
   const auto pairs = _mm_add_epi8(tens, _mm_srli_si128(digits, 1));
   reading.year = (_mm_extract_epi16(pairs, 0) & 0xFF) * 100 + (_mm_extract_epi16(pairs, 1) & 0xFF);
@@ -367,8 +361,7 @@ bool read_iso(const char* text, Reading& reading) {
   return true;
 }
 
-// What follows the seconds to the end of the text: nothing, or a point and a fraction; -1 for
-// anything else.
+// What follows the seconds to the end of the text as ticks: a point and a fraction, or else -1.
 [[gnu::noinline]] CS_INT read_iso_fraction(std::string_view text) {
   Cursor in(text);
   if (!in.take('.')) return -1;
