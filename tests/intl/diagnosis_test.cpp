@@ -97,14 +97,14 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   const intl_host::ShippedHome home;
   intl_host::Context context;
   char path[200] = "";
-  EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(&context, "us", 2, "cslib.loc", 9, path, 200));
-  EXPECT_EQ(CS_FAIL, com__verify_msgfile(&context, "us", 2, "none.loc", 8, path, 200));
-  EXPECT_EQ(CS_SUCCEED, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, 200));
+  EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
+  EXPECT_EQ(CS_FAIL, com__verify_msgfile(context, "us", 2, "none.loc", 8, path, 200));
+  EXPECT_EQ(CS_SUCCEED, com__verify_charfile(context, "utf8", "utf8", "cfg", path, 200));
   const auto exact = static_cast<CS_INT>(std::string(path).size());
-  EXPECT_EQ(CS_FAIL, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, exact))
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact))
       << "no room for its NUL";
   EXPECT_STREQ("*", path);
-  EXPECT_EQ(CS_FAIL, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, exact - 1));
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact - 1));
   EXPECT_STREQ("*", path);
 
   ASSERT_EQ(CS_SUCCEED, context.init());
@@ -112,9 +112,9 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   ASSERT_EQ(CS_SUCCEED, context.load("french", &entry));
   CS_LOCALE locale{};
   locale.messageptr = entry;
-  EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(&context, &locale, "common.loc", path, 200));
+  EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(context, &locale, "common.loc", path, 200));
   EXPECT_NE(std::string::npos, std::string(path).find("/message/french/common.loc"));
-  EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(&context, &locale, "other.loc", path, 200));
+  EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(context, &locale, "other.loc", path, 200));
 }
 
 // The tool names every fault of a home, each file by itself.

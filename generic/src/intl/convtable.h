@@ -32,8 +32,6 @@ struct ConvTable {
   PagedTable pairs;                   // code unit of lead byte * 256 + second byte
   PagedTable reverse;  // of a code unit: a single byte, or lead byte * 256 + second byte
   ConvTable* next;
-
-  bool is_lead(CS_BYTE byte) const { return pairs.rows[byte] != 0; }
 };
 
 // The table of a character set, from the context's or else from charsets/<charset>/<table>.ctb.
