@@ -93,12 +93,23 @@ TEST(MoneyConversion, ToLongIsNoEntryButConverts) {
   EXPECT_EQ(nullptr, com_conv_func(&context, CS_MONEY4_TYPE, CS_LONG_TYPE));
   const CS_DATAFMT from = format_of(CS_MONEY_TYPE);
   const CS_DATAFMT to = format_of(CS_LONG_TYPE, 8);
-  const CS_MONEY m = wide(INT64_MIN);
-  std::int64_t value = 0;
-  CS_INT length = 0;
-  EXPECT_EQ(CS_SUCCEED, comn_moneytoi8(&context, &from, &m, &to, &value, &length));
-  EXPECT_EQ(-922337203685477, value);
-  EXPECT_EQ(8, length);
+  const struct {
+    std::int64_t amount, value;
+  } rows[] = {
+      {INT64_MIN, -922337203685477},
+      {-5000, -1},
+      // The low half of the integer part is zero here too.
+      {-42949672965000, -4294967297},
+      {-42949672964999, -4294967296},
+  };
+  for (const auto& row : rows) {
+    const CS_MONEY m = wide(row.amount);
+    std::int64_t value = 0;
+    CS_INT length = 0;
+    EXPECT_EQ(CS_SUCCEED, comn_moneytoi8(&context, &from, &m, &to, &value, &length));
+    EXPECT_EQ(row.value, value);
+    EXPECT_EQ(8, length);
+  }
 }
 
 TEST(MoneyConversion, ToNumericRescales) {
