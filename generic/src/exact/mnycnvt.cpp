@@ -5,6 +5,7 @@
 #include <bit>
 #include <limits>
 
+#include "diag/diag.h"
 #include "exact/cvtmny.h"
 #include "exact/mnymath.h"
 #include "exact/numeaux.h"
@@ -192,6 +193,7 @@ CS_CHAR* com__mnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT buflen, CS_INT f
 
 CS_INT com__mnyfromchar_mb(CS_MONEY* m, const CS_CHAR* text, CS_INT length, CS_INT /*flags*/,
                            const char_attrib* charset) {
+  require(length >= 0);
   const Parsed parsed = parse({text, static_cast<std::size_t>(length)}, charset);
   *m = record(parsed.value);
   return parsed.status;
