@@ -23,20 +23,17 @@ TEST(Null, DefaultsOfTheBuiltInTypes) {
   } rows[] = {{{0, 2, 4, 21, 22}, 0, 1}, {{1, 3, 5}, 0, 2},      {{6, 11}, 1, 3},
               {{7, 24}, 2, 3},           {{8, 9, 20, 23}, 4, 3}, {{10, 12, 13, 14, 15}, 8, 3},
               {{16, 17}, 35, 3},         {{18, 19}, 258, 3},     {{25}, 1, 4}};
-  std::size_t seen = 0;
   for (const auto& row : rows) {
+    std::string expected(static_cast<std::size_t>(row.size), '\0');
+    if (row.size == 35) expected[0] = 18;
     for (const CS_INT type : row.types) {
       const CsDefVal& entry = context.ctxnulls.nullvals[type];
       EXPECT_EQ(row.size, entry.dvsize) << type;
       EXPECT_EQ(row.padtype, entry.dvpadtype) << type;
       ASSERT_NE(nullptr, entry.dventity) << type;
-      std::string expected(static_cast<std::size_t>(row.size), '\0');
-      if (row.size == 35) expected[0] = 18;
       EXPECT_EQ(expected, std::string(static_cast<char*>(entry.dventity), expected.size())) << type;
-      ++seen;
     }
   }
-  EXPECT_EQ(std::size_t{CS_BUILTIN_TYPES}, seen);
 }
 
 TEST(Null, ValuesAreCutAndPadded) {
