@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "conv/conversion.h"
-#include "support/host_alloc.h"
 
 namespace {
 
@@ -135,24 +134,6 @@ TEST(UserConversions, ReplaceBuiltInPairsOfOneContext) {
   EXPECT_EQ(nullptr, context.ctxusrcvttbl);
   EXPECT_EQ(nullptr, com_conv_func(&context, -1, 0));
   EXPECT_EQ(nullptr, com_conv_func(&context, 30, -1));
-}
-
-TEST(Conversions, FailedAllocationsLoseNothing) {
-  const std::size_t before = host_alloc::live_blocks();
-  const std::size_t count = host_alloc::sweep([&](auto failed) {
-    CS_CONTEXT context{};
-    CS_RETCODE code = com_conv_init(&context);
-    const CS_INT sources[] = {30, 30, 31};
-    for (CS_INT destination = 0; destination < 3 && code == CS_SUCCEED; ++destination)
-      code = com_conv_install(&context, sources[destination], destination, first);
-    EXPECT_EQ(failed() ? CS_MEM_ERROR : CS_SUCCEED, code);
-    EXPECT_EQ(CS_SUCCEED, com_conv_free(&context));
-    EXPECT_EQ(nullptr, context.ctxcvttbl.cvttbl);
-    EXPECT_EQ(0, context.ctxcvttbl.cvtdim);
-    EXPECT_EQ(nullptr, context.ctxusrcvttbl);
-    EXPECT_EQ(before, host_alloc::live_blocks());
-  });
-  EXPECT_EQ(4U, count);
 }
 
 TEST(TypeLength, FixedOrTheCallers) {
