@@ -16,8 +16,8 @@ namespace {
 struct Destinations {
   CS_CONV_FUNC character = nullptr;           // 0, 2, 4
   CS_CONV_FUNC binary = nullptr;              // 1, 3, 5
-  CS_CONV_FUNC text = nullptr;                // 4, where it differs from the other characters
-  CS_CONV_FUNC image = nullptr;               // 5, where it differs from the other binaries
+  CS_CONV_FUNC text = character;              // 4, where it differs from the other characters
+  CS_CONV_FUNC image = binary;                // 5, where it differs from the other binaries
   std::array<CS_CONV_FUNC, 3> integer = {};   // 6, 7, 8
   std::array<CS_CONV_FUNC, 2> floating = {};  // 9, 10
   CS_CONV_FUNC bit = nullptr;                 // 11
@@ -131,8 +131,7 @@ using Matrix = std::array<CS_CONV_FUNC, CS_BUILTIN_TYPES * CS_BUILTIN_TYPES>;
 // The destination codes in order, each with the column that serves it.
 constexpr std::array<CS_CONV_FUNC, CS_BUILTIN_TYPES> row_of(const Destinations& to) {
   // clang-format off
-  return {to.character, to.binary, to.character, to.binary,
-          to.text != nullptr ? to.text : to.character, to.image != nullptr ? to.image : to.binary,
+  return {to.character, to.binary, to.character, to.binary, to.text, to.image,
           to.integer[0], to.integer[1], to.integer[2], to.floating[0], to.floating[1], to.bit,
           to.datetime[0], to.datetime[1], to.money[0], to.money[1], to.numeric, to.numeric,
           to.varchar, to.varbinary, to.long_integer, to.sensitivity, to.boundary,
