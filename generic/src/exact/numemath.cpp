@@ -10,26 +10,6 @@ namespace {
 // Bytes that dividend, quotient and one more may take together in a division.
 constexpr std::size_t kDivisionRoom = 132;
 
-// 10^change, where changes beyond the powers of ten are overflow and dropped nonzero digits are
-// truncation.
-CS_INT scale_by(Magnitude& value, int change) {
-  if (change > CS_MAX_SCALE || change < -CS_MAX_SCALE) return kExactOverflow;
-  if (change > 0) scale_up(value, change);
-  if (change < 0 && scale_down(value, -change)) return kExactTruncated;
-  return kExactOk;
-}
-
-// The last step of a signed operation: to the result's scale, then checked against its precision
-// and length. Overflow clears the result.
-CS_INT finish(Number& number, int change, constant& result) {
-  const CS_INT status = scale_by(number.magnitude, change);
-  if (status == kExactOverflow || exceeds(number.magnitude, result.prec) ||
-      !fits(number.magnitude, result))
-    return overflow(result);
-  write(number.magnitude, number.negative, result);
-  return status;
-}
-
 // Unsigned long division within the room that there is for it; the divisor is not zero.
 CS_INT divide_within_room(Limbs dividend, Limbs divisor, Magnitude& quotient,
                           Magnitude& remainder) {
@@ -49,35 +29,6 @@ Limb remove_digits(Magnitude& value, int digits) {
 }
 
 }  // namespace
-
-CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn, constant& result) {
-  const bool b_counts_negative = b.negative != (opn != 0);
-  if (a.negative == b_counts_negative) {
-    add(a.magnitude, b.magnitude, a.magnitude);
-  } else {
-    const int order = compare(a.magnitude, b.magnitude);
-    if (order == 0) {
-      clear(result);
-      return kExactOk;
-    }
-    if (order < 0) {
-      subtract(b.magnitude, a.magnitude, a.magnitude);
-      a.negative = b_counts_negative;
-      scale_a = scale_b;
-    } else {
-      subtract(a.magnitude, b.magnitude, a.magnitude);
-    }
-  }
-  if (!fits(a.magnitude, result)) return overflow(result);
-  return finish(a, result.scale - scale_a, result);
-}
-
-CS_INT rescale(Magnitude& value, int change, int precision, std::size_t length) {
-  if (byte_length(value) >= length) return kExactOverflow;
-  const CS_INT status = scale_by(value, change);
-  if (status != kExactOk) return status;
-  return exceeds(value, precision) || byte_length(value) >= length ? kExactOverflow : kExactOk;
-}
 
 }  // namespace comnlib
 
