@@ -3,10 +3,13 @@
 #define COMNLIB_H
 
 #include "comnlib/charset.h"
+#include "comnlib/config.h"
 #include "comnlib/context.h"
 #include "comnlib/convert.h"
+#include "comnlib/datetime.h"
 #include "comnlib/diag.h"
 #include "comnlib/list.h"
+#include "comnlib/locale.h"
 #include "comnlib/memory.h"
 #include "comnlib/money.h"
 #include "comnlib/numeric.h"

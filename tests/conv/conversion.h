@@ -60,13 +60,15 @@ struct Result {
 };
 
 // Source and destination stand at odd addresses, as in a host's row buffer.
-inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
+inline Result convert(Context& context, const CS_DATAFMT& from, const void* value, std::size_t size,
                       const CS_DATAFMT& to) {
-  const auto room = static_cast<std::size_t>(comn_typelen(to.datatype, to.maxlength));
+  const CS_INT srctype = from.datatype;
+  const CS_INT length =
+      to.datatype == CS_UNICHAR_TYPE ? to.maxlength : comn_typelen(to.datatype, to.maxlength);
+  const auto room = static_cast<std::size_t>(length);
   std::vector<CS_BYTE> source(size + 1);
   std::memcpy(source.data() + 1, value, size);
   std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);
-  const CS_DATAFMT from = format_of(srctype);
   const CS_DATAFMT to_before = to;
 
   Result result;
@@ -78,6 +80,11 @@ inline Result convert(Context& context, CS_INT srctype, const void* value, std::
   result.bytes.assign(dest.begin() + 1, dest.end());
   EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;
   return result;
+}
+
+inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
+                      const CS_DATAFMT& to) {
+  return convert(context, format_of(srctype), value, size, to);
 }
 
 template <class T>

@@ -64,7 +64,8 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
 /*
  * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
- * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks.
+ * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks, up to
+ * destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
  * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
@@ -289,8 +290,8 @@ COMN_CONVERSION(comn_numtovarbin);
  * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
  * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
  *                    destination of CS_LONG_TYPE; it is in no matrix.
- * toflt4, toflt8     The nearest value that the formula high * 429496.7296 + low / 10000 gives in
- *                    doubles, for small money mny4 / 10000.
+ * toflt4, toflt8     mnyhigh * 429496.7296 + mnylow / 10000 in doubles, for small money
+ *                    mny4 / 10000; toflt4 rounds that to a single.
  * tobit              1 for every value but zero.
  * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
  *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped
@@ -331,6 +332,161 @@ COMN_CONVERSION(comn_mny4tochar);
 COMN_CONVERSION(comn_mny4tobin);
 COMN_CONVERSION(comn_mny4tovarchar);
 COMN_CONVERSION(comn_mny4tovarbin);
+
+/*
+ * From the binary family (bin; image is one of it) and CS_VARBINARY (varbin). A varbinary whose
+ * `len` is outside 0..256 gives CS_CVT_DOMAIN, with length 0.
+ *
+ * tochar, tovarchar, tounichar   Two hexadecimal digits a byte, upper-case letters, no prefix. What
+ *                                does not fit is cut to whole bytes, with CS_CVT_TRUNCATED.
+ * tobin, tovarbin                Copied; cut with CS_CVT_TRUNCATED when the destination is smaller.
+ * all others                     The bytes are the value's stored bytes. Missing ones are zero.
+ *                                Surplus bytes that are not zero give CS_CVT_OVERFLOW, the leading
+ *                                ones stored. A bit other than 0 and 1 and an invalid numeric give
+ *                                CS_CVT_DOMAIN, and nothing is written.
+ */
+COMN_CONVERSION(comn_bintobit);
+COMN_CONVERSION(comn_bintoi1);
+COMN_CONVERSION(comn_bintoi2);
+COMN_CONVERSION(comn_bintoi4);
+COMN_CONVERSION(comn_bintoflt4);
+COMN_CONVERSION(comn_bintoflt8);
+COMN_CONVERSION(comn_bintonum);
+COMN_CONVERSION(comn_bintomny4);
+COMN_CONVERSION(comn_bintomoney);
+COMN_CONVERSION(comn_bintodatetime);
+COMN_CONVERSION(comn_bintodate4);
+COMN_CONVERSION(comn_bintochar);
+COMN_CONVERSION(comn_bintobin);
+COMN_CONVERSION(comn_bintovarchar);
+COMN_CONVERSION(comn_bintovarbin);
+COMN_CONVERSION(comn_bintounichar);
+COMN_CONVERSION(comn_imagetounichar);
+
+COMN_CONVERSION(comn_varbintobit);
+COMN_CONVERSION(comn_varbintoi1);
+COMN_CONVERSION(comn_varbintoi2);
+COMN_CONVERSION(comn_varbintoi4);
+COMN_CONVERSION(comn_varbintoflt4);
+COMN_CONVERSION(comn_varbintoflt8);
+COMN_CONVERSION(comn_varbintonum);
+COMN_CONVERSION(comn_varbintomny4);
+COMN_CONVERSION(comn_varbintomoney);
+COMN_CONVERSION(comn_varbintodatetime);
+COMN_CONVERSION(comn_varbintodate4);
+COMN_CONVERSION(comn_varbintochar);
+COMN_CONVERSION(comn_varbintobin);
+COMN_CONVERSION(comn_varbintovarchar);
+COMN_CONVERSION(comn_varbintovarbin);
+COMN_CONVERSION(comn_varbintounichar);
+
+/*
+ * From the character family (char), CS_VARCHAR (varchar) and CS_UNICHAR (unichar). Character data
+ * is in the character set of the source format's locale, else of the context's; with neither, every
+ * byte is a character. A character source has a maxlength of at least 1. A varchar whose `len` is
+ * outside 0..256 gives CS_CVT_DOMAIN; UTF-16 of odd length or with an unpaired surrogate gives
+ * CS_CVT_BADXLATE; both with length 0. Text that is no literal of the destination's type gives
+ * CS_CVT_SYNTAX with length 0, and nothing is written. Digits, signs and points are recognised by
+ * their ASCII form, full-width ones included. Blanks may stand around every literal but binary's.
+ *
+ * toi1, toi2, toi4, toi8   A sign, then digits. A value outside the range stores the limit that it
+ *                          passed, with CS_CVT_OVERFLOW. Only unichartoi8 converts, to eight bytes;
+ *                          chartoi8 and varchartoi8 stop the process.
+ * tobit                    As toi4; 1 for every value but zero.
+ * toflt4, toflt8           A decimal literal with optional point and exponent, or inf or nan; a NUL
+ *                          ends the text. CS_CVT_OVERFLOW stores the largest value of the sign,
+ *                          CS_CVT_UNDERFLOW zero.
+ * tonum                    To the destination's precision and scale, either of which may be
+ *                          CS_USE_SRCVALUE: what the text needs. Further decimals are cut, with
+ *                          CS_CVT_TRUNCATED when one of them is not zero. With CS_DFMT_NULLTERM in
+ *                          the source format a NUL ends the text. The length is that of the
+ *                          precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE,
+ *                          CS_CVT_OVERFLOW (nothing is written, length 0).
+ * tomoney, tomny4          As money.h says of text.
+ * todatetime, todate4      As datetime.h says of text. CS_CVT_OVERFLOW for a date that does not
+ *                          exist or leaves the range, with length 0.
+ * tobin, tovarbin          An optional "0x", then hexadecimal digits, an odd count meaning a
+ *                          leading zero. Cut with CS_CVT_TRUNCATED.
+ * tochar, tounichar        Copied, or converted when the character sets differ, as far as whole
+ *                          characters fit; CS_CVT_TRUNCATED when not all of it does. A character
+ *                          that the source itself cuts is left out. Text that fills maxlength to
+ *                          the last byte loses that byte to a NUL where CS_DFMT_NULLTERM asks for
+ *                          one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles single
+ *                          quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination.
+ *                          Between character sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE and
+ *                          CS_CVT_NOXLATE. CS_CVT_FORMAT when both paddings are asked for.
+ * tovarchar                The same into 256 bytes, without padding or quotes. Length 258.
+ */
+COMN_CONVERSION(comn_chartobit);
+COMN_CONVERSION(comn_chartoi1);
+COMN_CONVERSION(comn_chartoi2);
+COMN_CONVERSION(comn_chartoi4);
+COMN_CONVERSION(comn_chartoflt4);
+COMN_CONVERSION(comn_chartoflt8);
+COMN_CONVERSION(comn_chartonum);
+COMN_CONVERSION(comn_chartomny4);
+COMN_CONVERSION(comn_chartomoney);
+COMN_CONVERSION(comn_chartodatetime);
+COMN_CONVERSION(comn_chartodate4);
+COMN_CONVERSION(comn_chartochar);
+COMN_CONVERSION(comn_chartobin);
+COMN_CONVERSION(comn_chartovarchar);
+COMN_CONVERSION(comn_chartovarbin);
+COMN_CONVERSION(comn_chartounichar);
+COMN_CONVERSION(comn_chartoi8);
+COMN_CONVERSION(comn_texttounichar);
+
+COMN_CONVERSION(comn_varchartobit);
+COMN_CONVERSION(comn_varchartoi1);
+COMN_CONVERSION(comn_varchartoi2);
+COMN_CONVERSION(comn_varchartoi4);
+COMN_CONVERSION(comn_varchartoflt4);
+COMN_CONVERSION(comn_varchartoflt8);
+COMN_CONVERSION(comn_varchartonum);
+COMN_CONVERSION(comn_varchartomny4);
+COMN_CONVERSION(comn_varchartomoney);
+COMN_CONVERSION(comn_varchartodatetime);
+COMN_CONVERSION(comn_varchartodate4);
+COMN_CONVERSION(comn_varchartochar);
+COMN_CONVERSION(comn_varchartobin);
+COMN_CONVERSION(comn_varchartovarchar);
+COMN_CONVERSION(comn_varchartovarbin);
+COMN_CONVERSION(comn_varchartounichar);
+COMN_CONVERSION(comn_varchartoi8);
+
+COMN_CONVERSION(comn_unichartobit);
+COMN_CONVERSION(comn_unichartoi1);
+COMN_CONVERSION(comn_unichartoi2);
+COMN_CONVERSION(comn_unichartoi4);
+COMN_CONVERSION(comn_unichartoflt4);
+COMN_CONVERSION(comn_unichartoflt8);
+COMN_CONVERSION(comn_unichartonum);
+COMN_CONVERSION(comn_unichartomny4);
+COMN_CONVERSION(comn_unichartomoney);
+COMN_CONVERSION(comn_unichartodatetime);
+COMN_CONVERSION(comn_unichartodate4);
+COMN_CONVERSION(comn_unichartochar);
+COMN_CONVERSION(comn_unichartobin);
+COMN_CONVERSION(comn_unichartovarchar);
+COMN_CONVERSION(comn_unichartovarbin);
+COMN_CONVERSION(comn_unichartounichar);
+COMN_CONVERSION(comn_unichartoi8);
+COMN_CONVERSION(comn_unichartotext);
+COMN_CONVERSION(comn_unichartoimage);
+
+/* Into CS_UNICHAR from the other types: the text that tochar gives, widened to UTF-16 and placed by
+   the same rule. */
+COMN_CONVERSION(comn_i1tounichar);
+COMN_CONVERSION(comn_i2tounichar);
+COMN_CONVERSION(comn_i4tounichar);
+COMN_CONVERSION(comn_flt4tounichar);
+COMN_CONVERSION(comn_flt8tounichar);
+COMN_CONVERSION(comn_bittounichar);
+COMN_CONVERSION(comn_datetimetounichar);
+COMN_CONVERSION(comn_date4tounichar);
+COMN_CONVERSION(comn_moneytounichar);
+COMN_CONVERSION(comn_mny4tounichar);
+COMN_CONVERSION(comn_numtounichar);
 
 #ifdef __cplusplus
 }

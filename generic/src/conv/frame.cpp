@@ -2,67 +2,95 @@
 #include "conv/frame.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <array>
 #include <cstring>
 
 #include "conv/newutils.h"
 
 namespace comnlib {
-
 namespace {
 
-// A call of memcpy takes as long as the digits of an integer: short text goes in two overlapping
-// words of a size that is known here.
-template <class Word>
-void copy_ends(std::string_view text, char* dest) {
-  Word head;
-  Word tail;
-  std::memcpy(&head, text.data(), sizeof head);
-  std::memcpy(&tail, text.data() + text.size() - sizeof tail, sizeof tail);
-  std::memcpy(dest, &head, sizeof head);
-  std::memcpy(dest + text.size() - sizeof tail, &tail, sizeof tail);
+// Copies a text of Size to 2 * Size bytes as its first and its last Size, which may overlap.
+template <std::size_t Size>
+void copy_ends(std::string_view text, CS_BYTE* dest) {
+  std::array<char, Size> head;
+  std::array<char, Size> tail;
+  std::memcpy(head.data(), text.data(), Size);
+  std::memcpy(tail.data(), text.end() - Size, Size);
+  std::memcpy(dest, head.data(), Size);
+  std::memcpy(dest + text.size() - Size, tail.data(), Size);
 }
 
-void copy_text(std::string_view text, char* dest) {
-  if (text.size() > 16) {
+// Numbers are short: a call of memcpy would take as long as their digits do.
+void copy_text(std::string_view text, CS_BYTE* dest) {
+  if (text.size() > 32) {
     std::memcpy(dest, text.data(), text.size());
+  } else if (text.size() >= 16) {
+    copy_ends<16>(text, dest);
   } else if (text.size() >= 8) {
-    copy_ends<std::uint64_t>(text, dest);
+    copy_ends<8>(text, dest);
   } else if (text.size() >= 4) {
-    copy_ends<std::uint32_t>(text, dest);
+    copy_ends<4>(text, dest);
   } else {
-    for (const char each : text) *dest++ = each;
+    for (const char each : text) *dest++ = static_cast<CS_BYTE>(each);
   }
 }
 
-constexpr bool finishes_text(CS_INT format) {
-  return (format & (CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK)) != 0;
+// Every character widens to a `Unit`.
+template <class Unit>
+void write(std::string_view text, CS_BYTE* dest) {
+  if constexpr (sizeof(Unit) == sizeof(CS_CHAR)) {
+    copy_text(text, dest);
+  } else {
+    for (const char each : text) {
+      store(dest, static_cast<Unit>(each));
+      dest += sizeof(Unit);
+    }
+  }
+}
+
+template <class Unit>
+CS_RETCODE pad(CS_INT length, const Conversion& call) {
+  constexpr CS_INT kFinishing = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+  if ((call.destfmt->format & kFinishing) == 0) return CS_SUCCEED;
+  if constexpr (sizeof(Unit) == sizeof(CS_CHAR))
+    return comn__padchar(length, call.destfmt, call.dest, call.destlen);
+  else
+    return comn__padunichar(length, call.destfmt, call.dest, call.destlen);
+}
+
+template <class Unit>
+CS_RETCODE place(std::string_view text, const Conversion& call) {
+  constexpr CS_INT kUnit = sizeof(Unit);
+  const CS_INT room = call.destfmt->maxlength;
+  require(room >= 0);
+  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
+  const auto length = static_cast<CS_INT>(text.size()) * kUnit;
+  auto* dest = static_cast<CS_BYTE*>(call.dest);
+
+  if (length <= room && (!terminate || kUnit <= room - length)) {
+    write<Unit>(text, dest);
+    *call.destlen = length;
+    return pad<Unit>(length, call);
+  }
+  *call.destlen = std::min(room, length);
+  if (room >= 2 * kUnit) {
+    write<Unit>({"*", 2}, dest);
+    *call.destlen = kUnit;
+    // Overflow is the answer whatever the padding reports.
+    static_cast<void>(pad<Unit>(kUnit, call));
+  }
+  return CS_CVT_OVERFLOW;
 }
 
 }  // namespace
 
 CS_RETCODE place_text(std::string_view text, const Conversion& call) {
-  const CS_INT room = call.destfmt->maxlength;
-  require(room >= 0);
-  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
-  const auto length = static_cast<CS_INT>(text.size());
-  auto* dest = static_cast<CS_CHAR*>(call.dest);
+  return place<CS_CHAR>(text, call);
+}
 
-  if (length <= room && !(terminate && length == room)) {
-    copy_text(text, dest);
-    *call.destlen = length;
-    if (!finishes_text(call.destfmt->format)) return CS_SUCCEED;
-    return comn__padchar(length, call.destfmt, call.dest, call.destlen);
-  }
-  *call.destlen = std::min(room, length);
-  if (room >= 2) {
-    dest[0] = '*';
-    dest[1] = '\0';
-    *call.destlen = 1;
-    // Overflow is the answer whatever the padding reports.
-    static_cast<void>(comn__padchar(1, call.destfmt, call.dest, call.destlen));
-  }
-  return CS_CVT_OVERFLOW;
+CS_RETCODE place_unichar(std::string_view text, const Conversion& call) {
+  return place<CS_UNICHAR>(text, call);
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {

@@ -61,10 +61,24 @@ void store(void* to, const T& value) {
   std::memcpy(to, &value, sizeof value);
 }
 
+// Parts of a CS_VARCHAR or CS_VARBINARY wherever it stands.
+inline CS_SMALLINT record_length(const void* record) {
+  return load<CS_SMALLINT>(record);
+}
+inline const CS_BYTE* record_bytes(const void* record) {
+  return static_cast<const CS_BYTE*>(record) + offsetof(CS_VARBINARY, array);
+}
+inline CS_BYTE* record_bytes(void* record) {
+  return static_cast<CS_BYTE*>(record) + offsetof(CS_VARBINARY, array);
+}
+
 // Places the text of a number in a character destination and pads it. Text that does not fit, its
 // NUL included where one is asked for, becomes "*" when there are at least two bytes of room, and
 // CS_CVT_OVERFLOW is returned. The caller has checked pointers and datatypes.
 CS_RETCODE place_text(std::string_view text, const Conversion& call);
+
+// The same for a Unicode-character destination; `text` is ASCII.
+CS_RETCODE place_unichar(std::string_view text, const Conversion& call);
 
 // Places the text of a number in a CS_VARCHAR, with its NUL where one fits in `str`; text of more
 // than 256 characters becomes "*" with CS_CVT_OVERFLOW. The destination length is 258.

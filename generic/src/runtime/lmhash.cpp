@@ -2,8 +2,6 @@
 // where the hash of their keys puts them, and handle_load counts them.
 #include "runtime/lmhash.h"
 
-#include <bit>
-
 #include "runtime/lmlistop.h"
 
 namespace comnlib {
@@ -19,22 +17,65 @@ constexpr CS_UINT widen(CS_BYTE byte) {
 }
 
 // One group as a number. A byte of 0x80 or more sets every bit above its own place as well.
+CS_UINT word_of(const CS_BYTE* bytes, std::size_t count) {
+  CS_UINT word = 0;
+  for (std::size_t i = 0; i < kGroup; ++i)
+    word = word << 8 | (i < count ? widen(bytes[i]) : kTailFill);
+  return word;
+}
+
 CS_UINT word_of(const CS_BYTE* bytes) {
   CS_UINT plain;
   std::memcpy(&plain, bytes, sizeof plain);
   if ((plain & 0x80808080U) == 0) [[likely]]
     return __builtin_bswap32(plain);
-  CS_UINT word = 0;
-  for (std::size_t i = 0; i < kGroup; ++i) word = word << 8 | widen(bytes[i]);
-  return word;
+  return word_of(bytes, kGroup);
 }
 
-CS_UINT tail_word(const CS_BYTE* bytes, std::size_t count) {
-  CS_BYTE group[kGroup] = {kTailFill, kTailFill, kTailFill, kTailFill};
-  std::memcpy(group, bytes, count);
-  const CS_UINT word = word_of(group);
-  require(word != 0);
-  return word;
+inline CS_UINT number_of(const CS_BYTE* bytes, std::size_t left) {
+  CS_UINT number = 0;
+  CS_UINT pending = 0;  // the group that waits for the next one; a group of zero does not wait
+  for (; left >= kGroup; left -= kGroup, bytes += kGroup) {
+    const CS_UINT word = word_of(bytes);
+    if (pending == 0) {
+      pending = word;
+    } else {
+      number = word + (pending + number * kFactor) * kFactor;
+      pending = 0;
+    }
+  }
+  if (pending != 0) number = pending + number * kFactor;
+  if (left == 0) return number;
+
+  const CS_UINT tail = word_of(bytes, left);
+  require(tail != 0);
+  return tail + number * kFactor;
+}
+
+// The divisor is hidden from the compiler, which must not see a division by zero and drop its
+// fault: that is the end of a caller who wants the increment of a table of one slot.
+inline CS_UINT increment_of(CS_UINT number, CS_UINT table_size) {
+  CS_UINT divisor = table_size - 1;
+  asm("" : "+r"(divisor));
+  return number * kIncrementFactor % divisor + 1;
+}
+
+CS_UINT checked_number(const CS_VOID* key, CS_INT key_size) {
+  require(key_size >= 0);
+  if (key_size == 0) return 0;
+  check_pointer(key);
+  return number_of(static_cast<const CS_BYTE*>(key), static_cast<std::size_t>(key_size));
+}
+
+CS_UINT number_of(const Key& key) {
+  return number_of(static_cast<const CS_BYTE*>(key.bytes), key.length());
+}
+
+// What a table's hash function says. It may be a host's, so the result is not taken on trust.
+CS_UINT ask(LM_HASH_FUNC hash, const Key& key, CS_INT table_size) {
+  const CS_INT place = hash(key.bytes, key.size, table_size);
+  require(place >= 0 && place < table_size);
+  return static_cast<CS_UINT>(place);
 }
 
 // Chained hash table. New elements stand at the head of their chain.
@@ -84,8 +125,10 @@ struct CHash {
   }
 
   static DLinkNode*& chain_of(const CHashInfo& info, const Key& key) {
-    const CS_INT home = info.home_addr_hfunc(key.bytes, key.size, info.table_size);
-    require(home >= 0 && home < info.table_size);
+    // The usual function is not called but inlined.
+    const CS_UINT home = info.home_addr_hfunc == lm__api_key_to_hash
+                             ? number_of(key) % static_cast<CS_UINT>(info.table_size)
+                             : ask(info.home_addr_hfunc, key, info.table_size);
     return info.table[home];
   }
 
@@ -156,18 +199,29 @@ struct DHash {
     drop_record(&info);
   }
 
-  // The first slot, in probe order, for which `wanted` holds; null when none does. The increment
-  // counts for the first probe alone, which is therefore never the home address itself: elements
-  // lie where earlier tables put them.
+  // Where a search begins. The increment counts for the first probe alone, which is therefore never
+  // the home address itself: elements lie where earlier tables put them.
+  static CS_UINT start_of(const DHashInfo& info, const Key& key) {
+    const auto size = static_cast<CS_UINT>(info.table_size);
+    CS_UINT home;
+    CS_UINT increment;
+    if (info.home_addr_hfunc == lm__api_key_to_hash && info.incr_hfunc == lm__api_key_to_hash2) {
+      const CS_UINT number = number_of(key);
+      home = number % size;
+      increment = increment_of(number, size);
+    } else {
+      home = ask(info.home_addr_hfunc, key, info.table_size);
+      increment = ask(info.incr_hfunc, key, info.table_size);
+    }
+    const CS_UINT sum = home + increment;
+    return sum - (sum >= size) * size;  // no branch: which way it goes is anyone's guess
+  }
+
+  // The first slot, in probe order, for which `wanted` holds; null when none does.
   template <class Wanted>
   static LHashNode* probe(const DHashInfo& info, const Key& key, Wanted wanted) {
     const auto size = static_cast<CS_UINT>(info.table_size);
-    const auto home =
-        static_cast<CS_UINT>(info.home_addr_hfunc(key.bytes, key.size, info.table_size));
-    const auto increment =
-        static_cast<CS_UINT>(info.incr_hfunc(key.bytes, key.size, info.table_size));
-    require(home < size && increment < size);
-    const CS_UINT start = home + increment < size ? home + increment : home + increment - size;
+    const CS_UINT start = start_of(info, key);
     for (CS_UINT slot = start; slot < size; ++slot) {
       if (wanted(info.table[slot])) return &info.table[slot];
     }
@@ -181,7 +235,7 @@ struct DHash {
     return probe(info_of<DHashInfo>(handle), key, [&key](const LHashNode& slot) {
       // A stored key matches by its first bytes, whatever follows them.
       return slot.state == LM_STATE_IN_USE && slot.key_size >= key.size &&
-             std::memcmp(slot.key, key.bytes, key.length()) == 0;
+             same_bytes(slot.key, key.bytes, key.length());
     });
   }
 
@@ -283,41 +337,18 @@ constinit const KindOps dhash_ops = table_ops<DHash>(DHash::build);
 using namespace comnlib;
 
 CS_UINT lm___api_key_to_uint(const CS_VOID* key, CS_INT key_size) {
-  require(key_size >= 0);
-  if (key_size == 0) return 0;
-  check_pointer(key);
-  const auto* bytes = static_cast<const CS_BYTE*>(key);
-  auto left = static_cast<std::size_t>(key_size);
-
-  CS_UINT number = 0;
-  CS_UINT pending = 0;  // the group that waits for the next one; a group of zero does not wait
-  for (; left >= kGroup; left -= kGroup, bytes += kGroup) {
-    const CS_UINT word = word_of(bytes);
-    if (pending == 0) {
-      pending = word;
-    } else {
-      number = word + (pending + number * kFactor) * kFactor;
-      pending = 0;
-    }
-  }
-  if (pending != 0) number = pending + number * kFactor;
-  return left == 0 ? number : tail_word(bytes, left) + number * kFactor;
+  return checked_number(key, key_size);
 }
 
 CS_INT lm__api_key_to_hash(const CS_VOID* key, CS_INT key_size, CS_INT table_size) {
   require(table_size >= 1);
-  return static_cast<CS_INT>(lm___api_key_to_uint(key, key_size) %
-                             static_cast<CS_UINT>(table_size));
+  return static_cast<CS_INT>(checked_number(key, key_size) % static_cast<CS_UINT>(table_size));
 }
 
 CS_INT lm__api_key_to_hash2(const CS_VOID* key, CS_INT key_size, CS_INT table_size) {
   require(table_size >= 1);
-  auto divisor = static_cast<CS_UINT>(table_size - 1);
-  // A table of one slot has no increment. The compiler must not see the division by zero, which
-  // would allow it to drop the fault.
-  asm("" : "+r"(divisor));
-  const CS_UINT number = lm___api_key_to_uint(key, key_size) * kIncrementFactor;
-  return static_cast<CS_INT>(number % divisor) + 1;
+  return static_cast<CS_INT>(
+      increment_of(checked_number(key, key_size), static_cast<CS_UINT>(table_size)));
 }
 
 CS_RETCODE lm___dhash_rehash(LM_HANDLE* handle, CS_INT table_size) {

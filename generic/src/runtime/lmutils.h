@@ -82,13 +82,30 @@ void give_back_node(LM_HANDLE& handle, DLinkNode* node);
 CS_RETCODE fill_pool(LM_HANDLE& handle);
 void trim_pool(LM_HANDLE& handle, CS_INT limit);
 
+// Keys are short, and most comparisons find them equal: words in line beat a call.
+inline bool same_bytes(const CS_VOID* left, const CS_VOID* right, std::size_t size) {
+  const auto* a = static_cast<const CS_BYTE*>(left);
+  const auto* b = static_cast<const CS_BYTE*>(right);
+  CS_UINT word_a;
+  CS_UINT word_b;
+  for (; size >= sizeof word_a; size -= sizeof word_a, a += sizeof word_a, b += sizeof word_b) {
+    std::memcpy(&word_a, a, sizeof word_a);
+    std::memcpy(&word_b, b, sizeof word_b);
+    if (word_a != word_b) return false;
+  }
+  for (; size != 0; --size) {
+    if (*a++ != *b++) return false;
+  }
+  return true;
+}
+
 // Whether an element of a linked kind or chain has the sought key.
 inline bool matches(const LmHdlProp& properties, const DLinkNode& node, const Key& key) {
   require(node.state == LM_STATE_IN_USE);
   if (properties.comp_func != nullptr)
     return key_of(node).given() && properties.comp_func(node.key, key.bytes, key.size) == 0;
   return node.key_size == key.size && key_of(node).given() &&
-         std::memcmp(node.key, key.bytes, key.length()) == 0;
+         same_bytes(node.key, key.bytes, key.length());
 }
 
 // The argument of an operation, and where it returns data.

@@ -1,0 +1,139 @@
+// Text in a character set, walked character by character without reading past its end.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+
+#include "chars/iso_1.h"
+#include "comnlib/charset.h"
+
+namespace comnlib {
+
+// The bytes of a text, and how they are read: by the attributes of a character set, as plain bytes
+// when there are none, or as UTF-16 in host byte order.
+struct Text {
+  std::span<const CS_BYTE> bytes;
+  const char_attrib* attrib;
+  bool utf16 = false;
+};
+
+// Whether every byte is a character by itself.
+inline bool is_single_byte(const char_attrib* attrib) {
+  return attrib == nullptr || attrib->cs_maxcharlen <= 1;
+}
+
+// One character: its bytes in the text, its ASCII form (0 when it has none or is cut by the end of
+// the text), and whether it is a blank.
+struct TextChar {
+  std::span<const CS_BYTE> bytes;
+  int ascii;
+  bool space;
+  bool cut;
+};
+
+inline bool is_default_space(CS_BYTE byte) {
+  return (ISO_1_type_map[byte].char_type & COMN_CT_SPACE) != 0;
+}
+
+// Of a text that is not UTF-16 and not empty.
+inline TextChar first_char(Text text) {
+  if (text.attrib == nullptr) {
+    const CS_BYTE byte = text.bytes.front();
+    return {text.bytes.first(1), byte, is_default_space(byte), false};
+  }
+  // The tables look at a second byte where the first one asks for it, so a cut character is
+  // completed here.
+  const std::array<CS_BYTE, 2> head = {text.bytes[0],
+                                       text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
+  const auto width = static_cast<std::size_t>(comn_char_width(text.attrib, head.data()));
+  if (width > text.bytes.size()) return {text.bytes, 0, false, true};
+  return {text.bytes.first(width), comn_to_ascii(text.attrib, head.data()),
+          comn_isspace(text.attrib, head.data()) != 0, false};
+}
+
+// Readers walk a text by the ASCII forms of its characters. All have the same shape: `done`, and
+// while it is false, for the character that is next, `ascii` (0: it has no ASCII form), `space`,
+// `nul` and `skip`.
+
+class TableReader {
+ public:
+  explicit TableReader(Text text) : rest_(text) { look(); }
+  bool done() const { return rest_.bytes.empty(); }
+  int ascii() const { return next_.ascii; }
+  bool space() const { return next_.space; }
+  bool nul() const { return next_.bytes.size() == 1 && next_.bytes[0] == 0; }
+  void skip() {
+    rest_.bytes = rest_.bytes.subspan(next_.bytes.size());
+    look();
+  }
+
+ private:
+  void look() {
+    if (!done()) next_ = first_char(rest_);
+  }
+  Text rest_;
+  TextChar next_{};
+};
+
+// Plain bytes need no character widths: the common case of number columns.
+class PlainReader {
+ public:
+  explicit PlainReader(std::span<const CS_BYTE> bytes)
+      : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+  bool done() const { return at_ == end_; }
+  int ascii() const { return *at_; }
+  bool space() const { return is_default_space(*at_); }
+  bool nul() const { return *at_ == 0; }
+  void skip() { ++at_; }
+
+ private:
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+};
+
+// Code units up to 0xFF read as ISO 8859-1, and the full-width forms as what they are forms of. The
+// text has whole units.
+class Utf16Reader {
+ public:
+  explicit Utf16Reader(std::span<const CS_BYTE> bytes)
+      : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+  bool done() const { return at_ == end_; }
+  int ascii() const {
+    constexpr int kFullWidth = 0xFF01 - '!';
+    const int code = unit();
+    if (code <= 0xFF) return code;
+    return code >= '!' + kFullWidth && code <= '~' + kFullWidth ? code - kFullWidth : 0;
+  }
+  bool space() const {
+    constexpr int kIdeographicSpace = 0x3000;
+    const int code = unit();
+    return code <= 0xFF ? is_default_space(static_cast<CS_BYTE>(code)) : code == kIdeographicSpace;
+  }
+  bool nul() const { return unit() == 0; }
+  void skip() { at_ += sizeof(CS_UNICHAR); }
+
+ private:
+  int unit() const {
+    CS_UNICHAR code;
+    std::memcpy(&code, at_, sizeof code);
+    return code;
+  }
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+};
+
+template <class Reader>
+void skip_blanks(Reader& reader) {
+  while (!reader.done() && reader.space()) reader.skip();
+}
+
+// Calls `use` with the reader that suits the text.
+template <class Use>
+auto with_reader(Text text, Use use) {
+  if (text.utf16) return use(Utf16Reader(text.bytes));
+  return text.attrib == nullptr ? use(PlainReader(text.bytes)) : use(TableReader(text));
+}
+
+}  // namespace comnlib

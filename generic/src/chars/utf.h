@@ -1,0 +1,96 @@
+// Unicode encoding forms, strict in both directions: no overlong forms, no surrogates as
+// characters, nothing beyond U+10FFFF.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+
+#include "comnlib/types.h"
+
+namespace comnlib {
+
+// A decoded character and the bytes it took; 0 bytes: the text is malformed or cut here.
+struct Decoded {
+  char32_t code;
+  std::size_t bytes;
+};
+
+constexpr bool is_surrogate(char32_t code) {
+  return code >= 0xD800 && code <= 0xDFFF;
+}
+
+// Of a text that is not empty.
+inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
+  const CS_BYTE lead = text[0];
+  if (lead < 0x80) return {lead, 1};
+  // The smallest code of each length is what rules overlong forms out.
+  static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  const std::size_t length = lead < 0xC2   ? 0
+                             : lead < 0xE0 ? 2
+                             : lead < 0xF0 ? 3
+                             : lead < 0xF5 ? 4
+                                           : 0;
+  if (length == 0 || length > text.size()) return {0, 0};
+  char32_t code = lead & (0x7FU >> length);
+  for (std::size_t at = 1; at < length; ++at) {
+    if ((text[at] & 0xC0) != 0x80) return {0, 0};
+    code = code << 6 | (text[at] & 0x3FU);
+  }
+  if (code < kSmallest[length] || code > 0x10FFFF || is_surrogate(code)) return {0, 0};
+  return {code, length};
+}
+
+// The number of bytes written; 0 when the room is too small. `code` is a character.
+inline std::size_t encode_utf8(char32_t code, std::span<CS_BYTE> room) {
+  if (code < 0x80) {
+    if (room.empty()) return 0;
+    room[0] = static_cast<CS_BYTE>(code);
+    return 1;
+  }
+  const std::size_t length = code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+  if (length > room.size()) return 0;
+  for (std::size_t at = length - 1; at > 0; --at, code >>= 6)
+    room[at] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
+  room[0] = static_cast<CS_BYTE>(0xF00U >> length | code);
+  return length;
+}
+
+// UTF-16 in host byte order, wherever it stands in memory; of a text that is not empty.
+inline Decoded decode_utf16(std::span<const CS_BYTE> text) {
+  CS_UNICHAR high;
+  if (text.size() < sizeof high) return {0, 0};
+  std::memcpy(&high, text.data(), sizeof high);
+  if (!is_surrogate(high)) return {high, sizeof high};
+  CS_UNICHAR low;
+  if (high >= 0xDC00 || text.size() < 2 * sizeof low) return {0, 0};
+  std::memcpy(&low, text.data() + sizeof high, sizeof low);
+  if (low < 0xDC00 || low > 0xDFFF) return {0, 0};
+  return {0x10000 + ((char32_t{high} - 0xD800) << 10) + (low - 0xDC00U), 2 * sizeof low};
+}
+
+// Whether a text is UTF-16 throughout, without an unpaired surrogate or half a unit.
+inline bool is_utf16(std::span<const CS_BYTE> text) {
+  while (!text.empty()) {
+    const Decoded character = decode_utf16(text);
+    if (character.bytes == 0) return false;
+    text = text.subspan(character.bytes);
+  }
+  return true;
+}
+
+inline std::size_t encode_utf16(char32_t code, std::span<CS_BYTE> room) {
+  const bool pair = code >= 0x10000;
+  const std::size_t length = pair ? 4 : 2;
+  if (length > room.size()) return 0;
+  const char32_t offset = code - 0x10000;
+  const auto first = static_cast<CS_UNICHAR>(pair ? 0xD800 + (offset >> 10) : code);
+  std::memcpy(room.data(), &first, sizeof first);
+  if (pair) {
+    const auto second = static_cast<CS_UNICHAR>(0xDC00 + (offset & 0x3FF));
+    std::memcpy(room.data() + sizeof first, &second, sizeof second);
+  }
+  return length;
+}
+
+}  // namespace comnlib

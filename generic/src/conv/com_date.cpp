@@ -1,0 +1,51 @@
+// The conversions of CS_DATETIME, and what both sizes share: the locale's conventions and the
+// style.
+#include "conv/com_date.h"
+
+#include "comnlib/locale.h"
+#include "intl/locdata.h"
+
+namespace comnlib {
+namespace {
+
+constexpr bool is_text(CS_INT datatype) {
+  return is_character(datatype) || datatype == CS_VARCHAR_TYPE || datatype == CS_UNICHAR_TYPE;
+}
+
+constexpr bool is_style(CS_INT style) {
+  return style == COM_DATESTYLE_DEFAULT || style == COM_DATESTYLE_LONG ||
+         style == COM_DATESTYLE_ISO;
+}
+
+}  // namespace
+
+const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  if (locale == nullptr || locale->timeptr == nullptr) return kUsEnglish;
+  const CsDateInfo* loaded = locale->timeptr->locdateinfo;
+  return loaded == nullptr ? kUsEnglish : loaded->conventions;
+}
+
+CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {
+  const DateConventions& conventions = date_conventions(*call.context, *call.destfmt);
+  const FormattedDate result = format_datetime(value, conventions, buffer.characters);
+  buffer.text = {buffer.characters.data(), result.length};
+  if (result.status == DateText::done) return CS_SUCCEED;
+  return result.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
+}
+
+}  // namespace comnlib
+
+using namespace comnlib;
+
+COMNLIB_DATE_FAMILY(comn_date, CS_DATETIME)
+
+CS_RETCODE comn_get_datetochar_fmt(COMNLIB_CONVERSION_PARAMETERS) {
+  check_pointers({context, srcfmt, src, destfmt, dest, destlen});
+  require(srcfmt->datatype == CS_DATETIME_TYPE || srcfmt->datatype == CS_DATETIME4_TYPE);
+  require(is_text(destfmt->datatype));
+  const CS_INT style = date_conventions(*context, *destfmt).style;
+  store(dest, style);
+  *destlen = sizeof style;
+  return trace(is_style(style) ? CS_SUCCEED : CS_CVT_STYLE);
+}

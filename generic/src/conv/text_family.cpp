@@ -1,0 +1,310 @@
+// Literals in text: numbers, money, dates and hexadecimal digits into their types.
+#include "conv/text_family.h"
+
+#include <algorithm>
+#include <array>
+
+#include "comnlib/numeric.h"
+#include "conv/chfloat.h"
+#include "conv/com_date.h"
+#include "conv/hex.h"
+#include "conv/newutils.h"
+#include "conv/number_family.h"
+#include "exact/mny4cnvt.h"
+#include "exact/mnycnvt.h"
+#include "exact/numeric.h"
+#include "time/datetext.h"
+
+namespace comnlib::text_family {
+namespace {
+
+// A number of more characters than this, blanks around it aside, is none.
+constexpr std::size_t kLiteralRoom = 1024;
+
+// What stands in an ASCII form for a character that has none: no literal contains it.
+constexpr CS_CHAR kNoAscii = '\x1A';
+
+// The ASCII form of a literal without the blanks around it. Plain bytes are viewed in place.
+class AsciiForm {
+ public:
+  explicit AsciiForm(const Text& text) {
+    if (text.attrib == nullptr && !text.utf16)
+      view_ = trim(text.bytes);
+    else
+      valid_ = with_reader(text, [this](auto reader) { return fill(reader); });
+  }
+  AsciiForm(const AsciiForm&) = delete;
+  AsciiForm& operator=(const AsciiForm&) = delete;
+
+  bool valid() const { return valid_ && view_.size() <= kLiteralRoom; }
+  std::string_view view() const { return view_; }
+
+ private:
+  static std::string_view trim(Bytes bytes) {
+    while (!bytes.empty() && is_default_space(bytes.front())) bytes = bytes.subspan(1);
+    while (!bytes.empty() && is_default_space(bytes.back())) bytes = bytes.first(bytes.size() - 1);
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+  }
+
+  template <class Reader>
+  bool fill(Reader reader) {
+    skip_blanks(reader);
+    std::size_t length = 0;
+    std::size_t kept = 0;  // without the blanks behind
+    for (; !reader.done(); reader.skip()) {
+      const bool space = reader.space();
+      if (length == kLiteralRoom) {
+        if (space) continue;
+        return false;
+      }
+      buffer_[length++] = space ? ' ' : form_of(reader);
+      if (!space) kept = length;
+    }
+    view_ = {buffer_.data(), kept};
+    return true;
+  }
+
+  template <class Reader>
+  static CS_CHAR form_of(const Reader& reader) {
+    const int ascii = reader.ascii();
+    return ascii == 0 && !reader.nul() ? kNoAscii : static_cast<CS_CHAR>(ascii);
+  }
+
+  std::array<CS_CHAR, kLiteralRoom> buffer_;
+  std::string_view view_;
+  bool valid_ = true;
+};
+
+std::string_view up_to_nul(std::string_view text) {
+  return text.substr(0, text.find('\0'));
+}
+
+ParsedFloat parse_literal(const Literal& literal) {
+  const AsciiForm form(literal.text);
+  if (!form.valid()) return {CS_CVT_SYNTAX, 0};
+  return parse_float(up_to_nul(form.view()));
+}
+
+// By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
+// form that reads as ISO 8859-1, in which currency signs have a place.
+template <class Value, class Parse>
+CS_RETCODE convert_money(const Literal& literal, Parse parse) {
+  Value value{};
+  CS_INT status = kExactSyntax;
+  if (literal.text.utf16) {
+    const AsciiForm form(literal.text);
+    if (form.valid())
+      status =
+          parse(&value, form.view().data(), static_cast<CS_INT>(form.view().size()), 0, nullptr);
+  } else {
+    const Bytes bytes = literal.text.bytes;
+    status = parse(&value, reinterpret_cast<const CS_CHAR*>(bytes.data()),
+                   static_cast<CS_INT>(bytes.size()), 0, literal.text.attrib);
+  }
+  if (status == kExactSyntax) return syntax_error(literal.call);
+  *literal.call.destlen = sizeof(Value);
+  store(literal.call.dest, value);
+  return exact_code(status);
+}
+
+// Month names are bytes of the character set itself; digits of another width are read in their
+// ASCII form.
+ParsedDate parse_date(const Literal& literal) {
+  const DateConventions& conventions =
+      date_conventions(*literal.call.context, *literal.call.srcfmt);
+  if (!literal.text.utf16) {
+    const Bytes bytes = literal.text.bytes;
+    const ParsedDate plain =
+        parse_datetime({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, conventions);
+    if (plain.status != DateText::syntax || literal.text.attrib == nullptr) return plain;
+  }
+  const AsciiForm form(literal.text);
+  if (!form.valid()) return {DateText::syntax, {}};
+  return parse_datetime(form.view(), conventions);
+}
+
+// The hexadecimal digits of a literal, behind an optional "0x".
+template <class Reader>
+struct HexDigits {
+  bool valid;
+  std::size_t count;
+  Reader first;
+};
+
+template <class Reader>
+void skip_prefix(Reader& reader) {
+  Reader ahead = reader;
+  if (ahead.done() || ahead.ascii() != '0') return;
+  ahead.skip();
+  if (ahead.done() || (ahead.ascii() != 'x' && ahead.ascii() != 'X')) return;
+  ahead.skip();
+  reader = ahead;
+}
+
+template <class Reader>
+HexDigits<Reader> measure_hex(Reader reader) {
+  skip_prefix(reader);
+  HexDigits<Reader> digits{true, 0, reader};
+  for (; digits.valid && !reader.done(); reader.skip(), ++digits.count)
+    digits.valid = hex_value(reader.ascii()).has_value();
+  return digits;
+}
+
+// Writes as many leading bytes as have room. An odd count of digits has a zero before it.
+template <class Reader>
+void write_bytes(HexDigits<Reader> digits, std::span<CS_BYTE> room) {
+  bool low = digits.count % 2 != 0;
+  unsigned high = 0;
+  for (CS_BYTE& byte : room) {
+    if (!low) {
+      high = *hex_value(digits.first.ascii());
+      digits.first.skip();
+    }
+    byte = static_cast<CS_BYTE>(high << 4 | *hex_value(digits.first.ascii()));
+    digits.first.skip();
+    low = false;
+  }
+}
+
+struct HexRead {
+  bool valid;
+  std::size_t bytes;    // that the digits stand for
+  std::size_t written;  // as many of them as had room
+};
+
+HexRead read_hex(Text text, std::span<CS_BYTE> room) {
+  return with_reader(text, [room](auto reader) -> HexRead {
+    const auto digits = measure_hex(reader);
+    if (!digits.valid) return {false, 0, 0};
+    const std::size_t bytes = (digits.count + 1) / 2;
+    const std::size_t written = std::min(bytes, room.size());
+    write_bytes(digits, room.first(written));
+    return {true, bytes, written};
+  });
+}
+
+}  // namespace
+
+CS_RETCODE syntax_error(const Conversion& call) {
+  *call.destlen = 0;
+  return CS_CVT_SYNTAX;
+}
+
+CS_RETCODE ToBit::convert(const Literal& literal) {
+  CS_INT value = 0;
+  const ScanStatus status = scan_integer(literal.text, value);
+  if (status == kNoInteger) return syntax_error(literal.call);
+  *literal.call.destlen = sizeof(CS_BIT);
+  store(literal.call.dest, static_cast<CS_BIT>(value != 0 ? 1 : 0));
+  return status == kOutOfRange ? CS_CVT_OVERFLOW : CS_SUCCEED;
+}
+
+CS_RETCODE ToFloat::convert(const Literal& literal) {
+  const ParsedFloat parsed = parse_literal(literal);
+  if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
+  *literal.call.destlen = sizeof(CS_FLOAT);
+  store(literal.call.dest, parsed.value);
+  return parsed.code;
+}
+
+CS_RETCODE ToReal::convert(const Literal& literal) {
+  const ParsedFloat parsed = parse_literal(literal);
+  if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
+  *literal.call.destlen = sizeof(CS_REAL);
+  const CS_RETCODE narrowed = ToFlt4::convert(parsed.value, literal.call);
+  return parsed.code == CS_SUCCEED ? narrowed : parsed.code;
+}
+
+CS_RETCODE ToMoney::convert(const Literal& literal) {
+  return convert_money<CS_MONEY>(literal, com__mnyfromchar_mb);
+}
+
+CS_RETCODE ToMoney4::convert(const Literal& literal) {
+  return convert_money<CS_MONEY4>(literal, com__mny4fromchar_mb);
+}
+
+CS_RETCODE ToDatetime::convert(const Literal& literal) {
+  const ParsedDate parsed = parse_date(literal);
+  if (parsed.status == DateText::syntax) return syntax_error(literal.call);
+  if (parsed.status == DateText::overflow) {
+    *literal.call.destlen = 0;
+    return CS_CVT_OVERFLOW;
+  }
+  *literal.call.destlen = sizeof(CS_DATETIME);
+  store(literal.call.dest, parsed.value);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE ToDatetime4::convert(const Literal& literal) {
+  const ParsedDate parsed = parse_date(literal);
+  if (parsed.status == DateText::syntax) return syntax_error(literal.call);
+  CS_DATETIME4 small;
+  if (parsed.status == DateText::overflow || com__dttodate4(&parsed.value, &small) != 0) {
+    *literal.call.destlen = 0;
+    return CS_CVT_OVERFLOW;
+  }
+  *literal.call.destlen = sizeof(CS_DATETIME4);
+  store(literal.call.dest, small);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE ToBinary::convert(const Literal& literal) {
+  const Conversion& call = literal.call;
+  require(call.destfmt->maxlength >= 0);
+  const auto room = static_cast<std::size_t>(call.destfmt->maxlength);
+  const HexRead read = read_hex(literal.text, {static_cast<CS_BYTE*>(call.dest), room});
+  if (!read.valid) return syntax_error(call);
+  *call.destlen = static_cast<CS_INT>(read.written);
+  if (read.written < read.bytes) return CS_CVT_TRUNCATED;
+  return comn__padbin(*call.destlen, call.destfmt, call.dest, call.destlen);
+}
+
+CS_RETCODE ToVarbinary::convert(const Literal& literal) {
+  void* record = literal.call.dest;
+  const HexRead read = read_hex(literal.text, {record_bytes(record), CS_MAX_CHAR});
+  if (!read.valid) return syntax_error(literal.call);
+  store(record, static_cast<CS_SMALLINT>(read.written));
+  *literal.call.destlen = sizeof(CS_VARBINARY);
+  return read.written < read.bytes ? CS_CVT_TRUNCATED : CS_SUCCEED;
+}
+
+CS_RETCODE ToNumeric::convert(const Literal& literal) {
+  const Conversion& call = literal.call;
+  const bool own_precision = call.destfmt->precision == CS_USE_SRCVALUE;
+  const bool own_scale = call.destfmt->scale == CS_USE_SRCVALUE;
+  *call.destlen = 0;
+  if (!own_precision && !is_precision(call.destfmt->precision)) return CS_CVT_PRECISION;
+  if (!own_scale && !is_scale(call.destfmt->scale)) return CS_CVT_SCALE;
+
+  const AsciiForm form(literal.text);
+  if (!form.valid()) return syntax_error(call);
+  const bool terminated = (call.srcfmt->format & CS_DFMT_NULLTERM) != 0;
+  const std::string_view text = terminated ? up_to_nul(form.view()) : form.view();
+
+  CS_NUMERIC result{};
+  const CS_BYTE precision =
+      own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision);
+  const CS_BYTE scale = own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale);
+  constant value{own_precision ? CS_MAX_NUMLEN : comn_num_getlen(precision), precision, scale,
+                 result.array};
+  constexpr CS_INT kNoRounding = 0;
+  const CS_INT status =
+      com__subchartoexctnume(text.data(), static_cast<CS_INT>(text.size()), &value, kNoRounding);
+  if (status == kExactSyntax) return syntax_error(call);
+  if (status == kExactOverflow) return CS_CVT_OVERFLOW;
+
+  result.precision = value.prec;
+  result.scale = value.scale;
+  const CS_INT length = comn_num_getlen(value.prec);
+  if (length < value.len) {
+    // The digits stand at the end of the longest length; they move to where their own ends.
+    const CS_INT surplus = value.len - length;
+    std::memmove(result.array + 1, result.array + 1 + surplus,
+                 static_cast<std::size_t>(length - 1));
+  }
+  *call.destlen = length + 2;
+  std::memcpy(call.dest, &result, static_cast<std::size_t>(*call.destlen));
+  return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_SUCCEED;
+}
+
+}  // namespace comnlib::text_family

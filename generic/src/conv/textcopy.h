@@ -1,0 +1,49 @@
+// Text to text: copies between character destinations with whole-character truncation, quote
+// doubling and the conversion between character sets. Shared by the character, varchar and
+// Unicode-character families.
+#pragma once
+
+#include <span>
+
+#include "comnlib/locale.h"
+#include "conv/frame.h"
+
+extern "C" {
+
+// The number of bytes of the first `srclen` bytes of `src` that are whole characters and end within
+// `destlen` bytes. A character that the source cuts does not count.
+CS_INT comnb_truncate_chars(const char_attrib* attrib, const CS_CHAR* src, CS_INT srclen,
+                            CS_INT destlen);
+
+// Copies the srcfmt->maxlength bytes of `src` with every single quote written twice, as far as
+// whole characters fit in destfmt->maxlength; *destlen is what was written. CS_SUCCEED, or
+// CS_CVT_TRUNCATED when not all fit. With CS_DFMT_NULLTERM a NUL in the text ends it and is
+// counted.
+CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, const CS_VOID* src,
+                         const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* destlen);
+}
+
+namespace comnlib {
+
+using Bytes = std::span<const CS_BYTE>;
+
+// What a text is encoded in: a character set of the localization home (null: none is known, plain
+// bytes), or UTF-16 in host byte order.
+struct Encoding {
+  const CsCharDesc* charset;
+  bool utf16;
+};
+
+// The encoding of the character data that a format describes: its locale's or else the context's.
+Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format);
+inline constexpr Encoding kUtf16 = {nullptr, true};
+
+const char_attrib* attributes_of(const Encoding& encoding);
+
+// Text into a padded character destination (comn__padchar), a padded Unicode-character destination
+// (comn__padunichar), or a CS_VARCHAR, from the encoding `from`. Codes as in convert.h.
+CS_RETCODE copy_to_character(Bytes text, const Encoding& from, const Conversion& call);
+CS_RETCODE copy_to_unichar(Bytes text, const Encoding& from, const Conversion& call);
+CS_RETCODE copy_to_varchar(Bytes text, const Encoding& from, const Conversion& call);
+
+}  // namespace comnlib

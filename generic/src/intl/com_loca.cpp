@@ -1,0 +1,90 @@
+// Locale records and the context's list of them, which cmg_mtx guards.
+#include <new>
+
+#include "comnlib/memory.h"
+#include "diag/diag.h"
+#include "intl/locking.h"
+
+namespace comnlib {
+namespace {
+
+// The link that points at the record: the list's head or a record's `next`; null when none does.
+CS_LOCALE** link_to(CsCtxGlobals& globals, const CS_LOCALE* locale) {
+  CS_LOCALE** link = &globals.cmg_locale;
+  while (*link != nullptr && *link != locale) link = &(*link)->next;
+  return *link == nullptr ? nullptr : link;
+}
+
+void check_context(const CS_CONTEXT* ctx, Place place = Place::current()) {
+  check_pointer(ctx, place);
+  check_pointer(ctx->ctxglobals, place);
+}
+
+}  // namespace
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_RETCODE comn_loc_alloc(CS_CONTEXT* ctx, CS_LOCALE** locale) {
+  check_context(ctx);
+  check_pointer(locale);
+  void* block = comn_malloc(sizeof(CS_LOCALE));
+  if (block == nullptr) return trace(CS_MEM_ERROR);
+  auto* made = new (block) CS_LOCALE{};
+  const GlobalsLock lock(*ctx);
+  if (!lock.taken()) {
+    comn_free(made);
+    return trace(CS_FAIL);
+  }
+  if (ctx->ctxlocale != nullptr) static_cast<void>(comn_loc_copy(made, ctx->ctxlocale));
+  made->next = ctx->ctxglobals->cmg_locale;
+  ctx->ctxglobals->cmg_locale = made;
+  *locale = made;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale) {
+  check_context(ctx);
+  check_pointer(locale);
+  {
+    const GlobalsLock lock(*ctx);
+    if (!lock.taken()) return trace(CS_FAIL);
+    if (CS_LOCALE** link = link_to(*ctx->ctxglobals, locale)) *link = locale->next;
+    if (ctx->ctxlocale == locale) ctx->ctxlocale = nullptr;
+  }
+  comn_free(locale);
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx) {
+  check_context(ctx);
+  const GlobalsLock lock(*ctx);
+  if (!lock.taken()) return trace(CS_FAIL);
+  while (CS_LOCALE* locale = ctx->ctxglobals->cmg_locale) {
+    ctx->ctxglobals->cmg_locale = locale->next;
+    // Zero-filled, so that a late use meets no categories.
+    *locale = CS_LOCALE{};
+    comn_free(locale);
+  }
+  ctx->ctxlocale = nullptr;
+  if (ctx->ctxdeflocale != nullptr) comn_free(ctx->ctxdeflocale);
+  ctx->ctxdeflocale = nullptr;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_loc_validate(CS_CONTEXT* ctx, const CS_LOCALE* locale) {
+  check_context(ctx);
+  check_pointer(locale);
+  const GlobalsLock lock(*ctx);
+  if (!lock.taken()) return trace(CS_FAIL);
+  return trace(link_to(*ctx->ctxglobals, locale) == nullptr ? CS_FAIL : CS_SUCCEED);
+}
+
+CS_RETCODE comn_loc_copy(CS_LOCALE* dst, const CS_LOCALE* src) {
+  check_pointer(dst);
+  check_pointer(src);
+  CS_LOCALE* const next = dst->next;
+  *dst = *src;
+  dst->next = next;
+  return trace(CS_SUCCEED);
+}

@@ -1,0 +1,123 @@
+// Reader of conversion configurations (.cfg).
+#include "intl/convcfg.h"
+
+#include <algorithm>
+#include <new>
+
+#include "comnlib/memory.h"
+#include "intl/intlfile.h"
+#include "intl/store.h"
+#include "intl/text.h"
+
+namespace comnlib {
+namespace {
+
+constexpr std::array<SystemAlgorithm, 2> kAlgorithms{
+    {{"utf8", Algorithm::kUtf8}, {"ucs2", Algorithm::kUcs2}}};
+
+bool read_replacement(std::string_view digits, CsConvConfig& config) {
+  const std::size_t bytes = digits.size() / 2;
+  if (digits.size() % 2 != 0 || bytes < 1 || bytes > config.replacement.size()) return false;
+  for (std::size_t i = 0; i < bytes; ++i) {
+    const int high = hex_digit(digits[2 * i]);
+    const int low = hex_digit(digits[2 * i + 1]);
+    if (high < 0 || low < 0) return false;
+    config.replacement[i] = static_cast<CS_BYTE>(high << 4 | low);
+  }
+  config.replacement_length = static_cast<CS_INT>(bytes);
+  return true;
+}
+
+bool read_algorithm(std::string_view name, CsConvConfig& config) {
+  for (const SystemAlgorithm& known : kAlgorithms)
+    if (known.name == name) config.algorithm = &known;
+  return config.algorithm != nullptr;
+}
+
+bool read_table(std::string_view name, CsConvConfig& config) {
+  if (name.empty() || name.size() >= config.table.size()) return false;
+  name.copy(config.table.data(), name.size());
+  return true;
+}
+
+CS_RETCODE read_targets(IntlFile& file, CsConvConfig& config) {
+  while (const CS_CHAR* name = file.next_value()) {
+    std::size_t offset = 0;
+    if (!config.names.keep(name, offset) || !config.targets.push(offset)) return CS_MEM_ERROR;
+  }
+  return file.failed() ? file.failure() : CS_SUCCEED;
+}
+
+CS_RETCODE read_entry(std::string_view key, IntlFile& file, CsConvConfig& config) {
+  if (key == "to") return read_targets(file, config);
+  const CS_CHAR* value = file.next_value();
+  if (value == nullptr) return file.failure();
+  bool good = key == "description";
+  if (key == "replacement") good = read_replacement(value, config);
+  if (key == "algorithm") good = read_algorithm(value, config);
+  if (key == "table") good = read_table(value, config);
+  return good ? CS_SUCCEED : CS_FAIL;
+}
+
+CS_RETCODE read_config(IntlFile& file, CsConvConfig& config) {
+  if (!file.find_section("conversion")) return file.failure();
+  while (const CS_CHAR* key = file.next_entry()) {
+    const CS_RETCODE result = read_entry(key, file, config);
+    if (result != CS_SUCCEED) return result;
+  }
+  const bool has_table = config.table[0] != '\0';
+  const bool complete = config.replacement_length > 0 && has_table == (config.algorithm == nullptr);
+  return complete && !file.failed() ? file.close() : file.failure();
+}
+
+}  // namespace
+
+std::span<const SystemAlgorithm> system_algorithms() {
+  return kAlgorithms;
+}
+
+CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfig*& config,
+                            ErrorBuffer error) {
+  INTL_HANDLE handle = nullptr;
+  const CS_RETCODE opened =
+      com__open_charfile(&ctx, charset, charset, "cfg", &handle, error.path, error.length);
+  if (opened != CS_SUCCEED) return opened;
+  IntlFile file(ctx, handle);
+  void* block = comn_malloc(sizeof(CsConvConfig));
+  if (block == nullptr) return CS_MEM_ERROR;
+  auto* made = new (block) CsConvConfig{};
+  const std::string_view name = charset;
+  name.copy(made->charset.data(), std::min(name.size(), made->charset.size() - 1));
+  const CS_RETCODE result = read_config(file, *made);
+  if (result == CS_SUCCEED) {
+    config = made;
+  } else {
+    drop_conv_config(made);
+  }
+  return result;
+}
+
+bool converts_to(const CsConvConfig& config, std::string_view charset) {
+  for (const std::size_t name : config.targets.view())
+    if (config.names.at(name) == charset) return true;
+  return false;
+}
+
+void drop_conv_config(CsConvConfig* config) {
+  if (config == nullptr) return;
+  config->targets.clear();
+  config->names.clear();
+  comn_free(config);
+}
+
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_RETCODE comn__init_sys_algos_table(CS_CONTEXT* ctx) {
+  check_pointer(ctx);
+  Store* store = store_of(*ctx->ctxglobals);
+  if (store == nullptr) return trace(CS_MEM_ERROR);
+  store->algorithms = system_algorithms();
+  return trace(CS_SUCCEED);
+}

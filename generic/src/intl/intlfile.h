@@ -1,0 +1,78 @@
+// A sectioned localization file that is being read: closes itself, and keeps in the context's
+// ctxintlerr why the companion library failed.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "comnlib/context.h"
+#include "comnlib/result.h"
+#include "intl.h"
+
+namespace comnlib {
+
+class IntlFile {
+ public:
+  IntlFile(CS_CONTEXT& ctx, INTL_HANDLE handle) : ctx_(ctx), handle_(handle) {}
+  ~IntlFile() {
+    if (handle_ != nullptr) static_cast<void>(intl_close(handle_));
+  }
+  IntlFile(const IntlFile&) = delete;
+  IntlFile& operator=(const IntlFile&) = delete;
+
+  INTL_HANDLE handle() const { return handle_; }
+
+  const CS_CHAR* next_section() { return next(intl_nextsection); }
+  const CS_CHAR* next_entry() { return next(intl_nextentry); }
+  const CS_CHAR* next_value() { return next(intl_nextvalue); }
+
+  // Steps to the next section of that name.
+  bool find_section(std::string_view name) {
+    const CS_CHAR* section = nullptr;
+    do {
+      section = next_section();
+    } while (section != nullptr && section != name);
+    return section != nullptr;
+  }
+
+  // What a reader returns that came to an end it did not expect: the companion library's failure if
+  // there was one, else plain failure.
+  CS_RETCODE failure() const { return failed_ ? CS_INTL_LIBERR : CS_FAIL; }
+  bool failed() const { return failed_; }
+
+  CS_RETCODE close() {
+    const CS_INT status = intl_close(handle_);
+    handle_ = nullptr;
+    if (status >= 0) return CS_SUCCEED;
+    ctx_.ctxintlerr = status;
+    return CS_INTL_LIBERR;
+  }
+
+ private:
+  const CS_CHAR* next(const CS_CHAR* (*step)(INTL_HANDLE, CS_INT*)) {
+    CS_INT status = 0;
+    const CS_CHAR* text = step(handle_, &status);
+    if (text == nullptr && status < 0) {
+      ctx_.ctxintlerr = status;
+      failed_ = true;
+    }
+    return text;
+  }
+
+  CS_CONTEXT& ctx_;
+  INTL_HANDLE handle_;
+  bool failed_ = false;
+};
+
+// A number written in decimal, or in hexadecimal after "0x", from `least` to `most`.
+std::optional<CS_INT> parse_number(std::string_view text, CS_INT least, CS_INT most);
+
+// The value of a hexadecimal digit, or -1.
+constexpr int hex_digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+}  // namespace comnlib

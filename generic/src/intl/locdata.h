@@ -1,0 +1,79 @@
+// Date/time, number and money conventions: the records, and the readers of their files. A record
+// holds its texts itself and stays in the context's list until com_intl_loccache_drop.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "comnlib/locale.h"
+#include "intl/intlfile.h"
+#include "time/dateinfo.h"
+
+namespace comnlib {
+
+// What every record of conventions begins with: its key, and room for its texts.
+struct ConventionTexts {
+  // A name below locales/datetime, numeric or money, or "language/charset" of a common.loc.
+  std::array<CS_CHAR, 2 * COM_LOC_NAMESIZE> name;
+  std::array<CS_CHAR, 1536> bytes;
+  std::size_t used;
+
+  // Keeps a copy of the text; false when the room is used up.
+  bool keep(std::string_view text, std::string_view& kept);
+};
+
+enum class SymbolPlace : CS_BYTE { kBefore, kAfter };
+
+// How digits are written: shared by numbers and money.
+struct DigitConventions {
+  std::string_view decimal_point;
+  std::string_view group_separator;  // empty: digits are not grouped
+  CS_INT group_size;
+};
+
+}  // namespace comnlib
+
+struct _csdateinfo {
+  comnlib::ConventionTexts texts;
+  comnlib::DateConventions conventions;
+  CsDateInfo* next;
+};
+
+struct _csnuminfo {
+  comnlib::ConventionTexts texts;
+  comnlib::DigitConventions digits;
+  CsNumInfo* next;
+};
+
+struct _csmoninfo {
+  comnlib::ConventionTexts texts;
+  comnlib::DigitConventions digits;
+  std::string_view symbol;
+  comnlib::SymbolPlace symbol_place;
+  CsMonInfo* next;
+};
+
+namespace comnlib {
+
+// Points the cache entry at the context's conventions of that kind (COM_LC_MONETARY, COM_LC_NUMERIC
+// or COM_LC_TIME) and name, if they are loaded.
+bool find_conventions(const CsCtxGlobals& globals, CS_INT kind, std::string_view name,
+                      CsLocCache& entry);
+
+// Reads the section of that kind from a file at its beginning, adds the conventions to the
+// context's and points the cache entry at them.
+CS_RETCODE read_conventions(CS_CONTEXT& ctx, CS_INT kind, std::string_view name, IntlFile& file,
+                            CsLocCache& entry);
+
+// Frees all conventions of a context.
+void drop_conventions(CsCtxGlobals& globals);
+
+}  // namespace comnlib
+
+extern "C" {
+// Gives the cache entry the date/time, number and money conventions of its language and character
+// set, from the context's or else from their common.loc; all three or, on failure, none.
+CS_RETCODE comn__read_common(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* errbuf,
+                             CS_INT errlen);
+}

@@ -1,0 +1,42 @@
+// Messages of a language: what the files of locales/message/<language> hold, in UTF-8.
+#pragma once
+
+#include "comnlib/locale.h"
+#include "intl/podvector.h"
+
+namespace comnlib {
+
+// The message files of a language: words shared by all layers, those of the client library, and
+// those of this one.
+enum class MessageFile : CS_INT { kCommon, kClient, kCommonServices };
+
+struct MessageText {
+  MessageFile file;
+  CS_INT number;
+  std::size_t text;  // in the pool
+};
+
+}  // namespace comnlib
+
+struct _csmessage {
+  CsOid oid;
+  comnlib::PodVector<comnlib::MessageText> messages;
+  comnlib::TextPool texts;
+  CsMessage* next;
+};
+
+namespace comnlib {
+
+// The text of a message, null when the language has none of that number.
+const CS_CHAR* message_text(const CsMessage& messages, MessageFile file, CS_INT number);
+
+void drop_messages(CsCtxGlobals& globals);
+
+}  // namespace comnlib
+
+extern "C" {
+// Gives the cache entry the messages of its language, from the context's or else from the files of
+// that name.
+CS_RETCODE comn__intl_load_message(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache_entry,
+                                   CS_CHAR* errbuf, CS_INT errlen);
+}

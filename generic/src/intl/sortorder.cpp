@@ -1,0 +1,157 @@
+// Reader of .srt files, and the comparison. A sort order enters the context's list only when its
+// file was read whole.
+#include "intl/sortorder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "comnlib/memory.h"
+#include "intl/com_loc.h"
+#include "intl/intlfile.h"
+#include "intl/store.h"
+#include "intl/text.h"
+
+namespace comnlib {
+namespace {
+
+bool read_weights(std::string_view digits, std::array<CS_BYTE, 256>& weights) {
+  if (digits.size() != 2 * weights.size()) return false;
+  for (std::size_t i = 0; i < weights.size(); ++i) {
+    const int high = hex_digit(digits[2 * i]);
+    const int low = hex_digit(digits[2 * i + 1]);
+    if (high < 0 || low < 0) return false;
+    weights[i] = static_cast<CS_BYTE>(high << 4 | low);
+  }
+  return true;
+}
+
+CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
+  if (!file.find_section("sortorder")) return file.failure();
+  bool has_weights = false;
+  while (const CS_CHAR* key = file.next_entry()) {
+    const CS_CHAR* value = file.next_value();
+    if (value == nullptr) return file.failure();
+    if (std::string_view(key) == "kind") {
+      order.is_binary = std::string_view(value) == "binary";
+      if (!order.is_binary && std::string_view(value) != "weights") return CS_FAIL;
+    } else if (std::string_view(key) == "weights") {
+      has_weights = read_weights(value, order.weights);
+      if (!has_weights) return CS_FAIL;
+    } else if (std::string_view(key) != "description") {
+      return CS_FAIL;
+    }
+  }
+  if (file.failed() || order.is_binary == has_weights) return file.failure();
+  return file.close();
+}
+
+// The next character of a text that is not empty, its last one as far as it goes.
+std::span<const CS_BYTE> take_character(const char_attrib* attrib, std::span<const CS_BYTE>& text) {
+  const auto width = static_cast<std::size_t>(comn_char_width(attrib, text.data()));
+  const auto character = text.first(std::min(width, text.size()));
+  text = text.subspan(character.size());
+  return character;
+}
+
+CS_INT compare_bytes(std::span<const CS_BYTE> text1, std::span<const CS_BYTE> text2) {
+  const int order = std::memcmp(text1.data(), text2.data(), std::min(text1.size(), text2.size()));
+  if (order != 0) return order;
+  return static_cast<CS_INT>(text1.size()) - static_cast<CS_INT>(text2.size());
+}
+
+CS_INT compare_characters(const CsSortOrder& order, std::span<const CS_BYTE> character1,
+                          std::span<const CS_BYTE> character2) {
+  if (character1.size() == 1 && character2.size() == 1)
+    return order.weights[character1[0]] - order.weights[character2[0]];
+  if (character1.size() == 1) return -1;
+  if (character2.size() == 1) return 1;
+  return compare_bytes(character1, character2);
+}
+
+}  // namespace
+
+CS_INT compare_text(const CsSortOrder& order, const char_attrib* attrib,
+                    std::span<const CS_BYTE> text1, std::span<const CS_BYTE> text2) {
+  if (order.is_binary) return compare_bytes(text1, text2);
+  while (!text1.empty() && !text2.empty()) {
+    const auto character1 = take_character(attrib, text1);
+    const auto character2 = take_character(attrib, text2);
+    const CS_INT difference = compare_characters(order, character1, character2);
+    if (difference != 0) return difference;
+  }
+  return static_cast<CS_INT>(!text1.empty()) - static_cast<CS_INT>(!text2.empty());
+}
+
+void drop_sort_orders(CsSortOrder*& head) {
+  while (CsSortOrder* order = head) {
+    head = order->next;
+    comn_free(order);
+  }
+}
+
+}  // namespace comnlib
+
+using namespace comnlib;
+
+CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache_entry,
+                                     CS_CHAR* errbuf, CS_INT errlen) {
+  check_pointer(ctx);
+  check_pointer(cache_entry);
+  check_pointer(cache_entry->charname);
+  check_pointer(cache_entry->sortname);
+  const std::string_view charset = cache_entry->charname;
+  if (charset.size() >= COM_LOC_NAMESIZE) return trace(CS_FAIL);
+  Store* store = store_of(*ctx->ctxglobals);
+  if (store == nullptr) return trace(CS_MEM_ERROR);
+  for (CsSortOrder* known = store->sort_orders; known != nullptr; known = known->next) {
+    if (known->oid != oid || known->charset.data() != charset) continue;
+    cache_entry->locsortorder = known;
+    return trace(CS_SUCCEED);
+  }
+  INTL_HANDLE handle = nullptr;
+  const CS_RETCODE opened = com__open_charfile(ctx, cache_entry->charname, cache_entry->sortname,
+                                               "srt", &handle, errbuf, errlen);
+  if (opened != CS_SUCCEED) return trace(opened);
+  IntlFile file(*ctx, handle);
+  void* block = comn_malloc(sizeof(CsSortOrder));
+  if (block == nullptr) return trace(CS_MEM_ERROR);
+  auto* order = new (block) CsSortOrder{};
+  order->oid = oid;
+  charset.copy(order->charset.data(), charset.size());
+  const CS_RETCODE result = read_sort_order(file, *order);
+  if (result != CS_SUCCEED) {
+    comn_free(order);
+    return trace(result);
+  }
+  order->next = store->sort_orders;
+  store->sort_orders = order;
+  cache_entry->locsortorder = order;
+  return trace(CS_SUCCEED);
+}
+
+CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2) {
+  check_pointer(string1);
+  check_pointer(string2);
+  while (*string1 != 0 && *string1 == *string2) {
+    ++string1;
+    ++string2;
+  }
+  return *string1 - *string2;
+}
+
+CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, CS_INT length1,
+                        const CS_BYTE* text2, CS_INT length2) {
+  check_pointer(locale);
+  check_pointer(text1);
+  check_pointer(text2);
+  require(length1 >= 0 && length2 >= 0);
+  const std::span first(text1, static_cast<std::size_t>(length1));
+  const std::span second(text2, static_cast<std::size_t>(length2));
+  const CsSortOrder* order =
+      locale->collateptr == nullptr ? nullptr : locale->collateptr->locsortorder;
+  if (order == nullptr) return compare_bytes(first, second);
+  const CsCharDesc* charset = locale->collateptr->locchardesc;
+  return compare_text(*order, charset == nullptr ? nullptr : charset->char_attrib, first, second);
+}

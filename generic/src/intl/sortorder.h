@@ -1,0 +1,35 @@
+// Sort orders, and the comparison of texts by them.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "comnlib/locale.h"
+
+// One sort order of one character set. Texts compare character by character: single bytes by their
+// weights, longer characters by their bytes and behind every single byte.
+struct _cssortorder {
+  CsOid oid;
+  std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;
+  std::array<CS_BYTE, 256> weights;
+  bool is_binary;  // every byte weighs what it is, alone or within a character
+  CsSortOrder* next;
+};
+
+namespace comnlib {
+
+// Below 0, 0 or above 0, as memcmp. A text that begins another stands before it. Null attributes:
+// every character is one byte.
+CS_INT compare_text(const CsSortOrder& order, const char_attrib* attrib,
+                    std::span<const CS_BYTE> text1, std::span<const CS_BYTE> text2);
+
+void drop_sort_orders(CsSortOrder*& head);
+
+}  // namespace comnlib
+
+extern "C" {
+// Gives the cache entry the sort order that it names, of its character set, from the context's or
+// else from charsets/<charset>/<name>.srt.
+CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache_entry,
+                                     CS_CHAR* errbuf, CS_INT errlen);
+}

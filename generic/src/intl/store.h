@@ -1,0 +1,25 @@
+// What the readers keep for a context behind CsCtxGlobals.ctxoids: object identifiers, sort orders
+// and conversion tables. Made on first use, freed by com_intl_chardesc_drop.
+#pragma once
+
+#include "comnlib/locale.h"
+#include "intl/convcfg.h"
+#include "intl/convtable.h"
+#include "intl/objectid.h"
+#include "intl/sortorder.h"
+
+namespace comnlib {
+
+struct Store {
+  ObjectIds ids;
+  CsSortOrder* sort_orders;
+  ConvTable* tables;
+  std::span<const SystemAlgorithm> algorithms;
+};
+
+// The context's store; null when memory is out.
+Store* store_of(CsCtxGlobals& globals);
+
+void drop_store(CsCtxGlobals& globals);
+
+}  // namespace comnlib

@@ -1,0 +1,34 @@
+// Text arguments as views.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+
+#include "diag/diag.h"
+
+namespace comnlib {
+
+// A text with its length, which CS_NULLTERM leaves to its NUL. Null and other negative lengths stop
+// the process.
+inline std::string_view text_of(const CS_CHAR* text, CS_INT length,
+                                Place place = Place::current()) {
+  check_pointer(text, place);
+  if (length == CS_NULLTERM) return text;
+  require(length >= 0, place);
+  return {text, static_cast<std::size_t>(length)};
+}
+
+inline std::string_view text_of(const CS_CHAR* text, Place place = Place::current()) {
+  return text_of(text, CS_NULLTERM, place);
+}
+
+constexpr CS_INT length_of(std::string_view text) {
+  return static_cast<CS_INT>(text.size());
+}
+
+// Copies what fits of `text` in front of a NUL.
+inline void copy_cut(std::string_view text, CS_CHAR* to, CS_INT room) {
+  to[text.copy(to, static_cast<std::size_t>(room - 1))] = '\0';
+}
+
+}  // namespace comnlib

@@ -1,0 +1,31 @@
+// Conversion of text between character sets, by way of Unicode.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "comnlib/locale.h"
+
+namespace comnlib {
+
+// One end of a translation: UTF-16 in host byte order, or a loaded character set. A null descriptor
+// stands for the built-in default, ISO 8859-1.
+struct XlateEnd {
+  const CsCharDesc* charset;
+  bool utf16;
+};
+
+struct Translated {
+  CS_RETCODE code;
+  std::size_t written;  // bytes in `room`, always whole characters
+};
+
+// Translates `text` into `room`. CS_SUCCEED; CS_CVT_SUBSTITUTED when the target's replacement
+// character stands for characters that it lacks; CS_CVT_TRUNCATED when `room` ended first;
+// CS_CVT_BADXLATE at malformed text, what stands before it translated; CS_CVT_NOXLATE when no route
+// leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of memory.
+// A set's table is loaded under the context's mutex when it is first needed.
+Translated translate(CS_CONTEXT* context, XlateEnd from, XlateEnd to, std::span<const CS_BYTE> text,
+                     std::span<CS_BYTE> room);
+
+}  // namespace comnlib

@@ -1,0 +1,543 @@
+// The memory manager's public routines: pools, their locks and properties, subpools and removal.
+// Each call takes the lock of the family on entry and releases it on exit; what it calls in between
+// (heaps and disciplines) knows of no locks.
+#include <cassert>
+#include <cstring>
+
+#include "runtime/commmgr.h"
+
+#include "comnlib/thread.h"
+#include "runtime/commmgr_alloconly.h"
+#include "runtime/commmgr_uniform.h"
+
+using namespace comnlib;
+using namespace comnlib::mm;
+
+namespace {
+
+constexpr CS_INT kContextVersion = 113;
+constexpr CS_INT kDefaultChunkSize = 4120;
+constexpr CS_INT kDefaultBlockSize = 4096;
+// Least length of a buffer that has to hold its control area too. That area is longer; shorter
+// buffers are refused, those in between stop at their heap.
+constexpr CS_INT kLeastManaged = sizeof(MmHandle);
+
+// The default functions of a pool on a context: `param` is the context.
+CS_VOID* context_sbreak(MmHandle* /*handle*/, CS_VOID* param, CS_INT size) {
+  auto* ctx = static_cast<CS_CONTEXT*>(param);
+  return ctx->ctxmalloc(ctx, size);
+}
+
+CS_VOID context_unsbreak(MmHandle* /*handle*/, CS_VOID* param, CS_VOID* chunk) {
+  auto* ctx = static_cast<CS_CONTEXT*>(param);
+  ctx->ctxfree(ctx, chunk);
+}
+
+const CS_THREAD* threads_of(const MmHandle* handle) {
+  return handle->mmh_head->mph_ctx->ctxthread;
+}
+
+CS_RETCODE context_lock(MmHandle* handle, CS_VOID* lockarg) {
+  const CS_THREAD* threads = threads_of(handle);
+  if (threads == nullptr || threads->take_mutex_fn == nullptr) return CS_SUCCEED;
+  return threads->take_mutex_fn(static_cast<COMN_MUTEX*>(lockarg));
+}
+
+CS_RETCODE context_unlock(MmHandle* handle, CS_VOID* lockarg) {
+  const CS_THREAD* threads = threads_of(handle);
+  if (threads == nullptr || threads->release_mutex_fn == nullptr) return CS_SUCCEED;
+  return threads->release_mutex_fn(static_cast<COMN_MUTEX*>(lockarg));
+}
+
+bool has_lock(const MmPoolHead* head) {
+  return head->mph_lock != nullptr && head->mph_unlock != nullptr;
+}
+
+[[gnu::always_inline]] inline CS_RETCODE lock(MmHandle* handle) {
+  MmPoolHead* const head = handle->mmh_head;
+  if (!has_lock(head) || (head->mph_status & kRemoving) != 0) return CS_SUCCEED;
+  return head->mph_lock(handle, head->mph_lockarg);
+}
+
+[[gnu::always_inline]] inline CS_RETCODE unlock(MmHandle* handle) {
+  MmPoolHead* const head = handle->mmh_head;
+  return has_lock(head) ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
+}
+
+// Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
+// head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
+// count here do not change while the handle lives.
+CS_INT status_of(const MmHandle* handle) {
+  return __atomic_load_n(&handle->mmh_status, __ATOMIC_RELAXED);
+}
+
+void set_in_use(MmHandle* handle) {
+  if ((handle->mmh_status & kInUse) == 0)
+    __atomic_store_n(&handle->mmh_status, handle->mmh_status | kInUse, __ATOMIC_RELAXED);
+}
+
+[[gnu::always_inline]] inline void check_handle(const MmHandle* handle,
+                                                Place place = Place::current()) {
+  check_pointer(handle, place);
+  require((status_of(handle) & (kHandleAllocated | kHandleOfCaller)) != 0, place);
+  require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, place);
+}
+
+struct ControlArea {
+  MmPoolHead head;
+  MmHandle handle;
+};
+static_assert(sizeof(ControlArea) == MM_CTL_SIZE);
+
+void set_defaults(MmPoolHead* head, MmHandle* handle, CS_INT head_status, CS_INT handle_status) {
+  *head = {};
+  head->mph_chunksize = kDefaultChunkSize;
+  head->mph_maxsize = MM_NO_LIMIT;
+  head->mph_status = head_status;
+  std::memset(static_cast<void*>(handle), 0, sizeof *handle);
+  handle->mmh_head = head;
+  handle->mmh_type = MM_POOL_BUDDY;
+  handle->mmh_blocksize = kDefaultBlockSize;
+  handle->mmh_status = handle_status;
+}
+
+// Head and handle of a new pool on a context; null when the context has no memory.
+MmHandle* new_pool(CS_CONTEXT* ctx, MmHandle* control) {
+  if (control != nullptr) {
+    auto* area = reinterpret_cast<ControlArea*>(control);
+    set_defaults(&area->head, &area->handle, kHeadOfCaller, kHandleOfCaller);
+    return &area->handle;
+  }
+  void* const head = ctx->ctxmalloc(ctx, sizeof(MmPoolHead));
+  if (head == nullptr) return nullptr;
+  void* const handle = ctx->ctxmalloc(ctx, sizeof(MmHandle));
+  if (handle == nullptr) {
+    ctx->ctxfree(ctx, head);
+    return nullptr;
+  }
+  set_defaults(static_cast<MmPoolHead*>(head), static_cast<MmHandle*>(handle), kHeadAllocated,
+               kHandleAllocated);
+  return static_cast<MmHandle*>(handle);
+}
+
+// Zeroes the control records and gives back those that came from the context.
+void release_control(MmHandle* handle) {
+  MmPoolHead* const head = handle->mmh_head;
+  CS_CONTEXT* const ctx = head->mph_ctx;
+  const bool free_head = ctx != nullptr && (head->mph_status & kHeadAllocated) != 0;
+  const bool free_handle = ctx != nullptr && (handle->mmh_status & kHandleAllocated) != 0;
+  std::memset(static_cast<void*>(handle), 0, sizeof *handle);
+  *head = {};
+  if (free_handle) ctx->ctxfree(ctx, handle);
+  if (free_head) ctx->ctxfree(ctx, head);
+}
+
+CS_RETCODE install_context_lock(MmPoolHead* head) {
+  const CS_THREAD* const threads = head->mph_ctx->ctxthread;
+  if (threads == nullptr) return CS_SUCCEED;
+  if (threads->create_mutex_fn != nullptr) {
+    COMN_MUTEX* mutex = nullptr;
+    const CS_RETCODE result = threads->create_mutex_fn(&mutex);
+    if (result != CS_SUCCEED) return result;
+    head->mph_lockarg = mutex;
+    head->mph_status |= kOwnMutex;
+  }
+  head->mph_lock = context_lock;
+  head->mph_unlock = context_unlock;
+  return CS_SUCCEED;
+}
+
+void delete_own_mutex(const MmPoolHead* head) {
+  if ((head->mph_status & kOwnMutex) == 0) return;
+  const CS_THREAD* const threads = head->mph_ctx->ctxthread;
+  if (threads != nullptr && threads->delete_mutex_fn != nullptr)
+    threads->delete_mutex_fn(static_cast<COMN_MUTEX*>(head->mph_lockarg));
+}
+
+// Zeroes `size` bytes; small blocks, the most of them, without a call.
+inline void clear(void* memory, CS_INT size) {
+  constexpr CS_INT kStep = 16;
+  auto* bytes = static_cast<CS_BYTE*>(memory);
+  if (size < kStep) {
+    // Blocks end at a word.
+    for (CS_INT i = 0; i < size; i += kWord) std::memset(bytes + i, 0, kWord);
+    return;
+  }
+  if (size > 16 * kStep) {
+    std::memset(memory, 0, static_cast<std::size_t>(size));
+    return;
+  }
+  for (CS_INT i = 0; i < size - kStep; i += kStep) std::memset(bytes + i, 0, kStep);
+  std::memset(bytes + size - kStep, 0, kStep);
+}
+
+CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  switch (handle->mmh_type) {
+    case MM_POOL_BUDDY:
+      return buddy_allocate(handle, size, out);
+    case MM_POOL_ALLOCONLY:
+      return alloconly_allocate(handle, size, out);
+    case MM_POOL_UNIFORM:
+      return uniform_allocate(handle, size, out);
+    default:
+      stop();
+  }
+}
+
+CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
+  heap_of_user(handle->mmh_head, ptr);
+  switch (handle->mmh_type) {
+    case MM_POOL_BUDDY:
+      return buddy_free(handle, ptr);
+    case MM_POOL_ALLOCONLY:
+      return CS_FAIL;
+    case MM_POOL_UNIFORM:
+      return uniform_free(handle, ptr);
+    default:
+      stop();
+  }
+}
+
+CS_RETCODE reallocate(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {
+  switch (handle->mmh_type) {
+    case MM_POOL_BUDDY:
+      require((handle->mmh_status & kInUse) != 0);
+      return buddy_reallocate(handle, heap_of_user(handle->mmh_head, *ptr_inout), new_size,
+                              ptr_inout);
+    case MM_POOL_ALLOCONLY:
+    case MM_POOL_UNIFORM:
+      return CS_FAIL;
+    default:
+      stop();
+  }
+}
+
+MmHandle* find_subpool(const MmHandle* parent, CS_INT tag) {
+  MmHandle* child = parent->mmh_child;
+  while (child != nullptr && child->mmh_tagid != tag) child = child->mmh_sibling;
+  return child;
+}
+
+CS_RETCODE get_subpool(MmHandle* parent, CS_INT tag, MmHandle** subpool) {
+  MmHandle* const found = find_subpool(parent, tag);
+  if (found == nullptr) return com___subpool(parent, tag, subpool);
+  *subpool = found;
+  return CS_SUCCEED;
+}
+
+template <class Value>
+CS_RETCODE store(CS_VOID* buffer, Value value) {
+  static_assert(sizeof value == 4);
+  check_pointer(buffer);
+  std::memcpy(buffer, &value, sizeof value);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE get_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_INT buflen) {
+  const MmPoolHead* const head = handle->mmh_head;
+  switch (property) {
+    case MM_PROP_POOLTYPE:
+      return store(buffer, handle->mmh_type);
+    case MM_PROP_BLOCKSIZE:
+      return store(buffer, handle->mmh_blocksize);
+    case MM_PROP_SBREAK:
+      return store(buffer, head->mph_sbreak);
+    case MM_PROP_UNSBREAK:
+      return store(buffer, head->mph_unsbreak);
+    case MM_PROP_LOCK:
+      return store(buffer, head->mph_lock);
+    case MM_PROP_UNLOCK:
+      return store(buffer, head->mph_unlock);
+    case MM_PROP_SBREAKARG:
+    case MM_PROP_LOCKARG:
+      return CS_SUCCEED;  // the arguments are not told
+    case MM_PROP_CHUNKSIZE:
+      return store(buffer, head->mph_chunksize);
+    case MM_PROP_MAXSIZE:
+      return store(buffer, head->mph_maxsize);
+    case MM_PROP_SUBPOOL: {
+      check_pointer(buffer);
+      MmHandle* subpool = nullptr;
+      const CS_RETCODE result = get_subpool(handle, buflen, &subpool);
+      return result == CS_SUCCEED ? store(buffer, subpool) : result;
+    }
+    default:  // MM_PROP_ADDMEMORY
+      stop();
+  }
+}
+
+CS_INT number_at(const CS_VOID* buffer) {
+  check_pointer(buffer);
+  CS_INT value = 0;
+  std::memcpy(&value, buffer, sizeof value);
+  return value;
+}
+
+CS_INT size_at(const CS_VOID* buffer) {
+  const CS_INT size = number_at(buffer);
+  require(size >= 1);
+  return size;
+}
+
+CS_INT discipline_at(const CS_VOID* buffer) {
+  const CS_INT type = number_at(buffer);
+  require(type >= MM_POOL_NONE && type <= MM_POOL_UNIFORM);
+  return type;
+}
+
+// Sets a field that the first allocation fixes.
+CS_RETCODE set_unless_in_use(const MmHandle* handle, CS_INT& field, CS_INT value) {
+  if ((handle->mmh_status & kInUse) != 0) return CS_FAIL;
+  field = value;
+  return CS_SUCCEED;
+}
+
+template <class Function>
+CS_RETCODE set_function(Function& field, CS_VOID* buffer) {
+  check_pointer(buffer);
+  field = reinterpret_cast<Function>(buffer);
+  return CS_SUCCEED;
+}
+
+template <class Value>
+CS_RETCODE set_value(Value& field, Value value) {
+  field = value;
+  return CS_SUCCEED;
+}
+
+CS_RETCODE set_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_INT buflen) {
+  MmPoolHead* const head = handle->mmh_head;
+  switch (property) {
+    case MM_PROP_POOLTYPE:
+      return set_unless_in_use(handle, handle->mmh_type, discipline_at(buffer));
+    case MM_PROP_BLOCKSIZE:
+      return set_unless_in_use(handle, handle->mmh_blocksize, size_at(buffer));
+    case MM_PROP_SBREAK:
+      return set_function(head->mph_sbreak, buffer);
+    case MM_PROP_UNSBREAK:
+      return set_function(head->mph_unsbreak, buffer);
+    case MM_PROP_SBREAKARG:
+      return set_value(head->mph_param, buffer);
+    case MM_PROP_LOCK:
+      check_pointer(buffer);
+      return head->mph_lock != nullptr ? CS_FAIL : set_function(head->mph_lock, buffer);
+    case MM_PROP_UNLOCK:
+      return set_function(head->mph_unlock, buffer);
+    case MM_PROP_LOCKARG:
+      return set_value(head->mph_lockarg, buffer);
+    case MM_PROP_CHUNKSIZE:
+      return set_value(head->mph_chunksize, size_at(buffer));
+    case MM_PROP_MAXSIZE:
+      return set_value(head->mph_maxsize, size_at(buffer));
+    case MM_PROP_ADDMEMORY:
+      check_pointer(buffer);
+      return com___addheap(handle, buffer, buflen, kHeapOfCaller);
+    default:  // MM_PROP_SUBPOOL
+      return CS_FAIL;
+  }
+}
+
+// Gives up the lock as a whole; releases it when the call took it.
+CS_RETCODE clear_lock(MmHandle* handle) {
+  MmPoolHead* const head = handle->mmh_head;
+  const bool taken = has_lock(head);
+  head->mph_lock = nullptr;
+  const CS_RETCODE result = taken ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
+  if (result == CS_SUCCEED) delete_own_mutex(head);
+  head->mph_unlock = nullptr;
+  head->mph_lockarg = nullptr;
+  head->mph_status &= ~kOwnMutex;
+  return result;
+}
+
+CS_RETCODE control_size(CS_INT action, CS_VOID* buffer) {
+  require(action != CS_CLEAR);
+  return action == CS_GET ? store(buffer, CS_INT{MM_CTL_SIZE}) : CS_FAIL;
+}
+
+CS_RETCODE property_under_lock(MmHandle* mmh, CS_INT action, CS_INT property, CS_VOID* buffer,
+                               CS_INT buflen) {
+  const CS_RETCODE locked = lock(mmh);
+  if (locked != CS_SUCCEED) return locked;
+  if (action == CS_CLEAR) {
+    require(property >= MM_PROP_LOCK && property <= MM_PROP_UNLOCK);
+    return clear_lock(mmh);
+  }
+  const CS_RETCODE result = action == CS_GET ? get_property(mmh, property, buffer, buflen)
+                                             : set_property(mmh, property, buffer, buflen);
+  // The lock that has just been set is not taken.
+  const bool lock_set = action == CS_SET && property == MM_PROP_LOCK && result == CS_SUCCEED;
+  if (!lock_set) unlock(mmh);
+  return result;
+}
+
+MmHandle* top_of(MmHandle* handle) {
+  while (handle->mmh_parent != nullptr) handle = handle->mmh_parent;
+  return handle;
+}
+
+}  // namespace
+
+CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh) {
+  check_pointer(ctx);
+  check_pointer(mmh);
+  require(ctx->ctxversion >= kContextVersion);
+  require(aligned(*mmh));
+  MmHandle* const handle = new_pool(ctx, *mmh);
+  if (handle == nullptr) return trace(CS_FAIL);
+  MmPoolHead* const head = handle->mmh_head;
+  head->mph_ctx = ctx;
+  head->mph_param = ctx;
+  head->mph_sbreak = context_sbreak;
+  head->mph_unsbreak = context_unsbreak;
+  const CS_RETCODE result = install_context_lock(head);
+  if (result != CS_SUCCEED) {
+    release_control(handle);
+    return trace(result);
+  }
+  *mmh = handle;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh) {
+  check_pointer(buffer);
+  check_pointer(mmh);
+  require(buflen >= 0);
+  require(aligned(buffer) && aligned(*mmh));
+  auto* area = reinterpret_cast<ControlArea*>(*mmh);
+  if (area != nullptr) {
+    set_defaults(&area->head, &area->handle, kHeadOfCaller, kHandleOfCaller);
+    com___addheap(&area->handle, buffer, buflen, kHeapOfCaller);
+    *mmh = &area->handle;
+    return trace(CS_SUCCEED);
+  }
+  if (buflen < kLeastManaged) return trace(CS_FAIL);
+  const CS_INT rest = buflen - MM_CTL_SIZE;
+  require(rest == 0 || rest >= 9);  // before anything is written beyond a short buffer
+  area = static_cast<ControlArea*>(buffer);
+  set_defaults(&area->head, &area->handle, kHeadAllocated, kHandleAllocated);
+  if (rest != 0) com___addheap(&area->handle, area + 1, rest, kHeapOfCaller);
+  *mmh = &area->handle;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
+  check_handle(handle);
+  check_pointer(out_ptr);
+  require(size >= 0);
+  const CS_RETCODE locked = lock(handle);
+  if (locked != CS_SUCCEED) return trace(locked);
+  void* memory = nullptr;
+  const CS_RETCODE result = allocate(handle, size, &memory);
+  if (result == CS_SUCCEED) set_in_use(handle);
+  unlock(handle);
+  if (memory != nullptr) {
+    clear(memory, size);
+    *out_ptr = memory;
+  }
+  return trace(result);
+}
+
+CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
+  check_handle(handle);
+  check_pointer(ptr);
+  require(lock(handle) == CS_SUCCEED);
+  require((handle->mmh_status & kInUse) != 0);
+  const CS_RETCODE result = free_one(handle, ptr);
+  unlock(handle);
+  return trace(result);
+}
+
+CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {
+  check_handle(handle);
+  check_pointer(ptr_inout);
+  check_pointer(*ptr_inout);
+  require(new_size >= 0);
+  const CS_RETCODE locked = lock(handle);
+  if (locked != CS_SUCCEED) return trace(locked);
+  const CS_RETCODE result = reallocate(handle, new_size, ptr_inout);
+  unlock(handle);
+  return trace(result);
+}
+
+CS_RETCODE comn_mmproperty(MmHandle* mmh, CS_INT action, CS_INT property, CS_VOID* buffer,
+                           CS_INT buflen, CS_INT* outlen) {
+  check_handle(mmh);
+  require(action == CS_GET || action == CS_SET || action == CS_CLEAR);
+  require(property >= MM_PROP_POOLTYPE && property <= MM_PROP_BLOCKSIZE);
+  const CS_RETCODE result = property == MM_PROP_CTLSIZE
+                                ? control_size(action, buffer)
+                                : property_under_lock(mmh, action, property, buffer, buflen);
+  if (action == CS_GET && result == CS_SUCCEED && outlen != nullptr) *outlen = sizeof(CS_INT);
+  return trace(result);
+}
+
+CS_RETCODE comn_mmdrop(MmHandle* mmh, CS_INT option) {
+  check_handle(mmh);
+  require(option == MM_FORCE_DROP || option == CS_UNUSED);
+  const CS_RETCODE locked = lock(mmh);
+  if (locked != CS_SUCCEED) return trace(locked);
+  assert(com__mm_validate(mmh) == CS_SUCCEED);
+  if (option == MM_FORCE_DROP) return trace(com___remove_pool(top_of(mmh)));
+  if (mmh->mmh_child != nullptr) {
+    unlock(mmh);
+    return trace(CS_BUSY);
+  }
+  MmHandle* const parent = mmh->mmh_parent;
+  if (parent == nullptr) return trace(com___remove_pool(mmh));
+  const CS_RETCODE result = com___remove_subpool(mmh);
+  unlock(parent);
+  return trace(result);
+}
+
+CS_RETCODE comn_mmdiag() {
+  stop();
+}
+
+CS_RETCODE com___subpool(MmHandle* parent, CS_INT tag, MmHandle** subpool) {
+  void* memory = nullptr;
+  const CS_RETCODE result = com___getheap(parent, sizeof(MmHandle), &memory);
+  if (result != CS_SUCCEED) return trace(result);
+  std::memset(memory, 0, sizeof(MmHandle));
+  auto* child = static_cast<MmHandle*>(memory);
+  child->mmh_head = parent->mmh_head;
+  child->mmh_type = parent->mmh_type;
+  child->mmh_blocksize = parent->mmh_blocksize;
+  child->mmh_status = kHandleAllocated;
+  child->mmh_tagid = tag;
+  child->mmh_parent = parent;
+  child->mmh_sibling = parent->mmh_child;
+  parent->mmh_child = child;
+  *subpool = child;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE com___remove_subpool(MmHandle* handle) {
+  require(handle->mmh_parent != nullptr && handle->mmh_child == nullptr);
+  MmHandle** place = &handle->mmh_parent->mmh_child;
+  while (*place != nullptr && *place != handle) place = &(*place)->mmh_sibling;
+  require(*place != nullptr);
+  *place = handle->mmh_sibling;
+
+  MmHandle* const parent = handle->mmh_parent;
+  for (MmBlock *block = handle->mmh_blocks, *next = nullptr; block != nullptr; block = next) {
+    next = block->next;
+    com___putheap(parent, block);
+  }
+  std::memset(static_cast<void*>(handle), 0, sizeof *handle);
+  return trace(com___putheap(parent, handle));
+}
+
+CS_RETCODE com___remove_pool(MmHandle* handle) {
+  MmPoolHead* const head = handle->mmh_head;
+  head->mph_status |= kRemoving;
+  for (MmHeap *heap = head->mph_heap, *next = nullptr; heap != nullptr; heap = next) {
+    next = heap->next;
+    if (heap->status == kHeapObtained && head->mph_unsbreak != nullptr)
+      head->mph_unsbreak(handle, head->mph_param, heap);
+  }
+  unlock(handle);
+  delete_own_mutex(head);
+  release_control(handle);
+  return trace(CS_SUCCEED);
+}

@@ -1,0 +1,278 @@
+// The memory manager's records and the routines that its files share.
+//
+// Layering, from the chunk to the caller:
+//   heap   a chunk: MmHeap, then blocks side by side, each a size word and its bytes; the free ones
+//          are on the heap's list, by address
+//   block  what one handle took from the heaps: a link (MmBlock) and the bytes, on mmh_blocks
+//   buddy block, uniform node, alloc-only region   what a discipline makes of a block
+//
+// All of it is aligned to 4 and lies in memory that changes its use; other code reads these blocks
+// too, so their layouts and the order of the lists are fixed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "comnlib/memory.h"
+#include "diag/diag.h"
+
+// The same bytes are header, link and user memory in turn.
+#define MM_OVERLAY __attribute__((may_alias))
+
+struct MmHeap;
+struct MmBlock;
+
+struct MmPoolHead {
+  MM_SBREAK_FUNC mph_sbreak;
+  MM_UNSBREAK_FUNC mph_unsbreak;
+  CS_VOID* mph_param;
+  MM_LOCK_FUNC mph_lock;
+  MM_UNLOCK_FUNC mph_unlock;
+  CS_VOID* mph_lockarg;
+  CS_INT mph_chunksize; /* least size of a chunk to obtain */
+  CS_INT mph_totalsize; /* of all chunks ever added; stays at the largest number */
+  CS_INT mph_maxsize;   /* limit of mph_totalsize, or MM_NO_LIMIT */
+  MmHeap* mph_heap;     /* newest first */
+  CS_CONTEXT* mph_ctx;  /* null for a pool in caller memory */
+  CS_INT mph_status;
+} MM_OVERLAY;
+
+// A free block of a heap. `size` counts the bytes behind the size word. A block of less than 4
+// bytes has no room for the link; it can only be the last of its heap, where the link is null
+// anyway.
+struct MmList {
+  CS_INT size;
+  MmList* link;
+} MM_OVERLAY;
+
+struct MmHeap {
+  CS_INT size; /* of the chunk, this header included */
+  CS_INT status;
+  MmHeap* next;
+  MmList* free; /* by address */
+  CS_BYTE buffer[4];
+} MM_OVERLAY;
+
+struct MmBlock {
+  MmBlock* next;
+} MM_OVERLAY;
+
+// A buddy block: `size` is the header word (see mm::kLarge and below), the links are valid while it
+// is free.
+struct MmDList {
+  CS_UINT size;
+  MmDList* next;
+  MmDList* prev;
+} MM_OVERLAY;
+
+struct MmBuddyPool {
+  CS_INT bpmax; /* highest order */
+  MmDList* free[16];
+};
+
+struct MmUniformPool {
+  CS_INT uniform_size; /* as requested */
+  CS_INT node_size;    /* header word included */
+  CS_VOID* free;
+};
+
+struct MmAllocOnlyPool {
+  CS_VOID* free; /* regions, newest first */
+};
+
+struct _mmhandle {
+  MmPoolHead* mmh_head;
+  CS_INT mmh_type;
+  CS_INT mmh_blocksize;
+  CS_INT mmh_status;
+  CS_INT mmh_tagid;
+  MmBlock* mmh_blocks; /* newest first */
+  MmHandle* mmh_parent;
+  MmHandle* mmh_child;   /* newest first */
+  MmHandle* mmh_sibling; /* next child of the same parent */
+  union {
+    MmBuddyPool buddy;
+    MmUniformPool uniform;
+    MmAllocOnlyPool alloconly;
+  } mmh_pool;
+} MM_OVERLAY;
+
+static_assert(sizeof(MmPoolHead) == 48);
+static_assert(offsetof(MmPoolHead, mph_unsbreak) == 4);
+static_assert(offsetof(MmPoolHead, mph_param) == 8);
+static_assert(offsetof(MmPoolHead, mph_lock) == 12);
+static_assert(offsetof(MmPoolHead, mph_unlock) == 16);
+static_assert(offsetof(MmPoolHead, mph_lockarg) == 20);
+static_assert(offsetof(MmPoolHead, mph_chunksize) == 24);
+static_assert(offsetof(MmPoolHead, mph_totalsize) == 28);
+static_assert(offsetof(MmPoolHead, mph_maxsize) == 32);
+static_assert(offsetof(MmPoolHead, mph_heap) == 36);
+static_assert(offsetof(MmPoolHead, mph_ctx) == 40);
+static_assert(offsetof(MmPoolHead, mph_status) == 44);
+static_assert(sizeof(MmHandle) == 104);
+static_assert(offsetof(MmHandle, mmh_type) == 4);
+static_assert(offsetof(MmHandle, mmh_blocksize) == 8);
+static_assert(offsetof(MmHandle, mmh_status) == 12);
+static_assert(offsetof(MmHandle, mmh_tagid) == 16);
+static_assert(offsetof(MmHandle, mmh_blocks) == 20);
+static_assert(offsetof(MmHandle, mmh_parent) == 24);
+static_assert(offsetof(MmHandle, mmh_child) == 28);
+static_assert(offsetof(MmHandle, mmh_sibling) == 32);
+static_assert(offsetof(MmHandle, mmh_pool) == 36);
+static_assert(sizeof(MmBuddyPool) == 68);
+static_assert(offsetof(MmBuddyPool, free) == 4);
+static_assert(sizeof(MmUniformPool) == 12);
+static_assert(offsetof(MmUniformPool, node_size) == 4);
+static_assert(offsetof(MmUniformPool, free) == 8);
+static_assert(sizeof(MmAllocOnlyPool) == 4);
+static_assert(sizeof(MmList) == 8);
+static_assert(offsetof(MmList, link) == 4);
+static_assert(offsetof(MmHeap, status) == 4);
+static_assert(offsetof(MmHeap, next) == 8);
+static_assert(offsetof(MmHeap, free) == 12);
+static_assert(offsetof(MmHeap, buffer) == 16);
+static_assert(sizeof(MmBlock) == 4);
+static_assert(sizeof(MmDList) == 12);
+static_assert(offsetof(MmDList, next) == 4);
+static_assert(offsetof(MmDList, prev) == 8);
+static_assert(sizeof(MmPoolHead) + sizeof(MmHandle) == MM_CTL_SIZE);
+
+extern "C" {
+
+// Heaps (commmgr_heap.cpp). Sizes are at least 0.
+
+// Takes a block of `size` bytes from the first heap that has one, or from a new chunk.
+CS_RETCODE com___getheap(MmHandle* handle, CS_INT size, CS_VOID** out);
+// Obtains a chunk of exactly `size` bytes and adds it. CS_FAIL without a source, beyond the limit
+// and when the source has none.
+CS_RETCODE com___sbreak(MmHandle* handle, CS_INT size);
+// Adds memory of at least 9 bytes as a heap.
+CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_INT status);
+// Takes back what com___getheap handed out; gives back a chunk that is wholly free then.
+CS_RETCODE com___putheap(MmHandle* handle, CS_VOID* ptr);
+// Puts a block on its heap's list and merges it with its neighbours.
+CS_RETCODE com___insert_block(MmHeap* heap, MmList* block);
+// The same as com___getheap and com___putheap, for a block on the handle's own list.
+CS_RETCODE com___getblock(MmHandle* handle, CS_INT size, CS_VOID** out);
+CS_RETCODE com___putblock(MmHandle* handle, CS_VOID* ptr);
+
+// Pools (commmgr.cpp). The caller holds the lock.
+CS_RETCODE com___subpool(MmHandle* parent, CS_INT tag, MmHandle** subpool);
+CS_RETCODE com___remove_subpool(MmHandle* handle);
+// Removes the family of a top pool and unlocks.
+CS_RETCODE com___remove_pool(MmHandle* handle);
+
+// Buddy blocks (commmgr_buddy.cpp): halves a block of a higher order until there is one of `order`.
+// CS_FAIL when there is none to halve.
+CS_RETCODE com___buddy_split(MmHandle* handle, CS_INT order);
+
+// Invariants (commmgr_check.cpp): CS_SUCCEED when the heaps and all handles of the family are
+// consistent, else CS_FAIL. Walks everything; for tests and debug builds.
+CS_RETCODE com__mm_validate(const MmHandle* handle);
+}
+
+namespace comnlib::mm {
+
+// mph_status
+inline constexpr CS_INT kHeadAllocated = 1;
+inline constexpr CS_INT kHeadOfCaller = 2;
+inline constexpr CS_INT kOwnMutex = 16;
+inline constexpr CS_INT kRemoving = 32;  // no more locking
+
+// mmh_status
+inline constexpr CS_INT kHandleAllocated = 1;
+inline constexpr CS_INT kHandleOfCaller = 2;
+inline constexpr CS_INT kInUse = 8;  // discipline and block size are fixed
+
+// MmHeap.status
+inline constexpr CS_INT kHeapObtained = 1;
+inline constexpr CS_INT kHeapOfCaller = 2;
+
+inline constexpr CS_INT kWord = 4;
+inline constexpr CS_INT kHeapHeader = offsetof(MmHeap, buffer);
+// A heap of one free block: the heap's header and the block's size word.
+inline constexpr CS_INT kHeapOverhead = kHeapHeader + kWord;
+inline constexpr CS_INT kRegionHeader = 24;
+// Larger requests cannot be met; below it no sum of a size and its overheads overflows.
+inline constexpr CS_INT kMaxRequest = std::numeric_limits<CS_INT>::max() - 64;
+
+// The header word of a buddy block.
+inline constexpr CS_UINT kLarge = 0x80000000;     // from the heap directly; the rest is the size
+inline constexpr CS_UINT kFree = 0x40000000;      // on a free list
+inline constexpr CS_UINT kMarkMask = 0x001ffff0;  // base mark: address bits of the top-level block
+inline constexpr CS_UINT kOrderMask = 0x0000000f;
+inline constexpr CS_UINT kAddressMask = 0x0007fffc;  // the address bits that a base mark holds
+inline constexpr CS_INT kMaxOrder = 15;
+inline constexpr CS_INT kMinShift = 4;  // a block of order k spans 2^(k + kMinShift) bytes
+
+constexpr CS_INT span_of(CS_INT order) {
+  return CS_INT{1} << (order + kMinShift);
+}
+
+constexpr CS_INT order_of(CS_UINT header) {
+  return static_cast<CS_INT>(header & kOrderMask);
+}
+
+constexpr CS_INT round_to_word(CS_INT size) {
+  return (size + kWord - 1) & ~(kWord - 1);
+}
+
+inline std::uintptr_t address(const void* pointer) {
+  return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+inline bool aligned(const void* pointer) {
+  return address(pointer) % kWord == 0;
+}
+
+// The record `offset` bytes behind (before) another one.
+template <class Record>
+Record* at(void* base, CS_INT offset) {
+  return reinterpret_cast<Record*>(static_cast<CS_BYTE*>(base) + offset);
+}
+template <class Record>
+const Record* at(const void* base, CS_INT offset) {
+  return reinterpret_cast<const Record*>(static_cast<const CS_BYTE*>(base) + offset);
+}
+
+// How far a block lies behind the start of its top-level block, which the base mark tells. Marks
+// and addresses are taken modulo 2^19, so a top-level block may cross a boundary of that size.
+inline CS_UINT offset_in_top(const void* block, CS_UINT header) {
+  return (static_cast<CS_UINT>(address(block)) - ((header & kMarkMask) >> 2)) & kAddressMask;
+}
+
+// The link of a free block of a heap; a block without room for it is the last one.
+inline MmList* link_of(const MmList* block) {
+  return block->size < kWord ? nullptr : block->link;
+}
+
+// The end counts as inside: an alloc-only pool hands it out for an empty request.
+inline bool contains(const MmHeap* heap, const void* pointer) {
+  return address(pointer) - address(heap) <= static_cast<CS_UINT>(heap->size);
+}
+
+// The heap that holds an address, or null.
+inline MmHeap* find_heap(const MmPoolHead* head, const void* pointer) {
+  MmHeap* heap = head->mph_heap;
+  while (heap != nullptr && !contains(heap, pointer)) heap = heap->next;
+  return heap;
+}
+
+// The heap that holds a user address; stops when there is none.
+inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
+                            Place place = Place::current()) {
+  MmHeap* const heap = find_heap(head, ptr);
+  require(heap != nullptr && aligned(ptr), place);
+  require(address(ptr) - address(heap) >= kHeapOverhead + sizeof(MmBlock), place);
+  return heap;
+}
+
+// The disciplines. `allocate` leaves `out` alone when it hands out nothing; the pointers to free
+// and to reallocate lie in a heap.
+CS_RETCODE buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
+CS_RETCODE buddy_free(MmHandle* handle, CS_VOID* ptr);
+CS_RETCODE buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new_size,
+                            CS_VOID** ptr_inout);
+
+}  // namespace comnlib::mm

@@ -1,0 +1,230 @@
+// The buddy discipline, in three rules: a request takes a block of the smallest order that holds it
+// and its header word; a block of order k is half of one of order k + 1 and is made by splitting
+// that; freed blocks are merged with their other half only when splitting finds none.
+//
+// Every buddy block starts with its header word. The list of order k holds the free blocks of that
+// order, last freed first.
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "runtime/commmgr.h"
+
+using namespace comnlib;
+using namespace comnlib::mm;
+
+namespace {
+
+constexpr CS_INT floor_log2(CS_UINT value) {
+  return static_cast<CS_INT>(std::bit_width(value)) - 1;
+}
+
+// The smallest order whose block holds `size` bytes and the header word; beyond every pool's
+// highest order for large ones.
+constexpr CS_INT order_for(CS_INT size) {
+  return floor_log2(static_cast<CS_UINT>(std::max(size, 12)) + 3) - 3;
+}
+static_assert(order_for(0) == 0 && order_for(12) == 0);
+static_assert(order_for(13) == 1 && order_for(28) == 1);
+static_assert(order_for(29) == 2 && order_for(60) == 2);
+
+constexpr CS_INT highest_order(CS_INT blocksize) {
+  return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - 3, 0, kMaxOrder);
+}
+static_assert(highest_order(4096) == 8 && highest_order(4098) == 9);
+static_assert(highest_order(16) == 0 && highest_order(1 << 30) == kMaxOrder);
+
+// In the lists of orders that the pool does not have.
+MmDList* no_list() {
+  return reinterpret_cast<MmDList*>(~std::uintptr_t{0});
+}
+
+// The block size becomes that of a top-level block, with a word more: a reallocation copies the
+// capacity, and of the last buddy that ends a word behind it.
+void set_up(MmHandle* handle) {
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  pool.bpmax = highest_order(handle->mmh_blocksize);
+  handle->mmh_blocksize = span_of(pool.bpmax) + kWord;
+  std::fill_n(pool.free, pool.bpmax + 1, nullptr);
+  std::fill(pool.free + pool.bpmax + 1, std::end(pool.free), no_list());
+}
+
+void push(MmBuddyPool& pool, MmDList* block, CS_INT order) {
+  MmDList* const first = pool.free[order];
+  block->next = first;
+  block->prev = nullptr;
+  if (first != nullptr) first->prev = block;
+  pool.free[order] = block;
+}
+
+void unlink(MmBuddyPool& pool, MmDList* block, CS_INT order) {
+  (block->prev == nullptr ? pool.free[order] : block->prev->next) = block->next;
+  if (block->next != nullptr) block->next->prev = block->prev;
+}
+
+MmDList* pop(MmBuddyPool& pool, CS_INT order) {
+  MmDList* const block = pool.free[order];
+  require((block->size & (kLarge | kFree | kOrderMask)) == (kFree | static_cast<CS_UINT>(order)));
+  pool.free[order] = block->next;
+  if (block->next != nullptr) block->next->prev = nullptr;
+  return block;
+}
+
+CS_UINT with_order(CS_UINT header, CS_INT order) {
+  return (header & ~kOrderMask) | static_cast<CS_UINT>(order);
+}
+
+// Whether a header that is not of a large block can stand where it does.
+bool plausible(const MmBuddyPool& pool, const MmDList* block) {
+  const CS_UINT header = block->size;
+  const CS_UINT offset = offset_in_top(block, header);
+  return (header & ~(kFree | kMarkMask | kOrderMask)) == 0 && order_of(header) <= pool.bpmax &&
+         offset < static_cast<CS_UINT>(span_of(pool.bpmax)) &&
+         offset % static_cast<CS_UINT>(span_of(order_of(header))) == 0;
+}
+
+// The size that a large block was asked for. What the heap gave for it, behind the handle's link,
+// is hardly more; anything else is no large block.
+CS_INT size_of_large(const MmDList* block) {
+  const auto size = static_cast<CS_INT>(block->size & ~kLarge);
+  const std::int64_t room = std::int64_t{at<MmList>(block, -2 * kWord)->size} - 2 * kWord;
+  require(size <= room && room - size < 3 * kWord);
+  return size;
+}
+
+MmDList* buddy_of(MmDList* block) {
+  const CS_INT order = order_of(block->size);
+  const CS_UINT index = offset_in_top(block, block->size) >> (order + kMinShift);
+  return at<MmDList>(block, index % 2 == 1 ? -span_of(order) : span_of(order));
+}
+
+// Merges the free pairs of one order; whether there was any.
+bool merge_pairs(MmBuddyPool& pool, CS_INT order) {
+  constexpr CS_UINT kSameTop = ~(kFree | kOrderMask);
+  bool merged = false;
+  for (MmDList *block = pool.free[order], *next = nullptr; block != nullptr; block = next) {
+    next = block->next;
+    require(plausible(pool, block) && order_of(block->size) == order);
+    MmDList* const buddy = buddy_of(block);
+    require((buddy->size & kSameTop) == (block->size & kSameTop));
+    require(order_of(buddy->size) <= order_of(block->size));
+    if (buddy->size != block->size) continue;
+
+    if (next == buddy) next = buddy->next;
+    unlink(pool, block, order);
+    unlink(pool, buddy, order);
+    MmDList* const lower = std::min(block, buddy);
+    lower->size = with_order(lower->size, order + 1);
+    push(pool, lower, order + 1);
+    merged = true;
+  }
+  return merged;
+}
+
+bool compact(MmBuddyPool& pool, CS_INT order) {
+  bool merged = false;
+  for (CS_INT j = 0; j < order; ++j) merged |= merge_pairs(pool, j);
+  return merged;
+}
+
+CS_RETCODE add_top_level(MmHandle* handle) {
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  void* memory = nullptr;
+  const CS_RETCODE result = com___getblock(handle, handle->mmh_blocksize, &memory);
+  if (result != CS_SUCCEED) return result;
+  auto* top = static_cast<MmDList*>(memory);
+  const CS_UINT mark = (static_cast<CS_UINT>(address(top)) & kAddressMask) << 2;
+  top->size = with_order(mark | kFree, pool.bpmax);
+  push(pool, top, pool.bpmax);
+  return CS_SUCCEED;
+}
+
+// Tries to put a block on the empty list of `order`. Compaction may succeed without: it counts any
+// pair that it merged.
+CS_RETCODE replenish(MmHandle* handle, CS_INT order) {
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  if (com___buddy_split(handle, order) == CS_SUCCEED) return CS_SUCCEED;
+  if (compact(pool, order)) return CS_SUCCEED;
+  const CS_RETCODE result = add_top_level(handle);
+  if (result == CS_SUCCEED && order < pool.bpmax)
+    require(com___buddy_split(handle, order) == CS_SUCCEED);
+  return result;
+}
+
+CS_RETCODE allocate_large(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  if (size > kMaxRequest) return CS_MEM_ERROR;
+  void* memory = nullptr;
+  const CS_RETCODE result = com___getblock(handle, size + kWord, &memory);
+  if (result != CS_SUCCEED) return result;
+  auto* header = static_cast<CS_UINT*>(memory);
+  *header = static_cast<CS_UINT>(size) | kLarge;
+  *out = header + 1;
+  return CS_SUCCEED;
+}
+
+}  // namespace
+
+CS_RETCODE com___buddy_split(MmHandle* handle, CS_INT order) {
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  CS_INT from = order + 1;
+  while (from <= pool.bpmax && pool.free[from] == nullptr) ++from;
+  if (from > pool.bpmax) return trace(CS_FAIL);
+  for (; from > order; --from) {
+    MmDList* const lower = pop(pool, from);
+    auto* upper = at<MmDList>(lower, span_of(from - 1));
+    lower->size = with_order(lower->size, from - 1);
+    upper->size = lower->size;
+    push(pool, upper, from - 1);
+    push(pool, lower, from - 1);
+  }
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE mm::buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  if ((handle->mmh_status & kInUse) == 0) set_up(handle);
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  const CS_INT order = order_for(size);
+  if (order > pool.bpmax) return allocate_large(handle, size, out);
+  if (pool.free[order] == nullptr) {
+    const CS_RETCODE result = replenish(handle, order);
+    if (pool.free[order] == nullptr) return result;
+  }
+  MmDList* const block = pop(pool, order);
+  block->size &= ~kFree;
+  *out = at<void>(block, kWord);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE mm::buddy_free(MmHandle* handle, CS_VOID* ptr) {
+  MmBuddyPool& pool = handle->mmh_pool.buddy;
+  auto* block = at<MmDList>(ptr, -kWord);
+  if ((block->size & kLarge) != 0) {
+    size_of_large(block);
+    block->size = kFree;  // no longer large, and freeing it again stops
+    return com___putblock(handle, block);
+  }
+  require((block->size & kFree) == 0);  // freed twice
+  require(plausible(pool, block));
+  block->size |= kFree;
+  push(pool, block, order_of(block->size));
+  return CS_SUCCEED;
+}
+
+CS_RETCODE mm::buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new_size,
+                                CS_VOID** ptr_inout) {
+  const auto* block = at<MmDList>(*ptr_inout, -kWord);
+  const bool large = (block->size & kLarge) != 0;
+  require(large || ((block->size & kFree) == 0 && plausible(handle->mmh_pool.buddy, block)));
+  // Of a buddy block the header word counts too; callers depend on when a block moves.
+  const CS_INT capacity = large ? size_of_large(block) : span_of(order_of(block->size));
+  if (new_size <= capacity) return CS_SUCCEED;
+
+  require(capacity <= heap->size - static_cast<CS_INT>(address(*ptr_inout) - address(heap)));
+  void* moved = nullptr;
+  const CS_RETCODE result = buddy_allocate(handle, new_size, &moved);
+  if (moved == nullptr) return result;
+  std::memcpy(moved, *ptr_inout, static_cast<std::size_t>(capacity));
+  const CS_RETCODE freed = buddy_free(handle, *ptr_inout);
+  *ptr_inout = moved;
+  return freed;
+}

@@ -1,0 +1,48 @@
+// The uniform discipline's slow paths: the first request, a further slab, a doubtful free.
+#include "runtime/commmgr_uniform.h"
+
+#include <algorithm>
+
+using namespace comnlib;
+using namespace comnlib::mm;
+
+namespace {
+
+void set_up(MmHandle* handle, CS_INT size) {
+  MmUniformPool& pool = handle->mmh_pool.uniform;
+  pool.uniform_size = size;
+  // A free node has to hold its link, also when the requests are for nothing.
+  pool.node_size = std::max(round_to_word(size), kWord) + kWord;
+  pool.free = nullptr;
+  handle->mmh_blocksize =
+      std::max(handle->mmh_blocksize - handle->mmh_blocksize % pool.node_size, pool.node_size);
+}
+
+CS_RETCODE add_slab(MmHandle* handle) {
+  MmUniformPool& pool = handle->mmh_pool.uniform;
+  void* slab = nullptr;
+  const CS_RETCODE result = com___getblock(handle, handle->mmh_blocksize, &slab);
+  if (result != CS_SUCCEED) return result;
+  // From the back, so that nodes are handed out by ascending address.
+  for (CS_INT end = handle->mmh_blocksize; end > 0; end -= pool.node_size) {
+    auto* node = at<UniformNode>(slab, end - pool.node_size);
+    node->size = pool.node_size;
+    uniform_push(pool, node);
+  }
+  return CS_SUCCEED;
+}
+
+}  // namespace
+
+CS_RETCODE mm::uniform_prepare(MmHandle* handle, CS_INT size) {
+  if (size > kMaxRequest) return CS_MEM_ERROR;
+  if ((handle->mmh_status & kInUse) == 0) set_up(handle, size);
+  if (size != handle->mmh_pool.uniform.uniform_size) return CS_FAIL;
+  return add_slab(handle);
+}
+
+bool mm::uniform_listed(const MmUniformPool& pool, const UniformNode* node) {
+  const auto* free = static_cast<const UniformNode*>(pool.free);
+  while (free != nullptr && free != node) free = free->next;
+  return free != nullptr;
+}

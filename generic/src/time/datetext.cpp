@@ -1,0 +1,474 @@
+// Reading and writing datetime text. A Cursor never moves past the text it was given, and no value
+// leaves here that is not a valid datetime.
+#include "time/datetext.h"
+
+#include <algorithm>
+
+#include <emmintrin.h>
+
+#include "time/datetime.h"
+
+namespace comnlib {
+namespace {
+
+constexpr bool is_blank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+constexpr bool is_digit_value(int value) {
+  return static_cast<unsigned>(value) <= 9;
+}
+constexpr bool is_digit(char c) {
+  return is_digit_value(c - '0');
+}
+constexpr char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+// Bytes above ASCII belong to letters.
+constexpr bool is_letter(char c) {
+  return (lower(c) >= 'a' && lower(c) <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+}
+constexpr bool is_separator(char c) {
+  return c == '/' || c == '-' || c == '.';
+}
+
+// A run of digits; `value` is meaningful up to nine of them.
+struct Number {
+  CS_INT value = 0;
+  std::size_t digits = 0;
+
+  bool is_short() const { return digits == 1 || digits == 2; }  // a month, a day, part of a time
+  bool is_full_year() const { return digits == 4; }
+  bool is_year() const { return digits == 2 || digits == 4; }
+};
+
+constexpr CS_INT year_of(const Number& number) {
+  if (number.digits == 4) return number.value;
+  return number.value + (number.value < 50 ? 2000 : 1900);
+}
+
+class Cursor {
+ public:
+  explicit Cursor(std::string_view text) : rest_(text) {}
+
+  bool done() const { return rest_.empty(); }
+  char peek() const { return rest_.empty() ? '\0' : rest_.front(); }
+
+  bool take(char c) {
+    if (rest_.empty() || rest_.front() != c) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  // True when there was a blank.
+  bool skip_blanks() {
+    const std::size_t before = rest_.size();
+    while (is_blank(peek())) rest_.remove_prefix(1);
+    return rest_.size() != before;
+  }
+
+  Number number() {
+    Number result;
+    for (const char c : rest_) {
+      if (!is_digit(c)) break;
+      if (result.digits < 9) result.value = result.value * 10 + (c - '0');
+      ++result.digits;
+    }
+    rest_.remove_prefix(result.digits);
+    return result;
+  }
+
+  // Whether a time such as "3:05" begins here.
+  bool at_time() const {
+    Cursor ahead = *this;
+    return ahead.number().digits != 0 && ahead.peek() == ':';
+  }
+
+  // How far the text here spells `word`, ignoring case: its length, or 0. A letter behind it makes
+  // it another word.
+  std::size_t spells(std::string_view word) const {
+    if (word.empty() || word.size() > rest_.size()) return 0;
+    const auto same = [](char a, char b) { return lower(a) == lower(b); };
+    if (!std::equal(word.begin(), word.end(), rest_.begin(), same)) return 0;
+    if (word.size() < rest_.size() && is_letter(rest_[word.size()])) return 0;
+    return word.size();
+  }
+
+  void skip(std::size_t count) { rest_.remove_prefix(count); }
+
+ private:
+  std::string_view rest_;
+};
+
+enum class Meridiem { none, am, pm };
+
+// What a text says, before anything is compared with the calendar.
+struct Reading {
+  CS_INT year = 1900;
+  CS_INT month = 1;
+  CS_INT day = 1;
+  CS_INT hour = 0;
+  CS_INT minute = 0;
+  CS_INT second = 0;
+  CS_INT ticks = 0;  // within the second
+  Meridiem meridiem = Meridiem::none;
+  bool iso_date = false;  // a "T" may follow
+
+  bool set_date(const Number& y, const Number& m, const Number& d) {
+    if (!y.is_year() || !m.is_short() || !d.is_short()) return false;
+    year = year_of(y);
+    month = m.value;
+    day = d.value;
+    return true;
+  }
+};
+
+// Where year, month and day stand in each order.
+struct Places {
+  CS_BYTE year, month, day;
+};
+constexpr std::array<Places, 6> kPlaces = {
+    {{2, 0, 1}, {2, 1, 0}, {0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}}};
+
+constexpr const Places& places_of(DateOrder order) {
+  return kPlaces[static_cast<std::size_t>(order)];
+}
+
+// Three numbers with two equal separators. Four digits in front are the year, and month and day
+// follow in this order unless the locale writes year, day, month; "yyyy-mm-dd" is the same
+// anywhere.
+bool scan_numeric_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  std::array<Number, 3> numbers;
+  numbers[0] = in.number();
+  const char separator = in.peek();
+  if (!is_separator(separator)) return false;
+  for (std::size_t i = 1; i < 3; ++i) {
+    if (!in.take(separator)) return false;
+    numbers[i] = in.number();
+  }
+  DateOrder order = conventions.order;
+  if (numbers[0].is_full_year()) {
+    reading.iso_date = separator == '-';
+    if (reading.iso_date || order != DateOrder::year_day_month) order = DateOrder::year_month_day;
+  }
+  const Places& at = places_of(order);
+  return reading.set_date(numbers[at.year], numbers[at.month], numbers[at.day]);
+}
+
+// 0 when no month's name stands here, else its number. The longest name wins.
+CS_INT scan_month(Cursor& in, const DateConventions& conventions) {
+  std::size_t longest = 0;
+  CS_INT month = 0;
+  for (std::size_t i = 0; i < 12; ++i) {
+    const std::size_t length =
+        std::max(in.spells(conventions.months[i]), in.spells(conventions.short_months[i]));
+    if (length <= longest) continue;
+    longest = length;
+    month = static_cast<CS_INT>(i) + 1;
+  }
+  in.skip(longest);
+  return month;
+}
+
+// Between the elements of a named date: one of "/-." alone, or blanks and at most one comma.
+void skip_between(Cursor& in) {
+  if (is_separator(in.peek())) {
+    in.skip(1);
+    return;
+  }
+  in.skip_blanks();
+  in.take(',');
+  in.skip_blanks();
+}
+
+// Whether the first of two numbers beside a month's name is the day. Four digits are a year; of two
+// numbers that leave it open the locale's order decides.
+bool day_comes_first(const Number& a, const Number& b, DateOrder order) {
+  if (a.is_full_year() || b.is_full_year()) return b.is_full_year();
+  const bool a_is_day = a.value <= 31;
+  const bool b_is_day = b.value <= 31;
+  if (a.digits != b.digits) return b.digits == 2;
+  if (a_is_day != b_is_day) return a_is_day;
+  return places_of(order).day < places_of(order).year;
+}
+
+// A month's name with day and year, in any order.
+bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  std::array<Number, 2> numbers;
+  std::size_t found = 0;
+  CS_INT month = 0;
+  for (std::size_t element = 0; element < 3; ++element) {
+    if (element != 0) skip_between(in);
+    // The name first: some locales' names begin with a digit.
+    if (month == 0 && (month = scan_month(in, conventions)) != 0) continue;
+    if (found == 2 || !is_digit(in.peek()) || in.at_time()) return false;
+    numbers[found++] = in.number();
+  }
+  const bool day_first = day_comes_first(numbers[0], numbers[1], conventions.order);
+  const Number& year = numbers[day_first ? 1 : 0];
+  const Number& day = numbers[day_first ? 0 : 1];
+  return reading.set_date(year, {month, 2}, day);
+}
+
+// "yyyymmdd", "yymmdd" or "yyyy".
+bool scan_compact_date(Cursor& in, const DateConventions&, Reading& reading) {
+  const Number number = in.number();
+  if (number.is_full_year()) return reading.set_date(number, {1, 2}, {1, 2});
+  if (number.digits != 6 && number.digits != 8) return false;
+  reading.iso_date = number.digits == 8;
+  return reading.set_date({number.value / 10000, number.digits - 4}, {number.value / 100 % 100, 2},
+                          {number.value % 100, 2});
+}
+
+bool scan_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  for (auto* const form : {scan_numeric_date, scan_named_date, scan_compact_date}) {
+    Cursor ahead = in;
+    Reading attempt;
+    if (!form(ahead, conventions, attempt)) continue;
+    in = ahead;
+    reading = attempt;
+    return true;
+  }
+  return false;
+}
+
+constexpr auto kPowersOf10 = [] {
+  std::array<CS_UINT, 10> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+
+// The digits behind the point of a second as ticks, or -1 unless there are one to nine. Like 999
+// milliseconds, a fraction never becomes the next second.
+CS_INT ticks_of_fraction(const Number& fraction) {
+  if (fraction.digits < 1 || fraction.digits > 9) return -1;
+  const CS_UINT nanoseconds =
+      static_cast<CS_UINT>(fraction.value) * kPowersOf10[9 - fraction.digits];
+  const CS_UINT ticks = (nanoseconds * 3 + 5'000'000) / 10'000'000;
+  return static_cast<CS_INT>(std::min<CS_UINT>(ticks, kTicksPerSecond - 1));
+}
+
+bool scan_milliseconds(Cursor& in, Reading& reading) {
+  const Number number = in.number();
+  if (number.digits < 1 || number.digits > 3) return false;
+  reading.ticks = static_cast<CS_INT>(ticks_of_milliseconds(number.value));
+  return true;
+}
+
+void scan_meridiem(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  Cursor ahead = in;
+  ahead.skip_blanks();
+  const std::size_t am = ahead.spells(conventions.am);
+  const std::size_t pm = ahead.spells(conventions.pm);
+  if (am == pm) return;
+  reading.meridiem = am > pm ? Meridiem::am : Meridiem::pm;
+  ahead.skip(std::max(am, pm));
+  in = ahead;
+}
+
+bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  const auto scan_short = [&in](CS_INT& value) {
+    const Number number = in.number();
+    value = number.value;
+    return number.is_short();
+  };
+  if (!scan_short(reading.hour) || !in.take(':') || !scan_short(reading.minute)) return false;
+  if (in.take(':')) {
+    if (!scan_short(reading.second)) return false;
+    if (in.take(':')) {
+      if (!scan_milliseconds(in, reading)) return false;
+    } else if (in.take('.')) {
+      reading.ticks = ticks_of_fraction(in.number());
+      if (reading.ticks < 0) return false;
+    }
+  }
+  scan_meridiem(in, conventions, reading);
+  return true;
+}
+
+bool scan(Cursor& in, const DateConventions& conventions, Reading& reading) {
+  in.skip_blanks();
+  if (in.done()) return true;
+  if (!in.at_time()) {
+    if (!scan_date(in, conventions, reading)) return false;
+    const bool joined = reading.iso_date && in.take('T');
+    const bool apart = !joined && in.skip_blanks();
+    if (!joined && in.done()) return true;
+    if (!joined && !apart) return false;
+  }
+  if (!scan_time(in, conventions, reading)) return false;
+  in.skip_blanks();
+  return in.done();
+}
+
+// False when the clock has no such time.
+bool resolve_meridiem(Reading& reading) {
+  if (reading.meridiem == Meridiem::none) return true;
+  if (reading.hour < 1 || reading.hour > 12) return false;
+  reading.hour = reading.hour % 12 + (reading.meridiem == Meridiem::pm ? 12 : 0);
+  return true;
+}
+
+[[gnu::always_inline]] inline ParsedDate make(const Reading& reading) {
+  CS_INT days = 0;
+  if (make_days(reading.year, reading.month - 1, reading.day, days) != kDateDone ||
+      reading.hour > 23 || reading.minute > 59 || reading.second > 59)
+    return {DateText::overflow, {}};
+  return {DateText::done,
+          {days, reading.hour * kTicksPerHour + reading.minute * kTicksPerMinute +
+                     reading.second * kTicksPerSecond + reading.ticks}};
+}
+
+// Apart from the fast path, whose frame stays small without it.
+[[gnu::noinline]] ParsedDate parse_any(std::string_view text, const DateConventions& conventions) {
+  Reading reading;
+  Cursor in(text);
+  if (!scan(in, conventions, reading)) return {DateText::syntax, {}};
+  if (!resolve_meridiem(reading)) return {DateText::overflow, {}};
+  return make(reading);
+}
+
+constexpr std::size_t kIsoSeconds = std::string_view("yyyy-mm-ddThh:mm:ss").size();
+
+// "yyyy-mm-ddThh:mm:ss" with a blank or "T": the text of interchange files, told apart from all
+// others by its layout. `text` has kIsoSeconds bytes. False leaves them to scan(), which reads them
+// the same way.
+bool read_iso(const char* text, Reading& reading) {
+  // The first 16 bytes at once. Bit i of a mask stands for byte i.
+  constexpr int kDigits = 0b1101'1011'0110'1111;
+  constexpr int kSeparators = 0b0010'0000'1001'0000;
+  const auto bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+  const auto layout =
+      _mm_setr_epi8('y', 'y', 'y', 'y', '-', 'm', 'm', '-', 'd', 'd', 'T', 'h', 'h', ':', 'm', 'm');
+  const auto values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+  const auto digit_mask = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+  const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, layout));
+  const int tens_of_second = text[17] - '0';
+  const int ones_of_second = text[18] - '0';
+  if (_mm_movemask_epi8(digit_mask) != kDigits || (found & kSeparators) != kSeparators ||
+      (text[10] != 'T' && text[10] != ' ') || text[16] != ':' || !is_digit_value(tens_of_second) ||
+      !is_digit_value(ones_of_second))
+    return false;
+  // Byte i of pairs: digit i times 10 plus digit i + 1. Zeros for the rest keep the shifts apart.
+  const auto digits = _mm_and_si128(values, digit_mask);
+  const auto tens = _mm_add_epi8(_mm_slli_epi16(digits, 1), _mm_slli_epi16(digits, 3));
+  const auto pairs = _mm_add_epi8(tens, _mm_srli_si128(digits, 1));
+  reading.year = (_mm_extract_epi16(pairs, 0) & 0xFF) * 100 + (_mm_extract_epi16(pairs, 1) & 0xFF);
+  reading.month = _mm_extract_epi16(pairs, 2) >> 8;
+  reading.day = _mm_extract_epi16(pairs, 4) & 0xFF;
+  reading.hour = _mm_extract_epi16(pairs, 5) >> 8;
+  reading.minute = _mm_extract_epi16(pairs, 7) & 0xFF;
+  reading.second = tens_of_second * 10 + ones_of_second;
+  return true;
+}
+
+// What follows the seconds to the end of the text as ticks: a point and a fraction, or else -1.
+[[gnu::noinline]] CS_INT read_iso_fraction(std::string_view text) {
+  Cursor in(text);
+  if (!in.take('.')) return -1;
+  const CS_INT ticks = ticks_of_fraction(in.number());
+  return in.done() ? ticks : -1;
+}
+
+// Writes into room that was measured beforehand.
+class Writer {
+ public:
+  explicit Writer(char* at) : at_(at) {}
+
+  void text(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
+  void put(char c) { *at_++ = c; }
+
+  // In exactly `width` columns, which the value does not exceed.
+  void number(CS_INT value, int width, char fill = '0') {
+    for (int column = width; column-- > 0; value /= 10)
+      at_[column] = value != 0 || column == width - 1 ? static_cast<char>('0' + value % 10) : fill;
+    at_ += width;
+  }
+
+ private:
+  char* at_;
+};
+
+constexpr std::size_t kIsoLength = std::string_view("yyyy-mm-ddThh:mm:ss.mmm").size();
+constexpr std::size_t kDefaultLength = std::string_view(" dd yyyy hh:mm").size();
+constexpr std::size_t kLongLength = std::string_view(" dd yyyy hh:mm:ss:mmm").size();
+
+void write_iso(const CS_DATEREC& rec, Writer& out) {
+  out.number(rec.dateyear, 4);
+  out.put('-');
+  out.number(rec.datemonth + 1, 2);
+  out.put('-');
+  out.number(rec.datedmonth, 2);
+  out.put('T');
+  out.number(rec.datehour, 2);
+  out.put(':');
+  out.number(rec.dateminute, 2);
+  out.put(':');
+  out.number(rec.datesecond, 2);
+  out.put('.');
+  out.number(rec.datemsecond, 3);
+}
+
+void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view meridiem,
+                 const DateConventions& conventions, Writer& out) {
+  const Places& at = places_of(conventions.order);
+  for (CS_BYTE place = 0; place < 3; ++place) {
+    if (place == at.year) {
+      out.number(rec.dateyear, 4);
+    } else if (place == at.month) {
+      out.text(month);
+    } else {
+      out.number(rec.datedmonth, 2, ' ');
+    }
+    out.put(' ');
+  }
+  const CS_INT hour = rec.datehour % 12;
+  out.number(hour == 0 ? 12 : hour, 2, ' ');
+  out.put(':');
+  out.number(rec.dateminute, 2);
+  if (conventions.style == COM_DATESTYLE_LONG) {
+    out.put(':');
+    out.number(rec.datesecond, 2);
+    out.put(':');
+    out.number(rec.datemsecond, 3);
+  }
+  out.text(meridiem);
+}
+
+}  // namespace
+
+ParsedDate parse_datetime(std::string_view text, const DateConventions& conventions) {
+  Reading reading;
+  if (text.size() >= kIsoSeconds && read_iso(text.data(), reading)) {
+    if (text.size() != kIsoSeconds) reading.ticks = read_iso_fraction(text.substr(kIsoSeconds));
+    if (reading.ticks >= 0) return make(reading);
+  }
+  return parse_any(text, conventions);
+}
+
+FormattedDate format_datetime(const CS_DATETIME& value, const DateConventions& conventions,
+                              std::span<char> room) {
+  CS_DATEREC rec{};
+  com__datecrack(&value, &rec);
+  com__timecrack(&value, &rec);
+  if (rec.dateyear < kFirstYear || rec.dateyear > kLastYear || rec.datehour > 23)
+    return {DateText::domain, 0};
+
+  Writer out(room.data());
+  if (conventions.style == COM_DATESTYLE_ISO) {
+    if (room.size() < kIsoLength) return {DateText::style, 0};
+    write_iso(rec, out);
+    return {DateText::done, kIsoLength};
+  }
+  if (conventions.style != COM_DATESTYLE_DEFAULT && conventions.style != COM_DATESTYLE_LONG)
+    return {DateText::style, 0};
+  const std::string_view month = conventions.short_months[static_cast<std::size_t>(rec.datemonth)];
+  const std::string_view meridiem = rec.datehour < 12 ? conventions.am : conventions.pm;
+  const std::size_t length =
+      month.size() + meridiem.size() +
+      (conventions.style == COM_DATESTYLE_LONG ? kLongLength : kDefaultLength);
+  if (month.empty() || meridiem.empty() || length > room.size()) return {DateText::style, 0};
+  write_named(rec, month, meridiem, conventions, out);
+  return {DateText::done, length};
+}
+
+}  // namespace comnlib

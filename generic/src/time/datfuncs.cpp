@@ -1,0 +1,71 @@
+// The public layer over the calendar: checks pointers and forwards.
+#include "comnlib/datetime.h"
+#include "diag/diag.h"
+#include "time/datetime.h"
+
+using namespace comnlib;
+
+namespace {
+
+template <class T>
+constexpr CS_INT order(T a, T b) {
+  return (a > b) - (a < b);
+}
+
+}  // namespace
+
+CS_RETCODE com_datecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
+  check_pointer(dt);
+  check_pointer(rec);
+  com__datecrack(dt, rec);
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE com_timecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
+  check_pointer(dt);
+  check_pointer(rec);
+  com__timecrack(dt, rec);
+  return trace(CS_SUCCEED);
+}
+
+CS_INT com_datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday) {
+  check_pointer(dt);
+  return com__datepart(part, dt, firstday);
+}
+
+CS_INT com_datename(CS_INT part, const CS_DATETIME* dt, CS_CHAR* text, const CS_CHAR* const* months,
+                    const CS_CHAR* const* days) {
+  check_pointer(dt);
+  check_pointer(text);
+  return com__datename(part, dt, text, months, days);
+}
+
+CS_INT com_datecmp(const CS_DATETIME* a, const CS_DATETIME* b) {
+  check_pointer(a);
+  check_pointer(b);
+  return a->dtdays != b->dtdays ? order(a->dtdays, b->dtdays) : order(a->dttime, b->dttime);
+}
+
+CS_INT com_date4cmp(const CS_DATETIME4* a, const CS_DATETIME4* b) {
+  check_pointer(a);
+  check_pointer(b);
+  return a->days != b->days ? order(a->days, b->days) : order(a->minutes, b->minutes);
+}
+
+CS_RETCODE com_datezero(CS_DATETIME* dt) {
+  check_pointer(dt);
+  *dt = {};
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE com_date4zero(CS_DATETIME4* dt4) {
+  check_pointer(dt4);
+  *dt4 = {};
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE com_setdatetime(CS_DATETIME* dt, CS_INT days, CS_INT ticks) {
+  check_pointer(dt);
+  *dt = {days, ticks};
+  return trace(CS_SUCCEED);
+}

@@ -1,0 +1,409 @@
+// Configuration files: the scanner against the token table as regular expressions, the grammar and
+// its error reports by example, the store, includes, allocation failures.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "comnlib/diag.h"
+#include "config/comcfg.h"
+#include "support/host_alloc.h"
+#include "support/scratch.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+struct Token {
+  CS_INT code;
+  std::string text;
+  bool operator==(const Token&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& to, const Token& token) {
+  return to << token.code << " >" << testing::PrintToString(token.text) << "<";
+}
+
+void write_file(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+// The token table: a rule counts when its match is the longest, of equal ones the first.
+std::vector<Token> reference_tokens(const std::string& text) {
+  struct Rule {
+    CS_INT code;
+    std::regex pattern;
+  };
+  static const std::vector<Rule> normal = {
+      {CFG_INCLUDE, std::regex("[iI][nN][cC][lL][uU][dD][eE]")},
+      {CFG_CONTINUATION, std::regex("\\\\\r?\n")},
+      {CFG_EQUALS, std::regex("=")},
+      {CFG_IDENT, std::regex("[a-zA-Z][a-zA-Z0-9#./_]*")},
+      {CFG_OPEN, std::regex("\\[")},
+      {CFG_NEWLINE, std::regex("\r?\n")},
+      {CFG_CLOSE, std::regex("\\]")},
+      {CFG_STRING_START, std::regex("\"")},
+      {CFG_UNKNOWN, std::regex("[\r\\\\]")},
+      {CFG_VALUE, std::regex("([^ \t\f\r\n\"\\[\\]=\\\\]|\\\\[^ \t\f\r\n\"\\[\\]=])+")},
+      {CFG_SPACE, std::regex("[ \t\f]+")},
+  };
+  static const std::vector<Rule> comment = {
+      {CFG_SPACE, std::regex("[ \t\f]*;([^\r\n]|\r(?!\n))*")},
+  };
+  static const std::vector<Rule> string = {
+      {CFG_CONTINUATION, std::regex("\\\\\r?\n")},
+      {CFG_ESCAPED_QUOTE, std::regex("\"\"")},
+      {CFG_STRING_VALUE, std::regex("([^\"\\\\]|\\\\\"|\\\\(?!\"|\r?\n))+")},
+      {CFG_STRING_END, std::regex("\"")},
+  };
+  std::vector<Token> tokens;
+  bool in_string = false;
+  for (std::size_t at = 0; at < text.size();) {
+    const auto from = text.begin() + static_cast<std::ptrdiff_t>(at);
+    Token best{CFG_END, ""};
+    const auto attempt = [&](const std::vector<Rule>& rules) {
+      for (const Rule& rule : rules) {
+        std::smatch match;
+        if (std::regex_search(from, text.end(), match, rule.pattern,
+                              std::regex_constants::match_continuous) &&
+            match.str().size() > best.text.size())
+          best = {rule.code, match.str()};
+      }
+    };
+    if (!in_string && (at == 0 || text[at - 1] == '\n')) attempt(comment);
+    if (best.code == CFG_END) attempt(in_string ? string : normal);
+    if (best.code == CFG_STRING_START) in_string = true;
+    if (best.code == CFG_STRING_END) in_string = false;
+    at += best.text.size();
+    tokens.push_back(best);
+  }
+  return tokens;
+}
+
+std::vector<Token> scan(const std::string& text) {
+  write_file("scan.cfg", text);
+  CS_CONTEXT context{};
+  CfgParseInfo* parse = nullptr;
+  EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context, "scan.cfg", &parse));
+  std::vector<Token> tokens;
+  for (CS_INT code = cfg__lex(parse); code != CFG_END; code = cfg__lex(parse)) {
+    CS_INT length = 0;
+    const CS_CHAR* bytes = cfg__toktext(parse, &length);
+    tokens.push_back({code, std::string(bytes, static_cast<std::size_t>(length))});
+  }
+  EXPECT_EQ(CS_SUCCEED, cfg__clean_parse(parse));
+  return tokens;
+}
+
+std::string troublesome_text(std::mt19937& random) {
+  static const std::vector<std::string> parts = {
+      "include", "InClude", "includes", "a_b.c/d#e", "12ab", "a-b", "\\",  "\\\\", "\\\"", "\"",
+      "\"\"",    "\"x\"",   "[",        "]",         "=",    ";",   "; c", " ",    "\t",   "\f",
+      "\n",      "\r\n",    "\r",       "\\\n",      "\xc3", "\0"s, "a",   ":",    "\v",   "\\x"};
+  std::string text;
+  for (auto left = random() % 14; left > 0; --left) text += parts[random() % parts.size()];
+  return text;
+}
+
+class Config : public testing::Test {
+ protected:
+  std::filesystem::path home_ = std::filesystem::current_path();
+  scratch::Directory directory_;
+  CS_CONTEXT context_{};
+  std::size_t before_ = host_alloc::live_blocks();
+
+  Config() { std::filesystem::current_path(directory_.path()); }
+  ~Config() override {
+    std::filesystem::current_path(home_);
+    comn_drop_cfg(&context_);
+    EXPECT_EQ(before_, host_alloc::live_blocks());
+  }
+
+  CS_RETCODE load(const std::string& text) {
+    comn_drop_cfg(&context_);
+    write_file("nuv.cfg", text);
+    return comn_init_cfg(&context_, "nuv.cfg");
+  }
+
+  // What loading `text` reports.
+  std::string complaint(const std::string& text) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CS_FAIL, load(text));
+    EXPECT_EQ(nullptr, context_.ctxconfig);
+    return testing::internal::GetCapturedStderr();
+  }
+
+  std::string get(const char* section, const char* entry) {
+    std::array<char, 256> buffer{};
+    CS_INT length = -1;
+    const CS_RETCODE result =
+        comn_get_cfg(&context_, section, entry, buffer.data(), buffer.size(), &length);
+    return result == CS_SUCCEED ? std::string(buffer.data(), static_cast<std::size_t>(length))
+                                : "absent";
+  }
+};
+
+TEST_F(Config, ScannerAgreesWithTheTokenTable) {
+  std::mt19937 random(41);
+  for (int i = 0; i < 2500; ++i) {
+    const std::string text = troublesome_text(random);
+    ASSERT_EQ(reference_tokens(text), scan(text)) << testing::PrintToString(text);
+  }
+}
+
+// A comment of every length near the window's moves the text over the window's end.
+TEST_F(Config, ScannerAgreesOverTheWindowsEnd) {
+  std::mt19937 random(42);
+  for (std::size_t length = 16384 - 60; length < 16384 + 4; ++length) {
+    const std::string text =
+        troublesome_text(random) + "\"a\\\n\\\"\"\"b\"\\\r\nword; \r\n ; c\r\n";
+    std::vector<Token> expected = reference_tokens(text);
+    const std::string comment(length, ';');
+    expected.insert(expected.begin(), {{CFG_SPACE, comment}, {CFG_NEWLINE, "\n"}});
+    ASSERT_EQ(expected, scan(comment + "\n" + text)) << length;
+  }
+}
+
+TEST_F(Config, WindowAndCollectedTexts) {
+  write_file("scan.cfg", "abc");
+  CfgParseInfo* parse = nullptr;
+  ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+  EXPECT_EQ('a', cfg__getc(parse));
+  EXPECT_EQ('b', cfg__getc(parse));
+  cfg__marktok(parse);
+  EXPECT_EQ('c', cfg__getc(parse));
+  EXPECT_EQ(-1, cfg__getc(parse));
+  cfg__newtok(parse);
+  cfg__cat(parse, 0);
+  cfg__cat(parse, 1);
+  cfg__newtok(parse);
+  cfg__nexttok(parse);
+  EXPECT_EQ('c', cfg__getc(parse));
+  cfg__catbuf(parse, "xyz", 2);
+  EXPECT_EQ("ab ab", comnlib::collected(*parse, 0));
+  EXPECT_EQ("xy", comnlib::collected(*parse, 1));
+  cfg__clean_parse(parse);
+}
+
+TEST_F(Config, TokensHaveAnyLength) {
+  const std::string word(3000000, 'w');
+  EXPECT_EQ((std::vector<Token>{{CFG_IDENT, word}}), scan(word));
+  EXPECT_EQ(CS_SUCCEED, load("[s]\na = \"" + word + "\"\n"));
+  CS_INT length = 0;
+  EXPECT_EQ(CS_FAIL, comn_get_cfg(&context_, "s", "a", nullptr, 0, &length));
+  EXPECT_EQ(static_cast<CS_INT>(word.size()), length);
+}
+
+TEST_F(Config, Values) {
+  const struct {
+    const char* label;
+    std::string line;
+    std::string value;
+  } rows[] = {
+      {"identifier", "a = word", "word"},
+      {"no blanks", "a=12ab", "12ab"},
+      {"keyword", "a = include", "include"},
+      {"touching pieces", "a = pre\"fix ed\"/x", "prefix ed/x"},
+      {"parted pieces", "a =  one \t two\f\"three\"  ", "one two three"},
+      {"semicolon and hash", "a = x ; y # z", "x ; y # z"},
+      {"doubled quote", "a = \"say \"\"so\"\"\"", "say \"so\""},
+      {"backslash before a quote", "a = \"c:\\\"", "c:\\\""},
+      {"empty", "a = \"\"", ""},
+      {"line end in a string", "a = \"one\ntwo\"", "one\ntwo"},
+      {"continued string", "a = \"one\\\ntwo\"", "onetwo"},
+      {"continued, touching", "a = one\\\r\ntwo", "onetwo"},
+      {"continued, parted", "a = one \\\n  two", "one two"},
+      {"continued at once", "a = \\\n one", "one"},
+      {"NUL and high bytes", "a = 1\0\xff"s, "1\0\xff"s},
+      {"last counts", "a = 1\na = 23\na = 4", "4"},
+      {"commented", " ; a = 2\na = 1\n; a = 3", "1"},
+  };
+  for (const auto& row : rows) {
+    std::string text = "[s]\n" + row.line;
+    if (text.ends_with("\\\"")) text += "\"";
+    ASSERT_EQ(CS_SUCCEED, load(text)) << row.label;
+    EXPECT_EQ(row.value, get("s", "a")) << row.label;
+    EXPECT_EQ(CS_SUCCEED, load(text + "\r\n")) << row.label;
+  }
+}
+
+TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
+  const struct {
+    std::string text;
+    const char* report;
+  } rows[] = {
+      {"\n[s]\nname value\n",
+       "nuv.cfg, line 3: expected '=' behind the entry's name, found ident\n"},
+      {"a = 1\n", "line 1: expected a section header before the first entry"},
+      {"[s\n", "line 1: expected ']' behind the section's name, found newline"},
+      {"[]\n", "line 1: expected the name of a section, found ]"},
+      {"[s] x\n", "line 1: expected the end of the line, found ident"},
+      {"[s]\na =\n", "line 2: expected a value behind '=', found newline"},
+      {"[s]\na = b = c", "line 2: expected the end of the line, found ="},
+      {"[s]\na = \"cut\n\n", "line 4: expected the closing quote of a string, found end of file"},
+      {"[s]\na = 1\\\n2\n]", "line 4: expected a section, an entry, an include or a comment"},
+      {"[s]\na = b\rc", "line 2: expected the end of the line, found unknown token"},
+      {"include\n", "line 1: expected the path of the file to include"},
+      {"include \"\"\n", "line 1: expected the path of a file"},
+      {"\ninclude nothere\n", "line 2: expected the path of a file that can be opened"},
+      {"include nuv.cfg\n", "line 1: the file includes itself"},
+  };
+  for (const auto& row : rows) {
+    const std::string report = complaint(row.text);
+    EXPECT_NE(report.npos, report.find(row.report)) << row.text << report;
+  }
+}
+
+TEST_F(Config, FilesThatAreNone) {
+  std::filesystem::create_directory("nuv.cfg.d");
+  for (const char* const path : {"nuv.cfg.d", "missing.cfg", ""}) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, path)) << path;
+    EXPECT_NE("", testing::internal::GetCapturedStderr()) << path;
+    EXPECT_GT(0, context_.ctxintlerr) << path;
+  }
+}
+
+TEST_F(Config, LookUps) {
+  EXPECT_EQ("absent", get("s", "a"));
+  ASSERT_EQ(CS_SUCCEED, load("[s]\na = value\n[t]\na = other\n[s]\nb = more\n[empty]"));
+  EXPECT_EQ("value", get("s", "a"));
+  EXPECT_EQ("more", get("s", "b"));
+  EXPECT_EQ("other", get("t", "a"));
+  for (const auto& [section, entry] : {std::pair{"S", "a"},
+                                       {"s", "A"},
+                                       {"s", ""},
+                                       {"", "a"},
+                                       {"t", "b"},
+                                       {"empty", "a"},
+                                       {"s", "t"}})
+    EXPECT_EQ("absent", get(section, entry)) << section << "." << entry;
+
+  char buffer[8] = "*******";
+  CS_INT length = 0;
+  EXPECT_EQ(CS_FAIL, comn_get_cfg(&context_, "s", "a", buffer, 4, &length));
+  EXPECT_EQ(5, length);
+  EXPECT_STREQ("*******", buffer);
+  EXPECT_EQ(CS_SUCCEED, comn_get_cfg(&context_, "s", "a", buffer, 5, &length));
+  EXPECT_STREQ("value**", buffer);
+  EXPECT_EQ(CS_SUCCEED, comn_get_cfg(&context_, "s", "a", buffer, 6, &length));
+  EXPECT_STREQ("value", buffer);
+
+  const CsConfig* shared = context_.ctxconfig;
+  EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context_, "nuv.cfg"));
+  EXPECT_EQ(shared, context_.ctxconfig);
+  EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, "other.cfg"));
+  EXPECT_EQ("value", get("s", "a"));
+  EXPECT_EQ(CS_SUCCEED, comn_drop_cfg(&context_));
+  EXPECT_EQ("absent", get("s", "a"));
+}
+
+TEST_F(Config, ManyEntriesFromManyThreads) {
+  std::string text;
+  for (int s = 0; s < 300; ++s) {
+    text += "[s" + std::to_string(s) + "]\n";
+    for (int e = 0; e < 10; ++e)
+      text += "e" + std::to_string(e) + " = " + std::to_string(s * 10 + e) + "\n";
+  }
+  ASSERT_EQ(CS_SUCCEED, load(text));
+  std::vector<std::thread> readers;
+  for (int t = 0; t < 3; ++t)
+    readers.emplace_back([this] {
+      for (int i = 0; i < 3000; ++i)
+        EXPECT_EQ(std::to_string(i), get(("s" + std::to_string(i / 10)).c_str(),
+                                         ("e" + std::to_string(i % 10)).c_str()));
+    });
+  for (auto& reader : readers) reader.join();
+}
+
+TEST_F(Config, Includes) {
+  std::filesystem::create_directories("sub/deep");
+  write_file("sub/first.cfg", "[s]\nb = first\ninclude \"./deep/second.cfg\"\nc = first\n");
+  write_file("sub/deep/second.cfg", "[s]\nb = second\n[t]\na = second\n");
+  ASSERT_EQ(CS_SUCCEED, load("[s]\na = top\nINCLUDE sub/first.cfg\nd = top\n"));
+  EXPECT_EQ("top second first top",
+            get("s", "a") + " " + get("s", "b") + " " + get("s", "c") + " " + get("s", "d"));
+  EXPECT_EQ("second", get("t", "a"));
+
+  write_file("sub/deep/second.cfg", "include ../../sub/deep/second.cfg");
+  EXPECT_NE("", complaint("include sub/first.cfg"));
+  write_file("sub/deep/second.cfg", "\n[s\n");
+  const std::string report = complaint("include sub/first.cfg");
+  EXPECT_NE(report.npos, report.find("sub/deep/second.cfg, line 2:")) << report;
+
+  for (int i = 1; i <= CFG_MAX_DEPTH; ++i)
+    write_file("d" + std::to_string(i), "include d" + std::to_string(i + 1) + "\n");
+  write_file("d" + std::to_string(CFG_MAX_DEPTH), "[s]\na = deep\n");
+  ASSERT_EQ(CS_SUCCEED, load("include d1"));
+  EXPECT_EQ("deep", get("s", "a"));
+  write_file("d0", "include d1");
+  EXPECT_NE("", complaint("include d0"));
+}
+
+TEST_F(Config, DefaultFileLiesBelowTheHome) {
+  std::filesystem::create_directories("home/config");
+  std::filesystem::create_directories("home/sub/config");
+  write_file("home/config/nuv.cfg", "[s]\na = plain\n");
+  write_file("home/sub/config/nuv.cfg", "[s]\na = nuv\n");
+  const scratch::Variable home("TALVEN", "home");
+  const scratch::Variable variable("TALVEN_NUV", nullptr);
+  for (const char* const nuv : {"", "sub"}) {
+    variable.set(nuv);
+    ASSERT_EQ(CS_SUCCEED, comn_init_cfg(&context_, nullptr));
+    EXPECT_EQ(*nuv == '\0' ? "plain" : "nuv", get("s", "a"));
+    comn_drop_cfg(&context_);
+  }
+}
+
+TEST_F(Config, SurvivesEveryAllocationFailure) {
+  write_file("more.cfg", "[t]\na = " + std::string(5000, 'x') + "\n");
+  std::string text = "[s]\ninclude more.cfg\nb = \"" + std::string(40000, 'y') + "\"\n";
+  for (int i = 0; i < 100; ++i) text += "e" + std::to_string(i) + " = 1\n";
+  write_file("nuv.cfg", text);
+  testing::internal::CaptureStderr();
+  const std::size_t allocations = host_alloc::sweep([&](auto failed) {
+    const CS_RETCODE result = comn_init_cfg(&context_, "nuv.cfg");
+    EXPECT_EQ(failed() ? CS_MEM_ERROR : CS_SUCCEED, result);
+    EXPECT_EQ(failed(), context_.ctxconfig == nullptr);
+    comn_drop_cfg(&context_);
+    EXPECT_EQ(before_, host_alloc::live_blocks());
+  });
+  EXPECT_LT(10U, allocations);
+  EXPECT_NE("", testing::internal::GetCapturedStderr());
+}
+
+TEST_F(Config, DebugSwitchPrintsTokens) {
+  write_file("scan.cfg", "");
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "debug.txt", 1));
+  cfg__debug = 1;
+  scan("; c\n[a]");
+  cfg__debug = 0;
+  comn_debug_setfile(nullptr, nullptr, 0);
+  std::ifstream printed("debug.txt");
+  EXPECT_EQ(
+      "cfg__lex: comment >; c<\ncfg__lex: newline >\n<\ncfg__lex: [ >[<\n"
+      "cfg__lex: ident >a<\ncfg__lex: ] >]<\n",
+      std::string(std::istreambuf_iterator<char>(printed), {}));
+}
+
+using ConfigDeathTest = Config;
+
+TEST_F(ConfigDeathTest, Stops) {
+  write_file("scan.cfg", "");
+  CfgParseInfo* parse = nullptr;
+  cfg__open_parse(&context_, "scan.cfg", &parse);
+  EXPECT_DEATH(cfg__lexstate(parse, 2), "assertion failed");
+  cfg__clean_parse(parse);
+  CS_INT length = 0;
+  EXPECT_DEATH(comn_get_cfg(&context_, "s", nullptr, nullptr, 0, &length), "Invalid pointer");
+  EXPECT_DEATH(comn_get_cfg(&context_, "s", "a", nullptr, -1, &length), "assertion failed");
+}
+
+}  // namespace

@@ -1,0 +1,307 @@
+// The loader of character sets: every refusal by a small broken file, and the shipped sets against
+// what is known of them.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "chars/iso_1.h"
+#include "intl/charset.h"
+#include "intl/convcfg.h"
+#include "intl/convtable.h"
+#include "intl_host.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+std::string hex(const std::vector<CS_BYTE>& bytes) {
+  static const char* digits = "0123456789aBcDeF";
+  std::string text;
+  for (const CS_BYTE byte : bytes) {
+    text += digits[byte >> 4];
+    text += digits[byte & 15];
+  }
+  return text;
+}
+
+std::string definition(const std::string& text) {
+  return "definition = " + text + "\n";
+}
+
+const std::string kTypes(2 * 1028, '0'), kSounds(2 * 257, '1');
+
+std::string class1(const std::string& images, const std::string& keys = "image_size = 1285\n") {
+  return "[other]\nx = y\n[charset]\nclass = 1\nname = x\n" + keys + images;
+}
+
+std::vector<CS_BYTE> header(CS_UINT width, CS_UINT norm, CS_UINT type, CS_UINT soundex,
+                            CS_BYTE ntype, CS_BYTE nnorm, CS_BYTE nsoundex) {
+  std::vector<CS_BYTE> bytes{9, 9, 1, 2, 2, ntype, nnorm, nsoundex, 0, 0, 0, 0};
+  for (const CS_UINT size : {width, norm, type, soundex})
+    for (const CS_UINT number : {0xFFFFFFFFU, size})
+      for (int shift = 24; shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<CS_BYTE>(number >> shift));
+  return bytes;
+}
+
+std::string class2(const std::vector<CS_BYTE>& head, const std::vector<std::string>& maps,
+                   const std::string& keys = "image_size = 1324\n") {
+  std::string text = "[charset]\nstatus = 258\nclass = 2\n" + keys + definition(hex(head));
+  for (const std::string& map : maps) text += definition(map);
+  return text;
+}
+
+std::string zeros(std::size_t bytes) {
+  return std::string(2 * bytes, '0');
+}
+
+// Reads a charset.loc alone, as the first step of a load does.
+CS_RETCODE read(const std::string& text, char_attrib* kept = nullptr) {
+  const scratch::Directory directory;
+  directory.write("charsets/x/charset.loc", text);
+  const scratch::Variable home("TALVEN", directory.path().c_str());
+  CS_CONTEXT context{};
+  CsCtxGlobals globals{};
+  context.ctxglobals = &globals;
+  char name[] = "x";
+  auto* desc = static_cast<CsCharDesc*>(comn_calloc(1, sizeof(CsCharDesc)));
+  CsLocCache entry{};
+  entry.charname = name;
+  entry.charnamelen = 1;
+  entry.locchardesc = desc;
+  const CS_RETCODE result = comn__get_charset(&context, &entry, nullptr, 0);
+  EXPECT_EQ(result == CS_INTL_LIBERR, context.ctxintlerr < 0);
+  if (kept != nullptr && desc->char_attrib != nullptr) *kept = *desc->char_attrib;
+  EXPECT_EQ(CS_SUCCEED, comn__chardesc_drop(desc));
+  EXPECT_EQ(0, intl_host::files_open());
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+  return result;
+}
+
+TEST(CharsetFile, EveryRefusal) {
+  const std::string good = definition(kTypes) + definition(kSounds);
+  const auto head = header(0, 0, 1024, 256, 1, 0, 1);
+  std::string lead = zeros(1024);
+  lead.replace(8 * 0x81, 8, "01000080");  // names table 1
+  std::string widths = std::string(512, '1'), norms = zeros(256);
+  widths.replace(2 * 0x81, 2, "12");
+  norms.replace(2 * 0x81, 2, "01");
+  const std::string name30(30, 'n');
+  const struct {
+    const char* label;
+    std::string text;
+    CS_RETCODE result;
+  } rows[] = {
+      {"whole", class1(good), CS_SUCCEED},
+      {"hexadecimal numbers", class1(good, "id = 0xFF\nimage_size = 0x505\n"), CS_SUCCEED},
+      {"30 characters", class1(good, "name = " + name30 + "\nimage_size = 1285\n"), CS_SUCCEED},
+      {"31 characters", class1(good, "name = x" + name30 + "\nimage_size = 1285\n"), CS_FAIL},
+      {"size 1284", class1(good, "image_size = 1284\n"), CS_FAIL},
+      {"size 1286", class1(good, "image_size = 1286\n"), CS_FAIL},
+      {"no size", class1(good, ""), CS_FAIL},
+      {"class 3", class1(good, "class = 3\nimage_size = 1285\n"), CS_FAIL},
+      {"class 0", class1(good, "class = 0\nimage_size = 1285\n"), CS_FAIL},
+      {"no class", "[charset]\nimage_size = 1285\n" + good, CS_FAIL},
+      {"id 256", class1(good, "id = 256\nimage_size = 1285\n"), CS_FAIL},
+      {"status 65536", class1(good, "status = 65536\nimage_size = 1285\n"), CS_FAIL},
+      {"unknown key", class1(good, "image = 1\nimage_size = 1285\n"), CS_FAIL},
+      {"no section", "[charsets]\n", CS_FAIL},
+      {"no definition", class1(""), CS_FAIL},
+      {"damaged key", class1(good, "name = \"x\nimage_size = 1285\n"), CS_INTL_LIBERR},
+      {"split in mid-byte",
+       class1(definition(kTypes.substr(0, 99)) + definition("") + definition(kTypes.substr(99)) +
+              definition(kSounds)),
+       CS_SUCCEED},
+      {"second value is not read", class1(definition(kTypes + ", 00") + definition(kSounds)),
+       CS_SUCCEED},
+      {"across the border of two maps", class1(definition(kTypes + kSounds)), CS_FAIL},
+      {"too much", class1(good + definition("00")), CS_FAIL},
+      {"a digit too much", class1(definition(kTypes) + definition(kSounds + "0")), CS_FAIL},
+      {"too little", class1(definition(kTypes) + definition(kSounds.substr(1))), CS_FAIL},
+      {"other key within", class1(definition(kTypes) + "x = y\n" + definition(kSounds)), CS_FAIL},
+      {"other key behind", class1(good + "x = y\n"), CS_SUCCEED},
+      {"no hexadecimal digit", class1(definition("g" + kTypes.substr(1)) + definition(kSounds)),
+       CS_FAIL},
+      {"damaged image", class1(definition(kTypes) + "definition\n"), CS_INTL_LIBERR},
+      {"lead byte in a single-byte set", class1(definition(lead + zeros(4)) + definition(kSounds)),
+       CS_FAIL},
+      {"class 2", class2(head, {zeros(1024), zeros(256)}), CS_SUCCEED},
+      {"class 2, size 1323", class2(head, {zeros(1024), zeros(256)}, "image_size = 1323\n"),
+       CS_FAIL},
+      {"all maps",
+       class2(header(256, 512, 2048, 256, 2, 2, 1),
+              {widths, norms + zeros(256), lead + zeros(1024), zeros(256)}),
+       CS_SUCCEED},
+      {"no type map", class2(header(0, 0, 0, 256, 0, 0, 1), {zeros(256)}), CS_FAIL},
+      {"type map and count", class2(header(0, 0, 1024, 256, 2, 0, 1), {zeros(1024), zeros(256)}),
+       CS_FAIL},
+      {"sound-alike map and count",
+       class2(header(0, 0, 1024, 256, 1, 0, 2), {zeros(1024), zeros(256)}), CS_FAIL},
+      {"no sound-alike map", class2(header(0, 0, 1024, 0, 1, 0, 0), {zeros(1024)}), CS_FAIL},
+      {"short width map",
+       class2(header(16, 0, 1024, 256, 1, 0, 1), {zeros(16), zeros(1024), zeros(256)}), CS_FAIL},
+      {"huge normal forms",
+       class2(header(0, 0xFFFFFF00, 1024, 256, 1, 255, 1), {zeros(256), zeros(1024), zeros(256)}),
+       CS_FAIL},
+      {"lead byte without its table", class2(head, {lead, zeros(256)}), CS_FAIL},
+      {"normal form without its table",
+       class2(header(256, 256, 1024, 256, 1, 1, 1), {widths, norms, zeros(1024), zeros(256)}),
+       CS_FAIL},
+      {"header in two entries",
+       "[charset]\nclass = 2\nimage_size = 1324\n" + definition(hex(head).substr(0, 7)) +
+           definition(hex(head).substr(7)) + definition(zeros(1024)) + definition(zeros(256)),
+       CS_SUCCEED},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.result, read(row.text)) << row.label;
+  const intl_host::FailingClose failing;
+  EXPECT_EQ(CS_INTL_LIBERR, read(class1(good)));
+}
+
+TEST(CharsetFile, HeaderFieldsThatTheLoaderIgnores) {
+  char_attrib set{};
+  EXPECT_EQ(CS_SUCCEED,
+            read(class2(header(0, 0, 1024, 256, 1, 0, 1), {zeros(1024), zeros(256)}), &set));
+  EXPECT_EQ(2, set.cs_class) << "the key's, not the header's";
+  EXPECT_EQ(258, set.cs_status);
+  EXPECT_EQ(2, set.cs_maxcharlen);
+}
+
+TEST(CharsetFile, AllocationsFailInTurn) {
+  const std::string text = class2(header(256, 256, 1024, 256, 1, 1, 1),
+                                  {std::string(512, '1'), zeros(256), zeros(1024), zeros(256)});
+  for (std::size_t n = 3; n <= 7; ++n) {  // behind the descriptor and the file
+    const host_alloc::Failing failing(n);
+    EXPECT_EQ(CS_MEM_ERROR, read(text)) << n;
+  }
+}
+
+class ShippedSets : public testing::Test {
+ protected:
+  ShippedSets() { EXPECT_EQ(CS_SUCCEED, context_.init()); }
+  const char_attrib* load(const char* charset) {
+    CsLocCache* entry = nullptr;
+    EXPECT_EQ(CS_SUCCEED,
+              comn_intl_load_tlvtypes(context_, charset, CS_NULLTERM, charset, CS_NULLTERM,
+                                      "us_english", 10, "binary", 6, &entry, nullptr, 0))
+        << charset;
+    const CS_LOCALE locale{entry, entry, entry, entry, entry, entry, nullptr};
+    return com_intl_charattr(&locale);
+  }
+  intl_host::ShippedHome home_;
+  intl_host::Context context_;
+};
+
+TEST_F(ShippedSets, Iso1IsTheBuiltInSetWithGraphicBits) {
+  const char_attrib* set = load("iso_1");
+  for (int byte = 0; byte < 256; ++byte) {
+    const char_map& file = set->cs_type_map[byte];
+    const char_map& built_in = ISO_1_type_map[byte];
+    const bool soft_hyphen = byte == 0xAD;  // no class in the Unicode tables
+    EXPECT_EQ(built_in.char_upper, file.char_upper) << byte;
+    EXPECT_EQ(built_in.char_lower, file.char_lower) << byte;
+    if (soft_hyphen) continue;
+    EXPECT_EQ(built_in.char_lex, file.char_lex) << byte;
+    EXPECT_EQ(Com_charmap[byte].char_type, file.char_type) << byte;
+  }
+}
+
+TEST_F(ShippedSets, MultibyteCharacters) {
+  const struct {
+    const char* set;
+    std::string_view character;
+    int width, columns, letter, digit, ascii;
+    std::string_view upper;
+  } rows[] = {{"utf8", "a", 1, 1, 1, 0, 'a', "A"},
+              {"utf8", "\u00e9", 2, 1, 1, 0, 0, "\u00c9"},
+              {"utf8", "\u00ff", 2, 1, 1, 0, 0, "\u00ff"},
+              {"utf8", "\u0431", 2, 1, 1, 0, 0, "\u0411"},
+              {"utf8", "\u00a0", 2, 1, 0, 0, ' ', "\u00a0"},
+              {"utf8", "\u65e5", 3, 2, 1, 0, 0, "\u65e5"},
+              {"utf8", "\U0001F600", 4, 2, 1, 0, 0, "\U0001F600"},
+              {"sjis", "\x82\x60", 2, 2, 1, 0, 'A', "\x82\x60"},
+              {"sjis", "\x82\x81", 2, 2, 1, 0, 'a', "\x82\x60"},
+              {"sjis", "\x82\x4f", 2, 2, 0, 1, '0', "\x82\x4f"},
+              {"sjis", "\x93\xfa", 2, 2, 1, 0, 0, "\x93\xfa"},
+              {"sjis", "\xb1", 1, 1, 1, 0, 0, "\xb1"},
+              {"cp936", "\xa3\xb9", 2, 2, 0, 1, '9', "\xa3\xb9"},
+              {"cp936", "\xa1\xa1", 2, 2, 0, 0, ' ', "\xa1\xa1"},
+              {"koi8", "\xc1", 1, 1, 1, 0, 0xc1, "\xe1"}};
+  for (const auto& row : rows) {
+    const char_attrib* set = load(row.set);
+    const auto* ch = reinterpret_cast<const CS_BYTE*>(row.character.data());
+    CS_BYTE upper[8] = {};
+    comn_toupper(set, ch, upper);
+    EXPECT_EQ(row.width, comn_char_width(set, ch)) << row.set << ' ' << row.character;
+    EXPECT_EQ(row.columns, comn_disp_width(set, ch)) << row.set << ' ' << row.character;
+    EXPECT_EQ(row.letter, comn_isalpha(set, ch) != 0) << row.set << ' ' << row.character;
+    EXPECT_EQ(row.digit, comn_isdigit(set, ch) != 0) << row.set << ' ' << row.character;
+    EXPECT_EQ(row.ascii, comn_to_ascii(set, ch)) << row.set << ' ' << row.character;
+    EXPECT_STREQ(std::string(row.upper).c_str(), reinterpret_cast<const char*>(upper))
+        << row.set << ' ' << row.character;
+  }
+}
+
+// The numbers of characters are those of Python's codecs.
+TEST_F(ShippedSets, ConversionTablesGoBothWays) {
+  using namespace comnlib;
+  const struct {
+    const char* set;
+    int characters;
+    CS_USHORT bytes, unit;
+  } rows[] = {
+      {"ascii", 128, 0x7F, 0x7F}, {"iso_1", 256, 0xFF, 0xFF},     {"iso15", 256, 0xA4, 0x20AC},
+      {"cp437", 256, 0x80, 0xC7}, {"cp850", 256, 0xD5, 0x131},    {"cp1252", 251, 0x80, 0x20AC},
+      {"koi8", 256, 0xC1, 0x430}, {"sjis", 7070, 0x93FA, 0x65E5}, {"cp936", 21919, 0xD6D0, 0x4E2D}};
+  for (const auto& row : rows) {
+    const ConvTable* table = nullptr;
+    ASSERT_EQ(CS_SUCCEED, load_table(context_.context, row.set, row.set, table, {nullptr, 0}));
+    int characters = 0;
+    for (unsigned bytes = 0; bytes <= 0xFFFF; ++bytes) {
+      const auto key = static_cast<CS_USHORT>(bytes);
+      const CS_USHORT unit = bytes < 0x100 ? table->single[bytes] : table->pairs.at(key);
+      if (unit == kNoCharacter) continue;
+      ++characters;
+      ASSERT_EQ(bytes, table->reverse.at(unit)) << row.set;
+      if (key == row.bytes) {
+        EXPECT_EQ(row.unit, unit) << row.set;
+      }
+    }
+    EXPECT_EQ(row.characters, characters) << row.set;
+    const ConvTable* again = nullptr;
+    EXPECT_EQ(CS_SUCCEED, load_table(context_.context, row.set, row.set, again, {nullptr, 0}));
+    EXPECT_EQ(table, again);
+  }
+}
+
+TEST(ConversionTable, EveryRefusal) {
+  using namespace comnlib;
+  const intl_host::HomeCopy home;
+  const struct {
+    const char* label;
+    const char* text;
+    CS_RETCODE result;
+  } rows[] = {{"first of two wins", "[table]\nsingle = 41, 00620062\n", CS_SUCCEED},
+              {"no section", "[tables]\n", CS_FAIL},
+              {"unknown key", "[table]\ntriple = 41, 0062\n", CS_FAIL},
+              {"half a unit", "[table]\nsingle = 41, 00620\n", CS_FAIL},
+              {"no digit", "[table]\nsingle = 41, 006g\n", CS_FAIL},
+              {"bad first byte", "[table]\nsingle = 4, 0062\n", CS_FAIL},
+              {"behind the last byte", "[table]\nsingle = FF, 00620063\n", CS_FAIL},
+              {"lead byte 0", "[table]\ndouble = 00, 41, 0062\n", CS_FAIL},
+              {"no units", "[table]\ndouble = 81, 41\n", CS_FAIL},
+              {"damaged", "[table]\nsingle = 41, \"\n", CS_INTL_LIBERR}};
+  for (const auto& row : rows) {
+    home.write("charsets/koi8/koi8.ctb", row.text);
+    intl_host::Context context;
+    const ConvTable* table = nullptr;
+    EXPECT_EQ(row.result, load_table(context.context, "koi8", "koi8", table, {nullptr, 0}))
+        << row.label;
+    if (row.result != CS_SUCCEED) continue;
+    EXPECT_EQ(0x62, table->single[0x42]);
+    EXPECT_EQ(0x41, table->reverse.at(0x62));
+    EXPECT_EQ(kNoCharacter, table->single[0x43]);
+  }
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+}
+
+}  // namespace

@@ -1,0 +1,539 @@
+// Locale names, the cache, a load with each of its steps failing, and what is asked of a locale.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "comnlib/charset.h"
+#include "intl/com_intl.h"
+#include "intl/com_loc.h"
+#include "intl/locdata.h"
+#include "intl/message.h"
+#include "intl_host.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+using intl_host::Context;
+using intl_host::HomeCopy;
+using intl_host::ShippedHome;
+
+const std::string kTable = "locales/locales.dat";
+
+TEST(Lookup, LinesOfTheTable) {
+  const HomeCopy home;
+  const struct {
+    const char* label;
+    std::string table;
+    CS_RETCODE result;
+    const char* values;  // language/charset/sort order/date/number/money
+  } rows[] = {
+      {"two names", "[linux]\nlocale = x, l, c\n", CS_SUCCEED, "l/c/binary///"},
+      {"empty sort order", "[linux]\nlocale = x, l, c, , d\n", CS_SUCCEED, "l/c/binary/d//"},
+      {"all", "[linux]\nlocale = x, l, c, s, d, n, m, more\n", CS_SUCCEED, "l/c/s/d/n/m"},
+      {"empty date", "[linux]\nlocale = x, l, c, s, , n\n", CS_SUCCEED, "l/c/s//n/"},
+      {"second line", "[linux]\nlocale = y, a, b\nlocale = x, l, c, s\n", CS_SUCCEED, "l/c/s///"},
+      {"other section in front", "[x]\nkey = x\n[linux]\nlocale = x, l, c\n", CS_SUCCEED,
+       "l/c/binary///"},
+      {"first section alone", "[linux]\n[linux]\nlocale = x, l, c\n", CS_FAIL, nullptr},
+      {"section by case", "[Linux]\nlocale = x, l, c\n", CS_FAIL, nullptr},
+      {"no section", "; nothing\n", CS_FAIL, nullptr},
+      {"foreign key", "[linux]\nlocales = y\nlocale = x, l, c\n", CS_FAIL, nullptr},
+      {"foreign key behind", "[linux]\nlocale = x, l, c\nother = y\n", CS_SUCCEED, "l/c/binary///"},
+      {"no charset", "[linux]\nlocale = x, l\n", CS_FAIL, nullptr},
+      {"name is a leading part", "[linux]\nlocale = xy, l, c\n", CS_FAIL, nullptr},
+      {"unread values are not checked", "[linux]\nlocale = y, \"\nlocale = x, l, c\n", CS_SUCCEED,
+       "l/c/binary///"},
+      {"damaged value", "[linux]\nlocale = x, l, c, \"s\n", CS_INTL_LIBERR, nullptr},
+      {"damaged line", "[linux]\nlocale\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
+      {"damaged section", "[linux\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
+      {"255 bytes", "[linux]\nlocale = x, l, c, " + std::string(255, 's') + "\n", CS_SUCCEED,
+       nullptr},
+  };
+  for (const auto& row : rows) {
+    home.write(kTable, row.table);
+    CS_CONTEXT context{};
+    CsLocNames names;
+    char error[300];
+    EXPECT_EQ(row.result, comn__intl_lookup(&context, "x", 1, &names, error, sizeof error))
+        << row.label;
+    EXPECT_EQ(home.file(kTable), error) << row.label;
+    EXPECT_EQ(row.result == CS_INTL_LIBERR, context.ctxintlerr < 0) << row.label;
+    if (row.values == nullptr) continue;
+    const std::string values = std::string(names.lang) + "/" + names.charset + "/" +
+                               names.sortorder + "/" + names.datetime + "/" + names.numeric + "/" +
+                               names.money;
+    EXPECT_EQ(row.values, values) << row.label;
+    EXPECT_EQ(std::strlen(names.sortorder), static_cast<std::size_t>(names.sortorderlen));
+  }
+  CS_CONTEXT context{};
+  CsLocNames names;
+  home.write(kTable, "[linux]\nlocale = x, l, c\n");
+  {
+    const intl_host::FailingClose failing;
+    EXPECT_EQ(CS_INTL_LIBERR, comn__intl_lookup(&context, "x", 1, &names, nullptr, 0));
+    EXPECT_EQ(-7, context.ctxintlerr);
+  }
+  home.remove(kTable);
+  EXPECT_EQ(CS_INTL_NOFILE, comn__intl_lookup(&context, "x", 1, &names, nullptr, 0));
+  home.write(kTable, "[linux]\nlocale = x, l, " + std::string(256, 'c') + "\n");
+  EXPECT_DEATH(comn__intl_lookup(&context, "x", 1, &names, nullptr, 0), "assertion failed");
+  EXPECT_EQ(0, intl_host::files_open());
+}
+
+TEST(Load, EveryShippedLocale) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init()) << context.error;
+  INTL_HANDLE handle = nullptr;
+  ASSERT_EQ(0, intl_open((std::string(COMNLIB_HOME) + "/" + kTable).c_str(), &handle));
+  CS_INT status = 0;
+  ASSERT_STREQ("linux", intl_nextsection(handle, &status));
+  int locales = 0;
+  for (; intl_nextentry(handle, &status) != nullptr; ++locales) {
+    const std::string name = intl_nextvalue(handle, &status);
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.load(name, &entry)) << name << ": " << context.error;
+    EXPECT_EQ(name, entry->locname);
+    EXPECT_EQ(std::string(entry->charname),
+              std::string(entry->locchardesc->char_attrib->cs_name,
+                          entry->locchardesc->char_attrib->cs_namelen));
+    EXPECT_NE(nullptr, entry->locmessage);
+    EXPECT_NE(nullptr, entry->locsortorder);
+    EXPECT_NE(nullptr, entry->locmoninfo);
+    const bool named = entry->com__datename != nullptr;
+    EXPECT_EQ(named, entry->locdateinfo == nullptr) << name;
+    EXPECT_EQ(named, entry->locnuminfo == nullptr) << name;
+  }
+  EXPECT_EQ(0, intl_close(handle));
+  EXPECT_LT(30, locales);
+}
+
+TEST(Load, SharesAndCaches) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  const int after_init = intl_host::files_opened();
+  EXPECT_EQ(CS_SUCCEED, context.init()) << "a second set-up does nothing";
+  EXPECT_EQ(after_init, intl_host::files_opened());
+  CsLocCache *first = nullptr, *again = nullptr, *same_sets = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context.load("default", &first));
+  const int files = intl_host::files_opened();
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load(context, "defaultX", 7, &again, nullptr, 0));
+  EXPECT_EQ(first, again);
+  EXPECT_EQ(files, intl_host::files_opened()) << "no file is read again";
+  ASSERT_EQ(CS_SUCCEED, context.load("us_english", &same_sets));
+  EXPECT_EQ(files + 1, intl_host::files_opened()) << "locales.dat alone";
+  EXPECT_NE(first, same_sets);
+  EXPECT_EQ(first->locchardesc, same_sets->locchardesc);
+  EXPECT_EQ(first->locdateinfo, same_sets->locdateinfo);
+  EXPECT_EQ(first->locmessage, same_sets->locmessage);
+  EXPECT_EQ(same_sets, context.globals.cmg_lcache);
+  EXPECT_EQ(first, same_sets->locnext);
+
+  CsLocCache* given = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context, "mine", 4, "cp850", CS_NULLTERM, "french",
+                                                6, "nocase", 6, &given, nullptr, 0));
+  EXPECT_STREQ("cp850", given->charname);
+  EXPECT_EQ(
+      "d\x82"
+      "cembre",
+      given->locdateinfo->conventions.months[11]);
+  EXPECT_EQ(",", given->locnuminfo->digits.decimal_point);
+  EXPECT_EQ(comnlib::SymbolPlace::kAfter, given->locmoninfo->symbol_place);
+  EXPECT_STREQ("division par z\u00e9ro",
+               comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommonServices,
+                                     CS_CVT_DIVZERO));
+  CsLocCache* copy = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(context, given, &copy));
+  EXPECT_STREQ("mine", copy->locname);
+  EXPECT_NE(given->locname, copy->locname);
+  EXPECT_EQ(given->locchardesc, copy->locchardesc);
+  EXPECT_EQ(nullptr, copy->locnext);
+  copy->locnext = context.globals.cmg_lcache;  // for the drop of the cache
+  context.globals.cmg_lcache = copy;
+}
+
+TEST(Load, NamedConventions) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  CsLocCache* entry = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &entry));
+  EXPECT_STREQ("us_english", entry->com__datename);
+  EXPECT_EQ("$", entry->locmoninfo->symbol);
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 5, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
+  EXPECT_EQ("December", entry->locdateinfo->conventions.months[11]);
+  const int files = intl_host::files_opened();
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(files, intl_host::files_opened());
+  EXPECT_EQ(CS_FAIL, comn__load_locdata(context, 3, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_INTL_NOFILE, comn__load_locdata(context, 4, "none", entry, nullptr, 0));
+}
+
+// Each row breaks one file of the home; the load names it and leaves nothing behind. The character
+// sets' own refusals stand with their loader.
+TEST(Load, EveryRefusal) {
+  const std::string common = "locales/us_english/iso_1/common.loc";
+  const std::string texts = "locales/message/us_english/comnlib.loc";
+  const std::string config = "charsets/iso_1/iso_1.cfg";
+  const std::string order = "charsets/iso_1/binary.srt";
+  const std::string ids = "config/objectid.dat";
+  const struct {
+    const char* label;
+    std::string file;
+    const char* from;
+    const char* to;  // null: the file is removed
+    CS_RETCODE result;
+  } rows[] = {
+      {"locale unknown", kTable, "locale = default", "locale = other", CS_FAIL},
+      {"charset without number", ids, "iso_1 = 2", "iso_x = 2", CS_FAIL},
+      {"bad number", ids, "iso_1 = 2", "iso_1 = two", CS_FAIL},
+      {"number too large", ids, "iso_1 = 2", "iso_1 = 0x80000000", CS_FAIL},
+      {"damaged numbers", ids, "[natlang]", "[natlang", CS_INTL_LIBERR},
+      {"language without number", ids, "us_english = 1", "x = 1", CS_FAIL},
+      {"no numbers", ids, "", nullptr, CS_INTL_NOFILE},
+      {"no messages", texts, "", nullptr, CS_INTL_NOFILE},
+      {"message without number", texts, "-101 =", "x =", CS_FAIL},
+      {"no message section", texts, "[messages]", "[message]", CS_FAIL},
+      {"damaged message", texts, "-101 = \"", "-101 = \"\"x", CS_INTL_LIBERR},
+      {"no configuration", config, "", nullptr, CS_INTL_NOFILE},
+      {"no replacement", config, "replacement", "description", CS_FAIL},
+      {"bad replacement", config, "= 3F", "= 3G", CS_FAIL},
+      {"long replacement", config, "= 3F", "= 3F3F3F3F3F", CS_FAIL},
+      {"table and algorithm", config, "table =", "algorithm = utf8\ntable =", CS_FAIL},
+      {"unknown algorithm", config, "table = iso_1", "algorithm = x", CS_FAIL},
+      {"unknown configuration key", config, "table =", "tables =", CS_FAIL},
+      {"not reached from utf8", "charsets/utf8/utf8.cfg", "to = iso_1", "to = iso_x", CS_FAIL},
+      {"no sort order", order, "", nullptr, CS_INTL_NOFILE},
+      {"unknown kind", order, "kind = binary", "kind = x", CS_FAIL},
+      {"neither kind nor weights", order, "kind = binary", "", CS_FAIL},
+      {"short weights", order, "kind = binary", "kind = weights\nweights = 00", CS_FAIL},
+      {"unknown sort key", order, "kind", "kinds", CS_FAIL},
+      {"no conventions", common, "", nullptr, CS_INTL_NOFILE},
+      {"eleven months", common, "January, ", "", CS_FAIL},
+      {"thirteen months", common, "January, ", "January, January, ", CS_FAIL},
+      {"no months", common, "months = ", "shortmonths = ", CS_FAIL},
+      {"unknown order", common, "order = mdy", "order = mmm", CS_FAIL},
+      {"unknown style", common, "style = default", "style = x", CS_FAIL},
+      {"bad grouping", common, "grouping = 3", "grouping = -1", CS_FAIL},
+      {"no decimal point", common, "decimal = .", "decimal =", CS_FAIL},
+      {"unknown place", common, "place = before", "place = x", CS_FAIL},
+      {"two sections of a kind", common, "[money]", "[numeric]", CS_FAIL},
+      {"no money", common, "[money]", "[cash]", CS_FAIL},
+      {"damaged conventions", common, "separator = \",\"", "separator = \",", CS_INTL_LIBERR},
+  };
+  const HomeCopy home;
+  testing::internal::CaptureStderr();
+  for (const auto& row : rows) {
+    const std::string whole = home.read(row.file);
+    if (row.to == nullptr) {
+      home.remove(row.file);
+    } else {
+      home.change(row.file, row.from, row.to);
+    }
+    {
+      Context context;
+      CsLocCache* entry = nullptr;
+      CS_RETCODE result = context.init();
+      const CsCharDesc* sets = context.globals.cmg_chardesc;
+      if (result == CS_SUCCEED) result = context.load("default", &entry);
+      EXPECT_EQ(row.result, result) << row.label;
+      if (row.file != ids && row.file != "charsets/utf8/utf8.cfg") {
+        EXPECT_EQ(home.file(row.file), context.error) << row.label;
+      }
+      EXPECT_EQ(nullptr, entry) << row.label;
+      EXPECT_EQ(nullptr, context.globals.cmg_lcache) << row.label;
+      if (sets != nullptr) {
+        EXPECT_EQ(sets, context.globals.cmg_chardesc) << row.label;
+      }
+      EXPECT_EQ(0, intl_host::files_open()) << row.label;
+    }
+    EXPECT_EQ(0U, host_alloc::live_blocks()) << row.label;
+    home.write(row.file, whole);
+  }
+  const std::string printed = testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos, printed.find("Conversion from utf8 to iso_1 is not defined in "
+                                            "$TALVEN/charsets/utf8/utf8.cfg\n"))
+      << printed;
+  std::filesystem::remove("tlvinit.err");
+}
+
+// A set-up and a load with every allocation failing in turn: the code, the cache as before, no
+// leak.
+TEST(Load, EveryAllocationFails) {
+  const ShippedHome home;
+  testing::internal::CaptureStderr();
+  const std::size_t allocations = host_alloc::sweep([](const auto& failed) {
+    CS_CONTEXT context{};
+    CsCtxGlobals globals{};
+    COMN_MUTEX mutex{COMN_NO_OWNER, PTHREAD_MUTEX_INITIALIZER,
+                     static_cast<CS_UINT>(COMN_MUTEX_MAGIC), 0};
+    globals.cmg_mtx = &mutex;
+    context.ctxglobals = &globals;
+    CsLocCache* entry = nullptr;
+    const CS_RETCODE set_up = comn_intl_init(&context, nullptr, 0);
+    EXPECT_EQ(set_up == CS_SUCCEED, globals.utf8_charset != nullptr);
+    EXPECT_EQ(set_up == CS_SUCCEED, globals.lm != nullptr);
+    const CsCharDesc* sets = globals.cmg_chardesc;
+    CS_RETCODE loaded = CS_FAIL;
+    if (set_up == CS_SUCCEED)
+      loaded = comn_intl_load(&context, "us_english.named", CS_NULLTERM, &entry, nullptr, 0);
+    if (failed()) {
+      const CS_RETCODE result = set_up == CS_SUCCEED ? loaded : set_up;
+      // The companion library says that it found no memory for a file through a status of its own.
+      EXPECT_TRUE(result == CS_MEM_ERROR || result == CS_INTL_NOFILE) << result;
+      EXPECT_EQ(nullptr, globals.cmg_lcache);
+      EXPECT_EQ(nullptr, entry);
+      if (set_up == CS_SUCCEED) {
+        EXPECT_EQ(sets, globals.cmg_chardesc);
+      }
+    } else {
+      EXPECT_EQ(CS_SUCCEED, loaded);
+    }
+    EXPECT_EQ(0, intl_host::files_open());
+    EXPECT_EQ(0U, mutex.use_count);
+    EXPECT_EQ(CS_SUCCEED, com_intl_loccache_drop(&context));
+    EXPECT_EQ(CS_SUCCEED, com_intl_chardesc_drop(&context));
+    if (globals.lm != nullptr) static_cast<void>(comn_lm_exit(globals.lm));
+    EXPECT_EQ(0U, host_alloc::live_blocks());
+  });
+  static_cast<void>(testing::internal::GetCapturedStderr());
+  EXPECT_LT(40U, allocations);
+  std::filesystem::remove("tlvinit.err");
+}
+
+TEST(Load, EightThreads) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  const std::vector<std::string> names{"default", "fr_FR.utf8", "ja_JP", "de_DE"};
+  std::vector<std::vector<CsLocCache*>> seen(8, std::vector<CsLocCache*>(names.size()));
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < seen.size(); ++t)
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::size_t n = (i + t) % names.size();
+        EXPECT_EQ(CS_SUCCEED,
+                  comn_intl_load(context, names[n].c_str(), CS_NULLTERM, &seen[t][n], nullptr, 0));
+        CS_LOCALE* locale = nullptr;
+        EXPECT_EQ(CS_SUCCEED, comn_loc_alloc(context, &locale));
+        EXPECT_EQ(CS_SUCCEED, comn_loc_validate(context, locale));
+        if (i % 2 == 0) {
+          EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context, locale));
+        }
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  std::set<CsLocCache*> entries;
+  for (const auto& row : seen) {
+    EXPECT_EQ(seen[0], row) << "one entry a name";
+    entries.insert(row.begin(), row.end());
+  }
+  EXPECT_EQ(names.size(), entries.size());
+  std::size_t cached = 0;
+  for (CsLocCache* entry = context.globals.cmg_lcache; entry != nullptr; entry = entry->locnext)
+    ++cached;
+  EXPECT_EQ(names.size(), cached);
+}
+
+// Host locks: a table of functions is used instead of the library's own.
+int locks_taken = 0;
+CS_RETCODE count_lock(COMN_MUTEX*) {
+  ++locks_taken;
+  return CS_SUCCEED;
+}
+CS_RETCODE refuse_lock(COMN_MUTEX*) {
+  return CS_FAIL;
+}
+
+TEST(Load, TakesTheHostsLocks) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  CS_THREAD table{};
+  table.take_mutex_fn = count_lock;
+  table.release_mutex_fn = count_lock;
+  context.context.ctxthread = &table;
+  CsLocCache* entry = nullptr;
+  EXPECT_EQ(CS_SUCCEED, context.load("default", &entry));
+  EXPECT_EQ(2, locks_taken);
+  table.take_mutex_fn = refuse_lock;
+  CS_LOCALE* locale = nullptr;
+  EXPECT_EQ(CS_FAIL, context.load("default", &entry));
+  EXPECT_EQ(CS_FAIL, comn_loc_alloc(context, &locale));
+  EXPECT_EQ(2, locks_taken) << "what was not taken is not released";
+  context.context.ctxthread = nullptr;
+}
+
+class Locales : public testing::Test {
+ protected:
+  Locales() {
+    EXPECT_EQ(CS_SUCCEED, context_.init());
+    EXPECT_EQ(CS_SUCCEED, context_.load("de_DE.utf8", &german_));
+    EXPECT_EQ(CS_SUCCEED, context_.load("ja_JP", &japanese_));
+  }
+  static CS_LOCALE all(CsLocCache* entry) {
+    return {entry, entry, entry, entry, entry, entry, nullptr};
+  }
+  ShippedHome home_;
+  Context context_;
+  CsLocCache *german_ = nullptr, *japanese_ = nullptr;
+};
+
+TEST_F(Locales, Strings) {
+  CS_LOCALE locale = all(german_);
+  locale.ctypeptr = japanese_;
+  const struct {
+    CS_INT category, item;
+    const char* text;
+  } rows[] = {{1, 1, "utf8"},   {2, 1, "sjis"},        {3, 2, "german"},       {2, 2, "japanese"},
+              {4, 3, "binary"}, {5, 4, "german.utf8"}, {2, 4, "japanese.sjis"}};
+  for (const auto& row : rows) {
+    const auto length = static_cast<CS_INT>(std::strlen(row.text));
+    std::string buffer(20, '#');
+    CS_INT outlen = -1;
+    EXPECT_EQ(CS_FAIL,
+              com_intl_getstr(&locale, row.category, row.item, buffer.data(), length - 1, &outlen));
+    EXPECT_EQ(std::string(20, '#'), buffer) << row.text;
+    EXPECT_EQ(CS_SUCCEED,
+              com_intl_getstr(&locale, row.category, row.item, buffer.data(), length, &outlen));
+    EXPECT_EQ(length, outlen);
+    EXPECT_EQ(std::string(row.text) + "#", buffer.substr(0, outlen + 1U));
+  }
+  char buffer[20];
+  CS_INT outlen = 0;
+  {
+    const host_alloc::Failing failing(1);
+    EXPECT_EQ(CS_MEM_ERROR, com_intl_getstr(&locale, 1, 4, buffer, 20, &outlen));
+  }
+  EXPECT_DEATH(com_intl_getstr(&locale, 0, 1, buffer, 20, &outlen), "assertion");
+  EXPECT_DEATH(com_intl_getstr(&locale, 7, 1, buffer, 20, &outlen), "assertion");
+  EXPECT_DEATH(com_intl_getstr(&locale, 1, 5, buffer, 20, &outlen), "assertion");
+  EXPECT_DEATH(com_intl_getstr(&locale, 1, 1, buffer, 0, &outlen), "assertion");
+}
+
+TEST_F(Locales, Comparison) {
+  CsLocCache* swiss = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context_.load("german", &swiss));
+  const CS_LOCALE german = all(german_), iso = all(swiss), japanese = all(japanese_);
+  CS_LOCALE mixed = all(japanese_);
+  mixed.timeptr = german_;
+  for (CS_INT category = 1; category <= 6; ++category) {
+    for (CS_INT level = 1; level <= 3; ++level) {
+      EXPECT_EQ(0, com_intl_loccmp(category, level, &german, &german));
+      EXPECT_EQ(level == 2 ? 0 : 1, com_intl_loccmp(category, level, &german, &iso))
+          << "one language, two character sets: level " << level;
+      EXPECT_EQ(1, com_intl_loccmp(category, level, &german, &japanese));
+      EXPECT_EQ(category == 6 ? 0 : 1, com_intl_loccmp(category, level, &german, &mixed));
+    }
+  }
+  EXPECT_DEATH(com_intl_loccmp(7, 1, &german, &iso), "assertion");
+  EXPECT_DEATH(com_intl_loccmp(1, 4, &german, &iso), "assertion");
+}
+
+TEST_F(Locales, Records) {
+  CS_LOCALE *empty = nullptr, *first = nullptr, *second = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &empty));
+  EXPECT_EQ(nullptr, empty->timeptr);
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &first));
+  *first = {german_, japanese_, german_, german_, german_, japanese_, first->next};
+  context_.context.ctxlocale = first;
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &second));
+  EXPECT_EQ(japanese_, second->ctypeptr);
+  EXPECT_EQ(first, second->next) << "newest first";
+  EXPECT_EQ(second, context_.globals.cmg_locale);
+  CS_LOCALE other{};
+  other.next = empty;
+  EXPECT_EQ(CS_SUCCEED, comn_loc_copy(&other, first));
+  EXPECT_EQ(japanese_, other.timeptr);
+  EXPECT_EQ(empty, other.next);
+  EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, &other));
+  EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context_, first));
+  EXPECT_EQ(nullptr, context_.context.ctxlocale);
+  EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, first));
+  EXPECT_EQ(empty, second->next);
+  context_.context.ctxlocale = second;
+  context_.context.ctxdeflocale = static_cast<CS_LOCALE*>(comn_malloc(sizeof(CS_LOCALE)));
+  EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(context_));
+  EXPECT_EQ(nullptr, context_.globals.cmg_locale);
+  EXPECT_EQ(nullptr, context_.context.ctxlocale);
+  EXPECT_EQ(nullptr, context_.context.ctxdeflocale);
+  const host_alloc::Failing failing(1);
+  EXPECT_EQ(CS_MEM_ERROR, comn_loc_alloc(context_, &empty));
+}
+
+TEST_F(Locales, NamesInTheLocalesCharacterSet) {
+  const CS_LOCALE japanese = all(japanese_), german = all(german_);
+  const struct {
+    const char* label;
+    const CS_LOCALE* locale;
+    const char* name;
+    const char* converted;  // null: refused
+  } rows[] = {{"ascii", &japanese, "abc", "abc"},
+              {"two bytes", &japanese, "\u65e5x", "\x93\xfax"},
+              {"missing there", &japanese, "\u00fc", "\x81\xac"},
+              {"beyond the basic plane", &japanese, "\U0001F600", "\x81\xac"},
+              {"malformed", &japanese, "\xC0\xAF", nullptr},
+              {"utf8", &german, "\u00fc", "\u00fc"},
+              {"malformed utf8", &german, "\xED\xA0\x80", nullptr}};
+  for (const auto& row : rows) {
+    std::string buffer(20, '#');
+    CS_INT outlen = -1;
+    const CS_RETCODE result = com_intl_get_locname(context_, row.locale, row.name, CS_NULLTERM,
+                                                   buffer.data(), 20, &outlen);
+    EXPECT_EQ(row.converted == nullptr ? CS_FAIL : CS_SUCCEED, result) << row.label;
+    if (row.converted == nullptr) continue;
+    EXPECT_EQ(row.converted, buffer.substr(0, static_cast<std::size_t>(outlen))) << row.label;
+    EXPECT_EQ(CS_FAIL, com_intl_get_locname(context_, row.locale, row.name, CS_NULLTERM,
+                                            buffer.data(), std::max(outlen - 1, 1), &outlen) *
+                           (outlen > 1 ? 1 : 0))
+        << row.label;
+  }
+  CS_INT outlen = -1;
+  char buffer[4];
+  EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "", 0, buffer, 4, &outlen));
+  EXPECT_EQ(0, outlen);
+}
+
+TEST_F(Locales, SortOrders) {
+  CsLocCache *nocase = nullptr, *binary = nullptr, *sjis = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context_.load("us_english.nocase", &nocase));
+  ASSERT_EQ(CS_SUCCEED, context_.load("us_english", &binary));
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, "s", 1, "sjis", 4, "japanese", 8,
+                                                "nocase", 6, &sjis, nullptr, 0));
+  const CS_LOCALE folding = all(nocase), bytes = all(binary), pairs = all(sjis), none{};
+  const struct {
+    const char* label;
+    const CS_LOCALE* locale;
+    std::string_view text1, text2;
+    int sign;
+  } rows[] = {{"binary", &bytes, "a", "B", 1},
+              {"no case", &folding, "a", "B", -1},
+              {"no case, equal", &folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
+              {"leading part", &folding, "ab", "abc", -1},
+              {"empty", &folding, "", "", 0},
+              {"second bytes keep their case", &pairs, "\x81\x61", "\x81\x41", 1},
+              {"single before double", &pairs, "z", "\x81\x40", -1},
+              {"cut character", &pairs, "\x81", "\x81\x40", -1},
+              {"no sort order", &none, "a", "B", 1}};
+  for (const auto& row : rows) {
+    const auto compare = [&](std::string_view a, std::string_view b) {
+      const CS_INT order = com_intl_compare(
+          row.locale, reinterpret_cast<const CS_BYTE*>(a.data()), static_cast<CS_INT>(a.size()),
+          reinterpret_cast<const CS_BYTE*>(b.data()), static_cast<CS_INT>(b.size()));
+      return (order > 0) - (order < 0);
+    };
+    EXPECT_EQ(row.sign, compare(row.text1, row.text2)) << row.label;
+    EXPECT_EQ(-row.sign, compare(row.text2, row.text1)) << row.label;
+  }
+  const auto* high = reinterpret_cast<const CS_BYTE*>("a\xFF");
+  EXPECT_LT(0, com_unsignstrcmp(high, reinterpret_cast<const CS_BYTE*>("ab")));
+  EXPECT_EQ(0, com_unsignstrcmp(high, high));
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+// Every path builder: its path, the shortest buffer that takes it, and what an exact fit leaves
+// behind. Then the openers and the environment.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "intl/com_intl.h"
+#include "intl/com_loc.h"
+#include "intl/com_path.h"
+#include "intl_host.h"
+
+namespace {
+
+constexpr const char* kHome = "/h";
+
+struct Builder {
+  const char* label;
+  std::string path;
+  int spare;  // bytes beyond the path's length that the shortest sufficient buffer has
+  std::function<CS_RETCODE(CS_CONTEXT*, CS_CHAR*, CS_INT)> build;
+};
+
+std::vector<Builder> builders() {
+  return {
+      {"anyfile", "/h/abc", 0,
+       [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
+      {"interfaces", "/h/interfaces", 0,
+       [](auto* c, auto* b, auto n) { return com_path_ifile(c, b, n); }},
+      {"configuration", "/h/config/x.cfg", 0,
+       [](auto* c, auto* b, auto n) { return com_path_cfgfile(c, "x.cfg", b, n, 0); }},
+      {"locale table", "/h/locales/locales.dat", 0,
+       [](auto* c, auto* b, auto n) {
+         return com__path_locfile(c, nullptr, "ignored", "locales.dat", b, n);
+       }},
+      {"language file", "/h/locales/french/f", 0,
+       [](auto* c, auto* b, auto n) { return com__path_locfile(c, "french", nullptr, "f", b, n); }},
+      {"language and charset file", "/h/locales/us_english/iso_1/f", 0,
+       [](auto* c, auto* b, auto n) {
+         return com__path_locfile(c, "us_english", "iso_1", "f", b, n);
+       }},
+      {"message file", "/h/locales/message/french/c.loc", 1,
+       [](auto* c, auto* b, auto n) {
+         return comn__path_msgfile(c, "french", 6, "c.locXX", 5, b, n);
+       }},
+      {"message file of a leading part", "/h/locales/message/us_english/f", 1,
+       [](auto* c, auto* b, auto n) { return comn__path_msgfile(c, "usXX", 2, "f", 1, b, n); }},
+      {"message file of no leading part", "/h/locales/message/us_x/f", 1,
+       [](auto* c, auto* b, auto n) { return comn__path_msgfile(c, "us_x", 4, "f", 1, b, n); }},
+      {"message file of a longer name", "/h/locales/message/us_english1/f", 1,
+       [](auto* c, auto* b, auto n) {
+         return comn__path_msgfile(c, "us_english1", 11, "f", 1, b, n);
+       }},
+      {"character-set file", "/h/charsets/utf8/charset.loc", 1,
+       [](auto* c, auto* b, auto n) {
+         return com__path_charfile(c, "utf8", "charset.loc", nullptr, b, n);
+       }},
+      {"character-set file, extension", "/h/charsets/utf8/x.srt", 0,
+       [](auto* c, auto* b, auto n) { return com__path_charfile(c, "utf8", "x", "srt", b, n); }},
+      {"no character set", "/h/charsets/x", 1,
+       [](auto* c, auto* b, auto n) { return com__path_charfile(c, nullptr, "x", nullptr, b, n); }},
+      {"money", "/h/locales/money/x.mon", 1,
+       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 4, "x", b, n); }},
+      {"numeric", "/h/locales/numeric/x.num", 1,
+       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 5, "x", b, n); }},
+      {"datetime", "/h/locales/datetime/x.dt", 1,
+       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 6, "x", b, n); }},
+  };
+}
+
+TEST(Path, FitsToTheByte) {
+  const scratch::Variable home("TALVEN", kHome);
+  CS_CONTEXT context{};
+  for (const Builder& builder : builders()) {
+    const auto length = static_cast<CS_INT>(builder.path.size());
+    for (CS_INT room = 2; room <= length + 2; ++room) {
+      std::string buffer(200, '#');
+      const CS_RETCODE result = builder.build(&context, buffer.data(), room);
+      EXPECT_EQ(room >= length + builder.spare ? CS_SUCCEED : CS_FAIL, result)
+          << builder.label << " in " << room;
+      EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.label << " in " << room;
+      if (result != CS_SUCCEED) continue;
+      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.label;
+      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.label;
+    }
+  }
+  context.ctxintlerr = 0;
+  home.set(nullptr);
+  for (const Builder& builder : builders()) {
+    std::string buffer(200, '#');
+    EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 100)) << builder.label;
+  }
+  EXPECT_GT(0, context.ctxintlerr);
+}
+
+// Pieces that do not fit leave those in front of them; the message builder alone clears the rest.
+TEST(Path, PartlyBuilt) {
+  const scratch::Variable home("TALVEN", kHome);
+  CS_CONTEXT context{};
+  std::string buffer(30, '#');
+  EXPECT_EQ(CS_FAIL, com__path_locfile(&context, "french", "iso_1", "f", buffer.data(), 19));
+  EXPECT_STREQ("/h/locales/french", buffer.c_str());
+  buffer.assign(30, '#');
+  EXPECT_EQ(CS_FAIL, comn__path_msgfile(&context, "french", 6, "file", 4, buffer.data(), 30));
+  EXPECT_EQ("/h/locales/message/french" + std::string(5, '\0'), buffer);
+}
+
+TEST(Path, NuvIsNeitherCheckedNorCounted) {
+  const scratch::Variable home("TALVEN", kHome);
+  const scratch::Variable nuv("TALVEN_NUV", "sub");
+  CS_CONTEXT context{};
+  const std::string counted = "/h/config/f";
+  const auto room = static_cast<CS_INT>(counted.size());
+  std::string buffer(600, '#');
+  EXPECT_EQ(CS_SUCCEED, com_path_cfgfile(&context, "f", buffer.data(), room, 1));
+  EXPECT_EQ("/h/sub/config/f#", buffer.substr(0, counted.size() + 5));
+  EXPECT_EQ(CS_FAIL, com_path_cfgfile(&context, "f", buffer.data(), room - 1, 1));
+  EXPECT_EQ(CS_SUCCEED, com_path_cfgfile(&context, "f", buffer.data(), room + 1, 0));
+  EXPECT_STREQ("/h/config/f", buffer.c_str()) << "not asked for";
+
+  const std::string longest(512, 'n');
+  nuv.set(longest.c_str());
+  buffer.assign(600, '#');
+  EXPECT_EQ(CS_SUCCEED, com_path_cfgfile(&context, "f", buffer.data(), room, 1));
+  EXPECT_EQ("/h/" + longest + "/config/f#", buffer.substr(0, counted.size() + 514));
+  nuv.set((longest + "n").c_str());
+  EXPECT_EQ(CS_SUCCEED, com_path_cfgfile(&context, "f", buffer.data(), room + 1, 1));
+  EXPECT_STREQ("/h/config/f", buffer.c_str()) << "too long for its buffer: left out";
+}
+
+TEST(PathDeathTest, Preconditions) {
+  const scratch::Variable home("TALVEN", kHome);
+  CS_CONTEXT context{};
+  char buffer[100];
+  const auto bomb = "assertion failed, file 'generic/src/intl/com_path.cpp'";
+  EXPECT_DEATH(com_path_ifile(&context, buffer, 0), bomb);
+  EXPECT_DEATH(com_path_ifile(&context, buffer, 1), bomb) << "the home alone is longer";
+  EXPECT_DEATH(comn__path_locdata(&context, 3, "x", buffer, 100), bomb);
+  EXPECT_DEATH(comn__path_locdata(&context, 7, "x", buffer, 100), bomb);
+  EXPECT_DEATH(com_path_ifile(nullptr, buffer, 100), "Invalid pointer");
+  EXPECT_DEATH(com_path_anyfile(&context, buffer, 100, nullptr, 1), "Invalid pointer");
+}
+
+TEST(Open, PathGoesToTheErrorBufferCutToFit) {
+  const scratch::Directory directory;
+  const scratch::Variable home("TALVEN", directory.path().c_str());
+  const std::string path = directory.write("charsets/x/y.srt", "[a]\n");
+  CS_CONTEXT context{};
+  INTL_HANDLE handle = nullptr;
+  char error[100];
+  EXPECT_EQ(CS_SUCCEED, com__open_charfile(&context, "x", "y", "srt", &handle, error, 100));
+  EXPECT_EQ(path, error);
+  EXPECT_EQ(0, intl_close(handle));
+  EXPECT_EQ(CS_INTL_NOFILE, com__open_charfile(&context, "x", "z", "srt", &handle, error, 6));
+  EXPECT_EQ(path.substr(0, 5), error);
+  EXPECT_GT(0, context.ctxintlerr);
+  const std::string endless(1100, 'n');
+  EXPECT_EQ(CS_FAIL,
+            com__open_locfile(&context, nullptr, nullptr, endless.c_str(), &handle, error, 100));
+  EXPECT_EQ(0, intl_host::files_open());
+  EXPECT_DEATH(com__open_locfile(&context, nullptr, nullptr, "f", &handle, error, 0), "assertion");
+}
+
+// A path that fills all 1,025 bytes is opened whole.
+TEST(Open, LongestPath) {
+  const scratch::Directory directory;
+  const std::string head = directory.path().string() + "/locales/";
+  std::string name;
+  while (head.size() + name.size() + 201 < 1025) name += std::string(199, 'd') + "/";
+  name += std::string(1025 - head.size() - name.size(), 'f');
+  directory.write("locales/" + name, "[a]\n");
+  const scratch::Variable home("TALVEN", directory.path().c_str());
+  CS_CONTEXT context{};
+  INTL_HANDLE handle = nullptr;
+  EXPECT_EQ(CS_SUCCEED,
+            com__open_locfile(&context, nullptr, nullptr, name.c_str(), &handle, nullptr, 0));
+  EXPECT_EQ(0, intl_close(handle));
+  EXPECT_EQ(CS_FAIL, com__open_locfile(&context, nullptr, nullptr, (name + "f").c_str(), &handle,
+                                       nullptr, 0));
+}
+
+TEST(Environment, CategoryThenLangThenDefault) {
+  const char* names[] = {"LC_COLLATE", "LC_CTYPE", "LC_MESSAGE", "LC_MONETARY",
+                         "LC_NUMERIC", "LC_TIME",  "LC_ALL"};
+  const scratch::Variable lang("LANG", nullptr);
+  CS_CONTEXT context{};
+  char name[20];
+  for (CS_INT category = 1; category <= 7; ++category) {
+    const scratch::Variable variable(names[category - 1], nullptr);
+    const scratch::Variable all("LC_ALL", nullptr);
+    lang.set(nullptr);
+    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
+    EXPECT_STREQ("default", name) << category;
+    lang.set("of-lang");
+    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
+    EXPECT_STREQ("of-lang", name) << category;
+    all.set("of-all");
+    variable.set("of-category");
+    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
+    EXPECT_STREQ("of-category", name) << category;
+  }
+  lang.set("longer than the buffer");
+  EXPECT_EQ(CS_INTL_LIBERR, com_intl_envloc(&context, 1, name, sizeof name));
+  EXPECT_GT(0, context.ctxintlerr);
+  lang.set(nullptr);
+  EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, 1, name, 4));
+  EXPECT_STREQ("def", name);
+  EXPECT_DEATH(com_intl_envloc(&context, 0, name, 4), "assertion");
+  EXPECT_DEATH(com_intl_envloc(&context, 8, name, 4), "assertion");
+  EXPECT_DEATH(com_intl_envloc(&context, 1, name, 0), "assertion");
+}
+
+}  // namespace

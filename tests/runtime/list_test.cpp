@@ -1,0 +1,558 @@
+// Lists: the key hash against a reference of its own, every kind against a shadow model, where
+// tables put their elements, rebuilding, printing, properties, allocation failures and stops.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <random>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runtime/lmhash.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+using Text = std::string;
+
+CS_RETCODE op(LM_HANDLE* list, CS_INT code, std::string_view key, void* data = nullptr) {
+  return lm_list_op(list, code, key.data(), static_cast<CS_INT>(key.size()), data, nullptr);
+}
+
+CS_RETCODE op(LM_HANDLE* list, CS_INT code, void* data = nullptr) {
+  return lm_list_op(list, code, nullptr, CS_UNUSED, data, nullptr);
+}
+
+CS_RETCODE set_size(LM_HANDLE* list, CS_INT size) {
+  return lm_list_prop(list, CS_SET, LM_PROP_MAX_TABLESIZE, &size, 4, nullptr);
+}
+
+CS_RETCODE set_pool(LM_HANDLE* list, CS_INT size) {
+  return lm_list_prop(list, CS_SET, LM_PROP_MAX_POOLSIZE, &size, 4, nullptr);
+}
+
+// A context with one list. Whatever the test did, nothing is left when it goes.
+struct Fixture {
+  std::size_t before = host_alloc::live_blocks();
+  LM_CONTEXT* context = nullptr;
+  LM_HANDLE* list = nullptr;
+
+  explicit Fixture(CS_INT type, CS_INT table_size = 7, CS_INT pool_size = 0) {
+    EXPECT_EQ(CS_SUCCEED, lm_initlm(LM_MIN_VERSION, "lists", CS_NULLTERM, &context));
+    lm_property(context, CS_SET, LM_CTX_MAX_TABLESIZE, &table_size, 4, nullptr);
+    lm_property(context, CS_SET, LM_CTX_MAX_POOLSIZE, &pool_size, 4, nullptr);
+    EXPECT_EQ(CS_SUCCEED, lm_list_alloc(context, type, "one", 3, &list));
+  }
+  ~Fixture() {
+    EXPECT_EQ(CS_SUCCEED, lm_exit(context));
+    EXPECT_EQ(before, host_alloc::live_blocks());
+  }
+};
+
+// The hash as its rule is told: a machine fed byte by byte, in 64 bits, cut at the end of each
+// step.
+std::uint32_t reference_number(const Text& key) {
+  std::uint64_t sum = 0, pending = 0;
+  const auto cut = [](std::uint64_t v) { return v & 0xffffffffULL; };
+  std::size_t at = 0;
+  const auto word = [&] {
+    std::uint64_t w = 0;
+    for (int i = 0; i < 4; ++i, ++at) {
+      const std::int64_t byte = at < key.size() ? static_cast<signed char>(key[at]) : 0x5a;
+      w = cut(w * 256) | cut(static_cast<std::uint64_t>(byte));
+    }
+    return w;
+  };
+  while (key.size() - at >= 4) {
+    const std::uint64_t w = word();
+    if (pending == 0) {
+      pending = w;
+      continue;
+    }
+    if (sum != 0) pending = cut(sum * 37 + pending);
+    sum = cut(w + pending * 37);
+    pending = 0;
+  }
+  if (at == key.size()) return static_cast<std::uint32_t>(pending ? cut(pending + sum * 37) : sum);
+  std::uint64_t x = sum;
+  if (pending != 0) x = sum != 0 ? cut(sum * 37 + pending) : pending;
+  return static_cast<std::uint32_t>(cut(word() + x * 37));
+}
+
+TEST(ListHash, FollowsTheRuleForAllBytes) {
+  const struct {
+    const char* label;
+    Text key;
+    CS_UINT number;
+  } rows[] = {
+      {"empty", "", 0},
+      {"fill byte", "Z", 0x5a5a5a5a},
+      {"one group", "abcd", 0x61626364},
+      {"sign of the last byte", Text("abc\x80"), 0xffffff80},
+      {"sign in the tail", Text("a\xff"), 0xffff5a5a},
+      {"zero group leaves nothing pending", Text("\0\0\0\0abcd", 8), 0x61626364},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(row.number, lm___api_key_to_uint(row.key.data(), static_cast<CS_INT>(row.key.size())))
+        << row.label;
+
+  std::mt19937 random(5);
+  for (int i = 0; i < 20000; ++i) {
+    Text key(random() % 24, '\0');
+    for (char& byte : key)
+      byte = static_cast<char>(random() % 3 == 0 ? 0 : random() >> random() % 8);
+    const auto size = static_cast<CS_INT>(key.size());
+    const auto table = static_cast<CS_INT>(2 + random() % 1000);
+    const std::uint32_t number = reference_number(key);
+    ASSERT_EQ(number, lm___api_key_to_uint(key.data(), size));
+    ASSERT_EQ(number % static_cast<CS_UINT>(table),
+              static_cast<CS_UINT>(lm__api_key_to_hash(key.data(), size, table)));
+    ASSERT_EQ(number * 7U % static_cast<CS_UINT>(table - 1) + 1,
+              static_cast<CS_UINT>(lm__api_key_to_hash2(key.data(), size, table)));
+  }
+}
+
+// Every element in a list's own structures, in walking order, with states and links checked.
+std::vector<void*> contents(LM_HANDLE* list) {
+  std::vector<void*> found;
+  const auto walk = [&found](DLinkNode* node) {
+    DLinkNode* last = nullptr;
+    for (; node != nullptr; last = node, node = node->next) {
+      EXPECT_EQ(LM_STATE_IN_USE, node->state);
+      EXPECT_EQ(last, node->previous);
+      found.push_back(node->data);
+    }
+    return last;
+  };
+  if (list->hdlprop->list_type == LM_DHASH) {
+    const auto* info = static_cast<DHashInfo*>(list->list_state);
+    EXPECT_EQ(info->table_size, list->hdlprop->max_tablesize);
+    for (CS_INT i = 0; i < info->table_size; ++i) {
+      if (info->table[i].state == LM_STATE_IN_USE)
+        found.push_back(info->table[i].data);
+      else
+        EXPECT_EQ(LM_STATE_READY, info->table[i].state);
+    }
+  } else if (list->hdlprop->list_type == LM_CHASH) {
+    const auto* info = static_cast<CHashInfo*>(list->list_state);
+    EXPECT_EQ(info->table_size, list->hdlprop->max_tablesize);
+    for (CS_INT i = 0; i < info->table_size; ++i) walk(info->table[i]);
+  } else {
+    const auto* info = static_cast<DLinkInfo*>(list->list_state);
+    EXPECT_EQ(info->tail, walk(info->head));
+  }
+  EXPECT_EQ(list->hdlprop->handle_load, static_cast<CS_INT>(found.size()));
+  EXPECT_LE(list->free_nodes, std::max(0, list->hdlprop->max_poolsize));
+  return found;
+}
+
+// What a list must do, on a plain vector. An element is known by its data pointer.
+struct Model {
+  struct Element {
+    const Text* key;
+    void* data;
+  };
+  CS_INT type;
+  CS_INT table_size;
+  std::vector<Element> elements;
+  void* cursor = nullptr;
+
+  bool table() const { return type == LM_CHASH || type == LM_DHASH; }
+  int index_of(void* data) const {
+    for (std::size_t i = 0; i < elements.size(); ++i)
+      if (data != nullptr && elements[i].data == data) return static_cast<int>(i);
+    return -1;
+  }
+  int chosen(const Text* key) const {
+    if (key == nullptr) return index_of(cursor);
+    for (std::size_t i = 0; i < elements.size(); ++i)
+      if (elements[i].key != nullptr && *elements[i].key == *key) return static_cast<int>(i);
+    return -1;
+  }
+  void insert(int at, const Text* key, void* data) {
+    elements.insert(elements.begin() + at, {key, data});
+  }
+
+  CS_RETCODE run(CS_INT code, const Text* key, void* data, void*& out) {
+    const int count = static_cast<int>(elements.size());
+    int at = chosen(key);
+    switch (code) {
+      case LM_OP_INSERT:
+        if (type == LM_DHASH && count == table_size) return CS_FAIL;
+        insert(type == LM_STACK ? 0 : count, key, data);
+        return CS_SUCCEED;
+      case LM_OP_INSERT_BEFORE:
+        insert(std::max(0, index_of(cursor)), key, data);
+        return CS_SUCCEED;
+      case LM_OP_INSERT_AFTER:
+        insert(cursor == nullptr ? count : index_of(cursor) + 1, key, data);
+        return CS_SUCCEED;
+      case LM_OP_DELETE:
+        if (type == LM_QUEUE || type == LM_STACK) at = count == 0 ? -1 : 0;
+        if (at < 0) return LM_NOTFOUND;
+        out = elements[static_cast<std::size_t>(at)].data;
+        if (out == cursor) cursor = nullptr;
+        elements.erase(elements.begin() + at);
+        return CS_SUCCEED;
+      case LM_OP_FIRST:
+        at = 0;
+        break;
+      case LM_OP_LAST:
+        at = count - 1;
+        break;
+      case LM_OP_NEXT:
+        at = cursor == nullptr ? 0 : index_of(cursor) + 1;
+        break;
+      case LM_OP_PREVIOUS:
+        at = cursor == nullptr ? count - 1 : index_of(cursor) - 1;
+        break;
+      default:
+        break;
+    }
+    if (at < 0 || at >= count) return LM_NOTFOUND;
+    auto& element = elements[static_cast<std::size_t>(at)];
+    if (code == LM_OP_REPLACE)
+      element.data = data;
+    else
+      out = element.data;
+    cursor = element.data;
+    return CS_SUCCEED;
+  }
+};
+
+class EachKind : public testing::TestWithParam<CS_INT> {};
+INSTANTIATE_TEST_SUITE_P(Lists, EachKind,
+                         testing::Values(LM_DLINK, LM_CHASH, LM_DHASH, LM_QUEUE, LM_STACK));
+
+TEST_P(EachKind, BehavesAsItsModel) {
+  std::vector<Text> keys;
+  for (int i = 0; i < 30; ++i) keys.push_back("key" + std::to_string(100 + i));
+  std::vector<CS_INT> codes = {20, 20, 21, 22, 23, 24, 25, 27, 28};
+  if (GetParam() == LM_DLINK) codes.insert(codes.end(), {32, 33});
+  if (GetParam() == LM_CHASH || GetParam() == LM_DHASH) codes = {20, 20, 21, 22, 23};
+
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    std::mt19937 random(seed);
+    const auto pool = static_cast<CS_INT>(seed % 4);
+    Fixture fixture(GetParam(), 12, pool);
+    LM_HANDLE* list = fixture.list;
+    Model model{GetParam(), 12, {}};
+    std::uintptr_t fresh = 0;
+    for (int step = 0; step < 400; ++step) {
+      const CS_INT code = codes[random() % codes.size()];
+      const Text* key = &keys[random() % keys.size()];
+      if (code != LM_OP_INSERT && random() % 3 == 0) key = nullptr;
+      // With equal keys a table may answer with any of them.
+      if (model.table() && code == LM_OP_INSERT && model.chosen(key) >= 0) continue;
+
+      void* const data = reinterpret_cast<void*>(++fresh);
+      const bool takes = code == 20 || code == 23 || code >= 32;
+      void* expected = nullptr;
+      void* actual = nullptr;
+      CS_INT length = -1;
+      const CS_RETCODE result = model.run(code, key, data, expected);
+      SCOPED_TRACE(testing::Message() << "seed " << seed << " step " << step << " op " << code);
+      ASSERT_EQ(result, lm_list_op(list, code, key == nullptr ? nullptr : key->data(), 6,
+                                   takes ? data : &actual, &length));
+      ASSERT_EQ(expected, actual);
+      ASSERT_EQ(!takes && result == CS_SUCCEED ? 4 : -1, length);
+
+      if (model.table() && random() % 20 == 0) {
+        const auto size = static_cast<CS_INT>(2 + random() % 30);
+        const bool fits = GetParam() == LM_CHASH || size >= list->hdlprop->handle_load;
+        ASSERT_EQ(fits ? CS_SUCCEED : CS_FAIL, set_size(list, size));
+        if (fits) model.table_size = size, model.cursor = nullptr;
+      }
+      std::vector<void*> found = contents(list);
+      std::vector<void*> wanted;
+      for (const auto& element : model.elements) wanted.push_back(element.data);
+      if (model.table()) std::ranges::sort(found), std::ranges::sort(wanted);
+      ASSERT_EQ(wanted, found);
+      const void* cursor = nullptr;
+      if (list->cur_ptr != nullptr)
+        cursor = GetParam() == LM_DHASH ? static_cast<LHashNode*>(list->cur_ptr)->data
+                                        : static_cast<DLinkNode*>(list->cur_ptr)->data;
+      ASSERT_EQ(model.cursor, cursor);
+    }
+  }
+}
+
+// Fills, rebuilds and drops a list. On a failure everything that was in it is still there.
+TEST_P(EachKind, SurvivesEveryAllocationFailure) {
+  const std::size_t before = host_alloc::live_blocks();
+  const std::vector<Text> keys = {"a", "b", "c", "d"};
+  host_alloc::sweep([&](auto failed) {
+    const auto judge = [&failed](CS_RETCODE code) {
+      EXPECT_EQ(failed() && code != CS_SUCCEED ? CS_MEM_ERROR : CS_SUCCEED, code);
+      return code == CS_SUCCEED;
+    };
+    LM_CONTEXT* context = nullptr;
+    LM_HANDLE* list = nullptr;
+    if (!judge(lm_initlm(LM_MIN_VERSION, "sweep", CS_NULLTERM, &context))) return;
+    const CS_INT pool = 2;
+    lm_property(context, CS_SET, LM_CTX_MAX_POOLSIZE, const_cast<CS_INT*>(&pool), 4, nullptr);
+    if (judge(lm_list_alloc(context, GetParam(), "list", CS_NULLTERM, &list))) {
+      for (const Text& key : keys) judge(op(list, LM_OP_INSERT, key, list));
+      const CS_INT load = list->hdlprop->handle_load;
+      if (GetParam() == LM_CHASH || GetParam() == LM_DHASH) {
+        op(list, LM_OP_FIND, keys[0]);
+        const void* table = list->list_state;
+        const void* cursor = list->cur_ptr;
+        if (judge(set_size(list, 20))) {
+          EXPECT_EQ(nullptr, list->cur_ptr);
+        } else {
+          EXPECT_EQ(table, list->list_state);
+          EXPECT_EQ(cursor, list->cur_ptr);
+          EXPECT_EQ(LM_DEFAULT_TABLESIZE, list->hdlprop->max_tablesize);
+        }
+      }
+      EXPECT_EQ(static_cast<std::size_t>(load), contents(list).size());
+    } else {
+      EXPECT_EQ(nullptr, context->first_handle);
+      EXPECT_EQ(0, context->cxtprop->context_load);
+    }
+    lm_exit(context);
+    EXPECT_EQ(before, host_alloc::live_blocks());
+  });
+}
+
+TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
+  Fixture fixture(LM_DHASH, 11);
+  const auto* info = static_cast<DHashInfo*>(fixture.list->list_state);
+  std::map<CS_INT, Text> model;
+  std::vector<Text> keys;
+  for (int i = 0; i < 11; ++i) keys.push_back(Text(1, static_cast<char>('a' + i)) + "-key");
+  for (Text& key : keys) {
+    const std::uint32_t number = reference_number(key);
+    CS_INT slot = static_cast<CS_INT>((number % 11 + number * 7U % 10 + 1) % 11);
+    while (model.contains(slot)) slot = (slot + 1) % 11;
+    model[slot] = key;
+    ASSERT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_INSERT, key, key.data()));
+    EXPECT_EQ(key.data(), info->table[slot].data);
+  }
+  EXPECT_EQ(CS_FAIL, op(fixture.list, LM_OP_INSERT, "one more"));
+  EXPECT_EQ(CS_FAIL, set_size(fixture.list, 10));
+  EXPECT_EQ(11U, contents(fixture.list).size());
+  // Holes end no search: each key is still found when all before it in its probe order are gone.
+  for (std::size_t gone = 0; gone + 1 < keys.size(); ++gone) {
+    EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_DELETE, keys[gone]));
+    for (std::size_t left = gone + 1; left < keys.size(); ++left)
+      EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, keys[left]));
+  }
+}
+
+TEST(OpenAddressing, MatchesByTheFirstBytes) {
+  Fixture fixture(LM_DHASH, 5);
+  int data = 0;
+  op(fixture.list, LM_OP_INSERT, "prefix and more", &data);
+  EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, "prefix"));
+  EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, ""));
+  EXPECT_EQ(LM_NOTFOUND, op(fixture.list, LM_OP_FIND, "prefix and more still"));
+}
+
+CS_INT same_first_byte(const CS_VOID* element_key, const CS_VOID* key, CS_INT) {
+  return *static_cast<const char*>(element_key) != *static_cast<const char*>(key);
+}
+
+TEST(ListKeys, CompareFunctionAndElementsWithoutKey) {
+  for (const CS_INT type : {LM_DLINK, LM_CHASH, LM_DHASH}) {
+    Fixture fixture(type);
+    int data[2];
+    if (type == LM_DLINK) op(fixture.list, LM_OP_INSERT, &data[0]);
+    op(fixture.list, LM_OP_INSERT, "b", &data[1]);
+    lm_list_prop(fixture.list, CS_SET, LM_PROP_COMP_FUNC, reinterpret_cast<void*>(same_first_byte),
+                 0, nullptr);
+    void* found = nullptr;
+    EXPECT_EQ(type == LM_DLINK ? CS_RETCODE{CS_SUCCEED} : CS_RETCODE{LM_NOTFOUND},
+              op(fixture.list, LM_OP_FIND, "bcd", &found));
+    EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, "b", &found));
+    EXPECT_EQ(&data[1], found);
+  }
+}
+
+TEST(NodePool, IsFilledBoundedAndTrimmed) {
+  Fixture fixture(LM_CHASH, 7, 3);
+  LM_HANDLE* list = fixture.list;
+  EXPECT_EQ(3, list->free_nodes);
+  const std::vector<Text> keys = {"a", "b", "c", "d"};
+  const std::size_t filled = host_alloc::live_blocks();
+  for (const Text& key : keys) op(list, LM_OP_INSERT, key);
+  EXPECT_EQ(0, list->free_nodes);
+  EXPECT_EQ(filled + 1, host_alloc::live_blocks());
+  for (const Text& key : keys) op(list, LM_OP_DELETE, key);
+  EXPECT_EQ(3, list->free_nodes);
+  EXPECT_EQ(LM_STATE_POOLED, list->free_DLN_list->state);
+  EXPECT_EQ(filled, host_alloc::live_blocks());
+  set_pool(list, 1);
+  EXPECT_EQ(1, list->free_nodes);
+  EXPECT_EQ(filled - 2, host_alloc::live_blocks());
+
+  Fixture no_pool(LM_DHASH, 7, 3);
+  EXPECT_EQ(CS_SUCCEED, set_pool(no_pool.list, 5));
+  EXPECT_EQ(0, no_pool.list->hdlprop->max_poolsize);
+}
+
+CS_RETCODE print_number(CS_VOID* data) {
+  comn_debug_print("<%d>", *static_cast<int*>(data));
+  return CS_SUCCEED;
+}
+
+CS_RETCODE print_one(CS_VOID* data) {
+  print_number(data);
+  return CS_FAIL;
+}
+
+template <class Action>
+Text printed(Action action) {
+  const auto path =
+      std::filesystem::temp_directory_path() / ("comnlib-list-" + std::to_string(getpid()));
+  comn_debug_setfile(nullptr, path.c_str(), 1);
+  action();
+  comn_debug_setfile(nullptr, nullptr, 0);
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  std::filesystem::remove(path);
+  return text.str();
+}
+
+TEST(ListPrint, HeadingsAndStops) {
+  static int numbers[] = {1, 2};
+  const auto number = reinterpret_cast<void*>(print_number);
+  const auto one = reinterpret_cast<void*>(print_one);
+  const Text empty = "\n***Chain empty***\n";
+  for (const CS_INT type : {LM_DLINK, LM_CHASH, LM_DHASH, LM_QUEUE, LM_STACK}) {
+    SCOPED_TRACE(type);
+    Fixture fixture(type, 3);
+    LM_HANDLE* list = fixture.list;
+    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT));
+    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT_ALL));
+    lm_list_prop(list, CS_SET, LM_PROP_PRINT_FUNC, number, 0, nullptr);
+    EXPECT_EQ(type == LM_CHASH ? empty + empty + empty : empty,
+              printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT_ALL)); }));
+    EXPECT_EQ("\nNULL\n", printed([&] { EXPECT_EQ(LM_NOTFOUND, op(list, LM_OP_PRINT)); }));
+    EXPECT_EQ("", printed([&] { EXPECT_EQ(LM_NOTFOUND, op(list, LM_OP_PRINT, "no")); }));
+
+    op(list, LM_OP_INSERT, "one", &numbers[0]);
+    if (type != LM_CHASH) {
+      EXPECT_EQ("\nKeys:\none\nData:\n<1>", printed([&] { op(list, LM_OP_PRINT_ALL); }));
+    }
+    op(list, LM_OP_INSERT, "two", &numbers[1]);
+    const Text all = printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT_DATA, number)); });
+    EXPECT_TRUE(all == "<1><2>" || (all == "<2><1>" && type != LM_DLINK && type != LM_QUEUE))
+        << all;
+    EXPECT_EQ(3U, printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT_DATA, one)); }).size());
+    EXPECT_EQ("<2>", printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT, "two")); }));
+    EXPECT_EQ("<2>", printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT)); }));
+  }
+}
+
+TEST(ListProperties, GetSetClear) {
+  Fixture fixture(LM_CHASH, 7, 2);
+  CS_INT value = 0;
+  CS_INT length = 0;
+  const auto get = [&](CS_INT property) {
+    EXPECT_EQ(CS_SUCCEED, lm_list_prop(fixture.list, CS_GET, property, &value, 4, &length));
+    EXPECT_EQ(4, length);
+    return value;
+  };
+  EXPECT_EQ(LM_CHASH, get(LM_PROP_LIST_TYPE));
+  EXPECT_EQ(CS_SUCCEED, set_size(fixture.list, 9));
+  EXPECT_EQ(9, get(LM_PROP_MAX_TABLESIZE));
+  EXPECT_EQ(CS_SUCCEED,
+            lm_list_prop(fixture.list, CS_CLEAR, LM_PROP_MAX_TABLESIZE, nullptr, 0, nullptr));
+  EXPECT_EQ(7, get(LM_PROP_MAX_TABLESIZE));
+  set_pool(fixture.list, 5);
+  lm_list_prop(fixture.list, CS_CLEAR, LM_PROP_MAX_POOLSIZE, nullptr, 0, nullptr);
+  EXPECT_EQ(2, get(LM_PROP_MAX_POOLSIZE));
+  EXPECT_EQ(0, get(LM_PROP_HANDLE_LOAD));
+  EXPECT_EQ(static_cast<CS_INT>(reinterpret_cast<std::intptr_t>(fixture.context)),
+            get(LM_PROP_CONTEXT));
+  lm_list_prop(fixture.list, CS_SET, LM_PROP_PRINT_FUNC, reinterpret_cast<void*>(print_one), 0,
+               nullptr);
+  EXPECT_EQ(static_cast<CS_INT>(reinterpret_cast<std::intptr_t>(print_one)),
+            get(LM_PROP_PRINT_FUNC));
+  lm_list_prop(fixture.list, CS_CLEAR, LM_PROP_PRINT_FUNC, nullptr, 0, nullptr);
+  EXPECT_EQ(0, get(LM_PROP_PRINT_FUNC));
+  for (const CS_INT fixed : {1, 8, 9, 10})
+    EXPECT_EQ(CS_FAIL, lm_list_prop(fixture.list, CS_SET, fixed, &value, 4, nullptr)) << fixed;
+
+  char name[4] = "...";
+  EXPECT_EQ(CS_FAIL, lm_list_prop(fixture.list, CS_GET, LM_PROP_HANDLE_NAME, name, 2, &length));
+  EXPECT_STREQ("...", name);
+  EXPECT_EQ(CS_SUCCEED, lm_list_prop(fixture.list, CS_GET, LM_PROP_HANDLE_NAME, name, 3, &length));
+  EXPECT_STREQ("one", name);
+  EXPECT_EQ(3, length);
+
+  LM_HANDLE* plain = nullptr;
+  lm_list_alloc(fixture.context, CS_UNUSED, "zero", CS_NULLTERM, &plain);
+  EXPECT_EQ(LM_DLINK, plain->hdlprop->list_type);
+  EXPECT_EQ(5, plain->hdlprop->length);
+  EXPECT_EQ(CS_FAIL, set_size(plain, 9));
+  EXPECT_EQ(plain, fixture.context->first_handle);
+  EXPECT_EQ(plain, fixture.context->cxtprop->cur_handleaddr);
+  EXPECT_EQ(CS_SUCCEED, lm_list_drop(plain));
+  EXPECT_EQ(nullptr, fixture.context->cxtprop->cur_handleaddr);
+  EXPECT_EQ(CS_SUCCEED,
+            lm_property(fixture.context, CS_GET, LM_CTX_CUR_HANDLENAME, name, 4, &length));
+  EXPECT_EQ(0, length);
+  EXPECT_EQ(1, fixture.context->cxtprop->context_load);
+  for (const CS_INT fixed : {4, 5, 6, 7})
+    EXPECT_EQ(CS_FAIL, lm_property(fixture.context, CS_CLEAR, fixed, nullptr, 0, nullptr)) << fixed;
+  lm_property(fixture.context, CS_CLEAR, LM_CTX_MAX_TABLESIZE, nullptr, 0, nullptr);
+  EXPECT_EQ(LM_DEFAULT_TABLESIZE, fixture.context->cxtprop->max_tablesize);
+
+  EXPECT_EQ(CS_FAIL, lm_list_alloc(nullptr, LM_DLINK, "x", 1, &plain));
+  EXPECT_EQ(CS_FAIL, lm_list_alloc(fixture.context, 17, "x", 1, &plain));
+  EXPECT_EQ(CS_FAIL, op(nullptr, LM_OP_NONE));
+}
+
+TEST(ListDeathTest, Stops) {
+  testing::GTEST_FLAG(death_test_style) = "fast";
+  LM_CONTEXT* none = nullptr;
+  const char* const assertion = "assertion failed";
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none), assertion);
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION, "x", -1, &none), assertion);
+  EXPECT_DEATH(lm__api_key_to_hash("x", 1, 0), assertion);
+  EXPECT_DEATH(lm___api_key_to_uint("x", -1), assertion);
+
+  Fixture table(LM_DHASH);
+  for (const CS_INT code : {19, 34, 24, 25, 27, 28, 32, 33})
+    EXPECT_DEATH(op(table.list, code, "x"), assertion) << code;
+  EXPECT_DEATH(op(table.list, LM_OP_INSERT), assertion);
+  EXPECT_DEATH(lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr), assertion);
+  EXPECT_DEATH(op(table.list, LM_OP_PRINT_DATA), "Invalid pointer");
+  EXPECT_DEATH(set_size(table.list, 0), assertion);
+  for (const CS_INT type : {12, 15, 20})
+    EXPECT_DEATH(lm_list_alloc(table.context, type, "x", 1, &table.list), assertion) << type;
+  for (const CS_INT property : {0, 4, 7, 13})
+    EXPECT_DEATH(lm_list_prop(table.list, CS_GET, property, &none, 4, nullptr), assertion);
+  for (const CS_INT property : {0, 8})
+    EXPECT_DEATH(lm_property(table.context, CS_GET, property, &none, 4, nullptr), assertion);
+  EXPECT_DEATH(lm_property(table.context, 36, 1, &none, 4, nullptr), assertion);
+
+  Fixture queue(LM_QUEUE);
+  EXPECT_DEATH(op(queue.list, LM_OP_INSERT_BEFORE), assertion);
+  EXPECT_DEATH(
+      {
+        queue.list->state = LM_STATE_DROPPED;
+        op(queue.list, LM_OP_NONE);
+      },
+      assertion);
+  EXPECT_DEATH(
+      {
+        lm_list_drop(queue.list);
+        op(queue.list, LM_OP_INSERT);
+      },
+      "");
+
+  // A table of one slot has no increment: the division by zero is its end.
+  Fixture single(LM_DHASH, 1);
+  EXPECT_DEATH(op(single.list, LM_OP_INSERT, "x"), "");
+}
+
+}  // namespace

@@ -1,0 +1,514 @@
+// Threads and synchronisation: results, timing of event waits, cancellation, and every stop.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <climits>
+#include <csignal>
+#include <ctime>
+#include <functional>
+#include <string>
+
+#include "comnlib/memory.h"
+#include "comnlib/thread.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+const auto aborted = testing::KilledBySignal(SIGABRT);
+
+// Runs a callable in a thread of this layer; joining checks the result.
+class Thread {
+ public:
+  explicit Thread(std::function<void()> work) : work_(std::move(work)) {
+    EXPECT_EQ(CS_SUCCEED, comn_create_thread(&handle_, run, this));
+  }
+  ~Thread() { EXPECT_EQ(CS_SUCCEED, comn_join_thread(handle_)); }
+  Thread(const Thread&) = delete;
+  Thread& operator=(const Thread&) = delete;
+  COMN_THREAD* handle() const { return handle_; }
+
+ private:
+  static void* run(void* self) {
+    static_cast<Thread*>(self)->work_();
+    return nullptr;
+  }
+  std::function<void()> work_;
+  COMN_THREAD* handle_ = nullptr;
+};
+
+double now() {
+  timespec time = {};
+  clock_gettime(CLOCK_REALTIME, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+double whole(double time) {
+  return static_cast<double>(static_cast<long long>(time));
+}
+
+// Sleeps until the current second is between `fraction` and a tenth more.
+void await_fraction(double fraction) {
+  for (double part = now() - whole(now()); part < fraction || part > fraction + 0.1;
+       part = now() - whole(now()))
+    usleep(10'000);
+}
+
+void await(const std::function<bool()>& condition) {
+  while (!condition()) usleep(1000);
+}
+
+// --- Mutexes -----------------------------------------------------------------------------------
+
+TEST(Mutex, CountsTheTakesOfItsOwner) {
+  COMN_MUTEX* mutex = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  EXPECT_EQ(0xdeadbabeu, mutex->magic);
+  EXPECT_EQ(COMN_NO_OWNER, mutex->owner);
+  EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex));
+
+  EXPECT_EQ(CS_SUCCEED, comn_take_mutex(mutex));
+  EXPECT_EQ(CS_SUCCEED, comn_try_mutex(mutex));
+  EXPECT_EQ(2u, mutex->use_count);
+  EXPECT_EQ(comn_threadid(), mutex->owner);
+  EXPECT_EQ(CS_SUCCEED, comn_check_mutex(mutex));
+  {
+    const Thread other([&] { EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)); });
+  }
+
+  EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
+  EXPECT_EQ(comn_threadid(), mutex->owner);
+  EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
+  EXPECT_EQ(COMN_NO_OWNER, mutex->owner);
+  EXPECT_EQ(0u, mutex->use_count);
+  {
+    const Thread other([&] {
+      EXPECT_EQ(CS_SUCCEED, comn_try_mutex(mutex));
+      EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
+    });
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
+}
+
+TEST(MutexDeathTest, MisuseStops) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  COMN_MUTEX* mutex = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  const auto held = [&] { comn_take_mutex(mutex); };
+  const auto held_elsewhere = [&] { const Thread other(held); };
+  const auto unstamped = [&] { mutex->magic = 0; };
+  const struct {
+    const char* what;
+    std::function<void()> misuse;
+  } rows[] = {
+      {"create null", [] { comn_create_mutex(nullptr); }},
+      {"delete null", [] { comn_delete_mutex(nullptr); }},
+      {"take null", [] { comn_take_mutex(nullptr); }},
+      {"try null", [] { comn_try_mutex(nullptr); }},
+      {"release null", [] { comn_release_mutex(nullptr); }},
+      {"check null", [] { comn_check_mutex(nullptr); }},
+      {"delete unstamped", [&] { unstamped(), comn_delete_mutex(mutex); }},
+      {"take unstamped", [&] { unstamped(), comn_take_mutex(mutex); }},
+      {"try unstamped", [&] { unstamped(), comn_try_mutex(mutex); }},
+      {"release unstamped", [&] { held(), unstamped(), comn_release_mutex(mutex); }},
+      {"check unstamped", [&] { unstamped(), comn_check_mutex(mutex); }},
+      {"delete held", [&] { held(), comn_delete_mutex(mutex); }},
+      {"delete counted", [&] { mutex->use_count = 1, comn_delete_mutex(mutex); }},
+      {"release free", [&] { comn_release_mutex(mutex); }},
+      {"third release",
+       [&] {
+         held(), held();
+         for (int i = 0; i < 3; ++i) comn_release_mutex(mutex);
+       }},
+      {"release by another", [&] { held_elsewhere(), comn_release_mutex(mutex); }},
+      {"try while held", [&] { held_elsewhere(), comn_try_mutex(mutex); }},
+      {"take own, uncounted", [&] { held(), mutex->use_count = 0, comn_take_mutex(mutex); }},
+      {"take with an owner", [&] { mutex->owner = 1, comn_take_mutex(mutex); }},
+      {"take with a count", [&] { mutex->use_count = 1, comn_take_mutex(mutex); }},
+  };
+  for (const auto& row : rows)
+    EXPECT_EXIT(row.misuse(), aborted, "assertion failed|Invalid pointer") << row.what;
+  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
+}
+
+// --- Events ------------------------------------------------------------------------------------
+
+TEST(Event, AutoAndManualReset) {
+  for (const CS_INT autoreset : {1, 0}) {
+    COMN_EVENT* event = nullptr;
+    ASSERT_EQ(CS_SUCCEED, comn_create_event_ex(&event, autoreset));
+    EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 0));
+    for (const CS_INT timeout : {0, -1, 5000}) {
+      EXPECT_EQ(CS_SUCCEED, comn_signal_event(event));
+      EXPECT_EQ(CS_SUCCEED, comn_waitfor_event(event, timeout)) << timeout;
+      EXPECT_EQ(autoreset == 1 ? 0 : 1, event->ev) << timeout;
+    }
+    EXPECT_EQ(CS_SUCCEED, comn_reset_event(event));
+    EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 0));
+    EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+  }
+  COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  EXPECT_EQ(1, event->ar);
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+}
+
+TEST(Event, DeadlineCountsFromTheWholeSecond) {
+  COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  await_fraction(0.4);
+  double start = now();
+  EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 300));
+  EXPECT_LT(now() - start, 0.1) << "the deadline had passed";
+  start = now();
+  EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 1100));
+  EXPECT_NEAR(whole(start) + 1.1, now(), 0.1);
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+}
+
+TEST(Event, SpuriousWakeUpRestartsTheTimeout) {
+  COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  await_fraction(0.8);
+  const double start = now();
+  double end = 0;
+  {
+    const Thread waiter([&] {
+      EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 600 + 1000));
+      end = now();
+    });
+    await([&] { return now() > whole(start) + 1.3; });
+    pthread_mutex_lock(&event->pm);
+    pthread_cond_broadcast(&event->pc);
+    pthread_mutex_unlock(&event->pm);
+  }
+  EXPECT_NEAR(whole(start) + 2.6, end, 0.1) << "from the second of the wake-up";
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+}
+
+TEST(Event, CancelledWaiterLeavesItUsable) {
+  COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  for (const CS_INT timeout : {-1, 100'000}) {
+    std::atomic<bool> started = false;
+    bool returned = false;
+    {
+      const Thread waiter([&] {
+        comn_set_cancelstate();
+        started = true;
+        comn_waitfor_event(event, timeout);
+        returned = true;
+      });
+      await([&] { return started.load(); });
+      EXPECT_EQ(CS_SUCCEED, comn_kill_thread(waiter.handle()));
+    }
+    EXPECT_FALSE(returned);
+    ASSERT_EQ(0, pthread_mutex_trylock(&event->pm)) << "unlocked by the cleanup";
+    pthread_mutex_unlock(&event->pm);
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_signal_event(event));
+  EXPECT_EQ(CS_SUCCEED, comn_waitfor_event(event, -1));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+}
+
+TEST(Event, WaitRestoresTheCancelState) {
+  COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  for (const int state : {PTHREAD_CANCEL_DISABLE, PTHREAD_CANCEL_ENABLE}) {
+    const Thread waiter([&] {
+      int after = -1;
+      pthread_setcancelstate(state, nullptr);
+      comn_waitfor_event(event, 1);
+      pthread_setcancelstate(state, &after);
+      EXPECT_EQ(state, after);
+    });
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+}
+
+// --- Conditions --------------------------------------------------------------------------------
+
+TEST(Condition, WaitGivesUpTheMutexAtAnyDepth) {
+  COMN_COND* cond = nullptr;
+  COMN_MUTEX* mutex = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&cond));
+  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  std::atomic<bool> waiting = false;
+  bool go = false;
+  {
+    const Thread waiter([&] {
+      comn_take_mutex(mutex);
+      comn_take_mutex(mutex);
+      waiting = true;
+      while (!go) EXPECT_EQ(CS_SUCCEED, comn_wait_cond(cond, mutex));
+      EXPECT_EQ(2u, mutex->use_count);
+      EXPECT_EQ(CS_SUCCEED, comn_check_mutex(mutex));
+      comn_release_mutex(mutex);
+      comn_release_mutex(mutex);
+    });
+    await([&] { return waiting.load(); });
+    comn_take_mutex(mutex);
+    EXPECT_EQ(1u, mutex->use_count);
+    go = true;
+    EXPECT_EQ(CS_SUCCEED, comn_signal_cond(cond));
+    EXPECT_EQ(CS_SUCCEED, comn_broadcast_cond(cond));
+    comn_release_mutex(mutex);
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_cond(cond));
+}
+
+TEST(Condition, CancelledWaiterHoldsTheMutexInItsCleanup) {
+  COMN_COND* cond = nullptr;
+  COMN_MUTEX* mutex = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&cond));
+  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  std::atomic<bool> waiting = false;
+  {
+    const Thread waiter([&] {
+      pthread_cleanup_push([](void* held) { comn_release_mutex(static_cast<COMN_MUTEX*>(held)); },
+                           mutex);
+      comn_take_mutex(mutex);
+      waiting = true;
+      for (;;) comn_wait_cond(cond, mutex);
+      pthread_cleanup_pop(0);
+    });
+    await([&] { return waiting.load(); });
+    comn_kill_thread(waiter.handle());
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_cond(cond));
+}
+
+// --- Semaphores --------------------------------------------------------------------------------
+
+TEST(Semaphore, CountsAndWaits) {
+  COMN_SEM* sem = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
+  EXPECT_EQ(CS_FAIL, comn_waitfor_sem(sem, 1));
+  EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
+  EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
+  EXPECT_EQ(2, sem->ev);
+  EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, 1));
+  EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, 0));
+  for (const CS_INT nowait : {0, 2, -1}) {  // only 1 means not to wait
+    std::atomic<bool> passed = false;
+    const Thread waiter([&] {
+      EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, nowait));
+      passed = true;
+    });
+    usleep(5000);
+    EXPECT_FALSE(passed) << nowait;
+    EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
+  }
+  EXPECT_EQ(0, sem->ev);
+  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
+}
+
+TEST(Semaphore, NegativeCountLeavesItLocked) {
+  COMN_SEM* sem = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
+  sem->ev = INT_MAX;
+  EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
+  EXPECT_EQ(INT_MIN, sem->ev);
+  EXPECT_EQ(CS_FAIL, comn_waitfor_sem(sem, 0));
+  EXPECT_EQ(EBUSY, pthread_mutex_trylock(&sem->pm));
+  pthread_mutex_unlock(&sem->pm);
+  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
+}
+
+// --- Threads, keys, signals, coroutine mode ----------------------------------------------------
+
+TEST(Threads, EndsThatCanBeJoined) {
+  {
+    const Thread returned([] {});
+  }
+  {
+    const Thread left([] { comn_exit_thread(); });
+  }
+  std::atomic<bool> started = false;
+  {
+    const Thread yielding([&] {
+      comn_set_cancelstate();
+      started = true;
+      for (;;) comn_yield();  // acts on a cancellation although that is disabled
+    });
+    await([&] { return started.load(); });
+    EXPECT_EQ(CS_SUCCEED, comn_kill_thread(yielding.handle()));
+  }
+  pthread_t id = 0;
+  ASSERT_EQ(CS_SUCCEED, comn_create_thread_no_alloc(
+                            &id, [](void* argument) { return argument; }, nullptr));
+  EXPECT_EQ(CS_SUCCEED, comn_join_thread(static_cast<COMN_THREAD*>([&] {
+              auto* holder = static_cast<COMN_THREAD*>(comn_malloc(sizeof id));
+              *holder = id;
+              return holder;
+            }())));
+}
+
+TEST(Threads, FailedJoinKeepsTheHolder) {
+  const std::size_t before = host_alloc::live_blocks();
+  auto* self = static_cast<COMN_THREAD*>(comn_malloc(sizeof(COMN_THREAD)));
+  *self = comn_threadid();
+  EXPECT_EQ(CS_FAIL, comn_join_thread(self));
+  EXPECT_EQ(before + 1, host_alloc::live_blocks());
+  comn_free(self);
+}
+
+TEST(Threads, FixedResultsAndIds) {
+  EXPECT_EQ(CS_SUCCEED, comn_start_thread(nullptr));
+  EXPECT_EQ(CS_SUCCEED, comn_set_priority(nullptr, 5));
+  EXPECT_EQ(CS_FAIL, comn_detach_thread(nullptr));
+  EXPECT_EQ(CS_FAIL, comn_lock_global());
+  EXPECT_EQ(CS_FAIL, comn_unlock_global());
+  pthread_t id[2] = {0, 42};
+  CS_INT outlen = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_get_tid(id, sizeof id, &outlen));
+  EXPECT_EQ(4, outlen);
+  EXPECT_EQ(pthread_self(), id[0]);
+  EXPECT_EQ(42u, id[1]);
+  EXPECT_EQ(CS_SUCCEED, comn_get_tid(id, 4, nullptr));
+  EXPECT_EQ(comn_thread_id(), comn_threadid());
+
+  const CS_THREAD* table = comn_thread_table();
+  EXPECT_EQ(comn_create_mutex, table->create_mutex_fn);
+  EXPECT_EQ(comn_release_mutex, table->release_mutex_fn);
+  EXPECT_EQ(comn_create_event, table->create_event_fn);
+  EXPECT_EQ(comn_waitfor_event, table->waitfor_event_fn);
+  EXPECT_EQ(comn_get_tid, table->thread_id_fn);
+}
+
+TEST(Threads, KeysAndSignals) {
+  EXPECT_EQ(nullptr, comn_get_threaduserdata(static_cast<pthread_key_t>(CS_UNUSED)));
+  pthread_key_t key = 0;
+  int value = 0;
+  ASSERT_EQ(CS_SUCCEED, comn_create_key(&key));
+  EXPECT_EQ(CS_SUCCEED, comn_set_threaduserdata(key, &value));
+  EXPECT_EQ(&value, comn_get_threaduserdata(key));
+  {
+    const Thread other([&] { EXPECT_EQ(nullptr, comn_get_threaduserdata(key)); });
+  }
+  EXPECT_EQ(CS_SUCCEED, comn_drop_key(key));
+  EXPECT_EQ(CS_FAIL, comn_drop_key(key));
+  EXPECT_EQ(CS_FAIL, comn_set_threaduserdata(key, &value));
+
+  sigset_t before;
+  sigset_t mask;
+  ASSERT_EQ(CS_SUCCEED, comn_thread_sigmask(SIG_BLOCK, nullptr, &before));
+  EXPECT_EQ(CS_SUCCEED, comn_thread_block_signal(SIGUSR1));
+  comn_thread_sigmask(SIG_BLOCK, nullptr, &mask);
+  EXPECT_EQ(1, sigismember(&mask, SIGUSR1));
+  EXPECT_EQ(CS_SUCCEED, comn_signal_thread(comn_threadid(), SIGUSR1));
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(1, sigismember(&pending, SIGUSR1));
+  std::signal(SIGUSR1, SIG_IGN);  // drops it
+  EXPECT_EQ(CS_SUCCEED, comn_thread_unblock_signal(SIGUSR1));
+  comn_thread_sigmask(SIG_SETMASK, &before, &mask);
+  EXPECT_EQ(0, sigismember(&mask, SIGUSR1));
+  EXPECT_EQ(CS_FAIL, comn_thread_block_signal(-1));
+  EXPECT_EQ(CS_FAIL, comn_thread_sigmask(-1, &before, nullptr));
+  EXPECT_EQ(CS_FAIL, comn_signal_thread(comn_threadid(), 9999));
+}
+
+TEST(Threads, CoroutineMode) {
+  EXPECT_EQ(CS_SUCCEED, comn_take_coroutine_control());
+  EXPECT_EQ(CS_SUCCEED, comn_release_coroutine_control());
+  EXPECT_EQ(CS_SUCCEED, comn_end_coroutine_mode());
+  ASSERT_EQ(CS_SUCCEED, comn_start_coroutine_mode());
+  EXPECT_EQ(CS_FAIL, comn_start_coroutine_mode());
+  int turns = 0;
+  {
+    const auto work = [&] {
+      for (int i = 0; i < 100; ++i) {
+        comn_take_coroutine_control();
+        ++turns;
+        comn_release_coroutine_control();
+      }
+    };
+    const Thread one(work);
+    const Thread two(work);
+  }
+  EXPECT_EQ(200, turns);
+  EXPECT_EQ(CS_SUCCEED, comn_take_coroutine_control());
+  EXPECT_EQ(CS_SUCCEED, comn_end_coroutine_mode());
+  EXPECT_EQ(CS_SUCCEED, comn_start_coroutine_mode());
+  EXPECT_EQ(CS_SUCCEED, comn_take_coroutine_control());
+  EXPECT_EQ(CS_SUCCEED, comn_end_coroutine_mode());
+}
+
+template <class Object>
+void expect_clean_failure(CS_RETCODE (*create)(Object**), CS_RETCODE (*destroy)(Object*)) {
+  const std::size_t before = host_alloc::live_blocks();
+  host_alloc::sweep([&](auto failed) {
+    auto* object = reinterpret_cast<Object*>(8);
+    const CS_RETCODE result = create(&object);
+    EXPECT_EQ(failed() ? CS_FAIL : CS_SUCCEED, result);
+    if (result == CS_SUCCEED)
+      destroy(object);
+    else
+      EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(before, host_alloc::live_blocks());
+  });
+}
+
+TEST(Threads, CreationWithoutMemoryFails) {
+  expect_clean_failure<COMN_MUTEX>(comn_create_mutex, comn_delete_mutex);
+  expect_clean_failure<COMN_EVENT>(comn_create_event, comn_delete_event);
+  expect_clean_failure<COMN_COND>(comn_create_cond, comn_delete_cond);
+  expect_clean_failure<COMN_SEM>(comn_create_sem, comn_delete_sem);
+  expect_clean_failure<COMN_THREAD>(
+      [](COMN_THREAD** handle) {
+        return comn_create_thread_ex(
+            handle, [](void* argument) { return argument; }, nullptr);
+      },
+      comn_join_thread);
+}
+
+TEST(ThreadsDeathTest, MisuseStops) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  static pthread_t id;
+  static COMN_THREAD* handle;
+  static COMN_COND* cond;
+  static COMN_MUTEX* mutex;
+  const COMN_START_FUNC idle = [](void*) -> void* { return nullptr; };
+  const COMN_START_FUNC with_result = [](void*) -> void* { return &id; };
+  const auto make = [] { comn_create_cond(&cond), comn_create_mutex(&mutex); };
+  char buffer[4];
+  const struct {
+    const char* what;
+    std::function<void()> misuse;
+  } rows[] = {
+      {"delete event", [] { comn_delete_event(nullptr); }},
+      {"signal event", [] { comn_signal_event(nullptr); }},
+      {"reset event", [] { comn_reset_event(nullptr); }},
+      {"wait event", [] { comn_waitfor_event(nullptr, 0); }},
+      {"delete cond", [] { comn_delete_cond(nullptr); }},
+      {"wait null cond", [&] { make(), comn_wait_cond(nullptr, mutex); }},
+      {"wait null mutex", [&] { make(), comn_wait_cond(cond, nullptr); }},
+      {"wait unstamped", [&] { make(), mutex->magic = 1, comn_wait_cond(cond, mutex); }},
+      {"wait free mutex", [&] { make(), comn_wait_cond(cond, mutex); }},
+      {"delete sem", [] { comn_delete_sem(nullptr); }},
+      {"release sem", [] { comn_release_sem(nullptr); }},
+      {"wait sem", [] { comn_waitfor_sem(nullptr, 1); }},
+      {"start null", [] { comn_create_thread(&handle, nullptr, nullptr); }},
+      {"null handle", [&] { comn_create_thread(nullptr, idle, nullptr); }},
+      {"null id", [&] { comn_create_thread_no_alloc(nullptr, idle, nullptr); }},
+      {"no-alloc start null", [] { comn_create_thread_no_alloc(&id, nullptr, nullptr); }},
+      {"join null", [] { comn_join_thread(nullptr); }},
+      {"join a result",
+       [&] { comn_create_thread(&handle, with_result, nullptr), comn_join_thread(handle); }},
+      {"kill null", [] { comn_kill_thread(nullptr); }},
+      {"kill id 0", [] { id = 0, comn_kill_thread(&id); }},
+      {"short tid", [&] { comn_get_tid(buffer, 3, nullptr); }},
+      {"null tid", [] { comn_get_tid(nullptr, 4, nullptr); }},
+      {"cleanup", [] { comn_thread_cleanup(); }},
+      {"null key", [] { comn_create_key(nullptr); }},
+      {"signal id 0", [] { comn_signal_thread(0, SIGUSR1); }},
+      {"end without control", [] { comn_start_coroutine_mode(), comn_end_coroutine_mode(); }},
+  };
+  for (const auto& row : rows)
+    EXPECT_EXIT(row.misuse(), aborted, "assertion failed|Invalid pointer") << row.what;
+}
+
+}  // namespace

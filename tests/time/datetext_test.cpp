@@ -1,0 +1,168 @@
+// Datetime text: what is accepted, refused and written. That each reads the other is fuzzed.
+#include "time/datetext.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "time/datetime.h"
+
+namespace comnlib {
+namespace {
+
+constexpr auto kFrench = [] {
+  DateConventions french = kUsEnglish;
+  french.months[0] = french.short_months[0] = "1\xB0 mois";
+  french.months[1] = "f\xE9vrier";
+  french.short_months[1] = "f\xE9vr.";
+  french.am = "am";
+  french.pm = "apr\xE8s";
+  french.order = DateOrder::day_month_year;
+  french.style = COM_DATESTYLE_LONG;
+  return french;
+}();
+
+constexpr DateConventions with(DateOrder order, CS_INT style = COM_DATESTYLE_DEFAULT) {
+  DateConventions conventions = kUsEnglish;
+  conventions.order = order;
+  conventions.style = style;
+  return conventions;
+}
+
+std::string written(const CS_DATETIME& dt, const DateConventions& conventions) {
+  char room[kDateTextRoom];
+  const FormattedDate result = format_datetime(dt, conventions, room);
+  if (result.status == DateText::style) return "style";
+  if (result.status == DateText::domain) return "domain";
+  return {room, result.length};
+}
+
+std::string read(const std::string& text, const DateConventions& conventions) {
+  const ParsedDate result = parse_datetime(text, conventions);
+  // A blank in front keeps the text off the path of ISO timestamps, and changes nothing else.
+  const ParsedDate slow = parse_datetime(' ' + text, conventions);
+  EXPECT_EQ(slow.status, result.status) << text;
+  EXPECT_EQ(0, com__datecmp(&slow.value, &result.value)) << text;
+  if (result.status == DateText::syntax) return "syntax";
+  if (result.status == DateText::overflow) return "overflow";
+  return written(result.value, with(DateOrder::month_day_year, COM_DATESTYLE_ISO));
+}
+
+// Texts stand between bars.
+void expect_all(const std::string& expected, const char* texts) {
+  std::istringstream in(texts);
+  for (std::string text; std::getline(in, text, '|');)
+    EXPECT_EQ(expected, read(text, kUsEnglish)) << text;
+}
+
+TEST(DateText, ReadsTheAcceptedForms) {
+  const struct {
+    const char* iso;
+    const char* texts;
+  } rows[] = {
+      {"1900-01-01T00:00:00.000", "| \t\r\n|12:00AM|0:0:0.001666666"},
+      {"2026-07-04T00:00:00.000",
+       "Jul 4 2026| JULY 4, 2026 |4 july 2026|2026 Jul 4|2026 4 Jul|4 2026 Jul|4-Jul-2026|4Jul26|"
+       "7/4/2026|07-04-26|2026/7/4|2026-07-04|260704|2026-07-04 00:00:00"},
+      {"1999-05-31T00:00:00.000", "may 31 99|99 may 31"},
+      {"2003-01-05T00:00:00.000", "Jan 5 03|Jan 03 5|Jan 05 03"},
+      {"2026-07-04T15:05:00.000", "Jul  4 2026  3:05PM|2026-07-04 15:05|20260704 3:05pm"},
+      {"2049-07-04T01:02:00.000", "7.4.49 1:02"},
+      {"1950-07-04T00:00:00.000", "7.4.50"},
+      {"2026-07-04T15:05:09.250", "2026-07-04T15:05:09.25|2026-07-04 3:05:09:250PM"},
+      {"2026-07-04T15:05:09.000", "20260704T15:05:09|2026-07-04T15:05:09|2026-07-04T15:05:09 "},
+      {"2026-01-01T00:00:00.000", "2026|2026 0:00"},
+      {"1753-01-01T00:00:00.000", "17530101|1753-01-01 00:00:00.001666666"},
+      {"9999-12-31T23:59:59.996", "12/31/9999 23:59:59.999999999|9999-12-31T23:59:59.9985"},
+      {"1900-01-01T12:30:00.000", "12:30 pm"},
+      {"1900-01-01T01:02:03.003", "1:2:3:4|01:02:03.004"},
+      {"1900-01-01T13:02:03.046", "1:2:3:45PM"},
+      {"1900-01-01T00:00:00.003", "0:0:0.001666667"},
+      {"1900-01-01T00:00:00.996", "0:0:0:999|0:0:0.999"},
+  };
+  for (const auto& row : rows) expect_all(row.iso, row.texts);
+}
+
+TEST(DateText, TellsWhatDoesNotExistFromWhatIsNoDate) {
+  expect_all("overflow",
+             "2/29/1900|Feb 30 2000|13/1/2000|1/0/2000|20261301|1752-12-31|0000|24:00|12:60|"
+             "12:00:60|13:00PM|0:30AM|2026-02-29T00:00:00|2026-01-01T24:00:00|"
+             "2026-01-01T00:60:00|2026-01-01T00:00:60|10000101|1752-12-31T00:00:00");
+  expect_all("syntax",
+             "tomorrow|2/30/2000 x|Jul 4|July 2026|Jul 4 5|Juli 4 2026|Jul Jul 2026|Jul 2025 2026|"
+             "Jul 004 2026|Jul 4 2026T15:05|7/4-2026|7/4|7/4/2026/1|7/2026/4|7/4/026|-7/4/2026|"
+             "2026-07-04T|2026-07-04T |2026-07-0415:05|12345|99999999999999999999|12:|:30|10PM|"
+             "12:30.5|12:30:00.|12:30:00.1234567890|12:30:00:1000|012:30|12:30 PMX|12:30 2026|"
+             "2026-07-04T15:05:09Z|2026-07-04T15:05:09.|2026-07-04T15:05:0x|2026-07-04T15-05:09|"
+             "2026-07-04T15:05-09|2026-0a-04T15:05:09|2026-07-04t15:05:09|2026-07-04T15:05:09.25x");
+  EXPECT_EQ("syntax", read(std::string("2026\0", 5), kUsEnglish));
+}
+
+TEST(DateText, FollowsTheLocalesOrderAndNames) {
+  const struct {
+    const char* text;
+    DateConventions conventions;
+    const char* iso;
+  } rows[] = {
+      {"3/4/05", with(DateOrder::month_day_year), "2005-03-04T00:00:00.000"},
+      {"3/4/05", with(DateOrder::day_month_year), "2005-04-03T00:00:00.000"},
+      {"03/4/5", with(DateOrder::year_month_day), "2003-04-05T00:00:00.000"},
+      {"03/4/5", with(DateOrder::year_day_month), "2003-05-04T00:00:00.000"},
+      {"3/04/5", with(DateOrder::month_year_day), "2004-03-05T00:00:00.000"},
+      {"3/04/5", with(DateOrder::day_year_month), "2004-05-03T00:00:00.000"},
+      {"2003-04-05", with(DateOrder::year_day_month), "2003-04-05T00:00:00.000"},
+      {"2003/04/05", with(DateOrder::year_day_month), "2003-05-04T00:00:00.000"},
+      {"03 Apr 05", with(DateOrder::year_month_day), "2003-04-05T00:00:00.000"},
+      {"4 F\xC9VRIER 2026", kFrench, "syntax"},  // case is known of ASCII letters only
+      {"4 F\xE9vrier 2026", kFrench, "2026-02-04T00:00:00.000"},
+      {"4 f\xE9vr. 2026 3:05apr\xE8s", kFrench, "2026-02-04T15:05:00.000"},
+      {"4 Feb 2026", kFrench, "syntax"},
+      {"4 1\xB0 mois 2026", kFrench, "2026-01-04T00:00:00.000"},
+      {"4-1\xB0 MOIS-2026", kFrench, "2026-01-04T00:00:00.000"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.iso, read(row.text, row.conventions)) << row.text;
+}
+
+TEST(DateText, WritesEachStyle) {
+  const CS_DATETIME zero{}, afternoon{46205, 16292775}, last{COM_DTDAYS_MAX, COM_DTTIME_MAX};
+  const CS_DATETIME february{31, 12 * 1080000};
+  auto nameless = kUsEnglish, clockless = kUsEnglish, endless = kUsEnglish;
+  nameless.short_months[0] = "";
+  clockless.am = "";
+  const std::string name(kDateTextRoom, 'x');
+  endless.short_months[0] = name;
+  const auto mdy = DateOrder::month_day_year;
+  const struct {
+    const char* label;
+    CS_DATETIME value;
+    DateConventions conventions;
+    const char* text;
+  } rows[] = {
+      {"midnight", zero, kUsEnglish, "Jan  1 1900 12:00AM"},
+      {"default", afternoon, kUsEnglish, "Jul  4 2026  3:05PM"},
+      {"long", afternoon, with(mdy, COM_DATESTYLE_LONG), "Jul  4 2026  3:05:09:250PM"},
+      {"ISO", afternoon, with(mdy, COM_DATESTYLE_ISO), "2026-07-04T15:05:09.250"},
+      {"last", last, with(mdy, COM_DATESTYLE_LONG), "Dec 31 9999 11:59:59:996PM"},
+      {"order", afternoon, with(DateOrder::year_day_month), "2026  4 Jul  3:05PM"},
+      {"names", february, kFrench, " 1 f\xE9vr. 1900 12:00:00:000apr\xE8s"},
+      {"flag bits above the time", {0, 1 << 25}, kUsEnglish, "Jan  1 1900 12:00AM"},
+      {"style 3", zero, with(mdy, 3), "style"},
+      {"style -1", zero, with(mdy, -1), "style"},
+      {"no month", zero, nameless, "style"},
+      {"no AM", zero, clockless, "style"},
+      {"too long", zero, endless, "style"},
+      {"year 1752", {COM_DTDAYS_MIN - 1, 0}, kUsEnglish, "domain"},
+      {"year 10000", {COM_DTDAYS_MAX + 1, 0}, kUsEnglish, "domain"},
+      {"24 o'clock", {0, COM_DTTIME_MAX + 1}, kUsEnglish, "domain"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(row.text, written(row.value, row.conventions)) << row.label;
+
+  char room[19];
+  EXPECT_EQ(DateText::done, format_datetime(zero, kUsEnglish, room).status);
+  EXPECT_EQ(DateText::style, format_datetime(zero, kUsEnglish, std::span(room, 18)).status);
+}
+
+}  // namespace
+}  // namespace comnlib
