@@ -348,9 +348,7 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
       precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};
   constant record{length, precision, scale, array.data()};
   const CS_INT status = parse(text, record, rounding);
-  if (status == kExactSyntax) return status;
-  if (status == kExactOverflow && (record.prec == kFromText || record.scale == kFromText))
-    return status;
+  if (status == kExactSyntax || status == kExactOverflow) return status;
   dest.precision = record.prec;
   dest.scale = record.scale;
   constant front = record_of(dest);
