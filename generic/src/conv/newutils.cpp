@@ -51,8 +51,8 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
   } else if (pad_blank) {
     fill_units(rest, unit_size, ' ');
     if (terminate && rest.size() >= unit_size) {
-      const std::size_t whole = rest.size() - rest.size() % unit_size;
-      std::memset(rest.data() + whole - unit_size, 0, unit_size);
+      const std::size_t units = rest.size() - rest.size() % unit_size;
+      std::memset(rest.data() + units - unit_size, 0, unit_size);
     }
     resultlen = room - room % unit;
   } else {
