@@ -50,6 +50,23 @@ inline CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn
   return finish(a, result.scale - scale_a, result);
 }
 
+// result := op1 * op2; see com__exctnume_mul.
+inline CS_INT product(const constant& op1, const constant& op2, constant& result) {
+  Magnitude a;
+  Magnitude b;
+  Number number;
+  read(op1, a);
+  read(op2, b);
+  multiply(a, b, number.magnitude);
+  const bool is_zero = number.magnitude.is_zero();
+  number.negative = !is_zero && is_negative(op1) != is_negative(op2);
+
+  const int scale = op1.scale + op2.scale;
+  const bool straight = result.prec >= op1.prec + op2.prec && result.scale == scale;
+  if (!straight && byte_length(number.magnitude) >= CS_MAX_NUMLEN) return overflow(result);
+  return finish(number, result.scale - scale, result);
+}
+
 // value := value * 10^change, to be held in `length` bytes, sign included, at `precision`. The
 // unscaled value must fit that length too; truncation comes before the precision is checked.
 inline CS_INT rescale(Magnitude& value, int change, int precision, std::size_t length) {

@@ -2,6 +2,8 @@
 // the result's bytes last, so that results may share bytes with operands.
 #include "exact/numemath.h"
 
+#include <limits>
+
 #include "exact/kernel.h"
 
 namespace comnlib {
@@ -105,19 +107,7 @@ CS_INT com__exctnume_addorsub(const constant* op1, const constant* op2, constant
 }
 
 CS_INT com__exctnume_mul(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
-  Number product;
-  read(*op1, a);
-  read(*op2, b);
-  multiply(a, b, product.magnitude);
-  const bool is_zero = product.magnitude.is_zero();
-  product.negative = !is_zero && is_negative(*op1) != is_negative(*op2);
-
-  const int scale = op1->scale + op2->scale;
-  const bool straight = result->prec >= op1->prec + op2->prec && result->scale == scale;
-  if (!straight && byte_length(product.magnitude) >= CS_MAX_NUMLEN) return overflow(*result);
-  return finish(product, result->scale - scale, *result);
+  return product(*op1, *op2, *result);
 }
 
 CS_INT com__exctnume_div(const constant* dividend, const constant* divisor, constant* quot,
@@ -157,7 +147,8 @@ CS_INT com__exctnume_scale(constant* inval, constant* outval, CS_INT scale) {
 CS_INT com__exctnume_round(const constant* op, CS_INT scale, constant* result) {
   Number number;
   read(*op, number);
-  int digits = op->scale - scale;
+  // No scale is so low that the digits to remove would have to be counted beyond all precisions.
+  int digits = op->scale - std::max<CS_INT>(scale, -std::numeric_limits<CS_BYTE>::max());
   if (scale <= 0) digits = std::min<int>(digits, op->prec);
   digits = std::max(digits, 0);
   if (remove_digits(number.magnitude, digits) >= 5) multiply_add(number.magnitude, 1, 1);

@@ -226,9 +226,10 @@ struct Scaled {
   bool truncated = false;
 };
 
-// `limit` bounds the digits that the destination can take at all.
-void scale_literal(const Literal& literal, int scale, bool rounding, std::size_t limit,
-                   Scaled& to) {
+// More digits than any destination can take.
+constexpr std::size_t kTooManyDigits = 3 * kMaxRecordLength;
+
+void scale_literal(const Literal& literal, int scale, bool rounding, Scaled& to) {
   const DigitRun run(literal);
   const auto decimals = static_cast<std::int64_t>(literal.fraction.size()) - literal.exponent;
   const std::int64_t surplus = std::max<std::int64_t>(decimals - scale, 0);
@@ -237,7 +238,7 @@ void scale_literal(const Literal& literal, int scale, bool rounding, std::size_t
   const std::size_t first = std::min(run.leading_zeros(), kept);
 
   to.number.negative = literal.negative;
-  to.fits = kept - first <= limit;
+  to.fits = kept - first < kTooManyDigits;
   if (!to.fits) return;
   Magnitude& value = to.number.magnitude;
   run.accumulate(first, kept, value);
@@ -269,7 +270,7 @@ CS_INT parse(std::string_view text, constant& dest, bool rounding) {
   if (!literal) return kExactSyntax;
   const int scale = dest.scale == kFromText ? scale_of(*literal) : dest.scale;
   Scaled scaled;
-  scale_literal(*literal, scale, rounding, std::size_t{3} * kMaxRecordLength, scaled);
+  scale_literal(*literal, scale, rounding, scaled);
   const Magnitude& value = scaled.number.magnitude;
   if (!scaled.fits || !fits(value, dest)) return overflow(dest);
   const int precision =

@@ -39,8 +39,7 @@ int integer_digits(Size size) {
   return size.precision - size.scale;
 }
 
-// One digit beyond the operands' is for the carry; the limit takes it from the scale last, so it is
-// not one of the digits that are kept.
+// The digit for the carry comes on top of the integer digits; at the limit it is the first to go.
 Size sum_size(Size a, Size b) {
   const int digits = std::min<int>(std::max(integer_digits(a), integer_digits(b)), CS_MAX_PREC);
   const int scale = std::max(a.scale, b.scale);
@@ -114,9 +113,10 @@ CS_INT same_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& r
 }
 
 // What keeps an operand from the common size is the operation's result; a cut there is truncation
-// and not the overflow that a cut in the kernel is.
-CS_RETCODE mixed_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result,
-                          CS_INT opn) {
+// and not the overflow that a cut in the kernel is. Out of line, so that sums of one size do not
+// pay for its limbs.
+[[gnu::noinline]] CS_RETCODE mixed_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                            CS_NUMERIC& result, CS_INT opn) {
   const Size size = sum_size(size_of(op1), size_of(op2));
   Number a;
   Number b;
@@ -143,7 +143,7 @@ CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& 
   const constant a = record_of(op1);
   const constant b = record_of(op2);
   constant record = start(result, product_size(size_of(op1), size_of(op2)));
-  return exact_code(com__exctnume_mul(&a, &b, &record));
+  return exact_code(product(a, b, record));
 }
 
 CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
@@ -201,11 +201,12 @@ CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);
   const constant a = record_of(*op1);
-  const constant b = record_of(*op2);
-  if (a.scale == b.scale && a.len == b.len && is_negative(a) == is_negative(b)) {
-    const int order = compare_bytes(a.value + 1, b.value + 1, static_cast<std::size_t>(a.len) - 1);
+  if (size_of(*op1) == size_of(*op2) && is_negative(a) == (op2->array[0] != 0)) {
+    const auto count = static_cast<std::size_t>(a.len) - 1;
+    const int order = compare_bytes(op1->array + 1, op2->array + 1, count);
     return is_negative(a) ? -order : order;
   }
+  const constant b = record_of(*op2);
   return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
 }
 
