@@ -322,8 +322,8 @@ def kernel():
         yield row("intdiv", (n, Numeric(77, 0, dividend)), (m, Numeric(77, 0, divisor)),
                   (n, Numeric(77, 0, 0)), "", int(over), None if over else dividend // divisor,
                   "" if over else dividend % divisor)
-    for _ in range(40):
-        n, a = record()
+    small = [(2, Numeric(5, 1, 7, sign)) for sign in (False, True)]  # 0.7 and -0.7
+    for n, a in small + [record() for _ in range(38)]:
         size, t = target(n)
         change = rng.choice([0, 1, 3, 9, 10, 20, -1, -3, -9, -10, -20, 77, -77, 78, -78])
         status, value = scaled(a.magnitude, change)
@@ -344,12 +344,12 @@ def kernel():
         yield row("round", (n, a), None, (size, t), to, int(over),
                   None if over else Value(a.negative and value, value))
 
-        ceiling = rng.randint(0, 1)
-        quotient, rest = divmod(a.magnitude, 10**a.scale)
-        quotient += bool(rest) and a.negative != bool(ceiling)
-        over = quotient >= room(size)
-        yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
-                  None if over else Value(a.negative and quotient, quotient))
+        for ceiling in (0, 1):
+            quotient, rest = divmod(a.magnitude, 10**a.scale)
+            quotient += bool(rest) and a.negative != bool(ceiling)
+            over = quotient >= room(size)
+            yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
+                      None if over else Value(a.negative and quotient, quotient))
 
 
 # --- conversions
