@@ -1,8 +1,5 @@
 #include "converter.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "fatal.h"
 #include "report.h"
 
@@ -44,12 +41,13 @@ CS_DATAFMT text_format(const Datatype& type, CS_LOCALE* locale) {
   return format;
 }
 
-// The bytes of a stored value that count: those behind a varying value's own length do not.
-std::size_t used_bytes(bool varying, const char* value, CS_INT length) {
-  if (!varying) return static_cast<std::size_t>(length);
-  CS_SMALLINT count = 0;
-  std::memcpy(&count, value, sizeof count);
-  return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
+// A null has no digits from which a numeric could take its precision.
+CS_DATAFMT null_format(CS_DATAFMT format) {
+  if (format.precision == CS_USE_SRCVALUE) {
+    format.precision = 1;
+    format.scale = 0;
+  }
+  return format;
 }
 
 }  // namespace
@@ -60,8 +58,8 @@ TextReader::TextReader(CS_CONTEXT* context, const Column& column, const Datatype
   const CS_DATAFMT text = format_of(kText, locales.from);
   const CS_DATAFMT first = format_of(read_as, locales.to);
   const CS_DATAFMT target = format_of(column.type, locales.to);
-  from_null_ =
-      finder.find(format_of_code(CS_VOID_TYPE, locales.from), "null", target, column.type.name);
+  from_null_ = finder.find(format_of_code(CS_VOID_TYPE, locales.from), "null", null_format(target),
+                           column.type.name);
   from_empty_ =
       finder.find(format_of_code(CS_VARCHAR_TYPE, locales.from), "varchar", first, read_as.name);
   from_text_ = finder.find(text, kText.name, first, read_as.name);
@@ -70,7 +68,7 @@ TextReader::TextReader(CS_CONTEXT* context, const Column& column, const Datatype
   intermediate_.resize(static_cast<std::size_t>(read_as.size));
 }
 
-CS_RETCODE TextReader::read(const Field& field, char* room, CS_INT& length) {
+CS_RETCODE TextReader::read_other(const Field& field, char* room, CS_INT& length) {
   if (field.null) {
     const CS_RETCODE code = from_null_("", 0, room, length);
     length = kNull;
@@ -99,20 +97,6 @@ ColumnConverter::ColumnConverter(CS_CONTEXT* context, const Column& column, Loca
                    .find(format_of(column.type, locales.to), column.type.name,
                          text_format(column.type, locales.to), kText.name)),
       again_(static_cast<std::size_t>(column.type.size)) {}
-
-CS_RETCODE ColumnConverter::to_text(const char* value, CS_INT length, char* room,
-                                    CS_INT& text_length) {
-  text_length = 0;
-  if (length == 0) return CS_SUCCEED;  // empty data
-  return to_text_(value, static_cast<std::size_t>(length), room, text_length);
-}
-
-bool ColumnConverter::reads_as(const Field& field, const char* value, CS_INT length) {
-  CS_INT again_length = 0;
-  if (rereader_.read(field, again_.data(), again_length) != CS_SUCCEED || again_length != length)
-    return false;
-  return std::memcmp(again_.data(), value, used_bytes(varying_, value, length)) == 0;
-}
 
 std::string translate(CS_CONTEXT* context, const std::string& text, Locales locales) {
   constexpr std::size_t kGrowth = 4;  // bytes of the longest character

@@ -2,6 +2,8 @@
 // the context's conversion matrix, which are looked up once, with formats that are made once.
 #pragma once
 
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -51,9 +53,13 @@ class TextReader {
 
   // Stores the value in `room`, which has the column type's size, and its number of bytes, or
   // kNull. CS_SUCCEED or a conversion code; the room then holds what the routine left there.
-  CS_RETCODE read(const Field& field, char* room, CS_INT& length);
+  CS_RETCODE read(const Field& field, char* room, CS_INT& length) {
+    if (onward_ || field.text.empty()) return read_other(field, room, length);
+    return from_text_(field.text.data(), field.text.size(), room, length);
+  }
 
  private:
+  CS_RETCODE read_other(const Field& field, char* room, CS_INT& length);
   CS_RETCODE read_text(const Field& field, char* room, CS_INT& length);
 
   Conversion from_null_;
@@ -73,12 +79,29 @@ class ColumnConverter {
 
   // Writes the text of a value of `length` bytes, which is not kNull, to `room`, which has the
   // type's text_size.
-  CS_RETCODE to_text(const char* value, CS_INT length, char* room, CS_INT& text_length);
+  CS_RETCODE to_text(const char* value, CS_INT length, char* room, CS_INT& text_length) {
+    text_length = 0;
+    if (length == 0) return CS_SUCCEED;  // empty data
+    return to_text_(value, static_cast<std::size_t>(length), room, text_length);
+  }
 
   // Whether a text in the character set of the records reads as that value.
-  bool reads_as(const Field& field, const char* value, CS_INT length);
+  bool reads_as(const Field& field, const char* value, CS_INT length) {
+    CS_INT again_length = 0;
+    return rereader_.read(field, again_.data(), again_length) == CS_SUCCEED &&
+           again_length == length &&
+           std::memcmp(again_.data(), value, used_bytes(value, length)) == 0;
+  }
 
  private:
+  // The bytes of a stored value that count: those behind a varying value's own length do not.
+  std::size_t used_bytes(const char* value, CS_INT length) const {
+    if (!varying_) return static_cast<std::size_t>(length);
+    CS_SMALLINT count = 0;
+    std::memcpy(&count, value, sizeof count);
+    return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
+  }
+
   bool varying_;
   TextReader reader_;
   TextReader rereader_;

@@ -57,40 +57,43 @@ std::string describe(const std::string& path, const char* unit, std::size_t numb
   return path + unit + std::to_string(number) + ": " + show_value(text) + ": " + fault;
 }
 
+std::size_t text_size(const Layout& layout) {
+  std::size_t size = 0;
+  for (const Column& column : layout.columns)
+    size += static_cast<std::size_t>(column.type.text_size);
+  return size;
+}
+
 // Room for the texts of a batch of records: every column's text at a fixed place of its row.
 class TextBatch {
  public:
-  TextBatch(const Layout& layout, std::size_t rows) : columns_(layout.columns.size()) {
+  TextBatch(const Layout& layout, std::size_t rows)
+      : row_size_(text_size(layout)),
+        bytes_(rows * row_size_ + kSpecialSlack),
+        fields_(rows * layout.columns.size()) {
+    std::size_t offset = 0;
     for (const Column& column : layout.columns) {
-      offsets_.push_back(row_size_);
-      row_size_ += static_cast<std::size_t>(column.type.text_size);
+      offsets_.push_back(offset);
+      offset += static_cast<std::size_t>(column.type.text_size);
     }
-    bytes_.resize(rows * row_size_ + kSpecialSlack);
-    fields_.resize(rows * columns_);
   }
 
-  static std::size_t row_size(const Layout& layout) {
-    std::size_t size = 0;
-    for (const Column& column : layout.columns)
-      size += static_cast<std::size_t>(column.type.text_size);
-    return size;
-  }
-
-  char* room(std::size_t row, std::size_t column) {
-    return &bytes_[row * row_size_ + offsets_[column]];
-  }
-  Field& field(std::size_t row, std::size_t column) { return fields_[row * columns_ + column]; }
+  std::size_t row_size() const { return row_size_; }
+  // Of a column, in the first row: the room for its text, and the field of it. Those of the next
+  // row stand row_size() bytes and a row of fields behind.
+  char* room(std::size_t column) { return &bytes_[offsets_[column]]; }
+  Field* column(std::size_t at) { return &fields_[at]; }
+  const std::vector<Field>& fields() const { return fields_; }
 
  private:
-  std::size_t columns_;
-  std::size_t row_size_ = 0;
+  std::size_t row_size_;
   std::vector<std::size_t> offsets_;
   std::vector<char> bytes_;
   std::vector<Field> fields_;
 };
 
 std::size_t batch_rows(const Layout& layout, const RecordLayout& records) {
-  const std::size_t row = std::max(records.size(), TextBatch::row_size(layout));
+  const std::size_t row = std::max(records.size(), text_size(layout));
   return std::clamp<std::size_t>(kBatchBytes / row, 1, kBatchRows);
 }
 
@@ -173,18 +176,22 @@ class Copy {
   void convert_column(const Batch& rows, std::size_t column) {
     ColumnReport& report = report_.columns[column];
     ColumnConverter& converter = converters_[column];
+    const Field* field = rows.column(positions_[column]);
+    char* value = records_.column(column);
     for (std::size_t row = 0; row < rows.size(); ++row) {
-      const Field& field = rows.field(row, positions_[column]);
       CS_INT length = 0;
-      const CS_RETCODE code = converter.to_record(field, records_.value(row, column), length);
-      records_.set_length(row, column, length);
+      const CS_RETCODE code = converter.to_record(*field, value, length);
+      Records::set_length(value, length);
       report.to_record.add(code);
-      report.nulls += field.null ? 1 : 0;
-      if (code == CS_SUCCEED) continue;
-      good_[row] = 0;
-      report.faults.add([&] {
-        return describe(job_.csv_path, ":", rows.line(row), field.text, code_name(code));
-      });
+      report.nulls += field->null ? 1 : 0;
+      if (code != CS_SUCCEED) {
+        good_[row] = 0;
+        report.faults.add([&] {
+          return describe(job_.csv_path, ":", rows.line(row), field->text, code_name(code));
+        });
+      }
+      field += rows.width();
+      value += record_layout_.size();
     }
   }
 
@@ -216,27 +223,30 @@ class Copy {
     return out;
   }
 
-  void write(TextBatch& texts, CsvWriter& out) {
+  void write(const TextBatch& texts, CsvWriter& out) {
+    const Field* field = texts.fields().data();
     for (std::size_t row = 0; row < records_.size(); ++row) {
-      for (std::size_t column = 0; column < layout_.columns.size(); ++column)
-        out.add(texts.field(row, column));
+      for (std::size_t column = 0; column < layout_.columns.size(); ++column) out.add(*field++);
       out.end_row();
     }
   }
 
-  // The texts of a column of the records, each checked by reading it again.
-  void text_of_column(TextBatch& texts, std::size_t column, std::size_t first_number) {
-    for (std::size_t row = 0; row < records_.size(); ++row) {
-      const CS_INT length = records_.length(row, column);
+  // The texts of a column of the records, each checked by reading it again. The first record has
+  // that number in the file.
+  void text_of_column(TextBatch& texts, std::size_t column, std::size_t number) {
+    const char* value = records_.column(column);
+    char* room = texts.room(column);
+    Field* field = texts.column(column);
+    for (std::size_t row = 0; row < records_.size(); ++row, ++number) {
+      const CS_INT length = Records::length(value);
       if (length < kNull || length > record_layout_.room(column)) {
-        throw Fatal(job_.record_path + ": record " + std::to_string(first_number + row) +
-                    ", column \"" + layout_.columns[column].name +
-                    "\": the length lies outside the value's room");
+        throw Fatal(job_.record_path + ": record " + std::to_string(number) + ", column \"" +
+                    layout_.columns[column].name + "\": the length lies outside the value's room");
       }
-      texts.field(row, column) = length == kNull
-                                     ? Field{{}, true}
-                                     : text_of(records_.value(row, column), length,
-                                               texts.room(row, column), column, first_number + row);
+      *field = length == kNull ? Field{{}, true} : text_of(value, length, room, column, number);
+      value += record_layout_.size();
+      room += texts.row_size();
+      field += layout_.columns.size();
     }
   }
 
@@ -247,15 +257,11 @@ class Copy {
     const CS_RETCODE code = converters_[column].to_text(value, length, room, text_length);
     report.to_text.add(code);
     const Field field{{room, static_cast<std::size_t>(text_length)}, false};
-    const auto fault = [&](const std::string& what) {
-      report.faults.add(
-          [&] { return describe(job_.record_path, ": record ", number, field.text, what); });
-    };
-    if (code != CS_SUCCEED) {
-      fault(code_name(code));
-    } else if (!converters_[column].reads_as(field, value, length)) {
-      fault("reads as another value");
-    }
+    if (code == CS_SUCCEED && converters_[column].reads_as(field, value, length)) return field;
+    report.faults.add([&] {
+      return describe(job_.record_path, ": record ", number, field.text,
+                      code == CS_SUCCEED ? "reads as another value" : code_name(code));
+    });
     return field;
   }
 

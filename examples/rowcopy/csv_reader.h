@@ -24,9 +24,9 @@ class Batch {
   explicit Batch(std::size_t width) : width_(width) {}
 
   std::size_t size() const { return lines_.size(); }
-  const Field& field(std::size_t row, std::size_t column) const {
-    return fields_[row * width_ + column];
-  }
+  std::size_t width() const { return width_; }
+  // Of a column: its field in the first row; that of the next row stands width() fields behind.
+  const Field* column(std::size_t at) const { return &fields_[at]; }
   std::size_t line(std::size_t row) const { return lines_[row]; }
 
   // Rows of another width, which hold no place among the others.

@@ -51,16 +51,16 @@ class Records {
   // Drops the records whose mark is 0, one mark for each.
   void keep(const std::vector<char>& marks);
 
-  char* value(std::size_t row, std::size_t column) {
-    return &bytes_[row * layout_.size() + layout_.offset(column)] + sizeof(CS_INT);
-  }
-  CS_INT length(std::size_t row, std::size_t column) {
+  // Of a column: its value in the first record; that of the next record stands layout.size() bytes
+  // behind. The value's length stands before it.
+  char* column(std::size_t at) { return &bytes_[layout_.offset(at)] + sizeof(CS_INT); }
+  static CS_INT length(const char* value) {
     CS_INT length = 0;
-    std::memcpy(&length, value(row, column) - sizeof length, sizeof length);
+    std::memcpy(&length, value - sizeof length, sizeof length);
     return length;
   }
-  void set_length(std::size_t row, std::size_t column, CS_INT length) {
-    std::memcpy(value(row, column) - sizeof length, &length, sizeof length);
+  static void set_length(char* value, CS_INT length) {
+    std::memcpy(value - sizeof length, &length, sizeof length);
   }
 
  private:
