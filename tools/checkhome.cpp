@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "comnlib/memory.h"
 #include "intl.h"
 #include "intl/charset.h"
 #include "intl/com_intl.h"
@@ -29,6 +30,14 @@ using Names = std::vector<std::string>;
 class Check {
  public:
   explicit Check(std::string home) : home_(std::move(home)) { context_.ctxglobals = &globals_; }
+
+  ~Check() {
+    for (CsConvConfig* config : configurations_) drop_conv_config(config);
+    com_intl_loccache_drop(&context_);
+    com_intl_chardesc_drop(&context_);
+  }
+  Check(const Check&) = delete;
+  Check& operator=(const Check&) = delete;
 
   int run() {
     const auto classes = object_ids();
@@ -89,18 +98,20 @@ class Check {
 
   const CsConvConfig* configuration(const std::string& charset) {
     CsConvConfig* config = nullptr;
-    return took(load_conv_config(context_, charset.c_str(), config, error())) ? config : nullptr;
+    if (!took(load_conv_config(context_, charset.c_str(), config, error()))) return nullptr;
+    return configurations_.emplace_back(config);
   }
 
   void character_set(std::string charset, const CsConvConfig* utf8) {
-    CsCharDesc desc{};
+    auto* desc = static_cast<CsCharDesc*>(comn_calloc(1, sizeof(CsCharDesc)));
     CsLocCache entry{};
     entry.charname = charset.data();
     entry.charnamelen = static_cast<CS_INT>(charset.size());
-    entry.locchardesc = &desc;
+    entry.locchardesc = desc;
     if (took(comn__get_charset(&context_, &entry, error_, sizeof error_)) &&
-        charset != std::string(desc.char_attrib->cs_name, desc.char_attrib->cs_namelen))
+        charset != std::string(desc->char_attrib->cs_name, desc->char_attrib->cs_namelen))
       fault(error_, "the name is not that of its directory");
+    comn__chardesc_drop(desc);
     const CsConvConfig* config = charset == "utf8" ? utf8 : configuration(charset);
     const ConvTable* table = nullptr;
     if (config != nullptr && config->algorithm == nullptr)
@@ -184,12 +195,12 @@ class Check {
   CsCtxGlobals globals_{};
   char error_[1100] = "";
   std::set<std::string> files_;
+  std::vector<CsConvConfig*> configurations_;
   int faults_ = 0;
 };
 
 }  // namespace
 
-// What was read is given back by the end of the process.
 int main(int count, char** arguments) {
   if (count != 2) {
     std::fprintf(stderr, "usage: checkhome HOME\n");

@@ -171,6 +171,27 @@ TEST_F(Config, ScannerAgreesOverTheWindowsEnd) {
   }
 }
 
+TEST_F(Config, WindowAndCollectedTexts) {
+  write_file("scan.cfg", "abc");
+  CfgParseInfo* parse = nullptr;
+  ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+  EXPECT_EQ('a', cfg__getc(parse));
+  EXPECT_EQ('b', cfg__getc(parse));
+  cfg__marktok(parse);
+  EXPECT_EQ('c', cfg__getc(parse));
+  EXPECT_EQ(-1, cfg__getc(parse));
+  cfg__newtok(parse);
+  cfg__cat(parse, 0);
+  cfg__cat(parse, 1);
+  cfg__newtok(parse);
+  cfg__nexttok(parse);
+  EXPECT_EQ('c', cfg__getc(parse));
+  cfg__catbuf(parse, "xyz", 2);
+  EXPECT_EQ("ab ab", comnlib::collected(*parse, 0));
+  EXPECT_EQ("xy", comnlib::collected(*parse, 1));
+  cfg__clean_parse(parse);
+}
+
 TEST_F(Config, TokensHaveAnyLength) {
   const std::string word(3000000, 'w');
   EXPECT_EQ((std::vector<Token>{{CFG_IDENT, word}}), scan(word));

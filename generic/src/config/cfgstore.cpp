@@ -16,7 +16,7 @@
 namespace comnlib {
 namespace {
 
-// Followed by name and value, and bytes up to the next multiple of 4.
+// Followed by name and value; not aligned.
 struct Record {
   CS_UINT above;  // number of the section, that is where its record begins
   CS_UINT name_length;
@@ -113,20 +113,17 @@ bool grow_slots(CsConfig& config) {
 // Appends a record; 0 when there is no memory.
 CS_UINT append_record(CsConfig& config, CS_UINT above, std::string_view name,
                       std::string_view value) {
-  const std::size_t texts = name.size() + value.size();
-  const std::size_t padding = (sizeof(CS_UINT) - texts % sizeof(CS_UINT)) % sizeof(CS_UINT);
   if (config.records.used == 0) {
     const Record root{};
     if (!config.records.append({reinterpret_cast<const char*>(&root), sizeof root})) return 0;
   }
-  if (!config.records.reserve(sizeof(Record) + texts + padding)) return 0;
+  if (!config.records.reserve(sizeof(Record) + name.size() + value.size())) return 0;
   const auto number = static_cast<CS_UINT>(config.records.used);
   const auto value_length = static_cast<CS_UINT>(value.size());
   const Record record{above, static_cast<CS_UINT>(name.size()), value_length, value_length};
-  config.records.append({reinterpret_cast<const char*>(&record), sizeof record});
-  config.records.append(name);
-  config.records.append(value);
-  config.records.append({"\0\0\0", padding});
+  config.records.append_reserved({reinterpret_cast<const char*>(&record), sizeof record});
+  config.records.append_reserved(name);
+  config.records.append_reserved(value);
   return number;
 }
 

@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 
+#include "comnlib/memory.h"
 #include "intl/charset.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
