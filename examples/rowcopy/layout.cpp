@@ -93,7 +93,7 @@ class Names {
       if (token == CFG_OPEN) {
         scan.next_but_space();
         section = find_section(scan.text());
-      } else if (token == CFG_IDENT) {
+      } else if (token == CFG_IDENT && !sections_.empty()) {
         add_entry(sections_[section], scan);
       } else if (token == CFG_INCLUDE) {
         walk((std::filesystem::path(path).parent_path() / included_path(scan)).string());

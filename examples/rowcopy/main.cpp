@@ -1,6 +1,6 @@
 // rowcopy: copies a CSV file into fixed-layout binary records and back, as a bulk-copy tool does,
 // with every value converted by the library. Exit status 0: everything was copied; 1: some values
-// or rows were not, as reported; 2: it could not be done, as one line on standard error says.
+// or rows were not, as reported; 2: it could not be done, as the last line on standard error says.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -24,7 +24,7 @@ namespace rowcopy {
 namespace {
 
 constexpr std::string_view kUsage =
-    "usage: rowcopy [--section NAME] [--text FILE] [--home DIRECTORY] [--from NAME] [--to NAME]\n"
+    "usage: rowcopy [--section NAME] [--text FILE] [--home DIR] [--from NAME] [--to NAME]\n"
     "               LAYOUT CSV RECORDS\n";
 
 void print_help() {
@@ -37,7 +37,7 @@ void print_help() {
                "  --section NAME  the section of LAYOUT; without it the one named as CSV is\n"
                "                  (directory and suffix left out), or the only one\n"
                "  --text FILE     also writes the text of the records to FILE, as CSV\n"
-               "  --home DIRECTORY  the localization home; without it the one that TALVEN names,\n"
+               "  --home DIR      the localization home; without it the one that TALVEN names,\n"
                "                  else the one shipped with rowcopy\n"
                "  --from NAME     locale or character set of CSV; without it the environment's\n"
                "  --to NAME       the same of RECORDS and the text; without it as --from\n"
