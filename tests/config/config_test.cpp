@@ -325,7 +325,7 @@ TEST_F(Config, ManyEntriesFromManyThreads) {
 
 TEST_F(Config, Includes) {
   std::filesystem::create_directories("sub/deep");
-  write_file("sub/first.cfg", "[s]\nb = first\ninclude \"./deep/second.cfg\"\nc = first\n");
+  write_file("sub/first.cfg", "[s]\nb = first\ninclude \".//./deep/second.cfg\"\nc = first\n");
   write_file("sub/deep/second.cfg", "[s]\nb = second\n[t]\na = second\n");
   ASSERT_EQ(CS_SUCCEED, load("[s]\na = top\nINCLUDE sub/first.cfg\nd = top\n"));
   EXPECT_EQ("top second first top",
@@ -359,6 +359,16 @@ TEST_F(Config, DefaultFileLiesBelowTheHome) {
     ASSERT_EQ(CS_SUCCEED, comn_init_cfg(&context_, nullptr));
     EXPECT_EQ(*nuv == '\0' ? "plain" : "nuv", get("s", "a"));
     comn_drop_cfg(&context_);
+  }
+  // The home may be as long as lets the file's path fit, the subdirectory not counted.
+  const std::string file = "/config/nuv.cfg";
+  for (const std::size_t spare : {0U, 1U}) {
+    const scratch::Variable long_home("TALVEN",
+                                      std::string(1026 - spare - file.size(), '/').c_str());
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, nullptr));
+    const bool too_long = testing::internal::GetCapturedStderr().ends_with("too long\n");
+    EXPECT_EQ(spare == 0, too_long);
   }
 }
 
@@ -400,6 +410,8 @@ TEST_F(ConfigDeathTest, Stops) {
   CfgParseInfo* parse = nullptr;
   cfg__open_parse(&context_, "scan.cfg", &parse);
   EXPECT_DEATH(cfg__lexstate(parse, 2), "assertion failed");
+  parse->state = static_cast<comnlib::ScanState>(2);
+  EXPECT_DEATH(cfg__lex(parse), "assertion failed");
   cfg__clean_parse(parse);
   CS_INT length = 0;
   EXPECT_DEATH(comn_get_cfg(&context_, "s", nullptr, nullptr, 0, &length), "Invalid pointer");

@@ -346,13 +346,15 @@ TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
   }
 }
 
-TEST(OpenAddressing, MatchesByTheFirstBytes) {
+// The sought key's size counts, the stored one's does not, in neither direction.
+TEST(OpenAddressing, MatchesByTheSoughtKeysSize) {
   Fixture fixture(LM_DHASH, 5);
   int data = 0;
-  op(fixture.list, LM_OP_INSERT, "prefix and more", &data);
-  EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, "prefix"));
-  EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, ""));
-  EXPECT_EQ(LM_NOTFOUND, op(fixture.list, LM_OP_FIND, "prefix and more still"));
+  lm_list_op(fixture.list, LM_OP_INSERT, "prefix and more", 6, &data, nullptr);
+  for (const std::string_view found : {"", "pre", "prefix", "prefix and"})
+    EXPECT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_FIND, found)) << found;
+  for (const std::string_view absent : {"p-", "prefixes", "prefix and more still"})
+    EXPECT_EQ(LM_NOTFOUND, op(fixture.list, LM_OP_FIND, absent)) << absent;
 }
 
 CS_INT same_first_byte(const CS_VOID* element_key, const CS_VOID* key, CS_INT) {
