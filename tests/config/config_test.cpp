@@ -31,7 +31,9 @@ std::ostream& operator<<(std::ostream& to, const Token& token) {
   return to << token.code << " >" << testing::PrintToString(token.text) << "<";
 }
 
+// A file of that name goes first: file systems write what replaces a cut file to the disk at once.
 void write_file(const std::string& path, const std::string& text) {
+  std::filesystem::remove(path);
   std::ofstream(path, std::ios::binary) << text;
 }
 
