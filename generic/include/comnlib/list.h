@@ -275,8 +275,9 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
  * for the rest. An unknown property or action stops the process.
  *
  * A new table size rebuilds a hash table: CS_FAIL for the other kinds and when an LM_DHASH holds
- * more elements; CS_MEM_ERROR. On a failure the table is as it was; a size below 1 stops the
- * process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH it stays 0.
+ * more elements; CS_MEM_ERROR. On a failure the table is as it was; any other size below 1
+ * stops the process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH
+ * it stays 0.
  */
 COMN_API CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,
                                  CS_INT buflen, CS_INT* outlen);

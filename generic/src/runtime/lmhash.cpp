@@ -240,13 +240,16 @@ struct DHash {
   }
 
   // The stored key's own size does not count: callers seek with a NUL that they stored without, and
-  // the other way round. Behind that size bytes are read one by one, to the first that differs.
+  // the other way round. Behind that size bytes are read one by one, to the first that differs and
+  // never beyond, which no library call promises.
   static bool begins_with(const Key& stored, const Key& sought) {
     const std::size_t common = std::min(stored.length(), sought.length());
     if (!same_bytes(stored.bytes, sought.bytes, common)) return false;
-    const auto* bytes = static_cast<const CS_BYTE*>(sought.bytes);
-    return std::equal(bytes + common, bytes + sought.length(),
-                      static_cast<const CS_BYTE*>(stored.bytes) + common);
+    const auto* left = static_cast<const CS_BYTE*>(stored.bytes);
+    const auto* right = static_cast<const CS_BYTE*>(sought.bytes);
+    std::size_t at = common;
+    while (at < sought.length() && left[at] == right[at]) ++at;
+    return at == sought.length();
   }
 
   static CS_RETCODE insert(LM_HANDLE& handle, const Key& key, CS_VOID* data) {
