@@ -12,7 +12,7 @@
 
 #include "comnlib/memory.h"
 #include "diag/diag.h"
-#include "paths/homepath.h"
+#include "runtime/homepath.h"
 
 namespace comnlib {
 namespace {

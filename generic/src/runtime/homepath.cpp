@@ -1,6 +1,6 @@
 // Growing a path, and the one path that the configuration store and the localization services both
 // build.
-#include "paths/homepath.h"
+#include "runtime/homepath.h"
 
 #include <array>
 
