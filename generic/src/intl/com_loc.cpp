@@ -13,7 +13,7 @@ namespace {
 
 // Zero-filled, with a byte behind the longest path.
 using PathBuffer = std::array<CS_CHAR, kPathLength + 1>;
-using CfgPathBuffer = std::array<CS_CHAR, kPathLength + COM_NUV_ROOM + 1>;
+using CfgPathBuffer = std::array<CS_CHAR, kPathLength + kConfigPathSpare>;
 
 // What follows the building of a path in every opener.
 template <class Buffer>
