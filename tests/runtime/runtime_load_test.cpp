@@ -2,10 +2,10 @@
 // run under the thread checkers by tools/valgrind.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <thread>
 #include <vector>
 
 #include "comnlib/memory.h"
@@ -17,24 +17,9 @@ constexpr int kThreads = 4;
 constexpr int kRounds = 400;
 
 void run_in_threads(const std::function<void(int)>& work) {
-  struct Start {
-    const std::function<void(int)>* work;
-    int index;
-  };
-  std::array<Start, kThreads> starts;
-  std::array<COMN_THREAD*, kThreads> handles = {};
-  for (int i = 0; i < kThreads; ++i) {
-    starts[i] = {&work, i};
-    ASSERT_EQ(CS_SUCCEED, comn_create_thread(
-                              &handles[i],
-                              [](void* argument) -> void* {
-                                const auto* start = static_cast<Start*>(argument);
-                                (*start->work)(start->index);
-                                return nullptr;
-                              },
-                              &starts[i]));
-  }
-  for (COMN_THREAD* handle : handles) EXPECT_EQ(CS_SUCCEED, comn_join_thread(handle));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+  for (std::thread& thread : threads) thread.join();
 }
 
 // An auto-reset event is a lock too when each holder signals it at the end.
