@@ -200,7 +200,8 @@ TEST(TextToNumeric, PrecisionScaleMarkersAndCodes) {
       {" -1 ", 2, 0, CS_SUCCEED, 4, "02000101"},
       {"12.345", 5, 2, CS_CVT_TRUNCATED, 6, "0502000004D2"},
       {"12.340", 5, 2, CS_SUCCEED, 6, "0502000004D2"},
-      {"123.45", 4, 2, CS_CVT_OVERFLOW, 0, nullptr},
+      {"123.45", 4, 2, CS_CVT_OVERFLOW, 5, "0402000000"},
+      {"-1e77", 77, kOwn, CS_CVT_OVERFLOW, 0, nullptr},
       {"0012.50", kOwn, kOwn, CS_SUCCEED, 5, "04020004E2"},
       {"7", kOwn, 0, CS_SUCCEED, 4, "01000007"},
       {"1e2", 5, 0, CS_SUCCEED, 6, "050000000064"},
@@ -229,6 +230,10 @@ TEST(TextToNumeric, PrecisionScaleMarkersAndCodes) {
   const std::string ended("42\0junk", 7);
   EXPECT_EQ(CS_SUCCEED, from_char(context, ended, to, CS_DFMT_NULLTERM).code);
   EXPECT_EQ(CS_CVT_SYNTAX, from_char(context, ended, to).code);
+  const std::string buffer = ended + std::string(2000, '#');
+  EXPECT_EQ(CS_SUCCEED, from_char(context, buffer, to, CS_DFMT_NULLTERM).code)
+      << "what lies behind the NUL does not count";
+  EXPECT_EQ(CS_SUCCEED, from_char(context, buffer, format_of(CS_FLOAT_TYPE)).code);
 }
 
 TEST(TextToMoneyAndDate, CodesAndLengths) {
@@ -432,6 +437,10 @@ TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
       convert(context, CS_INT_TYPE, CS_INT{-12345}, format_of(CS_UNICHAR_TYPE, 10));
   EXPECT_EQ(CS_CVT_OVERFLOW, number.code);
   EXPECT_EQ(std::string("*\0", 2), number.text());
+  const Result money = convert(context, CS_MONEY4_TYPE, CS_MONEY4{12345678},
+                               format_of(CS_UNICHAR_TYPE, 9, CS_DFMT_NULLTERM));
+  EXPECT_EQ(CS_CVT_OVERFLOW, money.code) << "1234.57";
+  EXPECT_EQ(std::string("1\0002\0003\0\0\0", 8), money.text()) << "cut as the text of money is";
 }
 
 TEST(BinaryTo, TextAndStoredBytes) {
@@ -466,6 +475,7 @@ TEST(BinaryTo, TextAndStoredBytes) {
   const Result bad_bit = convert(context, two, &record, sizeof record, format_of(CS_BIT_TYPE));
   EXPECT_EQ(CS_CVT_DOMAIN, bad_bit.code);
   EXPECT_TRUE(bad_bit.untouched_from(0));
+  EXPECT_EQ(0, bad_bit.length);
   record = {4, {78, 0, 0, 1}};
   EXPECT_EQ(CS_CVT_DOMAIN,
             convert(context, two, &record, sizeof record, format_of(CS_NUMERIC_TYPE)).code);

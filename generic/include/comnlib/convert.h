@@ -343,7 +343,7 @@ COMN_CONVERSION(comn_mny4tovarbin);
  * all others                     The bytes are the value's stored bytes. Missing ones are zero.
  *                                Surplus bytes that are not zero give CS_CVT_OVERFLOW, the leading
  *                                ones stored. A bit other than 0 and 1 and an invalid numeric give
- *                                CS_CVT_DOMAIN, and nothing is written.
+ *                                CS_CVT_DOMAIN, with length 0.
  */
 COMN_CONVERSION(comn_bintobit);
 COMN_CONVERSION(comn_bintoi1);
@@ -400,8 +400,9 @@ COMN_CONVERSION(comn_varbintounichar);
  *                          CS_USE_SRCVALUE: what the text needs. Further decimals are cut, with
  *                          CS_CVT_TRUNCATED when one of them is not zero. With CS_DFMT_NULLTERM in
  *                          the source format a NUL ends the text. The length is that of the
- *                          precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE,
- *                          CS_CVT_OVERFLOW (nothing is written, length 0).
+ *                          precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE;
+ *                          CS_CVT_OVERFLOW stores zero, or nothing, with length 0, when precision
+ *                          or scale was to come of the text.
  * tomoney, tomny4          As money.h says of text.
  * todatetime, todate4      As datetime.h says of text. CS_CVT_OVERFLOW for a date that does not
  *                          exist or leaves the range, with length 0.
@@ -474,8 +475,9 @@ COMN_CONVERSION(comn_unichartoi8);
 COMN_CONVERSION(comn_unichartotext);
 COMN_CONVERSION(comn_unichartoimage);
 
-/* Into CS_UNICHAR from the other types: the text that tochar gives, widened to UTF-16 and placed by
-   the same rule. */
+/* Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the same
+   rule. Month names come out of the character set of their locale: CS_CVT_BADXLATE, CS_CVT_NOXLATE
+   and CS_MEM_ERROR, with length 0. */
 COMN_CONVERSION(comn_i1tounichar);
 COMN_CONVERSION(comn_i2tounichar);
 COMN_CONVERSION(comn_i4tounichar);

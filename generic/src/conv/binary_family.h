@@ -130,12 +130,13 @@ template <class Value, CS_INT Code, CS_INT Alias = Code, bool (*Valid)(const Val
 struct ToFixed {
   static constexpr bool serves(CS_INT datatype) { return datatype == Code || datatype == Alias; }
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
-    *call.destlen = sizeof(Value);
+    *call.destlen = 0;
     Value value{};
     const std::size_t kept = std::min(bytes.size(), sizeof value);
     if (kept > 0) std::memcpy(&value, bytes.data(), kept);
     if (!Valid(value)) return CS_CVT_DOMAIN;
     store(call.dest, value);
+    *call.destlen = sizeof(Value);
     const auto surplus = bytes.subspan(kept);
     const bool fits = std::ranges::all_of(surplus, [](CS_BYTE byte) { return byte == 0; });
     return fits ? CS_SUCCEED : CS_CVT_OVERFLOW;

@@ -17,13 +17,22 @@ constexpr bool is_style(CS_INT style) {
          style == COM_DATESTYLE_ISO;
 }
 
+const CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  return locale == nullptr ? nullptr : locale->timeptr;
+}
+
 }  // namespace
 
 const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
-  if (locale == nullptr || locale->timeptr == nullptr) return kUsEnglish;
-  const CsDateInfo* loaded = locale->timeptr->locdateinfo;
-  return loaded == nullptr ? kUsEnglish : loaded->conventions;
+  const CsLocCache* time = time_entry(context, format);
+  return time == nullptr || time->locdateinfo == nullptr ? kUsEnglish
+                                                         : time->locdateinfo->conventions;
+}
+
+Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CsLocCache* time = time_entry(context, format);
+  return {time == nullptr ? nullptr : time->locchardesc, false};
 }
 
 CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {

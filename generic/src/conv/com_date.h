@@ -5,6 +5,7 @@
 #include <array>
 
 #include "conv/frame.h"
+#include "conv/textcopy.h"
 #include "time/datetext.h"
 #include "time/datetime.h"
 
@@ -13,6 +14,9 @@ namespace comnlib {
 // Conventions of the text that `format` describes: those of its locale, or else of the context's,
 // or else US English.
 const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format);
+
+// The encoding of their month names: another category of the locale may name another character set.
+Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format);
 
 // What tells the sizes apart. Statuses are those of com__dttodate4.
 template <class Record>

@@ -36,17 +36,12 @@ void copy_text(std::string_view text, CS_BYTE* dest) {
   }
 }
 
-// Every character widens to a `Unit`.
-template <class Unit>
 void write(std::string_view text, CS_BYTE* dest) {
-  if constexpr (sizeof(Unit) == sizeof(CS_CHAR)) {
-    copy_text(text, dest);
-  } else {
-    for (const char each : text) {
-      store(dest, static_cast<Unit>(each));
-      dest += sizeof(Unit);
-    }
-  }
+  copy_text(text, dest);
+}
+
+void write(std::span<const CS_UNICHAR> text, CS_BYTE* dest) {
+  std::memcpy(dest, text.data(), text.size_bytes());
 }
 
 template <class Unit>
@@ -59,8 +54,10 @@ CS_RETCODE pad(CS_INT length, const Conversion& call) {
     return comn__padunichar(length, call.destfmt, call.dest, call.destlen);
 }
 
-template <class Unit>
-CS_RETCODE place(std::string_view text, const Conversion& call) {
+// `text` is a view of the destination's units.
+template <class View>
+CS_RETCODE place(View text, const Conversion& call) {
+  using Unit = typename View::value_type;
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength;
   require(room >= 0);
@@ -69,13 +66,14 @@ CS_RETCODE place(std::string_view text, const Conversion& call) {
   auto* dest = static_cast<CS_BYTE*>(call.dest);
 
   if (length <= room && (!terminate || kUnit <= room - length)) {
-    write<Unit>(text, dest);
+    write(text, dest);
     *call.destlen = length;
     return pad<Unit>(length, call);
   }
   *call.destlen = std::min(room, length);
   if (room >= 2 * kUnit) {
-    write<Unit>({"*", 2}, dest);
+    static constexpr Unit kStar[] = {'*', 0};
+    write(View(kStar, 2), dest);
     *call.destlen = kUnit;
     // Overflow is the answer whatever the padding reports.
     static_cast<void>(pad<Unit>(kUnit, call));
@@ -86,11 +84,11 @@ CS_RETCODE place(std::string_view text, const Conversion& call) {
 }  // namespace
 
 CS_RETCODE place_text(std::string_view text, const Conversion& call) {
-  return place<CS_CHAR>(text, call);
+  return place(text, call);
 }
 
-CS_RETCODE place_unichar(std::string_view text, const Conversion& call) {
-  return place<CS_UNICHAR>(text, call);
+CS_RETCODE place_unichar(std::span<const CS_UNICHAR> text, const Conversion& call) {
+  return place(text, call);
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {

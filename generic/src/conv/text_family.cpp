@@ -13,6 +13,7 @@
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
+#include "intl/xlate.h"
 #include "time/datetext.h"
 
 namespace comnlib::text_family {
@@ -24,10 +25,12 @@ constexpr std::size_t kLiteralRoom = 1024;
 // What stands in an ASCII form for a character that has none: no literal contains it.
 constexpr CS_CHAR kNoAscii = '\x1A';
 
+enum class NulBytes { kText, kEndOfText };
+
 // The ASCII form of a literal without the blanks around it. Plain bytes are viewed in place.
 class AsciiForm {
  public:
-  explicit AsciiForm(const Text& text) {
+  explicit AsciiForm(const Text& text, NulBytes nul = NulBytes::kText) : nul_(nul) {
     if (text.attrib == nullptr && !text.utf16)
       view_ = trim(text.bytes);
     else
@@ -40,7 +43,13 @@ class AsciiForm {
   std::string_view view() const { return view_; }
 
  private:
-  static std::string_view trim(Bytes bytes) {
+  bool ends_text(bool nul) const { return nul && nul_ == NulBytes::kEndOfText; }
+
+  std::string_view trim(Bytes bytes) const {
+    if (nul_ == NulBytes::kEndOfText) {
+      const auto* nul = static_cast<const CS_BYTE*>(std::memchr(bytes.data(), 0, bytes.size()));
+      if (nul != nullptr) bytes = {bytes.data(), nul};
+    }
     while (!bytes.empty() && is_default_space(bytes.front())) bytes = bytes.subspan(1);
     while (!bytes.empty() && is_default_space(bytes.back())) bytes = bytes.first(bytes.size() - 1);
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
@@ -51,7 +60,7 @@ class AsciiForm {
     skip_blanks(reader);
     std::size_t length = 0;
     std::size_t kept = 0;  // without the blanks behind
-    for (; !reader.done(); reader.skip()) {
+    for (; !reader.done() && !ends_text(reader.nul()); reader.skip()) {
       const bool space = reader.space();
       if (length == kLiteralRoom) {
         if (space) continue;
@@ -70,19 +79,16 @@ class AsciiForm {
     return ascii == 0 && !reader.nul() ? kNoAscii : static_cast<CS_CHAR>(ascii);
   }
 
+  NulBytes nul_;
   std::array<CS_CHAR, kLiteralRoom> buffer_;
   std::string_view view_;
   bool valid_ = true;
 };
 
-std::string_view up_to_nul(std::string_view text) {
-  return text.substr(0, text.find('\0'));
-}
-
 ParsedFloat parse_literal(const Literal& literal) {
-  const AsciiForm form(literal.text);
+  const AsciiForm form(literal.text, NulBytes::kEndOfText);
   if (!form.valid()) return {CS_CVT_SYNTAX, 0};
-  return parse_float(up_to_nul(form.view()));
+  return parse_float(form.view());
 }
 
 // By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
@@ -107,17 +113,28 @@ CS_RETCODE convert_money(const Literal& literal, Parse parse) {
   return exact_code(status);
 }
 
-// Month names are bytes of the character set itself; digits of another width are read in their
-// ASCII form.
+std::string_view view_of(Bytes bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// Month names are bytes of the conventions' own character set; digits of another width are read in
+// their ASCII form.
 ParsedDate parse_date(const Literal& literal) {
-  const DateConventions& conventions =
-      date_conventions(*literal.call.context, *literal.call.srcfmt);
-  if (!literal.text.utf16) {
-    const Bytes bytes = literal.text.bytes;
-    const ParsedDate plain =
-        parse_datetime({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, conventions);
-    if (plain.status != DateText::syntax || literal.text.attrib == nullptr) return plain;
+  const Conversion& call = literal.call;
+  const DateConventions& conventions = date_conventions(*call.context, *call.srcfmt);
+  ParsedDate plain{DateText::syntax, {}};
+  if (literal.text.utf16) {
+    std::array<CS_BYTE, kLiteralRoom> room;
+    const Encoding names = date_encoding(*call.context, *call.srcfmt);
+    const Translated narrow = translate(call.context, {nullptr, true}, {names.charset, names.utf16},
+                                        literal.text.bytes, room);
+    if (narrow.code == CS_SUCCEED)
+      plain = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
+  } else {
+    plain = parse_datetime(view_of(literal.text.bytes), conventions);
+    if (literal.text.attrib == nullptr) return plain;
   }
+  if (plain.status != DateText::syntax) return plain;
   const AsciiForm form(literal.text);
   if (!form.valid()) return {DateText::syntax, {}};
   return parse_datetime(form.view(), conventions);
@@ -276,22 +293,20 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   if (!own_precision && !is_precision(call.destfmt->precision)) return CS_CVT_PRECISION;
   if (!own_scale && !is_scale(call.destfmt->scale)) return CS_CVT_SCALE;
 
-  const AsciiForm form(literal.text);
-  if (!form.valid()) return syntax_error(call);
   const bool terminated = (call.srcfmt->format & CS_DFMT_NULLTERM) != 0;
-  const std::string_view text = terminated ? up_to_nul(form.view()) : form.view();
+  const AsciiForm form(literal.text, terminated ? NulBytes::kEndOfText : NulBytes::kText);
+  if (!form.valid()) return CS_CVT_SYNTAX;
 
-  const CS_BYTE precision =
-      own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision);
-  const CS_BYTE scale = own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale);
+  constexpr bool kRounding = false;
   CS_NUMERIC result{};
-  const CS_INT status = parse_numeric(text, precision, scale, false, result);
-  if (status == kExactSyntax) return syntax_error(call);
-  if (status == kExactOverflow) return CS_CVT_OVERFLOW;
-  const CS_INT length = comn_num_getlen(result.precision);
-  *call.destlen = length + 2;
+  const CS_INT status = parse_numeric(
+      form.view(), own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision),
+      own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale), kRounding, result);
+  if (status == kExactSyntax) return CS_CVT_SYNTAX;
+  if (status == kExactOverflow && (own_precision || own_scale)) return CS_CVT_OVERFLOW;
+  *call.destlen = comn_num_getlen(result.precision) + CS_INT{offsetof(CS_NUMERIC, array)};
   std::memcpy(call.dest, &result, static_cast<std::size_t>(*call.destlen));
-  return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_SUCCEED;
+  return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
 }
 
 }  // namespace comnlib::text_family

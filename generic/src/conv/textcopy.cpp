@@ -50,6 +50,7 @@ Copied copy_whole(Text text, std::span<CS_BYTE> room) {
 
 Copied translate_text(Bytes text, const Encoding& from, const Encoding& to, std::span<CS_BYTE> room,
                       CS_CONTEXT* context) {
+  if (text.empty()) return {CS_SUCCEED, 0, 0};
   const Translated result =
       translate(context, {from.charset, from.utf16}, {to.charset, to.utf16}, text, room);
   const auto written = static_cast<CS_INT>(result.written);
@@ -107,9 +108,10 @@ void write_doubled(Text text, CS_BYTE* dest) {
 }
 
 // Doubles the quotes of the first `length` bytes of the destination in place.
-Doubling double_in_place(std::span<CS_BYTE> room, std::size_t length, const char_attrib* attrib) {
+Doubling double_in_place(std::span<CS_BYTE> room, std::size_t length, const char_attrib* attrib,
+                         bool nul_ends) {
   const Text text{room.first(length), attrib};
-  const Doubling doubling = measure_doubling(text, room.size(), false);
+  const Doubling doubling = measure_doubling(text, room.size(), nul_ends);
   if (doubling.written == doubling.taken) return doubling;
   // Moved to the end of its final room, each character is read before it is overwritten.
   CS_BYTE* moved = room.data() + (doubling.written - doubling.taken);
@@ -154,24 +156,27 @@ std::span<CS_BYTE> room_of(const Conversion& call) {
   return {static_cast<CS_BYTE*>(call.dest), static_cast<std::size_t>(call.destfmt->maxlength)};
 }
 
-// Within one character set, with quotes doubled. A text that ended with its own NUL gets no second
-// one.
-CS_RETCODE copy_doubled(Text text, const Conversion& call) {
-  const std::span<CS_BYTE> room = room_of(call);
-  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
-  const Doubling doubling = measure_doubling(text, room.size(), terminate);
-  write_doubled({text.bytes.first(doubling.taken), text.attrib}, room.data());
-  const auto written = static_cast<CS_INT>(doubling.written);
-  const Copied copied{CS_SUCCEED, written, size_of(text.bytes)};
+bool terminates(const Conversion& call) {
+  return (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
+}
+
+// A text that ended with its own NUL gets no second one.
+CS_RETCODE finish_doubled(Copied copied, const Doubling& doubling, const Conversion& call) {
+  copied.length = static_cast<CS_INT>(doubling.written);
   if (doubling.cut) return fail(CS_CVT_TRUNCATED, copied, call);
   constexpr CS_INT kPadding = CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
   const bool padded = (call.destfmt->format & kPadding) != 0;
-  if (doubling.ended_by_nul && !padded && copied.needed < call.destfmt->maxlength &&
-      written < call.destfmt->maxlength) {
-    *call.destlen = written;
-    return CS_SUCCEED;
-  }
-  return finish<CS_CHAR>(copied, call);
+  const bool fits = std::max(copied.needed, copied.length) < call.destfmt->maxlength;
+  if (!doubling.ended_by_nul || padded || !fits) return finish<CS_CHAR>(copied, call);
+  *call.destlen = copied.length;
+  return copied.code;
+}
+
+CS_RETCODE copy_doubled(Text text, const Conversion& call) {
+  const std::span<CS_BYTE> room = room_of(call);
+  const Doubling doubling = measure_doubling(text, room.size(), terminates(call));
+  write_doubled({text.bytes.first(doubling.taken), text.attrib}, room.data());
+  return finish_doubled({CS_SUCCEED, 0, size_of(text.bytes)}, doubling, call);
 }
 
 CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
@@ -179,15 +184,11 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
   const std::span<CS_BYTE> room = room_of(call);
   Copied copied = translate_text(text, from, to, room, call.context);
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
-  if ((call.destfmt->format & CS_DFMT_ESCQUOTE) != 0) {
-    const Doubling doubling =
-        double_in_place(room, static_cast<std::size_t>(copied.length), attributes_of(to));
-    copied.length = static_cast<CS_INT>(doubling.written);
-    if (doubling.cut) copied.code = CS_CVT_TRUNCATED;
-    if (copied.code != CS_CVT_TRUNCATED) copied.needed = copied.length;
-    if (doubling.cut) return fail(CS_CVT_TRUNCATED, copied, call);
-  }
-  return finish<CS_CHAR>(copied, call);
+  if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish<CS_CHAR>(copied, call);
+  const Doubling doubling = double_in_place(room, static_cast<std::size_t>(copied.length),
+                                            attributes_of(to), terminates(call));
+  if (copied.code != CS_CVT_TRUNCATED) copied.needed = static_cast<CS_INT>(doubling.written);
+  return finish_doubled(copied, doubling, call);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <new>
 
+#include "chars/utf.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
@@ -44,6 +45,8 @@ std::optional<CS_INT> read_byte(IntlFile& file) {
 }
 
 CS_RETCODE add_character(ConvTable& table, bool is_double, CS_USHORT bytes, CS_USHORT unit) {
+  // Nothing would read a surrogate on its own.
+  if (is_surrogate(unit)) return CS_FAIL;
   if (is_double) {
     if (!table.pairs.set(bytes, unit)) return CS_MEM_ERROR;
   } else {

@@ -1,0 +1,348 @@
+// Conversion between character sets: every character of every shipped set against Python's codecs,
+// the Unicode forms against their bit layout, and the loading of tables by threads and without
+// memory.
+#include "intl/xlate.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <thread>
+#include <vector>
+
+#include "comnlib/convert.h"
+#include "intl_host.h"
+#include "support/host_alloc.h"
+
+namespace {
+
+using comnlib::XlateEnd;
+
+constexpr XlateEnd kUnicode{nullptr, true};
+
+struct Output {
+  CS_RETCODE code;
+  std::string bytes;
+};
+
+class Sets {
+ public:
+  explicit Sets(intl_host::Context& context) : context_(context) {}
+
+  const CsCharDesc* descriptor(const std::string& charset) { return entry(charset)->locchardesc; }
+  CS_LOCALE locale(const std::string& charset) {
+    CsLocCache* found = entry(charset);
+    return {found, found, found, found, found, found, nullptr};
+  }
+  XlateEnd end(const std::string& charset) { return {descriptor(charset), false}; }
+
+  Output translate(XlateEnd from, XlateEnd to, std::string_view text, std::size_t room = 64) {
+    std::vector<CS_BYTE> dest(room + 1, 0xA5);
+    const auto result = comnlib::translate(
+        &context_, from, to, {reinterpret_cast<const CS_BYTE*>(text.data()), text.size()},
+        std::span(dest).first(room));
+    EXPECT_LE(result.written, room);
+    EXPECT_EQ(0xA5, dest[room]);
+    return {result.code, {dest.begin(), dest.begin() + static_cast<int>(result.written)}};
+  }
+
+ private:
+  CsLocCache* entry(const std::string& charset) {
+    CsLocCache*& known = entries_[charset];
+    if (known == nullptr) {
+      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(
+                                &context_, charset.c_str(), CS_NULLTERM, charset.c_str(),
+                                CS_NULLTERM, "us_english", 10, "binary", 6, &known, nullptr, 0))
+          << charset;
+    }
+    return known;
+  }
+  intl_host::Context& context_;
+  std::map<std::string, CsLocCache*> entries_;
+};
+
+class Xlate : public testing::Test {
+ protected:
+  Xlate() { EXPECT_EQ(CS_SUCCEED, context_.init()); }
+  intl_host::ShippedHome home_;
+  intl_host::Context context_;
+  Sets sets_{context_};
+};
+
+std::string utf16(char32_t code) {
+  std::u16string units;
+  if (code < 0x10000) {
+    units = static_cast<char16_t>(code);
+  } else {
+    units = {static_cast<char16_t>(0xD7C0 + (code >> 10)),
+             static_cast<char16_t>(0xDC00 | (code & 0x3FF))};
+  }
+  return {reinterpret_cast<const char*>(units.data()), 2 * units.size()};
+}
+
+unsigned unit_of(const std::string& bytes) {
+  return static_cast<unsigned char>(bytes[0]) | static_cast<unsigned char>(bytes[1]) << 8;
+}
+
+class Checksum {
+ public:
+  void add(unsigned left, unsigned right) {
+    for (const unsigned number : {left, right}) value_ = (value_ ^ number) * 16777619U;
+  }
+  unsigned value() const { return value_; }
+
+ private:
+  unsigned value_ = 2166136261U;
+};
+
+const struct Vector {
+  const char* charset;
+  int characters;
+  unsigned decoding, encoding;
+} kVectors[] = {
+#include "charset_vectors.inc"
+};
+
+TEST_F(Xlate, EveryCharacterOfEverySet) {
+  for (const Vector& vector : kVectors) {
+    SCOPED_TRACE(vector.charset);
+    const XlateEnd set = sets_.end(vector.charset);
+    int characters = 0;
+    Checksum decoding, encoding;
+    const auto decode = [&](const std::string& bytes, unsigned number) {
+      const Output unit = sets_.translate(set, kUnicode, bytes);
+      if (unit.code != CS_SUCCEED) {
+        EXPECT_EQ(CS_CVT_BADXLATE, unit.code);
+        return false;
+      }
+      ++characters;
+      decoding.add(number, unit_of(unit.bytes));
+      return true;
+    };
+    for (unsigned byte = 0; byte < 256; ++byte) {
+      const char lead = static_cast<char>(byte);
+      if (decode({lead}, byte)) continue;
+      for (unsigned second = 0; second < 256; ++second)
+        decode({lead, static_cast<char>(second)}, byte << 8 | second);
+    }
+    const std::string replacement = std::string("sjis") == vector.charset ? "\x81\xAC" : "?";
+    for (char32_t code = 0; code < 0x10000; ++code) {
+      if (code >= 0xD800 && code < 0xE000) continue;
+      const Output bytes = sets_.translate(kUnicode, set, utf16(code));
+      if (bytes.code == CS_CVT_SUBSTITUTED) {
+        if (replacement != bytes.bytes) ADD_FAILURE() << static_cast<unsigned>(code);
+        continue;
+      }
+      unsigned number = 0;
+      for (const char byte : bytes.bytes) number = number << 8 | static_cast<unsigned char>(byte);
+      encoding.add(code, number);
+    }
+    EXPECT_EQ(replacement, sets_.translate(kUnicode, set, utf16(0x1F600)).bytes);
+    EXPECT_EQ(vector.characters, characters);
+    EXPECT_EQ(vector.decoding, decoding.value());
+    EXPECT_EQ(vector.encoding, encoding.value());
+  }
+}
+
+std::string utf8(char32_t code) {
+  const auto byte = [](char32_t bits) { return static_cast<char>(bits); };
+  const auto tail = [&](int shift) { return byte(0x80 | (code >> shift & 0x3F)); };
+  if (code < 0x80) return {byte(code)};
+  if (code < 0x800) return {byte(0xC0 | code >> 6), tail(0)};
+  if (code < 0x10000) return {byte(0xE0 | code >> 12), tail(6), tail(0)};
+  return {byte(0xF0 | code >> 18), tail(12), tail(6), tail(0)};
+}
+
+// What decodes is exactly the shortest forms of the characters: in the first loop all of them, in
+// the second all sequences of up to three bytes, and of four with the first three telling.
+TEST_F(Xlate, Utf8IsStrictBothWays) {
+  const XlateEnd set = sets_.end("utf8");
+  for (char32_t code = 0; code < 0x110000; ++code) {
+    if (code >= 0xD800 && code < 0xE000) continue;
+    const Output wide = sets_.translate(set, kUnicode, utf8(code));
+    const Output narrow = sets_.translate(kUnicode, set, utf16(code));
+    if (wide.bytes != utf16(code) || narrow.bytes != utf8(code))
+      ADD_FAILURE() << static_cast<unsigned>(code);
+  }
+  const auto refused = [&](const std::string& bytes) {
+    return sets_.translate(set, kUnicode, bytes).code == CS_CVT_BADXLATE;
+  };
+  const std::string edges = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xFF";
+  for (unsigned lead = 0x80; lead < 0x100; ++lead) {
+    EXPECT_TRUE(refused({static_cast<char>(lead)})) << "cut by the end";
+    for (const char second : edges) {
+      for (const char third : edges) {
+        for (const char fourth : edges) {
+          const std::string bytes{static_cast<char>(lead), second, third, fourth};
+          bool character = false;
+          for (const std::size_t length : {2U, 3U, 4U}) {
+            const auto at = [&](std::size_t i) { return char32_t(static_cast<CS_BYTE>(bytes[i])); };
+            char32_t code = at(0) & (0x7FU >> length);
+            for (std::size_t i = 1; i < length; ++i) code = code << 6 | (at(i) & 0x3F);
+            const bool surrogate = code >= 0xD800 && code < 0xE000;
+            character |= code < 0x110000 && !surrogate && bytes.starts_with(utf8(code));
+          }
+          // Behind a shorter character the rest decides; a refusal must come of the first one.
+          const Output output = sets_.translate(set, kUnicode, bytes);
+          EXPECT_EQ(character, output.code == CS_SUCCEED || !output.bytes.empty()) << lead;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
+  const XlateEnd set = sets_.end("utf8");
+  for (const std::string& bad : {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
+                                 utf16(0xD800) + utf16('x'), std::string("x")}) {
+    const Output output = sets_.translate(kUnicode, set, utf16('a') + bad);
+    EXPECT_EQ(CS_CVT_BADXLATE, output.code);
+    EXPECT_EQ("a", output.bytes) << "what stands before it is converted";
+  }
+  const std::string text = "aé€😀";
+  const std::string wide = sets_.translate(set, kUnicode, text).bytes;
+  for (std::size_t room = 0; room <= text.size() + 3; ++room) {
+    const Output narrow = sets_.translate(kUnicode, set, wide, room);
+    EXPECT_EQ(room < text.size() ? CS_CVT_TRUNCATED : CS_SUCCEED, narrow.code) << room;
+    EXPECT_EQ(text.substr(0, room < 1 ? 0 : room < 3 ? 1 : room < 6 ? 3 : room < 10 ? 6 : 10),
+              narrow.bytes);
+    const Output again = sets_.translate(set, kUnicode, text, room);
+    EXPECT_EQ(wide.substr(0, room < 6 ? room / 2 * 2 : room < 10 ? 6 : 10), again.bytes);
+  }
+  const CsCharDesc unconfigured{};
+  EXPECT_EQ(CS_CVT_NOXLATE, sets_.translate(kUnicode, {&unconfigured, false}, "").code);
+}
+
+TEST_F(Xlate, ThroughTheConversionRoutines) {
+  CS_CONTEXT* context = &context_;
+  CS_LOCALE from = sets_.locale("utf8"), to = sets_.locale("iso_1");
+  CS_DATAFMT srcfmt{}, destfmt{};
+  srcfmt.locale = &from;
+  destfmt.locale = &to;
+  const struct {
+    const char* label;
+    std::string text;
+    CS_INT room, format;
+    CS_RETCODE code;
+    std::string bytes;
+  } rows[] = {
+      {"fits when it has shrunk", "éé", 3, CS_DFMT_PADBLANK, CS_SUCCEED, "\xE9\xE9 "},
+      {"terminated", "é", 2, CS_DFMT_NULLTERM, CS_SUCCEED, std::string("\xE9\0", 2)},
+      {"no room to terminate", "é", 1, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, std::string(1, '\0')},
+      {"quotes", "é's", 9, CS_DFMT_ESCQUOTE, CS_SUCCEED, "\xE9''s"},
+      {"half a doubled quote", "é'", 2, CS_DFMT_ESCQUOTE, CS_CVT_TRUNCATED, "\xE9"},
+      {"a NUL ends doubling", std::string("'\0x", 3), 9, CS_DFMT_ESCQUOTE | CS_DFMT_NULLTERM,
+       CS_SUCCEED, std::string("''\0", 3)},
+      {"substituted and padded", "a€", 4, CS_DFMT_PADNULL, CS_CVT_SUBSTITUTED,
+       std::string("a?\0\0", 4)},
+      {"malformed", "a\xC0\x80z", 9, 0, CS_CVT_BADXLATE, "a"},
+      {"cut by the source", "aé\xC3", 9, 0, CS_CVT_BADXLATE, "a\xE9"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    srcfmt.maxlength = static_cast<CS_INT>(row.text.size());
+    destfmt.maxlength = row.room;
+    destfmt.format = row.format;
+    std::string dest(16, '#');
+    CS_INT length = -1;
+    EXPECT_EQ(row.code,
+              comn_chartochar(context, &srcfmt, row.text.data(), &destfmt, dest.data(), &length));
+    EXPECT_EQ(row.bytes, dest.substr(0, static_cast<std::size_t>(length)));
+    EXPECT_EQ(std::string(dest.size() - static_cast<std::size_t>(row.room), '#'),
+              dest.substr(static_cast<std::size_t>(row.room)));
+  }
+}
+
+// Month names are text of the locale's character set.
+TEST_F(Xlate, DatesOfALocaleInUnicode) {
+  CsLocCache* entry = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context_.load("fr_FR.UTF-8", &entry));
+  CS_LOCALE french{entry, entry, entry, entry, entry, entry, nullptr};
+  CS_DATAFMT date{}, wide{};
+  date.datatype = CS_DATETIME_TYPE;
+  wide.datatype = CS_UNICHAR_TYPE;
+  wide.maxlength = 80;
+  date.locale = wide.locale = &french;
+  const CS_DATETIME february{45, 0};
+  std::u16string text(40, u'#');
+  CS_INT length = 0;
+  ASSERT_EQ(CS_SUCCEED,
+            comn_datetimetounichar(&context_, &date, &february, &wide, text.data(), &length));
+  text.resize(static_cast<std::size_t>(length) / 2);
+  EXPECT_NE(std::u16string::npos, text.find(u"fév"));
+  wide.maxlength = length;
+  CS_DATETIME back{};
+  EXPECT_EQ(CS_SUCCEED,
+            comn_unichartodatetime(&context_, &wide, text.data(), &date, &back, &length));
+  EXPECT_EQ(february.dtdays, back.dtdays);
+}
+
+TEST(XlateTables, EightThreadsOnAFreshContext) {
+  const intl_host::ShippedHome home;
+  intl_host::Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  Sets sets(context);
+  const std::vector<std::string> names{"iso15", "koi8", "sjis", "cp936"};
+  std::vector<XlateEnd> ends;
+  for (const std::string& name : names) ends.push_back(sets.end(name));
+  const int opened = intl_host::files_opened();
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < 8; ++t)
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < 200; ++i) {
+        const Output there = sets.translate(kUnicode, ends[(t + i) % ends.size()], utf16(U'я'));
+        const Output back = sets.translate(ends[(t + i) % ends.size()], kUnicode, there.bytes);
+        EXPECT_EQ(there.code == CS_SUCCEED ? utf16(U'я') : utf16('?'), back.bytes);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(opened + 4, intl_host::files_opened()) << "each table is read once";
+}
+
+TEST(XlateTables, AllocationsFailInTurn) {
+  const intl_host::ShippedHome home;
+  const std::size_t before = host_alloc::live_blocks();
+  {
+    intl_host::Context context;
+    ASSERT_EQ(CS_SUCCEED, context.init());
+    Sets sets(context);
+    const XlateEnd set = sets.end("koi8");
+    // Each failure leaves the context as it was, so that the next attempt starts anew; the last one
+    // of the first mode loads the table. The companion library says in its own way that it found no
+    // memory for a file: there is no route then.
+    const std::size_t allocations = host_alloc::sweep([&](auto failed) {
+      const Output output = sets.translate(kUnicode, set, utf16(U'я'));
+      if (!failed()) {
+        EXPECT_EQ(CS_SUCCEED, output.code);
+      } else {
+        EXPECT_TRUE(output.code == CS_MEM_ERROR || output.code == CS_CVT_NOXLATE) << output.code;
+      }
+    });
+    EXPECT_EQ(0U, allocations) << "loaded by then";
+    EXPECT_EQ("\xD1", sets.translate(kUnicode, set, utf16(U'я')).bytes);
+  }
+  EXPECT_EQ(before, host_alloc::live_blocks());
+}
+
+TEST(XlateTables, BrokenFilesLeaveNoRoute) {
+  const struct {
+    const char* label;
+    std::string table;
+  } rows[] = {{"a surrogate", "single = 00, D800"},
+              {"half a unit", "single = 00, 00410"},
+              {"beyond the last byte", "single = FF, 00410042"},
+              {"a second byte beyond the last", "double = 81, FF, 00410042"},
+              {"a lead byte of zero", "double = 00, 40, 0041"},
+              {"not hexadecimal", "single = 0G, 0041"},
+              {"unknown entry", "triple = 00, 0041"},
+              {"no units", "single = 00"}};
+  for (const auto& row : rows) {
+    const intl_host::HomeCopy home;
+    home.write("charsets/koi8/koi8.ctb", "[table]\n" + row.table + "\n");
+    intl_host::Context context;
+    ASSERT_EQ(CS_SUCCEED, context.init());
+    Sets sets(context);
+    EXPECT_EQ(CS_CVT_NOXLATE, sets.translate(sets.end("koi8"), kUnicode, "a").code) << row.label;
+  }
+}
+
+}  // namespace
