@@ -60,10 +60,12 @@ struct Result {
 };
 
 // Source and destination stand at odd addresses, as in a host's row buffer.
-inline Result convert(Context& context, const CS_DATAFMT& from, const void* value,
-                      std::size_t size, const CS_DATAFMT& to) {
+inline Result convert(Context& context, const CS_DATAFMT& from, const void* value, std::size_t size,
+                      const CS_DATAFMT& to) {
   const CS_INT srctype = from.datatype;
-  const auto room = static_cast<std::size_t>(comn_typelen(to.datatype, to.maxlength));
+  const CS_INT length =
+      to.datatype == CS_UNICHAR_TYPE ? to.maxlength : comn_typelen(to.datatype, to.maxlength);
+  const auto room = static_cast<std::size_t>(length);
   std::vector<CS_BYTE> source(size + 1);
   std::memcpy(source.data() + 1, value, size);
   std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);

@@ -93,7 +93,6 @@ TEST(Matrix, LeadsToTheNamedRoutines) {
     }
   }
   call("com_conv_free")(&context);
-  dlclose(library);
 }
 
 CS_RETCODE first(CS_CONTEXT*, const CS_DATAFMT*, const void*, const CS_DATAFMT*, void*, CS_INT*) {

@@ -198,6 +198,7 @@ TEST(VoidSource, StoresTheDestinationsNull) {
   ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, CS_VOID_TYPE, 40, comn_voidtoany));
   const Result user = convert(context, CS_VOID_TYPE, 'x', format_of(40, 10));
   EXPECT_EQ(4, user.length);
+  EXPECT_EQ(CS_SUCCEED, com_null_reinstall(&context, 40));
   EXPECT_EQ(CS_SUCCEED, comn_voidtovoid(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
 }
 

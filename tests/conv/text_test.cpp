@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 
-#include "comnlib/numeric.h"
 #include "comnlib/charset.h"
 #include "comnlib/locale.h"
+#include "comnlib/numeric.h"
 #include "conv/chscan.h"
 #include "conv/textcopy.h"
 #include "conversion.h"
@@ -252,8 +252,7 @@ TEST(TextToMoneyAndDate, CodesAndLengths) {
     EXPECT_EQ(-1, result.as<CS_MONEY>().mnyhigh);
     EXPECT_EQ(0xFFFFFFFFU, result.as<CS_MONEY>().mnylow);
   });
-  EXPECT_EQ(CS_CVT_OVERFLOW,
-            from_char(context, "214748.3648", format_of(CS_MONEY4_TYPE)).code);
+  EXPECT_EQ(CS_CVT_OVERFLOW, from_char(context, "214748.3648", format_of(CS_MONEY4_TYPE)).code);
 }
 
 TEST(TextToBinary, HexadecimalDigits) {
@@ -263,11 +262,16 @@ TEST(TextToBinary, HexadecimalDigits) {
     CS_INT room;
     CS_RETCODE code;
     const char* bytes;
-  } rows[] = {{"0x1aF", 8, CS_SUCCEED, "01AF"},  {"00ff", 8, CS_SUCCEED, "00FF"},
-              {"0x", 8, CS_SUCCEED, ""},         {"0X12", 8, CS_SUCCEED, "12"},
-              {"123456", 2, CS_CVT_TRUNCATED, "1234"}, {"12345", 2, CS_CVT_TRUNCATED, "0123"},
-              {"12345g", 2, CS_CVT_SYNTAX, ""},  {"x12", 8, CS_CVT_SYNTAX, ""},
-              {" 12", 8, CS_CVT_SYNTAX, ""},     {"0x0x1", 8, CS_CVT_SYNTAX, ""}};
+  } rows[] = {{"0x1aF", 8, CS_SUCCEED, "01AF"},
+              {"00ff", 8, CS_SUCCEED, "00FF"},
+              {"0x", 8, CS_SUCCEED, ""},
+              {"0X12", 8, CS_SUCCEED, "12"},
+              {"123456", 2, CS_CVT_TRUNCATED, "1234"},
+              {"12345", 2, CS_CVT_TRUNCATED, "0123"},
+              {"12345g", 2, CS_CVT_SYNTAX, ""},
+              {"x12", 8, CS_CVT_SYNTAX, ""},
+              {" 12", 8, CS_CVT_SYNTAX, ""},
+              {"0x0x1", 8, CS_CVT_SYNTAX, ""}};
   for (const auto& row : rows) {
     from_each(context, row.text, format_of(CS_BINARY_TYPE, row.room), [&row](const Result& r) {
       EXPECT_EQ(row.code, r.code);
@@ -314,8 +318,8 @@ TEST(TextToText, PaddingAndTruncation) {
                  std::to_string(row.format));
     for (const CS_INT type : {CS_CHAR_TYPE, CS_TEXT_TYPE, CS_SENSITIVITY_TYPE}) {
       const CS_DATAFMT to = format_of(type, row.room, row.format);
-      for (const Result& result : {from_char(context, row.text, to),
-                                   from_varchar(context, row.text, to)}) {
+      for (const Result& result :
+           {from_char(context, row.text, to), from_varchar(context, row.text, to)}) {
         EXPECT_EQ(row.code, result.code);
         EXPECT_EQ(row.length, result.length);
         EXPECT_EQ(row.bytes, result.text());
@@ -394,8 +398,7 @@ TEST(DoubleByteText, WholeCharactersQuotesAndDigits) {
   const CS_DATAFMT quoting = format_of(CS_CHAR_TYPE, 20, CS_DFMT_ESCQUOTE);
   EXPECT_EQ("\x82\x66\x82\x66", from_char(context, "\x82\x66", quoting).text());
   EXPECT_EQ("\x81\x27", from_char(context, "\x81\x27", quoting).text()) << "a second byte 0x27";
-  const Result half =
-      from_char(context, "\x82\x66", format_of(CS_CHAR_TYPE, 3, CS_DFMT_ESCQUOTE));
+  const Result half = from_char(context, "\x82\x66", format_of(CS_CHAR_TYPE, 3, CS_DFMT_ESCQUOTE));
   EXPECT_EQ(CS_CVT_TRUNCATED, half.code);
   EXPECT_EQ(0, half.length) << "a doubled quote is written whole or not at all";
 

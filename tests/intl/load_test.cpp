@@ -10,9 +10,9 @@
 #include "comnlib/charset.h"
 #include "intl/com_intl.h"
 #include "intl/com_loc.h"
-#include "intl_host.h"
 #include "intl/locdata.h"
 #include "intl/message.h"
+#include "intl_host.h"
 #include "support/host_alloc.h"
 
 namespace {

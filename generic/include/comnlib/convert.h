@@ -64,7 +64,8 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
 /*
  * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
- * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks.
+ * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks, up to
+ * destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
  * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
@@ -380,8 +381,8 @@ COMN_CONVERSION(comn_varbintovarbin);
 COMN_CONVERSION(comn_varbintounichar);
 
 /*
- * From the character family (char), CS_VARCHAR (varchar) and CS_UNICHAR (unichar). Character data is
- * in the character set of the source format's locale, else of the context's; with neither, every
+ * From the character family (char), CS_VARCHAR (varchar) and CS_UNICHAR (unichar). Character data
+ * is in the character set of the source format's locale, else of the context's; with neither, every
  * byte is a character. A character source has a maxlength of at least 1. A varchar whose `len` is
  * outside 0..256 gives CS_CVT_DOMAIN; UTF-16 of odd length or with an unpaired surrogate gives
  * CS_CVT_BADXLATE; both with length 0. Text that is no literal of the destination's type gives

@@ -45,7 +45,8 @@ inline TextChar first_char(Text text) {
   }
   // The tables look at a second byte where the first one asks for it, so a cut character is
   // completed here.
-  const std::array<CS_BYTE, 2> head = {text.bytes[0], text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
+  const std::array<CS_BYTE, 2> head = {text.bytes[0],
+                                       text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
   const auto width = static_cast<std::size_t>(comn_char_width(text.attrib, head.data()));
   if (width > text.bytes.size()) return {text.bytes, 0, false, true};
   return {text.bytes.first(width), comn_to_ascii(text.attrib, head.data()),

@@ -1,5 +1,5 @@
-// Unicode encoding forms, strict in both directions: no overlong forms, no surrogates as characters,
-// nothing beyond U+10FFFF.
+// Unicode encoding forms, strict in both directions: no overlong forms, no surrogates as
+// characters, nothing beyond U+10FFFF.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,11 @@ inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   if (lead < 0x80) return {lead, 1};
   // The smallest code of each length is what rules overlong forms out.
   static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-  const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+  const std::size_t length = lead < 0xC2   ? 0
+                             : lead < 0xE0 ? 2
+                             : lead < 0xF0 ? 3
+                             : lead < 0xF5 ? 4
+                                           : 0;
   if (length == 0 || length > text.size()) return {0, 0};
   char32_t code = lead & (0x7FU >> length);
   for (std::size_t at = 1; at < length; ++at) {
@@ -63,6 +67,16 @@ inline Decoded decode_utf16(std::span<const CS_BYTE> text) {
   std::memcpy(&low, text.data() + sizeof high, sizeof low);
   if (low < 0xDC00 || low > 0xDFFF) return {0, 0};
   return {0x10000 + ((char32_t{high} - 0xD800) << 10) + (low - 0xDC00U), 2 * sizeof low};
+}
+
+// Whether a text is UTF-16 throughout, without an unpaired surrogate or half a unit.
+inline bool is_utf16(std::span<const CS_BYTE> text) {
+  while (!text.empty()) {
+    const Decoded character = decode_utf16(text);
+    if (character.bytes == 0) return false;
+    text = text.subspan(character.bytes);
+  }
+  return true;
 }
 
 inline std::size_t encode_utf16(char32_t code, std::span<CS_BYTE> room) {

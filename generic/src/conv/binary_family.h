@@ -164,10 +164,10 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
   return trace(Target::convert(*bytes, call), place);
 }
 
-#define COMNLIB_BINARY_MEMBER(routine, Source, ...)                                       \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                     \
-    return comnlib::binary_family::convert<Source, __VA_ARGS__>(                          \
-        {context, srcfmt, src, destfmt, dest, destlen});                                  \
+#define COMNLIB_BINARY_MEMBER(routine, Source, ...)              \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {            \
+    return comnlib::binary_family::convert<Source, __VA_ARGS__>( \
+        {context, srcfmt, src, destfmt, dest, destlen});         \
   }
 
 // The family of conversions from one binary source, under their public names.
@@ -185,9 +185,8 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
   COMNLIB_BINARY_MEMBER(comn_##source##todate4, Source, ToFixed<CS_DATETIME4, CS_DATETIME4_TYPE>)  \
   COMNLIB_BINARY_MEMBER(comn_##source##tomoney, Source, ToFixed<CS_MONEY, CS_MONEY_TYPE>)          \
   COMNLIB_BINARY_MEMBER(comn_##source##tomny4, Source, ToFixed<CS_MONEY4, CS_MONEY4_TYPE>)         \
-  COMNLIB_BINARY_MEMBER(                                                                           \
-      comn_##source##tonum, Source,                                                                \
-      ToFixed<CS_NUMERIC, CS_NUMERIC_TYPE, CS_DECIMAL_TYPE, is_valid_numeric>)                     \
+  COMNLIB_BINARY_MEMBER(comn_##source##tonum, Source,                                              \
+                        ToFixed<CS_NUMERIC, CS_NUMERIC_TYPE, CS_DECIMAL_TYPE, is_valid_numeric>)   \
   COMNLIB_BINARY_MEMBER(comn_##source##tovarchar, Source, ToVarchar)                               \
   COMNLIB_BINARY_MEMBER(comn_##source##tovarbin, Source, ToVarbinary)                              \
   COMNLIB_BINARY_MEMBER(comn_##source##tounichar, Source, ToUnichar)

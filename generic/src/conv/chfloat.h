@@ -8,8 +8,8 @@
 namespace comnlib {
 
 struct ParsedFloat {
-  CS_RETCODE code; // CS_SUCCEED, CS_CVT_SYNTAX, CS_CVT_OVERFLOW (largest double of the sign) or
-                   // CS_CVT_UNDERFLOW (zero of the sign)
+  CS_RETCODE code;  // CS_SUCCEED, CS_CVT_SYNTAX, CS_CVT_OVERFLOW (largest double of the sign) or
+                    // CS_CVT_UNDERFLOW (zero of the sign)
   double value;
 };
 

@@ -9,14 +9,13 @@ extern "C" {
 
 // Reads the whole `length` bytes of `text`, which has no terminator, as blanks, an optional sign,
 // decimal digits and blanks. Returns 0 and stores the value; 1 when the value lies outside the
-// type's range, with the limit that it passed stored; 2 when the text is no integer, nothing stored.
-// Null attributes take each byte as a character. `value` may be unaligned.
+// type's range, with the limit that it passed stored; 2 when the text is no integer, nothing
+// stored. Null attributes take each byte as a character. `value` may be unaligned.
 CS_INT com__chtoi1_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
                       CS_TINYINT* value);
 CS_INT com__chtoi2_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
                       CS_SMALLINT* value);
-CS_INT com__chtoi4_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length,
-                      CS_INT* value);
+CS_INT com__chtoi4_mb(const char_attrib* attrib, const CS_CHAR* text, CS_INT length, CS_INT* value);
 }
 
 namespace comnlib {

@@ -38,9 +38,9 @@ COMNLIB_TEXT_MEMBER(comn_unichartotext, UnicharSource, ToCharacter)
 COMNLIB_TEXT_MEMBER(comn_unichartoimage, UnicharSource, ToBinary)
 COMNLIB_TEXT_MEMBER(comn_unichartoi8, UnicharSource, ToInteger<std::int64_t, CS_LONG_TYPE>)
 
-#define COMNLIB_BY_TEXT(routine, to_text)                                      \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                          \
-    return by_text<to_text>({context, srcfmt, src, destfmt, dest, destlen});   \
+#define COMNLIB_BY_TEXT(routine, to_text)                                    \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                        \
+    return by_text<to_text>({context, srcfmt, src, destfmt, dest, destlen}); \
   }
 COMNLIB_BY_TEXT(comn_i1tounichar, comn_i1tochar)
 COMNLIB_BY_TEXT(comn_i2tounichar, comn_i2tochar)

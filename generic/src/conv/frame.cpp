@@ -2,7 +2,7 @@
 #include "conv/frame.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <array>
 #include <cstring>
 
 #include "conv/newutils.h"
@@ -10,27 +10,37 @@
 namespace comnlib {
 namespace {
 
-// A call of memcpy takes as long as the digits of an integer: short text goes in two overlapping
-// words of a size that is known here.
-template <class Word>
+// Copies a text of Size to 2 * Size bytes as its first and its last Size, which may overlap.
+template <std::size_t Size>
 void copy_ends(std::string_view text, CS_BYTE* dest) {
-  Word head;
-  Word tail;
-  std::memcpy(&head, text.data(), sizeof head);
-  std::memcpy(&tail, text.data() + text.size() - sizeof tail, sizeof tail);
-  std::memcpy(dest, &head, sizeof head);
-  std::memcpy(dest + text.size() - sizeof tail, &tail, sizeof tail);
+  std::array<char, Size> head;
+  std::array<char, Size> tail;
+  std::memcpy(head.data(), text.data(), Size);
+  std::memcpy(tail.data(), text.end() - Size, Size);
+  std::memcpy(dest, head.data(), Size);
+  std::memcpy(dest + text.size() - Size, tail.data(), Size);
+}
+
+// Numbers are short: a call of memcpy would take as long as their digits do.
+void copy_text(std::string_view text, CS_BYTE* dest) {
+  if (text.size() > 32) {
+    std::memcpy(dest, text.data(), text.size());
+  } else if (text.size() >= 16) {
+    copy_ends<16>(text, dest);
+  } else if (text.size() >= 8) {
+    copy_ends<8>(text, dest);
+  } else if (text.size() >= 4) {
+    copy_ends<4>(text, dest);
+  } else {
+    for (const char each : text) *dest++ = static_cast<CS_BYTE>(each);
+  }
 }
 
 // Every character widens to a `Unit`.
 template <class Unit>
 void write(std::string_view text, CS_BYTE* dest) {
-  if (sizeof(Unit) == 1 && text.size() > 16) {
-    std::memcpy(dest, text.data(), text.size());
-  } else if (sizeof(Unit) == 1 && text.size() >= 8) {
-    copy_ends<std::uint64_t>(text, dest);
-  } else if (sizeof(Unit) == 1 && text.size() >= 4) {
-    copy_ends<std::uint32_t>(text, dest);
+  if constexpr (sizeof(Unit) == sizeof(CS_CHAR)) {
+    copy_text(text, dest);
   } else {
     for (const char each : text) {
       store(dest, static_cast<Unit>(each));

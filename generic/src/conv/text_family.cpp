@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <array>
 
+#include "comnlib/numeric.h"
 #include "conv/chfloat.h"
 #include "conv/com_date.h"
 #include "conv/hex.h"
 #include "conv/newutils.h"
 #include "conv/number_family.h"
-#include "comnlib/numeric.h"
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
@@ -94,7 +94,8 @@ CS_RETCODE convert_money(const Literal& literal, Parse parse) {
   if (literal.text.utf16) {
     const AsciiForm form(literal.text);
     if (form.valid())
-      status = parse(&value, form.view().data(), static_cast<CS_INT>(form.view().size()), 0, nullptr);
+      status =
+          parse(&value, form.view().data(), static_cast<CS_INT>(form.view().size()), 0, nullptr);
   } else {
     const Bytes bytes = literal.text.bytes;
     status = parse(&value, reinterpret_cast<const CS_CHAR*>(bytes.data()),
@@ -287,8 +288,8 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   constant value{own_precision ? CS_MAX_NUMLEN : comn_num_getlen(precision), precision, scale,
                  result.array};
   constexpr CS_INT kNoRounding = 0;
-  const CS_INT status = com__subchartoexctnume(text.data(), static_cast<CS_INT>(text.size()),
-                                               &value, kNoRounding);
+  const CS_INT status =
+      com__subchartoexctnume(text.data(), static_cast<CS_INT>(text.size()), &value, kNoRounding);
   if (status == kExactSyntax) return syntax_error(call);
   if (status == kExactOverflow) return CS_CVT_OVERFLOW;
 
@@ -298,7 +299,8 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   if (length < value.len) {
     // The digits stand at the end of the longest length; they move to where their own ends.
     const CS_INT surplus = value.len - length;
-    std::memmove(result.array + 1, result.array + 1 + surplus, static_cast<std::size_t>(length - 1));
+    std::memmove(result.array + 1, result.array + 1 + surplus,
+                 static_cast<std::size_t>(length - 1));
   }
   *call.destlen = length + 2;
   std::memcpy(call.dest, &result, static_cast<std::size_t>(*call.destlen));

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "chars/text.h"
+#include "chars/utf.h"
 #include "conv/chscan.h"
 #include "conv/textcopy.h"
 
@@ -75,10 +76,10 @@ struct ToInteger {
 };
 
 // The other targets of a literal; each knows its datatype and converts as convert.h says.
-#define COMNLIB_LITERAL_TARGET(Target, condition)                             \
-  struct Target {                                                             \
-    static constexpr bool serves(CS_INT datatype) { return condition; }       \
-    static CS_RETCODE convert(const Literal& literal);                        \
+#define COMNLIB_LITERAL_TARGET(Target, condition)                       \
+  struct Target {                                                       \
+    static constexpr bool serves(CS_INT datatype) { return condition; } \
+    static CS_RETCODE convert(const Literal& literal);                  \
   }
 COMNLIB_LITERAL_TARGET(ToBit, datatype == CS_BIT_TYPE);
 COMNLIB_LITERAL_TARGET(ToReal, datatype == CS_REAL_TYPE);
@@ -119,6 +120,10 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
     return trace(Target::convert(source.bytes, source.encoding, call), place);
   } else {
     const Text text{source.bytes, attributes_of(source.encoding), source.encoding.utf16};
+    if (text.utf16 && !is_utf16(text.bytes)) {
+      *call.destlen = 0;
+      return trace(CS_CVT_BADXLATE, place);
+    }
     return trace(Target::convert({text, call}), place);
   }
 }
@@ -134,36 +139,34 @@ CS_RETCODE stop_at_long(const Conversion& call) {
 
 }  // namespace comnlib::text_family
 
-#define COMNLIB_TEXT_MEMBER(routine, From, ...)                                              \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                        \
-    return comnlib::text_family::convert<From, __VA_ARGS__>(                                 \
-        {context, srcfmt, src, destfmt, dest, destlen});                                     \
+#define COMNLIB_TEXT_MEMBER(routine, From, ...)              \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {        \
+    return comnlib::text_family::convert<From, __VA_ARGS__>( \
+        {context, srcfmt, src, destfmt, dest, destlen});     \
   }
 
 // The family of conversions from one text source, under their public names; the members into
 // CS_LONG and those of single datatypes stand beside it.
-#define COMNLIB_TEXT_FAMILY(source, From)                                                         \
-  COMNLIB_TEXT_MEMBER(comn_##source##tochar, From, ToCharacter)                                   \
-  COMNLIB_TEXT_MEMBER(comn_##source##tobin, From, ToBinary)                                       \
-  COMNLIB_TEXT_MEMBER(comn_##source##toi1, From,                                                  \
-                      ToInteger<CS_TINYINT, CS_TINYINT_TYPE>)                     \
-  COMNLIB_TEXT_MEMBER(comn_##source##toi2, From,                                                  \
-                      ToInteger<CS_SMALLINT, CS_SMALLINT_TYPE>)                   \
-  COMNLIB_TEXT_MEMBER(comn_##source##toi4, From, ToInteger<CS_INT, CS_INT_TYPE>)  \
-  COMNLIB_TEXT_MEMBER(comn_##source##toflt4, From, ToReal)                                        \
-  COMNLIB_TEXT_MEMBER(comn_##source##toflt8, From, ToFloat)                                       \
-  COMNLIB_TEXT_MEMBER(comn_##source##tobit, From, ToBit)                                          \
-  COMNLIB_TEXT_MEMBER(comn_##source##todatetime, From, ToDatetime)                                \
-  COMNLIB_TEXT_MEMBER(comn_##source##todate4, From, ToDatetime4)                                  \
-  COMNLIB_TEXT_MEMBER(comn_##source##tomoney, From, ToMoney)                                      \
-  COMNLIB_TEXT_MEMBER(comn_##source##tomny4, From, ToMoney4)                                      \
-  COMNLIB_TEXT_MEMBER(comn_##source##tonum, From, ToNumeric)                                      \
-  COMNLIB_TEXT_MEMBER(comn_##source##tovarchar, From, ToVarchar)                                  \
-  COMNLIB_TEXT_MEMBER(comn_##source##tovarbin, From, ToVarbinary)                                 \
+#define COMNLIB_TEXT_FAMILY(source, From)                                                  \
+  COMNLIB_TEXT_MEMBER(comn_##source##tochar, From, ToCharacter)                            \
+  COMNLIB_TEXT_MEMBER(comn_##source##tobin, From, ToBinary)                                \
+  COMNLIB_TEXT_MEMBER(comn_##source##toi1, From, ToInteger<CS_TINYINT, CS_TINYINT_TYPE>)   \
+  COMNLIB_TEXT_MEMBER(comn_##source##toi2, From, ToInteger<CS_SMALLINT, CS_SMALLINT_TYPE>) \
+  COMNLIB_TEXT_MEMBER(comn_##source##toi4, From, ToInteger<CS_INT, CS_INT_TYPE>)           \
+  COMNLIB_TEXT_MEMBER(comn_##source##toflt4, From, ToReal)                                 \
+  COMNLIB_TEXT_MEMBER(comn_##source##toflt8, From, ToFloat)                                \
+  COMNLIB_TEXT_MEMBER(comn_##source##tobit, From, ToBit)                                   \
+  COMNLIB_TEXT_MEMBER(comn_##source##todatetime, From, ToDatetime)                         \
+  COMNLIB_TEXT_MEMBER(comn_##source##todate4, From, ToDatetime4)                           \
+  COMNLIB_TEXT_MEMBER(comn_##source##tomoney, From, ToMoney)                               \
+  COMNLIB_TEXT_MEMBER(comn_##source##tomny4, From, ToMoney4)                               \
+  COMNLIB_TEXT_MEMBER(comn_##source##tonum, From, ToNumeric)                               \
+  COMNLIB_TEXT_MEMBER(comn_##source##tovarchar, From, ToVarchar)                           \
+  COMNLIB_TEXT_MEMBER(comn_##source##tovarbin, From, ToVarbinary)                          \
   COMNLIB_TEXT_MEMBER(comn_##source##tounichar, From, ToUnichar)
 
-#define COMNLIB_TEXT_STOPS_AT_LONG(routine, From)                                            \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                        \
-    return comnlib::text_family::stop_at_long<From>(                                         \
-        {context, srcfmt, src, destfmt, dest, destlen});                                     \
+#define COMNLIB_TEXT_STOPS_AT_LONG(routine, From)        \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {    \
+    return comnlib::text_family::stop_at_long<From>(     \
+        {context, srcfmt, src, destfmt, dest, destlen}); \
   }

@@ -48,8 +48,8 @@ Copied copy_whole(Text text, std::span<CS_BYTE> room) {
   return {fits ? CS_SUCCEED : CS_CVT_TRUNCATED, length, size_of(text.bytes)};
 }
 
-Copied translate_text(Bytes text, const Encoding& from, const Encoding& to,
-                      std::span<CS_BYTE> room, CS_CONTEXT* context) {
+Copied translate_text(Bytes text, const Encoding& from, const Encoding& to, std::span<CS_BYTE> room,
+                      CS_CONTEXT* context) {
   const Translated result =
       translate(context, {from.charset, from.utf16}, {to.charset, to.utf16}, text, room);
   const auto written = static_cast<CS_INT>(result.written);

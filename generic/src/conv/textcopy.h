@@ -15,9 +15,10 @@ extern "C" {
 CS_INT comnb_truncate_chars(const char_attrib* attrib, const CS_CHAR* src, CS_INT srclen,
                             CS_INT destlen);
 
-// Copies the srcfmt->maxlength bytes of `src` with every single quote written twice, as far as whole
-// characters fit in destfmt->maxlength; *destlen is what was written. CS_SUCCEED, or
-// CS_CVT_TRUNCATED when not all fit. With CS_DFMT_NULLTERM a NUL in the text ends it and is counted.
+// Copies the srcfmt->maxlength bytes of `src` with every single quote written twice, as far as
+// whole characters fit in destfmt->maxlength; *destlen is what was written. CS_SUCCEED, or
+// CS_CVT_TRUNCATED when not all fit. With CS_DFMT_NULLTERM a NUL in the text ends it and is
+// counted.
 CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, const CS_VOID* src,
                          const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* destlen);
 }

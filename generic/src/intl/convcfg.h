@@ -27,11 +27,11 @@ std::span<const SystemAlgorithm> system_algorithms();
 
 struct _csconvconfig {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;  // whose configuration this is
-  std::array<CS_BYTE, 4> replacement;  // stands for characters that the set lacks
+  std::array<CS_BYTE, 4> replacement;             // stands for characters that the set lacks
   CS_INT replacement_length;
   const comnlib::SystemAlgorithm* algorithm;    // null: by a table
   std::array<CS_CHAR, COM_LOC_NAMESIZE> table;  // its file, without ".ctb"
-  const comnlib::ConvTable* loaded_table;  // once it was needed; read atomically
+  const comnlib::ConvTable* loaded_table;       // once it was needed; read atomically
   comnlib::PodVector<std::size_t> targets;      // names in the pool
   comnlib::TextPool names;
 };

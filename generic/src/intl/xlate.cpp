@@ -227,8 +227,8 @@ Translated translate(CS_CONTEXT* context, XlateEnd from, XlateEnd to, Bytes text
 
   const Bytes replacement = replacement_of(to);
   return with_codec(source, [&](auto decoder) {
-    return with_codec(
-        target, [&](auto encoder) { return run(decoder, encoder, text, room, replacement); });
+    return with_codec(target,
+                      [&](auto encoder) { return run(decoder, encoder, text, room, replacement); });
   });
 }
 
