@@ -138,6 +138,36 @@ TEST(DateConversions, FollowTheDestinationsLocaleOrElseTheContexts) {
          raw(CS_INT{9}));
 }
 
+TEST(DateConversions, UnicodeKeepsTheNamesOfTheLocale) {
+  CsDateInfo french{};
+  french.conventions = comnlib::kUsEnglish;
+  french.conventions.short_months[6] = "juil\xE9";
+  french.conventions.order = comnlib::DateOrder::day_month_year;
+  CsLocCache entry{};
+  entry.locdateinfo = &french;
+  CS_LOCALE locale{};
+  locale.timeptr = &entry;
+  const Locales use{nullptr, &locale};
+  const std::u16string text = u" 4 juil\u00E9 2026  3:05PM";
+  const std::string bytes(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+  const auto length = static_cast<CS_INT>(bytes.size());
+  expect(convert(comn_datetimetounichar, kAfternoon, CS_UNICHAR_TYPE, 300, 0, use), CS_SUCCEED,
+         length, bytes);
+  expect(convert(comn_date4tounichar, kSmall, CS_UNICHAR_TYPE, length - 1, 0, use), CS_CVT_OVERFLOW,
+         2, {"*\0\0\0", 4});
+
+  CS_CONTEXT context{};
+  CS_DATAFMT from{}, to{};
+  from.datatype = CS_UNICHAR_TYPE;
+  from.maxlength = length;
+  from.locale = &locale;
+  to.datatype = CS_DATETIME4_TYPE;
+  CS_DATETIME4 again{};
+  CS_INT written = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_unichartodate4(&context, &from, text.data(), &to, &again, &written));
+  EXPECT_EQ(raw(kSmall), raw(again));
+}
+
 TEST(DateConversionsDeathTest, StopsOnWrongDatatypes) {
   const char* const place = "assertion failed, file 'generic/src/conv/com_dat";
   EXPECT_DEATH(convert(comn_datetodate, kSmall, CS_DATETIME_TYPE), place);

@@ -2,8 +2,10 @@
 // style.
 #include "conv/com_date.h"
 
-#include "comnlib/locale.h"
+#include <algorithm>
+
 #include "intl/locdata.h"
+#include "intl/xlate.h"
 
 namespace comnlib {
 namespace {
@@ -17,13 +19,26 @@ constexpr bool is_style(CS_INT style) {
          style == COM_DATESTYLE_ISO;
 }
 
+const CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  return locale == nullptr ? nullptr : locale->timeptr;
+}
+
+constexpr bool is_ascii(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
 }  // namespace
 
 const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
-  if (locale == nullptr || locale->timeptr == nullptr) return kUsEnglish;
-  const CsDateInfo* loaded = locale->timeptr->locdateinfo;
-  return loaded == nullptr ? kUsEnglish : loaded->conventions;
+  const CsLocCache* entry = time_entry(context, format);
+  if (entry == nullptr || entry->locdateinfo == nullptr) return kUsEnglish;
+  return entry->locdateinfo->conventions;
+}
+
+const CsCharDesc* date_charset(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CsLocCache* entry = time_entry(context, format);
+  return entry == nullptr ? nullptr : entry->locchardesc;
 }
 
 CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {
@@ -32,6 +47,20 @@ CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateText
   buffer.text = {buffer.characters.data(), result.length};
   if (result.status == DateText::done) return CS_SUCCEED;
   return result.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
+}
+
+CS_RETCODE place_date_unichar(std::string_view text, const Conversion& call) {
+  if (std::ranges::all_of(text, is_ascii)) return place_unichar(text, call);
+  std::array<CS_UNICHAR, kDateTextRoom> units;  // never more than the bytes of the text
+  const Translated result =
+      translate(call.context, {date_charset(*call.context, *call.destfmt), false}, {nullptr, true},
+                {reinterpret_cast<const CS_BYTE*>(text.data()), text.size()},
+                std::span(reinterpret_cast<CS_BYTE*>(units.data()), sizeof units));
+  if (result.code != CS_SUCCEED) {
+    *call.destlen = 0;
+    return result.code;
+  }
+  return place_unichar(std::span(units).first(result.written / sizeof(CS_UNICHAR)), call);
 }
 
 }  // namespace comnlib

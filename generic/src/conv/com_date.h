@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "comnlib/locale.h"
 #include "conv/frame.h"
 #include "time/datetext.h"
 #include "time/datetime.h"
@@ -13,6 +14,9 @@ namespace comnlib {
 // Conventions of the text that `format` describes: those of its locale, or else of the context's,
 // or else US English.
 const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format);
+
+// The character set that their texts are written in; null is the built-in default.
+const CsCharDesc* date_charset(const CS_CONTEXT& context, const CS_DATAFMT& format);
 
 // What tells the sizes apart. Statuses are those of com__dttodate4.
 template <class Record>
@@ -94,6 +98,20 @@ CS_RETCODE date_to_varchar(const Conversion& call, Place place = Place::current(
   const CS_RETCODE code = format_for(DateSize<From>::widen(load<From>(call.src)), call, buffer);
   const CS_RETCODE placed = place_varchar(buffer.text, call);
   return code == CS_SUCCEED ? placed : code;
+}
+
+// Places formatted text, in UTF-16, in a Unicode-character destination.
+CS_RETCODE place_date_unichar(std::string_view text, const Conversion& call);
+
+template <class From>
+CS_RETCODE date_to_unichar(const Conversion& call, Place place = Place::current()) {
+  open_date<From>(call, place);
+  require(call.destfmt->datatype == CS_UNICHAR_TYPE, place);
+  DateTextBuffer buffer;
+  const CS_RETCODE code = format_for(DateSize<From>::widen(load<From>(call.src)), call, buffer);
+  if (code == CS_SUCCEED) return place_date_unichar(buffer.text, call);
+  *call.destlen = 0;
+  return code;
 }
 
 template <class From>

@@ -1,6 +1,6 @@
 // Conversions from Unicode-character data, UTF-16 in host byte order, and into it from the types of
 // fixed length, by way of their text.
-#include "comnlib/datetime.h"
+#include "conv/com_date.h"
 #include "conv/text_family.h"
 
 using namespace comnlib;
@@ -48,8 +48,9 @@ COMNLIB_BY_TEXT(comn_i4tounichar, comn_i4tochar)
 COMNLIB_BY_TEXT(comn_flt4tounichar, comn_flt4tochar)
 COMNLIB_BY_TEXT(comn_flt8tounichar, comn_flt8tochar)
 COMNLIB_BY_TEXT(comn_bittounichar, comn_bittochar)
-COMNLIB_BY_TEXT(comn_datetimetounichar, comn_datetochar)
-COMNLIB_BY_TEXT(comn_date4tounichar, comn_date4tochar)
 COMNLIB_BY_TEXT(comn_moneytounichar, comn_moneytochar)
 COMNLIB_BY_TEXT(comn_mny4tounichar, comn_mny4tochar)
 COMNLIB_BY_TEXT(comn_numtounichar, comn_numtochar)
+
+COMNLIB_DATE_MEMBER(comn_datetimetounichar, comnlib::date_to_unichar<CS_DATETIME>)
+COMNLIB_DATE_MEMBER(comn_date4tounichar, comnlib::date_to_unichar<CS_DATETIME4>)

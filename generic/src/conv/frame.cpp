@@ -36,13 +36,13 @@ void copy_text(std::string_view text, CS_BYTE* dest) {
   }
 }
 
-// Every character widens to a `Unit`.
-template <class Unit>
-void write(std::string_view text, CS_BYTE* dest) {
+// Every character of a text in ASCII or in `Unit`s becomes a `Unit`.
+template <class Unit, class Characters>
+void write(const Characters& text, CS_BYTE* dest) {
   if constexpr (sizeof(Unit) == sizeof(CS_CHAR)) {
     copy_text(text, dest);
   } else {
-    for (const char each : text) {
+    for (const auto each : text) {
       store(dest, static_cast<Unit>(each));
       dest += sizeof(Unit);
     }
@@ -59,8 +59,8 @@ CS_RETCODE pad(CS_INT length, const Conversion& call) {
     return comn__padunichar(length, call.destfmt, call.dest, call.destlen);
 }
 
-template <class Unit>
-CS_RETCODE place(std::string_view text, const Conversion& call) {
+template <class Unit, class Characters>
+CS_RETCODE place(const Characters& text, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength;
   require(room >= 0);
@@ -75,7 +75,7 @@ CS_RETCODE place(std::string_view text, const Conversion& call) {
   }
   *call.destlen = std::min(room, length);
   if (room >= 2 * kUnit) {
-    write<Unit>({"*", 2}, dest);
+    write<Unit>(std::string_view("*", 2), dest);
     *call.destlen = kUnit;
     // Overflow is the answer whatever the padding reports.
     static_cast<void>(pad<Unit>(kUnit, call));
@@ -90,6 +90,10 @@ CS_RETCODE place_text(std::string_view text, const Conversion& call) {
 }
 
 CS_RETCODE place_unichar(std::string_view text, const Conversion& call) {
+  return place<CS_UNICHAR>(text, call);
+}
+
+CS_RETCODE place_unichar(std::span<const CS_UNICHAR> text, const Conversion& call) {
   return place<CS_UNICHAR>(text, call);
 }
 

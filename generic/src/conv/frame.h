@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <type_traits>
 
@@ -77,8 +78,9 @@ inline CS_BYTE* record_bytes(void* record) {
 // CS_CVT_OVERFLOW is returned. The caller has checked pointers and datatypes.
 CS_RETCODE place_text(std::string_view text, const Conversion& call);
 
-// The same for a Unicode-character destination; `text` is ASCII.
+// The same for a Unicode-character destination; `text` is ASCII or UTF-16.
 CS_RETCODE place_unichar(std::string_view text, const Conversion& call);
+CS_RETCODE place_unichar(std::span<const CS_UNICHAR> text, const Conversion& call);
 
 // Places the text of a number in a CS_VARCHAR, with its NUL where one fits in `str`; text of more
 // than 256 characters becomes "*" with CS_CVT_OVERFLOW. The destination length is 258.

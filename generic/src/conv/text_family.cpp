@@ -13,6 +13,7 @@
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
+#include "intl/xlate.h"
 #include "time/datetext.h"
 
 namespace comnlib::text_family {
@@ -107,6 +108,17 @@ CS_RETCODE convert_money(const Literal& literal, Parse parse) {
   return exact_code(status);
 }
 
+// UTF-16 in the bytes of the character set that the locale's names are written in.
+ParsedDate parse_translated_date(const Literal& literal, const DateConventions& conventions) {
+  const Conversion& call = literal.call;
+  std::array<CS_BYTE, kDateTextRoom> room;
+  const Translated result =
+      translate(call.context, {nullptr, true}, {date_charset(*call.context, *call.srcfmt), false},
+                literal.text.bytes, room);
+  if (result.code != CS_SUCCEED) return {DateText::syntax, {}};
+  return parse_datetime({reinterpret_cast<const char*>(room.data()), result.written}, conventions);
+}
+
 // Month names are bytes of the character set itself; digits of another width are read in their
 // ASCII form.
 ParsedDate parse_date(const Literal& literal) {
@@ -119,8 +131,12 @@ ParsedDate parse_date(const Literal& literal) {
     if (plain.status != DateText::syntax || literal.text.attrib == nullptr) return plain;
   }
   const AsciiForm form(literal.text);
-  if (!form.valid()) return {DateText::syntax, {}};
-  return parse_datetime(form.view(), conventions);
+  ParsedDate parsed{DateText::syntax, {}};
+  if (form.valid()) parsed = parse_datetime(form.view(), conventions);
+  const bool names_differ = &conventions != &kUsEnglish;
+  if (parsed.status == DateText::syntax && literal.text.utf16 && names_differ)
+    return parse_translated_date(literal, conventions);
+  return parsed;
 }
 
 // The hexadecimal digits of a literal, behind an optional "0x".

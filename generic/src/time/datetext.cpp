@@ -77,12 +77,6 @@ class Cursor {
     return result;
   }
 
-  // Whether a time such as "3:05" begins here.
-  bool at_time() const {
-    Cursor ahead = *this;
-    return ahead.number().digits != 0 && ahead.peek() == ':';
-  }
-
   // How far the text here spells `word`, ignoring case: its length, or 0. A letter behind it makes
   // it another word.
   std::size_t spells(std::string_view word) const {
@@ -191,6 +185,24 @@ bool day_comes_first(const Number& a, const Number& b, DateOrder order) {
   return places_of(order).day < places_of(order).year;
 }
 
+// "AM" or "PM", behind blanks or not; nothing is taken when neither stands here.
+Meridiem scan_meridiem(Cursor& in, const DateConventions& conventions) {
+  Cursor ahead = in;
+  ahead.skip_blanks();
+  const std::size_t am = ahead.spells(conventions.am);
+  const std::size_t pm = ahead.spells(conventions.pm);
+  if (am == pm) return Meridiem::none;
+  ahead.skip(std::max(am, pm));
+  in = ahead;
+  return am > pm ? Meridiem::am : Meridiem::pm;
+}
+
+// Whether a time such as "3:05" or "3 PM" begins here.
+bool at_time(Cursor ahead, const DateConventions& conventions) {
+  if (ahead.number().digits == 0) return false;
+  return ahead.peek() == ':' || scan_meridiem(ahead, conventions) != Meridiem::none;
+}
+
 // A month's name with day and year, in any order.
 bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
   std::array<Number, 2> numbers;
@@ -200,7 +212,7 @@ bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& re
     if (element != 0) skip_between(in);
     // The name first: some locales' names begin with a digit.
     if (month == 0 && (month = scan_month(in, conventions)) != 0) continue;
-    if (found == 2 || !is_digit(in.peek()) || in.at_time()) return false;
+    if (found == 2 || !is_digit(in.peek()) || at_time(in, conventions)) return false;
     numbers[found++] = in.number();
   }
   const bool day_first = day_comes_first(numbers[0], numbers[1], conventions.order);
@@ -254,24 +266,18 @@ bool scan_milliseconds(Cursor& in, Reading& reading) {
   return true;
 }
 
-void scan_meridiem(Cursor& in, const DateConventions& conventions, Reading& reading) {
-  Cursor ahead = in;
-  ahead.skip_blanks();
-  const std::size_t am = ahead.spells(conventions.am);
-  const std::size_t pm = ahead.spells(conventions.pm);
-  if (am == pm) return;
-  reading.meridiem = am > pm ? Meridiem::am : Meridiem::pm;
-  ahead.skip(std::max(am, pm));
-  in = ahead;
-}
-
 bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading) {
   const auto scan_short = [&in](CS_INT& value) {
     const Number number = in.number();
     value = number.value;
     return number.is_short();
   };
-  if (!scan_short(reading.hour) || !in.take(':') || !scan_short(reading.minute)) return false;
+  if (!scan_short(reading.hour)) return false;
+  if (!in.take(':')) {
+    reading.meridiem = scan_meridiem(in, conventions);
+    return reading.meridiem != Meridiem::none;
+  }
+  if (!scan_short(reading.minute)) return false;
   if (in.take(':')) {
     if (!scan_short(reading.second)) return false;
     if (in.take(':')) {
@@ -281,14 +287,14 @@ bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading)
       if (reading.ticks < 0) return false;
     }
   }
-  scan_meridiem(in, conventions, reading);
+  reading.meridiem = scan_meridiem(in, conventions);
   return true;
 }
 
 bool scan(Cursor& in, const DateConventions& conventions, Reading& reading) {
   in.skip_blanks();
   if (in.done()) return true;
-  if (!in.at_time()) {
+  if (!at_time(in, conventions)) {
     if (!scan_date(in, conventions, reading)) return false;
     const bool joined = reading.iso_date && in.take('T');
     const bool apart = !joined && in.skip_blanks();
