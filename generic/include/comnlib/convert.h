@@ -474,8 +474,9 @@ COMN_CONVERSION(comn_unichartoi8);
 COMN_CONVERSION(comn_unichartotext);
 COMN_CONVERSION(comn_unichartoimage);
 
-/* Into CS_UNICHAR from the other types: the text that tochar gives, widened to UTF-16 and placed by
-   the same rule. */
+/* Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the same
+   rule. Names in dates are converted from the character set of the locale's date information, with
+   the codes of tounichar. */
 COMN_CONVERSION(comn_i1tounichar);
 COMN_CONVERSION(comn_i2tounichar);
 COMN_CONVERSION(comn_i4tounichar);
