@@ -133,9 +133,9 @@ void look_up(benchmark::State& state) {
   comn_drop_cfg(&context);
 }
 
-BENCHMARK(load)->Name("config/load/comnlib")->Unit(benchmark::kMillisecond);
-BENCHMARK(load_inih)->Name("config/load/inih")->Unit(benchmark::kMillisecond);
-BENCHMARK(load_confuse)->Name("config/load/libconfuse")->Unit(benchmark::kMillisecond);
+BENCHMARK(load)->Name("config/load/comnlib");
+BENCHMARK(load_inih)->Name("config/load/inih");
+BENCHMARK(load_confuse)->Name("config/load/libconfuse");
 BENCHMARK(look_up)->Name("config/look_up");
 
 }  // namespace

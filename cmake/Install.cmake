@@ -5,6 +5,7 @@ install(TARGETS comnlib comnlib_static EXPORT comnlibTargets)
 install(DIRECTORY generic/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
         PATTERN "*.h")
 install(FILES companion/intl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
+install(DIRECTORY home DESTINATION ${CMAKE_INSTALL_DATADIR}/comnlib)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/comnlib)
 install(

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes tests/exact/money_vectors.inc: expected results of money arithmetic and text, computed with
+"""Writes tests/exact/data/money_vectors.inc: expected results of money arithmetic and text, computed with
 Python's integers and decimals. Run it from the repository's root; the output never varies."""
 import random
 from decimal import Decimal, ROUND_HALF_UP
@@ -123,7 +123,7 @@ def main():
         lines.append(f'FORMAT({literal(value)}, {decimals}, {int(grouped)}, "{text}")')
     for text, status, value in parse_rows(rng):
         lines.append(f'PARSE("{text}", {status}, {literal(value)})')
-    with open("tests/exact/money_vectors.inc", "w", encoding="ascii") as out:
+    with open("tests/exact/data/money_vectors.inc", "w", encoding="ascii") as out:
         out.write("\n".join(lines) + "\n")
 
 

@@ -82,9 +82,14 @@ inline Result convert(Context& context, const CS_DATAFMT& from, const void* valu
   return result;
 }
 
+inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
+                      const CS_DATAFMT& to) {
+  return convert(context, format_of(srctype), value, size, to);
+}
+
 template <class T>
 Result convert(Context& context, CS_INT srctype, const T& value, const CS_DATAFMT& to) {
-  return convert(context, format_of(srctype), &value, sizeof value, to);
+  return convert(context, srctype, &value, sizeof value, to);
 }
 
 // What a call that must abort writes to standard error; "" when it returns.

@@ -1,6 +1,7 @@
 // Verification of files, and the words of the diagnosis for every fault that it names.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 #include "comnlib/diag.h"
@@ -96,14 +97,14 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   const intl_host::ShippedHome home;
   intl_host::Context context;
   char path[200] = "";
-  EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(&context, "us", 2, "cslib.loc", 9, path, 200));
-  EXPECT_EQ(CS_FAIL, com__verify_msgfile(&context, "us", 2, "none.loc", 8, path, 200));
-  EXPECT_EQ(CS_SUCCEED, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, 200));
+  EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
+  EXPECT_EQ(CS_FAIL, com__verify_msgfile(context, "us", 2, "none.loc", 8, path, 200));
+  EXPECT_EQ(CS_SUCCEED, com__verify_charfile(context, "utf8", "utf8", "cfg", path, 200));
   const auto exact = static_cast<CS_INT>(std::string(path).size());
-  EXPECT_EQ(CS_FAIL, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, exact))
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact))
       << "no room for its NUL";
   EXPECT_STREQ("*", path);
-  EXPECT_EQ(CS_FAIL, com__verify_charfile(&context, "utf8", "utf8", "cfg", path, exact - 1));
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact - 1));
   EXPECT_STREQ("*", path);
 
   ASSERT_EQ(CS_SUCCEED, context.init());
@@ -111,9 +112,42 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   ASSERT_EQ(CS_SUCCEED, context.load("french", &entry));
   CS_LOCALE locale{};
   locale.messageptr = entry;
-  EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(&context, &locale, "common.loc", path, 200));
+  EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(context, &locale, "common.loc", path, 200));
   EXPECT_NE(std::string::npos, std::string(path).find("/message/french/common.loc"));
-  EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(&context, &locale, "other.loc", path, 200));
+  EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(context, &locale, "other.loc", path, 200));
+}
+
+// The tool names every fault of a home, each file by itself.
+TEST(CheckHome, NamesEveryFault) {
+  const HomeCopy home;
+  const auto run = [&home] {
+    const std::string command = std::string(COMNLIB_CHECKHOME) + " " + home.file("");
+    std::FILE* pipe = popen(command.c_str(), "r");
+    std::string text(20000, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), pipe));
+    return std::pair(pclose(pipe), text);
+  };
+  EXPECT_EQ(0, run().first) << run().second;
+  home.remove("charsets/koi8/koi8.ctb");
+  home.remove("locales/message/german/cslib.loc");
+  home.change("charsets/cp437/cp437.cfg", "replacement = ", "replacement = X");
+  home.change("charsets/cp850/binary.srt", "kind", "kin");
+  home.change("charsets/utf8/utf8.cfg", "to = iso15", "to = iso_15");
+  home.change("config/objectid.dat", "cp850 = 5", "cp850 = 6");
+  home.change("locales/french/utf8/common.loc", "[money]", "[money");
+  home.change("locales/locales.dat", "ja_JP, japanese", "ja_JP, klingon");
+  const auto [status, text] = run();
+  EXPECT_NE(0, status);
+  for (const char* fault :
+       {"/charsets/koi8/koi8.ctb: No such file or directory\n",
+        "/locales/message/german/cslib.loc: No such file or directory\n",
+        "/charsets/cp437/cp437.cfg: what it holds is not valid\n",
+        "/charsets/cp850/binary.srt: what it holds is not valid\n",
+        "/charsets/utf8/utf8.cfg: no conversion to iso15\n",
+        "/config/objectid.dat: [charset] gives the number of cp1252 twice\n",
+        "/locales/french/utf8/common.loc: line ",
+        "/locales/locales.dat: locale ja_JP: \"klingon\" is no known natlang\n"})
+    EXPECT_NE(std::string::npos, text.find(fault)) << fault << "in\n" << text;
 }
 
 }  // namespace

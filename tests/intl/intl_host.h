@@ -32,7 +32,7 @@ class Context {
   Context(const Context&) = delete;
   Context& operator=(const Context&) = delete;
 
-  CS_CONTEXT* operator&() { return &context; }
+  operator CS_CONTEXT*() { return &context; }
   CS_RETCODE init();
   CS_RETCODE load(const std::string& name, CsLocCache** entry);
 

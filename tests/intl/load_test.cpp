@@ -122,7 +122,7 @@ TEST(Load, SharesAndCaches) {
   CsLocCache *first = nullptr, *again = nullptr, *same_sets = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("default", &first));
   const int files = intl_host::files_opened();
-  ASSERT_EQ(CS_SUCCEED, comn_intl_load(&context, "defaultX", 7, &again, nullptr, 0));
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load(context, "defaultX", 7, &again, nullptr, 0));
   EXPECT_EQ(first, again);
   EXPECT_EQ(files, intl_host::files_opened()) << "no file is read again";
   ASSERT_EQ(CS_SUCCEED, context.load("us_english", &same_sets));
@@ -135,7 +135,7 @@ TEST(Load, SharesAndCaches) {
   EXPECT_EQ(first, same_sets->locnext);
 
   CsLocCache* given = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(&context, "mine", 4, "cp850", CS_NULLTERM, "french",
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context, "mine", 4, "cp850", CS_NULLTERM, "french",
                                                 6, "nocase", 6, &given, nullptr, 0));
   EXPECT_STREQ("cp850", given->charname);
   EXPECT_EQ(
@@ -148,7 +148,7 @@ TEST(Load, SharesAndCaches) {
                comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommonServices,
                                      CS_CVT_DIVZERO));
   CsLocCache* copy = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(&context, given, &copy));
+  ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(context, given, &copy));
   EXPECT_STREQ("mine", copy->locname);
   EXPECT_NE(given->locname, copy->locname);
   EXPECT_EQ(given->locchardesc, copy->locchardesc);
@@ -165,14 +165,14 @@ TEST(Load, NamedConventions) {
   ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &entry));
   EXPECT_STREQ("us_english", entry->com__datename);
   EXPECT_EQ("$", entry->locmoninfo->symbol);
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(&context, 5, "us_english", entry, nullptr, 0));
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(&context, 6, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 5, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
   EXPECT_EQ("December", entry->locdateinfo->conventions.months[11]);
   const int files = intl_host::files_opened();
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(&context, 6, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
   EXPECT_EQ(files, intl_host::files_opened());
-  EXPECT_EQ(CS_FAIL, comn__load_locdata(&context, 3, "us_english", entry, nullptr, 0));
-  EXPECT_EQ(CS_INTL_NOFILE, comn__load_locdata(&context, 4, "none", entry, nullptr, 0));
+  EXPECT_EQ(CS_FAIL, comn__load_locdata(context, 3, "us_english", entry, nullptr, 0));
+  EXPECT_EQ(CS_INTL_NOFILE, comn__load_locdata(context, 4, "none", entry, nullptr, 0));
 }
 
 // Each row breaks one file of the home; the load names it and leaves nothing behind. The character
@@ -248,8 +248,9 @@ TEST(Load, EveryRefusal) {
       }
       EXPECT_EQ(nullptr, entry) << row.label;
       EXPECT_EQ(nullptr, context.globals.cmg_lcache) << row.label;
-      EXPECT_TRUE(context.globals.cmg_chardesc == sets ||
-                  context.globals.cmg_chardesc->charnext == sets);
+      if (sets != nullptr) {
+        EXPECT_EQ(sets, context.globals.cmg_chardesc) << row.label;
+      }
       EXPECT_EQ(0, intl_host::files_open()) << row.label;
     }
     EXPECT_EQ(0U, host_alloc::live_blocks()) << row.label;
@@ -288,7 +289,9 @@ TEST(Load, EveryAllocationFails) {
       EXPECT_TRUE(result == CS_MEM_ERROR || result == CS_INTL_NOFILE) << result;
       EXPECT_EQ(nullptr, globals.cmg_lcache);
       EXPECT_EQ(nullptr, entry);
-      static_cast<void>(sets);
+      if (set_up == CS_SUCCEED) {
+        EXPECT_EQ(sets, globals.cmg_chardesc);
+      }
     } else {
       EXPECT_EQ(CS_SUCCEED, loaded);
     }
@@ -316,12 +319,12 @@ TEST(Load, EightThreads) {
       for (std::size_t i = 0; i < names.size(); ++i) {
         const std::size_t n = (i + t) % names.size();
         EXPECT_EQ(CS_SUCCEED,
-                  comn_intl_load(&context, names[n].c_str(), CS_NULLTERM, &seen[t][n], nullptr, 0));
+                  comn_intl_load(context, names[n].c_str(), CS_NULLTERM, &seen[t][n], nullptr, 0));
         CS_LOCALE* locale = nullptr;
-        EXPECT_EQ(CS_SUCCEED, comn_loc_alloc(&context, &locale));
-        EXPECT_EQ(CS_SUCCEED, comn_loc_validate(&context, locale));
+        EXPECT_EQ(CS_SUCCEED, comn_loc_alloc(context, &locale));
+        EXPECT_EQ(CS_SUCCEED, comn_loc_validate(context, locale));
         if (i % 2 == 0) {
-          EXPECT_EQ(CS_SUCCEED, comn_loc_drop(&context, locale));
+          EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context, locale));
         }
       }
     });
@@ -362,7 +365,7 @@ TEST(Load, TakesTheHostsLocks) {
   table.take_mutex_fn = refuse_lock;
   CS_LOCALE* locale = nullptr;
   EXPECT_EQ(CS_FAIL, context.load("default", &entry));
-  EXPECT_EQ(CS_FAIL, comn_loc_alloc(&context, &locale));
+  EXPECT_EQ(CS_FAIL, comn_loc_alloc(context, &locale));
   EXPECT_EQ(2, locks_taken) << "what was not taken is not released";
   context.context.ctxthread = nullptr;
 }
@@ -435,12 +438,12 @@ TEST_F(Locales, Comparison) {
 
 TEST_F(Locales, Records) {
   CS_LOCALE *empty = nullptr, *first = nullptr, *second = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(&context_, &empty));
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &empty));
   EXPECT_EQ(nullptr, empty->timeptr);
-  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(&context_, &first));
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &first));
   *first = {german_, japanese_, german_, german_, german_, japanese_, first->next};
   context_.context.ctxlocale = first;
-  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(&context_, &second));
+  ASSERT_EQ(CS_SUCCEED, comn_loc_alloc(context_, &second));
   EXPECT_EQ(japanese_, second->ctypeptr);
   EXPECT_EQ(first, second->next) << "newest first";
   EXPECT_EQ(second, context_.globals.cmg_locale);
@@ -449,19 +452,19 @@ TEST_F(Locales, Records) {
   EXPECT_EQ(CS_SUCCEED, comn_loc_copy(&other, first));
   EXPECT_EQ(japanese_, other.timeptr);
   EXPECT_EQ(empty, other.next);
-  EXPECT_EQ(CS_FAIL, comn_loc_validate(&context_, &other));
-  EXPECT_EQ(CS_SUCCEED, comn_loc_drop(&context_, first));
+  EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, &other));
+  EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context_, first));
   EXPECT_EQ(nullptr, context_.context.ctxlocale);
-  EXPECT_EQ(CS_FAIL, comn_loc_validate(&context_, first));
+  EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, first));
   EXPECT_EQ(empty, second->next);
   context_.context.ctxlocale = second;
   context_.context.ctxdeflocale = static_cast<CS_LOCALE*>(comn_malloc(sizeof(CS_LOCALE)));
-  EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(&context_));
+  EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(context_));
   EXPECT_EQ(nullptr, context_.globals.cmg_locale);
   EXPECT_EQ(nullptr, context_.context.ctxlocale);
   EXPECT_EQ(nullptr, context_.context.ctxdeflocale);
   const host_alloc::Failing failing(1);
-  EXPECT_EQ(CS_MEM_ERROR, comn_loc_alloc(&context_, &empty));
+  EXPECT_EQ(CS_MEM_ERROR, comn_loc_alloc(context_, &empty));
 }
 
 TEST_F(Locales, NamesInTheLocalesCharacterSet) {
@@ -481,19 +484,19 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
   for (const auto& row : rows) {
     std::string buffer(20, '#');
     CS_INT outlen = -1;
-    const CS_RETCODE result = com_intl_get_locname(&context_, row.locale, row.name, CS_NULLTERM,
+    const CS_RETCODE result = com_intl_get_locname(context_, row.locale, row.name, CS_NULLTERM,
                                                    buffer.data(), 20, &outlen);
     EXPECT_EQ(row.converted == nullptr ? CS_FAIL : CS_SUCCEED, result) << row.label;
     if (row.converted == nullptr) continue;
     EXPECT_EQ(row.converted, buffer.substr(0, static_cast<std::size_t>(outlen))) << row.label;
-    EXPECT_EQ(CS_FAIL, com_intl_get_locname(&context_, row.locale, row.name, CS_NULLTERM,
+    EXPECT_EQ(CS_FAIL, com_intl_get_locname(context_, row.locale, row.name, CS_NULLTERM,
                                             buffer.data(), std::max(outlen - 1, 1), &outlen) *
                            (outlen > 1 ? 1 : 0))
         << row.label;
   }
   CS_INT outlen = -1;
   char buffer[4];
-  EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(&context_, nullptr, "", 0, buffer, 4, &outlen));
+  EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "", 0, buffer, 4, &outlen));
   EXPECT_EQ(0, outlen);
 }
 
@@ -501,7 +504,7 @@ TEST_F(Locales, SortOrders) {
   CsLocCache *nocase = nullptr, *binary = nullptr, *sjis = nullptr;
   ASSERT_EQ(CS_SUCCEED, context_.load("us_english.nocase", &nocase));
   ASSERT_EQ(CS_SUCCEED, context_.load("us_english", &binary));
-  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(&context_, "s", 1, "sjis", 4, "japanese", 8,
+  ASSERT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, "s", 1, "sjis", 4, "japanese", 8,
                                                 "nocase", 6, &sjis, nullptr, 0));
   const CS_LOCALE folding = all(nocase), bytes = all(binary), pairs = all(sjis), none{};
   const struct {

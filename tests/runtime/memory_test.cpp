@@ -47,7 +47,6 @@ struct Host : CS_CONTEXT {
     EXPECT_EQ(CS_SUCCEED, comn_mminit(this, &handle));
     return handle;
   }
-  void forget() { live.clear(); }  // in a child that is about to stop
 
   std::map<void*, CS_INT> live;
   std::vector<CS_INT> requests;

@@ -72,8 +72,8 @@ COMN_API const CS_CHAR* cfg__toktext(CfgParseInfo* parse, CS_INT* length);
 /*
  * cfg__parse: parses the rest of the file and the files that it includes; over a parse of
  * cfg__open_parse it only checks them.
- * CS_SUCCEED; CS_FAIL for an error in a file or in reading it, reported by com_perr with file, line
- * and what was expected; CS_MEM_ERROR.
+ * CS_SUCCEED; CS_FAIL for an error in a file or in reading it, CS_MEM_ERROR. Both are reported by
+ * com_perr with file, line and what was expected.
  */
 COMN_API CS_RETCODE cfg__parse(CfgParseInfo* parse);
 

@@ -30,8 +30,8 @@ extern "C" {
 enum { CS_PAD_CHAR = 1, CS_PAD_BINARY = 2, CS_PAD_NONE = 3, CS_PAD_UNICHAR = 4 };
 
 /*
- * com_conv_init: gives the context its copy of the default matrix (26 by 26, from comn_calloc's
- * host) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
+ * com_conv_init: gives the context its copy of the default matrix (26 by 26, in memory from
+ * comn_malloc) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
  * com_conv_free: releases the matrix and the list; safe on a context whose init failed. CS_SUCCEED.
  */
 COMN_API CS_RETCODE com_conv_init(CS_CONTEXT* context);
@@ -290,8 +290,8 @@ COMN_CONVERSION(comn_numtovarbin);
  * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
  * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
  *                    destination of CS_LONG_TYPE; it is in no matrix.
- * toflt4, toflt8     The nearest value that the formula high * 429496.7296 + low / 10000 gives in
- *                    doubles, for small money mny4 / 10000.
+ * toflt4, toflt8     mnyhigh * 429496.7296 + mnylow / 10000 in doubles, for small money
+ *                    mny4 / 10000; toflt4 rounds that to a single.
  * tobit              1 for every value but zero.
  * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
  *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped

@@ -34,8 +34,6 @@ constexpr char_attrib iso_1_attributes() {
   attrib.cs_type_map = ISO_1_type_map;
   return attrib;
 }
-constexpr char_attrib kIso1 = iso_1_attributes();
-
 const CS_BYTE* map_in(const CS_BYTE* image, ImageMap map) {
   return map.size == 0 ? nullptr : image + map.offset;
 }
@@ -47,6 +45,8 @@ const char_map* type_map_at(const CS_BYTE* at) {
 }
 
 }  // namespace
+
+constexpr char_attrib kIso1 = iso_1_attributes();
 
 ImageHeader read_image_header(const CS_BYTE* image) {
   ImageHeader header{};

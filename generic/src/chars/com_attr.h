@@ -1,5 +1,5 @@
-// The image of a multibyte character set: its header, as com_build_char_attrib and the loader of
-// character sets read it.
+// The built-in attributes, and the header of a multibyte image, as com_build_char_attrib and the
+// loader of character sets read it.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,9 @@
 #include "comnlib/charset.h"
 
 namespace comnlib {
+
+// The attributes behind com_get_charattrib, where a call would cost more than the look-up.
+extern const char_attrib kIso1;
 
 // Where a map lies in the image and how many bytes it has; 0 bytes: there is none.
 struct ImageMap {

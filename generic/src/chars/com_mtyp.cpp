@@ -2,14 +2,14 @@
 #include <algorithm>
 #include <cstring>
 
-#include "comnlib/charset.h"
+#include "chars/com_attr.h"
 #include "diag/diag.h"
 
 namespace comnlib {
 namespace {
 
 const char_attrib& or_default(const char_attrib* attrib) {
-  return attrib == nullptr ? *com_get_charattrib() : *attrib;
+  return attrib == nullptr ? kIso1 : *attrib;
 }
 
 bool is_lead(const char_map& entry) {
@@ -39,18 +39,26 @@ CS_INT width(const char_attrib& attrib, CS_BYTE first) {
   return std::max(attrib.cs_width_map[first] & 0x0F, 1);
 }
 
-void map_case(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst, CS_BYTE char_map::*form) {
-  const char_attrib& set = or_default(attrib);
-  const char_map& first = set.cs_type_map[*ch];
+// Case forms that take more than one look-up: two-byte characters, and single bytes of which the
+// table says nothing, which are copied with all bytes of their character.
+void copy_case(const char_attrib& set, const char_map& first, const CS_BYTE* ch, CS_BYTE* dst,
+               CS_BYTE char_map::*form) {
   if (is_lead(first)) {
     const CS_BYTE second = second_entry(set, first, ch).*form;
     dst[0] = ch[0];
     dst[1] = second;
-  } else if (first.*form != 0) {
-    *dst = first.*form;
   } else {
     std::memmove(dst, ch, static_cast<std::size_t>(width(set, *ch)));
   }
+}
+
+template <auto form>
+void map_case(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
+  const char_attrib& set = or_default(attrib);
+  const char_map& first = set.cs_type_map[*ch];
+  if (is_lead(first) || first.*form == 0) [[unlikely]]
+    return copy_case(set, first, ch, dst, form);
+  *dst = first.*form;
 }
 
 CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
@@ -107,13 +115,13 @@ CS_INT comn_get_lex(const char_attrib* attrib, const CS_BYTE* ch) {
 void comn_toupper(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
   check_pointer(ch);
   check_pointer(dst);
-  map_case(attrib, ch, dst, &char_map::char_upper);
+  map_case<&char_map::char_upper>(attrib, ch, dst);
 }
 
 void comn_tolower(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
   check_pointer(ch);
   check_pointer(dst);
-  map_case(attrib, ch, dst, &char_map::char_lower);
+  map_case<&char_map::char_lower>(attrib, ch, dst);
 }
 
 CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch) {

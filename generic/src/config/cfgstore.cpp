@@ -1,6 +1,7 @@
 // The store. All records lie one behind the other in one block: a section is a record below the
-// root, an entry one below its section, and a single hash table finds a record by the one above it
-// and its name. The table is at most half full and holds the newest record of each name.
+// root, with an empty value, an entry one below its section, and a single hash table finds a record
+// by the one above it and its name. The table is at most half full and holds the newest record of
+// each name; a section's stays where it is, since its value always fits.
 #include "config/cfgstore.h"
 
 #include <algorithm>
@@ -15,11 +16,12 @@
 namespace comnlib {
 namespace {
 
-// Followed by name and value, and bytes up to the next multiple of 4.
+// Followed by name and value; not aligned.
 struct Record {
-  CS_UINT above;  // where the record of the section begins
+  CS_UINT above;  // number of the section, that is where its record begins
   CS_UINT name_length;
   CS_UINT value_length;
+  CS_UINT value_room;  // a later value of the same name takes this one's place when it fits
 };
 
 struct Slot {
@@ -111,30 +113,37 @@ bool grow_slots(CsConfig& config) {
 // Appends a record; 0 when there is no memory.
 CS_UINT append_record(CsConfig& config, CS_UINT above, std::string_view name,
                       std::string_view value) {
-  const std::size_t texts = name.size() + value.size();
-  const std::size_t padding = (sizeof(CS_UINT) - texts % sizeof(CS_UINT)) % sizeof(CS_UINT);
   if (config.records.used == 0) {
     const Record root{};
     if (!config.records.append({reinterpret_cast<const char*>(&root), sizeof root})) return 0;
   }
-  if (!config.records.reserve(sizeof(Record) + texts + padding)) return 0;
+  if (!config.records.reserve(sizeof(Record) + name.size() + value.size())) return 0;
   const auto number = static_cast<CS_UINT>(config.records.used);
-  const Record record{above, static_cast<CS_UINT>(name.size()), static_cast<CS_UINT>(value.size())};
-  config.records.append({reinterpret_cast<const char*>(&record), sizeof record});
-  config.records.append(name);
-  config.records.append(value);
-  config.records.append({"\0\0\0", padding});
+  const auto value_length = static_cast<CS_UINT>(value.size());
+  const Record record{above, static_cast<CS_UINT>(name.size()), value_length, value_length};
+  config.records.append_reserved({reinterpret_cast<const char*>(&record), sizeof record});
+  config.records.append_reserved(name);
+  config.records.append_reserved(value);
   return number;
 }
 
-// The number of the record, which replaces an older one of its name unless `keep` says otherwise; 0
-// when there is no memory.
-CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value,
-              bool keep) {
+// Puts a value in place of a record's; false when it does not fit.
+bool overwrite(CsConfig& config, CS_UINT number, std::string_view value) {
+  Record record = record_at(config, number);
+  if (value.size() > record.value_room) return false;
+  record.value_length = static_cast<CS_UINT>(value.size());
+  CS_BYTE* const place = config.records.data + number;
+  std::memcpy(place, &record, sizeof record);
+  value.copy(reinterpret_cast<char*>(place) + sizeof record + record.name_length, value.size());
+  return true;
+}
+
+// The number of the record of that name, new or with a new value; 0 when there is no memory.
+CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value) {
   if (config.used_slots * 2 >= config.slot_count && !grow_slots(config)) return 0;
   const CS_UINT hash = hash_of(above, name);
   Slot& slot = slot_of(config, hash, above, name);
-  if (slot.record != 0 && keep) return slot.record;
+  if (slot.record != 0 && overwrite(config, slot.record, value)) return slot.record;
   const CS_UINT number = append_record(config, above, name, value);
   if (number == 0) return 0;
   if (slot.record == 0) ++config.used_slots;
@@ -241,7 +250,7 @@ CS_RETCODE cfg__add_section(CfgParseInfo* parse, const CS_CHAR* name, CS_INT len
     parse->section = kFirstRecord;
     return CS_SUCCEED;
   }
-  parse->section = enter(*parse->config, kRoot, {name, static_cast<std::size_t>(length)}, {}, true);
+  parse->section = enter(*parse->config, kRoot, {name, static_cast<std::size_t>(length)}, {});
   return parse->section == 0 ? CS_MEM_ERROR : CS_SUCCEED;
 }
 
@@ -255,7 +264,7 @@ CS_RETCODE cfg__add_entry(CfgParseInfo* parse, const CS_CHAR* name, CS_INT name_
   if (parse->config == nullptr) return CS_SUCCEED;
   const CS_UINT number =
       enter(*parse->config, parse->section, {name, static_cast<std::size_t>(name_length)},
-            {value, static_cast<std::size_t>(value_length)}, false);
+            {value, static_cast<std::size_t>(value_length)});
   return number == 0 ? CS_MEM_ERROR : CS_SUCCEED;
 }
 

@@ -59,8 +59,7 @@ void report_unopened(CS_INT status, std::string_view path) {
 
 }  // namespace
 
-bool Bytes::reserve(std::size_t count) {
-  if (count <= room - used) return true;
+bool Bytes::grow(std::size_t count) {
   if (count > kMaxRoom - used) return false;
   std::size_t wanted = std::max(room, kFirstRoom);
   while (wanted - used < count) wanted = wanted > kMaxRoom / 2 ? kMaxRoom : wanted * 2;
@@ -68,13 +67,6 @@ bool Bytes::reserve(std::size_t count) {
   if (moved == nullptr) return false;
   data = moved;
   room = wanted;
-  return true;
-}
-
-bool Bytes::append(std::string_view more) {
-  if (!reserve(more.size())) return false;
-  if (!more.empty()) std::memcpy(data + used, more.data(), more.size());
-  used += more.size();
   return true;
 }
 
@@ -185,12 +177,11 @@ CS_INT cfg__getc(CfgParseInfo* parse) {
 }
 
 CS_VOID cfg__marktok(CfgParseInfo* parse) {
-  parse->mark = parse->at;
+  mark_token(*parse);
 }
 
 CS_VOID cfg__nexttok(CfgParseInfo* parse) {
-  parse->token = parse->at = parse->mark;
-  parse->line = parse->next_line;
+  begin_token(*parse);
 }
 
 CS_VOID cfg__newtok(CfgParseInfo* parse) {
@@ -200,16 +191,13 @@ CS_VOID cfg__newtok(CfgParseInfo* parse) {
 
 CS_RETCODE cfg__catbuf(CfgParseInfo* parse, const CS_CHAR* bytes, CS_INT length) {
   require(parse->tok_count > 0 && length >= 0);
-  const auto size = static_cast<std::size_t>(length);
-  if (!parse->text.append({bytes, size})) return CS_MEM_ERROR;
-  parse->toks[parse->tok_count - 1].length += size;
-  return CS_SUCCEED;
+  return collect(*parse, {bytes, static_cast<std::size_t>(length)}) ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
 CS_RETCODE cfg__cat(CfgParseInfo* parse, CS_BOOL blank) {
-  if (blank != 0 && cfg__catbuf(parse, " ", 1) != CS_SUCCEED) return CS_MEM_ERROR;
-  const std::string_view token = token_text(*parse);
-  return cfg__catbuf(parse, token.data(), static_cast<CS_INT>(token.size()));
+  require(parse->tok_count > 0);
+  const bool kept = (blank == 0 || collect(*parse, " ")) && collect(*parse, token_text(*parse));
+  return kept ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
 CS_VOID cfg__parse_error(CfgParseInfo* parse, const CS_CHAR* text) {

@@ -17,16 +17,26 @@ struct CfgTok {
 
 namespace comnlib {
 
-// A growing block of bytes.
+// A growing block of bytes. `reserve` and `append` give false when there is no memory, and leave
+// all as it is.
 struct Bytes {
   CS_BYTE* data = nullptr;
   std::size_t used = 0;
   std::size_t room = 0;
 
-  // Room for `count` more bytes; false when there is no memory, and all stays as it is.
-  bool reserve(std::size_t count);
-  bool append(std::string_view text);
+  bool reserve(std::size_t count) { return count <= room - used || grow(count); }
+  bool append(std::string_view text) {
+    if (!reserve(text.size())) return false;
+    append_reserved(text);
+    return true;
+  }
+  void append_reserved(std::string_view text) {
+    used += text.copy(reinterpret_cast<char*>(data) + used, text.size());
+  }
   void release();
+
+ private:
+  bool grow(std::size_t count);
 };
 
 enum class ScanState : CS_INT { kNormal = 0, kString = 1 };
@@ -105,6 +115,21 @@ inline CS_INT next_byte(CfgParseInfo& parse) {
   if (parse.at == parse.window.used && !refill(parse)) [[unlikely]]
     return -1;
   return parse.window.data[parse.at++];
+}
+
+inline void begin_token(CfgParseInfo& parse) {
+  parse.token = parse.at = parse.mark;
+  parse.line = parse.next_line;
+}
+
+inline void mark_token(CfgParseInfo& parse) {
+  parse.mark = parse.at;
+}
+
+// Appends to the newest collected text; false when there is no memory.
+inline bool collect(CfgParseInfo& parse, std::string_view text) {
+  parse.toks[parse.tok_count - 1].length += text.size();
+  return parse.text.append(text);
 }
 
 inline std::string_view token_text(const CfgParseInfo& parse) {

@@ -67,7 +67,7 @@ void run(CfgParseInfo& parse, Class wanted) {
 }
 
 CS_INT accept(CfgParseInfo& parse, CS_INT code) {
-  parse.mark = parse.at;
+  mark_token(parse);
   return code;
 }
 
@@ -87,8 +87,7 @@ bool pass_line_end(CfgParseInfo& parse) {
   return false;
 }
 
-// The rest of a value, of which `so_far` has matched; `code` is what that much is when nothing more
-// does.
+// The rest of a value; `code` is what has matched already, should nothing more do.
 CS_INT scan_value(CfgParseInfo& parse, CS_INT code) {
   for (;;) {
     const std::size_t before = parse.at - parse.token;
@@ -207,7 +206,7 @@ CS_INT line_feeds(std::string_view text) {
   return count;
 }
 
-// Only these hold line feeds.
+// No other tokens hold line feeds.
 void count_lines(CfgParseInfo& parse, CS_INT code) {
   parse.line_start = code == CFG_NEWLINE || code == CFG_CONTINUATION;
   if (parse.line_start) {
@@ -258,7 +257,7 @@ CS_VOID cfg__lexstate(CfgParseInfo* parse, CS_INT state) {
 
 CS_INT cfg__lex(CfgParseInfo* parse) {
   check_pointer(parse);
-  cfg__nexttok(parse);
+  begin_token(*parse);
   const CS_INT code =
       parse->state == ScanState::kNormal ? scan_normal(*parse) : scan_string(*parse);
   count_lines(*parse, code);

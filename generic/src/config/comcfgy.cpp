@@ -187,6 +187,7 @@ CS_RETCODE cfg__parse(CfgParseInfo* parse) {
   check_pointer(parse);
   CS_RETCODE result = CS_SUCCEED;
   while (result == CS_SUCCEED) result = statement(*parse);
+  if (result == CS_MEM_ERROR) cfg__parse_error(parse, "out of memory");
   if (result != CS_END_DATA) return trace(result);
   cfg__check_section(parse);
   return trace(CS_SUCCEED);

@@ -1,5 +1,6 @@
 // The conversions from CS_NUMERIC and CS_DECIMAL. Every range is judged on the exact value.
 #include "conv/number_family.h"
+#include "conv/to_numeric.h"
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
@@ -49,27 +50,6 @@ struct NumericToFlt8 : FixedTarget<CS_FLOAT_TYPE, sizeof(CS_FLOAT)> {
 struct NumericToFlt4 : FixedTarget<CS_REAL_TYPE, sizeof(CS_REAL)> {
   static CS_RETCODE convert(SourceRecord value, const Conversion& call) {
     return ToFlt4::convert(nearest_double(value), call);
-  }
-};
-
-struct NumericToNumeric {
-  static constexpr CS_INT kLength = 0;
-  static constexpr bool serves(CS_INT datatype) { return is_numeric(datatype); }
-
-  static CS_RETCODE convert(SourceRecord value, const Conversion& call) {
-    const CS_DATAFMT& format = *call.destfmt;
-    const CS_INT precision =
-        format.precision == CS_USE_SRCVALUE ? CS_INT{value.prec} : format.precision;
-    const CS_INT scale = format.scale == CS_USE_SRCVALUE ? CS_INT{value.scale} : format.scale;
-    if (!is_precision(precision)) return CS_CVT_PRECISION;
-    if (!is_scale(scale)) return CS_CVT_SCALE;
-    auto* numeric = static_cast<CS_NUMERIC*>(call.dest);
-    numeric->precision = static_cast<CS_BYTE>(precision);
-    numeric->scale = static_cast<CS_BYTE>(scale);
-    constant record = record_of(*numeric);
-    *call.destlen = static_cast<CS_INT>(offsetof(CS_NUMERIC, array)) + record.len;
-    const CS_INT status = rescale(value, record);
-    return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
   }
 };
 

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string_view>
 
 #include "conv/newutils.h"
 #include "conv/to_money.h"
+#include "conv/to_numeric.h"
 #include "exact/cvtmny.h"
 #include "exact/mnymath.h"
-#include "exact/numeric.h"
 
 namespace comnlib {
 
@@ -54,32 +53,20 @@ struct MoneyToBit : FixedTarget<CS_BIT_TYPE, sizeof(CS_BIT)> {
   }
 };
 
-// As a numeric of precision 19 and scale 4 is brought to the destination's precision and scale:
-// what does not fit the destination's bytes at scale 4 is an overflow, whatever the scale.
-struct MoneyToNumeric {
-  static constexpr CS_INT kLength = 0;
-  static constexpr bool serves(CS_INT datatype) { return is_numeric(datatype); }
-
+// By way of a numeric of precision 19 and scale 4: what does not fit the destination's bytes at
+// that scale is an overflow, whatever the destination's scale.
+struct MoneyToNumeric : NumericToNumeric {
   static CS_RETCODE convert(const auto& value, const Conversion& call) {
-    const CS_DATAFMT& format = *call.destfmt;
-    const CS_INT precision = format.precision == CS_USE_SRCVALUE ? kPrecision : format.precision;
-    const CS_INT scale = format.scale == CS_USE_SRCVALUE ? money::kDecimals : format.scale;
-    if (!is_precision(precision)) return CS_CVT_PRECISION;
-    if (!is_scale(scale)) return CS_CVT_SCALE;
-
-    CS_NUMERIC numeric;
-    numeric.precision = static_cast<CS_BYTE>(precision);
-    numeric.scale = static_cast<CS_BYTE>(scale);
-    constant record = record_of(numeric);
     const CS_MONEY wide = money::record(money::units(value));
-    const CS_INT status = com__mny8toexctnume(&wide, &record);
-    *call.destlen = record.len + static_cast<CS_INT>(offsetof(CS_NUMERIC, array));
-    std::memcpy(call.dest, &numeric, static_cast<std::size_t>(*call.destlen));
-    return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
+    std::array<CS_BYTE, kLengthOfMoney> bytes;
+    constant record{kLengthOfMoney, kPrecisionOfMoney, money::kDecimals, bytes.data()};
+    require(com__mny8toexctnume(&wide, &record) == kExactOk);
+    return NumericToNumeric::convert(record, call);
   }
 
  private:
-  static constexpr CS_INT kPrecision = 19;
+  static constexpr CS_INT kLengthOfMoney = 9;
+  static constexpr CS_BYTE kPrecisionOfMoney = 19;
 };
 
 // A value as text, with as many decimals as the destination's precision asks for. Without grouping

@@ -29,7 +29,8 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
   const bool pad_null = (format.format & CS_DFMT_PADNULL) != 0;
   const bool pad_blank = (format.format & CS_DFMT_PADBLANK) != 0;
 
-  const bool fits = length <= room && (!terminate || unit <= room - length);
+  const CS_INT spare = room - length;
+  const bool fits = spare >= 0 && (!terminate || length % unit + unit <= spare);
   if (!fits) {
     if (terminate && room >= unit) {
       const CS_INT last = (room / unit - 1) * unit;
@@ -50,8 +51,8 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
   } else if (pad_blank) {
     fill_units(rest, unit_size, ' ');
     if (terminate && rest.size() >= unit_size) {
-      const std::size_t whole = rest.size() - rest.size() % unit_size;
-      std::memset(rest.data() + whole - unit_size, 0, unit_size);
+      const std::size_t units = rest.size() - rest.size() % unit_size;
+      std::memset(rest.data() + units - unit_size, 0, unit_size);
     }
     resultlen = room - room % unit;
   } else {

@@ -14,7 +14,7 @@ using Place = std::source_location;
 
 namespace internal {
 // Level of com_errset; read on every return, so kept where the check is one load.
-extern std::atomic<CS_INT> trace_level;
+[[gnu::visibility("hidden")]] extern std::atomic<CS_INT> trace_level;
 }  // namespace internal
 
 // Stops the process. For states that no argument and no data can bring about.

@@ -5,6 +5,7 @@
 #include <bit>
 #include <limits>
 
+#include "diag/diag.h"
 #include "exact/cvtmny.h"
 #include "exact/mnymath.h"
 #include "exact/numeaux.h"
@@ -14,8 +15,12 @@ namespace {
 
 // Results of the four operations: an overflow leaves zero.
 CS_INT put(std::optional<Units> value, CS_MONEY* r) {
-  *r = record(value.value_or(0));
-  return value ? kExactOk : kExactOverflow;
+  if (!value) [[unlikely]] {
+    *r = record(0);
+    return kExactOverflow;
+  }
+  *r = record(*value);
+  return kExactOk;
 }
 
 CS_INT put_wrapped(bool overflow, Units value, CS_MONEY* r) {
@@ -74,15 +79,11 @@ CS_INT com__mnydec(CS_MONEY* m) {
 }
 
 CS_INT com__mnyadd(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  Units sum;
-  const bool overflow = __builtin_add_overflow(units(*a), units(*b), &sum);
-  return put_wrapped(overflow, overflow ? 0 : sum, r);
+  return put(sum(units(*a), units(*b)), r);
 }
 
 CS_INT com__mnysub(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  Units difference;
-  const bool overflow = __builtin_sub_overflow(units(*a), units(*b), &difference);
-  return put_wrapped(overflow, overflow ? 0 : difference, r);
+  return put(difference(units(*a), units(*b)), r);
 }
 
 CS_INT com__mnymul(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
@@ -192,6 +193,7 @@ CS_CHAR* com__mnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT buflen, CS_INT f
 
 CS_INT com__mnyfromchar_mb(CS_MONEY* m, const CS_CHAR* text, CS_INT length, CS_INT /*flags*/,
                            const char_attrib* charset) {
+  require(length >= 0);
   const Parsed parsed = parse({text, static_cast<std::size_t>(length)}, charset);
   *m = record(parsed.value);
   return parsed.status;

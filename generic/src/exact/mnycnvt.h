@@ -54,7 +54,7 @@ CS_INT com__flt4tomny(CS_REAL value, CS_MONEY* m);
 CS_CHAR* com__mnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT buflen, CS_INT flags);
 
 // The value of `length` bytes of text in the character set `charset` (null: ISO 8859-1); two-byte
-// characters count as their ASCII forms. `flags` is not used.
+// characters count as their ASCII forms. `flags` is not used. A negative length stops the process.
 //   text:      prefix digits fraction white-space
 //   prefix:    blanks, at most one sign and at most one currency symbol, in any order
 //   digits:    a "," may follow the first group of digits, and every further group of exactly three

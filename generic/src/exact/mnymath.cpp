@@ -2,8 +2,6 @@
 // are taken apart in 32-bit limbs, because the processor divides 64 bits by 32 at once.
 #include "exact/mnymath.h"
 
-#include <bit>
-
 namespace comnlib::money {
 namespace {
 

@@ -2,6 +2,7 @@
 // computes on counts of ten-thousandths. Nothing here knows pointers, contexts or result codes.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -20,15 +21,16 @@ constexpr Units kLargest = std::numeric_limits<Units>::max();
 constexpr Units kSmallest = std::numeric_limits<Units>::min();
 constexpr Absolute kSmallestAbsolute = Absolute{1} << 63;
 
+// The high half comes first in memory: the record is a native number with its halves exchanged.
 constexpr Units units(const CS_MONEY& record) {
-  return static_cast<Units>(Absolute{static_cast<CS_UINT>(record.mnyhigh)} << 32 | record.mnylow);
+  return static_cast<Units>(std::rotl(std::bit_cast<Absolute>(record), 32));
 }
 constexpr Units units(const CS_MONEY4& record) {
   return record.mny4;
 }
 
 constexpr CS_MONEY record(Units value) {
-  return {static_cast<CS_INT>(value >> 32), static_cast<CS_UINT>(value)};
+  return std::bit_cast<CS_MONEY>(std::rotl(static_cast<Absolute>(value), 32));
 }
 
 constexpr Absolute absolute(Units value) {
@@ -54,6 +56,20 @@ inline Limb divide_small(Absolute& value, Limb divisor) {
   const Limb lower = divide_wide(remainder, static_cast<Limb>(value), divisor, remainder);
   value = Absolute{upper} << 32 | lower;
   return remainder;
+}
+
+// Sum and difference, nothing on overflow.
+inline std::optional<Units> sum(Units a, Units b) {
+  Units result;
+  if (__builtin_add_overflow(a, b, &result)) [[unlikely]]
+    return std::nullopt;
+  return result;
+}
+inline std::optional<Units> difference(Units a, Units b) {
+  Units result;
+  if (__builtin_sub_overflow(a, b, &result)) [[unlikely]]
+    return std::nullopt;
+  return result;
 }
 
 // a * b in units, halves away from zero. Nothing on overflow.

@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 
+#include "comnlib/memory.h"
 #include "intl/charset.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
@@ -193,13 +194,26 @@ class EntryLoader {
   CsOid oid_ = 0;
 };
 
+// A character set that only a failed load has asked for goes with it; nobody else has seen it.
+void drop_descriptors_until(CsCtxGlobals& globals, const CsCharDesc* before) {
+  while (globals.cmg_chardesc != before) {
+    CsCharDesc* desc = globals.cmg_chardesc;
+    globals.cmg_chardesc = desc->charnext;
+    static_cast<void>(comn__chardesc_drop(desc));
+  }
+}
+
 CS_RETCODE load_entry(CS_CONTEXT& ctx, const LocaleNames& names, CsLocCache** loaded,
                       ErrorBuffer error) {
   OwnedEntry entry = make_entry();
   if (entry == nullptr) return CS_MEM_ERROR;
-  const CS_RETCODE result = EntryLoader(ctx, *entry, error).load(names);
-  if (result != CS_SUCCEED) return result;
   CsCtxGlobals& globals = *ctx.ctxglobals;
+  const CsCharDesc* before = globals.cmg_chardesc;
+  const CS_RETCODE result = EntryLoader(ctx, *entry, error).load(names);
+  if (result != CS_SUCCEED) {
+    drop_descriptors_until(globals, before);
+    return result;
+  }
   entry->locnext = globals.cmg_lcache;
   globals.cmg_lcache = entry.get();
   *loaded = entry.release();

@@ -33,8 +33,6 @@ struct ConvTable {
   PagedTable reverse;  // of a code unit: a single byte, or lead byte * 256 + second byte
   bool ascii;          // the bytes below 0x80 stand for themselves, both ways
   ConvTable* next;
-
-  bool is_lead(CS_BYTE byte) const { return pairs.rows[byte] != 0; }
 };
 
 // The table of a character set, from the context's or else from charsets/<charset>/<table>.ctb.

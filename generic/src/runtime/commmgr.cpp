@@ -7,6 +7,8 @@
 #include "runtime/commmgr.h"
 
 #include "comnlib/thread.h"
+#include "runtime/commmgr_alloconly.h"
+#include "runtime/commmgr_uniform.h"
 
 using namespace comnlib;
 using namespace comnlib::mm;
@@ -51,13 +53,13 @@ bool has_lock(const MmPoolHead* head) {
   return head->mph_lock != nullptr && head->mph_unlock != nullptr;
 }
 
-CS_RETCODE lock(MmHandle* handle) {
+[[gnu::always_inline]] inline CS_RETCODE lock(MmHandle* handle) {
   MmPoolHead* const head = handle->mmh_head;
   if (!has_lock(head) || (head->mph_status & kRemoving) != 0) return CS_SUCCEED;
   return head->mph_lock(handle, head->mph_lockarg);
 }
 
-CS_RETCODE unlock(MmHandle* handle) {
+[[gnu::always_inline]] inline CS_RETCODE unlock(MmHandle* handle) {
   MmPoolHead* const head = handle->mmh_head;
   return has_lock(head) ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
 }
@@ -74,7 +76,8 @@ void set_in_use(MmHandle* handle) {
     __atomic_store_n(&handle->mmh_status, handle->mmh_status | kInUse, __ATOMIC_RELAXED);
 }
 
-void check_handle(const MmHandle* handle, Place place = Place::current()) {
+[[gnu::always_inline]] inline void check_handle(const MmHandle* handle,
+                                                Place place = Place::current()) {
   check_pointer(handle, place);
   require((status_of(handle) & (kHandleAllocated | kHandleOfCaller)) != 0, place);
   require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, place);
@@ -149,6 +152,23 @@ void delete_own_mutex(const MmPoolHead* head) {
   const CS_THREAD* const threads = head->mph_ctx->ctxthread;
   if (threads != nullptr && threads->delete_mutex_fn != nullptr)
     threads->delete_mutex_fn(static_cast<COMN_MUTEX*>(head->mph_lockarg));
+}
+
+// Zeroes `size` bytes; small blocks, the most of them, without a call.
+inline void clear(void* memory, CS_INT size) {
+  constexpr CS_INT kStep = 16;
+  auto* bytes = static_cast<CS_BYTE*>(memory);
+  if (size < kStep) {
+    // Blocks end at a word.
+    for (CS_INT i = 0; i < size; i += kWord) std::memset(bytes + i, 0, kWord);
+    return;
+  }
+  if (size > 16 * kStep) {
+    std::memset(memory, 0, static_cast<std::size_t>(size));
+    return;
+  }
+  for (CS_INT i = 0; i < size - kStep; i += kStep) std::memset(bytes + i, 0, kStep);
+  std::memset(bytes + size - kStep, 0, kStep);
 }
 
 CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
@@ -412,7 +432,7 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   if (result == CS_SUCCEED) set_in_use(handle);
   unlock(handle);
   if (memory != nullptr) {
-    std::memset(memory, 0, static_cast<std::size_t>(size));
+    clear(memory, size);
     *out_ptr = memory;
   }
   return trace(result);

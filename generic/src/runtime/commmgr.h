@@ -274,8 +274,5 @@ CS_RETCODE buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
 CS_RETCODE buddy_free(MmHandle* handle, CS_VOID* ptr);
 CS_RETCODE buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new_size,
                             CS_VOID** ptr_inout);
-CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
-CS_RETCODE uniform_free(MmHandle* handle, CS_VOID* ptr);
-CS_RETCODE alloconly_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
 
 }  // namespace comnlib::mm

@@ -1,0 +1,53 @@
+// Uncontended mutexes: a take and its release, alone and inside another one.
+#include <benchmark/benchmark.h>
+#include <pthread.h>
+
+#include "comnlib/thread.h"
+
+namespace {
+
+class Ours {
+ public:
+  Ours() { comn_create_mutex(&mutex_); }
+  ~Ours() { comn_delete_mutex(mutex_); }
+  void take() { comn_take_mutex(mutex_); }
+  void release() { comn_release_mutex(mutex_); }
+
+ private:
+  COMN_MUTEX* mutex_ = nullptr;
+};
+
+class Recursive {
+ public:
+  Recursive() {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(&mutex_, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+  }
+  ~Recursive() { pthread_mutex_destroy(&mutex_); }
+  void take() { pthread_mutex_lock(&mutex_); }
+  void release() { pthread_mutex_unlock(&mutex_); }
+
+ private:
+  pthread_mutex_t mutex_;
+};
+
+template <class Mutex, bool nested>
+void take_release(benchmark::State& state) {
+  Mutex mutex;
+  if (nested) mutex.take();
+  for (auto _ : state) {
+    mutex.take();
+    mutex.release();
+  }
+  if (nested) mutex.release();
+}
+
+BENCHMARK(take_release<Ours, false>)->Name("mutex/comn");
+BENCHMARK(take_release<Recursive, false>)->Name("mutex/pthread_recursive");
+BENCHMARK(take_release<Ours, true>)->Name("mutex_nested/comn");
+BENCHMARK(take_release<Recursive, true>)->Name("mutex_nested/pthread_recursive");
+
+}  // namespace

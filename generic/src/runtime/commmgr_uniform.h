@@ -1,0 +1,58 @@
+// The uniform discipline: slabs cut into nodes of one size. A node is its size word, which stays,
+// and the user's bytes; a free node links to the next one behind that word. The paths that hosts
+// take for every block stand here, for the entry points to take in.
+#pragma once
+
+#include "runtime/commmgr.h"
+
+namespace comnlib::mm {
+
+struct UniformNode {
+  CS_INT size;        // node_size, in use and free alike
+  UniformNode* next;  // while free
+} MM_OVERLAY;
+
+// Free nodes with room for a third word carry this there, so that freeing one twice is noticed
+// without a walk over the list. Allocation zeroes it; data that looks like it costs a walk.
+inline constexpr CS_UINT kFreeKey = 0xdeadf4ee;
+inline constexpr CS_INT kKeyOffset = sizeof(UniformNode);
+
+// Fixes the sizes, on the first request, and gets a slab when no node is free.
+CS_RETCODE uniform_prepare(MmHandle* handle, CS_INT size);
+// Whether a node is on the free list; walks over it.
+bool uniform_listed(const MmUniformPool& pool, const UniformNode* node);
+
+inline bool uniform_has_key(const MmUniformPool& pool) {
+  return pool.node_size >= kKeyOffset + kWord;
+}
+
+inline void uniform_push(MmUniformPool& pool, UniformNode* node) {
+  node->next = static_cast<UniformNode*>(pool.free);
+  if (uniform_has_key(pool)) *at<CS_UINT>(node, kKeyOffset) = kFreeKey;
+  pool.free = node;
+}
+
+inline CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  MmUniformPool& pool = handle->mmh_pool.uniform;
+  if ((handle->mmh_status & kInUse) == 0 || pool.free == nullptr) [[unlikely]] {
+    const CS_RETCODE result = uniform_prepare(handle, size);
+    if (result != CS_SUCCEED) return result;
+  }
+  if (size != pool.uniform_size) return CS_FAIL;
+  auto* node = static_cast<UniformNode*>(pool.free);
+  pool.free = node->next;
+  *out = &node->next;
+  return CS_SUCCEED;
+}
+
+inline CS_RETCODE uniform_free(MmHandle* handle, CS_VOID* ptr) {
+  MmUniformPool& pool = handle->mmh_pool.uniform;
+  auto* node = at<UniformNode>(ptr, -kWord);
+  require(node->size == pool.node_size);
+  if (!uniform_has_key(pool) || *at<CS_UINT>(node, kKeyOffset) == kFreeKey)
+    require(!uniform_listed(pool, node));
+  uniform_push(pool, node);
+  return CS_SUCCEED;
+}
+
+}  // namespace comnlib::mm

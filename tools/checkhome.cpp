@@ -1,0 +1,211 @@
+// checkhome HOME: verifies a whole localization home with the library's own readers, each file by
+// itself, and prints every fault as "file: what is wrong". Ends with 0 when there is none.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "comnlib/memory.h"
+#include "intl.h"
+#include "intl/charset.h"
+#include "intl/com_intl.h"
+#include "intl/com_loc.h"
+#include "intl/convcfg.h"
+#include "intl/convtable.h"
+#include "intl/intlfile.h"
+#include "intl/locdata.h"
+#include "intl/message.h"
+#include "intl/objectid.h"
+#include "intl/sortorder.h"
+
+using namespace comnlib;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class Check {
+ public:
+  explicit Check(std::string home) : home_(std::move(home)) { context_.ctxglobals = &globals_; }
+
+  ~Check() {
+    for (CsConvConfig* config : configurations_) drop_conv_config(config);
+    com_intl_loccache_drop(&context_);
+    com_intl_chardesc_drop(&context_);
+  }
+  Check(const Check&) = delete;
+  Check& operator=(const Check&) = delete;
+
+  int run() {
+    const auto classes = object_ids();
+    const CsConvConfig* utf8 = configuration("utf8");
+    for (const std::string& charset : at(classes, "charset"))
+      if (charset != "ucs2") character_set(charset, utf8);
+    for (const std::string& language : at(classes, "natlang")) messages(language);
+    locales(classes);
+    if (faults_ == 0) std::printf("checkhome: %zu files, no fault\n", files_.size());
+    return faults_ == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+  }
+
+ private:
+  static Names at(const std::map<std::string, Names>& classes, const std::string& name) {
+    const auto found = classes.find(name);
+    return found == classes.end() ? Names() : found->second;
+  }
+
+  void fault(const std::string& file, const std::string& words) {
+    ++faults_;
+    std::printf("%s: %s\n", file.c_str(), words.c_str());
+  }
+
+  // Takes the result of a reader that has left its file's path in error_. False on failure; a file
+  // is named once, however many locales ask for it.
+  bool took(CS_RETCODE result) {
+    const bool is_new = files_.insert(error_).second;
+    if (result == CS_SUCCEED) return true;
+    char words[200] = "what it holds is not valid";
+    if (result == CS_INTL_LIBERR || result == CS_INTL_NOFILE)
+      intl_errstr(context_.ctxintlerr, words, sizeof words);
+    if (is_new) fault(error_, words);
+    return false;
+  }
+  ErrorBuffer error() { return {error_, sizeof error_}; }
+
+  // The names of each class, in their order.
+  std::map<std::string, Names> object_ids() {
+    std::map<std::string, Names> classes;
+    CsOid oid = 0;
+    const CS_RETCODE result = global_id(context_, "charset", "utf8", oid, error());
+    const std::string path = error_;
+    if (!took(result)) return classes;
+    INTL_HANDLE handle = nullptr;
+    if (intl_open(path.c_str(), &handle) < 0) return classes;
+    IntlFile file(context_, handle);
+    while (const char* oidclass = file.next_section()) {
+      std::set<std::string> numbers;
+      Names& names = classes[oidclass];
+      while (const char* name = file.next_entry()) {
+        names.emplace_back(name);
+        if (!numbers.insert(file.next_value()).second)
+          fault(path, "[" + std::string(oidclass) + "] gives the number of " + name + " twice");
+      }
+    }
+    return classes;
+  }
+
+  const CsConvConfig* configuration(const std::string& charset) {
+    CsConvConfig* config = nullptr;
+    if (!took(load_conv_config(context_, charset.c_str(), config, error()))) return nullptr;
+    return configurations_.emplace_back(config);
+  }
+
+  void character_set(std::string charset, const CsConvConfig* utf8) {
+    auto* desc = static_cast<CsCharDesc*>(comn_calloc(1, sizeof(CsCharDesc)));
+    CsLocCache entry{};
+    entry.charname = charset.data();
+    entry.charnamelen = static_cast<CS_INT>(charset.size());
+    entry.locchardesc = desc;
+    if (took(comn__get_charset(&context_, &entry, error_, sizeof error_)) &&
+        charset != std::string(desc->char_attrib->cs_name, desc->char_attrib->cs_namelen))
+      fault(error_, "the name is not that of its directory");
+    comn__chardesc_drop(desc);
+    const CsConvConfig* config = charset == "utf8" ? utf8 : configuration(charset);
+    const ConvTable* table = nullptr;
+    if (config != nullptr && config->algorithm == nullptr)
+      took(load_table(context_, charset.c_str(), config->table.data(), table, error()));
+    if (charset != "utf8" && utf8 != nullptr && !converts_to(*utf8, charset))
+      fault(home_ + "/charsets/utf8/utf8.cfg", "no conversion to " + charset);
+    sort_order(charset, "binary");
+  }
+
+  void sort_order(std::string charset, std::string name) {
+    CsLocCache entry{};
+    entry.charname = charset.data();
+    entry.sortname = name.data();
+    CsOid oid = 0;
+    if (global_id(context_, "collate", name, oid, error()) == CS_SUCCEED)
+      took(comn__intl_load_sortorder(&context_, oid, &entry, error_, sizeof error_));
+  }
+
+  void messages(std::string language) {
+    CsLocCache entry{};
+    entry.langname = language.data();
+    entry.langnamelen = static_cast<CS_INT>(language.size());
+    CsOid oid = 0;
+    if (global_id(context_, "natlang", language, oid, error()) == CS_SUCCEED)
+      took(comn__intl_load_message(&context_, oid, &entry, error_, sizeof error_));
+  }
+
+  void locales(const std::map<std::string, Names>& classes) {
+    INTL_HANDLE handle = nullptr;
+    if (!took(com__open_locfile(&context_, nullptr, nullptr, "locales.dat", &handle, error_,
+                                sizeof error_)))
+      return;
+    const std::string path = error_;
+    IntlFile file(context_, handle);
+    if (!file.find_section("linux")) fault(path, "no section linux");
+    while (const char* key = file.next_entry()) {
+      if (std::string_view(key) != "locale") {
+        fault(path, "the key " + std::string(key) + " ends every search");
+        return;
+      }
+      Names values;
+      while (const char* value = file.next_value()) values.emplace_back(value);
+      if (file.failed()) break;
+      values.resize(7);
+      locale(path, classes, values);
+    }
+    if (!file.failed()) return;
+    char words[200];
+    intl_errstr(context_.ctxintlerr, words, sizeof words);
+    fault(path, words);
+  }
+
+  // values: name, language, character set, sort order, date/time, number, money.
+  void locale(const std::string& path, const std::map<std::string, Names>& classes, Names& values) {
+    if (values[3].empty()) values[3] = "binary";
+    const char* names[] = {"natlang", "charset", "collate", "datetime", "numeric", "money"};
+    bool known = true;
+    for (std::size_t i = 0; i < std::size(names); ++i) {
+      const std::string& value = values[i + 1];
+      if (i >= 3 && value.empty()) continue;
+      const Names listed = at(classes, names[i]);
+      if (std::find(listed.begin(), listed.end(), value) != listed.end()) continue;
+      known = false;
+      fault(path, "locale " + values[0] + ": \"" + value + "\" is no known " + names[i]);
+    }
+    if (!known) return;
+    sort_order(values[2], values[3]);
+    CsLocCache entry{};
+    entry.langname = values[1].data();
+    entry.charname = values[2].data();
+    if (values[4].empty()) took(comn__read_common(&context_, &entry, error_, sizeof error_));
+    const CS_INT kinds[] = {COM_LC_TIME, COM_LC_NUMERIC, COM_LC_MONETARY};
+    for (std::size_t i = 0; i < std::size(kinds); ++i)
+      if (!values[4 + i].empty())
+        took(comn__load_locdata(&context_, kinds[i], values[4 + i].c_str(), &entry, error_,
+                                sizeof error_));
+  }
+
+  std::string home_;
+  CS_CONTEXT context_{};
+  CsCtxGlobals globals_{};
+  char error_[1100] = "";
+  std::set<std::string> files_;
+  std::vector<CsConvConfig*> configurations_;
+  int faults_ = 0;
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 2) {
+    std::fprintf(stderr, "usage: checkhome HOME\n");
+    return 2;
+  }
+  setenv("TALVEN", arguments[1], 1);
+  return Check(arguments[1]).run();
+}
