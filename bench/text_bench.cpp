@@ -6,8 +6,10 @@
 #include <pgtypes_timestamp.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <string_view>
@@ -59,9 +61,10 @@ const Texts& amounts() {
 const Texts& dates() {
   static const Texts all = texts([random = std::mt19937(4)]() mutable {
     char text[80];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", unsigned(1950 + random() % 80),
-                  unsigned(1 + random() % 12), unsigned(1 + random() % 28), unsigned(random() % 24),
-                  unsigned(random() % 60), unsigned(random() % 60));
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u",
+                  unsigned(1950 + random() % 80), unsigned(1 + random() % 12),
+                  unsigned(1 + random() % 28), unsigned(random() % 24), unsigned(random() % 60),
+                  unsigned(random() % 60));
     return std::string(text);
   });
   return all;
@@ -146,10 +149,10 @@ void to_text(benchmark::State& state, const Texts& (*all)(), CS_INT datatype) {
   });
 }
 
-#define VALUE_BENCHES(name, all, datatype)                                \
-  BENCHMARK_CAPTURE(from_text, name##_plain, all, datatype, nullptr);     \
-  BENCHMARK_CAPTURE(from_text, name##_iso_1, all, datatype, "iso_1");     \
-  BENCHMARK_CAPTURE(from_text, name##_utf8, all, datatype, "utf8");       \
+#define VALUE_BENCHES(name, all, datatype)                            \
+  BENCHMARK_CAPTURE(from_text, name##_plain, all, datatype, nullptr); \
+  BENCHMARK_CAPTURE(from_text, name##_iso_1, all, datatype, "iso_1"); \
+  BENCHMARK_CAPTURE(from_text, name##_utf8, all, datatype, "utf8");   \
   BENCHMARK_CAPTURE(to_text, name, all, datatype)
 VALUE_BENCHES(int, integers, CS_INT_TYPE);
 VALUE_BENCHES(float, measurements, CS_FLOAT_TYPE);
@@ -158,13 +161,31 @@ VALUE_BENCHES(money, amounts, CS_MONEY_TYPE);
 VALUE_BENCHES(datetime, dates, CS_DATETIME_TYPE);
 #undef VALUE_BENCHES
 
+// A column's text has a length and no NUL. The C library's routines need one, and tell through
+// errno and the end whether all of it was a number in range.
+template <auto Parse>
+auto parse_copy(const std::string& text, bool& good) {
+  char copy[64];
+  char* end = nullptr;
+  std::memcpy(copy, text.data(), text.size());
+  copy[text.size()] = '\0';
+  errno = 0;
+  const auto value = Parse(copy, &end);
+  good = end == copy + text.size() && errno == 0;
+  return value;
+}
+
 void int_strtol(benchmark::State& state) {
-  each(state, [&](std::size_t i) { return std::strtol(integers()[i].c_str(), nullptr, 10); });
+  bool good = false;
+  constexpr auto parse = [](const char* text, char** end) { return std::strtol(text, end, 10); };
+  each(state, [&](std::size_t i) { return parse_copy<parse>(integers()[i], good) + good; });
 }
 BENCHMARK(int_strtol);
 
 void float_strtod(benchmark::State& state) {
-  each(state, [&](std::size_t i) { return std::strtod(measurements()[i].c_str(), nullptr); });
+  bool good = false;
+  each(state,
+       [&](std::size_t i) { return parse_copy<std::strtod>(measurements()[i], good) + good; });
 }
 BENCHMARK(float_strtod);
 
@@ -197,7 +218,8 @@ BENCHMARK(numeric_from_text_pgtypes);
 
 void numeric_to_text_pgtypes(benchmark::State& state) {
   std::vector<numeric*> values;
-  for (std::string text : amounts()) values.push_back(PGTYPESnumeric_from_asc(text.data(), nullptr));
+  for (std::string text : amounts())
+    values.push_back(PGTYPESnumeric_from_asc(text.data(), nullptr));
   each(state, [&](std::size_t i) {
     char* text = PGTYPESnumeric_to_asc(values[i], -1);
     const char first = *text;
@@ -216,7 +238,8 @@ BENCHMARK(datetime_from_text_pgtypes);
 
 void datetime_to_text_pgtypes(benchmark::State& state) {
   std::vector<timestamp> values;
-  for (std::string text : dates()) values.push_back(PGTYPEStimestamp_from_asc(text.data(), nullptr));
+  for (std::string text : dates())
+    values.push_back(PGTYPEStimestamp_from_asc(text.data(), nullptr));
   each(state, [&](std::size_t i) {
     char* text = PGTYPEStimestamp_to_asc(values[i]);
     const char first = *text;
@@ -275,8 +298,7 @@ void charset_comnlib(benchmark::State& state, std::string_view sentence, const C
   };
   std::string room(4 * text.size(), '\0');
   const CS_DATAFMT source = format(from, text.size()), destination = format(to, room.size());
-  const CS_CONV_FUNC routine =
-      com_conv_func(&on.context, source.datatype, destination.datatype);
+  const CS_CONV_FUNC routine = com_conv_func(&on.context, source.datatype, destination.datatype);
   CS_INT length = 0;
   for (auto _ : state) {
     if (routine(&on.context, &source, text.data(), &destination, room.data(), &length) !=
@@ -306,8 +328,8 @@ void charset_iconv(benchmark::State& state, std::string_view sentence, const Cha
 }
 
 // A column's text, and a document.
-#define CHARSET_BENCHES(name, sentence, from, to)                                         \
-  BENCHMARK_CAPTURE(charset_comnlib, name, sentence, from, to)->Arg(40)->Arg(16384);      \
+#define CHARSET_BENCHES(name, sentence, from, to)                                    \
+  BENCHMARK_CAPTURE(charset_comnlib, name, sentence, from, to)->Arg(40)->Arg(16384); \
   BENCHMARK_CAPTURE(charset_iconv, name, sentence, from, to)->Arg(40)->Arg(16384)
 CHARSET_BENCHES(english_utf8_to_iso_1, kEnglish, kUtf8, kIso1);
 CHARSET_BENCHES(english_utf8_to_utf16, kEnglish, kUtf8, kUtf16);

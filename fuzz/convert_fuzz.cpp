@@ -1,6 +1,7 @@
 // Any bytes as a value of any datatype, converted to any other under any format, in the character
 // sets of the localization home. Nothing is written outside the destination, the length and the
 // code are possible ones, and what was written depends on the arguments alone.
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -67,7 +68,7 @@ CS_DATAFMT take_format(fuzz::Input& input, Host& host, CS_INT datatype) {
 class Guarded {
  public:
   Guarded(std::size_t room, CS_BYTE fill) : room_(room), bytes_(room + 2 * kGuard, kCanary) {
-    std::memset(data(), fill, room);
+    std::fill_n(bytes_.begin() + kGuard, room, fill);
   }
   CS_BYTE* data() { return bytes_.data() + kGuard; }
   void check_guards() const {
@@ -123,18 +124,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!rest.empty())
     std::memcpy(source.get(), rest.data(), rest.size() < source_size ? rest.size() : source_size);
 
-  const auto room = static_cast<std::size_t>(
-      to == CS_UNICHAR_TYPE ? destfmt.maxlength
-      : to == CS_LONG_TYPE  ? 8
-                            : comn_typelen(to, destfmt.maxlength));
+  const auto room =
+      static_cast<std::size_t>(to == CS_UNICHAR_TYPE ? destfmt.maxlength
+                               : to == CS_LONG_TYPE  ? 8
+                                                     : comn_typelen(to, destfmt.maxlength));
   CS_RETCODE codes[2];
   CS_INT lengths[2];
   Guarded first(room, 0x00), second(room, 0xFF);
   Guarded* dests[] = {&first, &second};
   for (const std::size_t run : {0U, 1U}) {
     lengths[run] = -1;
-    codes[run] = routine(&host.context, &srcfmt, source.get(), &destfmt, dests[run]->data(),
-                         &lengths[run]);
+    codes[run] =
+        routine(&host.context, &srcfmt, source.get(), &destfmt, dests[run]->data(), &lengths[run]);
     dests[run]->check_guards();
   }
   check(codes[0] == codes[1] && lengths[0] == lengths[1] && is_conversion_code(codes[0]));

@@ -133,7 +133,9 @@ CS_MONEY money_of(long double units) {
 
 // The number as a source of that type; none where the type cannot hold it exactly.
 std::optional<Encoded> number_as(CS_INT type, const Number& number) {
-  const auto fixed = [type](const auto& value) { return Encoded{format_of(type), bytes_of(value)}; };
+  const auto fixed = [type](const auto& value) {
+    return Encoded{format_of(type), bytes_of(value)};
+  };
   const long double value = number.value();
   if (among(kTexts, type)) return text_as(type, number.text);
   const auto integer = [&]<class T>(T) -> std::optional<Encoded> {
@@ -250,12 +252,37 @@ void Sweep::number_to(const Encoded& source, const Number& number, CS_INT to) {
 }
 
 void Sweep::numbers() {
-  for (const char* text :
-       {"0", "1", "-1", "5", "127", "255", "256", "-32768", "-32769", "32767", "32768", "16777216",
-        "2147483647", "-2147483648", "2147483648", "-2147483649", "0.5", "-0.5", "-0.25", "255.5",
-        "0.0001", "12345.6789", "214748.3647", "214748.3648", "-214748.3648", "-214748.3649",
-        "922337203685477.5807", "922337203685477.5808", "-922337203685477.5808",
-        "-922337203685477.5809", "123456789012"}) {
+  for (const char* text : {"0",
+                           "1",
+                           "-1",
+                           "5",
+                           "127",
+                           "255",
+                           "256",
+                           "-32768",
+                           "-32769",
+                           "32767",
+                           "32768",
+                           "16777216",
+                           "2147483647",
+                           "-2147483648",
+                           "2147483648",
+                           "-2147483649",
+                           "0.5",
+                           "-0.5",
+                           "-0.25",
+                           "255.5",
+                           "0.0001",
+                           "12345.6789",
+                           "214748.3647",
+                           "214748.3648",
+                           "-214748.3648",
+                           "-214748.3649",
+                           "922337203685477.5807",
+                           "922337203685477.5808",
+                           "-922337203685477.5808",
+                           "-922337203685477.5809",
+                           "123456789012"}) {
     const Number number(text);
     for (CS_INT from = 0; from < CS_BUILTIN_TYPES; ++from) {
       const auto source = number_as(from, number);
@@ -272,8 +299,11 @@ void Sweep::numbers() {
 // Between the sizes, from ISO text, into the default text, and as bytes.
 void Sweep::dates() {
   constexpr CS_INT kUnixDays = 25567;
-  for (const CS_DATETIME& date : {CS_DATETIME{0, 0}, {45, 300 * 60 * 754}, {65535, 300 * 60 * 1439},
-                                  {-53690, 0}, {2958463, 300 * 60}}) {
+  for (const CS_DATETIME& date : {CS_DATETIME{0, 0},
+                                  {45, 300 * 60 * 754},
+                                  {65535, 300 * 60 * 1439},
+                                  {-53690, 0},
+                                  {2958463, 300 * 60}}) {
     const std::time_t time = std::time_t{date.dtdays - kUnixDays} * 86400 + date.dttime / 300;
     std::tm fields{};
     ASSERT_NE(nullptr, gmtime_r(&time, &fields));
@@ -308,8 +338,7 @@ void Sweep::dates() {
 // and with another surplus byte.
 void Sweep::binaries() {
   const std::string money("\x01\x02\x03\x04\x05\x06\x07", 7);
-  for (const CS_INT from :
-       {CS_BINARY_TYPE, CS_LONGBINARY_TYPE, CS_IMAGE_TYPE, CS_VARBINARY_TYPE}) {
+  for (const CS_INT from : {CS_BINARY_TYPE, CS_LONGBINARY_TYPE, CS_IMAGE_TYPE, CS_VARBINARY_TYPE}) {
     for (CS_INT to = CS_TINYINT_TYPE; to <= CS_DECIMAL_TYPE; ++to) {
       SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
       const auto size = static_cast<std::size_t>(comn_typelen(to, 0));
@@ -331,8 +360,8 @@ void Sweep::binaries() {
     for (const CS_INT to : kTexts) {
       const std::string hex = text_of(run(text_as(from, bytes), to), to);
       EXPECT_EQ("009FFF27", hex);
-      for (const CS_INT back : {CS_BINARY_TYPE, CS_LONGBINARY_TYPE, CS_IMAGE_TYPE,
-                                CS_VARBINARY_TYPE}) {
+      for (const CS_INT back :
+           {CS_BINARY_TYPE, CS_LONGBINARY_TYPE, CS_IMAGE_TYPE, CS_VARBINARY_TYPE}) {
         EXPECT_EQ(bytes, binary_of(run(text_as(to, "0x" + hex), back), back)) << to << " " << back;
         EXPECT_EQ(bytes, binary_of(run(text_as(from, bytes), back), back));
         EXPECT_EQ("", binary_of(run(text_as(from, ""), back), back));

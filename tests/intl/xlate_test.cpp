@@ -49,9 +49,9 @@ class Sets {
   CsLocCache* entry(const std::string& charset) {
     CsLocCache*& known = entries_[charset];
     if (known == nullptr) {
-      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(
-                                context_, charset.c_str(), CS_NULLTERM, charset.c_str(),
-                                CS_NULLTERM, "us_english", 10, "binary", 6, &known, nullptr, 0))
+      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, charset.c_str(), CS_NULLTERM,
+                                                    charset.c_str(), CS_NULLTERM, "us_english", 10,
+                                                    "binary", 6, &known, nullptr, 0))
           << charset;
     }
     return known;
@@ -203,7 +203,11 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
   for (std::size_t room = 0; room <= text.size() + 3; ++room) {
     const Output narrow = sets_.translate(kUnicode, set, wide, room);
     EXPECT_EQ(room < text.size() ? CS_CVT_TRUNCATED : CS_SUCCEED, narrow.code) << room;
-    EXPECT_EQ(text.substr(0, room < 1 ? 0 : room < 3 ? 1 : room < 6 ? 3 : room < 10 ? 6 : 10),
+    EXPECT_EQ(text.substr(0, room < 1    ? 0
+                             : room < 3  ? 1
+                             : room < 6  ? 3
+                             : room < 10 ? 6
+                                         : 10),
               narrow.bytes);
     const Output again = sets_.translate(set, kUnicode, text, room);
     EXPECT_EQ(wide.substr(0, room < 6 ? room / 2 * 2 : room < 10 ? 6 : 10), again.bytes);

@@ -37,14 +37,9 @@ inline bool is_default_space(CS_BYTE byte) {
   return (ISO_1_type_map[byte].char_type & COMN_CT_SPACE) != 0;
 }
 
-// Of a text that is not UTF-16 and not empty.
-inline TextChar first_char(Text text) {
-  if (text.attrib == nullptr) {
-    const CS_BYTE byte = text.bytes.front();
-    return {text.bytes.first(1), byte, is_default_space(byte), false};
-  }
-  // The tables look at a second byte where the first one asks for it, so a cut character is
-  // completed here.
+// The tables look at a second byte where the first one asks for it, so a cut character is completed
+// here.
+[[gnu::noinline]] inline TextChar first_multibyte_char(Text text) {
   const std::array<CS_BYTE, 2> head = {text.bytes[0],
                                        text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
   const auto width = static_cast<std::size_t>(comn_char_width(text.attrib, head.data()));
@@ -53,28 +48,73 @@ inline TextChar first_char(Text text) {
           comn_isspace(text.attrib, head.data()) != 0, false};
 }
 
+// Of a text that is not UTF-16 and not empty. A single byte, as most are, is looked up at once.
+inline TextChar first_char(const Text& text) {
+  const CS_BYTE byte = text.bytes.front();
+  if (text.attrib == nullptr) return {text.bytes.first(1), byte, is_default_space(byte), false};
+  const char_map& entry = text.attrib->cs_type_map[byte];
+  const CS_BYTE* widths = text.attrib->cs_width_map;
+  const bool single = widths == nullptr || (widths[byte] & 0xF) <= 1;
+  if (!single || (entry.char_type & COMN_CT_LEAD) != 0) return first_multibyte_char(text);
+  const CS_BYTE* forms = text.attrib->cs_norm_map;
+  return {text.bytes.first(1), forms == nullptr ? entry.char_lower : forms[byte],
+          (entry.char_type & COMN_CT_SPACE) != 0, false};
+}
+
 // Readers walk a text by the ASCII forms of its characters. All have the same shape: `done`, and
 // while it is false, for the character that is next, `ascii` (0: it has no ASCII form), `space`,
 // `nul` and `skip`.
 
 class TableReader {
  public:
-  explicit TableReader(Text text) : rest_(text) { look(); }
-  bool done() const { return rest_.bytes.empty(); }
-  int ascii() const { return next_.ascii; }
-  bool space() const { return next_.space; }
-  bool nul() const { return next_.bytes.size() == 1 && next_.bytes[0] == 0; }
+  explicit TableReader(const Text& text)
+      : attrib_(text.attrib), at_(text.bytes.data()), end_(at_ + text.bytes.size()) {
+    look();
+  }
+  bool done() const { return at_ == end_; }
+  int ascii() const { return ascii_; }
+  bool space() const { return space_; }
+  bool nul() const { return width_ == 1 && *at_ == 0; }
   void skip() {
-    rest_.bytes = rest_.bytes.subspan(next_.bytes.size());
+    at_ += width_;
     look();
   }
 
  private:
   void look() {
-    if (!done()) next_ = first_char(rest_);
+    if (done()) return;
+    const TextChar next = first_char({{at_, end_}, attrib_});
+    width_ = next.bytes.size();
+    ascii_ = next.ascii;
+    space_ = next.space;
   }
-  Text rest_;
-  TextChar next_{};
+  const char_attrib* attrib_;
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+  std::size_t width_ = 0;
+  int ascii_ = 0;
+  bool space_ = false;
+};
+
+// A set without widths has one byte for every character.
+class SingleByteReader {
+ public:
+  explicit SingleByteReader(const Text& text)
+      : types_(text.attrib->cs_type_map),
+        forms_(text.attrib->cs_norm_map),
+        at_(text.bytes.data()),
+        end_(at_ + text.bytes.size()) {}
+  bool done() const { return at_ == end_; }
+  int ascii() const { return forms_ == nullptr ? types_[*at_].char_lower : forms_[*at_]; }
+  bool space() const { return (types_[*at_].char_type & COMN_CT_SPACE) != 0; }
+  bool nul() const { return *at_ == 0; }
+  void skip() { ++at_; }
+
+ private:
+  const char_map* types_;
+  const CS_BYTE* forms_;
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
 };
 
 // Plain bytes need no character widths: the common case of number columns.
@@ -131,9 +171,11 @@ void skip_blanks(Reader& reader) {
 
 // Calls `use` with the reader that suits the text.
 template <class Use>
-auto with_reader(Text text, Use use) {
+[[gnu::always_inline]] inline auto with_reader(const Text& text, Use use) {
   if (text.utf16) return use(Utf16Reader(text.bytes));
-  return text.attrib == nullptr ? use(PlainReader(text.bytes)) : use(TableReader(text));
+  if (text.attrib == nullptr) return use(PlainReader(text.bytes));
+  const bool single = text.attrib->cs_width_map == nullptr;
+  return single ? use(SingleByteReader(text)) : use(TableReader(text));
 }
 
 }  // namespace comnlib

@@ -20,39 +20,63 @@ constexpr bool is_surrogate(char32_t code) {
   return code >= 0xD800 && code <= 0xDFFF;
 }
 
+constexpr bool is_trail(CS_BYTE byte) {
+  return (byte & 0xC0) == 0x80;
+}
+
 // Of a text that is not empty.
 inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   const CS_BYTE lead = text[0];
   if (lead < 0x80) return {lead, 1};
+  const auto trails = [text](std::size_t count) {
+    if (text.size() <= count) return false;
+    for (std::size_t at = 1; at <= count; ++at)
+      if (!is_trail(text[at])) return false;
+    return true;
+  };
+  const auto bits = [text](std::size_t at) { return text[at] & char32_t{0x3F}; };
+  constexpr Decoded kMalformed{0, 0};
   // The smallest code of each length is what rules overlong forms out.
-  static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-  const std::size_t length = lead < 0xC2   ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
-  if (length == 0 || length > text.size()) return {0, 0};
-  char32_t code = lead & (0x7FU >> length);
-  for (std::size_t at = 1; at < length; ++at) {
-    if ((text[at] & 0xC0) != 0x80) return {0, 0};
-    code = code << 6 | (text[at] & 0x3FU);
+  if (lead < 0xE0) {
+    if (lead < 0xC2 || !trails(1)) return kMalformed;
+    return {(lead & char32_t{0x1F}) << 6 | bits(1), 2};
   }
-  if (code < kSmallest[length] || code > 0x10FFFF || is_surrogate(code)) return {0, 0};
-  return {code, length};
+  if (lead < 0xF0) {
+    if (!trails(2)) return kMalformed;
+    const char32_t code = (lead & char32_t{0xF}) << 12 | bits(1) << 6 | bits(2);
+    return code < 0x800 || is_surrogate(code) ? kMalformed : Decoded{code, 3};
+  }
+  if (lead > 0xF4 || !trails(3)) return kMalformed;
+  const char32_t code = (lead & char32_t{7}) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
+  return code < 0x10000 || code > 0x10FFFF ? kMalformed : Decoded{code, 4};
 }
 
 // The number of bytes written; 0 when the room is too small. `code` is a character.
 inline std::size_t encode_utf8(char32_t code, std::span<CS_BYTE> room) {
-  if (code < 0x80) {
-    if (room.empty()) return 0;
-    room[0] = static_cast<CS_BYTE>(code);
-    return 1;
-  }
-  const std::size_t length = code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+  const std::size_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
   if (length > room.size()) return 0;
-  for (std::size_t at = length - 1; at > 0; --at, code >>= 6)
-    room[at] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
-  room[0] = static_cast<CS_BYTE>(0xF00U >> length | code);
+  const auto trail = [code](int shift) {
+    return static_cast<CS_BYTE>(0x80 | (code >> shift & 0x3F));
+  };
+  switch (length) {
+    case 1:
+      room[0] = static_cast<CS_BYTE>(code);
+      break;
+    case 2:
+      room[0] = static_cast<CS_BYTE>(0xC0 | code >> 6);
+      room[1] = trail(0);
+      break;
+    case 3:
+      room[0] = static_cast<CS_BYTE>(0xE0 | code >> 12);
+      room[1] = trail(6);
+      room[2] = trail(0);
+      break;
+    default:
+      room[0] = static_cast<CS_BYTE>(0xF0 | code >> 18);
+      room[1] = trail(12);
+      room[2] = trail(6);
+      room[3] = trail(0);
+  }
   return length;
 }
 

@@ -18,27 +18,44 @@ std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
   return magnitude > kLastSafe ? kSaturated : magnitude * 10 + digit;
 }
 
+// The digits from where the reader stands. As long as one register holds them, one is used.
+template <class Reader>
+[[gnu::always_inline]] inline std::uint64_t scan_digits(Reader& reader, bool& any) {
+  const auto next = [&reader] {
+    return reader.done() ? 10U : static_cast<unsigned>(reader.ascii() - '0');
+  };
+  constexpr std::uint32_t kNarrow = (std::numeric_limits<std::uint32_t>::max() - 9) / 10;
+  std::uint32_t head = 0;
+  unsigned digit = next();
+  any = digit <= 9;
+  for (; digit <= 9 && head <= kNarrow; digit = next()) {
+    head = head * 10 + digit;
+    reader.skip();
+  }
+  std::uint64_t magnitude = head;
+  for (; digit <= 9; digit = next()) {
+    magnitude = append_digit(magnitude, digit);
+    reader.skip();
+  }
+  return magnitude;
+}
+
 struct Scanned {
   bool valid;
   bool negative;
   std::uint64_t magnitude;
 };
 
+// Inlined, so that the reader stays in registers.
 template <class Reader>
-Scanned scan(Reader reader) {
+[[gnu::always_inline]] inline Scanned scan(Reader reader) {
   Scanned result{false, false, 0};
   skip_blanks(reader);
   if (!reader.done() && (reader.ascii() == '-' || reader.ascii() == '+')) {
     result.negative = reader.ascii() == '-';
     reader.skip();
   }
-  while (!reader.done()) {
-    const auto digit = static_cast<unsigned>(reader.ascii() - '0');
-    if (digit > 9) break;
-    result.magnitude = append_digit(result.magnitude, digit);
-    result.valid = true;
-    reader.skip();
-  }
+  result.magnitude = scan_digits(reader, result.valid);
   skip_blanks(reader);
   result.valid = result.valid && reader.done();
   return result;

@@ -17,18 +17,21 @@ namespace comnlib::text_family {
 // impossible, or UTF-16 has an odd length.
 struct Source {
   CS_RETCODE code;
-  Bytes bytes;
+  Text text;
   Encoding encoding;
 };
+
+inline Source source_of(const Conversion& call, const CS_BYTE* bytes, std::size_t length) {
+  const Encoding encoding = encoding_of(*call.context, *call.srcfmt);
+  return {CS_SUCCEED, {{bytes, length}, attributes_of(encoding)}, encoding};
+}
 
 struct CharacterSource {
   static constexpr bool serves(CS_INT datatype) { return is_character(datatype); }
   static Source read(const Conversion& call) {
     require(call.srcfmt->maxlength >= 1);
-    const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
-    return {CS_SUCCEED,
-            {static_cast<const CS_BYTE*>(call.src), length},
-            encoding_of(*call.context, *call.srcfmt)};
+    return source_of(call, static_cast<const CS_BYTE*>(call.src),
+                     static_cast<std::size_t>(call.srcfmt->maxlength));
   }
 };
 
@@ -36,9 +39,8 @@ struct VarcharSource {
   static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARCHAR_TYPE; }
   static Source read(const Conversion& call) {
     const CS_SMALLINT length = record_length(call.src);
-    const Encoding encoding = encoding_of(*call.context, *call.srcfmt);
-    if (length < 0 || length > CS_MAX_CHAR) return {CS_CVT_DOMAIN, {}, encoding};
-    return {CS_SUCCEED, {record_bytes(call.src), static_cast<std::size_t>(length)}, encoding};
+    if (length < 0 || length > CS_MAX_CHAR) return {CS_CVT_DOMAIN, {}, {}};
+    return source_of(call, record_bytes(call.src), static_cast<std::size_t>(length));
   }
 };
 
@@ -49,14 +51,14 @@ struct UnicharSource {
     const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
     const bool whole = length % sizeof(CS_UNICHAR) == 0;
     return {whole ? CS_SUCCEED : CS_CVT_BADXLATE,
-            {static_cast<const CS_BYTE*>(call.src), length},
+            {{static_cast<const CS_BYTE*>(call.src), length}, nullptr, true},
             kUtf16};
   }
 };
 
 // Text from which a number, a date or hexadecimal digits are read.
 struct Literal {
-  Text text;
+  const Text& text;
   const Conversion& call;
 };
 
@@ -116,15 +118,14 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
     *call.destlen = 0;
     return trace(source.code, place);
   }
-  if constexpr (requires { Target::convert(source.bytes, source.encoding, call); }) {
-    return trace(Target::convert(source.bytes, source.encoding, call), place);
+  if constexpr (requires { Target::convert(source.text.bytes, source.encoding, call); }) {
+    return trace(Target::convert(source.text.bytes, source.encoding, call), place);
   } else {
-    const Text text{source.bytes, attributes_of(source.encoding), source.encoding.utf16};
-    if (text.utf16 && !is_utf16(text.bytes)) {
+    if (source.text.utf16 && !is_utf16(source.text.bytes)) {
       *call.destlen = 0;
       return trace(CS_CVT_BADXLATE, place);
     }
-    return trace(Target::convert({text, call}), place);
+    return trace(Target::convert({source.text, call}), place);
   }
 }
 

@@ -193,16 +193,6 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
 
 }  // namespace
 
-Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
-  if (locale == nullptr || locale->ctypeptr == nullptr) return {nullptr, false};
-  return {locale->ctypeptr->locchardesc, false};
-}
-
-const char_attrib* attributes_of(const Encoding& encoding) {
-  return encoding.charset == nullptr ? nullptr : encoding.charset->char_attrib;
-}
-
 CS_RETCODE copy_to_character(Bytes text, const Encoding& from, const Conversion& call) {
   const Encoding to = encoding_of(*call.context, *call.destfmt);
   const std::span<CS_BYTE> room = room_of(call);

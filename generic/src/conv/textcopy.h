@@ -35,10 +35,16 @@ struct Encoding {
 };
 
 // The encoding of the character data that a format describes: its locale's or else the context's.
-Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format);
+inline Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  if (locale == nullptr || locale->ctypeptr == nullptr) return {nullptr, false};
+  return {locale->ctypeptr->locchardesc, false};
+}
 inline constexpr Encoding kUtf16 = {nullptr, true};
 
-const char_attrib* attributes_of(const Encoding& encoding);
+inline const char_attrib* attributes_of(const Encoding& encoding) {
+  return encoding.charset == nullptr ? nullptr : encoding.charset->char_attrib;
+}
 
 // Text into a padded character destination (comn__padchar), a padded Unicode-character destination
 // (comn__padunichar), or a CS_VARCHAR, from the encoding `from`. Codes as in convert.h.

@@ -157,7 +157,7 @@ Limb eight_digits(const char* text) {
   return high * 10'000 + low;
 }
 
-// The digits of a literal in order, whatever side of the point they stand on.
+// The digits of a literal, which outlives it, in order, whatever side of the point they stand on.
 class DigitRun {
  public:
   explicit DigitRun(const Literal& literal)
@@ -208,8 +208,8 @@ class DigitRun {
     }
   }
 
-  std::string_view integer_;
-  std::string_view fraction_;
+  const std::string_view& integer_;
+  const std::string_view& fraction_;
 };
 
 // Decimal digits of a magnitude; 78 stands for any number above 77.
@@ -344,6 +344,14 @@ CS_INT to_integer(const constant& src, std::int64_t lowest, std::int64_t highest
 
 CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
                      CS_NUMERIC& dest) {
+  if (precision != kFromText && scale != kFromText) {
+    constant record{Com__Nume_Prec_To_Len[precision], precision, scale, dest.array};
+    const CS_INT status = parse(text, record, rounding);
+    if (status == kExactSyntax) return status;
+    dest.precision = precision;
+    dest.scale = scale;
+    return status;
+  }
   std::array<CS_BYTE, CS_MAX_NUMLEN> array;
   const CS_INT length =
       precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};

@@ -2,10 +2,13 @@
 // both inlined into it. Runs of ASCII, which most text is, are moved without decoding.
 #include "intl/xlate.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstdint>
-#include <string_view>
+#include <type_traits>
 
 #include "chars/utf.h"
 #include "intl/convcfg.h"
@@ -24,10 +27,40 @@ constexpr std::size_t kLacking = ~std::size_t{0};
 // Codecs decode and encode one character each. kAsciiUnit is the size of an ASCII character where
 // ASCII stands for itself.
 
+// The four bytes at the front of UTF-8, the first one lowest. A lead byte below 0xC2 would make an
+// overlong pair.
+struct Utf8Word {
+  std::uint32_t bytes;
+
+  static Utf8Word at(const CS_BYTE* from) {
+    Utf8Word word;
+    std::memcpy(&word.bytes, from, sizeof word.bytes);
+    return word;
+  }
+  bool is_pair() const { return (bytes & 0xC0E0) == 0x80C0 && (bytes & 0x1E) != 0; }
+  bool is_two_pairs() const {
+    return (bytes & 0xC0E0C0E0) == 0x80C080C0 && (bytes & 0x1E) != 0 && (bytes & 0x1E0000) != 0;
+  }
+  char32_t pair() const { return (bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F); }
+  char32_t second_pair() const { return Utf8Word{bytes >> 16}.pair(); }
+  bool is_triple() const {
+    return (bytes & 0xC0C0F0) == 0x8080E0 && triple() >= 0x800 && !is_surrogate(triple());
+  }
+  char32_t triple() const {
+    return (bytes & 0xF) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
+  }
+};
+
 struct Utf8Codec {
   static constexpr std::size_t kAsciiUnit = 1;
   bool ascii() const { return true; }
-  Decoded decode(Bytes text) const { return decode_utf8(text); }
+  Decoded decode(Bytes text) const {
+    if (text.size() >= sizeof(Utf8Word)) {
+      const Utf8Word word = Utf8Word::at(text.data());
+      if (word.is_pair()) return {word.pair(), 2};
+    }
+    return decode_utf8(text);
+  }
   std::size_t encode(char32_t code, Room room) const { return encode_utf8(code, room); }
 };
 
@@ -93,59 +126,126 @@ void put_unit(CS_BYTE* at, char32_t unit) {
   }
 }
 
-// Moves the ASCII characters at the start of `text`; returns how many there were room for.
-template <class From, class To>
-std::size_t move_ascii(Bytes text, Room room) {
-  constexpr std::size_t kIn = From::kAsciiUnit;
-  constexpr std::size_t kOut = To::kAsciiUnit;
-  const std::size_t limit = std::min(text.size() / kIn, room.size() / kOut);
-  std::size_t count = 0;
-  if constexpr (kIn == 1) {
-    // Eight at a time while none has its top bit set; the widening loop vectorises.
-    constexpr std::uint64_t kTopBits = 0x8080808080808080;
-    for (; count + 8 <= limit; count += 8) {
-      std::uint64_t block;
-      std::memcpy(&block, text.data() + count, sizeof block);
-      if ((block & kTopBits) != 0) break;
-      for (std::size_t at = 0; at < 8; ++at)
-        put_unit<kOut>(room.data() + (count + at) * kOut, text[count + at]);
+// Where a translation stands. Steps take it and return it advanced, and are inlined: so it stays in
+// registers.
+struct Cursor {
+  const CS_BYTE* in;
+  const CS_BYTE* end;
+  CS_BYTE* out;
+  CS_BYTE* full;
+
+  std::size_t left() const { return static_cast<std::size_t>(end - in); }
+  std::size_t room() const { return static_cast<std::size_t>(full - out); }
+  void advance(std::size_t read, std::size_t written) {
+    in += read;
+    out += written;
+  }
+};
+
+// Characters that are moved at once; there is room for all of them, whichever count.
+constexpr std::size_t kBlock = 16;
+
+// Moves the ASCII characters at the front of a block and returns how many they are.
+template <std::size_t In, std::size_t Out>
+std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
+  const auto load = [in](int at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in) + at);
+  };
+  const auto save = [out](int at, __m128i block) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out) + at, block);
+  };
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i first = load(0);
+  unsigned beyond = 0;  // a bit for each character that is not ASCII
+  if constexpr (In == 1) {
+    beyond = static_cast<unsigned>(_mm_movemask_epi8(first));
+    save(0, Out == 1 ? first : _mm_unpacklo_epi8(first, zero));
+    if constexpr (Out == 2) save(1, _mm_unpackhi_epi8(first, zero));
+  } else {
+    const auto is_ascii = [zero](__m128i units) {
+      return _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(~0x7F)), zero);
+    };
+    const __m128i second = load(1);
+    const __m128i ascii = _mm_packs_epi16(is_ascii(first), is_ascii(second));
+    beyond = ~static_cast<unsigned>(_mm_movemask_epi8(ascii));
+    save(0, Out == 1 ? _mm_packus_epi16(first, second) : first);
+    if constexpr (Out == 2) save(1, second);
+  }
+  return static_cast<std::size_t>(std::countr_zero(beyond | 1U << kBlock));
+}
+
+template <std::size_t In>
+bool begins_with_ascii(const Cursor& at) {
+  return at.left() >= In && unit_at<In>(at.in) < 0x80;
+}
+
+// Moves the ASCII characters that come next, as far as there is room. That all of a block are ASCII
+// is the common case, and the processor can go on before it knows.
+template <std::size_t In, std::size_t Out>
+[[gnu::always_inline]] inline Cursor move_ascii(Cursor at) {
+  while (at.left() >= kBlock * In && at.room() >= kBlock * Out) {
+    const std::size_t count = move_block<In, Out>(at.in, at.out);
+    if (count < kBlock) {
+      at.advance(count * In, count * Out);
+      return at;
     }
+    at.advance(kBlock * In, kBlock * Out);
   }
-  for (; count < limit; ++count) {
-    const char32_t unit = unit_at<kIn>(text.data() + count * kIn);
+  while (at.left() >= In && at.room() >= Out) {
+    const char32_t unit = unit_at<In>(at.in);
     if (unit >= 0x80) break;
-    put_unit<kOut>(room.data() + count * kOut, unit);
+    put_unit<Out>(at.out, unit);
+    at.advance(In, Out);
   }
-  return count;
+  return at;
+}
+
+// Moves the characters of two and of three bytes that come next, which most alphabets have in runs,
+// as far as the target has them and there is room. Pairs go by twos.
+template <class To>
+[[gnu::always_inline]] inline Cursor move_utf8(Cursor at, To to) {
+  const auto move = [&at, to](char32_t code, std::size_t bytes) {
+    const std::size_t length = to.encode(code, {at.out, at.full});
+    if (length == 0 || length == kLacking) return false;
+    at.advance(bytes, length);
+    return true;
+  };
+  while (at.left() >= sizeof(Utf8Word)) {
+    const Utf8Word word = Utf8Word::at(at.in);
+    if (!word.is_two_pairs() || !move(word.pair(), 2) || !move(word.second_pair(), 2)) break;
+  }
+  while (at.left() >= sizeof(Utf8Word)) {
+    const Utf8Word word = Utf8Word::at(at.in);
+    if (!word.is_triple() || !move(word.triple(), 3)) break;
+  }
+  return at;
 }
 
 template <class From, class To>
 Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
   const bool ascii = from.ascii() && to.ascii();
-  std::size_t written = 0;
+  Cursor at{text.data(), text.data() + text.size(), room.data(), room.data() + room.size()};
+  const auto result = [&](CS_RETCODE code) {
+    return Translated{code, static_cast<std::size_t>(at.out - room.data())};
+  };
   CS_RETCODE code = CS_SUCCEED;
-  while (!text.empty()) {
-    if (ascii) {
-      const std::size_t count = move_ascii<From, To>(text, room.subspan(written));
-      text = text.subspan(count * From::kAsciiUnit);
-      written += count * To::kAsciiUnit;
-      if (text.empty()) break;
-    }
-    const Decoded character = from.decode(text);
-    if (character.bytes == 0) return {CS_CVT_BADXLATE, written};
-    const Room rest = room.subspan(written);
-    std::size_t length = to.encode(character.code, rest);
+  while (at.in != at.end) {
+    if (ascii && begins_with_ascii<From::kAsciiUnit>(at))
+      at = move_ascii<From::kAsciiUnit, To::kAsciiUnit>(at);
+    if constexpr (std::is_same_v<From, Utf8Codec>) at = move_utf8(at, to);
+    if (at.in == at.end) break;
+    const Decoded character = from.decode({at.in, at.end});
+    if (character.bytes == 0) return result(CS_CVT_BADXLATE);
+    std::size_t length = to.encode(character.code, {at.out, at.full});
     if (length == kLacking) {
-      if (replacement.empty()) return {CS_CVT_BADXLATE, written};
-      length = replacement.size() <= rest.size() ? replacement.size() : 0;
-      std::ranges::copy(replacement.first(length), rest.begin());
+      length = replacement.size() <= at.room() ? replacement.size() : 0;
+      std::copy_n(replacement.data(), length, at.out);
       if (length != 0) code = CS_CVT_SUBSTITUTED;
     }
-    if (length == 0) return {CS_CVT_TRUNCATED, written};
-    written += length;
-    text = text.subspan(character.bytes);
+    if (length == 0) return result(CS_CVT_TRUNCATED);
+    at.advance(character.bytes, length);
   }
-  return {code, written};
+  return result(code);
 }
 
 // How one end is coded, with its table loaded.
