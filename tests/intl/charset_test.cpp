@@ -185,15 +185,6 @@ TEST(CharsetFile, TablesThatTheFileLacks) {
   }
 }
 
-TEST(CharsetFile, AllocationsFailInTurn) {
-  const std::string text = class2(header(256, 256, 1024, 256, 1, 1, 1),
-                                  {std::string(512, '1'), zeros(256), zeros(1024), zeros(256)});
-  for (std::size_t n = 3; n <= 7; ++n) {  // behind the descriptor and the file
-    const host_alloc::Failing failing(n);
-    EXPECT_EQ(CS_MEM_ERROR, read(text)) << n;
-  }
-}
-
 class ShippedSets : public testing::Test {
  protected:
   ShippedSets() { EXPECT_EQ(CS_SUCCEED, context_.init()); }
