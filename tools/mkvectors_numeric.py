@@ -243,11 +243,6 @@ PAIRS = [
     ((5, 2, -0.0), (7, 1, 0)),
     ((5, 2, -12345), (5, 2, -12345)),
     ((5, 2, 12345), (5, 2, -12345)),
-    # An estimated quotient digit that only the second divisor limb corrects, and one that has to be
-    # corrected by adding the divisor back.
-    ((39, 0, 0x7FFFFFFF_80000000_00000000_00000000), (39, 0, 0x80000000_00000000_00000001)),
-    ((39, 0, 0x80000000_FFFFFFFE_00000000_00000000), (39, 0, 0x80000000_FFFFFFFF_FFFFFFFF)),
-    ((39, 0, 0x80000000_00000000_00000003), (39, 0, 0x20000000_00000000_00000001)),
     ((0, 0, 1), (1, 0, 1)),
     ((1, 0, 1), (78, 0, 1)),
     ((255, 255, 1), (1, 0, 0)),
@@ -312,18 +307,24 @@ def kernel():
         yield row("mul", (n, a), (m, b), spec, "", status, value)
         status, value = divide(a, b, t.precision, t.scale, size)
         yield row("div", (n, a), (m, b), spec, "", status, value)
-    # Divisions of many limbs, and of so many bytes that the room is not enough.
+    # Divisions whose estimated digits only the second divisor limb corrects, or that have to be
+    # corrected by adding the divisor back; of many limbs; and of so many that the room is not enough.
+    hard = [(0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
+            (0x80000000_FFFFFFFE_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
+            (0x80000000_00000000_00000003, 0x20000000_00000000_00000001)]
     for n, m in [(33, 17), (33, 9), (66, 33), (66, 34), (65, 2), (67, 2), (64, 2), (64, 8)] * 3:
-        dividend = rng.choice([rng.randrange(room(n)), room(n) - 1])
-        divisor = rng.randrange(1, room(m))
+        hard.append((rng.choice([rng.randrange(room(n)), room(n) - 1]), rng.randrange(1, room(m))))
+    for dividend, divisor in hard:
+        n = 1 + (dividend.bit_length() + 7) // 8
+        m = 1 + (divisor.bit_length() + 7) // 8
         used = (dividend.bit_length() + 7) // 8
         by = (divisor.bit_length() + 7) // 8
         over = used + used - by + 2 > 132
         yield row("intdiv", (n, Numeric(77, 0, dividend)), (m, Numeric(77, 0, divisor)),
                   (n, Numeric(77, 0, 0)), "", int(over), None if over else dividend // divisor,
                   "" if over else dividend % divisor)
-    for _ in range(40):
-        n, a = record()
+    small = [(2, Numeric(5, 1, 7, sign)) for sign in (False, True)]  # 0.7 and -0.7
+    for n, a in small + [record() for _ in range(38)]:
         size, t = target(n)
         change = rng.choice([0, 1, 3, 9, 10, 20, -1, -3, -9, -10, -20, 77, -77, 78, -78])
         status, value = scaled(a.magnitude, change)
@@ -344,12 +345,12 @@ def kernel():
         yield row("round", (n, a), None, (size, t), to, int(over),
                   None if over else Value(a.negative and value, value))
 
-        ceiling = rng.randint(0, 1)
-        quotient, rest = divmod(a.magnitude, 10**a.scale)
-        quotient += bool(rest) and a.negative != bool(ceiling)
-        over = quotient >= room(size)
-        yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
-                  None if over else Value(a.negative and quotient, quotient))
+        for ceiling in (0, 1):
+            quotient, rest = divmod(a.magnitude, 10**a.scale)
+            quotient += bool(rest) and a.negative != bool(ceiling)
+            over = quotient >= room(size)
+            yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
+                      None if over else Value(a.negative and quotient, quotient))
 
 
 # --- conversions

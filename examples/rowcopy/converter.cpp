@@ -1,157 +1,116 @@
 #include "converter.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <new>
-
 #include "fatal.h"
+#include "report.h"
 
 namespace rowcopy {
 namespace {
 
-constexpr std::size_t kNumberRoom = 512;  // bytes; more than the text of any number takes
+// Looks up the routines that a column needs.
+class Finder {
+ public:
+  Finder(CS_CONTEXT* context, const Column& column) : context_(context), column_(column) {}
 
-bool is_number(const Datatype& type) {
-  return type.form == TextForm::kInteger || type.form == TextForm::kFloat;
-}
-
-bool is_varying(const Datatype& type) {
-  return type.code == CS_VARCHAR_TYPE || type.code == CS_VARBINARY_TYPE;
-}
-
-// Varchar and varbinary records share their layout: the count, then the bytes.
-static_assert(sizeof(CS_VARCHAR) == sizeof(CS_VARBINARY));
-static_assert(offsetof(CS_VARCHAR, str) == offsetof(CS_VARBINARY, array));
-constexpr std::size_t kCountSize = offsetof(CS_VARCHAR, str);
-
-// Character and binary values take their bytes as they are; too many are cut.
-CS_RETCODE store_bytes(std::string_view bytes, const Datatype& type, std::span<char> room,
-                       CS_INT& length) {
-  const std::span<char> target = is_varying(type) ? room.subspan(kCountSize) : room;
-  const std::size_t kept = std::min(bytes.size(), target.size());
-  bytes.copy(target.data(), kept);
-  length = static_cast<CS_INT>(kept);
-  if (is_varying(type)) {
-    const auto count = static_cast<CS_SMALLINT>(kept);
-    std::memcpy(room.data(), &count, sizeof count);
-    length = type.size;
+  Conversion find(const CS_DATAFMT& source, const std::string& source_name,
+                  const CS_DATAFMT& target, const std::string& target_name) const {
+    const CS_CONV_FUNC routine = com_conv_func(context_, source.datatype, target.datatype);
+    if (routine == nullptr) {
+      throw Fatal(column_.place + ": column \"" + column_.name +
+                  "\": there is no conversion from " + source_name + " to " + target_name);
+    }
+    return {context_, routine, source, target};
   }
-  return kept < bytes.size() ? CS_CVT_TRUNCATED : CS_SUCCEED;
+
+ private:
+  CS_CONTEXT* context_;
+  const Column& column_;
+};
+
+CS_DATAFMT format_of_code(CS_INT code, CS_LOCALE* locale) {
+  CS_DATAFMT format = format_of(kText, locale);
+  format.datatype = code;
+  return format;
 }
 
-CS_RETCODE load_bytes(std::span<const char> value, const Datatype& type, std::string_view& bytes) {
-  bytes = {value.data(), value.size()};
-  if (!is_varying(type)) return CS_SUCCEED;
-  CS_SMALLINT count = 0;
-  if (bytes.size() != sizeof(CS_VARCHAR)) return CS_CVT_DOMAIN;
-  std::memcpy(&count, bytes.data(), sizeof count);
-  if (count < 0 || count > CS_MAX_CHAR) return CS_CVT_DOMAIN;
-  bytes = bytes.substr(kCountSize, static_cast<std::size_t>(count));
-  return CS_SUCCEED;
+// The text of a value of that type; money with all of its decimals.
+CS_DATAFMT text_format(const Datatype& type, CS_LOCALE* locale) {
+  constexpr CS_INT kMoneyDecimals = 4;
+  CS_DATAFMT format = format_of(kText, locale);
+  format.maxlength = type.text_size;
+  format.precision = kMoneyDecimals;
+  return format;
+}
+
+// A null has no digits from which a numeric could take its precision.
+CS_DATAFMT null_format(CS_DATAFMT format) {
+  if (format.precision == CS_USE_SRCVALUE) {
+    format.precision = 1;
+    format.scale = 0;
+  }
+  return format;
 }
 
 }  // namespace
 
-Context::Context() {
-  if (com_conv_init(&context_) == CS_SUCCEED && com_null_init(&context_) == CS_SUCCEED) return;
-  release();
-  throw std::bad_alloc();
+TextReader::TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as,
+                       Locales locales) {
+  const Finder finder(context, column);
+  const CS_DATAFMT text = format_of(kText, locales.from);
+  const CS_DATAFMT first = format_of(read_as, locales.to);
+  const CS_DATAFMT target = format_of(column.type, locales.to);
+  from_null_ = finder.find(format_of_code(CS_VOID_TYPE, locales.from), "null", null_format(target),
+                           column.type.name);
+  from_empty_ =
+      finder.find(format_of_code(CS_VARCHAR_TYPE, locales.from), "varchar", first, read_as.name);
+  from_text_ = finder.find(text, kText.name, first, read_as.name);
+  if (read_as == column.type) return;
+  onward_ = finder.find(first, read_as.name, target, column.type.name);
+  intermediate_.resize(static_cast<std::size_t>(read_as.size));
 }
 
-Context::~Context() {
-  release();
-}
-
-void Context::release() {
-  com_null_free(&context_);
-  com_conv_free(&context_);
-}
-
-ColumnConverter::ColumnConverter(Context& context, const Column& column,
-                                 const std::string& layout_path)
-    : context_(context.get()), read_as_(column.read_as), type_(column.type) {
-  const auto find = [&](CS_INT from, const std::string& from_name, CS_INT to,
-                        const std::string& to_name) {
-    const CS_CONV_FUNC routine = com_conv_func(context_, from, to);
-    if (routine == nullptr) {
-      throw Fatal(layout_path + ":" + std::to_string(column.line) + ": column \"" + column.name +
-                  "\": there is no conversion from " + from_name + " to " + to_name);
-    }
-    return routine;
-  };
-  from_null_ = find(CS_VOID_TYPE, "null", type_.code, type_.name);
-  if (is_number(read_as_)) {
-    from_integer_ = find(CS_INT_TYPE, "int", read_as_.code, read_as_.name);
-    from_float_ = find(CS_FLOAT_TYPE, "float", read_as_.code, read_as_.name);
-  }
-  if (read_as_ != type_) {
-    onward_ = find(read_as_.code, read_as_.name, type_.code, type_.name);
-    intermediate_.resize(static_cast<std::size_t>(read_as_.size));
-  }
-  if (is_number(type_)) to_characters_ = find(type_.code, type_.name, CS_CHAR_TYPE, "char");
-}
-
-CS_RETCODE ColumnConverter::to_record(Field field, std::span<char> room, CS_INT& length) {
-  std::ranges::fill(room, '\0');
-  length = 0;
+CS_RETCODE TextReader::read_other(const Field& field, char* room, CS_INT& length) {
   if (field.null) {
-    const CS_RETCODE code =
-        convert(from_null_, format_of(CS_VOID_TYPE, 0), "", type_.code, room, length);
+    const CS_RETCODE code = from_null_("", 0, room, length);
     length = kNull;
     return code;
   }
-  if (onward_ == nullptr) return read(field.text, type_, room, length);
-
-  CS_INT read_length = 0;
-  const CS_RETCODE code = read(field.text, read_as_, intermediate_, read_length);
-  if (code != CS_SUCCEED) return code;
-  return convert(onward_, format_of(read_as_.code, read_length), intermediate_.data(), type_.code,
-                 room, length);
-}
-
-CS_RETCODE ColumnConverter::read(std::string_view text, const Datatype& type, std::span<char> room,
-                                 CS_INT& length) {
+  if (!onward_) return read_text(field, room, length);
+  CS_INT first_length = 0;
+  const CS_RETCODE code = read_text(field, intermediate_.data(), first_length);
+  if (code == CS_SUCCEED)
+    return onward_(intermediate_.data(), static_cast<std::size_t>(first_length), room, length);
   length = 0;
-  if (type.form == TextForm::kCharacters) return store_bytes(text, type, room, length);
-  if (type.form == TextForm::kHexadecimal) {
-    const CS_RETCODE code = read_hexadecimal(text, bytes_);
-    if (code != CS_SUCCEED) return code;
-    return store_bytes({bytes_.data(), bytes_.size()}, type, room, length);
-  }
-  Number number;
-  const CS_RETCODE code = read_number(text, type.form, number);
-  if (code != CS_SUCCEED) return code;
-  const CS_CONV_FUNC routine = number.code == CS_INT_TYPE ? from_integer_ : from_float_;
-  return convert(routine, format_of(number.code, 0), number.data(), type.code, room, length);
-}
-
-CS_RETCODE ColumnConverter::convert(CS_CONV_FUNC routine, const CS_DATAFMT& source_format,
-                                    const void* source, CS_INT code, std::span<char> room,
-                                    CS_INT& length) {
-  const CS_DATAFMT format = format_of(code, static_cast<CS_INT>(room.size()));
-  length = 0;
-  return routine(context_, &source_format, source, &format, room.data(), &length);
-}
-
-CS_RETCODE ColumnConverter::to_text(std::span<const char> value, std::string& text) {
-  text.clear();
-  if (!is_number(type_)) {
-    std::string_view bytes;
-    const CS_RETCODE code = load_bytes(value, type_, bytes);
-    if (type_.form == TextForm::kHexadecimal && code == CS_SUCCEED) {
-      append_hexadecimal(bytes, text);
-    } else {
-      text = bytes;
-    }
-    return code;
-  }
-  std::array<char, kNumberRoom> characters;
-  CS_INT length = 0;
-  const CS_RETCODE code = convert(to_characters_, format_of(type_.code, type_.size), value.data(),
-                                  CS_CHAR_TYPE, characters, length);
-  text.assign(characters.data(), static_cast<std::size_t>(length));
   return code;
+}
+
+CS_RETCODE TextReader::read_text(const Field& field, char* room, CS_INT& length) {
+  static constexpr CS_VARCHAR kEmpty{};
+  if (field.text.empty()) return from_empty_(&kEmpty, sizeof kEmpty, room, length);
+  return from_text_(field.text.data(), field.text.size(), room, length);
+}
+
+ColumnConverter::ColumnConverter(CS_CONTEXT* context, const Column& column, Locales locales)
+    : varying_(is_varying(column.type.code)),
+      reader_(context, column, column.read_as, locales),
+      rereader_(context, column, column.type, {locales.to, locales.to}),
+      to_text_(Finder(context, column)
+                   .find(format_of(column.type, locales.to), column.type.name,
+                         text_format(column.type, locales.to), kText.name)),
+      again_(static_cast<std::size_t>(column.type.size)) {}
+
+std::string translate(CS_CONTEXT* context, const std::string& text, Locales locales) {
+  constexpr std::size_t kGrowth = 4;  // bytes of the longest character
+  std::string translated(kGrowth * text.size(), '\0');
+  CS_DATAFMT target = format_of(kText, locales.to);
+  target.maxlength = static_cast<CS_INT>(translated.size());
+  Conversion convert(context, com_conv_func(context, CS_CHAR_TYPE, CS_CHAR_TYPE),
+                     format_of(kText, locales.from), target);
+  CS_INT length = 0;
+  const CS_RETCODE code = convert(text.data(), text.size(), translated.data(), length);
+  if (code != CS_SUCCEED)
+    throw Fatal("heading " + show_value(text) + " cannot be written: " + code_name(code));
+  translated.resize(static_cast<std::size_t>(length));
+  return translated;
 }
 
 }  // namespace rowcopy

@@ -1,66 +1,116 @@
 // Moves the values of one column between text and record, every datatype through the routines of
-// the context's conversion matrix.
+// the context's conversion matrix, which are looked up once, with formats that are made once.
 #pragma once
 
-#include <span>
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
-#include "comnlib.h"
 #include "csv_reader.h"
 #include "layout.h"
-#include "text_value.h"
 
 namespace rowcopy {
 
-// The host's context, with the default conversions and null values.
-class Context {
- public:
-  Context();
-  ~Context();
-  Context(const Context&) = delete;
-  Context& operator=(const Context&) = delete;
+// The length of a null value in a record.
+constexpr CS_INT kNull = -1;
 
-  CS_CONTEXT* get() { return &context_; }
+// The locales of the text that is read and of the text that is written, whose character set is the
+// records' too; null for the context's.
+struct Locales {
+  CS_LOCALE* from = nullptr;
+  CS_LOCALE* to = nullptr;
+};
+
+// One entry of the matrix with the formats of its two sides.
+class Conversion {
+ public:
+  Conversion() = default;
+  Conversion(CS_CONTEXT* context, CS_CONV_FUNC routine, const CS_DATAFMT& source,
+             const CS_DATAFMT& target)
+      : context_(context), routine_(routine), source_(source), target_(target) {}
+
+  explicit operator bool() const { return routine_ != nullptr; }
+
+  CS_RETCODE operator()(const void* source, std::size_t size, void* target, CS_INT& length) {
+    source_.maxlength = static_cast<CS_INT>(size);
+    length = 0;
+    return routine_(context_, &source_, source, &target_, target, &length);
+  }
 
  private:
-  void release();
+  CS_CONTEXT* context_ = nullptr;
+  CS_CONV_FUNC routine_ = nullptr;
+  CS_DATAFMT source_{};
+  CS_DATAFMT target_{};
+};
 
-  CS_CONTEXT context_{};
+// Reads text as the type of a column, straight or by way of another type.
+class TextReader {
+ public:
+  // A pair of datatypes without a routine is a Fatal. The context outlives the reader.
+  TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as, Locales locales);
+
+  // Stores the value in `room`, which has the column type's size, and its number of bytes, or
+  // kNull. CS_SUCCEED or a conversion code; the room then holds what the routine left there.
+  CS_RETCODE read(const Field& field, char* room, CS_INT& length) {
+    if (onward_ || field.text.empty()) return read_other(field, room, length);
+    return from_text_(field.text.data(), field.text.size(), room, length);
+  }
+
+ private:
+  CS_RETCODE read_other(const Field& field, char* room, CS_INT& length);
+  CS_RETCODE read_text(const Field& field, char* room, CS_INT& length);
+
+  Conversion from_null_;
+  Conversion from_empty_;  // a character value has at least one byte, a varchar may be empty
+  Conversion from_text_;
+  Conversion onward_;  // of what the text is read as, where it is another type
+  std::vector<char> intermediate_;
 };
 
 class ColumnConverter {
  public:
-  // Looks the routines up; a pair without one is a Fatal. The context and the layout's path must
-  // outlive the constructor, the context the converter too.
-  ColumnConverter(Context& context, const Column& column, const std::string& layout_path);
+  ColumnConverter(CS_CONTEXT* context, const Column& column, Locales locales);
 
-  // Converts the text to the column's type and stores it in `room`, which has the type's size and
-  // is zero behind the value. `length` becomes the number of bytes stored, or kNull.
-  // CS_SUCCEED or a conversion code; the room then holds what the routine left there.
-  CS_RETCODE to_record(Field field, std::span<char> room, CS_INT& length);
+  CS_RETCODE to_record(const Field& field, char* room, CS_INT& length) {
+    return reader_.read(field, room, length);
+  }
 
-  // Replaces `text` by the text of a value as to_record stored it. CS_SUCCEED or a conversion code.
-  CS_RETCODE to_text(std::span<const char> value, std::string& text);
+  // Writes the text of a value of `length` bytes, which is not kNull, to `room`, which has the
+  // type's text_size.
+  CS_RETCODE to_text(const char* value, CS_INT length, char* room, CS_INT& text_length) {
+    text_length = 0;
+    if (length == 0) return CS_SUCCEED;  // empty data
+    return to_text_(value, static_cast<std::size_t>(length), room, text_length);
+  }
 
-  static constexpr CS_INT kNull = -1;
+  // Whether a text in the character set of the records reads as that value.
+  bool reads_as(const Field& field, const char* value, CS_INT length) {
+    CS_INT again_length = 0;
+    return rereader_.read(field, again_.data(), again_length) == CS_SUCCEED &&
+           again_length == length &&
+           std::memcmp(again_.data(), value, used_bytes(value, length)) == 0;
+  }
 
  private:
-  CS_RETCODE convert(CS_CONV_FUNC routine, const CS_DATAFMT& source_format, const void* source,
-                     CS_INT code, std::span<char> room, CS_INT& length);
-  CS_RETCODE read(std::string_view text, const Datatype& type, std::span<char> room,
-                  CS_INT& length);
+  // The bytes of a stored value that count: those behind a varying value's own length do not.
+  std::size_t used_bytes(const char* value, CS_INT length) const {
+    if (!varying_) return static_cast<std::size_t>(length);
+    CS_SMALLINT count = 0;
+    std::memcpy(&count, value, sizeof count);
+    return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
+  }
 
-  CS_CONTEXT* context_;
-  Datatype read_as_;
-  Datatype type_;
-  CS_CONV_FUNC from_null_ = nullptr;
-  CS_CONV_FUNC from_integer_ = nullptr;  // to read_as
-  CS_CONV_FUNC from_float_ = nullptr;    // to read_as
-  CS_CONV_FUNC onward_ = nullptr;        // from read_as to type, where they differ
-  CS_CONV_FUNC to_characters_ = nullptr;
-  std::vector<char> intermediate_;  // a value of read_as
-  std::vector<char> bytes_;
+  bool varying_;
+  TextReader reader_;
+  TextReader rereader_;
+  Conversion to_text_;
+  std::vector<char> again_;
 };
+
+// The text in the character set of the records; text that does not convert without a loss is a
+// Fatal.
+std::string translate(CS_CONTEXT* context, const std::string& text, Locales locales);
 
 }  // namespace rowcopy

@@ -1,13 +1,10 @@
-// Streams the rows of a CSV file: quoted fields with doubled quotes and line ends inside, LF, CRLF
-// or CR between rows, every other byte passed through. Memory stays bounded by the longest row.
+// Streams the rows of a CSV file in batches: quoted fields with doubled quotes and line ends
+// inside, LF, CRLF or CR between rows, every other byte passed through. Fields are views of the
+// reader's buffer; its memory stays bounded by the longest row.
 #pragma once
 
-#include <csv.h>
-
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,69 +18,78 @@ struct Field {
   bool null;  // empty and not quoted
 };
 
-class Row {
+// Rows of one width. A row's line is the one of the file on which it begins, from 1.
+class Batch {
  public:
-  std::size_t size() const { return cells_.size(); }
-  Field operator[](std::size_t at) const {
-    const Cell& cell = cells_[at];
-    return {std::string_view(bytes_).substr(cell.offset, cell.length), cell.null};
-  }
-  // The line of the file on which the row begins, from 1.
-  std::size_t line() const { return line_; }
+  explicit Batch(std::size_t width) : width_(width) {}
+
+  std::size_t size() const { return lines_.size(); }
+  std::size_t width() const { return width_; }
+  // Of a column: its field in the first row; that of the next row stands width() fields behind.
+  const Field* column(std::size_t at) const { return &fields_[at]; }
+  std::size_t line(std::size_t row) const { return lines_[row]; }
+
+  // Rows of another width, which hold no place among the others.
+  struct Misfit {
+    std::size_t line;
+    std::size_t fields;
+  };
+  const std::vector<Misfit>& misfits() const { return misfits_; }
 
  private:
   friend class CsvReader;
-  struct Cell {
-    std::size_t offset;
-    std::size_t length;
-    bool null;
-  };
-
-  std::size_t line_ = 0;
-  std::string bytes_;
-  std::vector<Cell> cells_;
+  std::size_t width_;
+  std::vector<Field> fields_;
+  std::vector<std::size_t> lines_;
+  std::vector<Misfit> misfits_;
 };
 
 class CsvReader {
  public:
   explicit CsvReader(const std::string& path);
-  ~CsvReader() { csv_free(&parser_); }
-  CsvReader(const CsvReader&) = delete;
-  CsvReader& operator=(const CsvReader&) = delete;
 
-  // Replaces `row` by the next one; false at the end. Throws Fatal with file and line for a quote
-  // that is misplaced or left open, and for a row of more than 16 MiB.
-  bool next(Row& row);
+  // The fields of the next row; none at the end of the file.
+  std::vector<std::string> next_row();
+
+  // Replaces the batch by the next rows, at most `limit` of its width; false at the end, with only
+  // misfits in it, if anything. Its fields hold until the next call. Throws Fatal with file and
+  // line for a quote that is misplaced or left open, and for a row of more than 16 MiB.
+  bool next(Batch& batch, std::size_t limit);
 
   std::uint64_t bytes_read() const { return bytes_read_; }
   // Lines without a byte between rows; they are no rows.
   std::size_t blank_lines() const { return blank_lines_; }
-  const std::string& path() const { return file_.path(); }
 
  private:
-  static void on_field(void* text, std::size_t length, void* self);
-  static void on_row(int terminator, void* self);
+  // Where a row is being read.
+  struct Cursor {
+    const char* at;
+    std::size_t line;
+    bool row_ended = false;
+  };
 
+  // Each returns false, with nothing taken, where the buffer ends too early.
+  bool scan_row(std::vector<Field>& fields);
+  bool scan_field(Cursor& cursor, std::vector<Field>& fields);
+  bool scan_quoted(Cursor& cursor, Field& field, bool& escaped);
+  bool skip_line_end(const char*& at) const;
+  bool skip_blank_lines();
+
+  void unescape(Field& field);
   bool refill();
-  void feed(std::string_view piece);
-  void finish();
-  std::string_view take_piece();
-  [[noreturn]] void fail();
+  std::size_t offset(const char* at) const { return static_cast<std::size_t>(at - buffer_.data()); }
   [[noreturn]] void fail_at(std::size_t line, const char* what) const;
 
   File file_;
-  csv_parser parser_{};
-  std::array<char, 65536> block_;
-  std::string_view unread_;  // of block_
+  std::vector<char> buffer_;
+  const char* begin_;  // of what is not read yet
+  const char* end_;
+  bool complete_ = false;  // nothing of the file is left behind end_
   std::uint64_t bytes_read_ = 0;
-  std::size_t line_ = 1;
+  std::size_t line_ = 1;      // at begin_
+  std::size_t row_line_ = 1;  // of the row read last
   std::size_t blank_lines_ = 0;
-  char last_byte_ = '\n';
-  Row* row_ = nullptr;  // being filled
-  bool row_open_ = false;
-  bool row_complete_ = false;
-  bool finished_ = false;
-  std::exception_ptr failure_;  // thrown in a callback, which C code must not see
+  std::vector<std::size_t> escaped_;  // fields of the row being read that hold doubled quotes
 };
 
 }  // namespace rowcopy

@@ -1,28 +1,46 @@
 #include "csv_writer.h"
 
-namespace rowcopy {
+#include "special.h"
 
-void CsvWriter::add(Field field) {
-  if (row_begun_) row_ += ',';
+namespace rowcopy {
+namespace {
+
+constexpr std::size_t kBlock = 65536;
+
+}  // namespace
+
+void CsvWriter::add(const Field& field) {
+  if (row_begun_) text_ += ',';
   row_begun_ = true;
   if (field.null) return;
-  if (!field.text.empty() && field.text.find_first_of(",\"\r\n") == field.text.npos) {
-    row_ += field.text;
-    return;
+  const char* const end = field.text.data() + field.text.size();
+  if (field.text.empty() || find_special(field.text.data(), end) != end) {
+    add_quoted(field.text);
+  } else {
+    text_ += field.text;
   }
-  row_ += '"';
-  for (const char c : field.text) {
-    if (c == '"') row_ += c;
-    row_ += c;
+}
+
+void CsvWriter::add_quoted(std::string_view text) {
+  text_ += '"';
+  for (const char c : text) {
+    if (c == '"') text_ += c;
+    text_ += c;
   }
-  row_ += '"';
+  text_ += '"';
 }
 
 void CsvWriter::end_row() {
-  row_ += '\n';
-  file_.write(row_);
-  row_.clear();
+  text_ += '\n';
   row_begun_ = false;
+  if (text_.size() < kBlock) return;
+  file_.write(text_);
+  text_.clear();
+}
+
+void CsvWriter::close() {
+  file_.write(text_);
+  file_.close();
 }
 
 }  // namespace rowcopy

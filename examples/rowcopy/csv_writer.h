@@ -13,13 +13,16 @@ class CsvWriter {
  public:
   explicit CsvWriter(const std::string& path) : file_(path, File::Mode::kWrite) {}
 
-  void add(Field field);
+  // Behind the field's text kSpecialSlack bytes may be read.
+  void add(const Field& field);
   void end_row();
-  void close() { file_.close(); }
+  void close();
 
  private:
+  void add_quoted(std::string_view text);
+
   File file_;
-  std::string row_;
+  std::string text_;
   bool row_begun_ = false;
 };
 

@@ -1,5 +1,5 @@
-// The datatypes that a layout can name: how each is spelled, its code in the library, its size in a
-// record, and what its text looks like. A further type is a further row of the table.
+// The datatypes that a layout can name: how each is spelled, its code in the library, the room that
+// a value and its text take. A further type is a further row of the table.
 #pragma once
 
 #include <optional>
@@ -10,26 +10,36 @@
 
 namespace rowcopy {
 
-// How the text of a type is written in a CSV file.
-enum class TextForm { kInteger, kFloat, kCharacters, kHexadecimal };
-
 struct Datatype {
   CS_INT code;
-  CS_INT size;  // bytes of a value in a record; the longest one for character and binary types
-  TextForm form;
-  std::string name;  // as a layout spells it
+  CS_INT size;       // bytes of a value in a record; the longest one for variable lengths
+  CS_INT text_size;  // bytes of the longest text of a value, in any character set
+  CS_INT precision;  // of exact numerics
+  CS_INT scale;
+  std::string name;  // as a layout spells it, without blanks
 
-  bool operator==(const Datatype& other) const { return code == other.code && size == other.size; }
+  bool operator==(const Datatype& other) const {
+    return code == other.code && size == other.size && precision == other.precision &&
+           scale == other.scale;
+  }
 };
 
-// The type spelled "int", "char(40)", ..., or nothing when there is no such type or its length is
-// missing, out of range or not asked for.
+// Varchar and varbinary values: a count and the bytes, in records of one size.
+constexpr bool is_varying(CS_INT code) {
+  return code == CS_VARCHAR_TYPE || code == CS_VARBINARY_TYPE;
+}
+
+// The type spelled "int", "char(40)", "numeric(10,2)", ..., or nothing when there is no such type
+// or its arguments are missing, out of range or not asked for.
 std::optional<Datatype> find_datatype(std::string_view spelling);
 
 // All spellings, for help texts.
 std::string datatype_spellings();
 
-// How conversions see a value of `length` bytes, or a destination with that room.
-CS_DATAFMT format_of(CS_INT code, CS_INT length);
+// How conversions see the values of a type in a locale (null: the context's).
+CS_DATAFMT format_of(const Datatype& type, CS_LOCALE* locale);
+
+// Text in a CSV file: a character value of any length.
+extern const Datatype kText;
 
 }  // namespace rowcopy

@@ -12,6 +12,8 @@ File::File(std::string path, Mode mode)
     : path_(std::move(path)),
       stream_(std::fopen(path_.c_str(), mode == Mode::kRead ? "rb" : "wb")) {
   if (!stream_) fail("open");
+  // All callers move large blocks.
+  std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
 }
 
 std::size_t File::read(std::span<char> bytes) {

@@ -1,154 +1,196 @@
 #include "layout.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "fatal.h"
-#include "file.h"
 
 namespace rowcopy {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\f\r";
+struct Entry {
+  std::string name;
+  std::string place;
+};
 
-std::string_view trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
+struct Section {
+  std::string name;
+  std::vector<Entry> entries;
+};
 
-constexpr bool is_letter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool is_identifier(std::string_view text) {
-  return !text.empty() && is_letter(text.front()) && std::ranges::all_of(text, [](char c) {
-    return is_letter(c) || (c >= '0' && c <= '9') ||
-           std::string_view("#./_").find(c) != std::string_view::npos;
-  });
-}
-
-std::string quote(std::string_view text) {
-  return '"' + std::string(text) + '"';
-}
-
-// Collects the sections of one file, line by line.
-class LayoutParser {
+// A loaded configuration. Look-ups go by name; what names there are the file itself tells.
+class Store {
  public:
-  explicit LayoutParser(std::string path) : path_(std::move(path)) {}
+  Store(CS_CONTEXT* context, const std::string& path) : context_(context) {
+    if (comn_init_cfg(context, path.c_str()) != CS_SUCCEED)
+      throw Fatal(path + ": is no layout, as told above");
+  }
+  ~Store() { comn_drop_cfg(context_); }
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
 
-  std::vector<Layout> parse(std::string_view text) {
-    while (!text.empty()) {
-      ++line_;
-      const std::size_t end = std::min(text.find('\n'), text.size());
-      parse_line(trim(text.substr(0, end)));
-      text.remove_prefix(std::min(end + 1, text.size()));
-    }
+  std::string get(const std::string& section, const std::string& entry) const {
+    CS_INT length = 0;
+    comn_get_cfg(context_, section.c_str(), entry.c_str(), nullptr, 0, &length);
+    std::string value(static_cast<std::size_t>(length), '\0');
+    comn_get_cfg(context_, section.c_str(), entry.c_str(), value.data(), length, &length);
+    return value;
+  }
+
+ private:
+  CS_CONTEXT* context_;
+};
+
+// Lists the sections and entries of a file that the store has loaded, and so is known to be good.
+class Names {
+ public:
+  explicit Names(CS_CONTEXT* context) : context_(context) {}
+
+  std::vector<Section> list(const std::string& path) && {
+    walk(path);
     return std::move(sections_);
   }
 
  private:
-  [[noreturn]] void fail(const std::string& what) const {
-    throw Fatal(path_ + ":" + std::to_string(line_) + ": " + what);
-  }
-
-  void parse_line(std::string_view line) {
-    if (line.empty() || line.front() == ';') return;
-    if (line.front() == '[') {
-      parse_header(line);
-    } else {
-      parse_entry(line);
+  // One pass over one file, which the scanner splits into tokens.
+  struct Scan {
+    Scan(CS_CONTEXT* context, const std::string& file) : path(file) {
+      if (cfg__open_parse(context, path.c_str(), &parse) != CS_SUCCEED)
+        throw Fatal("cannot open " + path);
     }
-  }
+    ~Scan() { cfg__clean_parse(parse); }
+    Scan(const Scan&) = delete;
+    Scan& operator=(const Scan&) = delete;
 
-  void parse_header(std::string_view line) {
-    const std::string_view name = line.back() == ']' ? trim(line.substr(1, line.size() - 2)) : "";
-    if (!is_identifier(name)) fail("a section header is [name]");
-    if (std::ranges::find(sections_, name, &Layout::section) != sections_.end())
-      fail("section " + quote(name) + " stands here a second time");
-    sections_.push_back({path_, std::string(name), {}});
-  }
+    CS_INT next() {
+      const CS_INT token = cfg__lex(parse);
+      line += static_cast<std::size_t>(std::ranges::count(text(), '\n'));
+      return token;
+    }
+    CS_INT next_but_space() {
+      CS_INT token = next();
+      while (token == CFG_SPACE) token = next();
+      return token;
+    }
+    std::string_view text() const {
+      CS_INT length = 0;
+      const CS_CHAR* bytes = cfg__toktext(parse, &length);
+      return {bytes, static_cast<std::size_t>(length)};
+    }
 
-  void parse_entry(std::string_view line) {
-    const std::size_t equals = line.find('=');
-    if (equals == line.npos) fail("a line is a [section], a column = type or a ; comment");
-    const std::string_view name = trim(line.substr(0, equals));
-    if (!is_identifier(name)) fail("column name " + quote(name) + " is not an identifier");
-    if (sections_.empty()) fail("column " + quote(name) + " stands before the first [section]");
-    auto& columns = sections_.back().columns;
-    if (std::ranges::find(columns, name, &Column::name) != columns.end())
-      fail("column " + quote(name) + " stands here a second time");
-    columns.push_back(parse_column(std::string(name), join_value(line.substr(equals + 1))));
-  }
+    std::string path;
+    std::size_t line = 1;
+    CfgParseInfo* parse = nullptr;
+  };
 
-  // A value is made of pieces, bare or quoted; blanks between them carry no meaning.
-  std::string join_value(std::string_view text) const {
-    std::string value;
-    bool in_quotes = false;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-      const char c = text[at];
-      if (c == '"' && in_quotes && text.substr(at + 1).starts_with('"')) {
-        value += c;
-        ++at;
-      } else if (c == '"') {
-        in_quotes = !in_quotes;
-      } else if (in_quotes || kBlanks.find(c) == kBlanks.npos) {
-        value += c;
+  void walk(const std::string& path) {
+    Scan scan(context_, path);
+    std::size_t section = 0;  // of sections_, which grows
+    for (CS_INT token = scan.next_but_space(); token != CFG_END; token = scan.next_but_space()) {
+      if (token == CFG_OPEN) {
+        scan.next_but_space();
+        section = find_section(scan.text());
+      } else if (token == CFG_IDENT && !sections_.empty()) {
+        add_entry(sections_[section], scan);
+      } else if (token == CFG_INCLUDE) {
+        walk((std::filesystem::path(path).parent_path() / included_path(scan)).string());
+        continue;
       }
+      while (token != CFG_NEWLINE && token != CFG_END) token = scan.next();
     }
-    if (in_quotes) fail("a quote is left open");
-    return value;
   }
 
-  // value: type, optionally "/" type, optionally ":" heading
-  Column parse_column(std::string name, std::string_view value) const {
-    const std::size_t colon = value.find(':');
-    std::string heading(colon == value.npos ? std::string_view(name) : value.substr(colon + 1));
-    if (heading.empty()) fail("column " + quote(name) + " has an empty heading");
-    const std::string_view types = value.substr(0, colon);
-    const std::size_t slash = types.find('/');
-    Datatype read_as = parse_type(name, types.substr(0, slash));
-    Datatype type = slash == types.npos ? read_as : parse_type(name, types.substr(slash + 1));
-    return {std::move(name), std::move(heading), std::move(read_as), std::move(type), line_};
+  std::size_t find_section(std::string_view name) {
+    const auto found = std::ranges::find(sections_, name, &Section::name);
+    const auto index = static_cast<std::size_t>(found - sections_.begin());
+    if (found == sections_.end()) sections_.push_back({std::string(name), {}});
+    return index;
   }
 
-  Datatype parse_type(const std::string& column, std::string_view spelling) const {
-    auto type = find_datatype(spelling);
-    if (!type)
-      fail("column " + quote(column) + ": unknown type " + quote(spelling) + "; known are " +
-           datatype_spellings());
-    return *type;
+  static void add_entry(Section& section, const Scan& scan) {
+    const Entry entry{std::string(scan.text()), scan.path + ":" + std::to_string(scan.line)};
+    const auto known = std::ranges::find(section.entries, entry.name, &Entry::name);
+    if (known == section.entries.end()) {
+      section.entries.push_back(entry);
+    } else {
+      *known = entry;
+    }
   }
 
-  std::string path_;
-  std::size_t line_ = 0;
-  std::vector<Layout> sections_;
+  // The value behind an include, up to the line's end.
+  static std::string included_path(Scan& scan) {
+    std::string path;
+    bool blank = false;
+    for (CS_INT token = scan.next_but_space(); token != CFG_NEWLINE && token != CFG_END;
+         token = scan.next()) {
+      if (token == CFG_SPACE) blank = true;
+      if (token == CFG_SPACE || token == CFG_STRING_END || token == CFG_CONTINUATION) continue;
+      if (std::exchange(blank, false)) path += ' ';
+      if (token == CFG_STRING_START) continue;
+      path += token == CFG_ESCAPED_QUOTE ? "\"" : scan.text();
+    }
+    return path;
+  }
+
+  CS_CONTEXT* context_;
+  std::vector<Section> sections_;
 };
 
-std::string read_whole(const std::string& path) {
-  File file(path, File::Mode::kRead);
-  std::string text;
-  std::array<char, 4096> block;
-  while (const std::size_t count = file.read(block)) text.append(block.data(), count);
-  return text;
+std::string_view trim(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t");
+  if (first == text.npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+Datatype parse_type(const Entry& entry, std::string_view text) {
+  std::string spelling(text);
+  std::erase(spelling, ' ');
+  auto type = find_datatype(spelling);
+  if (!type)
+    throw Fatal(entry.place + ": column \"" + entry.name + "\": unknown type \"" + spelling +
+                "\"; known are " + datatype_spellings());
+  return *type;
+}
+
+// value: type, optionally "/" type, optionally ":" heading
+Column parse_column(const Entry& entry, std::string_view value) {
+  const std::size_t colon = std::min(value.find(':'), value.size());
+  const std::string_view heading =
+      colon == value.size() ? std::string_view(entry.name) : trim(value.substr(colon + 1));
+  if (heading.empty())
+    throw Fatal(entry.place + ": column \"" + entry.name + "\" has an empty heading");
+  const std::string_view types = value.substr(0, colon);
+  const std::size_t slash = types.find('/');
+  Datatype read_as = parse_type(entry, types.substr(0, slash));
+  Datatype type = slash == types.npos ? read_as : parse_type(entry, types.substr(slash + 1));
+  return {entry.name, std::string(heading), std::move(read_as), std::move(type), entry.place};
+}
+
+const Section& choose_section(const std::vector<Section>& sections, const std::string& path,
+                              const std::string& wanted, const std::string& csv_path) {
+  const std::string name =
+      wanted.empty() ? std::filesystem::path(csv_path).stem().string() : wanted;
+  auto found = std::ranges::find(sections, name, &Section::name);
+  if (found == sections.end() && wanted.empty() && sections.size() == 1) found = sections.begin();
+  if (found == sections.end()) throw Fatal(path + ": has no section [" + name + "]");
+  if (found->entries.empty()) throw Fatal(path + ": section [" + found->name + "] has no columns");
+  return *found;
 }
 
 }  // namespace
 
-Layout read_layout(const std::string& path, const std::string& wanted,
+Layout read_layout(CS_CONTEXT* context, const std::string& path, const std::string& wanted,
                    const std::string& csv_path) {
-  auto sections = LayoutParser(path).parse(read_whole(path));
-  const std::string name =
-      wanted.empty() ? std::filesystem::path(csv_path).stem().string() : wanted;
-  auto found = std::ranges::find(sections, name, &Layout::section);
-  if (found == sections.end() && wanted.empty() && sections.size() == 1) found = sections.begin();
-  if (found == sections.end()) throw Fatal(path + ": has no section [" + name + "]");
-  if (found->columns.empty())
-    throw Fatal(path + ": section [" + found->section + "] has no columns");
-  return std::move(*found);
+  const Store store(context, path);
+  const auto sections = Names(context).list(path);
+  const Section& section = choose_section(sections, path, wanted, csv_path);
+  Layout layout{path, section.name, {}};
+  for (const Entry& entry : section.entries)
+    layout.columns.push_back(parse_column(entry, store.get(section.name, entry.name)));
+  return layout;
 }
 
 }  // namespace rowcopy

@@ -1,9 +1,10 @@
-// Layout files: which columns of a CSV file are copied, in which order, as which datatypes.
+// Layout files: which columns of a CSV file are copied, in which order, as which datatypes. They
+// are configuration files of the library (comnlib/config.h), read through its scanner and store.
 //
 //   ; a comment, at the start of a line
 //   [birdstrikes]                         a section for each file
 //   speed = int                           an entry for each column: name = type
-//   cost = int : "Cost Total $"           the column's heading, where it is no identifier
+//   cost = money : "Cost Total $"         the column's heading, where it is no identifier
 //   weight = float/char(24)               read as the first type, converted to the second
 #pragma once
 
@@ -20,19 +21,22 @@ struct Column {
   std::string heading;  // in the first row of the CSV file
   Datatype read_as;     // what the text is read as
   Datatype type;        // what the record holds
-  std::size_t line;     // in the layout file
+  std::string place;    // of its entry: file and line
 };
 
 struct Layout {
   std::string path;
   std::string section;
-  std::vector<Column> columns;  // at least one
+  std::vector<Column> columns;  // at least one, in the order in which their names came up first
 };
 
 // Reads the section `wanted` of the file; without a name the section called as the CSV file is
-// (directory and suffix left out), or the only one there is. Throws Fatal for a file that cannot be
-// read, a line that is neither header nor entry, an unknown type, a name given twice, a section
-// that is missing or empty.
-Layout read_layout(const std::string& path, const std::string& wanted, const std::string& csv_path);
+// (directory and suffix left out), or the only one there is. As in every configuration file,
+// sections of one name are one section and the last entry of a name counts. The context must have
+// no configuration, and has none afterwards. Throws Fatal for a file that cannot be read or has an
+// error, which the library reports on standard error first, an unknown type, a section that is
+// missing or empty.
+Layout read_layout(CS_CONTEXT* context, const std::string& path, const std::string& wanted,
+                   const std::string& csv_path);
 
 }  // namespace rowcopy

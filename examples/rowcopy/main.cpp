@@ -1,6 +1,8 @@
 // rowcopy: copies a CSV file into fixed-layout binary records and back, as a bulk-copy tool does,
 // with every value converted by the library. Exit status 0: everything was copied; 1: some values
-// or rows were not, as reported; 2: it could not be done, as one line on standard error says.
+// or rows were not, as reported; 2: it could not be done, as the last line on standard error says.
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -11,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "context.h"
 #include "copy.h"
 #include "datatype.h"
 #include "fatal.h"
@@ -21,7 +24,8 @@ namespace rowcopy {
 namespace {
 
 constexpr std::string_view kUsage =
-    "usage: rowcopy [--section NAME] [--text FILE] LAYOUT CSV RECORDS\n";
+    "usage: rowcopy [--section NAME] [--text FILE] [--home DIR] [--from NAME] [--to NAME]\n"
+    "               LAYOUT CSV RECORDS\n";
 
 void print_help() {
   std::cout << kUsage
@@ -33,11 +37,15 @@ void print_help() {
                "  --section NAME  the section of LAYOUT; without it the one named as CSV is\n"
                "                  (directory and suffix left out), or the only one\n"
                "  --text FILE     also writes the text of the records to FILE, as CSV\n"
+               "  --home DIR      the localization home; without it the one that TALVEN names,\n"
+               "                  else the one shipped with rowcopy\n"
+               "  --from NAME     locale or character set of CSV; without it the environment's\n"
+               "  --to NAME       the same of RECORDS and the text; without it as --from\n"
                "  --help          prints this and ends\n"
                "\n"
                "A layout has a [section] for each file with an entry for each column:\n"
                "  speed = int                        column = type\n"
-               "  cost = int : \"Cost Total $\"        heading in CSV, where it differs\n"
+               "  cost = money : \"Cost Total $\"      heading in CSV, where it differs\n"
                "  weight = float/char(24)            read as one type, converted to another\n"
                "Types: "
             << datatype_spellings()
@@ -49,6 +57,17 @@ void print_help() {
                "Exit status: 0 all copied, 1 some rows or values at fault, 2 could not be done.\n";
 }
 
+struct Option {
+  std::string_view name;
+  std::string Job::*value;
+};
+
+constexpr std::array kOptions = {
+    Option{"--section", &Job::section}, Option{"--text", &Job::text_path},
+    Option{"--home", &Job::home},       Option{"--from", &Job::from},
+    Option{"--to", &Job::to},
+};
+
 // Nothing when the arguments ask for help.
 std::optional<Job> parse_arguments(std::span<char*> arguments) {
   Job job;
@@ -56,9 +75,10 @@ std::optional<Job> parse_arguments(std::span<char*> arguments) {
   for (std::size_t at = 0; at < arguments.size(); ++at) {
     const std::string_view argument = arguments[at];
     if (argument == "--help") return std::nullopt;
-    if (argument == "--section" || argument == "--text") {
+    const auto* option = std::ranges::find(kOptions, argument, &Option::name);
+    if (option != kOptions.end()) {
       if (++at == arguments.size()) throw UsageError(std::string(argument) + " needs a value");
-      (argument == "--text" ? job.text_path : job.section) = arguments[at];
+      job.*option->value = arguments[at];
     } else if (argument.starts_with('-')) {
       throw UsageError("unknown option " + std::string(argument));
     } else {
@@ -80,8 +100,13 @@ int run(std::span<char*> arguments) {
     print_help();
     return 0;
   }
-  const Layout layout = read_layout(job->layout_path, job->section, job->csv_path);
-  const Report report = copy_rows(*job, layout);
+  require_distinct_files(*job);
+  Context context(job->home);
+  const Layout layout = read_layout(context.get(), job->layout_path, job->section, job->csv_path);
+  Locales locales;
+  locales.from = context.locale(job->from);
+  locales.to = job->to.empty() ? locales.from : context.locale(job->to);
+  const Report report = copy_rows(context.get(), *job, layout, locales);
   print(report, layout, job->csv_path, job->record_path, std::cout);
   if (!std::cout.flush()) throw Fatal("cannot write the report to standard output");
   return report.clean() ? 0 : 1;

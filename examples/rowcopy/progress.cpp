@@ -16,6 +16,7 @@ Progress::~Progress() {
 
 void Progress::show(std::size_t rows, std::uint64_t bytes) {
   shown_ = true;
+  next_ = rows + kInterval;
   if (total_ == 0) {
     std::fprintf(stderr, "\rrowcopy: %s: %zu rows", activity_.c_str(), rows);
   } else {

@@ -16,7 +16,7 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void update(std::size_t rows, std::uint64_t bytes) {
-    if (on_terminal_ && rows % kInterval == 0) show(rows, bytes);
+    if (on_terminal_ && rows >= next_) show(rows, bytes);
   }
 
  private:
@@ -26,6 +26,7 @@ class Progress {
 
   std::string activity_;
   std::uint64_t total_;
+  std::size_t next_ = kInterval;
   bool on_terminal_;
   bool shown_ = false;
 };

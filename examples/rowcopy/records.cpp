@@ -1,10 +1,8 @@
 #include "records.h"
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
-#include "converter.h"
 #include "fatal.h"
 
 namespace rowcopy {
@@ -27,36 +25,20 @@ const std::string& require_regular(const std::string& path) {
 
 RecordLayout::RecordLayout(const std::vector<Column>& columns) {
   for (const Column& column : columns) {
-    const auto room = static_cast<std::size_t>(column.type.size);
-    places_.push_back({size_, room});
-    size_ = round_up(size_ + sizeof(CS_INT) + room);
+    places_.push_back({size_, column.type.size});
+    size_ = round_up(size_ + sizeof(CS_INT) + static_cast<std::size_t>(column.type.size));
   }
 }
 
-std::span<char> Record::room(std::size_t column) {
-  const auto& place = layout_->places_[column];
-  return std::span(bytes_).subspan(place.offset + sizeof(CS_INT), place.room);
-}
-
-void Record::set_length(std::size_t column, CS_INT length) {
-  std::memcpy(&bytes_[layout_->places_[column].offset], &length, sizeof length);
-}
-
-CS_INT Record::length(std::size_t column) const {
-  CS_INT length = 0;
-  std::memcpy(&length, &bytes_[layout_->places_[column].offset], sizeof length);
-  return length;
-}
-
-std::span<const char> Record::value(std::size_t column) const {
-  const auto length = static_cast<std::size_t>(this->length(column));
-  return bytes().subspan(layout_->places_[column].offset + sizeof(CS_INT), length);
-}
-
-bool Record::valid(std::size_t column) const {
-  const CS_INT length = this->length(column);
-  return length == ColumnConverter::kNull ||
-         (length >= 0 && static_cast<std::size_t>(length) <= layout_->places_[column].room);
+void Records::keep(const std::vector<char>& marks) {
+  const std::size_t size = layout_.size();
+  std::size_t kept = 0;
+  for (std::size_t row = 0; row < size_; ++row) {
+    if (marks[row] == 0) continue;
+    if (kept != row) std::memcpy(&bytes_[kept * size], &bytes_[row * size], size);
+    ++kept;
+  }
+  size_ = kept;
 }
 
 RecordWriter::RecordWriter(const std::string& path)
@@ -66,16 +48,20 @@ RecordWriter::~RecordWriter() {
   if (!complete_) std::remove(file_.path().c_str());
 }
 
+void RecordWriter::write(const Records& records) {
+  file_.write(std::span(records.bytes_).first(records.size() * records.layout_.size()));
+}
+
 void RecordWriter::close() {
   file_.close();
   complete_ = true;
 }
 
-bool RecordReader::next(Record& record) {
-  const std::size_t count = file_.read(record.bytes());
-  if (count == 0) return false;
-  if (count < record.bytes().size()) throw Fatal(file_.path() + ": ends within a record");
-  return true;
+bool RecordReader::next(Records& records) {
+  const std::size_t count = file_.read(records.bytes_);
+  if (count % records.layout_.size() != 0) throw Fatal(file_.path() + ": ends within a record");
+  records.size_ = count / records.layout_.size();
+  return count != 0;
 }
 
 }  // namespace rowcopy

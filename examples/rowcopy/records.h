@@ -5,7 +5,7 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -19,36 +19,57 @@ class RecordLayout {
   explicit RecordLayout(const std::vector<Column>& columns);
 
   std::size_t size() const { return size_; }
+  std::size_t columns() const { return places_.size(); }
+  // Of a column: where its length stands, and how many bytes its value may have.
+  std::size_t offset(std::size_t column) const { return places_[column].offset; }
+  CS_INT room(std::size_t column) const { return places_[column].room; }
 
  private:
-  friend class Record;
   struct Place {
-    std::size_t offset;  // of the length; the value follows it
-    std::size_t room;
+    std::size_t offset;
+    CS_INT room;
   };
 
   std::vector<Place> places_;
   std::size_t size_ = 0;
 };
 
-class Record {
+// Some records in memory.
+class Records {
  public:
-  explicit Record(const RecordLayout& layout) : layout_(&layout), bytes_(layout.size()) {}
+  Records(const RecordLayout& layout, std::size_t capacity)
+      : layout_(layout), bytes_(layout.size() * capacity) {}
 
-  std::span<char> bytes() { return bytes_; }
-  std::span<const char> bytes() const { return bytes_; }
+  std::size_t capacity() const { return bytes_.size() / layout_.size(); }
+  std::size_t size() const { return size_; }
 
-  std::span<char> room(std::size_t column);
-  void set_length(std::size_t column, CS_INT length);
-  CS_INT length(std::size_t column) const;
-  // The bytes of a value that is not null.
-  std::span<const char> value(std::size_t column) const;
-  // Whether the length is null's or within the room, as it is in every record that was written.
-  bool valid(std::size_t column) const;
+  // Makes this `size` zero-filled records.
+  void clear(std::size_t size) {
+    size_ = size;
+    std::memset(bytes_.data(), 0, size * layout_.size());
+  }
+  // Drops the records whose mark is 0, one mark for each.
+  void keep(const std::vector<char>& marks);
+
+  // Of a column: its value in the first record; that of the next record stands layout.size() bytes
+  // behind. The value's length stands before it.
+  char* column(std::size_t at) { return &bytes_[layout_.offset(at)] + sizeof(CS_INT); }
+  static CS_INT length(const char* value) {
+    CS_INT length = 0;
+    std::memcpy(&length, value - sizeof length, sizeof length);
+    return length;
+  }
+  static void set_length(char* value, CS_INT length) {
+    std::memcpy(value - sizeof length, &length, sizeof length);
+  }
 
  private:
-  const RecordLayout* layout_;
+  friend class RecordWriter;
+  friend class RecordReader;
+
+  const RecordLayout& layout_;
   std::vector<char> bytes_;
+  std::size_t size_ = 0;
 };
 
 // Removes the file again unless close() was reached: half a copy must not pass for a whole one.
@@ -60,7 +81,7 @@ class RecordWriter {
   RecordWriter(const RecordWriter&) = delete;
   RecordWriter& operator=(const RecordWriter&) = delete;
 
-  void write(const Record& record) { file_.write(record.bytes()); }
+  void write(const Records& records);
   void close();
 
  private:
@@ -72,8 +93,9 @@ class RecordReader {
  public:
   explicit RecordReader(const std::string& path) : file_(path, File::Mode::kRead) {}
 
-  // False at the end; a file that ends within a record is a Fatal.
-  bool next(Record& record);
+  // Replaces the records by the next ones, as many as there is room for; false at the end. A file
+  // that ends within a record is a Fatal.
+  bool next(Records& records);
 
  private:
   File file_;

@@ -70,9 +70,19 @@ void print_faults(const std::string& title, const Faults& faults, std::ostream& 
   for (const std::string& fault : faults.first()) out << "  " << fault << '\n';
 }
 
+// Whole numbers only: streams write them alike in every locale.
+void print_speed(const Report& report, std::ostream& out) {
+  const auto whole = [](double number) { return static_cast<long long>(number + 0.5); };
+  if (report.seconds <= 0) return;
+  out << '\n'
+      << whole(static_cast<double>(report.rows_read) / report.seconds)
+      << " rows per second: " << whole(1000 * report.seconds) << " ms, "
+      << whole(100 * report.conversion_seconds / report.seconds) << " % of them in conversions\n";
+}
+
 }  // namespace
 
-void CodeCounts::add(CS_RETCODE code) {
+void CodeCounts::add_other(CS_RETCODE code) {
   for (auto& [known, count] : counts_) {
     if (known != code) continue;
     ++count;
@@ -128,6 +138,7 @@ void print(const Report& report, const Layout& layout, const std::string& csv_pa
   print_faults("rows", report.rows, out);
   for (std::size_t at = 0; at < report.columns.size(); ++at)
     print_faults("column " + layout.columns[at].name, report.columns[at].faults, out);
+  print_speed(report, out);
 }
 
 }  // namespace rowcopy

@@ -23,10 +23,10 @@ std::int64_t units(const CS_MONEY& m) {
 // Converts an amount from CS_MONEY and, when it fits, from CS_MONEY4 too, which must give the same.
 Result from_money(Context& context, std::int64_t amount, const CS_DATAFMT& to) {
   const CS_MONEY m = wide(amount);
-  Result result = convert(context, CS_MONEY_TYPE, &m, sizeof m, to);
+  Result result = convert(context, CS_MONEY_TYPE, m, to);
   if (amount != static_cast<CS_INT>(amount)) return result;
   const CS_MONEY4 small{static_cast<CS_INT>(amount)};
-  const Result other = convert(context, CS_MONEY4_TYPE, &small, sizeof small, to);
+  const Result other = convert(context, CS_MONEY4_TYPE, small, to);
   EXPECT_EQ(result.code, other.code) << amount;
   EXPECT_EQ(result.length, other.length) << amount;
   EXPECT_EQ(result.bytes, other.bytes) << amount;
@@ -63,10 +63,10 @@ TEST(MoneyConversion, ToNumbers) {
   // Negative values show that each record has a formula of its own.
   const CS_DATAFMT to = format_of(CS_FLOAT_TYPE);
   const CS_MONEY4 small{-12345};
-  const Result from_small = convert(context, CS_MONEY4_TYPE, &small, sizeof small, to);
+  const Result from_small = convert(context, CS_MONEY4_TYPE, small, to);
   EXPECT_EQ(-1.2345, from_small.as<CS_FLOAT>());
   const CS_MONEY m = wide(-12345);
-  const Result from_wide = convert(context, CS_MONEY_TYPE, &m, sizeof m, to);
+  const Result from_wide = convert(context, CS_MONEY_TYPE, m, to);
   EXPECT_EQ(-429496.7296 + 4294954951U / 10000.0, from_wide.as<CS_FLOAT>());
   EXPECT_EQ(1.25F, from_money(context, 12500, format_of(CS_REAL_TYPE)).as<CS_REAL>());
 }
@@ -177,8 +177,7 @@ TEST(MoneyConversion, ToBinaryCopiesTheRecord) {
   EXPECT_EQ(CS_SUCCEED, whole.code);
   EXPECT_EQ("\4\3\2\1\10\7\6\5", whole.text());
   const CS_MONEY4 small{0x01020304};
-  const Result record =
-      convert(context, CS_MONEY4_TYPE, &small, sizeof small, format_of(CS_VARBINARY_TYPE));
+  const Result record = convert(context, CS_MONEY4_TYPE, small, format_of(CS_VARBINARY_TYPE));
   EXPECT_EQ(4, record.as<CS_SMALLINT>());
   EXPECT_EQ(0x01020304, record.as<CS_INT>(2));
 }
@@ -200,11 +199,11 @@ template <class T>
 void check_from(CS_INT datatype, T value, std::int64_t expected, CS_RETCODE small_code) {
   SCOPED_TRACE(testing::Message() << datatype << ": " << +value);
   Context context;
-  const Result wide = convert(context, datatype, &value, sizeof value, format_of(CS_MONEY_TYPE));
+  const Result wide = convert(context, datatype, value, format_of(CS_MONEY_TYPE));
   EXPECT_EQ(CS_SUCCEED, wide.code);
   EXPECT_EQ(8, wide.length);
   EXPECT_EQ(expected, units(wide.as<CS_MONEY>()));
-  const Result small = convert(context, datatype, &value, sizeof value, format_of(CS_MONEY4_TYPE));
+  const Result small = convert(context, datatype, value, format_of(CS_MONEY4_TYPE));
   EXPECT_EQ(small_code, small.code);
   EXPECT_EQ(4, small.length);
   EXPECT_EQ(std::clamp<std::int64_t>(expected, INT32_MIN, INT32_MAX), small.as<CS_MONEY4>().mny4);
@@ -219,7 +218,7 @@ TEST(MoneyConversion, FromNumbers) {
 
   Context context;
   const CS_FLOAT huge = 1e30;
-  const Result wide = convert(context, CS_FLOAT_TYPE, &huge, sizeof huge, format_of(CS_MONEY_TYPE));
+  const Result wide = convert(context, CS_FLOAT_TYPE, huge, format_of(CS_MONEY_TYPE));
   EXPECT_EQ(CS_CVT_OVERFLOW, wide.code);
   EXPECT_EQ(INT64_MAX, units(wide.as<CS_MONEY>()));
   EXPECT_EQ(nullptr, com_conv_func(&context, CS_BIT_TYPE, CS_MONEY_TYPE));

@@ -1,113 +1,136 @@
 // The trace with its three levels, the debug output file, and the stops in child processes.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
 
+#include "comnlib/convert.h"
 #include "comnlib/diag.h"
+#include "support/scratch.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string contents(const fs::path& path) {
+std::string contents(const std::filesystem::path& path) {
   std::ostringstream text;
   text << std::ifstream(path).rdbuf();
   return text.str();
 }
 
-// A fresh current directory for the length of a test.
-class ScratchDirectory {
- public:
-  ScratchDirectory() : before_(fs::current_path()) {
-    std::string name = (fs::temp_directory_path() / "comnlib-XXXXXX").string();
-    directory_ = mkdtemp(name.data());
-    fs::current_path(directory_);
-  }
-  ~ScratchDirectory() {
-    fs::current_path(before_);
-    fs::remove_all(directory_);
-  }
-
- private:
-  fs::path before_;
-  fs::path directory_;
-};
-
-std::string traced(CS_INT level, CS_RETCODE code, const char* file) {
+std::string output_of(CS_INT level, auto call) {
   testing::internal::CaptureStdout();
   com_errset(level);
-  EXPECT_EQ(code, com_errtrace(code, file, 42));
+  call();
   com_errset(COM_TRACE_NONE);
   return testing::internal::GetCapturedStdout();
 }
 
-TEST(Trace, LevelsChooseWhatIsPrinted) {
-  const CS_RETCODE routine[] = {CS_SUCCEED,  CS_PENDING,     CS_INTERRUPT,
-                                CS_END_DATA, CS_END_RESULTS, CS_END_ITEM};
-  for (const CS_RETCODE code : routine) {
-    EXPECT_EQ("", traced(COM_TRACE_NONE, code, "a.c"));
-    EXPECT_EQ("", traced(COM_TRACE_FAULTS, code, "a.c"));
-    EXPECT_NE("", traced(COM_TRACE_ALL, code, "a.c"));
-  }
-  EXPECT_EQ("", traced(COM_TRACE_NONE, CS_FAIL, "a.c"));
-  EXPECT_EQ("(CS_FAIL) file a.c, line 42\n", traced(COM_TRACE_FAULTS, CS_FAIL, "a.c"));
-}
-
-TEST(Trace, GeneralCodesHaveNamesOthersNumbers) {
+TEST(Trace, LevelsAndNames) {
   const struct {
     CS_RETCODE code;
-    const char* text;
-  } rows[] = {{1, "CS_SUCCEED"},
+    const char* name;
+    bool routine = false;
+  } rows[] = {{1, "CS_SUCCEED", true},
               {0, "CS_FAIL"},
               {-1, "CS_MEM_ERROR"},
-              {-2, "CS_PENDING"},
+              {-2, "CS_PENDING", true},
               {-3, "CS_QUIET"},
               {-4, "CS_BUSY"},
-              {-5, "CS_INTERRUPT"},
+              {-5, "CS_INTERRUPT", true},
               {-202, "CS_CANCELED"},
               {-203, "CS_ROW_FAIL"},
-              {-204, "CS_END_DATA"},
-              {-205, "CS_END_RESULTS"},
-              {-206, "CS_END_ITEM"},
+              {-204, "CS_END_DATA", true},
               {-207, "CS_NOMSG"},
+              {-205, "CS_END_RESULTS", true},
               {-208, "CS_TIMED_OUT"},
+              {-206, "CS_END_ITEM", true},
               {-210, "CS_PASSTHRU_EOM"},
               {-211, "CS_PASSTHRU_MORE"},
               {-213, "CS_TRYING"},
               {-101, "-101"},
               {-209, "-209"},
-              {-414, "-414"},
               {34, "34"}};
   for (const auto& row : rows) {
-    EXPECT_EQ(std::string("(") + row.text + ") file t.cpp, line 42\n",
-              traced(COM_TRACE_ALL, row.code, "src/x/t.cpp"));
+    const auto trace = [&] { EXPECT_EQ(row.code, com_errtrace(row.code, "src/x/t.cpp", 42)); };
+    const std::string line = std::string("(") + row.name + ") file t.cpp, line 42\n";
+    EXPECT_EQ("", output_of(1, trace)) << row.name;
+    EXPECT_EQ(row.routine ? "" : line, output_of(2, trace)) << row.name;
+    EXPECT_EQ(line, output_of(3, trace)) << row.name;
   }
 }
 
-TEST(Trace, DebugFileTakesOutputUntilClosed) {
-  const ScratchDirectory scratch;
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
-  comn_debug_print("%d %s\n", 7, "seven");
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 1));
-  EXPECT_EQ("", traced(COM_TRACE_ALL, CS_BUSY, "a.c"));
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 0));
-  EXPECT_EQ("7 seven\n", contents("first"));
-  EXPECT_EQ("(CS_BUSY) file a.c, line 42\n", contents("second"));
+// The place is that of the family member, not of the templates behind it.
+TEST(Trace, RoutinesPassTheirCodesThrough) {
+  CS_CONTEXT context{};
+  ASSERT_EQ(CS_SUCCEED, com_null_init(&context));
+  CS_DATAFMT from{};
+  CS_DATAFMT to{};
+  from.datatype = CS_INT_TYPE;
+  to.datatype = CS_TINYINT_TYPE;
+  const CS_INT value = 256;
+  CS_TINYINT result = 0;
+  CS_INT length = 0;
+  const std::string overflow =
+      output_of(2, [&] { comn_i4toi1(&context, &from, &value, &to, &result, &length); });
+  EXPECT_TRUE(overflow.starts_with("(-101) file com_i4.cpp, line ")) << overflow;
+  const std::string null = output_of(3, [&] { com_null_get(&context, &to, &result, 1, &length); });
+  EXPECT_TRUE(null.starts_with("(CS_SUCCEED) file com_null.cpp, line ")) << null;
+  com_null_free(&context);
+}
 
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
-  EXPECT_EQ("", contents("first")) << "an existing file is emptied";
-  EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, "no/such/directory", 1));
-  EXPECT_NE("", traced(COM_TRACE_ALL, CS_BUSY, "a.c")) << "standard output again";
+TEST(Trace, DebugFileTakesOutputUntilClosed) {
+  const scratch::Directory scratch;
+  const std::string first = scratch.path() / "first";
+  const std::string second = scratch.path() / "second";
+  const auto trace_busy = [] { com_errtrace(CS_BUSY, "a.c", 42); };
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, first.c_str(), 1));
+  comn_debug_print("%d %s\n", 7, "seven");
+  EXPECT_EQ("7 seven\n", contents(first)) << "a stop would lose what is not written at once";
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, second.c_str(), 1));
+  EXPECT_EQ("", output_of(COM_TRACE_ALL, trace_busy));
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, second.c_str(), 0));
+  EXPECT_EQ("7 seven\n", contents(first));
+  EXPECT_EQ("(CS_BUSY) file a.c, line 42\n", contents(second));
+
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, first.c_str(), 1));
+  EXPECT_EQ("", contents(first)) << "an existing file is emptied";
+  EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, (first + "/below").c_str(), 1));
+  EXPECT_NE("", output_of(COM_TRACE_ALL, trace_busy)) << "standard output again";
   EXPECT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 1));
 }
 
+// Writers and a thread that changes the file meet, and each writer ends cancelled.
+TEST(Trace, ThreadsShareTheDebugFile) {
+  const scratch::Directory scratch;
+  const std::string path = scratch.path() / "debug";
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, path.c_str(), 1));
+  const auto write = [](void*) -> void* {
+    for (int n = 0; n < 500; ++n) comn_debug_print("%s\n", "one piece");
+    pthread_cancel(pthread_self());
+    comn_debug_print("the last\n");
+    pthread_testcancel();
+    return nullptr;
+  };
+  pthread_t writers[4];
+  for (pthread_t& writer : writers) ASSERT_EQ(0, pthread_create(&writer, nullptr, write, nullptr));
+  for (int n = 0; n < 50; ++n)
+    ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, (path + "2").c_str(), 1));
+  for (pthread_t& writer : writers) {
+    void* end = nullptr;
+    pthread_join(writer, &end);
+    EXPECT_EQ(PTHREAD_CANCELED, end);
+  }
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 0));
+  for (const std::string& name : {path, path + "2"}) {
+    std::ifstream file(name);
+    for (std::string line; std::getline(file, line);)
+      ASSERT_TRUE(line == "one piece" || line == "the last") << line;
+  }
+}
+
 TEST(StopDeathTest, TextsAndEnds) {
-  const int value = 0;
-  com_chkptr(&value, "f.c", 1);
   com_chkptr(reinterpret_cast<const void*>(8), "f.c", 1);  // never read through
   const auto aborted = testing::KilledBySignal(SIGABRT);
   EXPECT_EXIT(com_chkptr(nullptr, "f.c", 12), aborted,
@@ -121,12 +144,15 @@ TEST(StopDeathTest, TextsAndEnds) {
 }
 
 TEST(Perr, WritesTheTextItselfAndAppends) {
-  const ScratchDirectory scratch;
+  const scratch::Directory scratch;
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(scratch.path());
   testing::internal::CaptureStderr();
   com_perr("50% %s\n");
   com_perr("two\n");
   EXPECT_EQ("50% %s\ntwo\n", testing::internal::GetCapturedStderr());
   EXPECT_EQ("50% %s\ntwo\n", contents("tlvinit.err"));
+  std::filesystem::current_path(before);
 }
 
 TEST(Version, IsOneLineOfSevenFields) {

@@ -30,8 +30,8 @@ extern "C" {
 enum { CS_PAD_CHAR = 1, CS_PAD_BINARY = 2, CS_PAD_NONE = 3, CS_PAD_UNICHAR = 4 };
 
 /*
- * com_conv_init: gives the context its copy of the default matrix (26 by 26, from comn_calloc's
- * host) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
+ * com_conv_init: gives the context its copy of the default matrix (26 by 26, in memory from
+ * comn_malloc) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
  * com_conv_free: releases the matrix and the list; safe on a context whose init failed. CS_SUCCEED.
  */
 COMN_API CS_RETCODE com_conv_init(CS_CONTEXT* context);

@@ -44,7 +44,8 @@ COMN_API CS_VOID com_errset(CS_INT level);
  */
 COMN_API CS_RETCODE comn_debug_setfile(CS_VOID* handle, const CS_CHAR* path, CS_BOOL on);
 
-/* comn_debug_print, comn_debug_vprint: write printf-formatted text to the debug output. */
+/* comn_debug_print, comn_debug_vprint: write printf-formatted text to the debug output, at once and
+   in one piece whatever other threads write. */
 COMN_API CS_VOID comn_debug_print(const CS_CHAR* format, ...) __attribute__((format(printf, 1, 2)));
 COMN_API CS_VOID comn_debug_vprint(const CS_CHAR* format, va_list args)
     __attribute__((format(printf, 1, 0)));

@@ -29,8 +29,8 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
   const bool pad_null = (format.format & CS_DFMT_PADNULL) != 0;
   const bool pad_blank = (format.format & CS_DFMT_PADBLANK) != 0;
 
-  const CS_INT whole = length + length % unit;
-  const bool fits = length <= room && (!terminate || unit <= room - whole);
+  const CS_INT spare = room - length;
+  const bool fits = spare >= 0 && (!terminate || length % unit + unit <= spare);
   if (!fits) {
     if (terminate && room >= unit) {
       const CS_INT last = (room / unit - 1) * unit;

@@ -281,27 +281,14 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   const bool terminated = (call.srcfmt->format & CS_DFMT_NULLTERM) != 0;
   const std::string_view text = terminated ? up_to_nul(form.view()) : form.view();
 
-  CS_NUMERIC result{};
   const CS_BYTE precision =
       own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision);
   const CS_BYTE scale = own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale);
-  constant value{own_precision ? CS_MAX_NUMLEN : comn_num_getlen(precision), precision, scale,
-                 result.array};
-  constexpr CS_INT kNoRounding = 0;
-  const CS_INT status =
-      com__subchartoexctnume(text.data(), static_cast<CS_INT>(text.size()), &value, kNoRounding);
+  CS_NUMERIC result{};
+  const CS_INT status = parse_numeric(text, precision, scale, false, result);
   if (status == kExactSyntax) return syntax_error(call);
   if (status == kExactOverflow) return CS_CVT_OVERFLOW;
-
-  result.precision = value.prec;
-  result.scale = value.scale;
-  const CS_INT length = comn_num_getlen(value.prec);
-  if (length < value.len) {
-    // The digits stand at the end of the longest length; they move to where their own ends.
-    const CS_INT surplus = value.len - length;
-    std::memmove(result.array + 1, result.array + 1 + surplus,
-                 static_cast<std::size_t>(length - 1));
-  }
+  const CS_INT length = comn_num_getlen(result.precision);
   *call.destlen = length + 2;
   std::memcpy(call.dest, &result, static_cast<std::size_t>(*call.destlen));
   return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_SUCCEED;

@@ -55,13 +55,23 @@ const char* base_name(const char* path) {
 pthread_mutex_t debug_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::FILE* debug_file = nullptr;
 
-// In place of std::mutex and std::lock_guard, which report failure by an exception.
+// In place of std::mutex and std::lock_guard, which report failure by an exception. Output is a
+// cancellation point: a thread that ended there would keep the lock for ever.
 class DebugLock {
  public:
-  DebugLock() { pthread_mutex_lock(&debug_mutex); }
-  ~DebugLock() { pthread_mutex_unlock(&debug_mutex); }
+  DebugLock() {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
+    pthread_mutex_lock(&debug_mutex);
+  }
+  ~DebugLock() {
+    pthread_mutex_unlock(&debug_mutex);
+    pthread_setcancelstate(cancel_state_, nullptr);
+  }
   DebugLock(const DebugLock&) = delete;
   DebugLock& operator=(const DebugLock&) = delete;
+
+ private:
+  int cancel_state_ = PTHREAD_CANCEL_ENABLE;
 };
 
 void close_debug_file() {
@@ -111,5 +121,7 @@ void comn_debug_print(const CS_CHAR* format, ...) {
 void comn_debug_vprint(const CS_CHAR* format, va_list args) {
   check_pointer(format);
   const DebugLock lock;
-  std::vfprintf(debug_file == nullptr ? stdout : debug_file, format, args);
+  std::FILE* const output = debug_file == nullptr ? stdout : debug_file;
+  std::vfprintf(output, format, args);
+  std::fflush(output);  // the lines before a stop are the ones that are wanted
 }

@@ -28,6 +28,7 @@ void com_bomb(const CS_CHAR* file, CS_INT line) {
 }
 
 void com_panic(const CS_CHAR* text) {
+  comnlib::check_pointer(text);
   std::fprintf(stderr, "\nINTERNAL ERROR: unrecoverable error: %s\n", text);
   std::exit(-1);
 }

@@ -1,33 +1,37 @@
-// Products, quotients and powers of ten of magnitudes.
+// Products and quotients of magnitudes, and scaling by powers of ten.
 #include "exact/limbs.h"
 
 namespace comnlib {
 namespace {
 
-struct Power {
-  std::uint32_t size;
-  std::array<Limb, 8> limb;
-};
-
-consteval std::array<Power, CS_MAX_PREC + 1> powers() {
-  std::array<Power, CS_MAX_PREC + 1> table{};
-  table[0] = {1, {1}};
-  for (std::size_t n = 1; n < table.size(); ++n) {
-    Power& power = table[n];
-    power.size = table[n - 1].size;
-    Wide carry = 0;
-    for (std::size_t at = 0; at < power.size; ++at) {
-      carry += Wide{table[n - 1].limb[at]} * 10;
-      power.limb[at] = static_cast<Limb>(carry);
-      carry >>= 32;
-    }
-    if (carry != 0) power.limb[power.size++] = static_cast<Limb>(carry);
-  }
-  return table;
-}
-
-constexpr auto kPowers = powers();
 constexpr int kLimbDigits = 9;  // the largest power of ten in a limb
+
+// The sum of the products of one column, in three limbs.
+class Column {
+ public:
+  void add_product(Limb a, Limb b) {
+    Limb high;
+    __asm__("mull %[b]\n\taddl %[a], %[low]\n\tadcl %[high], %[middle]\n\tadcl $0, %[top]"
+            : [a] "+a"(a), [high] "=&d"(high), [low] "+r"(low_), [middle] "+r"(middle_),
+              [top] "+rm"(top_)
+            : [b] "rm"(b)
+            : "cc");
+  }
+
+  // Takes off the lowest limb.
+  Limb shift() {
+    const Limb low = low_;
+    low_ = middle_;
+    middle_ = top_;
+    top_ = 0;
+    return low;
+  }
+
+ private:
+  Limb low_ = 0;
+  Limb middle_ = 0;
+  Limb top_ = 0;
+};
 
 // Subtracts factor * divisor from the limbs at `from`, one more than the divisor's; whether that
 // borrowed beyond them.
@@ -93,31 +97,26 @@ Limb estimate(const Limb* top, Limb divisor_high, Limb divisor_next) {
 
 }  // namespace
 
+// Column by column, so that the carries of a column are added up before it is stored.
 void multiply(Limbs a, Limbs b, Magnitude& product) {
-  if (a.size() < b.size()) std::swap(a, b);
-  if (b.empty()) {
+  if (a.empty() || b.empty()) {
     product.trim(0);
     return;
   }
   Limb* out = product.data();
-  Limb carry = 0;
-  for (std::size_t at = 0; at < a.size(); ++at) {
-    const Wide digit = Wide{a[at]} * b[0] + carry;
-    out[at] = static_cast<Limb>(digit);
-    carry = static_cast<Limb>(digit >> 32);
+  const std::size_t columns = a.size() + b.size() - 1;
+  Column sum;
+  for (std::size_t at = 0; at < columns; ++at) {
+    const std::size_t first = at < b.size() ? 0 : at - b.size() + 1;
+    const std::size_t last = std::min(at + 1, a.size());
+    const Limb* left = a.data() + first;
+    const Limb* right = b.data() + (at - first);
+    for (const Limb* const end = a.data() + last; left != end; ++left, --right)
+      sum.add_product(*left, *right);
+    out[at] = sum.shift();
   }
-  out[a.size()] = carry;
-  for (std::size_t row = 1; row < b.size(); ++row) {
-    const Limb factor = b[row];
-    carry = 0;
-    for (std::size_t at = 0; at < a.size(); ++at) {
-      const Wide digit = Wide{a[at]} * factor + out[row + at] + carry;
-      out[row + at] = static_cast<Limb>(digit);
-      carry = static_cast<Limb>(digit >> 32);
-    }
-    out[row + a.size()] = carry;
-  }
-  product.trim(a.size() + b.size());
+  out[columns] = sum.shift();
+  product.trim(columns + 1);
 }
 
 // Long division in base 2^32 (Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm
@@ -155,11 +154,6 @@ void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remai
   quotient.trim(digits);
   shift_right(rest, size, shift);
   remainder.trim(size);
-}
-
-Limbs power_of_ten(int exponent) {
-  const Power& power = kPowers[static_cast<std::size_t>(exponent)];
-  return {power.limb.data(), power.size};
 }
 
 void scale_up(Magnitude& value, int exponent) {

@@ -63,6 +63,19 @@ inline Limb divide_wide(Limb high, Limb low, Limb divisor, Limb& remainder) {
   return quotient;
 }
 
+// The processor's carry, which the compiler does not recover from comparisons.
+inline unsigned char add_with_carry(unsigned char carry, Limb a, Limb b, Limb& sum) {
+  return __builtin_ia32_addcarryx_u32(carry, a, b, &sum);
+}
+
+inline unsigned char subtract_with_borrow(unsigned char borrow, Limb a, Limb b, Limb& difference) {
+#if defined(__clang__)
+  return __builtin_ia32_subborrow_u32(borrow, a, b, &difference);
+#else
+  return __builtin_ia32_sbb_u32(borrow, a, b, &difference);
+#endif
+}
+
 inline std::size_t byte_length(Limbs value) {
   if (value.empty()) return 0;
   return value.size() * 4 - static_cast<std::size_t>(std::countl_zero(value.back())) / 8;
@@ -87,16 +100,16 @@ inline void unpack(const CS_BYTE* bytes, std::size_t count, Magnitude& to) {
 
 // Writes the low `count` bytes of a magnitude, big-endian, with leading zeros.
 inline void pack(Limbs value, CS_BYTE* bytes, std::size_t count) {
-  std::size_t at = 0;
-  for (; count >= 4; count -= 4, ++at) {
-    const Limb raw = __builtin_bswap32(at < value.size() ? value[at] : 0);
-    std::memcpy(bytes + count - 4, &raw, 4);
+  const std::size_t whole = std::min(count / 4, value.size());
+  CS_BYTE* to = bytes + count;
+  for (std::size_t at = 0; at < whole; ++at) {
+    const Limb raw = __builtin_bswap32(value[at]);
+    to -= 4;
+    std::memcpy(to, &raw, 4);
   }
-  Limb rest = at < value.size() ? value[at] : 0;
-  while (count > 0) {
-    bytes[--count] = static_cast<CS_BYTE>(rest);
-    rest >>= 8;
-  }
+  Limb rest = whole < value.size() ? value[whole] : 0;
+  for (; rest != 0 && to != bytes; rest >>= 8) *--to = static_cast<CS_BYTE>(rest);
+  while (to != bytes) *--to = 0;
 }
 
 inline int compare(Limbs a, Limbs b) {
@@ -111,36 +124,21 @@ inline int compare(Limbs a, Limbs b) {
 inline void add(Limbs a, Limbs b, Magnitude& sum) {
   if (a.size() < b.size()) std::swap(a, b);
   Limb* out = sum.data();
-  unsigned carry = 0;
+  unsigned char carry = 0;
   std::size_t at = 0;
-  for (; at < b.size(); ++at) {
-    const Wide digit = Wide{a[at]} + b[at] + carry;
-    out[at] = static_cast<Limb>(digit);
-    carry = static_cast<unsigned>(digit >> 32);
-  }
-  for (; at < a.size(); ++at) {
-    out[at] = a[at] + carry;
-    carry = carry & (out[at] == 0);
-  }
+  for (; at < b.size(); ++at) carry = add_with_carry(carry, a[at], b[at], out[at]);
+  for (; at < a.size(); ++at) carry = add_with_carry(carry, a[at], 0, out[at]);
   out[at] = carry;
-  sum.trim(at + 1);
+  sum.trim(at + carry);
 }
 
 // difference := a - b for a >= b. `difference` may be either operand.
 inline void subtract(Limbs a, Limbs b, Magnitude& difference) {
   Limb* out = difference.data();
-  unsigned borrow = 0;
+  unsigned char borrow = 0;
   std::size_t at = 0;
-  for (; at < b.size(); ++at) {
-    const Wide digit = Wide{a[at]} - b[at] - borrow;
-    out[at] = static_cast<Limb>(digit);
-    borrow = static_cast<unsigned>(digit >> 63);
-  }
-  for (; at < a.size(); ++at) {
-    const Limb digit = a[at];
-    out[at] = digit - borrow;
-    borrow = borrow & (digit == 0);
-  }
+  for (; at < b.size(); ++at) borrow = subtract_with_borrow(borrow, a[at], b[at], out[at]);
+  for (; at < a.size(); ++at) borrow = subtract_with_borrow(borrow, a[at], 0, out[at]);
   difference.trim(at);
 }
 
@@ -175,8 +173,35 @@ inline Limb divide_by(Magnitude& value, Limb divisor) {
 // result is an operand.
 void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remainder);
 
+struct Power {
+  std::uint32_t size;
+  std::array<Limb, 8> limb;
+};
+
+consteval std::array<Power, CS_MAX_PREC + 1> powers_of_ten() {
+  std::array<Power, CS_MAX_PREC + 1> table{};
+  table[0] = {1, {1}};
+  for (std::size_t n = 1; n < table.size(); ++n) {
+    Power& power = table[n];
+    power.size = table[n - 1].size;
+    Wide carry = 0;
+    for (std::size_t at = 0; at < power.size; ++at) {
+      carry += Wide{table[n - 1].limb[at]} * 10;
+      power.limb[at] = static_cast<Limb>(carry);
+      carry >>= 32;
+    }
+    if (carry != 0) power.limb[power.size++] = static_cast<Limb>(carry);
+  }
+  return table;
+}
+
+inline constexpr std::array<Power, CS_MAX_PREC + 1> kPowers = powers_of_ten();
+
 // 10^exponent for exponents of 0 to 77.
-Limbs power_of_ten(int exponent);
+inline Limbs power_of_ten(int exponent) {
+  const Power& power = kPowers[static_cast<std::size_t>(exponent)];
+  return {power.limb.data(), power.size};
+}
 
 // value := value * 10^exponent, for exponents of 0 to 77.
 void scale_up(Magnitude& value, int exponent);

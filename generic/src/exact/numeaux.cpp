@@ -1,6 +1,7 @@
 // The tables of exact numerics, computed from their rules, and the operations on one magnitude.
 #include "exact/numeaux.h"
 
+#include "exact/bytes.h"
 #include "exact/record.h"
 
 namespace comnlib {
@@ -54,17 +55,14 @@ consteval std::array<CS_BYTE, 35> precisions() {
 }
 
 // Magnitudes of any two lengths, without leaving the byte layout.
-int compare_bytes(std::span<const CS_BYTE> a, std::span<const CS_BYTE> b) {
-  const auto nonzero = [](CS_BYTE byte) { return byte != 0; };
-  if (a.size() > b.size()) {
-    const auto surplus = a.first(a.size() - b.size());
-    if (std::ranges::any_of(surplus, nonzero)) return 1;
-    a = a.subspan(surplus.size());
-  } else if (b.size() > a.size()) {
-    return -compare_bytes(b, a);
+int compare_lengths(std::span<const CS_BYTE> a, std::span<const CS_BYTE> b) {
+  for (; a.size() > b.size(); a = a.subspan(1)) {
+    if (a.front() != 0) return 1;
   }
-  const int order = std::memcmp(a.data(), b.data(), a.size());
-  return (order > 0) - (order < 0);
+  for (; b.size() > a.size(); b = b.subspan(1)) {
+    if (b.front() != 0) return -1;
+  }
+  return compare_bytes(a.data(), b.data(), a.size());
 }
 
 // `low` is the operand with the smaller scale. It is scaled up where the result stays within the
@@ -84,7 +82,7 @@ int compare_scaled(const constant& low, const constant& high) {
 }
 
 int compare_magnitudes(const constant& a, const constant& b, bool align) {
-  if (!align || a.scale == b.scale) return compare_bytes(magnitude_bytes(a), magnitude_bytes(b));
+  if (!align || a.scale == b.scale) return compare_lengths(magnitude_bytes(a), magnitude_bytes(b));
   return a.scale < b.scale ? compare_scaled(a, b) : -compare_scaled(b, a);
 }
 

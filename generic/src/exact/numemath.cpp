@@ -2,6 +2,8 @@
 // the result's bytes last, so that results may share bytes with operands.
 #include "exact/numemath.h"
 
+#include <limits>
+
 #include "exact/kernel.h"
 
 namespace comnlib {
@@ -9,26 +11,6 @@ namespace {
 
 // Bytes that dividend, quotient and one more may take together in a division.
 constexpr std::size_t kDivisionRoom = 132;
-
-// 10^change, where changes beyond the powers of ten are overflow and dropped nonzero digits are
-// truncation.
-CS_INT scale_by(Magnitude& value, int change) {
-  if (change > CS_MAX_SCALE || change < -CS_MAX_SCALE) return kExactOverflow;
-  if (change > 0) scale_up(value, change);
-  if (change < 0 && scale_down(value, -change)) return kExactTruncated;
-  return kExactOk;
-}
-
-// The last step of a signed operation: to the result's scale, then checked against its precision
-// and length. Overflow clears the result.
-CS_INT finish(Number& number, int change, constant& result) {
-  const CS_INT status = scale_by(number.magnitude, change);
-  if (status == kExactOverflow || exceeds(number.magnitude, result.prec) ||
-      !fits(number.magnitude, result))
-    return overflow(result);
-  write(number.magnitude, number.negative, result);
-  return status;
-}
 
 // Unsigned long division within the room that there is for it; the divisor is not zero.
 CS_INT divide_within_room(Limbs dividend, Limbs divisor, Magnitude& quotient,
@@ -49,35 +31,6 @@ Limb remove_digits(Magnitude& value, int digits) {
 }
 
 }  // namespace
-
-CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn, constant& result) {
-  const bool b_counts_negative = b.negative != (opn != 0);
-  if (a.negative == b_counts_negative) {
-    add(a.magnitude, b.magnitude, a.magnitude);
-  } else {
-    const int order = compare(a.magnitude, b.magnitude);
-    if (order == 0) {
-      clear(result);
-      return kExactOk;
-    }
-    if (order < 0) {
-      subtract(b.magnitude, a.magnitude, a.magnitude);
-      a.negative = b_counts_negative;
-      scale_a = scale_b;
-    } else {
-      subtract(a.magnitude, b.magnitude, a.magnitude);
-    }
-  }
-  if (!fits(a.magnitude, result)) return overflow(result);
-  return finish(a, result.scale - scale_a, result);
-}
-
-CS_INT rescale(Magnitude& value, int change, int precision, std::size_t length) {
-  if (byte_length(value) >= length) return kExactOverflow;
-  const CS_INT status = scale_by(value, change);
-  if (status != kExactOk) return status;
-  return exceeds(value, precision) || byte_length(value) >= length ? kExactOverflow : kExactOk;
-}
 
 }  // namespace comnlib
 
@@ -154,19 +107,7 @@ CS_INT com__exctnume_addorsub(const constant* op1, const constant* op2, constant
 }
 
 CS_INT com__exctnume_mul(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
-  Number product;
-  read(*op1, a);
-  read(*op2, b);
-  multiply(a, b, product.magnitude);
-  const bool is_zero = product.magnitude.is_zero();
-  product.negative = !is_zero && is_negative(*op1) != is_negative(*op2);
-
-  const int scale = op1->scale + op2->scale;
-  const bool straight = result->prec >= op1->prec + op2->prec && result->scale == scale;
-  if (!straight && byte_length(product.magnitude) >= CS_MAX_NUMLEN) return overflow(*result);
-  return finish(product, result->scale - scale, *result);
+  return product(*op1, *op2, *result);
 }
 
 CS_INT com__exctnume_div(const constant* dividend, const constant* divisor, constant* quot,
@@ -206,7 +147,8 @@ CS_INT com__exctnume_scale(constant* inval, constant* outval, CS_INT scale) {
 CS_INT com__exctnume_round(const constant* op, CS_INT scale, constant* result) {
   Number number;
   read(*op, number);
-  int digits = op->scale - scale;
+  // No scale is so low that the digits to remove would have to be counted beyond all precisions.
+  int digits = op->scale - std::max<CS_INT>(scale, -std::numeric_limits<CS_BYTE>::max());
   if (scale <= 0) digits = std::min<int>(digits, op->prec);
   digits = std::max(digits, 0);
   if (remove_digits(number.magnitude, digits) >= 5) multiply_add(number.magnitude, 1, 1);

@@ -1,6 +1,8 @@
 // Conversions of exact numerics. Text goes through limbs nine digits at a time, in both directions.
 #include "exact/numeric.h"
 
+#include <emmintrin.h>
+
 #include <charconv>
 #include <optional>
 
@@ -67,17 +69,11 @@ class Digits {
 
 // --- from text
 
-bool is_blank(char c) {
-  return c == ' ' || c == '\t';
-}
+constexpr auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
 
-bool is_white_space(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
+constexpr auto is_white_space = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
 
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
+constexpr auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
 
 // A number as it stands in the text: its digits around the point, and its exponent.
 struct Literal {
@@ -131,7 +127,8 @@ class Scanner {
     return false;
   }
 
-  std::string_view take(bool (*of)(char)) {
+  template <class Class>
+  std::string_view take(Class of) {
     std::size_t count = 0;
     while (count < rest_.size() && of(rest_[count])) ++count;
     const std::string_view taken = rest_.substr(0, count);
@@ -139,10 +136,26 @@ class Scanner {
     return taken;
   }
 
-  void skip(bool (*of)(char)) { take(of); }
+  template <class Class>
+  void skip(Class of) {
+    take(of);
+  }
 
   std::string_view rest_;
 };
+
+// The number that eight digits make: pairs, then fours, then all of them.
+Limb eight_digits(const char* text) {
+  const __m128i characters = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(text));
+  const __m128i digits =
+      _mm_unpacklo_epi8(_mm_sub_epi8(characters, _mm_set1_epi8('0')), _mm_setzero_si128());
+  const __m128i pairs = _mm_madd_epi16(digits, _mm_set1_epi32(1 << 16 | 10));
+  const __m128i fours =
+      _mm_madd_epi16(_mm_packs_epi32(pairs, pairs), _mm_set1_epi32(1 << 16 | 100));
+  const auto high = static_cast<Limb>(_mm_cvtsi128_si32(fours));
+  const auto low = static_cast<Limb>(_mm_cvtsi128_si32(_mm_srli_si128(fours, 4)));
+  return high * 10'000 + low;
+}
 
 // The digits of a literal in order, whatever side of the point they stand on.
 class DigitRun {
@@ -184,7 +197,12 @@ class DigitRun {
     while (!digits.empty()) {
       const std::size_t count = std::min(digits.size(), kChunkDigits);
       Limb chunk = 0;
-      for (const char c : digits.substr(0, count)) chunk = chunk * 10 + static_cast<Limb>(c - '0');
+      std::size_t at = 0;
+      if (count >= 8) {
+        chunk = eight_digits(digits.data());
+        at = 8;
+      }
+      for (; at < count; ++at) chunk = chunk * 10 + static_cast<Limb>(digits[at] - '0');
       multiply_add(value, power_of_ten(static_cast<int>(count))[0], chunk);
       digits.remove_prefix(count);
     }
@@ -208,9 +226,10 @@ struct Scaled {
   bool truncated = false;
 };
 
-// `limit` bounds the digits that the destination can take at all.
-void scale_literal(const Literal& literal, int scale, bool rounding, std::size_t limit,
-                   Scaled& to) {
+// More digits than any destination can take.
+constexpr std::size_t kTooManyDigits = 3 * kMaxRecordLength;
+
+void scale_literal(const Literal& literal, int scale, bool rounding, Scaled& to) {
   const DigitRun run(literal);
   const auto decimals = static_cast<std::int64_t>(literal.fraction.size()) - literal.exponent;
   const std::int64_t surplus = std::max<std::int64_t>(decimals - scale, 0);
@@ -219,7 +238,7 @@ void scale_literal(const Literal& literal, int scale, bool rounding, std::size_t
   const std::size_t first = std::min(run.leading_zeros(), kept);
 
   to.number.negative = literal.negative;
-  to.fits = kept - first <= limit;
+  to.fits = kept - first < kTooManyDigits;
   if (!to.fits) return;
   Magnitude& value = to.number.magnitude;
   run.accumulate(first, kept, value);
@@ -251,7 +270,7 @@ CS_INT parse(std::string_view text, constant& dest, bool rounding) {
   if (!literal) return kExactSyntax;
   const int scale = dest.scale == kFromText ? scale_of(*literal) : dest.scale;
   Scaled scaled;
-  scale_literal(*literal, scale, rounding, std::size_t{3} * kMaxRecordLength, scaled);
+  scale_literal(*literal, scale, rounding, scaled);
   const Magnitude& value = scaled.number.magnitude;
   if (!scaled.fits || !fits(value, dest)) return overflow(dest);
   const int precision =
@@ -301,17 +320,6 @@ constexpr std::size_t kMaxText = 3 * kMaxRecordLength + 256;
 
 }  // namespace
 
-constant record_of(CS_NUMERIC& numeric) {
-  const auto precision = static_cast<std::size_t>(numeric.precision);
-  const CS_INT length =
-      precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};
-  return {length, numeric.precision, numeric.scale, numeric.array};
-}
-
-const constant record_of(const CS_NUMERIC& numeric) {
-  return record_of(const_cast<CS_NUMERIC&>(numeric));
-}
-
 CS_INT rescale(const constant& src, constant& dest) {
   Number number;
   read(src, number);
@@ -341,9 +349,7 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
       precision <= CS_MAX_PREC ? CS_INT{Com__Nume_Prec_To_Len[precision]} : CS_INT{CS_MAX_NUMLEN};
   constant record{length, precision, scale, array.data()};
   const CS_INT status = parse(text, record, rounding);
-  if (status == kExactSyntax) return status;
-  if (status == kExactOverflow && (record.prec == kFromText || record.scale == kFromText))
-    return status;
+  if (status == kExactSyntax || status == kExactOverflow) return status;
   dest.precision = record.prec;
   dest.scale = record.scale;
   constant front = record_of(dest);

@@ -5,6 +5,7 @@
 // them alone.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -48,8 +49,13 @@ namespace comnlib {
 
 // The record over a CS_NUMERIC, with the length of its precision; a precision beyond 77 takes the
 // whole array. The value is not copied.
-constant record_of(CS_NUMERIC& numeric);
-const constant record_of(const CS_NUMERIC& numeric);
+inline constant record_of(CS_NUMERIC& numeric) {
+  const std::size_t precision = std::min<CS_BYTE>(numeric.precision, CS_MAX_PREC);
+  return {Com__Nume_Prec_To_Len[precision], numeric.precision, numeric.scale, numeric.array};
+}
+inline const constant record_of(const CS_NUMERIC& numeric) {
+  return record_of(const_cast<CS_NUMERIC&>(numeric));
+}
 
 // Brings src's value to the precision and scale of `dest`, whose length is that of its precision:
 // the magnitude is copied into that length first (overflow), then scaled (overflow, or truncation
@@ -59,7 +65,7 @@ CS_INT rescale(const constant& src, constant& dest);
 
 // Parses text into a numeric, as com__subchartoexctnume does: precision and scale are in range or
 // kFromText, and the record gets those that come of it, with the value at the front of its array.
-// After a syntax error, and after overflow where kFromText stood, the record is as it was.
+// After a syntax error or overflow the record is as it was.
 CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
                      CS_NUMERIC& dest);
 

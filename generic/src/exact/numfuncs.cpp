@@ -2,6 +2,7 @@
 // from theirs, and the kernel computes.
 #include "comnlib/numeric.h"
 
+#include "exact/bytes.h"
 #include "exact/kernel.h"
 #include "exact/numemath.h"
 #include "exact/numeric.h"
@@ -27,7 +28,7 @@ bool in_domain(const CS_NUMERIC& numeric) {
 
 // Integer digits are kept in favour of decimals. With scales far above the precisions, `digits` is
 // negative and may use up the scale: one digit is left then.
-Size limited(int digits, int scale) {
+inline Size limited(int digits, int scale) {
   digits = std::min<int>(digits, CS_MAX_PREC);
   scale = std::min<int>(scale, CS_MAX_SCALE);
   const int precision = std::clamp<int>(scale + digits, 1, CS_MAX_PREC);
@@ -38,8 +39,7 @@ int integer_digits(Size size) {
   return size.precision - size.scale;
 }
 
-// One digit beyond the operands' is for the carry; the limit takes it from the scale last, so it is
-// not one of the digits that are kept.
+// The digit for the carry comes on top of the integer digits; at the limit it is the first to go.
 Size sum_size(Size a, Size b) {
   const int digits = std::min<int>(std::max(integer_digits(a), integer_digits(b)), CS_MAX_PREC);
   const int scale = std::max(a.scale, b.scale);
@@ -69,28 +69,73 @@ CS_INT to_size(Number& number, const CS_NUMERIC& from, Size size) {
                  Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
 }
 
+// Whether the magnitude of a result is within its precision.
+bool within_precision(const constant& record) {
+  const auto& power = Com__Nume_Byte_Power_Array[record.prec];
+  // A power of ten has the length of its own precision.
+  return compare_bytes(record.value + 1, power.data() + 2,
+                       static_cast<std::size_t>(record.len) - 1) < 0;
+}
+
+// Operands of one size need no rescaling: the result has one digit more, as far as that goes, and
+// so their length or one byte more.
+CS_INT same_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
+  const constant a = record_of(op1);
+  const constant b = record_of(op2);
+  const bool a_negative = is_negative(a);
+  const bool b_counts_negative = is_negative(b) != (opn != COMN_NUM_ADD);
+  constant record = start(result, {std::min(op1.precision + 1, int{CS_MAX_PREC}), op1.scale});
+  const auto count = static_cast<std::size_t>(a.len) - 1;
+  const CS_INT surplus = record.len - a.len;
+  CS_BYTE* const to = record.value + 1 + surplus;
+  unsigned char carry = 0;
+  bool negative = a_negative;
+  if (a_negative == b_counts_negative) {
+    carry = add_bytes(a.value + 1, b.value + 1, to, count);
+  } else {
+    const int order = compare_bytes(a.value + 1, b.value + 1, count);
+    if (order == 0) {
+      clear(record);
+      return kExactOk;
+    }
+    negative = order < 0 ? b_counts_negative : a_negative;
+    const constant& greater = order < 0 ? b : a;
+    const constant& smaller = order < 0 ? a : b;
+    subtract_bytes(greater.value + 1, smaller.value + 1, to, count);
+  }
+  if (surplus > 0) {
+    record.value[1] = carry;
+  } else if (carry != 0) {
+    return overflow(record);
+  }
+  record.value[0] = negative ? 1 : 0;
+  return within_precision(record) ? kExactOk : overflow(record);
+}
+
 // What keeps an operand from the common size is the operation's result; a cut there is truncation
-// and not the overflow that a cut in the kernel is.
-CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
-  if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
+// and not the overflow that a cut in the kernel is. Out of line, so that sums of one size do not
+// pay for its limbs.
+[[gnu::noinline]] CS_RETCODE mixed_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                            CS_NUMERIC& result, CS_INT opn) {
   const Size size = sum_size(size_of(op1), size_of(op2));
   Number a;
   Number b;
   read(record_of(op1), a);
   read(record_of(op2), b);
-  int scale = op1.scale;
-  CS_INT status = kExactOk;
-  if (size_of(op1) != size_of(op2)) {
-    scale = size.scale;
-    status = to_size(a, op1, size);
-    if (status == kExactOk) status = to_size(b, op2, size);
-  }
+  CS_INT status = to_size(a, op1, size);
+  if (status == kExactOk) status = to_size(b, op2, size);
   constant record = start(result, size);
   if (status != kExactOk) {
     clear(record);
     return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_CVT_OVERFLOW;
   }
-  return exact_code(combine(a, scale, b, scale, opn, record));
+  return exact_code(combine(a, size.scale, b, size.scale, opn, record));
+}
+
+CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
+  if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
+  if (size_of(op1) == size_of(op2)) return exact_code(same_size_sum(op1, op2, result, opn));
+  return mixed_size_sum(op1, op2, result, opn);
 }
 
 CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
@@ -98,7 +143,7 @@ CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& 
   const constant a = record_of(op1);
   const constant b = record_of(op2);
   constant record = start(result, product_size(size_of(op1), size_of(op2)));
-  return exact_code(com__exctnume_mul(&a, &b, &record));
+  return exact_code(product(a, b, record));
 }
 
 CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
@@ -115,11 +160,17 @@ CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS
 using namespace comnlib;
 
 CS_RETCODE comn_numadd(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
-  return trace(comn_num_addorsub(op1, op2, result, COMN_NUM_ADD));
+  check_pointer(op1);
+  check_pointer(op2);
+  check_pointer(result);
+  return trace(sum_of(*op1, *op2, *result, COMN_NUM_ADD));
 }
 
 CS_RETCODE comn_numsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result) {
-  return trace(comn_num_addorsub(op1, op2, result, COMN_NUM_SUBTRACT));
+  check_pointer(op1);
+  check_pointer(op2);
+  check_pointer(result);
+  return trace(sum_of(*op1, *op2, *result, COMN_NUM_SUBTRACT));
 }
 
 CS_RETCODE comn_num_addorsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result,
@@ -150,6 +201,11 @@ CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);
   const constant a = record_of(*op1);
+  if (size_of(*op1) == size_of(*op2) && is_negative(a) == (op2->array[0] != 0)) {
+    const auto count = static_cast<std::size_t>(a.len) - 1;
+    const int order = compare_bytes(op1->array + 1, op2->array + 1, count);
+    return is_negative(a) ? -order : order;
+  }
   const constant b = record_of(*op2);
   return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
 }

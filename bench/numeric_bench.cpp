@@ -1,0 +1,331 @@
+// Exact numerics beside three peers: GMP on bare limbs, GMP with our byte layout imported and
+// exported, Boost's fixed-width integers, and libpgtypes. Arguments are decimal digits. The peers
+// do the same arithmetic on the same digits; checks of precision and the rules of scales are ours
+// alone.
+#include <benchmark/benchmark.h>
+#include <gmp.h>
+#include <pgtypes_numeric.h>
+
+#include <array>
+#include <boost/multiprecision/cpp_int.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "comnlib/numeric.h"
+#include "exact/limbs.h"
+#include "exact/numeric.h"
+
+namespace {
+
+using namespace comnlib;
+namespace mp = boost::multiprecision;
+// Room for the products and scaled dividends of 77 digits; nothing is allocated.
+using Integer =
+    mp::number<mp::cpp_int_backend<320, 320, mp::signed_magnitude, mp::unchecked, void>>;
+
+// A power of two, and few enough for all representations to stay in the first cache.
+constexpr std::size_t kValues = 64;
+
+std::string random_digits(std::mt19937& random, int count) {
+  std::string text(1, static_cast<char>('1' + random() % 9));
+  while (static_cast<int>(text.size()) < count) text += static_cast<char>('0' + random() % 10);
+  return text;
+}
+
+// One operand in every representation.
+struct Operand {
+  std::string text;
+  CS_NUMERIC numeric{};
+  std::array<mp_limb_t, 10> limbs{};
+  mp_size_t size = 0;
+  Integer integer;
+  ::numeric* pg = nullptr;
+
+  Operand(std::string digits, int precision) : text(std::move(digits)) {
+    parse_numeric(text, static_cast<CS_BYTE>(precision), 0, false, numeric);
+    mpz_t value;
+    mpz_init_set_str(value, text.c_str(), 10);
+    size = static_cast<mp_size_t>(mpz_size(value));
+    std::copy_n(mpz_limbs_read(value), size, limbs.begin());
+    mpz_clear(value);
+    integer = Integer(text);
+    pg = PGTYPESnumeric_from_asc(text.data(), nullptr);
+  }
+};
+
+// Pairs for a row: the second operand has `second` digits of precision.
+struct Pairs {
+  std::vector<Operand> a;
+  std::vector<Operand> b;
+
+  Pairs(int precision_a, int digits_a, int precision_b, int digits_b) {
+    std::mt19937 random(7);
+    for (std::size_t n = 0; n < kValues; ++n) {
+      a.emplace_back(random_digits(random, digits_a), precision_a);
+      b.emplace_back(random_digits(random, digits_b), precision_b);
+    }
+  }
+};
+
+// 77 digits of product are all that there is room for, so the factors of that row have half as many
+// digits; divisors have half the digits of the dividend.
+Pairs pairs_for(int digits, char operation) {
+  if (operation == '*') {
+    const int significant = digits == 77 ? 38 : digits;
+    return Pairs(digits, significant, digits, significant);
+  }
+  if (operation == '/') return Pairs(digits, digits, digits / 2, digits / 2);
+  return Pairs(digits, digits, digits, digits);
+}
+
+template <class Step>
+void loop(benchmark::State& state, char operation, Step step) {
+  const Pairs pairs = pairs_for(static_cast<int>(state.range(0)), operation);
+  std::size_t at = 0;
+  for (auto _ : state) {
+    step(pairs.a[at], pairs.b[at]);
+    at = (at + 1) % kValues;
+  }
+}
+
+template <auto operation, char sign>
+void comnlib(benchmark::State& state) {
+  CS_NUMERIC result;
+  loop(state, sign, [&](const Operand& a, const Operand& b) {
+    benchmark::DoNotOptimize(operation(&a.numeric, &b.numeric, &result));
+    benchmark::ClobberMemory();
+  });
+}
+
+void comnlib_compare(benchmark::State& state) {
+  loop(state, '?', [&](const Operand& a, const Operand& b) {
+    benchmark::DoNotOptimize(comn_numcmp(&a.numeric, &b.numeric));
+  });
+}
+
+// The power of ten that our quotient's scale multiplies the dividend by.
+int dividend_shift(const Operand& a, const Operand& b) {
+  CS_NUMERIC quotient;
+  comn_numdivide(&a.numeric, &b.numeric, &quotient);
+  return quotient.scale;
+}
+
+template <char sign>
+void gmp_limbs(benchmark::State& state) {
+  std::array<mp_limb_t, 20> result;
+  std::array<mp_limb_t, 20> scaled;
+  std::array<mp_limb_t, 20> rest;
+  Limbs power;
+  int shift = -1;
+  loop(state, sign, [&](const Operand& a, const Operand& b) {
+    if constexpr (sign == '+') {
+      result[static_cast<std::size_t>(a.size)] =
+          mpn_add_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+    } else if constexpr (sign == '-') {
+      mpn_sub_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+    } else if constexpr (sign == '*') {
+      mpn_mul_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+    } else if constexpr (sign == '?') {
+      benchmark::DoNotOptimize(mpn_cmp(a.limbs.data(), b.limbs.data(), a.size));
+    } else {
+      if (shift < 0) {
+        shift = dividend_shift(a, b);
+        power = power_of_ten(shift);
+      }
+      const mp_limb_t* dividend = a.limbs.data();
+      mp_size_t size = a.size;
+      if (shift > 0) {
+        const auto power_size = static_cast<mp_size_t>(power.size());
+        const auto* limbs = reinterpret_cast<const mp_limb_t*>(power.data());
+        const mp_limb_t top = size >= power_size
+                                  ? mpn_mul(scaled.data(), dividend, size, limbs, power_size)
+                                  : mpn_mul(scaled.data(), limbs, power_size, dividend, size);
+        size += power_size - (top == 0);
+        dividend = scaled.data();
+      }
+      mpn_tdiv_qr(result.data(), rest.data(), 0, dividend, size, b.limbs.data(), b.size);
+    }
+    benchmark::ClobberMemory();
+  });
+}
+
+// What a host would write around GMP to work on our records.
+template <char sign>
+void gmp_layout(benchmark::State& state) {
+  mpz_t a, b, result, power;
+  mpz_inits(a, b, result, power, nullptr);
+  CS_NUMERIC out{};
+  int shift = -1;
+  loop(state, sign, [&](const Operand& left, const Operand& right) {
+    const auto import = [](mpz_t to, const CS_NUMERIC& from) {
+      mpz_import(to, static_cast<std::size_t>(comn_num_getlen(from.precision)) - 1, 1, 1, 1, 0,
+                 from.array + 1);
+      if (from.array[0] != 0) mpz_neg(to, to);
+    };
+    if (sign == '/' && shift < 0) {
+      shift = dividend_shift(left, right);
+      mpz_ui_pow_ui(power, 10, static_cast<unsigned long>(shift));
+    }
+    import(a, left.numeric);
+    import(b, right.numeric);
+    if constexpr (sign == '+') mpz_add(result, a, b);
+    if constexpr (sign == '-') mpz_sub(result, a, b);
+    if constexpr (sign == '*') mpz_mul(result, a, b);
+    if constexpr (sign == '?') {
+      benchmark::DoNotOptimize(mpz_cmp(a, b));
+      return;
+    }
+    if constexpr (sign == '/') {
+      if (shift > 0) mpz_mul(a, a, power);
+      mpz_tdiv_q(result, a, b);
+    }
+    const std::size_t bytes = (mpz_sizeinbase(result, 2) + 7) / 8;
+    std::memset(out.array, 0, sizeof out.array);
+    mpz_export(out.array + sizeof out.array - bytes, nullptr, 1, 1, 1, 0, result);
+    out.array[0] = mpz_sgn(result) < 0;
+    benchmark::ClobberMemory();
+  });
+  mpz_clears(a, b, result, power, nullptr);
+}
+
+template <char sign>
+void boost_integer(benchmark::State& state) {
+  Integer result;
+  Integer power = -1;
+  loop(state, sign, [&](const Operand& a, const Operand& b) {
+    if constexpr (sign == '+') result = a.integer + b.integer;
+    if constexpr (sign == '-') result = a.integer - b.integer;
+    if constexpr (sign == '*') result = a.integer * b.integer;
+    if constexpr (sign == '?') benchmark::DoNotOptimize(a.integer.compare(b.integer));
+    if constexpr (sign == '/') {
+      if (power < 0) power = mp::pow(Integer(10), static_cast<unsigned>(dividend_shift(a, b)));
+      result = power == 1 ? Integer(a.integer / b.integer) : Integer(a.integer * power / b.integer);
+    }
+    benchmark::ClobberMemory();
+  });
+}
+
+template <auto operation, char sign>
+void pgtypes(benchmark::State& state) {
+  ::numeric* result = PGTYPESnumeric_new();
+  loop(state, sign, [&](const Operand& a, const Operand& b) {
+    benchmark::DoNotOptimize(operation(a.pg, b.pg, result));
+  });
+  PGTYPESnumeric_free(result);
+}
+
+void pgtypes_compare(benchmark::State& state) {
+  loop(state, '?', [](const Operand& a, const Operand& b) {
+    benchmark::DoNotOptimize(PGTYPESnumeric_cmp(a.pg, b.pg));
+  });
+}
+
+// --- text
+
+void from_text_comnlib(benchmark::State& state) {
+  CS_NUMERIC result;
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    result.precision = a.numeric.precision;
+    result.scale = 0;
+    constant record = record_of(result);
+    benchmark::DoNotOptimize(
+        com__subchartoexctnume(a.text.data(), static_cast<CS_INT>(a.text.size()), &record, 0));
+    benchmark::ClobberMemory();
+  });
+}
+
+void from_text_gmp(benchmark::State& state) {
+  mpz_t value;
+  mpz_init2(value, 320);
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    benchmark::DoNotOptimize(mpz_set_str(value, a.text.c_str(), 10));
+  });
+  mpz_clear(value);
+}
+
+void from_text_boost(benchmark::State& state) {
+  loop(state, '+',
+       [](const Operand& a, const Operand&) { benchmark::DoNotOptimize(Integer(a.text.c_str())); });
+}
+
+void from_text_pgtypes(benchmark::State& state) {
+  std::string text;
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    text = a.text;
+    ::numeric* value = PGTYPESnumeric_from_asc(text.data(), nullptr);
+    benchmark::DoNotOptimize(value);
+    PGTYPESnumeric_free(value);
+  });
+}
+
+void to_text_comnlib(benchmark::State& state) {
+  std::array<char, 84> buffer;
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    const constant record = record_of(a.numeric);
+    CS_INT length = 0;
+    benchmark::DoNotOptimize(
+        com__subexctnumetochar(&record, buffer.data(), buffer.size(), &length));
+    benchmark::ClobberMemory();
+  });
+}
+
+void to_text_gmp(benchmark::State& state) {
+  std::array<char, 84> buffer;
+  mpz_t value;
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    benchmark::DoNotOptimize(
+        mpz_get_str(buffer.data(), 10, mpz_roinit_n(value, a.limbs.data(), a.size)));
+  });
+}
+
+void to_text_boost(benchmark::State& state) {
+  loop(state, '+',
+       [](const Operand& a, const Operand&) { benchmark::DoNotOptimize(a.integer.str()); });
+}
+
+void to_text_pgtypes(benchmark::State& state) {
+  loop(state, '+', [](const Operand& a, const Operand&) {
+    char* text = PGTYPESnumeric_to_asc(a.pg, 0);
+    benchmark::DoNotOptimize(text);
+    std::free(text);
+  });
+}
+
+#define ROW(name, ...) BENCHMARK(__VA_ARGS__)->Name(name)->Arg(19)->Arg(38)->Arg(77)
+
+ROW("add/comnlib", comnlib<comn_numadd, '+'>);
+ROW("add/gmp_limbs", gmp_limbs<'+'>);
+ROW("add/gmp_layout", gmp_layout<'+'>);
+ROW("add/boost", boost_integer<'+'>);
+ROW("add/pgtypes", pgtypes<PGTYPESnumeric_add, '+'>);
+ROW("subtract/comnlib", comnlib<comn_numsub, '-'>);
+ROW("subtract/gmp_limbs", gmp_limbs<'-'>);
+ROW("subtract/gmp_layout", gmp_layout<'-'>);
+ROW("subtract/boost", boost_integer<'-'>);
+ROW("subtract/pgtypes", pgtypes<PGTYPESnumeric_sub, '-'>);
+ROW("multiply/comnlib", comnlib<comn_nummul, '*'>);
+ROW("multiply/gmp_limbs", gmp_limbs<'*'>);
+ROW("multiply/gmp_layout", gmp_layout<'*'>);
+ROW("multiply/boost", boost_integer<'*'>);
+ROW("multiply/pgtypes", pgtypes<PGTYPESnumeric_mul, '*'>);
+ROW("divide/comnlib", comnlib<comn_numdivide, '/'>);
+ROW("divide/gmp_limbs", gmp_limbs<'/'>);
+ROW("divide/gmp_layout", gmp_layout<'/'>);
+ROW("divide/boost", boost_integer<'/'>);
+ROW("divide/pgtypes", pgtypes<PGTYPESnumeric_div, '/'>);
+ROW("compare/comnlib", comnlib_compare);
+ROW("compare/gmp_limbs", gmp_limbs<'?'>);
+ROW("compare/gmp_layout", gmp_layout<'?'>);
+ROW("compare/boost", boost_integer<'?'>);
+ROW("compare/pgtypes", pgtypes_compare);
+ROW("from_text/comnlib", from_text_comnlib);
+ROW("from_text/gmp", from_text_gmp);
+ROW("from_text/boost", from_text_boost);
+ROW("from_text/pgtypes", from_text_pgtypes);
+ROW("to_text/comnlib", to_text_comnlib);
+ROW("to_text/gmp", to_text_gmp);
+ROW("to_text/boost", to_text_boost);
+ROW("to_text/pgtypes", to_text_pgtypes);
+
+}  // namespace
