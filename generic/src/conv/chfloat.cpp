@@ -1,6 +1,7 @@
 // Decimal text to double through std::from_chars, which the process's locale does not reach.
 #include "conv/chfloat.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -32,6 +33,7 @@ bool is_too_large(std::string_view literal) {
         std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
     if (error == std::errc::result_out_of_range)
       exponent = digits.front() == '-' ? -kBeyondAny : kBeyondAny;
+    exponent = std::clamp(exponent, -kBeyondAny, kBeyondAny);
   }
   const auto point = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
   const auto leading = static_cast<long long>(mantissa.find_first_of("123456789"));

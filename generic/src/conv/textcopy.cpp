@@ -26,13 +26,16 @@ bool same_encoding(const Encoding& a, const Encoding& b) {
   return a.utf16 == b.utf16 && a.charset == b.charset;
 }
 
+// Widths alone decide, so the tables of classes and forms are not asked.
 CS_INT whole_characters(Text text, CS_INT room) {
+  const CS_INT limit = std::min(size_of(text.bytes), room);
+  const CS_BYTE* widths = text.attrib == nullptr ? nullptr : text.attrib->cs_width_map;
+  if (widths == nullptr) return limit;
   CS_INT length = 0;
-  while (!text.bytes.empty()) {
-    const TextChar character = first_char(text);
-    if (character.cut || size_of(character.bytes) > room - length) break;
-    length += size_of(character.bytes);
-    text.bytes = text.bytes.subspan(character.bytes.size());
+  while (length < limit) {
+    const int width = std::max(widths[text.bytes[static_cast<std::size_t>(length)]] & 0xF, 1);
+    if (width > limit - length) break;
+    length += width;
   }
   return length;
 }
