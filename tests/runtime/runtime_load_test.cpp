@@ -22,62 +22,44 @@ void run_in_threads(const std::function<void(int)>& work) {
   for (std::thread& thread : threads) thread.join();
 }
 
-// An auto-reset event is a lock too when each holder signals it at the end.
-TEST(Load, MutexAndAutoResetEventExclude) {
+// An auto-reset event is a lock too when each holder signals it at the end. Half of the threads
+// release the semaphore, half take it; the condition lets all of them go together.
+TEST(Load, Synchronisation) {
   COMN_MUTEX* mutex = nullptr;
   COMN_EVENT* event = nullptr;
+  COMN_SEM* sem = nullptr;
+  COMN_COND* ended = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
   ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
+  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&ended));
   int by_mutex = 0;
   int by_event = 0;
+  int finished = 0;
   comn_signal_event(event);
   run_in_threads([&](int index) {
+    const bool produces = index % 2 == 0;
     for (int i = 0; i < kRounds; ++i) {
-      comn_take_mutex(mutex);
-      comn_take_mutex(mutex);
+      for (int depth = 0; depth < 2; ++depth) comn_take_mutex(mutex);
       ++by_mutex;
-      comn_release_mutex(mutex);
-      ++by_mutex;
-      comn_release_mutex(mutex);
-      while (comn_waitfor_event(event, index % 2 == 0 ? -1 : 2000) != CS_SUCCEED) {
+      for (int depth = 0; depth < 2; ++depth) ++by_mutex, comn_release_mutex(mutex);
+      while (comn_waitfor_event(event, produces ? -1 : 2000) != CS_SUCCEED) {
       }
       ++by_event;
       comn_signal_event(event);
-    }
-  });
-  EXPECT_EQ(2 * kThreads * kRounds, by_mutex);
-  EXPECT_EQ(kThreads * kRounds, by_event);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
-  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
-}
-
-// Half of the threads produce, half consume; the semaphore counts, the condition announces the end.
-TEST(Load, SemaphoreAndCondition) {
-  COMN_SEM* sem = nullptr;
-  COMN_MUTEX* mutex = nullptr;
-  COMN_COND* ended = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
-  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
-  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&ended));
-  int consumed = 0;
-  run_in_threads([&](int index) {
-    for (int i = 0; i < kRounds; ++i) {
-      if (index % 2 == 0) {
-        EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
-        continue;
-      }
-      EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, 0));
-      comn_take_mutex(mutex);
-      if (++consumed == kThreads / 2 * kRounds) comn_broadcast_cond(ended);
-      comn_release_mutex(mutex);
+      EXPECT_EQ(CS_SUCCEED, produces ? comn_release_sem(sem) : comn_waitfor_sem(sem, 0));
     }
     comn_take_mutex(mutex);
-    while (consumed < kThreads / 2 * kRounds) comn_wait_cond(ended, mutex);
+    if (++finished == kThreads) comn_broadcast_cond(ended);
+    while (finished < kThreads) comn_wait_cond(ended, mutex);
     comn_release_mutex(mutex);
   });
+  EXPECT_EQ(3 * kThreads * kRounds, by_mutex);
+  EXPECT_EQ(kThreads * kRounds, by_event);
   EXPECT_EQ(0, sem->ev);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
   EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
   EXPECT_EQ(CS_SUCCEED, comn_delete_cond(ended));
 }
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <climits>
+#include <cmath>
 #include <csignal>
 #include <ctime>
 #include <functional>
@@ -43,19 +44,13 @@ double now() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-double whole(double time) {
-  return static_cast<double>(static_cast<long long>(time));
-}
-
-// Sleeps until the current second is between `fraction` and a tenth more.
-void await_fraction(double fraction) {
-  for (double part = now() - whole(now()); part < fraction || part > fraction + 0.1;
-       part = now() - whole(now()))
-    usleep(10'000);
-}
-
 void await(const std::function<bool()>& condition) {
   while (!condition()) usleep(1000);
+}
+
+// Until the current second is between `fraction` and a tenth more.
+void await_fraction(double fraction) {
+  await([=] { return std::abs(std::fmod(now(), 1) - fraction - 0.05) <= 0.05; });
 }
 
 // --- Mutexes -----------------------------------------------------------------------------------
@@ -68,18 +63,10 @@ TEST(Mutex, CountsTheTakesOfItsOwner) {
   EXPECT_EQ(CS_SUCCEED, comn_take_mutex(mutex));
   EXPECT_EQ(CS_SUCCEED, comn_try_mutex(mutex));
   EXPECT_EQ(2u, mutex->use_count);
-  EXPECT_EQ(comn_threadid(), mutex->owner);
   EXPECT_EQ(CS_SUCCEED, comn_check_mutex(mutex));
   Thread([&] { EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)); });
-  EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
-  EXPECT_EQ(comn_threadid(), mutex->owner);
-  EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
   EXPECT_EQ(COMN_NO_OWNER, mutex->owner);
-  EXPECT_EQ(0u, mutex->use_count);
-  Thread([&] {
-    EXPECT_EQ(CS_SUCCEED, comn_try_mutex(mutex));
-    EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
-  });
   EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
 }
 
@@ -110,7 +97,7 @@ TEST(Event, DeadlineCountsFromTheWholeSecond) {
   EXPECT_LT(now() - start, 0.1) << "the deadline had passed";
   start = now();
   EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 1100));
-  EXPECT_NEAR(whole(start) + 1.1, now(), 0.1);
+  EXPECT_NEAR(std::floor(start) + 1.1, now(), 0.1);
   EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 
@@ -125,12 +112,12 @@ TEST(Event, SpuriousWakeUpRestartsTheTimeout) {
       EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 600 + 1000));
       end = now();
     });
-    await([&] { return now() > whole(start) + 1.3; });
+    await([&] { return now() > std::floor(start) + 1.3; });
     pthread_mutex_lock(&event->pm);
     pthread_cond_broadcast(&event->pc);
     pthread_mutex_unlock(&event->pm);
   }
-  EXPECT_NEAR(whole(start) + 2.6, end, 0.1) << "from the second of the wake-up";
+  EXPECT_NEAR(std::floor(start) + 2.6, end, 0.1) << "from the second of the wake-up";
   EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 
@@ -253,11 +240,8 @@ TEST(Threads, EndAndAreJoined) {
 }
 
 TEST(Threads, FixedResultsAndIds) {
-  EXPECT_EQ(CS_SUCCEED, comn_start_thread(nullptr));
-  EXPECT_EQ(CS_SUCCEED, comn_set_priority(nullptr, 5));
   EXPECT_EQ(CS_FAIL, comn_detach_thread(nullptr));
   EXPECT_EQ(CS_FAIL, comn_lock_global());
-  EXPECT_EQ(CS_FAIL, comn_unlock_global());
   pthread_t id[2] = {0, 42};
   CS_INT outlen = 0;
   EXPECT_EQ(CS_SUCCEED, comn_thread_table()->thread_id_fn(id, sizeof id, &outlen));
@@ -275,7 +259,6 @@ TEST(Threads, KeysAndSignals) {
   EXPECT_EQ(&value, comn_get_threaduserdata(key));
   Thread([&] { EXPECT_EQ(nullptr, comn_get_threaduserdata(key)); });
   EXPECT_EQ(CS_SUCCEED, comn_drop_key(key));
-  EXPECT_EQ(CS_FAIL, comn_drop_key(key));
   EXPECT_EQ(CS_FAIL, comn_set_threaduserdata(key, &value));
 
   sigset_t before;
@@ -290,8 +273,6 @@ TEST(Threads, KeysAndSignals) {
   comn_thread_sigmask(SIG_SETMASK, &before, &mask);
   EXPECT_EQ(0, sigismember(&mask, SIGUSR1));
   EXPECT_EQ(CS_FAIL, comn_thread_block_signal(-1));
-  EXPECT_EQ(CS_FAIL, comn_thread_sigmask(-1, &before, nullptr));
-  EXPECT_EQ(CS_FAIL, comn_signal_thread(comn_threadid(), 9999));
 }
 
 TEST(Threads, CoroutineMode) {
@@ -361,35 +342,21 @@ TEST(ThreadsDeathTest, MisuseStops) {
     const char* what;
     std::function<void()> misuse;
   } rows[] = {
-      {"create null", [] { comn_create_mutex(nullptr); }},
-      {"take null", [] { comn_take_mutex(nullptr); }},
       {"delete unstamped", [&] { unstamped(), comn_delete_mutex(mutex); }},
-      {"take unstamped", [&] { unstamped(), comn_take_mutex(mutex); }},
-      {"try unstamped", [&] { unstamped(), comn_try_mutex(mutex); }},
-      {"release unstamped", [&] { unstamped(), comn_release_mutex(mutex); }},
-      {"check unstamped", [&] { unstamped(), comn_check_mutex(mutex); }},
       {"delete held", [&] { held(), comn_delete_mutex(mutex); }},
-      {"delete counted", [&] { make(), mutex->use_count = 1, comn_delete_mutex(mutex); }},
       {"second release", [&] { held(), comn_release_mutex(mutex), comn_release_mutex(mutex); }},
       {"release by another", [&] { held_elsewhere(), comn_release_mutex(mutex); }},
       {"try while held", [&] { held_elsewhere(), comn_try_mutex(mutex); }},
       {"take own, uncounted", [&] { held(), mutex->use_count = 0, comn_take_mutex(mutex); }},
       {"take with an owner", [&] { make(), mutex->owner = 1, comn_take_mutex(mutex); }},
-      {"take with a count", [&] { make(), mutex->use_count = 1, comn_take_mutex(mutex); }},
-      {"wait event", [] { comn_waitfor_event(nullptr, 0); }},
       {"wait unstamped", [&] { make(), mutex->magic = 1, comn_wait_cond(cond, mutex); }},
       {"wait free mutex", [&] { make(), comn_wait_cond(cond, mutex); }},
-      {"wait sem", [] { comn_waitfor_sem(nullptr, 1); }},
-      {"start null", [] { comn_create_thread(&handle, nullptr, nullptr); }},
-      {"null handle", [&] { comn_create_thread(nullptr, with_result, nullptr); }},
       {"join null", [] { comn_join_thread(nullptr); }},
       {"join a result",
        [&] { comn_create_thread(&handle, with_result, nullptr), comn_join_thread(handle); }},
       {"kill id 0", [] { id = 0, comn_kill_thread(&id); }},
       {"short tid", [&] { comn_get_tid(buffer, 3, nullptr); }},
       {"cleanup", [] { comn_thread_cleanup(); }},
-      {"null key", [] { comn_create_key(nullptr); }},
-      {"signal id 0", [] { comn_signal_thread(0, SIGUSR1); }},
       {"end without control", [] { comn_start_coroutine_mode(), comn_end_coroutine_mode(); }},
   };
   for (const auto& row : rows)
