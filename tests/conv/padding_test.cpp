@@ -79,7 +79,6 @@ const Placed kPlaced[] = {
     {8, -12345, 0, 2, kNulls, CS_CVT_OVERFLOW, {"*\0", 2}, 2},
     {8, -12345, 0, 1, kBlanks, CS_CVT_OVERFLOW, "#", 1},
     {8, 7, 0, 1, kTerm, CS_CVT_OVERFLOW, "#", 1},
-    {10, 0.1, 0, 18, 0, CS_SUCCEED, ".10000000000000001", 18},
     {10, 0.1, 0, 17, 0, CS_CVT_OVERFLOW, {"*\0###############", 17}, 1},
     {8, 0x41424344, 3, 3, kNulls, CS_CVT_TRUNCATED, "DCB", 3},
     {8, 0x41424344, 5, 6, kNulls, CS_SUCCEED, {"DCBA\0\0", 6}, 6},
