@@ -293,7 +293,8 @@ TEST(Load, EightThreads) {
 }
 
 TEST(Load, TakesTheHostsLocks) {
-  static int locks_taken = 0;
+  static int locks_taken;
+  locks_taken = 0;
   const ShippedHome home;
   Context context;
   ASSERT_EQ(CS_SUCCEED, context.init());
