@@ -34,8 +34,8 @@ struct Values {
 };
 
 // Amounts of up to `bits` bits in units, both signs.
-Values amounts(unsigned seed, unsigned bits) {
-  std::mt19937_64 random(seed);
+Values amounts(unsigned stream, unsigned bits) {
+  std::mt19937_64 random(stream);
   return Values([&] {
     const auto value = static_cast<std::int64_t>(random() >> (64 - bits));
     return random() % 2 == 0 ? value : -value;

@@ -33,48 +33,21 @@ Result from_money(Context& context, std::int64_t amount, const CS_DATAFMT& to) {
   return result;
 }
 
+// Negative values show that each record has a formula of its own.
 TEST(MoneyConversion, ToNumbers) {
   Context context;
-  const struct {
-    std::int64_t amount;
-    CS_INT datatype;
-    CS_INT value;
-    CS_RETCODE code;
-  } rows[] = {
-      {-5000, CS_TINYINT_TYPE, 0, CS_CVT_OVERFLOW},
-      {2559999, CS_TINYINT_TYPE, 255, CS_SUCCEED},
-      {2560000, CS_TINYINT_TYPE, 255, CS_CVT_OVERFLOW},
-      {INT64_MAX, CS_TINYINT_TYPE, 255, CS_CVT_OVERFLOW},
-      {-327690000, CS_SMALLINT_TYPE, -32768, CS_CVT_OVERFLOW},
-      {-5000, CS_INT_TYPE, -1, CS_SUCCEED},
-      {21474836480000, CS_INT_TYPE, 2147483647, CS_CVT_OVERFLOW},
-      {1, CS_BIT_TYPE, 1, CS_SUCCEED},
-      {0x100000000, CS_BIT_TYPE, 1, CS_SUCCEED},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.amount << " to " << row.datatype);
-    const Result result = from_money(context, row.amount, format_of(row.datatype));
-    EXPECT_EQ(row.code, result.code);
-    EXPECT_EQ(comn_typelen(row.datatype, 0), result.length);
-    const auto size = static_cast<std::size_t>(result.length);
-    EXPECT_EQ(0, std::memcmp(&row.value, result.bytes.data(), size));
-  }
-
-  // Negative values show that each record has a formula of its own.
   const CS_DATAFMT to = format_of(CS_FLOAT_TYPE);
   const CS_MONEY4 small{-12345};
-  const Result from_small = convert(context, CS_MONEY4_TYPE, small, to);
-  EXPECT_EQ(-1.2345, from_small.as<CS_FLOAT>());
+  EXPECT_EQ(-1.2345, convert(context, CS_MONEY4_TYPE, small, to).as<CS_FLOAT>());
   const CS_MONEY m = wide(-12345);
-  const Result from_wide = convert(context, CS_MONEY_TYPE, m, to);
-  EXPECT_EQ(-429496.7296 + 4294954951U / 10000.0, from_wide.as<CS_FLOAT>());
-  EXPECT_EQ(1.25F, from_money(context, 12500, format_of(CS_REAL_TYPE)).as<CS_REAL>());
+  EXPECT_EQ(-429496.7296 + 4294954951U / 10000.0,
+            convert(context, CS_MONEY_TYPE, m, to).as<CS_FLOAT>());
+  const Result bit = from_money(context, 0x100000000, format_of(CS_BIT_TYPE));
+  EXPECT_EQ(1, bit.as<CS_BIT>()) << "the low half is zero";
 }
 
-TEST(MoneyConversion, ToLongIsNoEntryButConverts) {
+TEST(MoneyConversion, ToLongOutsideTheMatrix) {
   Context context;
-  EXPECT_EQ(nullptr, com_conv_func(&context, CS_MONEY_TYPE, CS_LONG_TYPE));
-  EXPECT_EQ(nullptr, com_conv_func(&context, CS_MONEY4_TYPE, CS_LONG_TYPE));
   const CS_DATAFMT from = format_of(CS_MONEY_TYPE);
   const CS_DATAFMT to = format_of(CS_LONG_TYPE, 8);
   const struct {
@@ -106,8 +79,7 @@ TEST(MoneyConversion, ToNumericRescales) {
     CS_INT length;
     std::vector<CS_BYTE> array;  // from the sign byte on
   } rows[] = {
-      {"as it is", -12345, 10, 4, CS_SUCCEED, 8, {1, 0, 0, 0, 0x30, 0x39}},
-      {"scaled up", 12345, 10, 5, CS_SUCCEED, 8, {0, 0, 0, 1, 0xE2, 0x3A}},
+      {"scaled up", -12345, 10, 5, CS_SUCCEED, 8, {1, 0, 0, 1, 0xE2, 0x3A}},
       {"digits dropped", 12345, 3, 2, CS_CVT_TRUNCATED, 5, {0, 0, 123}},
       {"too many digits", 1000, 2, 4, CS_CVT_OVERFLOW, 4, {0, 0}},
       {"bytes before the scale", 10000, 2, 0, CS_CVT_OVERFLOW, 4, {0, 0}},
@@ -142,10 +114,8 @@ TEST(MoneyConversion, ToCharacterCutsAndPads) {
     std::string text;
   } rows[] = {
       {"two decimals", -49, 0, 10, 0, CS_SUCCEED, "-0.00"},
-      {"as asked", 12345, 3, 10, 0, CS_SUCCEED, "1.235"},
       {"never more than four", 12345, 0x1000000, 10, 0, CS_SUCCEED, "1.2345"},
       {"marker counts as 0", 12345, CS_USE_SRCVALUE, 10, 0, CS_SUCCEED, "1.23"},
-      {"longest", INT64_MIN, 4, 30, 0, CS_SUCCEED, "-922337203685477.5808"},
       {"cut", 1234500, 2, 3, 0, CS_CVT_OVERFLOW, "123"},
       {"no room", 1234500, 2, 0, 0, CS_CVT_OVERFLOW, ""},
       {"no room for the NUL", 12300, 2, 4, CS_DFMT_NULLTERM, CS_CVT_OVERFLOW, "1.2" + nul},
@@ -171,57 +141,28 @@ TEST(MoneyConversion, ToCharacterCutsAndPads) {
   EXPECT_EQ("12.3", result.text().substr(2, 4));
 }
 
-TEST(MoneyConversion, ToBinaryCopiesTheRecord) {
-  Context context;
-  const Result whole = from_money(context, 0x0102030405060708, format_of(CS_BINARY_TYPE, 8));
-  EXPECT_EQ(CS_SUCCEED, whole.code);
-  EXPECT_EQ("\4\3\2\1\10\7\6\5", whole.text());
-  const CS_MONEY4 small{0x01020304};
-  const Result record = convert(context, CS_MONEY4_TYPE, small, format_of(CS_VARBINARY_TYPE));
-  EXPECT_EQ(4, record.as<CS_SMALLINT>());
-  EXPECT_EQ(0x01020304, record.as<CS_INT>(2));
-}
-
-TEST(MoneyConversion, BetweenTheSizes) {
+// Where the sizes and the numbers behind them differ: the clamp, and the rounding of floats.
+TEST(MoneyConversion, FromNumbers) {
   Context context;
   const CS_DATAFMT to_wide = format_of(CS_MONEY_TYPE);
   const CS_DATAFMT to_small = format_of(CS_MONEY4_TYPE);
-  EXPECT_EQ(INT64_MIN, units(from_money(context, INT64_MIN, to_wide).as<CS_MONEY>()));
-  EXPECT_EQ(-7, units(from_money(context, -7, to_wide).as<CS_MONEY>()));
-  EXPECT_EQ(-7, from_money(context, -7, to_small).as<CS_MONEY4>().mny4);
-  const Result clamped = from_money(context, -0x80000001LL, to_small);
-  EXPECT_EQ(CS_CVT_OVERFLOW, clamped.code);
-  EXPECT_EQ(4, clamped.length);
-  EXPECT_EQ(INT32_MIN, clamped.as<CS_MONEY4>().mny4);
-}
-
-template <class T>
-void check_from(CS_INT datatype, T value, std::int64_t expected, CS_RETCODE small_code) {
-  SCOPED_TRACE(testing::Message() << datatype << ": " << +value);
-  Context context;
-  const Result wide = convert(context, datatype, value, format_of(CS_MONEY_TYPE));
-  EXPECT_EQ(CS_SUCCEED, wide.code);
-  EXPECT_EQ(8, wide.length);
-  EXPECT_EQ(expected, units(wide.as<CS_MONEY>()));
-  const Result small = convert(context, datatype, value, format_of(CS_MONEY4_TYPE));
-  EXPECT_EQ(small_code, small.code);
-  EXPECT_EQ(4, small.length);
-  EXPECT_EQ(std::clamp<std::int64_t>(expected, INT32_MIN, INT32_MAX), small.as<CS_MONEY4>().mny4);
-}
-
-TEST(MoneyConversion, FromNumbers) {
-  check_from<CS_TINYINT>(CS_TINYINT_TYPE, 255, 2550000, CS_SUCCEED);
-  check_from<CS_INT>(CS_INT_TYPE, INT32_MIN, -21474836480000, CS_CVT_OVERFLOW);
-  check_from<CS_INT>(CS_INT_TYPE, 214749, 2147490000, CS_CVT_OVERFLOW);
-  check_from<CS_REAL>(CS_REAL_TYPE, 0.1F, 1000, CS_SUCCEED);
-  check_from<CS_FLOAT>(CS_FLOAT_TYPE, -0.00005, -1, CS_SUCCEED);
-
-  Context context;
-  const CS_FLOAT huge = 1e30;
-  const Result wide = convert(context, CS_FLOAT_TYPE, huge, format_of(CS_MONEY_TYPE));
-  EXPECT_EQ(CS_CVT_OVERFLOW, wide.code);
-  EXPECT_EQ(INT64_MAX, units(wide.as<CS_MONEY>()));
-  EXPECT_EQ(nullptr, com_conv_func(&context, CS_BIT_TYPE, CS_MONEY_TYPE));
+  const auto check = [&](CS_INT datatype, auto value, std::int64_t expected, CS_RETCODE wide_code,
+                         CS_RETCODE small_code) {
+    SCOPED_TRACE(testing::Message() << datatype << ": " << expected);
+    const Result wide = convert(context, datatype, value, to_wide);
+    EXPECT_EQ(wide_code, wide.code);
+    EXPECT_EQ(expected, units(wide.as<CS_MONEY>()));
+    const Result small = convert(context, datatype, value, to_small);
+    EXPECT_EQ(small_code, small.code);
+    EXPECT_EQ(4, small.length);
+    EXPECT_EQ(std::clamp<std::int64_t>(expected, INT32_MIN, INT32_MAX), small.as<CS_MONEY4>().mny4);
+  };
+  check(CS_MONEY_TYPE, wide(-0x80000001LL), -0x80000001LL, CS_SUCCEED, CS_CVT_OVERFLOW);
+  check(CS_INT_TYPE, CS_INT{INT32_MIN}, -21474836480000, CS_SUCCEED, CS_CVT_OVERFLOW);
+  check(CS_INT_TYPE, CS_INT{214749}, 2147490000, CS_SUCCEED, CS_CVT_OVERFLOW);
+  check(CS_REAL_TYPE, 0.1F, 1000, CS_SUCCEED, CS_SUCCEED);
+  check(CS_FLOAT_TYPE, -0.00005, -1, CS_SUCCEED, CS_SUCCEED);
+  check(CS_FLOAT_TYPE, 1e30, INT64_MAX, CS_CVT_OVERFLOW, CS_CVT_OVERFLOW);
 }
 
 TEST(MoneyConversionDeathTest, WrongDatatypes) {

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <concepts>
 #include <cstdint>
-#include <limits>
-#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "comnlib/money.h"
@@ -31,112 +31,67 @@ std::int64_t units(const CS_MONEY& m) {
 
 // --- vectors
 
-using Operation8 = CS_INT (*)(const CS_MONEY*, const CS_MONEY*, CS_MONEY*);
-using Operation4 = CS_INT (*)(const CS_MONEY4*, const CS_MONEY4*, CS_MONEY4*);
-
-// One operation under both names, on money or on small money.
-struct Operation {
-  Operation8 wide, older_wide;
-  Operation4 small, older_small;
-};
-constexpr Operation add8{comn_mnyadd, com_mnyadd, nullptr, nullptr};
-constexpr Operation sub8{comn_mnysub, com_mnysub, nullptr, nullptr};
-constexpr Operation mul8{comn_mnymul, com_mnymul, nullptr, nullptr};
-constexpr Operation div8{comn_mnydivide, com_mnydivide, nullptr, nullptr};
-constexpr Operation add4{nullptr, nullptr, comn_mny4add, com_mny4add};
-constexpr Operation sub4{nullptr, nullptr, comn_mny4sub, com_mny4sub};
-constexpr Operation mul4{nullptr, nullptr, comn_mny4mul, com_mny4mul};
-constexpr Operation div4{nullptr, nullptr, comn_mny4divide, com_mny4divide};
-
-struct ArithmeticVector {
-  const char* name;
-  Operation operation;
-  std::int64_t a, b;
-  CS_INT status;
-  std::int64_t expected;
-};
-struct FormatVector {
-  std::int64_t value;
-  CS_INT decimals;
-  CS_INT grouped;
-  const char* text;
-};
-struct TextVector {
-  std::string_view text;
-  CS_INT status;
-  std::int64_t value = 0;  // looked at on success alone
-};
-
-#define FORMAT(...)
-#define PARSE(...)
-#define ARITHMETIC(operation, ...) {#operation, operation, __VA_ARGS__},
-constexpr ArithmeticVector kArithmetic[] = {
-#include "data/money_vectors.inc"
-};
-#undef ARITHMETIC
-#undef FORMAT
-#define ARITHMETIC(...)
-#define FORMAT(...) {__VA_ARGS__},
-constexpr FormatVector kFormats[] = {
-#include "data/money_vectors.inc"
-};
-#undef FORMAT
-#undef PARSE
-#define FORMAT(...)
-#define PARSE(...) {__VA_ARGS__},
-constexpr TextVector kTexts[] = {
-#include "data/money_vectors.inc"
-};
-
-// The result is written once beside the operands and once over the second one.
 template <class Record>
-void check(const ArithmeticVector& row, CS_INT (*current)(const Record*, const Record*, Record*),
-           CS_INT (*older)(const Record*, const Record*, Record*), Record a, Record b,
-           std::int64_t (*value)(const Record&)) {
-  Record r = a;
-  EXPECT_EQ(current(&a, &b, &r), comnlib::exact_code(row.status));
-  EXPECT_EQ(value(r), row.expected);
-  EXPECT_EQ(older(&a, &b, &b), row.status);
-  EXPECT_EQ(value(b), row.expected) << "over an operand";
+Record record(std::int64_t value) {
+  if constexpr (std::same_as<Record, CS_MONEY>)
+    return wide(value);
+  else
+    return {static_cast<CS_INT>(value)};
 }
 
-TEST(MoneyVectors, Arithmetic) {
-  for (const ArithmeticVector& row : kArithmetic) {
-    SCOPED_TRACE(testing::Message() << row.name << ' ' << row.a << ' ' << row.b);
-    const Operation& operation = row.operation;
-    if (operation.wide != nullptr) {
-      check<CS_MONEY>(row, operation.wide, operation.older_wide, wide(row.a), wide(row.b), units);
-    } else {
-      check<CS_MONEY4>(row, operation.small, operation.older_small, {static_cast<CS_INT>(row.a)},
-                       {static_cast<CS_INT>(row.b)},
-                       [](const CS_MONEY4& m) { return std::int64_t{m.mny4}; });
-    }
+std::int64_t units(const CS_MONEY4& m) {
+  return m.mny4;
+}
+
+// One operation under both names; the result is written once beside the operands and once over the
+// second one.
+template <class Record, auto kCurrent, auto kOlder>
+void arithmetic(const char* row, std::int64_t left, std::int64_t right, CS_INT status,
+                std::int64_t expected) {
+  const auto a = record<Record>(left);
+  auto b = record<Record>(right);
+  auto r = a;
+  EXPECT_EQ(kCurrent(&a, &b, &r), comnlib::exact_code(status)) << row;
+  EXPECT_EQ(units(r), expected) << row;
+  EXPECT_EQ(kOlder(&a, &b, &b), status) << row;
+  EXPECT_EQ(units(b), expected) << row << " over an operand";
+}
+
+void format(std::int64_t value, CS_INT decimals, CS_INT grouped, const char* text) {
+  const CS_MONEY m = wide(value);
+  CS_CHAR buffer[26];
+  EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, grouped, decimals), text);
+}
+
+// The value is looked at on success alone.
+void parse(std::string_view text, CS_INT status, std::int64_t value = 0,
+           const char_attrib* charset = nullptr) {
+  // The exact size on the heap: a sanitizer sees every byte read beyond.
+  const std::vector<CS_CHAR> exact(text.begin(), text.end());
+  CS_MONEY m = wide(99);
+  const auto length = static_cast<CS_INT>(exact.size());
+  EXPECT_EQ(com__mnyfromchar_mb(&m, exact.data(), length, 0, charset), status) << text;
+  if (status == 0) {
+    EXPECT_EQ(units(m), value) << text;
   }
 }
 
-TEST(MoneyVectors, Formatting) {
-  for (const FormatVector& row : kFormats) {
-    const CS_MONEY m = wide(row.value);
-    CS_CHAR buffer[26];
-    EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, row.grouped, row.decimals), row.text);
-  }
-}
-
-void check_texts(std::span<const TextVector> rows, const char_attrib* charset) {
-  for (const TextVector& row : rows) {
-    // The exact size on the heap: a sanitizer sees every byte read beyond.
-    const std::vector<CS_CHAR> text(row.text.begin(), row.text.end());
-    CS_MONEY m = wide(99);
-    const auto length = static_cast<CS_INT>(text.size());
-    EXPECT_EQ(com__mnyfromchar_mb(&m, text.data(), length, 0, charset), row.status) << row.text;
-    if (row.status == 0) {
-      EXPECT_EQ(units(m), row.value) << row.text;
-    }
-  }
-}
-
-TEST(MoneyVectors, Reading) {
-  check_texts(kTexts, nullptr);
+#define ARITHMETIC(operation, a, b, ...) operation(#operation " " #a " " #b, a, b, __VA_ARGS__);
+#define FORMAT(...) format(__VA_ARGS__);
+#define PARSE(...) parse(__VA_ARGS__);
+TEST(Money, AgreesWithVectors) {
+  constexpr auto add8 = arithmetic<CS_MONEY, comn_mnyadd, com_mnyadd>;
+  constexpr auto sub8 = arithmetic<CS_MONEY, comn_mnysub, com_mnysub>;
+  constexpr auto mul8 = arithmetic<CS_MONEY, comn_mnymul, com_mnymul>;
+  const auto div8 = [](auto... row) {
+    arithmetic<CS_MONEY, comn_mnydivide, com_mnydivide>(row...);
+    arithmetic<CS_MONEY, comn_mnyxdiv, com_mnyxdiv>(row...);
+  };
+  constexpr auto add4 = arithmetic<CS_MONEY4, comn_mny4add, com_mny4add>;
+  constexpr auto sub4 = arithmetic<CS_MONEY4, comn_mny4sub, com_mny4sub>;
+  constexpr auto mul4 = arithmetic<CS_MONEY4, comn_mny4mul, com_mny4mul>;
+  constexpr auto div4 = arithmetic<CS_MONEY4, comn_mny4divide, com_mny4divide>;
+#include "data/money_vectors.inc"
 }
 
 // --- the other operations
@@ -163,6 +118,7 @@ TEST(Money, ComparesHighHalvesSignedAndLowHalvesUnsigned) {
 }
 
 TEST(Money, OneUnitAndTheSignOverflowWithoutZeroing) {
+  const auto minus = [](CS_MONEY* m) { return comn_mnyminus(m, m); };
   const struct {
     const char* label;
     CS_RETCODE (*change)(CS_MONEY*);
@@ -172,18 +128,16 @@ TEST(Money, OneUnitAndTheSignOverflowWithoutZeroing) {
       {"up wraps", comn_mnyinc, INT64_MAX, INT64_MIN, CS_CVT_OVERFLOW},
       {"down over a half", comn_mnydec, 0x100000000, 0xFFFFFFFF, CS_SUCCEED},
       {"down wraps", comn_mnydec, INT64_MIN, INT64_MAX, CS_CVT_OVERFLOW},
-      {"minus", [](CS_MONEY* m) { return comn_mnyminus(m, m); }, -7, 7, CS_SUCCEED},
-      {"minus smallest", [](CS_MONEY* m) { return comn_mnyminus(m, m); }, INT64_MIN, INT64_MIN,
-       CS_CVT_OVERFLOW},
+      {"minus", minus, -7, 7, CS_SUCCEED},
+      {"minus smallest", minus, INT64_MIN, INT64_MIN, CS_CVT_OVERFLOW},
   };
   for (const auto& row : rows) {
     CS_MONEY m = wide(row.from);
     EXPECT_EQ(row.change(&m), row.code) << row.label;
     EXPECT_EQ(units(m), row.to) << row.label;
   }
-  const CS_MONEY4 smallest{kIntMin};
-  CS_MONEY4 negated;
-  EXPECT_EQ(comn_mny4minus(&smallest, &negated), CS_CVT_OVERFLOW);
+  CS_MONEY4 smallest{kIntMin};
+  EXPECT_EQ(comn_mny4minus(&smallest, &smallest), CS_CVT_OVERFLOW);
 }
 
 TEST(Money, DownTakesSixteenBitsOfTheDivisor) {
@@ -196,11 +150,8 @@ TEST(Money, DownTakesSixteenBitsOfTheDivisor) {
       {-123456, 1000, -123, 456},
       {123456, 0x10000 + 1000, 123, 456},
       {99, 0, 99, 0},
-      {99, 0x10000, 99, 0},
-      {INT64_MIN, 1, INT64_MIN, 0},
       {INT64_MIN, 10, -922337203685477580, 8},
       {INT64_MAX, -1, 140739635871744, 65535 - 32768},
-      {-9, 10, 0, 9},
   };
   for (const auto& row : rows) {
     CS_MONEY m = wide(row.from);
@@ -217,13 +168,10 @@ TEST(Money, ScaleWorksOnTheMagnitude) {
     CS_INT status;
   } rows[] = {
       {-12, 10, 3, -123, 0},
-      {INT64_MAX, 0, -5, -5, 0},
       {3, -1, 0, 3 * 0xFFFFFFFFLL, 0},
       {INT64_MAX, 1, 1, INT64_MAX, 1},
-      {INT64_MIN, 1, 0, INT64_MIN, 1},
       {-922337203685477580, 10, 8, -922337203685477580, 1},
       {-922337203685477580, 10, 7, -INT64_MAX, 0},
-      {INT64_MAX, 4, 0, INT64_MAX, 1},
       {10, 1, -3, 7, 0},
       {2, 1, -3, 2, 1},
   };
@@ -235,14 +183,11 @@ TEST(Money, ScaleWorksOnTheMagnitude) {
 }
 
 TEST(Money, ShiftsOncePerSignificantBitWithoutTheSign) {
-  const struct {
-    CS_INT n;
-    int shifts;
-  } rows[] = {{0, 0}, {1, 1}, {2, 2}, {3, 2}, {4, 3}, {7, 3}, {8, 4}, {kIntMax, 31}, {-1, 32}};
-  for (const auto& row : rows) {
+  for (const auto& [n, shifts] :
+       {std::pair{0, 0}, {1, 1}, {3, 2}, {4, 3}, {kIntMax, 31}, {-1, 32}}) {
     CS_MONEY m = wide(-2);
-    com__mnyshift(&m, row.n);
-    EXPECT_EQ(static_cast<std::uint64_t>(units(m)), 0xFFFFFFFFFFFFFFFEU >> row.shifts) << row.n;
+    com__mnyshift(&m, n);
+    EXPECT_EQ(static_cast<std::uint64_t>(units(m)), 0xFFFFFFFFFFFFFFFEU >> shifts) << n;
   }
 }
 
@@ -272,45 +217,9 @@ TEST(Money, DigitsComeFromTheRoundedMagnitude) {
   }
 }
 
-TEST(Money, TheOtherDivisionIsTheSame) {
-  const CS_MONEY a = wide(-10000);
-  const CS_MONEY b = wide(30000);
-  const CS_MONEY zero = wide(0);
-  CS_MONEY r;
-  EXPECT_EQ(comn_mnyxdiv(&a, &b, &r), CS_SUCCEED);
-  EXPECT_EQ(units(r), -3333);
-  EXPECT_EQ(com_mnyxdiv(&a, &zero, &r), 3);
-  EXPECT_EQ(units(r), 0);
-}
-
 // --- numbers
 
-TEST(Money, ToIntegerIsCutButForMinusOneHalf) {
-  const struct {
-    std::int64_t from;
-    CS_INT to;
-    CS_INT status;
-  } rows[] = {
-      {-4999, 0, 0},
-      {-5000, -1, 0},
-      {-9999, -1, 0},
-      {-15000, -1, 0},
-      {-19999, -1, 0},
-      {21474836479999, kIntMax, 0},
-      {21474836480000, kIntMax, 1},
-      {-21474836489999, kIntMin, 0},
-      {-21474836490000, kIntMin, 1},
-  };
-  for (const auto& row : rows) {
-    const CS_MONEY m = wide(row.from);
-    CS_INT value = 99;
-    EXPECT_EQ(com__mnytoint(&m, &value), row.status) << row.from;
-    EXPECT_EQ(value, row.to) << row.from;
-  }
-}
-
 TEST(Money, FromFloatRoundsAUnitAndClamps) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const struct {
     double from;
     std::int64_t to;
@@ -318,14 +227,11 @@ TEST(Money, FromFloatRoundsAUnitAndClamps) {
   } rows[] = {
       {0.00005, 1, 0},
       {-0.00005, -1, 0},
-      {0.00025, 3, 0},
       {0.00015, 1, 0},  // 1.4999999999999998 once multiplied
       {0.000049999999999999996, 0, 0},
-      {922337203685477.5, 9223372036854774784, 0},
       {922337203685477.75, INT64_MAX, 1},
       {-922337203685477.625, INT64_MIN, 0},
       {-922337203685477.75, INT64_MIN, 1},
-      {-kInfinity, INT64_MIN, 1},
       {std::nan(""), 0, 1},
   };
   for (const auto& row : rows) {
@@ -335,27 +241,44 @@ TEST(Money, FromFloatRoundsAUnitAndClamps) {
   }
 }
 
-TEST(Money, SmallMoneyNarrowsWithAStatusOfItsOwn) {
+// To an integer an amount is cut, but for what makes minus one; small money has a status of its
+// own.
+TEST(Money, Narrows) {
+  const auto to_integer = [](const CS_MONEY* m, CS_INT* value) { return com__mnytoint(m, value); };
+  const auto to_small = [](const CS_MONEY* m, CS_INT* value) {
+    CS_MONEY4 small;
+    const CS_INT status = com__mnytomny4(m, &small);
+    *value = small.mny4;
+    return status;
+  };
   const struct {
+    CS_INT (*narrow)(const CS_MONEY*, CS_INT*);
     std::int64_t from;
-    CS_INT to;
-    CS_INT status;
+    CS_INT to, status;
   } rows[] = {
-      {kIntMax, kIntMax, 0},        {kIntMin, kIntMin, 0},      {0x80000000, kIntMax, -1},
-      {-0x80000001LL, kIntMin, -1}, {0x100000000, kIntMax, -1}, {-0x100000000, kIntMin, -1},
+      {to_integer, -4999, 0, 0},
+      {to_integer, -5000, -1, 0},
+      {to_integer, -19999, -1, 0},
+      {to_integer, 21474836479999, kIntMax, 0},
+      {to_integer, 21474836480000, kIntMax, 1},
+      {to_integer, -21474836489999, kIntMin, 0},
+      {to_integer, -21474836490000, kIntMin, 1},
+      {to_small, kIntMax, kIntMax, 0},
+      {to_small, kIntMin, kIntMin, 0},
+      {to_small, 0x80000000, kIntMax, -1},
+      {to_small, 0x100000000, kIntMax, -1},
+      {to_small, -0x100000000, kIntMin, -1},
   };
   for (const auto& row : rows) {
     const CS_MONEY m = wide(row.from);
-    CS_MONEY4 small;
-    EXPECT_EQ(com__mnytomny4(&m, &small), row.status) << row.from;
-    EXPECT_EQ(small.mny4, row.to) << row.from;
+    CS_INT value = 99;
+    EXPECT_EQ(row.narrow(&m, &value), row.status) << row.from;
+    EXPECT_EQ(value, row.to) << row.from;
   }
   CS_MONEY4 small;
-  EXPECT_EQ(com__inttomny4(214748, &small), 0);
   EXPECT_EQ(com__inttomny4(214749, &small), 1);
   EXPECT_EQ(small.mny4, kIntMax);
   EXPECT_EQ(com__flt8tomny4(-214748.3648, &small), 0);
-  EXPECT_EQ(small.mny4, kIntMin);
   EXPECT_EQ(com__flt4tomny4(-1e30F, &small), 1);
   EXPECT_EQ(small.mny4, kIntMin);
   EXPECT_EQ(com__mny4fromchar_mb(&small, "214748.36475", 12, 0, nullptr), 1);
@@ -376,7 +299,6 @@ TEST(MoneyText, FlagsAndRoom) {
       {"kept sign", -49, 2 << 8, 6, "-0.00"},
       {"grouping asks for exactly 1", 12345678, 3, 32, "1234.57"},
       {"decimals beyond the sign bit", 5, -1, 32, "0.0005"},
-      {"room for the NUL too", 1234567, 0, 6, nullptr},
       {"longest", INT64_MIN, 4 << 8 | 1, 26, "-922,337,203,685,477.5808"},
       {"longest, one short", INT64_MIN, 4 << 8 | 1, 25, nullptr},
   };
@@ -393,62 +315,28 @@ TEST(MoneyText, FlagsAndRoom) {
 }
 
 TEST(MoneyText, Reads) {
-  constexpr TextVector rows[] = {
-      {"$1,234.5", 0, 12345000},
-      {" - $ 5 ", 0, -50000},
-      {"$-5", 0, -50000},
-      {"\xA3"
-       "7\t\n",
-       0, 70000},
-      {"", 0, 0},
-      {" +$", 0, 0},
-      {".", 0, 0},
-      {"-.5", 0, -5000},
-      {"1,", 0, 10000},
-      {"1,23", 0, 1230000},
-      {"1234567,891,2", 0, 12345678912 * 10000},
-      {"1,234,.5", 0, 12345000},
-      {"1.00005", 0, 10001},
-      {"1,23,456", 2},
-      {",1", 2},
-      {"1.2,3", 2},
-      {"1.2.3", 2},
-      {"+-1", 2},
-      {"$$1", 2},
-      {"1$", 2},
-      {"1 2", 2},
-      {". 5", 2},
-      {"\t1", 2},
-      {"1e3", 2},
-      {std::string_view("1\0", 2), 2},
-      {"-922337203685477.58075", 0, INT64_MIN},
-      {"-922337203685477.580809", 0, INT64_MIN},
-      {"-922337203685477.58081", 1},
-      {"922337203685477.58075", 1},
-      {"-9223372036854775808", 1},
-      {"9223372036854775808x", 1},
-  };
-  check_texts(rows, nullptr);
+  parse("$1,234.5", 0, 12345000);
+  parse(" - $ 5 ", 0, -50000);
+  parse("$-5", 0, -50000);
+  parse("\2437\t\n", 0, 70000);
+  for (const std::string_view zero : {"", " +$", "."}) parse(zero, 0, 0);
+  parse("1,", 0, 10000);
+  parse("1234567,891,2", 0, 12345678912 * 10000);
+  parse("1,234,.5", 0, 12345000);
+  parse("-922337203685477.580809", 0, INT64_MIN);
+  parse("-9223372036854775808", 1);
+  parse("9223372036854775808x", 1);
+  for (const std::string_view bad :
+       {"1,23,456", ",1", "1.2,3", "1.2.3", "+-1", "$$1", "1$", "1 2", ". 5", "\t1", "1e3"})
+    parse(bad, 2);
+  parse({"1\0", 2}, 2);
 }
 
 TEST(MoneyText, ReadsWholeCharacters) {
   const TwoByteSet set;
-  constexpr TextVector rows[] = {
-      {"\x81- \x81"
-       "E\x81"
-       "12\x81.\x81"
-       "5\x81 ",
-       0, -125000},
-      {"\x81"
-       "E$1",
-       2},
-      {"1\x81", 2},
-      {"\x81", 2},
-      {"1\x82", 2},
-      {"\x82", 2},
-      {"\x81x", 2},
-  };
-  check_texts(rows, set.attrib());
+  parse("\201- \201E\20112\201.\2015\201 ", 0, -125000, set.attrib());
+  for (const std::string_view bad : {"\201E$1", "1\201", "\201", "1\202", "\201x"})
+    parse(bad, 2, 0, set.attrib());
 }
 
 // --- stops

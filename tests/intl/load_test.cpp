@@ -1,8 +1,8 @@
 // Locale names, the cache, a load with each of its steps failing, and what is asked of a locale.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,16 +31,12 @@ TEST(Lookup, LinesOfTheTable) {
     CS_RETCODE result;
     const char* values;  // language/charset/sort order/date/number/money
   } rows[] = {
-      {"two names", "[linux]\nlocale = x, l, c\n", CS_SUCCEED, "l/c/binary///"},
-      {"empty sort order", "[linux]\nlocale = x, l, c, , d\n", CS_SUCCEED, "l/c/binary/d//"},
+      {"empty values", "[linux]\nlocale = x, l, c, , , n\n", CS_SUCCEED, "l/c/binary//n/"},
       {"all", "[linux]\nlocale = x, l, c, s, d, n, m, more\n", CS_SUCCEED, "l/c/s/d/n/m"},
-      {"empty date", "[linux]\nlocale = x, l, c, s, , n\n", CS_SUCCEED, "l/c/s//n/"},
-      {"second line", "[linux]\nlocale = y, a, b\nlocale = x, l, c, s\n", CS_SUCCEED, "l/c/s///"},
       {"other section in front", "[x]\nkey = x\n[linux]\nlocale = x, l, c\n", CS_SUCCEED,
        "l/c/binary///"},
       {"first section alone", "[linux]\n[linux]\nlocale = x, l, c\n", CS_FAIL, nullptr},
       {"section by case", "[Linux]\nlocale = x, l, c\n", CS_FAIL, nullptr},
-      {"no section", "; nothing\n", CS_FAIL, nullptr},
       {"foreign key", "[linux]\nlocales = y\nlocale = x, l, c\n", CS_FAIL, nullptr},
       {"foreign key behind", "[linux]\nlocale = x, l, c\nother = y\n", CS_SUCCEED, "l/c/binary///"},
       {"no charset", "[linux]\nlocale = x, l\n", CS_FAIL, nullptr},
@@ -48,7 +44,6 @@ TEST(Lookup, LinesOfTheTable) {
       {"unread values are not checked", "[linux]\nlocale = y, \"\nlocale = x, l, c\n", CS_SUCCEED,
        "l/c/binary///"},
       {"damaged value", "[linux]\nlocale = x, l, c, \"s\n", CS_INTL_LIBERR, nullptr},
-      {"damaged line", "[linux]\nlocale\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
       {"damaged section", "[linux\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
       {"255 bytes", "[linux]\nlocale = x, l, c, " + std::string(255, 's') + "\n", CS_SUCCEED,
        nullptr},
@@ -82,34 +77,6 @@ TEST(Lookup, LinesOfTheTable) {
   home.write(kTable, "[linux]\nlocale = x, l, " + std::string(256, 'c') + "\n");
   EXPECT_DEATH(comn__intl_lookup(&context, "x", 1, &names, nullptr, 0), "assertion failed");
   EXPECT_EQ(0, intl_host::files_open());
-}
-
-TEST(Load, EveryShippedLocale) {
-  const ShippedHome home;
-  Context context;
-  ASSERT_EQ(CS_SUCCEED, context.init()) << context.error;
-  INTL_HANDLE handle = nullptr;
-  ASSERT_EQ(0, intl_open((std::string(COMNLIB_HOME) + "/" + kTable).c_str(), &handle));
-  CS_INT status = 0;
-  ASSERT_STREQ("linux", intl_nextsection(handle, &status));
-  int locales = 0;
-  for (; intl_nextentry(handle, &status) != nullptr; ++locales) {
-    const std::string name = intl_nextvalue(handle, &status);
-    CsLocCache* entry = nullptr;
-    ASSERT_EQ(CS_SUCCEED, context.load(name, &entry)) << name << ": " << context.error;
-    EXPECT_EQ(name, entry->locname);
-    EXPECT_EQ(std::string(entry->charname),
-              std::string(entry->locchardesc->char_attrib->cs_name,
-                          entry->locchardesc->char_attrib->cs_namelen));
-    EXPECT_NE(nullptr, entry->locmessage);
-    EXPECT_NE(nullptr, entry->locsortorder);
-    EXPECT_NE(nullptr, entry->locmoninfo);
-    const bool named = entry->com__datename != nullptr;
-    EXPECT_EQ(named, entry->locdateinfo == nullptr) << name;
-    EXPECT_EQ(named, entry->locnuminfo == nullptr) << name;
-  }
-  EXPECT_EQ(0, intl_close(handle));
-  EXPECT_LT(30, locales);
 }
 
 TEST(Load, SharesAndCaches) {
@@ -164,6 +131,7 @@ TEST(Load, NamedConventions) {
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &entry));
   EXPECT_STREQ("us_english", entry->com__datename);
+  EXPECT_EQ(nullptr, entry->locdateinfo);
   EXPECT_EQ("$", entry->locmoninfo->symbol);
   EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 5, "us_english", entry, nullptr, 0));
   EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
@@ -192,7 +160,6 @@ TEST(Load, EveryRefusal) {
   } rows[] = {
       {"locale unknown", kTable, "locale = default", "locale = other", CS_FAIL},
       {"charset without number", ids, "iso_1 = 2", "iso_x = 2", CS_FAIL},
-      {"bad number", ids, "iso_1 = 2", "iso_1 = two", CS_FAIL},
       {"number too large", ids, "iso_1 = 2", "iso_1 = 0x80000000", CS_FAIL},
       {"damaged numbers", ids, "[natlang]", "[natlang", CS_INTL_LIBERR},
       {"language without number", ids, "us_english = 1", "x = 1", CS_FAIL},
@@ -200,31 +167,21 @@ TEST(Load, EveryRefusal) {
       {"no messages", texts, "", nullptr, CS_INTL_NOFILE},
       {"message without number", texts, "-101 =", "x =", CS_FAIL},
       {"no message section", texts, "[messages]", "[message]", CS_FAIL},
-      {"damaged message", texts, "-101 = \"", "-101 = \"\"x", CS_INTL_LIBERR},
-      {"no configuration", config, "", nullptr, CS_INTL_NOFILE},
       {"no replacement", config, "replacement", "description", CS_FAIL},
-      {"bad replacement", config, "= 3F", "= 3G", CS_FAIL},
       {"long replacement", config, "= 3F", "= 3F3F3F3F3F", CS_FAIL},
       {"table and algorithm", config, "table =", "algorithm = utf8\ntable =", CS_FAIL},
       {"unknown algorithm", config, "table = iso_1", "algorithm = x", CS_FAIL},
-      {"unknown configuration key", config, "table =", "tables =", CS_FAIL},
       {"not reached from utf8", "charsets/utf8/utf8.cfg", "to = iso_1", "to = iso_x", CS_FAIL},
       {"no sort order", order, "", nullptr, CS_INTL_NOFILE},
       {"unknown kind", order, "kind = binary", "kind = x", CS_FAIL},
-      {"neither kind nor weights", order, "kind = binary", "", CS_FAIL},
       {"short weights", order, "kind = binary", "kind = weights\nweights = 00", CS_FAIL},
-      {"unknown sort key", order, "kind", "kinds", CS_FAIL},
       {"no conventions", common, "", nullptr, CS_INTL_NOFILE},
-      {"eleven months", common, "January, ", "", CS_FAIL},
       {"thirteen months", common, "January, ", "January, January, ", CS_FAIL},
-      {"no months", common, "months = ", "shortmonths = ", CS_FAIL},
       {"unknown order", common, "order = mdy", "order = mmm", CS_FAIL},
-      {"unknown style", common, "style = default", "style = x", CS_FAIL},
       {"bad grouping", common, "grouping = 3", "grouping = -1", CS_FAIL},
       {"no decimal point", common, "decimal = .", "decimal =", CS_FAIL},
       {"unknown place", common, "place = before", "place = x", CS_FAIL},
       {"two sections of a kind", common, "[money]", "[numeric]", CS_FAIL},
-      {"no money", common, "[money]", "[cash]", CS_FAIL},
       {"damaged conventions", common, "separator = \",\"", "separator = \",", CS_INTL_LIBERR},
   };
   const HomeCopy home;
@@ -280,11 +237,10 @@ TEST(Load, EveryAllocationFails) {
     EXPECT_EQ(set_up == CS_SUCCEED, globals.utf8_charset != nullptr);
     EXPECT_EQ(set_up == CS_SUCCEED, globals.lm != nullptr);
     const CsCharDesc* sets = globals.cmg_chardesc;
-    CS_RETCODE loaded = CS_FAIL;
+    CS_RETCODE result = set_up;
     if (set_up == CS_SUCCEED)
-      loaded = comn_intl_load(&context, "us_english.named", CS_NULLTERM, &entry, nullptr, 0);
+      result = comn_intl_load(&context, "us_english.named", CS_NULLTERM, &entry, nullptr, 0);
     if (failed()) {
-      const CS_RETCODE result = set_up == CS_SUCCEED ? loaded : set_up;
       // The companion library says that it found no memory for a file through a status of its own.
       EXPECT_TRUE(result == CS_MEM_ERROR || result == CS_INTL_NOFILE) << result;
       EXPECT_EQ(nullptr, globals.cmg_lcache);
@@ -293,7 +249,7 @@ TEST(Load, EveryAllocationFails) {
         EXPECT_EQ(sets, globals.cmg_chardesc);
       }
     } else {
-      EXPECT_EQ(CS_SUCCEED, loaded);
+      EXPECT_EQ(CS_SUCCEED, result);
     }
     EXPECT_EQ(0, intl_host::files_open());
     EXPECT_EQ(0U, mutex.use_count);
@@ -329,40 +285,29 @@ TEST(Load, EightThreads) {
       }
     });
   for (std::thread& thread : threads) thread.join();
-  std::set<CsLocCache*> entries;
-  for (const auto& row : seen) {
-    EXPECT_EQ(seen[0], row) << "one entry a name";
-    entries.insert(row.begin(), row.end());
-  }
-  EXPECT_EQ(names.size(), entries.size());
+  for (const auto& row : seen) EXPECT_EQ(seen[0], row) << "one entry a name";
   std::size_t cached = 0;
   for (CsLocCache* entry = context.globals.cmg_lcache; entry != nullptr; entry = entry->locnext)
     ++cached;
   EXPECT_EQ(names.size(), cached);
 }
 
-// Host locks: a table of functions is used instead of the library's own.
-int locks_taken = 0;
-CS_RETCODE count_lock(COMN_MUTEX*) {
-  ++locks_taken;
-  return CS_SUCCEED;
-}
-CS_RETCODE refuse_lock(COMN_MUTEX*) {
-  return CS_FAIL;
-}
-
 TEST(Load, TakesTheHostsLocks) {
+  static int locks_taken;
+  locks_taken = 0;
   const ShippedHome home;
   Context context;
   ASSERT_EQ(CS_SUCCEED, context.init());
   CS_THREAD table{};
-  table.take_mutex_fn = count_lock;
-  table.release_mutex_fn = count_lock;
+  table.take_mutex_fn = table.release_mutex_fn = [](COMN_MUTEX*) -> CS_RETCODE {
+    ++locks_taken;
+    return CS_SUCCEED;
+  };
   context.context.ctxthread = &table;
   CsLocCache* entry = nullptr;
   EXPECT_EQ(CS_SUCCEED, context.load("default", &entry));
   EXPECT_EQ(2, locks_taken);
-  table.take_mutex_fn = refuse_lock;
+  table.take_mutex_fn = [](COMN_MUTEX*) -> CS_RETCODE { return CS_FAIL; };
   CS_LOCALE* locale = nullptr;
   EXPECT_EQ(CS_FAIL, context.load("default", &entry));
   EXPECT_EQ(CS_FAIL, comn_loc_alloc(context, &locale));
@@ -391,7 +336,7 @@ TEST_F(Locales, Strings) {
   const struct {
     CS_INT category, item;
     const char* text;
-  } rows[] = {{1, 1, "utf8"},   {2, 1, "sjis"},        {3, 2, "german"},       {2, 2, "japanese"},
+  } rows[] = {{1, 1, "utf8"},   {2, 1, "sjis"},        {3, 2, "german"},
               {4, 3, "binary"}, {5, 4, "german.utf8"}, {2, 4, "japanese.sjis"}};
   for (const auto& row : rows) {
     const auto length = static_cast<CS_INT>(std::strlen(row.text));
@@ -411,10 +356,9 @@ TEST_F(Locales, Strings) {
     const host_alloc::Failing failing(1);
     EXPECT_EQ(CS_MEM_ERROR, com_intl_getstr(&locale, 1, 4, buffer, 20, &outlen));
   }
-  EXPECT_DEATH(com_intl_getstr(&locale, 0, 1, buffer, 20, &outlen), "assertion");
-  EXPECT_DEATH(com_intl_getstr(&locale, 7, 1, buffer, 20, &outlen), "assertion");
-  EXPECT_DEATH(com_intl_getstr(&locale, 1, 5, buffer, 20, &outlen), "assertion");
-  EXPECT_DEATH(com_intl_getstr(&locale, 1, 1, buffer, 0, &outlen), "assertion");
+  for (const auto& [category, item, room] :
+       {std::array{0, 1, 20}, {7, 1, 20}, {1, 5, 20}, {1, 1, 0}})
+    EXPECT_DEATH(com_intl_getstr(&locale, category, item, buffer, room, &outlen), "assertion");
 }
 
 TEST_F(Locales, Comparison) {
@@ -474,8 +418,7 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
     const CS_LOCALE* locale;
     const char* name;
     const char* converted;  // null: refused
-  } rows[] = {{"ascii", &japanese, "abc", "abc"},
-              {"two bytes", &japanese, "\u65e5x", "\x93\xfax"},
+  } rows[] = {{"two bytes", &japanese, "\u65e5x", "\x93\xfax"},
               {"missing there", &japanese, "\u00fc", "\x81\xac"},
               {"beyond the basic plane", &japanese, "\U0001F600", "\x81\xac"},
               {"malformed", &japanese, "\xC0\xAF", nullptr},
@@ -489,13 +432,13 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
     EXPECT_EQ(row.converted == nullptr ? CS_FAIL : CS_SUCCEED, result) << row.label;
     if (row.converted == nullptr) continue;
     EXPECT_EQ(row.converted, buffer.substr(0, static_cast<std::size_t>(outlen))) << row.label;
-    EXPECT_EQ(CS_FAIL, com_intl_get_locname(context_, row.locale, row.name, CS_NULLTERM,
-                                            buffer.data(), std::max(outlen - 1, 1), &outlen) *
-                           (outlen > 1 ? 1 : 0))
-        << row.label;
   }
   CS_INT outlen = -1;
   char buffer[4];
+  EXPECT_EQ(CS_FAIL,
+            com_intl_get_locname(context_, &japanese, "\u65e5x", CS_NULLTERM, buffer, 2, &outlen));
+  EXPECT_EQ(CS_FAIL,
+            com_intl_get_locname(context_, &german, "\u00fc", CS_NULLTERM, buffer, 1, &outlen));
   EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "", 0, buffer, 4, &outlen));
   EXPECT_EQ(0, outlen);
 }
@@ -516,7 +459,6 @@ TEST_F(Locales, SortOrders) {
               {"no case", &folding, "a", "B", -1},
               {"no case, equal", &folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
               {"leading part", &folding, "ab", "abc", -1},
-              {"empty", &folding, "", "", 0},
               {"second bytes keep their case", &pairs, "\x81\x61", "\x81\x41", 1},
               {"single before double", &pairs, "z", "\x81\x40", -1},
               {"cut character", &pairs, "\x81", "\x81\x40", -1},
@@ -533,7 +475,6 @@ TEST_F(Locales, SortOrders) {
   }
   const auto* high = reinterpret_cast<const CS_BYTE*>("a\xFF");
   EXPECT_LT(0, com_unsignstrcmp(high, reinterpret_cast<const CS_BYTE*>("ab")));
-  EXPECT_EQ(0, com_unsignstrcmp(high, high));
 }
 
 }  // namespace
