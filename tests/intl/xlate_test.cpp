@@ -38,7 +38,7 @@ class Sets {
   Output translate(XlateEnd from, XlateEnd to, std::string_view text, std::size_t room = 64) {
     std::vector<CS_BYTE> dest(room + 1, 0xA5);
     const auto result = comnlib::translate(
-        &context_, from, to, {reinterpret_cast<const CS_BYTE*>(text.data()), text.size()},
+        context_, from, to, {reinterpret_cast<const CS_BYTE*>(text.data()), text.size()},
         std::span(dest).first(room));
     EXPECT_LE(result.written, room);
     EXPECT_EQ(0xA5, dest[room]);
@@ -49,7 +49,7 @@ class Sets {
   CsLocCache* entry(const std::string& charset) {
     CsLocCache*& known = entries_[charset];
     if (known == nullptr) {
-      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(&context_, charset.c_str(), CS_NULLTERM,
+      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, charset.c_str(), CS_NULLTERM,
                                                     charset.c_str(), CS_NULLTERM, "us_english", 10,
                                                     "binary", 6, &known, nullptr, 0))
           << charset;
@@ -217,7 +217,7 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
 }
 
 TEST_F(Xlate, ThroughTheConversionRoutines) {
-  CS_CONTEXT* context = &context_;
+  CS_CONTEXT* context = context_;
   CS_LOCALE from = sets_.locale("utf8"), to = sets_.locale("iso_1");
   CS_DATAFMT srcfmt{}, destfmt{};
   srcfmt.locale = &from;
@@ -270,13 +270,13 @@ TEST_F(Xlate, DatesOfALocaleInUnicode) {
   std::u16string text(40, u'#');
   CS_INT length = 0;
   ASSERT_EQ(CS_SUCCEED,
-            comn_datetimetounichar(&context_, &date, &february, &wide, text.data(), &length));
+            comn_datetimetounichar(context_, &date, &february, &wide, text.data(), &length));
   text.resize(static_cast<std::size_t>(length) / 2);
   EXPECT_NE(std::u16string::npos, text.find(u"fév"));
   wide.maxlength = length;
   CS_DATETIME back{};
   EXPECT_EQ(CS_SUCCEED,
-            comn_unichartodatetime(&context_, &wide, text.data(), &date, &back, &length));
+            comn_unichartodatetime(context_, &wide, text.data(), &date, &back, &length));
   EXPECT_EQ(february.dtdays, back.dtdays);
 }
 
