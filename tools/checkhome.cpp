@@ -27,6 +27,19 @@ namespace {
 
 using Names = std::vector<std::string>;
 
+// Whether the set has every table that its first bytes name. The loader takes what is not there as
+// empty.
+bool has_named_tables(const char_attrib& set) {
+  for (std::size_t byte = 0; byte < COMN_CS_MAPSIZE; ++byte) {
+    const char_map& entry = set.cs_type_map[byte];
+    if ((entry.char_type & COMN_CT_LEAD) != 0 && entry.char_upper >= set.cs_ntype) return false;
+    const bool is_longer = set.cs_width_map != nullptr && (set.cs_width_map[byte] & 0x0F) > 1;
+    if (is_longer && set.cs_norm_map != nullptr && set.cs_norm_map[byte] >= set.cs_nnorm)
+      return false;
+  }
+  return true;
+}
+
 class Check {
  public:
   explicit Check(std::string home) : home_(std::move(home)) { context_.ctxglobals = &globals_; }
@@ -108,9 +121,8 @@ class Check {
     entry.charname = charset.data();
     entry.charnamelen = static_cast<CS_INT>(charset.size());
     entry.locchardesc = desc;
-    if (took(comn__get_charset(&context_, &entry, error_, sizeof error_)) &&
-        charset != std::string(desc->char_attrib->cs_name, desc->char_attrib->cs_namelen))
-      fault(error_, "the name is not that of its directory");
+    if (took(comn__get_charset(&context_, &entry, error_, sizeof error_)))
+      attributes(charset, *desc->char_attrib);
     comn__chardesc_drop(desc);
     const CsConvConfig* config = charset == "utf8" ? utf8 : configuration(charset);
     const ConvTable* table = nullptr;
@@ -119,6 +131,12 @@ class Check {
     if (charset != "utf8" && utf8 != nullptr && !converts_to(*utf8, charset))
       fault(home_ + "/charsets/utf8/utf8.cfg", "no conversion to " + charset);
     sort_order(charset, "binary");
+  }
+
+  void attributes(const std::string& charset, const char_attrib& set) {
+    if (charset != std::string(set.cs_name, set.cs_namelen))
+      fault(error_, "the name is not that of its directory");
+    if (!has_named_tables(set)) fault(error_, "a first byte names a table that is not there");
   }
 
   void sort_order(std::string charset, std::string name) {

@@ -132,6 +132,8 @@ TEST(CheckHome, NamesEveryFault) {
   home.remove("locales/message/german/cslib.loc");
   home.change("charsets/cp437/cp437.cfg", "replacement = ", "replacement = X");
   home.change("charsets/cp850/binary.srt", "kind", "kin");
+  home.change("charsets/cp850/charset.loc", "definition = 00000800", "definition = 01000880");
+  home.change("charsets/sjis/charset.loc", "name = sjis", "name = jis");
   home.change("charsets/utf8/utf8.cfg", "to = iso15", "to = iso_15");
   home.change("config/objectid.dat", "cp850 = 5", "cp850 = 6");
   home.change("locales/french/utf8/common.loc", "[money]", "[money");
@@ -143,6 +145,8 @@ TEST(CheckHome, NamesEveryFault) {
         "/locales/message/german/cslib.loc: No such file or directory\n",
         "/charsets/cp437/cp437.cfg: what it holds is not valid\n",
         "/charsets/cp850/binary.srt: what it holds is not valid\n",
+        "/charsets/cp850/charset.loc: a first byte names a table that is not there\n",
+        "/charsets/sjis/charset.loc: the name is not that of its directory\n",
         "/charsets/utf8/utf8.cfg: no conversion to iso15\n",
         "/config/objectid.dat: [charset] gives the number of cp1252 twice\n",
         "/locales/french/utf8/common.loc: line ",

@@ -79,7 +79,13 @@ TEST(Path, FitsToTheByte) {
       EXPECT_EQ(room >= length + builder.spare ? CS_SUCCEED : CS_FAIL, result)
           << builder.label << " in " << room;
       EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.label << " in " << room;
-      if (result != CS_SUCCEED) continue;
+      if (result != CS_SUCCEED) {
+        const std::string held = buffer.substr(0, static_cast<std::size_t>(room)).c_str();
+        EXPECT_TRUE(builder.path.starts_with(held)) << builder.label << ": " << held;
+        EXPECT_NE(std::string::npos, std::string("/.").find(builder.path[held.size()]))
+            << builder.label << " holds whole pieces: " << held;
+        continue;
+      }
       EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.label;
       EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.label;
     }
@@ -93,14 +99,10 @@ TEST(Path, FitsToTheByte) {
   EXPECT_GT(0, context.ctxintlerr);
 }
 
-// Pieces that do not fit leave those in front of them; the message builder alone clears the rest.
-TEST(Path, PartlyBuilt) {
+TEST(Path, MessageBuilderZeroFills) {
   const scratch::Variable home("TALVEN", kHome);
   CS_CONTEXT context{};
   std::string buffer(30, '#');
-  EXPECT_EQ(CS_FAIL, com__path_locfile(&context, "french", "iso_1", "f", buffer.data(), 19));
-  EXPECT_STREQ("/h/locales/french", buffer.c_str());
-  buffer.assign(30, '#');
   EXPECT_EQ(CS_FAIL, comn__path_msgfile(&context, "french", 6, "file", 4, buffer.data(), 30));
   EXPECT_EQ("/h/locales/message/french" + std::string(5, '\0'), buffer);
 }
@@ -159,6 +161,10 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
             com__open_locfile(&context, nullptr, nullptr, endless.c_str(), &handle, error, 100));
   EXPECT_EQ(0, intl_host::files_open());
   EXPECT_DEATH(com__open_locfile(&context, nullptr, nullptr, "f", &handle, error, 0), "assertion");
+  home.set(nullptr);
+  EXPECT_EQ(CS_INTL_LIBERR,
+            com__open_locfile(&context, nullptr, nullptr, "f", &handle, error, 100));
+  EXPECT_STREQ("", error) << "no home, no path";
 }
 
 // A path that fills all 1,025 bytes is opened whole.

@@ -2,10 +2,10 @@
 // run under the thread checkers by tools/valgrind.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <thread>
 #include <vector>
 
 #include "comnlib/memory.h"
@@ -17,59 +17,37 @@ constexpr int kThreads = 4;
 constexpr int kRounds = 400;
 
 void run_in_threads(const std::function<void(int)>& work) {
-  struct Start {
-    const std::function<void(int)>* work;
-    int index;
-  };
-  std::array<Start, kThreads> starts;
-  std::array<COMN_THREAD*, kThreads> handles = {};
-  for (int i = 0; i < kThreads; ++i) {
-    starts[i] = {&work, i};
-    ASSERT_EQ(CS_SUCCEED, comn_create_thread(
-                              &handles[i],
-                              [](void* argument) -> void* {
-                                const auto* start = static_cast<Start*>(argument);
-                                (*start->work)(start->index);
-                                return nullptr;
-                              },
-                              &starts[i]));
-  }
-  for (COMN_THREAD* handle : handles) EXPECT_EQ(CS_SUCCEED, comn_join_thread(handle));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+  for (std::thread& thread : threads) thread.join();
 }
 
-TEST(Load, RecursiveMutex) {
+// An auto-reset event is a lock too when each holder signals it at the end.
+TEST(Load, MutexAndAutoResetEventExclude) {
   COMN_MUTEX* mutex = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
-  int count = 0;
-  run_in_threads([&](int) {
-    for (int i = 0; i < kRounds; ++i) {
-      comn_take_mutex(mutex);
-      comn_take_mutex(mutex);
-      ++count;
-      comn_release_mutex(mutex);
-      ++count;
-      comn_release_mutex(mutex);
-    }
-  });
-  EXPECT_EQ(2 * kThreads * kRounds, count);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
-}
-
-// An auto-reset event is a lock when each holder signals it at the end.
-TEST(Load, AutoResetEventReleasesOneWaiter) {
   COMN_EVENT* event = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
   ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
-  int count = 0;
+  int by_mutex = 0;
+  int by_event = 0;
   comn_signal_event(event);
   run_in_threads([&](int index) {
     for (int i = 0; i < kRounds; ++i) {
+      comn_take_mutex(mutex);
+      comn_take_mutex(mutex);
+      ++by_mutex;
+      comn_release_mutex(mutex);
+      ++by_mutex;
+      comn_release_mutex(mutex);
       while (comn_waitfor_event(event, index % 2 == 0 ? -1 : 2000) != CS_SUCCEED) {
       }
-      ++count;
+      ++by_event;
       comn_signal_event(event);
     }
   });
-  EXPECT_EQ(kThreads * kRounds, count);
+  EXPECT_EQ(2 * kThreads * kRounds, by_mutex);
+  EXPECT_EQ(kThreads * kRounds, by_event);
+  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
   EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 

@@ -86,9 +86,10 @@ COMN_API CS_RETCODE cfg__clean_parse(CfgParseInfo* parse);
  * file "nuv.cfg" below config/ of the localization home, or of its subdirectory that the
  * environment variable TALVEN_NUV names. Where one is loaded already, the same path shares it.
  * Sections of one name are one section, and of several entries of one name the last counts.
- * CS_SUCCEED; CS_FAIL when another path is loaded, and as cfg__parse and cfg__open_parse;
- * CS_INTL_LIBERR when there is no home, the status in ctxintlerr; CS_MEM_ERROR. Nothing of the file
- * is kept then. The host serialises loading and dropping.
+ * CS_SUCCEED; CS_FAIL when another path is loaded, when com_path_cfgfile finds the default one too
+ * long for 1,025 bytes, and as cfg__parse and cfg__open_parse; CS_INTL_LIBERR when there is no
+ * home, the status in ctxintlerr; CS_MEM_ERROR. Nothing of the file is kept then. The host
+ * serialises loading and dropping.
  */
 COMN_API CS_RETCODE comn_init_cfg(CS_CONTEXT* context, const CS_CHAR* path);
 

@@ -112,9 +112,9 @@ COMN_CONVERSION(comn_date4todate4);
  * context's, has loaded; without any they are US English in the default style. A small datetime is
  * formatted as the datetime of equal value. docs/datetime.md shows every form. Text that does not
  * fit becomes "*" by the rule of the number conversions, with CS_CVT_OVERFLOW; other results are
- * those of padding. Nothing is written and the length is 0 with CS_CVT_STYLE    the style is none
- * of COM_DATESTYLE_, or a name it needs is empty or too long CS_CVT_DOMAIN   the value is no date
- * and time that exists (for a varchar the length is 258 and `len` is 0).
+ * those of padding. CS_CVT_STYLE when the style is none of COM_DATESTYLE_, or a name it needs is
+ * empty or too long; CS_CVT_DOMAIN when the value is no date and time that exists: nothing is
+ * written then and the length is 0 (for a varchar the length is 258 and `len` is 0).
  */
 COMN_CONVERSION(comn_datetochar);
 COMN_CONVERSION(comn_datetovarchar);

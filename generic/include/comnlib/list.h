@@ -219,36 +219,42 @@ COMN_API CS_RETCODE lm_list_drop(LM_HANDLE* handle);
  * null, is the address of a CS_VOID* that receives the element's data, and `outlen`, when not null,
  * receives 4. A call that does not return CS_SUCCEED stores nothing.
  *
- *   LM_OP_INSERT         adds key and `data_inout`, the data itself: at the tail of a list or
- * queue, at the head of a stack, at the key's place in a table (which needs a key). CS_MEM_ERROR;
- * CS_FAIL when an LM_DHASH is full. LM_OP_DELETE         removes the key's element, or the cursor's
- * when no key is given; a queue or stack ignores the key and removes its head. Returns the data.
- *   LM_OP_FIND           makes the key's element the cursor and returns the data; without a key
- *                        returns the cursor's.
- *   LM_OP_REPLACE        `data_inout` becomes the data of the key's element, which becomes the
- *                        cursor, or of the cursor's.
- *   LM_OP_FIRST, _LAST   makes head or tail the cursor, returns the data.
- *   LM_OP_NEXT, _PREVIOUS  moves the cursor and returns the data; without a cursor the same as
- *                        LM_OP_FIRST, LM_OP_LAST. At the end the cursor stays.
- *   LM_OP_NONE           CS_SUCCEED, nothing changes.
- *   LM_OP_PRINT          hands the data of the key's element, which becomes the cursor, or of the
- *                        cursor's to the handle's print function (CS_FAIL when it has none);
- * without a cursor prints "\nNULL\n". LM_OP_PRINT_ALL      for each chain prints "\nKeys:\n", the
- * keys as text, one a line,
- *                        "\nData:\n" and, through the handle's print function (CS_FAIL when it has
- *                        none), the data; or "\n***Chain empty***\n". All kinds but LM_CHASH are
- * one chain. A key ends at a NUL. LM_OP_PRINT_DATA     hands every element's data, from head to
- * tail or by ascending table index, to the LM_PRINT_FUNC passed as `data_inout` itself.
- *   LM_OP_INSERT_BEFORE, _AFTER  as LM_OP_INSERT, beside the cursor, which stays; without a cursor
- * at head, tail. LM_DLINK only.
+ *   LM_OP_INSERT     adds key and `data_inout`, the data itself: at the tail of a list or queue, at
+ *                    the head of a stack, at the key's place in a table (which needs a key).
+ *                    CS_MEM_ERROR; CS_FAIL when an LM_DHASH is full.
+ *   LM_OP_DELETE     removes the key's element, or the cursor's when no key is given; a queue or
+ *                    stack ignores the key and removes its head. Returns the data.
+ *   LM_OP_FIND       makes the key's element the cursor and returns the data; without a key returns
+ *                    the cursor's.
+ *   LM_OP_REPLACE    `data_inout` becomes the data of the key's element, which becomes the cursor,
+ *                    or of the cursor's.
+ *   LM_OP_FIRST, LM_OP_LAST
+ *                    makes head or tail the cursor, returns the data.
+ *   LM_OP_NEXT, LM_OP_PREVIOUS
+ *                    moves the cursor and returns the data; without a cursor the same as
+ *                    LM_OP_FIRST, LM_OP_LAST. At the end the cursor stays.
+ *   LM_OP_NONE       CS_SUCCEED, nothing changes.
+ *   LM_OP_PRINT      hands the data of the key's element, which becomes the cursor, or of the
+ *                    cursor's to the handle's print function (CS_FAIL when it has none); without a
+ *                    cursor prints "\nNULL\n".
+ *   LM_OP_PRINT_ALL  for each chain prints "\nKeys:\n", the keys as text, one a line, "\nData:\n"
+ *                    and, through the handle's print function (CS_FAIL when it has none), the data;
+ *                    or "\n***Chain empty***\n". All kinds but LM_CHASH are one chain. A key ends
+ *                    at a NUL.
+ *   LM_OP_PRINT_DATA hands every element's data, from head to tail or by ascending table index, to
+ *                    the LM_PRINT_FUNC passed as `data_inout` itself.
+ *   LM_OP_INSERT_BEFORE, LM_OP_INSERT_AFTER
+ *                    as LM_OP_INSERT, beside the cursor, which stays; without a cursor at head,
+ *                    tail. LM_DLINK only.
  *
  * A table has no order: LM_OP_FIRST, _LAST, _NEXT and _PREVIOUS stop the process on LM_CHASH and
  * LM_DHASH; any operation that a kind lacks does.
  *
  * Keys are equal when sizes and bytes are, or when the handle's compare function says so. LM_DHASH
- * never calls that function and compares the sought key with the first bytes of a stored key that
- * is at least as long. Equal keys may be inserted twice; the first from the head is found (in a
- * table: any). Absent keys cost an LM_DHASH a look at every slot.
+ * never calls that function and compares the sought key with as many bytes at the stored key,
+ * whatever that one's size: bytes behind it are read while all before them agree, so keys of one
+ * LM_DHASH have one length or end in a NUL. Equal keys may be inserted twice; the first from the
+ * head is found (in a table: any). Absent keys cost an LM_DHASH a look at every slot.
  *
  * CS_SUCCEED, also when a print function stopped the walk; LM_NOTFOUND; CS_FAIL also for a null
  * handle. The cursor is cleared when its element is deleted or the table rebuilt.
@@ -269,8 +275,9 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
  * for the rest. An unknown property or action stops the process.
  *
  * A new table size rebuilds a hash table: CS_FAIL for the other kinds and when an LM_DHASH holds
- * more elements; CS_MEM_ERROR. On a failure the table is as it was; a size below 1 stops the
- * process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH it stays 0.
+ * more elements; CS_MEM_ERROR. On a failure the table is as it was; any other size below 1
+ * stops the process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH
+ * it stays 0.
  */
 COMN_API CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,
                                  CS_INT buflen, CS_INT* outlen);

@@ -245,7 +245,8 @@ COMN_API CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, cons
  *   it has none, in the context's list.
  * comn_loc_drop: takes a record out of the list and frees it; the context's ctxlocale is cleared
  *   when it is that record.
- * comn_loc_drop_all: frees all records and the context's default locale.
+ * comn_loc_drop_all: frees all records and the context's default locale, which comes from
+ *   comn_malloc and is in no list.
  * comn_loc_validate: CS_SUCCEED when the record is in the list, else CS_FAIL; it may be any
  *   pointer.
  * comn_loc_copy: copies the six categories.

@@ -12,6 +12,7 @@
 
 #include "comnlib/memory.h"
 #include "diag/diag.h"
+#include "runtime/homepath.h"
 
 namespace comnlib {
 namespace {
@@ -32,9 +33,7 @@ struct Slot {
 constexpr CS_UINT kRoot = 0;
 constexpr std::size_t kFirstRecord = sizeof(Record);  // so that no record has number 0
 constexpr std::size_t kFirstSlots = 64;
-constexpr std::string_view kDefaultFile = "/config/nuv.cfg";
-constexpr CS_INT kHomeRoom = 1025;
-constexpr CS_INT kNuvRoom = 513;
+constexpr std::string_view kDefaultFile = "nuv.cfg";
 
 }  // namespace
 }  // namespace comnlib
@@ -170,9 +169,10 @@ std::string_view path_of(const CfgParseInfo& parse) {
 // The path as the including file means it, behind `from`, without "." steps at its beginning, which
 // would hide that two paths are one.
 bool resolve(Bytes& path, std::string_view from, std::string_view included) {
-  while (included.starts_with("./")) included.remove_prefix(2);
   const std::size_t slash = from.rfind('/');
   const bool relative = !included.starts_with('/') && slash != from.npos;
+  while (included.starts_with("./"))
+    included.remove_prefix(std::min(included.find_first_not_of('/', 1), included.size()));
   return (!relative || path.append(from.substr(0, slash + 1))) && path.append(included);
 }
 
@@ -198,21 +198,12 @@ CS_RETCODE parse_included(CfgParseInfo& parse, std::string_view path) {
 }
 
 CS_RETCODE default_path(CS_CONTEXT& context, Bytes& path) {
-  std::array<CS_CHAR, kHomeRoom> home;
-  const CS_INT length = intl_home(home.data(), kHomeRoom);
-  if (length < 0) {
-    context.ctxintlerr = length;
-    return CS_INTL_LIBERR;
-  }
-  require(length <= kHomeRoom);
-  std::array<CS_CHAR, kNuvRoom> nuv;
-  const CS_INT nuv_length = intlgetenv(nuv.data(), kNuvRoom, "TALVEN_NUV");
-  bool built = path.append({home.data(), static_cast<std::size_t>(length)});
-  if (nuv_length > 0)
-    built = built && path.append("/") &&
-            path.append({nuv.data(), static_cast<std::size_t>(nuv_length)});
-  built = built && path.append(kDefaultFile);
-  return built ? CS_SUCCEED : CS_MEM_ERROR;
+  std::array<CS_CHAR, kPathLength + kConfigPathSpare> text{};
+  const CS_RETCODE built =
+      build_config_path(&context, kDefaultFile, text.data(), kPathLength, true);
+  if (built == CS_FAIL) com_perr("the path of the default configuration file is too long\n");
+  if (built != CS_SUCCEED) return built;
+  return path.append(text.data()) ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
 // Loads the file that config.path names.

@@ -4,14 +4,16 @@
 //   line end   LF, CR LF
 //   stopper    blank, CR, LF, the quote, [ ] =
 //
-//   normal  include | ident | value | "=" | "[" | "]" | opening quote | line end
-//           continuation   "\" line end
-//           space          blank+, or at the beginning of a line  blank* ";" and all up to a line
-//           end value          (byte that is no stopper and no "\"  |  "\" byte that is no
-//           stopper)+ unknown        a CR or "\" that begins nothing else
-//   string  string value   (byte that is neither quote nor "\"  |  "\" with a quote
-//                           |  "\" that no line end follows)+
-//           escaped quote, closing quote, continuation
+//   normal
+//     include, ident, "=", "[", "]", opening quote, line end
+//     value         ( byte that is no stopper and no "\"  |  "\" and a byte that is no stopper )+
+//     continuation  "\" and a line end
+//     space         blank+, or at the beginning of a line  blank* ";" and all up to a line end
+//     unknown       a CR or "\" that begins nothing else
+//   string
+//     string value  ( byte that is neither quote nor "\"  |  "\" and a quote
+//                     |  "\" that no line end follows )+
+//     escaped quote, closing quote, continuation
 #include <array>
 #include <cstring>
 
@@ -200,6 +202,16 @@ CS_INT scan_string(CfgParseInfo& parse) {
   }
 }
 
+CS_INT scan(CfgParseInfo& parse) {
+  switch (parse.state) {
+    case ScanState::kNormal:
+      return scan_normal(parse);
+    case ScanState::kString:
+      return scan_string(parse);
+  }
+  stop();
+}
+
 CS_INT line_feeds(std::string_view text) {
   CS_INT count = 0;
   for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1)) ++count;
@@ -258,8 +270,7 @@ CS_VOID cfg__lexstate(CfgParseInfo* parse, CS_INT state) {
 CS_INT cfg__lex(CfgParseInfo* parse) {
   check_pointer(parse);
   begin_token(*parse);
-  const CS_INT code =
-      parse->state == ScanState::kNormal ? scan_normal(*parse) : scan_string(*parse);
+  const CS_INT code = scan(*parse);
   count_lines(*parse, code);
   if (cfg__debug != 0 && code != CFG_END) [[unlikely]]
     print_token(*parse, code);

@@ -297,11 +297,13 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   const AsciiForm form(literal.text, terminated ? NulBytes::kEndOfText : NulBytes::kText);
   if (!form.valid()) return CS_CVT_SYNTAX;
 
+  const CS_BYTE precision =
+      own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision);
+  const CS_BYTE scale = own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale);
   constexpr bool kRounding = false;
-  CS_NUMERIC result{};
-  const CS_INT status = parse_numeric(
-      form.view(), own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision),
-      own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale), kRounding, result);
+  // What an overflow leaves: zero in the size that was asked for.
+  CS_NUMERIC result{precision, scale, {}};
+  const CS_INT status = parse_numeric(form.view(), precision, scale, kRounding, result);
   if (status == kExactSyntax) return CS_CVT_SYNTAX;
   if (status == kExactOverflow && (own_precision || own_scale)) return CS_CVT_OVERFLOW;
   *call.destlen = comn_num_getlen(result.precision) + CS_INT{offsetof(CS_NUMERIC, array)};

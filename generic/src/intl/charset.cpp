@@ -1,10 +1,11 @@
 // Loader of character sets. A descriptor enters the context's list only when everything about it
-// was read; its maps never name a table that the file does not have, so that classification need
-// not check.
+// was read; its maps hold every table that they name, so that classification need not check.
 #include "intl/charset.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <new>
 
 #include "chars/com_attr.h"
@@ -37,23 +38,42 @@ void free_map(const void* map) {
   comn_free(const_cast<void*>(map));
 }
 
-// Every first byte of two must name a type table of the set.
-bool names_own_type_tables(const char_attrib& attrib) {
-  for (std::size_t byte = 0; byte < COMN_CS_MAPSIZE; ++byte) {
-    const char_map& entry = attrib.cs_type_map[byte];
-    if ((entry.char_type & COMN_CT_LEAD) != 0 && entry.char_upper >= attrib.cs_ntype) return false;
-  }
-  return true;
+// How many tables a set needs whose first bytes name them; `named` gives the number of a byte's
+// table, 0 when it names none.
+template <class Named>
+std::size_t tables_named(Named named) {
+  std::size_t last = 0;
+  for (std::size_t byte = 0; byte < COMN_CS_MAPSIZE; ++byte) last = std::max(last, named(byte));
+  return last + 1;
 }
 
-// Every first byte of a longer character must name a normalisation table of the set.
-bool names_own_norm_tables(const char_attrib& attrib) {
-  if (attrib.cs_norm_map == nullptr || attrib.cs_width_map == nullptr) return true;
-  for (std::size_t byte = 0; byte < COMN_CS_MAPSIZE; ++byte) {
-    const bool is_longer = (attrib.cs_width_map[byte] & 0x0F) > 1;
-    if (is_longer && attrib.cs_norm_map[byte] >= attrib.cs_nnorm) return false;
-  }
-  return true;
+// Lets a map of `size` bytes end behind the last table that a first byte names. Tables that the
+// file does not have are empty, so that classification need not check.
+template <class T>
+CS_RETCODE complete_map(const T*& map, std::size_t size, std::size_t wanted) {
+  if (wanted <= size) return CS_SUCCEED;
+  auto* bytes = static_cast<CS_BYTE*>(comn_realloc(const_cast<T*>(map), wanted));
+  if (bytes == nullptr) return CS_MEM_ERROR;
+  std::memset(bytes + size, 0, wanted - size);
+  map = reinterpret_cast<const T*>(bytes);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE complete_type_map(char_attrib& attrib, std::size_t size) {
+  const std::size_t tables = tables_named([&](std::size_t byte) -> std::size_t {
+    const char_map& entry = attrib.cs_type_map[byte];
+    return (entry.char_type & COMN_CT_LEAD) != 0 ? entry.char_upper : 0;
+  });
+  return complete_map(attrib.cs_type_map, size, tables * COMN_CS_TYPEMAPSIZE);
+}
+
+// Only first bytes of longer characters name a table.
+CS_RETCODE complete_norm_map(char_attrib& attrib, std::size_t size) {
+  if (attrib.cs_norm_map == nullptr || attrib.cs_width_map == nullptr) return CS_SUCCEED;
+  const std::size_t tables = tables_named([&](std::size_t byte) -> std::size_t {
+    return (attrib.cs_width_map[byte] & 0x0F) > 1 ? attrib.cs_norm_map[byte] : 0;
+  });
+  return complete_map(attrib.cs_norm_map, size, tables * COMN_CS_MAPSIZE);
 }
 
 // A size as the maps of a set need it: `tables` tables, where 0 bytes stand for no map.
@@ -79,7 +99,8 @@ CS_RETCODE read_multibyte_maps(CS_CONTEXT* ctx, char_attrib& attrib, const Image
   read(attrib.cs_type_map, header.type);
   read(attrib.cs_soundex, header.soundex);
   if (result != CS_SUCCEED) return result;
-  return names_own_type_tables(attrib) && names_own_norm_tables(attrib) ? CS_SUCCEED : CS_FAIL;
+  result = complete_type_map(attrib, header.type.size);
+  return result == CS_SUCCEED ? complete_norm_map(attrib, header.norm.size) : result;
 }
 
 bool read_name(std::string_view name, char_attrib& attrib) {
@@ -137,7 +158,7 @@ CS_RETCODE read_charset(CS_CONTEXT* ctx, IntlFile& file, CsCharDesc& desc) {
 }
 
 void print(const char* format, const CS_CHAR* name, const char* rest1, const char* rest2) {
-  std::array<char, 512> text;
+  std::array<char, 4 * COM_LOC_NAMESIZE> text;
   std::snprintf(text.data(), text.size(), format, name, rest1, rest2);
   com_perr(text.data());
 }
@@ -227,7 +248,7 @@ CS_RETCODE comn__load_charset1(CS_CONTEXT* ctx, char_attrib* attrib, CS_LONG ima
   if (result != CS_SUCCEED) return trace(result);
   attrib->cs_soundex = read_map<CS_BYTE>(ctx, COMN_CS_IMAGE1_SOUNDEX, handle, 1, result);
   if (result != CS_SUCCEED) return trace(result);
-  return trace(names_own_type_tables(*attrib) ? CS_SUCCEED : CS_FAIL);
+  return trace(complete_type_map(*attrib, COMN_CS_IMAGE1_TYPES));
 }
 
 CS_RETCODE comn__load_charset2(CS_CONTEXT* ctx, char_attrib* attrib, CS_LONG image_size,

@@ -23,13 +23,12 @@ bool is_readable(const CS_CHAR* path) {
 }
 
 CS_RETCODE verify(CS_RETCODE built, CS_CHAR* path, CS_INT pathlen) {
-  const bool terminated = std::memchr(path, '\0', static_cast<std::size_t>(pathlen)) != nullptr;
-  if (built != CS_SUCCEED || !terminated) {
-    path[0] = '*';
-    if (pathlen > 1) path[1] = '\0';
-    return built == CS_SUCCEED ? CS_FAIL : built;
-  }
-  return is_readable(path) ? CS_SUCCEED : CS_FAIL;
+  const bool whole =
+      built == CS_SUCCEED && std::memchr(path, '\0', static_cast<std::size_t>(pathlen)) != nullptr;
+  if (whole) return is_readable(path) ? CS_SUCCEED : CS_FAIL;
+  path[0] = '*';
+  if (pathlen > 1) path[1] = '\0';
+  return built == CS_SUCCEED ? CS_FAIL : built;
 }
 
 // One message of the diagnosis; long enough for its words with a path and a name.

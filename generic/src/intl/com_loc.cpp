@@ -13,14 +13,13 @@ namespace {
 
 // Zero-filled, with a byte behind the longest path.
 using PathBuffer = std::array<CS_CHAR, kPathLength + 1>;
-using CfgPathBuffer = std::array<CS_CHAR, kPathLength + COM_NUV_ROOM + 1>;
+using CfgPathBuffer = std::array<CS_CHAR, kPathLength + kConfigPathSpare>;
 
 // What follows the building of a path in every opener.
 template <class Buffer>
 CS_RETCODE open_built(CS_CONTEXT& ctx, CS_RETCODE built, const Buffer& path, INTL_HANDLE* handle,
                       ErrorBuffer error) {
-  if (error.path != nullptr && built != CS_INTL_LIBERR)
-    copy_cut(path.data(), error.path, error.length);
+  if (error.path != nullptr) copy_cut(path.data(), error.path, error.length);
   if (built != CS_SUCCEED) return built;
   const CS_INT status = intl_open(path.data(), handle);
   if (status >= 0) return CS_SUCCEED;

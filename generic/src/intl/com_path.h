@@ -2,15 +2,7 @@
 // builders and the rules common to all stand in comnlib/locale.h.
 #pragma once
 
-#include "comnlib/locale.h"
-
-namespace comnlib {
-
-// Every path buffer of the library's own: the length that builders are told, and a byte for the NUL
-// of a path that fills it.
-inline constexpr CS_INT kPathLength = 1025;
-
-}  // namespace comnlib
+#include "runtime/homepath.h"
 
 extern "C" {
 

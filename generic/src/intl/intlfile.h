@@ -15,7 +15,7 @@ class IntlFile {
  public:
   IntlFile(CS_CONTEXT& ctx, INTL_HANDLE handle) : ctx_(ctx), handle_(handle) {}
   ~IntlFile() {
-    if (handle_ != nullptr) static_cast<void>(intl_close(handle_));
+    if (open_) static_cast<void>(intl_close(handle_));
   }
   IntlFile(const IntlFile&) = delete;
   IntlFile& operator=(const IntlFile&) = delete;
@@ -42,7 +42,7 @@ class IntlFile {
 
   CS_RETCODE close() {
     const CS_INT status = intl_close(handle_);
-    handle_ = nullptr;
+    open_ = false;
     if (status >= 0) return CS_SUCCEED;
     ctx_.ctxintlerr = status;
     return CS_INTL_LIBERR;
@@ -60,7 +60,8 @@ class IntlFile {
   }
 
   CS_CONTEXT& ctx_;
-  INTL_HANDLE handle_;
+  INTL_HANDLE handle_;  // any value: it is the companion library's
+  bool open_ = true;
   bool failed_ = false;
 };
 

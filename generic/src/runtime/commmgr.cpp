@@ -185,13 +185,15 @@ CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
 }
 
 CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
-  heap_of_user(handle->mmh_head, ptr);
   switch (handle->mmh_type) {
     case MM_POOL_BUDDY:
+      heap_of_user(handle->mmh_head, ptr);
       return buddy_free(handle, ptr);
     case MM_POOL_ALLOCONLY:
+      require(find_heap(handle->mmh_head, ptr) != nullptr);
       return CS_FAIL;
     case MM_POOL_UNIFORM:
+      heap_of_user(handle->mmh_head, ptr);
       return uniform_free(handle, ptr);
     default:
       stop();
@@ -402,7 +404,6 @@ CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh) {
 CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh) {
   check_pointer(buffer);
   check_pointer(mmh);
-  require(buflen >= 0);
   require(aligned(buffer) && aligned(*mmh));
   auto* area = reinterpret_cast<ControlArea*>(*mmh);
   if (area != nullptr) {
@@ -441,8 +442,8 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
 CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
   check_handle(handle);
   check_pointer(ptr);
+  require((status_of(handle) & kInUse) != 0);
   require(lock(handle) == CS_SUCCEED);
-  require((handle->mmh_status & kInUse) != 0);
   const CS_RETCODE result = free_one(handle, ptr);
   unlock(handle);
   return trace(result);
@@ -451,7 +452,6 @@ CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
 CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {
   check_handle(handle);
   check_pointer(ptr_inout);
-  check_pointer(*ptr_inout);
   require(new_size >= 0);
   const CS_RETCODE locked = lock(handle);
   if (locked != CS_SUCCEED) return trace(locked);

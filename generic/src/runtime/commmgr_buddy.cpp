@@ -199,8 +199,8 @@ CS_RETCODE mm::buddy_free(MmHandle* handle, CS_VOID* ptr) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   auto* block = at<MmDList>(ptr, -kWord);
   if ((block->size & kLarge) != 0) {
-    size_of_large(block);
-    block->size = kFree;  // no longer large, and freeing it again stops
+    // No longer large; the free bit makes freeing it again stop.
+    block->size = static_cast<CS_UINT>(size_of_large(block)) | kFree;
     return com___putblock(handle, block);
   }
   require((block->size & kFree) == 0);  // freed twice

@@ -35,14 +35,23 @@ CS_RETCODE add_slab(MmHandle* handle) {
 }  // namespace
 
 CS_RETCODE mm::uniform_prepare(MmHandle* handle, CS_INT size) {
+  if ((handle->mmh_status & kInUse) != 0)
+    return size == handle->mmh_pool.uniform.uniform_size ? add_slab(handle) : CS_FAIL;
   if (size > kMaxRequest) return CS_MEM_ERROR;
-  if ((handle->mmh_status & kInUse) == 0) set_up(handle, size);
-  if (size != handle->mmh_pool.uniform.uniform_size) return CS_FAIL;
+  set_up(handle, size);
   return add_slab(handle);
 }
 
-bool mm::uniform_listed(const MmUniformPool& pool, const UniformNode* node) {
+bool mm::uniform_is_free(const MmHandle* handle, const UniformNode* node) {
+  const MmUniformPool& pool = handle->mmh_pool.uniform;
   const auto* free = static_cast<const UniformNode*>(pool.free);
+  if (free == node) return true;
+  if (!uniform_has_key(pool)) {
+    const UniformNode* const next = node->next;
+    const bool links = next != nullptr && aligned(next) &&
+                       find_heap(handle->mmh_head, next) != nullptr;
+    if (!links) return false;
+  }
   while (free != nullptr && free != node) free = free->next;
   return free != nullptr;
 }

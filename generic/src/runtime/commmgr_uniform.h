@@ -13,14 +13,16 @@ struct UniformNode {
 } MM_OVERLAY;
 
 // Free nodes with room for a third word carry this there, so that freeing one twice is noticed
-// without a walk over the list. Allocation zeroes it; data that looks like it costs a walk.
+// without a walk over the list. Allocation zeroes it; data that looks like it costs a walk. Shorter
+// nodes cost one only when their word looks like a link; the last node of the list, whose link is
+// null like fresh data, is noticed while it is the first too.
 inline constexpr CS_UINT kFreeKey = 0xdeadf4ee;
 inline constexpr CS_INT kKeyOffset = sizeof(UniformNode);
 
 // Fixes the sizes, on the first request, and gets a slab when no node is free.
 CS_RETCODE uniform_prepare(MmHandle* handle, CS_INT size);
-// Whether a node is on the free list; walks over it.
-bool uniform_listed(const MmUniformPool& pool, const UniformNode* node);
+// Whether a node whose contents do not rule that out is on the free list.
+bool uniform_is_free(const MmHandle* handle, const UniformNode* node);
 
 inline bool uniform_has_key(const MmUniformPool& pool) {
   return pool.node_size >= kKeyOffset + kWord;
@@ -50,7 +52,7 @@ inline CS_RETCODE uniform_free(MmHandle* handle, CS_VOID* ptr) {
   auto* node = at<UniformNode>(ptr, -kWord);
   require(node->size == pool.node_size);
   if (!uniform_has_key(pool) || *at<CS_UINT>(node, kKeyOffset) == kFreeKey)
-    require(!uniform_listed(pool, node));
+    require(!uniform_is_free(handle, node));
   uniform_push(pool, node);
   return CS_SUCCEED;
 }

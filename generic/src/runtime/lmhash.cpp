@@ -2,6 +2,8 @@
 // where the hash of their keys puts them, and handle_load counts them.
 #include "runtime/lmhash.h"
 
+#include <algorithm>
+
 #include "runtime/lmlistop.h"
 
 namespace comnlib {
@@ -233,10 +235,21 @@ struct DHash {
 
   static LHashNode* find(LM_HANDLE& handle, const Key& key) {
     return probe(info_of<DHashInfo>(handle), key, [&key](const LHashNode& slot) {
-      // A stored key matches by its first bytes, whatever follows them.
-      return slot.state == LM_STATE_IN_USE && slot.key_size >= key.size &&
-             same_bytes(slot.key, key.bytes, key.length());
+      return slot.state == LM_STATE_IN_USE && begins_with(key_of(slot), key);
     });
+  }
+
+  // The stored key's own size does not count: callers seek with a NUL that they stored without, and
+  // the other way round. Behind that size bytes are read one by one, to the first that differs and
+  // never beyond, which no library call promises.
+  static bool begins_with(const Key& stored, const Key& sought) {
+    const std::size_t common = std::min(stored.length(), sought.length());
+    if (!same_bytes(stored.bytes, sought.bytes, common)) return false;
+    const auto* left = static_cast<const CS_BYTE*>(stored.bytes);
+    const auto* right = static_cast<const CS_BYTE*>(sought.bytes);
+    std::size_t at = common;
+    while (at < sought.length() && left[at] == right[at]) ++at;
+    return at == sought.length();
   }
 
   static CS_RETCODE insert(LM_HANDLE& handle, const Key& key, CS_VOID* data) {

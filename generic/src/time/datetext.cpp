@@ -77,12 +77,6 @@ class Cursor {
     return result;
   }
 
-  // Whether a time such as "3:05" begins here.
-  bool at_time() const {
-    Cursor ahead = *this;
-    return ahead.number().digits != 0 && ahead.peek() == ':';
-  }
-
   // How far the text here spells `word`, ignoring case: its length, or 0. A letter behind it makes
   // it another word.
   std::size_t spells(std::string_view word) const {
@@ -191,6 +185,24 @@ bool day_comes_first(const Number& a, const Number& b, DateOrder order) {
   return places_of(order).day < places_of(order).year;
 }
 
+// "AM" or "PM", behind blanks or not; nothing is taken when neither stands here.
+Meridiem scan_meridiem(Cursor& in, const DateConventions& conventions) {
+  Cursor ahead = in;
+  ahead.skip_blanks();
+  const std::size_t am = ahead.spells(conventions.am);
+  const std::size_t pm = ahead.spells(conventions.pm);
+  if (am == pm) return Meridiem::none;
+  ahead.skip(std::max(am, pm));
+  in = ahead;
+  return am > pm ? Meridiem::am : Meridiem::pm;
+}
+
+// Whether a time such as "3:05" or "3 PM" begins here.
+bool at_time(Cursor ahead, const DateConventions& conventions) {
+  if (ahead.number().digits == 0) return false;
+  return ahead.peek() == ':' || scan_meridiem(ahead, conventions) != Meridiem::none;
+}
+
 // A month's name with day and year, in any order.
 bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
   std::array<Number, 2> numbers;
@@ -200,7 +212,7 @@ bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& re
     if (element != 0) skip_between(in);
     // The name first: some locales' names begin with a digit.
     if (month == 0 && (month = scan_month(in, conventions)) != 0) continue;
-    if (found == 2 || !is_digit(in.peek()) || in.at_time()) return false;
+    if (found == 2 || !is_digit(in.peek()) || at_time(in, conventions)) return false;
     numbers[found++] = in.number();
   }
   const bool day_first = day_comes_first(numbers[0], numbers[1], conventions.order);
@@ -254,24 +266,18 @@ bool scan_milliseconds(Cursor& in, Reading& reading) {
   return true;
 }
 
-void scan_meridiem(Cursor& in, const DateConventions& conventions, Reading& reading) {
-  Cursor ahead = in;
-  ahead.skip_blanks();
-  const std::size_t am = ahead.spells(conventions.am);
-  const std::size_t pm = ahead.spells(conventions.pm);
-  if (am == pm) return;
-  reading.meridiem = am > pm ? Meridiem::am : Meridiem::pm;
-  ahead.skip(std::max(am, pm));
-  in = ahead;
-}
-
 bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading) {
   const auto scan_short = [&in](CS_INT& value) {
     const Number number = in.number();
     value = number.value;
     return number.is_short();
   };
-  if (!scan_short(reading.hour) || !in.take(':') || !scan_short(reading.minute)) return false;
+  if (!scan_short(reading.hour)) return false;
+  if (!in.take(':')) {
+    reading.meridiem = scan_meridiem(in, conventions);
+    return reading.meridiem != Meridiem::none;
+  }
+  if (!scan_short(reading.minute)) return false;
   if (in.take(':')) {
     if (!scan_short(reading.second)) return false;
     if (in.take(':')) {
@@ -281,14 +287,14 @@ bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading)
       if (reading.ticks < 0) return false;
     }
   }
-  scan_meridiem(in, conventions, reading);
+  reading.meridiem = scan_meridiem(in, conventions);
   return true;
 }
 
 bool scan(Cursor& in, const DateConventions& conventions, Reading& reading) {
   in.skip_blanks();
   if (in.done()) return true;
-  if (!in.at_time()) {
+  if (!at_time(in, conventions)) {
     if (!scan_date(in, conventions, reading)) return false;
     const bool joined = reading.iso_date && in.take('T');
     const bool apart = !joined && in.skip_blanks();
@@ -308,65 +314,76 @@ bool resolve_meridiem(Reading& reading) {
   return true;
 }
 
-[[gnu::always_inline]] inline ParsedDate make(const Reading& reading) {
+DateText make(const Reading& reading, CS_DATETIME& value) {
   CS_INT days = 0;
   if (make_days(reading.year, reading.month - 1, reading.day, days) != kDateDone ||
       reading.hour > 23 || reading.minute > 59 || reading.second > 59)
-    return {DateText::overflow, {}};
-  return {DateText::done,
-          {days, reading.hour * kTicksPerHour + reading.minute * kTicksPerMinute +
-                     reading.second * kTicksPerSecond + reading.ticks}};
+    return DateText::overflow;
+  value = {days, reading.hour * kTicksPerHour + reading.minute * kTicksPerMinute +
+                     reading.second * kTicksPerSecond + reading.ticks};
+  return DateText::done;
 }
 
 // Apart from the fast path, whose frame stays small without it.
-[[gnu::noinline]] ParsedDate parse_any(std::string_view text, const DateConventions& conventions) {
+[[gnu::noinline]] DateText parse_any(std::string_view text, const DateConventions& conventions,
+                                     CS_DATETIME& value) {
+  value = {};
   Reading reading;
   Cursor in(text);
-  if (!scan(in, conventions, reading)) return {DateText::syntax, {}};
-  if (!resolve_meridiem(reading)) return {DateText::overflow, {}};
-  return make(reading);
+  if (!scan(in, conventions, reading)) return DateText::syntax;
+  if (!resolve_meridiem(reading)) return DateText::overflow;
+  return make(reading, value);
 }
 
 constexpr std::size_t kIsoSeconds = std::string_view("yyyy-mm-ddThh:mm:ss").size();
 
-// "yyyy-mm-ddThh:mm:ss" with a blank or "T": the text of interchange files, told apart from all
-// others by its layout. `text` has kIsoSeconds bytes. False leaves them to scan(), which reads them
-// the same way.
-bool read_iso(const char* text, Reading& reading) {
-  // The first 16 bytes at once. Bit i of a mask stands for byte i.
-  constexpr int kDigits = 0b1101'1011'0110'1111;
-  constexpr int kSeparators = 0b0010'0000'1001'0000;
-  const auto bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-  const auto layout =
-      _mm_setr_epi8('y', 'y', 'y', 'y', '-', 'm', 'm', '-', 'd', 'd', 'T', 'h', 'h', ':', 'm', 'm');
-  const auto values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
-  const auto digit_mask = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
-  const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, layout));
-  const int tens_of_second = text[17] - '0';
-  const int ones_of_second = text[18] - '0';
-  if (_mm_movemask_epi8(digit_mask) != kDigits || (found & kSeparators) != kSeparators ||
-      (text[10] != 'T' && text[10] != ' ') || text[16] != ':' || !is_digit_value(tens_of_second) ||
-      !is_digit_value(ones_of_second))
-    return false;
-  // Byte i of pairs: digit i times 10 plus digit i + 1. Zeros for the rest keep the shifts apart.
-  const auto digits = _mm_and_si128(values, digit_mask);
-  const auto tens = _mm_add_epi8(_mm_slli_epi16(digits, 1), _mm_slli_epi16(digits, 3));
-  const auto pairs = _mm_add_epi8(tens, _mm_srli_si128(digits, 1));
-  reading.year = (_mm_extract_epi16(pairs, 0) & 0xFF) * 100 + (_mm_extract_epi16(pairs, 1) & 0xFF);
-  reading.month = _mm_extract_epi16(pairs, 2) >> 8;
-  reading.day = _mm_extract_epi16(pairs, 4) & 0xFF;
-  reading.hour = _mm_extract_epi16(pairs, 5) >> 8;
-  reading.minute = _mm_extract_epi16(pairs, 7) & 0xFF;
-  reading.second = tens_of_second * 10 + ones_of_second;
-  return true;
+// Adds the fraction that ends an ISO timestamp; false when it is none.
+[[gnu::noinline]] bool add_iso_fraction(std::string_view text, CS_DATETIME& value) {
+  Cursor in(text);
+  if (!in.take('.')) return false;
+  const CS_INT ticks = ticks_of_fraction(in.number());
+  value.dttime += ticks;
+  return ticks >= 0 && in.done();
 }
 
-// What follows the seconds to the end of the text as ticks: a point and a fraction, or else -1.
-[[gnu::noinline]] CS_INT read_iso_fraction(std::string_view text) {
-  Cursor in(text);
-  if (!in.take('.')) return -1;
-  const CS_INT ticks = ticks_of_fraction(in.number());
-  return in.done() ? ticks : -1;
+// "yyyy-mm-ddThh:mm:ss" with a blank or "T" and perhaps a fraction: the text of interchange files,
+// told apart from all others by its layout. False leaves it to parse_any(), which reads it the same
+// way or knows what is wrong with it.
+bool read_iso(std::string_view text, CS_DATETIME& value) {
+  if (text.size() < kIsoSeconds) return false;
+  const char* const at = text.data();
+  // All but the day and "T" at once, as "yyyy-mm-hh:mm:ss". Each byte less the lowest that may
+  // stand there must not exceed the distance to the highest.
+  const auto low =
+      _mm_setr_epi8('0', '0', '0', '0', '-', '0', '0', '-', '0', '0', ':', '0', '0', ':', '0', '0');
+  const auto distance = _mm_setr_epi8(9, 9, 9, 9, 0, 9, 9, 0, 9, 9, 0, 9, 9, 0, 9, 9);
+  const auto bytes = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)),
+                                        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at + 11)));
+  const auto digits = _mm_sub_epi8(bytes, low);
+  const auto in_layout = _mm_cmpeq_epi8(_mm_min_epu8(digits, distance), digits);
+  // Two digits as a number stand in the byte of the first of them; month and minute are moved so
+  // that each has a word to itself: century, year, month, 0, hour, minute, 0, second.
+  const auto pairs =
+      _mm_add_epi8(_mm_mullo_epi16(digits, _mm_set1_epi16(10)), _mm_srli_si128(digits, 1));
+  const auto fields = _mm_or_si128(
+      _mm_and_si128(pairs, _mm_setr_epi16(0xFF, 0xFF, 0, 0, 0xFF, 0, 0, 0xFF)),
+      _mm_and_si128(_mm_srli_si128(pairs, 1), _mm_setr_epi16(0, 0, 0xFF, 0, 0, 0xFF, 0, 0)));
+  const auto too_large = _mm_cmpgt_epi16(fields, _mm_setr_epi16(99, 99, 12, 0, 23, 59, 0, 59));
+  if (_mm_movemask_epi8(_mm_andnot_si128(too_large, in_layout)) != 0xFFFF) return false;
+
+  const unsigned tens_of_day = static_cast<unsigned char>(at[8]) - unsigned{'0'};
+  const unsigned ones_of_day = static_cast<unsigned char>(at[9]) - unsigned{'0'};
+  if (tens_of_day > 3 || ones_of_day > 9 || (at[10] != 'T' && at[10] != ' ')) return false;
+
+  // Year, month, seconds in hours and minutes, seconds.
+  const auto sums = _mm_madd_epi16(fields, _mm_setr_epi16(100, 1, 1, 0, 3600, 60, 0, 1));
+  const CS_INT year = _mm_cvtsi128_si32(sums);
+  const CS_INT month = _mm_cvtsi128_si32(_mm_srli_si128(sums, 4));
+  const auto day = static_cast<CS_INT>(tens_of_day * 10 + ones_of_day);
+  if (make_days(year, month - 1, day, value.dtdays) != kDateDone) return false;
+  value.dttime = kTicksPerSecond * (_mm_cvtsi128_si32(_mm_srli_si128(sums, 8)) +
+                                    _mm_cvtsi128_si32(_mm_srli_si128(sums, 12)));
+  return text.size() == kIsoSeconds || add_iso_fraction(text.substr(kIsoSeconds), value);
 }
 
 // Writes into room that was measured beforehand.
@@ -437,12 +454,10 @@ void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view
 }  // namespace
 
 ParsedDate parse_datetime(std::string_view text, const DateConventions& conventions) {
-  Reading reading;
-  if (text.size() >= kIsoSeconds && read_iso(text.data(), reading)) {
-    if (text.size() != kIsoSeconds) reading.ticks = read_iso_fraction(text.substr(kIsoSeconds));
-    if (reading.ticks >= 0) return make(reading);
-  }
-  return parse_any(text, conventions);
+  ParsedDate result;
+  result.status =
+      read_iso(text, result.value) ? DateText::done : parse_any(text, conventions, result.value);
+  return result;
 }
 
 FormattedDate format_datetime(const CS_DATETIME& value, const DateConventions& conventions,

@@ -50,6 +50,11 @@ constexpr CS_UINT leap_count(CS_UINT n) {
   return n / 4 - centuries + (centuries + 1) / 4;
 }
 
+// Leap years up to and including `year`, from the year 1 on.
+constexpr CS_UINT leaps_through(CS_UINT year) {
+  return year / 4 - year / 100 + year / 400;
+}
+
 // The day number of a date by the rules of com__datemake: kDateDone with dtdays set, or the status.
 DateStatus make_days(CS_INT year, CS_INT month, CS_INT day, CS_INT& dtdays);
 
@@ -119,11 +124,14 @@ inline comnlib::DateStatus comnlib::make_days(CS_INT year, CS_INT month, CS_INT 
                                               CS_INT& dtdays) {
   if (year < kFirstYear || year > kLastYear) return kBadYear;
   if (month < 0 || month > 11) return kBadMonth;
-  const auto leap = static_cast<CS_INT>(is_leap(static_cast<CS_UINT>(year)));
-  const CS_INT length = monthdays[month][0] + (leap & (month == 1));
-  const CS_INT before = monthdays[month][1] + (leap & (month > 1));
-  if (day < 1 || day > length) return kBadDay;
-  const auto n = static_cast<CS_UINT>(year - kFirstYear);
-  dtdays = static_cast<CS_INT>(365 * n + leap_count(n)) + before + day - 1 + COM_DTDAYS_MIN;
+  if (day < 1) return kBadDay;
+  if (day > monthdays[month][0]) [[unlikely]] {
+    const bool leap_day = month == 1 && day == 29 && is_leap(static_cast<CS_UINT>(year));
+    if (!leap_day) return kBadDay;
+  }
+  // The leap day of the year itself counts from March on. Day 0 is 1 January 1900.
+  constexpr CS_INT kDayZero = 365 * 1900 + leaps_through(1899) + 1;
+  const CS_UINT leaps = leaps_through(static_cast<CS_UINT>(year - (month < 2 ? 1 : 0)));
+  dtdays = 365 * year + static_cast<CS_INT>(leaps) + monthdays[month][1] + day - kDayZero;
   return kDateDone;
 }

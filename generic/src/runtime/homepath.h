@@ -1,0 +1,53 @@
+// Paths below the localization home. A path grows piece by piece; each piece is checked whole
+// before a byte of it is written, so a path that does not fit ends behind its last whole piece.
+#pragma once
+
+#include <string_view>
+
+#include "comnlib/locale.h"
+#include "diag/diag.h"
+
+namespace comnlib {
+
+// Every path buffer of the library's own: the length that builders are told, and a byte for the NUL
+// of a path that fills it.
+inline constexpr CS_INT kPathLength = 1025;
+
+// What the buffer of a configuration file's path needs beyond the length that is told: the room for
+// the subdirectory, which is not counted, and the NUL.
+inline constexpr CS_INT kConfigPathSpare = COM_NUV_ROOM + 1;
+
+// kSpare: the piece must leave a byte.
+enum class Fit { kExact, kSpare };
+
+class HomePath {
+ public:
+  // Begins with the home. Null pointers, a `buflen` below 1 and a home longer than `buflen` stop
+  // the process. A failure of intl_home leaves its status in ctxintlerr.
+  HomePath(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen, Place place = Place::current());
+
+  // Adds the separator and the piece; after a failure adds nothing more.
+  HomePath& add(std::string_view piece, Fit fit = Fit::kExact, char separator = '/');
+
+  // The piece is neither checked nor counted: later checks go by the length without it.
+  HomePath& add_uncounted(std::string_view piece);
+
+  // CS_SUCCEED; CS_FAIL when a piece did not fit; CS_INTL_LIBERR when there is no home.
+  CS_RETCODE result() const { return result_; }
+
+ private:
+  void write(char separator, std::string_view piece);
+  void terminate();
+
+  CS_CHAR* to_;
+  CS_INT room_;
+  CS_INT counted_ = 0;
+  CS_RETCODE result_ = CS_SUCCEED;
+};
+
+// home[/VALUE]/config/file in a buffer of `buflen` + COM_NUV_ROOM bytes; VALUE is that of
+// TALVEN_NUV, looked at with `use_nuv` only.
+CS_RETCODE build_config_path(CS_CONTEXT* ctx, std::string_view file, CS_CHAR* buf, CS_INT buflen,
+                             bool use_nuv, Place place = Place::current());
+
+}  // namespace comnlib

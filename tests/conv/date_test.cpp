@@ -1,0 +1,121 @@
+// The conversions from both datetime sizes, as a host calls them.
+#include "comnlib.h"
+#include "conversion.h"
+#include "intl/locdata.h"
+
+namespace {
+
+using namespace conversion;
+
+constexpr CS_DATETIME kAfternoon{46205, 16292775};  // 4 July 2026, 15:05:09.250
+constexpr CS_DATETIME4 kSmall{46205, 905};
+
+template <class T>
+std::string raw(const T& value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+template <class Value>
+void expect(const Value& value, CS_DATAFMT to, CS_RETCODE code, CS_INT length,
+            const std::string& bytes, CS_LOCALE* of_context = nullptr) {
+  Context context;
+  context.ctxlocale = of_context;
+  const CS_INT type = sizeof value == 8 ? CS_DATETIME_TYPE : CS_DATETIME4_TYPE;
+  const Result result = convert(context, type, value, to);
+  EXPECT_EQ(code, result.code) << bytes;
+  EXPECT_EQ(length, result.length) << bytes;
+  EXPECT_EQ(bytes, std::string(result.bytes.begin(), result.bytes.begin() + std::ssize(bytes)));
+  EXPECT_TRUE(result.untouched_from(bytes.size())) << bytes;
+}
+
+TEST(DateConversions, BetweenTheSizes) {
+  expect(kAfternoon, format_of(CS_DATETIME_TYPE), CS_SUCCEED, 8, raw(kAfternoon));
+  expect(kAfternoon, format_of(CS_DATETIME4_TYPE), CS_SUCCEED, 4, raw(kSmall));
+  expect(kSmall, format_of(CS_DATETIME_TYPE), CS_SUCCEED, 8, raw(CS_DATETIME{46205, 905 * 18000}));
+  expect(kSmall, format_of(CS_DATETIME4_TYPE), CS_SUCCEED, 4, raw(kSmall));
+  expect(CS_DATETIME{65535, 25911000}, format_of(CS_DATETIME4_TYPE), CS_CVT_OVERFLOW, 0, "");
+}
+
+TEST(DateConversions, ToTextAndBytes) {
+  const std::string text = "Jul  4 2026  3:05PM";
+  const struct {
+    CS_DATAFMT to;
+    CS_RETCODE code;
+    CS_INT length;
+    std::string bytes;
+  } rows[] = {
+      {format_of(CS_TEXT_TYPE, 20, CS_DFMT_NULLTERM), CS_SUCCEED, 20, text + '\0'},
+      {format_of(CS_CHAR_TYPE, 21, CS_DFMT_PADBLANK), CS_SUCCEED, 21, text + "  "},
+      {format_of(CS_LONGCHAR_TYPE, 18), CS_CVT_OVERFLOW, 1, {"*\0", 2}},
+      {format_of(CS_CHAR_TYPE, 1), CS_CVT_OVERFLOW, 1, ""},
+      {format_of(CS_VARCHAR_TYPE, 3), CS_SUCCEED, 258, std::string("\x13\0", 2) + text + '\0'},
+  };
+  for (const auto& row : rows) {
+    expect(kAfternoon, row.to, row.code, row.length, row.bytes);
+    expect(kSmall, row.to, row.code, row.length, row.bytes);
+  }
+  const CS_DATETIME never{3000000, 0};
+  expect(never, format_of(CS_CHAR_TYPE, 30), CS_CVT_DOMAIN, 0, "");
+  expect(never, format_of(CS_VARCHAR_TYPE), CS_CVT_DOMAIN, 258, std::string(3, '\0'));
+  const CS_DATAFMT bytes = format_of(CS_VARBINARY_TYPE);
+  expect(kAfternoon, bytes, CS_SUCCEED, 258, std::string("\x08\0", 2) + raw(kAfternoon));
+  expect(kSmall, bytes, CS_SUCCEED, 258, std::string("\x04\0", 2) + raw(kSmall));
+}
+
+// A locale that has only date information.
+struct Locale : CS_LOCALE {
+  Locale() : CS_LOCALE{} {
+    info.conventions = comnlib::kUsEnglish;
+    entry.locdateinfo = &info;
+    timeptr = &entry;
+  }
+  Locale(const Locale&) = delete;
+  CsDateInfo info{};
+  CsLocCache entry{};
+};
+
+TEST(DateConversions, FollowTheDestinationsLocaleOrElseTheContexts) {
+  Locale iso, odd, bare;
+  iso.info.conventions.style = COM_DATESTYLE_ISO;
+  odd.info.conventions.style = 9;
+  bare.entry.locdateinfo = nullptr;
+  const std::string iso_text = "2026-07-04T15:05:00.000";
+  const struct {
+    CS_LOCALE *context, *destination;
+    CS_RETCODE code;
+    std::string text;
+    CS_INT style;
+  } rows[] = {{&iso, nullptr, CS_SUCCEED, iso_text, COM_DATESTYLE_ISO},
+              {&odd, &iso, CS_SUCCEED, iso_text, COM_DATESTYLE_ISO},
+              {&iso, &bare, CS_SUCCEED, "Jul  4 2026  3:05PM", COM_DATESTYLE_DEFAULT},
+              {&odd, nullptr, CS_CVT_STYLE, "", 9}};
+  for (const auto& row : rows) {
+    CS_DATAFMT from = format_of(CS_DATETIME4_TYPE), to = format_of(CS_CHAR_TYPE, 30);
+    to.locale = row.destination;
+    expect(kSmall, to, row.code, static_cast<CS_INT>(row.text.size()), row.text, row.context);
+    Context context;
+    context.ctxlocale = row.context;
+    CS_INT style = 7, length = 0;
+    EXPECT_EQ(row.code, comn_get_datetochar_fmt(&context, &from, &kSmall, &to, &style, &length));
+    EXPECT_TRUE(style == row.style && length == 4) << row.text;
+  }
+}
+
+TEST(DateConversions, UnicodeKeepsTheNamesOfTheLocale) {
+  Locale french;
+  french.info.conventions.short_months[6] = "juil\xE9";
+  french.info.conventions.order = comnlib::DateOrder::day_month_year;
+  const std::u16string text = u" 4 juil\u00E9 2026  3:05PM";
+  const std::string bytes(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+  const auto size = static_cast<CS_INT>(bytes.size());
+  expect(kAfternoon, format_of(CS_UNICHAR_TYPE, size), CS_SUCCEED, size, bytes, &french);
+  expect(kSmall, format_of(CS_UNICHAR_TYPE, size - 1), CS_CVT_OVERFLOW, 2, {"*\0\0\0", 4}, &french);
+
+  Context context;
+  context.ctxlocale = &french;
+  const Result again = convert(context, format_of(CS_UNICHAR_TYPE, size), bytes.data(),
+                               bytes.size(), format_of(CS_DATETIME4_TYPE));
+  EXPECT_TRUE(again.code == CS_SUCCEED && again.text() == raw(kSmall));
+}
+
+}  // namespace
