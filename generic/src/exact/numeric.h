@@ -65,7 +65,8 @@ CS_INT rescale(const constant& src, constant& dest);
 
 // Parses text into a numeric, as com__subchartoexctnume does: precision and scale are in range or
 // kFromText, and the record gets those that come of it, with the value at the front of its array.
-// After a syntax error or overflow the record is as it was.
+// After a syntax error, and after overflow where kFromText stood, the record is as it was; other
+// overflow leaves zero.
 CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
                      CS_NUMERIC& dest);
 

@@ -1,5 +1,6 @@
 // Translation of text: one loop over a decoder of the source set and an encoder of the target set,
-// both inlined into it. Runs of ASCII, which most text is, are moved without decoding.
+// both inlined into it, which are the whole of the rules. Runs of ASCII and of UTF-8 of two and
+// three bytes, which most text is, are moved without them.
 #include "intl/xlate.h"
 
 #include <emmintrin.h>
@@ -24,9 +25,6 @@ using Room = std::span<CS_BYTE>;
 // What an encoder says of a character that its set lacks; 0 says that the room is too small.
 constexpr std::size_t kLacking = ~std::size_t{0};
 
-// Codecs decode and encode one character each. kAsciiUnit is the size of an ASCII character where
-// ASCII stands for itself.
-
 // The four bytes at the front of UTF-8, the first one lowest. A lead byte below 0xC2 would make an
 // overlong pair.
 struct Utf8Word {
@@ -50,6 +48,9 @@ struct Utf8Word {
     return (bytes & 0xF) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
   }
 };
+
+// Codecs decode and encode one character each. kAsciiUnit is the size of an ASCII character where
+// ASCII stands for itself.
 
 struct Utf8Codec {
   static constexpr std::size_t kAsciiUnit = 1;
@@ -145,7 +146,8 @@ struct Cursor {
 // Characters that are moved at once; there is room for all of them, whichever count.
 constexpr std::size_t kBlock = 16;
 
-// Moves the ASCII characters at the front of a block and returns how many they are.
+// Moves the ASCII characters at the front of a block and returns how many they are. The rest of the
+// block's room is written too, and means nothing.
 template <std::size_t In, std::size_t Out>
 std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
   const auto load = [in](int at) {

@@ -17,7 +17,7 @@ struct XlateEnd {
 
 struct Translated {
   CS_RETCODE code;
-  std::size_t written;  // bytes in `room`, always whole characters
+  std::size_t written;  // bytes in `room`, always whole characters; those behind them mean nothing
 };
 
 // Translates `text` into `room`. CS_SUCCEED; CS_CVT_SUBSTITUTED when the target's replacement
