@@ -124,6 +124,34 @@ TEST(Load, SharesAndCaches) {
   context.globals.cmg_lcache = copy;
 }
 
+TEST(Load, EveryShippedLocale) {
+  const ShippedHome home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init()) << context.error;
+  INTL_HANDLE handle = nullptr;
+  ASSERT_EQ(0, intl_open((std::string(COMNLIB_HOME) + "/" + kTable).c_str(), &handle));
+  CS_INT status = 0;
+  ASSERT_STREQ("linux", intl_nextsection(handle, &status));
+  int locales = 0;
+  for (; intl_nextentry(handle, &status) != nullptr; ++locales) {
+    const std::string name = intl_nextvalue(handle, &status);
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.load(name, &entry)) << name << ": " << context.error;
+    EXPECT_EQ(name, entry->locname);
+    EXPECT_EQ(std::string(entry->charname),
+              std::string(entry->locchardesc->char_attrib->cs_name,
+                          entry->locchardesc->char_attrib->cs_namelen));
+    EXPECT_NE(nullptr, entry->locmessage);
+    EXPECT_NE(nullptr, entry->locsortorder);
+    EXPECT_NE(nullptr, entry->locmoninfo);
+    const bool named = entry->com__datename != nullptr;
+    EXPECT_EQ(named, entry->locdateinfo == nullptr) << name;
+    EXPECT_EQ(named, entry->locnuminfo == nullptr) << name;
+  }
+  EXPECT_EQ(0, intl_close(handle));
+  EXPECT_LT(30, locales);
+}
+
 TEST(Load, NamedConventions) {
   const ShippedHome home;
   Context context;

@@ -612,6 +612,7 @@ TEST(PoolsDeathTest, MisuseStops) {
       {"alloc negative", [&] { comn_mmalloc(buddy, -1, &out); }},
       {"alloc from none",
        [&] { set(fresh, MM_PROP_POOLTYPE, MM_POOL_NONE), comn_mmalloc(fresh, 1, &out); }},
+      {"alloc from dropped", [&] { comn_mmalloc(managed, 1, &out); }},
       {"drop with the family dropped", [&] { comn_mmdrop(dropped, CS_UNUSED); }},
       {"free before any allocation", [&] { comn_mmfree(fresh, block); }},
       {"free foreign", [&] { comn_mmfree(buddy, outside + 8); }},
@@ -622,6 +623,7 @@ TEST(PoolsDeathTest, MisuseStops) {
       {"free large twice", [&] { free_twice(buddy, 50'000); }},
       {"free inside a block",
        [&] { header(block + 8) = header(block), comn_mmfree(buddy, block + 8); }},
+      {"order too high", [&] { header(block) |= 15, comn_mmfree(buddy, block); }},
       {"damaged base mark", [&] { header(block) ^= 0x100000, comn_mmfree(buddy, block); }},
       {"damaged to large", [&] { header(block) |= 0x80000000, comn_mmfree(buddy, block); }},
       {"damaged buddy",
@@ -640,6 +642,7 @@ TEST(PoolsDeathTest, MisuseStops) {
       {"chunk size 0", [&] { property(fresh, CS_SET, MM_PROP_CHUNKSIZE, 0); }},
       {"add 8 bytes", [&] { put(fresh, MM_PROP_ADDMEMORY, outside, 8); }},
       {"clear a size", [&] { property(fresh, CS_CLEAR, MM_PROP_CHUNKSIZE, 0); }},
+      {"diagnose", [] { comn_mmdiag(); }},
       {"drop option", [&] { comn_mmdrop(fresh, 0); }},
       {"heap block freed twice",
        [&] {
