@@ -1,7 +1,7 @@
 /*
  * Diagnostics: the error trace, debug output, and the stops for broken preconditions.
  *
- * The trace level and the debug output file are the only process-wide state; both may be changed
+ * The trace level and the debug output file are process-wide; both may be changed
  * and used from any thread.
  */
 #ifndef COMNLIB_DIAG_H
