@@ -301,8 +301,7 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
       own_precision ? kFromText : static_cast<CS_BYTE>(call.destfmt->precision);
   const CS_BYTE scale = own_scale ? kFromText : static_cast<CS_BYTE>(call.destfmt->scale);
   constexpr bool kRounding = false;
-  // What an overflow leaves: zero in the size that was asked for.
-  CS_NUMERIC result{precision, scale, {}};
+  CS_NUMERIC result{};
   const CS_INT status = parse_numeric(form.view(), precision, scale, kRounding, result);
   if (status == kExactSyntax) return CS_CVT_SYNTAX;
   if (status == kExactOverflow && (own_precision || own_scale)) return CS_CVT_OVERFLOW;
