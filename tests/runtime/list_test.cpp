@@ -91,6 +91,8 @@ TEST(ListHash, FollowsTheRuleForAllBytes) {
     Text key;
     CS_UINT number;
   } rows[] = {
+      {"empty", "", 0},
+      {"sign of the last byte", Text("abc\x80"), 0xffffff80},
       {"fill byte", "Z", 0x5a5a5a5a},
       {"sign in the tail", Text("a\xff"), 0xffff5a5a},
       {"zero group leaves nothing pending", Text("\0\0\0\0abcd", 8), 0x61626364},
@@ -516,6 +518,8 @@ TEST(ListDeathTest, Stops) {
   LM_CONTEXT* none = nullptr;
   const char* const assertion = "assertion failed";
   EXPECT_DEATH(lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none), assertion);
+  EXPECT_DEATH(lm__api_key_to_hash("x", 1, 0), assertion);
+  EXPECT_DEATH(lm___api_key_to_uint("x", -1), assertion);
 
   Fixture table(LM_DHASH);
   for (const CS_INT code : {19, 34, 24, 33})
@@ -526,6 +530,8 @@ TEST(ListDeathTest, Stops) {
   EXPECT_DEATH(set_size(table.list, 0), assertion);
   for (const CS_INT type : {12, 20})
     EXPECT_DEATH(lm_list_alloc(table.context, type, "x", 1, &table.list), assertion) << type;
+  for (const CS_INT property : {0, 8})
+    EXPECT_DEATH(lm_property(table.context, CS_GET, property, &none, 4, nullptr), assertion);
   for (const CS_INT property : {0, 4, 13})
     EXPECT_DEATH(lm_list_prop(table.list, CS_GET, property, &none, 4, nullptr), assertion);
   EXPECT_DEATH(lm_property(table.context, 36, 1, &none, 4, nullptr), assertion);

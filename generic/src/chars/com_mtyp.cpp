@@ -75,37 +75,19 @@ CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
 
 using namespace comnlib;
 
-CS_INT comn_isalpha(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_ALPHA);
-}
-
-CS_INT comn_isupper(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_UPPER);
-}
-
-CS_INT comn_islower(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_LOWER);
-}
-
-CS_INT comn_isdigit(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_DIGIT);
-}
-
-CS_INT comn_isxdigit(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_XDIGIT);
-}
-
-CS_INT comn_isspace(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_SPACE);
-}
-
-CS_INT comn_ispunct(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_PUNCT);
-}
-
-CS_INT comn_isgraph(const char_attrib* attrib, const CS_BYTE* ch) {
-  return masked(attrib, ch, COMN_CT_GRAPH);
-}
+#define COMNLIB_CLASS(routine, mask)                             \
+  CS_INT routine(const char_attrib* attrib, const CS_BYTE* ch) { \
+    return masked(attrib, ch, mask);                             \
+  }
+COMNLIB_CLASS(comn_isalpha, COMN_CT_ALPHA)
+COMNLIB_CLASS(comn_isupper, COMN_CT_UPPER)
+COMNLIB_CLASS(comn_islower, COMN_CT_LOWER)
+COMNLIB_CLASS(comn_isdigit, COMN_CT_DIGIT)
+COMNLIB_CLASS(comn_isxdigit, COMN_CT_XDIGIT)
+COMNLIB_CLASS(comn_isspace, COMN_CT_SPACE)
+COMNLIB_CLASS(comn_ispunct, COMN_CT_PUNCT)
+COMNLIB_CLASS(comn_isgraph, COMN_CT_GRAPH)
+#undef COMNLIB_CLASS
 
 CS_INT comn_get_lex(const char_attrib* attrib, const CS_BYTE* ch) {
   check_pointer(ch);
