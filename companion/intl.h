@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The companion localization-file library: where the localization home is, the reader of sectioned
  * files, the plain file reader, and the environment.
  *
@@ -29,58 +30,67 @@
 extern "C" {
 #endif
 
+/** An open file, of either reader. */
 typedef CS_VOID* INTL_HANDLE;
 
-/*
- * intl_home: the localization home: the value of the environment variable TALVEN when it is set and
- * not empty, else the home directory of the user "talven". Writes what fits into the `buflen` bytes
- * at `buffer`, with a NUL when there is room. Returns the length of the whole name, or a negative
+/**
+ * The localization home: the value of the environment variable TALVEN when it is set and not empty,
+ * else the home directory of the user "talven". Writes what fits into the `buflen` bytes at
+ * `buffer`, with a NUL when there is room. Returns the length of the whole name, or a negative
  * status.
  */
 COMN_API CS_INT intl_home(CS_CHAR* buffer, CS_INT buflen);
 
-/*
- * intlgetenv: the value of an environment variable, with its NUL, into the `dstlen` bytes at `dst`.
- * Returns its length; 0 when it is unset or empty (`dst` is then left alone); a negative status
- * when it does not fit. Not to be called while another thread changes the environment.
+/**
+ * The value of an environment variable, with its NUL, into the `dstlen` bytes at `dst`. Returns its
+ * length; 0 when it is unset or empty (`dst` is then left alone); a negative status when it does
+ * not fit. Not to be called while another thread changes the environment.
  */
 COMN_API CS_INT intlgetenv(CS_CHAR* dst, CS_INT dstlen, const CS_CHAR* name);
 
-/*
- * intl_open: opens a sectioned file and reads it whole. Stores a handle for intl_close and returns
- * 0, or stores null and returns a negative status.
+/**
+ * Opens a sectioned file and reads it whole. Stores a handle for intl_close and returns 0, or
+ * stores null and returns a negative status.
  */
 COMN_API CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle);
 
-/*
- * intl_nextsection: the name of the next section, past the rest of the current one.
- * intl_nextentry: the key of the next entry of the current section.
- * intl_nextvalue: the next value of the current entry.
- * Each returns a NUL-terminated text that stays until intl_close, with *status 0; null with *status
- * 0 at the end of the file, section or entry; null with a negative *status for a malformed line,
- * behind which reading may go on. Lines and values that are passed over are not checked.
- */
+/** @name The sectioned reader's steps
+ * Each returns a NUL-terminated text that stays until intl_close, with `status` 0; null with
+ * `status` 0 at the end of the file, section or entry; null with a negative `status` for a
+ * malformed line, behind which reading may go on. Lines and values that are passed over are not
+ * checked. */
+/**@{*/
+/** The name of the next section, past the rest of the current one. */
 COMN_API const CS_CHAR* intl_nextsection(INTL_HANDLE handle, CS_INT* status);
-COMN_API const CS_CHAR* intl_nextentry(INTL_HANDLE handle, CS_INT* status);
-COMN_API const CS_CHAR* intl_nextvalue(INTL_HANDLE handle, CS_INT* status);
 
-/* intl_close: gives back what intl_open took. 0 or a negative status. */
+/** The key of the next entry of the current section. */
+COMN_API const CS_CHAR* intl_nextentry(INTL_HANDLE handle, CS_INT* status);
+
+/** The next value of the current entry. */
+COMN_API const CS_CHAR* intl_nextvalue(INTL_HANDLE handle, CS_INT* status);
+/**@}*/
+
+/** Gives back what intl_open took. 0 or a negative status. */
 COMN_API CS_INT intl_close(INTL_HANDLE handle);
 
-/*
- * intl_errstr: the words of a negative status, such as "line 12: the entry has no '='", cut to
- * `buflen` - 1 bytes and NUL-terminated. Returns the length of the whole text.
+/**
+ * The words of a negative status, such as "line 12: the entry has no '='", cut to `buflen` - 1
+ * bytes and NUL-terminated. Returns the length of the whole text.
  */
 COMN_API CS_INT intl_errstr(CS_INT status, CS_CHAR* buffer, CS_INT buflen);
 
-/*
- * The plain reader. intl_iocsfopen: as intl_open. intl_iocsfread: up to `buflen` next bytes;
- * returns how many, 0 at the end of the file, or a negative status. intl_iocsfclose: 0 or a
- * negative status; the handle is gone either way.
- */
+/** @name The plain reader */
+/**@{*/
+/** Opens any file; as intl_open otherwise. */
 COMN_API CS_INT intl_iocsfopen(const CS_CHAR* path, INTL_HANDLE* handle);
+
+/** Reads up to `buflen` next bytes; returns how many, 0 at the end of the file, or a negative
+ * status. */
 COMN_API CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer, CS_INT buflen);
+
+/** Closes the file. 0 or a negative status; the handle is gone either way. */
 COMN_API CS_INT intl_iocsfclose(INTL_HANDLE handle);
+/**@}*/
 
 #ifdef __cplusplus
 }

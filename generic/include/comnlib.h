@@ -1,4 +1,26 @@
-/* The common-services library: all public headers. Each may also be included alone. */
+/**
+ * @file
+ * The common-services library: all public headers. Each may also be included alone.
+ *
+ * @mainpage
+ * One header for each subject states the contract of its routines:
+ *
+ * - types.h, result.h, context.h: scalar types, value records, the data format, result codes, the
+ *   context
+ * - convert.h: the matrix of conversions, null values
+ * - numeric.h, money.h, datetime.h: exact arithmetic, dates
+ * - locale.h, charset.h, intl.h: localization, character sets, the companion library of file
+ * readers
+ * - config.h: configuration files
+ * - memory.h, list.h, thread.h: pools, lists, threads
+ * - diag.h: error trace, debug output, stops
+ *
+ * Unless a routine says otherwise: a null pointer argument stops the process, by com_chkptr or
+ * com_bomb; lengths and sizes are in bytes; results besides the return value are stored through the
+ * last arguments; records belong to the caller and what a routine allocates is freed by the routine
+ * that it names. The guides in docs/ tell more: conversions.md has a table of every pair,
+ * ownership.md who frees what and which calls may run at once, file-formats.md every file.
+ */
 #ifndef COMNLIB_H
 #define COMNLIB_H
 

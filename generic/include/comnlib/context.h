@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The context record. The host creates it (zero-filled), sets ctxversion, its allocator and its
  * opaque hooks, and passes it first to nearly every operation. The library fills the fields marked
  * with their header through the initialisers declared there and reads the rest only where said.
@@ -14,7 +15,7 @@ extern "C" {
 
 typedef struct _cscontext CS_CONTEXT;
 
-/*
+/**
  * A conversion routine: converts the value at `src`, described by `srcfmt`, into the value at
  * `dest`, described by `destfmt`, and stores the number of bytes written through `destlen`.
  * See convert.h for the calling rules.
@@ -23,80 +24,86 @@ typedef CS_RETCODE (*CS_CONV_FUNC)(CS_CONTEXT* context, const CS_DATAFMT* srcfmt
                                    const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                    CS_INT* destlen);
 
-/* The context's conversion matrix, row-major: source s to destination d is at s * cvtdim + d. */
+/** The context's conversion matrix, row-major: source s to destination d is at s * cvtdim + d. */
 typedef struct _csconverttbl {
-  CS_CONV_FUNC* cvttbl;
-  int cvtdim;
+  CS_CONV_FUNC* cvttbl; /**< owned by the context; null before com_conv_init */
+  int cvtdim;           /**< CS_BUILTIN_TYPES */
 } CsConvertTbl;
 
-/* A user-installed conversion. The spine (nextsrc) has one node for each source type, each heading
-   the chain (nextdest) of its destinations. */
+/**
+ * A user-installed conversion. The spine (nextsrc) has one node for each source type, each heading
+ * the chain (nextdest) of its destinations.
+ */
 typedef struct _csusrcvtfunc {
-  CS_INT srctype;
-  CS_INT desttype;
-  CS_CONV_FUNC cvtfunc; /* null once reset to the default */
-  struct _csusrcvtfunc* nextdest;
-  struct _csusrcvtfunc* nextsrc;
+  CS_INT srctype;                 /**< source datatype */
+  CS_INT desttype;                /**< destination datatype */
+  CS_CONV_FUNC cvtfunc;           /**< null once reset to the default */
+  struct _csusrcvtfunc* nextdest; /**< same source, next destination */
+  struct _csusrcvtfunc* nextsrc;  /**< next source; set in the first node of each only */
 } CsUsrCvtFunc;
 
-/* Null value of one built-in type. */
+/** Null value of one built-in type. */
 typedef struct _csdefval {
-  CS_VOID* dventity; /* owned by the table */
-  CS_INT dvsize;     /* bytes at dventity */
-  CS_INT dvpadtype;  /* 1 character, 2 binary, 3 none, 4 Unicode character */
+  CS_VOID* dventity; /**< owned by the table */
+  CS_INT dvsize;     /**< bytes at dventity */
+  CS_INT dvpadtype;  /**< 1 character, 2 binary, 3 none, 4 Unicode character */
 } CsDefVal;
 
+/** The null values of the built-in types. */
 typedef struct _csnulltbl {
-  CsDefVal* nullvals;
-  int nulldim;
+  CsDefVal* nullvals; /**< owned by the context, by datatype code */
+  int nulldim;        /**< CS_BUILTIN_TYPES */
 } CsNullTbl;
 
-/* Null value of a user type. */
+/** Null value of a user type. */
 typedef struct _csusrnull {
-  CS_INT dttype;
-  CS_VOID* dventity; /* owned by the node, or null */
-  CS_INT dvsize;
-  struct _csusrnull* nextnull;
+  CS_INT dttype;               /**< datatype code */
+  CS_VOID* dventity;           /**< owned by the node, or null */
+  CS_INT dvsize;               /**< bytes at dventity */
+  struct _csusrnull* nextnull; /**< in the context's list, newest first */
 } CsUsrNull;
 
 typedef struct _csctxglobals CsCtxGlobals;
+/** A loaded configuration; opaque. */
 typedef struct _csconfig CsConfig;
 typedef struct _cs_thread CS_THREAD;
 typedef struct _comnmutex_ COMN_MUTEX;
 
-/* Allocator of a context: `size` in bytes; null on failure. */
+/** Allocator of a context: `size` in bytes; null on failure. */
 typedef CS_VOID* (*CS_CTXMALLOC_FUNC)(CS_CONTEXT* context, CS_INT size);
+/** Gives back what the context's allocator gave. */
 typedef CS_VOID (*CS_CTXFREE_FUNC)(CS_CONTEXT* context, CS_VOID* block);
 
-/* The host's error handler; kept for the host, never called by this library. */
+/** The host's error handler; kept for the host, never called by this library. */
 typedef CS_RETCODE (*CS_ERROR_FUNC)(CS_CONTEXT* context, CS_VOID* message);
 
+/** The context of a host. */
 struct _cscontext {
-  CS_INT ctxtag;              /* host */
-  CS_INT ctxstatus;           /* host */
-  CS_INT ctxversion;          /* host: interface version */
-  CS_LOCALE* ctxlocale;       /* locale.h: used where a data format has none */
-  CS_LOCALE* ctxdeflocale;    /* locale.h: ctxlocale is reset from it */
-  CsCtxGlobals* ctxglobals;   /* locale.h */
-  CsConvertTbl ctxcvttbl;     /* convert.h */
-  CsUsrCvtFunc* ctxusrcvttbl; /* convert.h */
-  CsNullTbl ctxnulls;         /* convert.h */
-  CsUsrNull* ctxusrnulls;     /* convert.h */
-  CS_THREAD* ctxthread;       /* thread.h: thread primitives in use, or null */
-  int ctxintlerr;             /* last status of the companion localization-file library */
-  CS_VOID* ctxctctx;          /* host, like the five below */
-  CS_VOID* ctxnetwork;
-  CS_VOID* ctxdsctx;
-  CS_VOID* ctxssctx;
-  CS_VOID* ctxopenserver;
-  CS_VOID* ctxcsctx;
-  COMN_MUTEX* ctxmtx;          /* host: lock of this context */
-  CS_VOID* usercharconv;       /* host: user character-conversion data */
-  CsConfig* ctxconfig;         /* config.h */
-  CS_CTXMALLOC_FUNC ctxmalloc; /* memory.h */
-  CS_CTXFREE_FUNC ctxfree;
-  CS_ERROR_FUNC ctxerrfunc; /* host */
-  CS_VOID* ctxcomerrhan;    /* host */
+  CS_INT ctxtag;               /**< host */
+  CS_INT ctxstatus;            /**< host */
+  CS_INT ctxversion;           /**< host: interface version */
+  CS_LOCALE* ctxlocale;        /**< locale.h: used where a data format has none */
+  CS_LOCALE* ctxdeflocale;     /**< locale.h: ctxlocale is reset from it */
+  CsCtxGlobals* ctxglobals;    /**< locale.h */
+  CsConvertTbl ctxcvttbl;      /**< convert.h */
+  CsUsrCvtFunc* ctxusrcvttbl;  /**< convert.h */
+  CsNullTbl ctxnulls;          /**< convert.h */
+  CsUsrNull* ctxusrnulls;      /**< convert.h */
+  CS_THREAD* ctxthread;        /**< thread.h: thread primitives in use, or null */
+  int ctxintlerr;              /**< last status of the companion localization-file library */
+  CS_VOID* ctxctctx;           /**< host */
+  CS_VOID* ctxnetwork;         /**< host */
+  CS_VOID* ctxdsctx;           /**< host */
+  CS_VOID* ctxssctx;           /**< host */
+  CS_VOID* ctxopenserver;      /**< host */
+  CS_VOID* ctxcsctx;           /**< host */
+  COMN_MUTEX* ctxmtx;          /**< host: lock of this context */
+  CS_VOID* usercharconv;       /**< host: user character-conversion data */
+  CsConfig* ctxconfig;         /**< config.h */
+  CS_CTXMALLOC_FUNC ctxmalloc; /**< host: where pools take their chunks from */
+  CS_CTXFREE_FUNC ctxfree;     /**< host: where pools give them back */
+  CS_ERROR_FUNC ctxerrfunc;    /**< host */
+  CS_VOID* ctxcomerrhan;       /**< host */
 };
 
 COMN_STATIC_ASSERT(sizeof(CsConvertTbl) == 8);

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Conversion of values: the context's matrix of routines, null values, and the routines themselves.
  *
  * Calling rules of every conversion routine (type CS_CONV_FUNC):
@@ -26,46 +27,52 @@
 extern "C" {
 #endif
 
-/* Padding kinds of CsDefVal.dvpadtype. */
+/** Padding kinds of CsDefVal.dvpadtype. */
 enum { CS_PAD_CHAR = 1, CS_PAD_BINARY = 2, CS_PAD_NONE = 3, CS_PAD_UNICHAR = 4 };
 
-/*
- * com_conv_init: gives the context its copy of the default matrix (26 by 26, in memory from
- * comn_malloc) and an empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
- * com_conv_free: releases the matrix and the list; safe on a context whose init failed. CS_SUCCEED.
+/**
+ * Gives the context its copy of the default matrix (26 by 26, in memory from comn_malloc) and an
+ * empty list of user conversions. CS_SUCCEED or CS_MEM_ERROR.
  */
 COMN_API CS_RETCODE com_conv_init(CS_CONTEXT* context);
+
+/** Releases the matrix and the list; safe on a context whose init failed. CS_SUCCEED. */
 COMN_API CS_RETCODE com_conv_free(CS_CONTEXT* context);
 
-/* com_conv_func: the routine for a pair of datatypes, or null when there is none or a code is
-   negative. Pairs with a code of 26 or above are looked up among the user conversions. */
+/**
+ * The routine for a pair of datatypes, or null when there is none or a code is negative. Pairs with
+ * a code of 26 or above are looked up among the user conversions.
+ */
 COMN_API CS_CONV_FUNC com_conv_func(const CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
 
-/*
- * com_conv_install: makes `func` the routine of a pair; null makes the pair unsupported. Codes must
- * not be negative (they are not checked). CS_SUCCEED, or CS_MEM_ERROR when a user conversion cannot
- * be recorded.
+/**
+ * Makes `func` the routine of a pair; null makes the pair unsupported. Codes must not be negative
+ * (they are not checked). CS_SUCCEED, or CS_MEM_ERROR when a user conversion cannot be recorded.
  */
 COMN_API CS_RETCODE com_conv_install(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype,
                                      CS_CONV_FUNC func);
 
-/* com_conv_default: restores the default routine of a pair; a user pair keeps its node, with no
-   routine. A negative code stops the process. CS_SUCCEED. */
+/**
+ * Restores the default routine of a pair; a user pair keeps its node, with no routine. A negative
+ * code stops the process. CS_SUCCEED.
+ */
 COMN_API CS_RETCODE com_conv_default(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
 
-/*
- * com_null_init: gives the context the default null value of each built-in type. CS_SUCCEED, or
- * CS_MEM_ERROR; what was built until then is kept for com_null_free.
- * com_null_free: releases the table and the user nodes. The value buffers of user null values are
- * not released: com_null_set with length 0 or com_null_reinstall does that beforehand. CS_SUCCEED.
+/**
+ * Gives the context the default null value of each built-in type. CS_SUCCEED, or CS_MEM_ERROR; what
+ * was built until then is kept for com_null_free.
  */
 COMN_API CS_RETCODE com_null_init(CS_CONTEXT* context);
+
+/**
+ * Releases the table and the user nodes. The value buffers of user null values are not released:
+ * com_null_set with length 0 or com_null_reinstall does that beforehand. CS_SUCCEED.
+ */
 COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
-/*
- * com_null_get: stores the null value of destfmt->datatype into `dest`, which has room for
- * `destlen` bytes, and the number of bytes through `resultlen`; then pads as destfmt asks, up to
- * destfmt->maxlength.
+/**
+ * Stores the null value of destfmt->datatype into `dest`, which has room for `destlen` bytes, and
+ * the number of bytes through `resultlen`; then pads as destfmt asks, up to destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
  * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
@@ -75,84 +82,90 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 COMN_API CS_RETCODE com_null_get(const CS_CONTEXT* context, const CS_DATAFMT* destfmt,
                                  CS_VOID* dest, CS_INT destlen, CS_INT* resultlen);
 
-/*
- * com_null_set: makes a copy of the `length` bytes at `value` the null value of `datatype`.
- * Codes up to 24 are built-in; CS_UNICHAR_TYPE and above are kept with the user types, while
- * com_null_get of CS_UNICHAR_TYPE goes on returning the built-in value.
+/**
+ * Makes a copy of the `length` bytes at `value` the null value of `datatype`. Codes up to 24 are
+ * built-in; CS_UNICHAR_TYPE and above are kept with the user types, while com_null_get of
+ * CS_UNICHAR_TYPE goes on returning the built-in value.
  * A length of 0 leaves no value; `value` must point somewhere even then. A negative type or length
  * stops the process. CS_SUCCEED, or CS_MEM_ERROR with the old value still in place.
  */
 COMN_API CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* value,
                                  CS_INT length);
 
-/*
- * com_null_reinstall: gives a built-in type (up to 24) its default null value back, and removes the
- * null value of a user type (25 and above). Removing the second user type of the list, newest
- * first, drops the newest one from the list too. A negative type, or a built-in one whose value was
- * set to length 0, stops the process. CS_SUCCEED, or CS_MEM_ERROR when a shorter stored value
- * cannot be grown to the default.
+/**
+ * Gives a built-in type (up to 24) its default null value back, and removes the null value of a
+ * user type (25 and above). Removing the second user type of the list, newest first, drops the
+ * newest one from the list too. A negative type, or a built-in one whose value was set to length 0,
+ * stops the process. CS_SUCCEED, or CS_MEM_ERROR when a shorter stored value cannot be grown to the
+ * default.
  */
 COMN_API CS_RETCODE com_null_reinstall(CS_CONTEXT* context, CS_INT datatype);
 
+/** Declares a conversion routine, a function of type CS_CONV_FUNC. */
 #define COMN_CONVERSION(routine)                                                                 \
   COMN_API CS_RETCODE routine(CS_CONTEXT* context, const CS_DATAFMT* srcfmt, const CS_VOID* src, \
                               const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* destlen)
 
-/* From CS_VOID: comn_voidtoany stores the null value of any destination type; comn_voidtovoid
-   succeeds and touches nothing, not even its arguments. */
+/**
+ * From CS_VOID: comn_voidtoany stores the null value of any destination type; comn_voidtovoid
+ * succeeds and touches nothing, not even its arguments.
+ */
+/**@{*/
 COMN_CONVERSION(comn_voidtoany);
 COMN_CONVERSION(comn_voidtovoid);
+/**@}*/
 
-/*
- * The raw bytes of a fixed-length value of `size` bytes into a binary or varbinary destination.
- * comn_fixedtobin: cut with CS_CVT_TRUNCATED when destfmt->maxlength is smaller, else padded.
- * comn_fixedtovarbin: at most 256 bytes, CS_CVT_OVERFLOW when there are more; length 258.
- */
+/** @name Raw bytes
+ * The bytes of a fixed-length value of `size` bytes into a binary or varbinary destination. */
+/**@{*/
+/** To a binary destination: cut with CS_CVT_TRUNCATED when destfmt->maxlength is smaller, else
+ * padded. */
 COMN_API CS_RETCODE comn_fixedtobin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
                                     const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                     CS_INT* destlen, CS_INT size);
+
+/** To a varbinary destination: at most 256 bytes, CS_CVT_OVERFLOW when there are more; length 258.
+ */
 COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
                                        const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                        CS_INT* destlen, CS_INT size);
+/**@}*/
 
-/*
+/** @name From integers, floats and bits
  * From CS_TINYINT (i1), CS_SMALLINT (i2), CS_INT (i4), CS_REAL (flt4), CS_FLOAT (flt8) and CS_BIT
  * (bit). A CS_BIT that holds neither 0 nor 1 gives CS_CVT_DOMAIN and writes no value; a valid one
  * converts as that integer. The length is the destination's fixed length, 258 for a varchar or
  * varbinary, and the number of bytes written for character and binary data.
  *
- * toi1, toi2, toi4   A value outside the destination's range stores the limit that it passed, with
- *                    CS_CVT_OVERFLOW. A floating value is compared before it is truncated towards
- *                    zero: 255.5 does not fit a CS_TINYINT. A NaN is not told apart; it stores what
- *                    the processor's truncation gives (-2147483648, cut to the destination).
- * toflt4, toflt8     Copied, widened, or rounded to the nearest single. From flt8, a value beyond
- *                    the largest single, infinities included, stores that single with its sign,
- *                    with CS_CVT_OVERFLOW.
- * tobit              1 for every value but zero, 1 for a NaN.
- * tochar, tovarchar  Integers in decimal. Floating values with up to 17 significant digits as %g
- *                    prints them, whatever the process's locale, with two changes: a leading "0."
- *                    loses its zero (.25, but -0.25), and text without a point or an exponent gets
- *                    ".0" (3.0, 0.0 for either zero, inf.0). A single shows its exact value:
- *                    .10000000149011612. Text that does not fit maxlength, with its NUL where
- *                    CS_DFMT_NULLTERM asks for one, becomes "*" when there are two bytes of room;
- *                    the result is CS_CVT_OVERFLOW. bittochar has no "*": it writes its digit when
- *                    there is room for it and always counts it. CS_CVT_FORMAT when both paddings
- *                    are asked for.
- * tobin, tovarbin    The value's bytes in host order; cut with CS_CVT_TRUNCATED when maxlength is
- *                    smaller.
- * tonum              The value at the destination format's precision (CS_CVT_PRECISION outside
- *                    1..77, the marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside
- *                    0..77). Floating values go through their 17 significant digits and are rounded
- *                    at the scale, halves away from zero. CS_CVT_OVERFLOW stores zero; an infinity
- *                    or NaN gives CS_CVT_SYNTAX. The length is 35, though bytes behind those of the
- *                    precision are left alone.
- * tomoney, tomny4    Exact for integers. A floating value is multiplied by 10000 as a double and
- *                    rounded to a unit, halves away from zero. A value out of range stores the
- *                    limit that it passed, with CS_CVT_OVERFLOW; a NaN stores zero, with the same.
- *                    There are none from CS_BIT.
- * toi8               These convert nothing: with valid pointers and source datatype each stops the
- *                    process. They are in no matrix.
- */
+ * - toi1, toi2, toi4: A value outside the destination's range stores the limit that it passed, with
+ *   CS_CVT_OVERFLOW. A floating value is compared before it is truncated towards zero: 255.5 does
+ *   not fit a CS_TINYINT. A NaN is not told apart; it stores what the processor's truncation gives
+ *   (-2147483648, cut to the destination).
+ * - toflt4, toflt8: Copied, widened, or rounded to the nearest single. From flt8, a value beyond
+ *   the largest single, infinities included, stores that single with its sign, with
+ *   CS_CVT_OVERFLOW.
+ * - tobit: 1 for every value but zero, 1 for a NaN.
+ * - tochar, tovarchar: Integers in decimal. Floating values with up to 17 significant digits in the
+ *   general format of printf, whatever the process's locale, with two changes: a leading "0." loses
+ *   its zero (.25, but -0.25), and text without a point or an exponent gets ".0" (3.0, 0.0 for
+ *   either zero, inf.0). A single shows its exact value: .10000000149011612. Text that does not fit
+ *   maxlength, with its NUL where CS_DFMT_NULLTERM asks for one, becomes "*" when there are two
+ *   bytes of room; the result is CS_CVT_OVERFLOW. bittochar has no "*": it writes its digit when
+ *   there is room for it and always counts it. CS_CVT_FORMAT when both paddings are asked for.
+ * - tobin, tovarbin: The value's bytes in host order; cut with CS_CVT_TRUNCATED when maxlength is
+ *   smaller.
+ * - tonum: The value at the destination format's precision (CS_CVT_PRECISION outside 1..77, the
+ *   marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside 0..77). Floating values go
+ *   through their 17 significant digits and are rounded at the scale, halves away from zero.
+ *   CS_CVT_OVERFLOW stores zero; an infinity or NaN gives CS_CVT_SYNTAX. The length is 35, though
+ *   bytes behind those of the precision are left alone.
+ * - tomoney, tomny4: Exact for integers. A floating value is multiplied by 10000 as a double and
+ *   rounded to a unit, halves away from zero. A value out of range stores the limit that it passed,
+ *   with CS_CVT_OVERFLOW; a NaN stores zero, with the same. There are none from CS_BIT.
+ * - toi8: These convert nothing: with valid pointers and source datatype each stops the process.
+ *   They are in no matrix. */
+/**@{*/
+/** A conversion from an integer, a float or a bit. */
 COMN_CONVERSION(comn_i1tobit);
 COMN_CONVERSION(comn_i1toi1);
 COMN_CONVERSION(comn_i1toi2);
@@ -240,33 +253,34 @@ COMN_CONVERSION(comn_bittobin);
 COMN_CONVERSION(comn_bittovarchar);
 COMN_CONVERSION(comn_bittovarbin);
 COMN_CONVERSION(comn_bittoi8);
+/**@}*/
 
-/*
+/** @name From numerics
  * From CS_NUMERIC and CS_DECIMAL. A precision outside 1..77 or a scale above 77 gives CS_CVT_DOMAIN
  * before anything else. The length is the destination's fixed length, 258 for a varchar or
  * varbinary, and the number of bytes written for character, binary and numeric data.
  *
- * toi1, toi2, toi4,  A value outside the destination's range stores the limit that it passed, with
- * toi8               CS_CVT_OVERFLOW. The exact value is compared, then truncated towards zero:
- *                    255.5 does not fit a CS_TINYINT. toi8 stores eight bytes for a destination of
- *                    CS_LONG_TYPE; it is in no matrix.
- * tobit              1 for every value but zero.
- * toflt4, toflt8     The nearest double, rounded once more for toflt4. A value beyond the largest
- *                    single stores that single with its sign, with CS_CVT_OVERFLOW.
- * tonum              To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE
- *                    outside 0..77) of the destination format, CS_USE_SRCVALUE standing for the
- *                    source's. The digits must fit the bytes of the precision before they are
- *                    scaled: 1.00000000 of (10,8) overflows (2,0). CS_CVT_OVERFLOW stores zero;
- *                    dropped decimals that are not zero give CS_CVT_TRUNCATED with the cut value
- *                    stored. The length is that of the precision and two.
- * tomoney, tomny4    Further decimals are dropped. A value out of range stores the limit that it
- *                    passed, with CS_CVT_OVERFLOW.
- * tochar, tovarchar  A "-" for the negative sign, that of a zero included, at least one digit, and
- *                    for a scale above 0 a point and that many decimals. Text that does not fit
- *                    becomes "*" as for the families above.
- * tobin, tovarbin    The 35 bytes of the record; cut with CS_CVT_TRUNCATED when maxlength is
- *                    smaller.
- */
+ * - toi1, toi2, toi4, toi8: A value outside the destination's range stores the limit that it
+ *   passed, with CS_CVT_OVERFLOW. The exact value is compared, then truncated towards zero: 255.5
+ *   does not fit a CS_TINYINT. toi8 stores eight bytes for a destination of CS_LONG_TYPE; it is in
+ *   no matrix.
+ * - tobit: 1 for every value but zero.
+ * - toflt4, toflt8: The nearest double, rounded once more for toflt4. A value beyond the largest
+ *   single stores that single with its sign, with CS_CVT_OVERFLOW.
+ * - tonum: To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE outside 0..77)
+ *   of the destination format, CS_USE_SRCVALUE standing for the source's. The digits must fit the
+ *   bytes of the precision before they are scaled: 1.00000000 of (10,8) overflows (2,0).
+ *   CS_CVT_OVERFLOW stores zero; dropped decimals that are not zero give CS_CVT_TRUNCATED with the
+ *   cut value stored. The length is that of the precision and two.
+ * - tomoney, tomny4: Further decimals are dropped. A value out of range stores the limit that it
+ *   passed, with CS_CVT_OVERFLOW.
+ * - tochar, tovarchar: A "-" for the negative sign, that of a zero included, at least one digit,
+ *   and for a scale above 0 a point and that many decimals. Text that does not fit becomes "*" as
+ *   from integers.
+ * - tobin, tovarbin: The 35 bytes of the record; cut with CS_CVT_TRUNCATED when maxlength is
+ *   smaller. */
+/**@{*/
+/** A conversion from CS_NUMERIC or CS_DECIMAL. */
 COMN_CONVERSION(comn_numtobit);
 COMN_CONVERSION(comn_numtoi1);
 COMN_CONVERSION(comn_numtoi2);
@@ -281,28 +295,30 @@ COMN_CONVERSION(comn_numtochar);
 COMN_CONVERSION(comn_numtobin);
 COMN_CONVERSION(comn_numtovarchar);
 COMN_CONVERSION(comn_numtovarbin);
+/**@}*/
 
-/*
+/** @name From money
  * From CS_MONEY and CS_MONEY4. The length is the destination's fixed length, 258 for a varchar or
  * varbinary, that of the precision for a numeric, and the number of bytes written for character and
  * binary data.
  *
- * toi1, toi2, toi4,  Towards zero, but -0.5 to -0.9999 become -1. A value out of range stores the
- * toi8               limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
- *                    destination of CS_LONG_TYPE; it is in no matrix.
- * toflt4, toflt8     mnyhigh * 429496.7296 + mnylow / 10000 in doubles, for small money
- *                    mny4 / 10000; toflt4 rounds that to a single.
- * tobit              1 for every value but zero.
- * tonum              To the precision and scale of the destination format, CS_USE_SRCVALUE standing
- *                    for 19 and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped
- *                    decimals that are not zero give CS_CVT_TRUNCATED with the cut value stored.
- * tomoney, tomny4    A value beyond the range of CS_MONEY4 stores the limit that it passed, with
- *                    CS_CVT_OVERFLOW.
- * tochar, tovarchar  With as many decimals as the destination's precision says: 0 and negative
- *                    numbers mean 2, more than 4 mean 4; rounded, halves away from zero. There is
- *                    no grouping. Text that does not fit maxlength is cut, with CS_CVT_OVERFLOW.
- * tobin, tovarbin    The record's bytes; cut with CS_CVT_TRUNCATED when maxlength is smaller.
- */
+ * - toi1, toi2, toi4, toi8: Towards zero, but -0.5 to -0.9999 become -1. A value out of range
+ *   stores the limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
+ *   destination of CS_LONG_TYPE; it is in no matrix.
+ * - toflt4, toflt8: `mnyhigh * 429496.7296 + mnylow / 10000` in doubles, for small money
+ *   `mny4 / 10000`; toflt4 rounds that to a single.
+ * - tobit: 1 for every value but zero.
+ * - tonum: To the precision and scale of the destination format, CS_USE_SRCVALUE standing for 19
+ *   and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped decimals that are not zero give
+ *   CS_CVT_TRUNCATED with the cut value stored.
+ * - tomoney, tomny4: A value beyond the range of CS_MONEY4 stores the limit that it passed, with
+ *   CS_CVT_OVERFLOW.
+ * - tochar, tovarchar: With as many decimals as the destination's precision says: 0 and negative
+ *   numbers mean 2, more than 4 mean 4; rounded, halves away from zero. There is no grouping. Text
+ *   that does not fit maxlength is cut, with CS_CVT_OVERFLOW.
+ * - tobin, tovarbin: The record's bytes; cut with CS_CVT_TRUNCATED when maxlength is smaller. */
+/**@{*/
+/** A conversion from CS_MONEY or CS_MONEY4. */
 COMN_CONVERSION(comn_moneytobit);
 COMN_CONVERSION(comn_moneytoi1);
 COMN_CONVERSION(comn_moneytoi2);
@@ -332,19 +348,20 @@ COMN_CONVERSION(comn_mny4tochar);
 COMN_CONVERSION(comn_mny4tobin);
 COMN_CONVERSION(comn_mny4tovarchar);
 COMN_CONVERSION(comn_mny4tovarbin);
+/**@}*/
 
-/*
+/** @name From binary data
  * From the binary family (bin; image is one of it) and CS_VARBINARY (varbin). A varbinary whose
  * `len` is outside 0..256 gives CS_CVT_DOMAIN, with length 0.
  *
- * tochar, tovarchar, tounichar   Two hexadecimal digits a byte, upper-case letters, no prefix. What
- *                                does not fit is cut to whole bytes, with CS_CVT_TRUNCATED.
- * tobin, tovarbin                Copied; cut with CS_CVT_TRUNCATED when the destination is smaller.
- * all others                     The bytes are the value's stored bytes. Missing ones are zero.
- *                                Surplus bytes that are not zero give CS_CVT_OVERFLOW, the leading
- *                                ones stored. A bit other than 0 and 1 and an invalid numeric give
- *                                CS_CVT_DOMAIN, with length 0.
- */
+ * - tochar, tovarchar, tounichar: Two hexadecimal digits a byte, upper-case letters, no prefix.
+ *   What does not fit is cut to whole bytes, with CS_CVT_TRUNCATED.
+ * - tobin, tovarbin: Copied; cut with CS_CVT_TRUNCATED when the destination is smaller.
+ * - all others: The bytes are the value's stored bytes. Missing ones are zero. Surplus bytes that
+ *   are not zero give CS_CVT_OVERFLOW, the leading ones stored. A bit other than 0 and 1 and an
+ *   invalid numeric give CS_CVT_DOMAIN, with length 0. */
+/**@{*/
+/** A conversion from binary data. */
 COMN_CONVERSION(comn_bintobit);
 COMN_CONVERSION(comn_bintoi1);
 COMN_CONVERSION(comn_bintoi2);
@@ -379,8 +396,9 @@ COMN_CONVERSION(comn_varbintobin);
 COMN_CONVERSION(comn_varbintovarchar);
 COMN_CONVERSION(comn_varbintovarbin);
 COMN_CONVERSION(comn_varbintounichar);
+/**@}*/
 
-/*
+/** @name From text
  * From the character family (char), CS_VARCHAR (varchar) and CS_UNICHAR (unichar). Character data
  * is in the character set of the source format's locale, else of the context's; with neither, every
  * byte is a character. A character source has a maxlength of at least 1. A varchar whose `len` is
@@ -389,35 +407,33 @@ COMN_CONVERSION(comn_varbintounichar);
  * CS_CVT_SYNTAX with length 0, and nothing is written. Digits, signs and points are recognised by
  * their ASCII form, full-width ones included. Blanks may stand around every literal but binary's.
  *
- * toi1, toi2, toi4, toi8   A sign, then digits. A value outside the range stores the limit that it
- *                          passed, with CS_CVT_OVERFLOW. Only unichartoi8 converts, to eight bytes;
- *                          chartoi8 and varchartoi8 stop the process.
- * tobit                    As toi4; 1 for every value but zero.
- * toflt4, toflt8           A decimal literal with optional point and exponent, or inf or nan; a NUL
- *                          ends the text. CS_CVT_OVERFLOW stores the largest value of the sign,
- *                          CS_CVT_UNDERFLOW zero.
- * tonum                    To the destination's precision and scale, either of which may be
- *                          CS_USE_SRCVALUE: what the text needs. Further decimals are cut, with
- *                          CS_CVT_TRUNCATED when one of them is not zero. With CS_DFMT_NULLTERM in
- *                          the source format a NUL ends the text. The length is that of the
- *                          precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE;
- *                          CS_CVT_OVERFLOW stores zero, or nothing, with length 0, when precision
- *                          or scale was to come of the text.
- * tomoney, tomny4          As money.h says of text.
- * todatetime, todate4      As datetime.h says of text. CS_CVT_OVERFLOW for a date that does not
- *                          exist or leaves the range, with length 0.
- * tobin, tovarbin          An optional "0x", then hexadecimal digits, an odd count meaning a
- *                          leading zero. Cut with CS_CVT_TRUNCATED.
- * tochar, tounichar        Copied, or converted when the character sets differ, as far as whole
- *                          characters fit; CS_CVT_TRUNCATED when not all of it does. A character
- *                          that the source itself cuts is left out. Text that fills maxlength to
- *                          the last byte loses that byte to a NUL where CS_DFMT_NULLTERM asks for
- *                          one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles single
- *                          quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination.
- *                          Between character sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE and
- *                          CS_CVT_NOXLATE. CS_CVT_FORMAT when both paddings are asked for.
- * tovarchar                The same into 256 bytes, without padding or quotes. Length 258.
- */
+ * - toi1, toi2, toi4, toi8: A sign, then digits. A value outside the range stores the limit that it
+ *   passed, with CS_CVT_OVERFLOW. Only unichartoi8 converts, to eight bytes; chartoi8 and
+ *   varchartoi8 stop the process.
+ * - tobit: As toi4; 1 for every value but zero.
+ * - toflt4, toflt8: A decimal literal with optional point and exponent, or inf or nan; a NUL ends
+ *   the text. CS_CVT_OVERFLOW stores the largest value of the sign, CS_CVT_UNDERFLOW zero.
+ * - tonum: To the destination's precision and scale, either of which may be CS_USE_SRCVALUE: what
+ *   the text needs. Further decimals are cut, with CS_CVT_TRUNCATED when one of them is not zero.
+ *   With CS_DFMT_NULLTERM in the source format a NUL ends the text. The length is that of the
+ *   precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW stores zero,
+ *   or nothing, with length 0, when precision or scale was to come of the text.
+ * - tomoney, tomny4: docs/money.md shows the text that is read. A value out of range stores the
+ * limit that it passed, with CS_CVT_OVERFLOW.
+ * - todatetime, todate4: docs/datetime.md shows the text that is read. CS_CVT_OVERFLOW for a date
+ * that does not exist or leaves the range, with length 0.
+ * - tobin, tovarbin: An optional "0x", then hexadecimal digits, an odd count meaning a leading
+ *   zero. Cut with CS_CVT_TRUNCATED.
+ * - tochar, tounichar: Copied, or converted when the character sets differ, as far as whole
+ *   characters fit; CS_CVT_TRUNCATED when not all of it does. A character that the source itself
+ *   cuts is left out. Text that fills maxlength to the last byte loses that byte to a NUL where
+ *   CS_DFMT_NULLTERM asks for one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles
+ *   single quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination. Between character
+ *   sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE and CS_CVT_NOXLATE. CS_CVT_FORMAT when both paddings
+ *   are asked for.
+ * - tovarchar: The same into 256 bytes, without padding or quotes. Length 258. */
+/**@{*/
+/** A conversion from text. */
 COMN_CONVERSION(comn_chartobit);
 COMN_CONVERSION(comn_chartoi1);
 COMN_CONVERSION(comn_chartoi2);
@@ -474,10 +490,14 @@ COMN_CONVERSION(comn_unichartounichar);
 COMN_CONVERSION(comn_unichartoi8);
 COMN_CONVERSION(comn_unichartotext);
 COMN_CONVERSION(comn_unichartoimage);
+/**@}*/
 
-/* Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the same
-   rule. Month names come out of the character set of their locale: CS_CVT_BADXLATE, CS_CVT_NOXLATE
-   and CS_MEM_ERROR, with length 0. */
+/** @name Into Unicode characters
+ * Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the
+ * same rule. Month names come out of the character set of their locale: CS_CVT_BADXLATE,
+ * CS_CVT_NOXLATE and CS_MEM_ERROR, with length 0. */
+/**@{*/
+/** A conversion into CS_UNICHAR. */
 COMN_CONVERSION(comn_i1tounichar);
 COMN_CONVERSION(comn_i2tounichar);
 COMN_CONVERSION(comn_i4tounichar);
@@ -489,6 +509,7 @@ COMN_CONVERSION(comn_date4tounichar);
 COMN_CONVERSION(comn_moneytounichar);
 COMN_CONVERSION(comn_mny4tounichar);
 COMN_CONVERSION(comn_numtounichar);
+/**@}*/
 
 #ifdef __cplusplus
 }

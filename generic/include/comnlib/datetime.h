@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Datetime values: calendar dates with a time of day, in two sizes (CS_DATETIME, CS_DATETIME4),
  * their broken-down form (CS_DATEREC), and the conversions whose source they are.
  *
@@ -20,121 +21,144 @@
 extern "C" {
 #endif
 
+/** The range of a valid CS_DATETIME. */
 enum {
-  COM_DTDAYS_MIN = -53690,  /* 1 January 1753 */
-  COM_DTDAYS_MAX = 2958463, /* 31 December 9999 */
-  COM_DTTIME_MAX = 25919999 /* the last tick of a day */
+  COM_DTDAYS_MIN = -53690,  /**< 1 January 1753 */
+  COM_DTDAYS_MAX = 2958463, /**< 31 December 9999 */
+  COM_DTTIME_MAX = 25919999 /**< the last tick of a day */
 };
 
-/* Parts of a date. In additions and differences the day of week, the day of year and the ISO
-   weekday act as days, the ISO week as week, and the week-numbering year as year. */
+/**
+ * Parts of a date. In additions and differences the day of week, the day of year and the ISO
+ * weekday act as days, the ISO week as week, and the week-numbering year as year.
+ */
 enum {
   COM_PART_YEAR = 0,
-  COM_PART_QUARTER = 1,     /* 1..4 */
-  COM_PART_MONTH = 2,       /* 1..12 */
-  COM_PART_WEEKDAY = 3,     /* 1..7, counted from the first day of the week */
-  COM_PART_DAY = 4,         /* of the month */
-  COM_PART_DAYOFYEAR = 5,   /* from 1 */
-  COM_PART_HOUR = 6,        /* 0..23 */
-  COM_PART_MINUTE = 7,      /* 0..59 */
-  COM_PART_SECOND = 8,      /* 0..59 */
-  COM_PART_MILLISECOND = 9, /* 0..999 */
-  COM_PART_WEEK = 10,       /* week 1, Sunday to Saturday, holds 1 January */
-  COM_PART_ISOYEAR = 11,    /* year of the ISO 8601 week that holds the day */
-  COM_PART_ISOWEEK = 12,    /* ISO 8601 week number */
-  COM_PART_ISOWEEKDAY = 13  /* 1 (Monday) to 7 (Sunday) */
+  COM_PART_QUARTER = 1,     /**< 1..4 */
+  COM_PART_MONTH = 2,       /**< 1..12 */
+  COM_PART_WEEKDAY = 3,     /**< 1..7, counted from the first day of the week */
+  COM_PART_DAY = 4,         /**< of the month */
+  COM_PART_DAYOFYEAR = 5,   /**< from 1 */
+  COM_PART_HOUR = 6,        /**< 0..23 */
+  COM_PART_MINUTE = 7,      /**< 0..59 */
+  COM_PART_SECOND = 8,      /**< 0..59 */
+  COM_PART_MILLISECOND = 9, /**< 0..999 */
+  COM_PART_WEEK = 10,       /**< week 1, Sunday to Saturday, holds 1 January */
+  COM_PART_ISOYEAR = 11,    /**< year of the ISO 8601 week that holds the day */
+  COM_PART_ISOWEEK = 12,    /**< ISO 8601 week number */
+  COM_PART_ISOWEEKDAY = 13  /**< 1 (Monday) to 7 (Sunday) */
 };
 
-/* Styles of datetime text; shown for 4 July 2026, 15:05:09.250. */
+/** Styles of datetime text; shown for 4 July 2026, 15:05:09.250. */
 enum {
-  COM_DATESTYLE_DEFAULT = 0, /* "Jul  4 2026  3:05PM" */
-  COM_DATESTYLE_LONG = 1,    /* "Jul  4 2026  3:05:09:250PM" */
-  COM_DATESTYLE_ISO = 2      /* "2026-07-04T15:05:09.250" */
+  COM_DATESTYLE_DEFAULT = 0, /**< "Jul  4 2026  3:05PM" */
+  COM_DATESTYLE_LONG = 1,    /**< "Jul  4 2026  3:05:09:250PM" */
+  COM_DATESTYLE_ISO = 2      /**< "2026-07-04T15:05:09.250" */
 };
 
-/* Bytes that com_datename may write. */
+/** Bytes that com_datename may write. */
 enum { COM_DATENAME_SIZE = 30 };
 
-/*
- * com_datecrack: fills dateyear, datemonth, datedmonth, datedyear and datedweek from dt->dtdays.
- * com_timecrack: fills datehour, dateminute, datesecond and datemsecond from the low 25 bits of
- * dt->dttime. Each leaves the other fields as they are; datetzone is never set. Always CS_SUCCEED.
- * Days after COM_DTDAYS_MAX go on by the same calendar; years before 1753 are all taken as 365 days
- * long. Ticks above COM_DTTIME_MAX give hours 24 to 31.
+/**
+ * Fills dateyear, datemonth, datedmonth, datedyear and datedweek from dt->dtdays, and leaves the
+ * other fields as they are. Days after COM_DTDAYS_MAX go on by the same calendar; years before 1753
+ * are all taken as 365 days long. Always CS_SUCCEED.
  */
 COMN_API CS_RETCODE com_datecrack(const CS_DATETIME* dt, CS_DATEREC* rec);
+
+/**
+ * Fills datehour, dateminute, datesecond and datemsecond from the low 25 bits of dt->dttime, and
+ * leaves the other fields as they are. Ticks above COM_DTTIME_MAX give hours 24 to 31. Always
+ * CS_SUCCEED.
+ */
 COMN_API CS_RETCODE com_timecrack(const CS_DATETIME* dt, CS_DATEREC* rec);
 
-/*
- * com_datepart: the part `part` (COM_PART_) of a datetime. `firstday` is read for COM_PART_WEEKDAY
- * alone: 0 numbers the days from Sunday (1) on, 1 from Monday, and so on to 6. A code outside
+/**
+ * The part `part` (COM_PART_) of a datetime. `firstday` is read for COM_PART_WEEKDAY alone: 0
+ * numbers the days from Sunday (1) on, 1 from Monday, and so on to 6. A code outside
  * COM_PART_YEAR..COM_PART_ISOWEEKDAY stops the process.
  */
 COMN_API CS_INT com_datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday);
 
-/*
- * com_datename: a part as text. `months` lists twelve names from January on, `days` seven from
- * Sunday on, each ending in a NUL; either list, and any name in it, may be null. COM_PART_MONTH
- * gives the month's name, COM_PART_WEEKDAY and COM_PART_ISOWEEKDAY the weekday's, every other part
- * its number in decimal. `text` has room for COM_DATENAME_SIZE bytes; longer names are cut, shorter
- * text is followed by a NUL. Returns the number of characters without the NUL; 0, with nothing
- * written, for a missing name and for a code that is no part.
+/**
+ * A part as text. `months` lists twelve names from January on, `days` seven from Sunday on, each
+ * ending in a NUL; either list, and any name in it, may be null. COM_PART_MONTH gives the month's
+ * name, COM_PART_WEEKDAY and COM_PART_ISOWEEKDAY the weekday's, every other part its number in
+ * decimal. `text` has room for COM_DATENAME_SIZE bytes; longer names are cut, shorter text is
+ * followed by a NUL. Returns the number of characters without the NUL; 0, with nothing written, for
+ * a missing name and for a code that is no part.
  */
 COMN_API CS_INT com_datename(CS_INT part, const CS_DATETIME* dt, CS_CHAR* text,
                              const CS_CHAR* const* months, const CS_CHAR* const* days);
 
-/* com_datecmp, com_date4cmp: -1, 0 or 1 as `a` is before, equal to or after `b`: the days decide
-   (signed; unsigned in the small form), then the time. */
+/**
+ * com_datecmp, com_date4cmp: -1, 0 or 1 as `a` is before, equal to or after `b`: the days decide
+ * (signed; unsigned in the small form), then the time.
+ */
+/**@{*/
 COMN_API CS_INT com_datecmp(const CS_DATETIME* a, const CS_DATETIME* b);
 COMN_API CS_INT com_date4cmp(const CS_DATETIME4* a, const CS_DATETIME4* b);
+/**@}*/
 
-/* com_datezero, com_date4zero: midnight of 1 January 1900. com_setdatetime: stores both fields
-   unchecked. Always CS_SUCCEED. */
+/** com_datezero, com_date4zero: store midnight of 1 January 1900. Always CS_SUCCEED. */
+/**@{*/
 COMN_API CS_RETCODE com_datezero(CS_DATETIME* dt);
 COMN_API CS_RETCODE com_date4zero(CS_DATETIME4* dt4);
+/**@}*/
+
+/** Stores both fields unchecked. Always CS_SUCCEED. */
 COMN_API CS_RETCODE com_setdatetime(CS_DATETIME* dt, CS_INT days, CS_INT ticks);
 
-/*
- * Between the sizes (calling rules in convert.h; lengths 8 and 4).
+/** @name Between the sizes
+ * Calling rules in convert.h; lengths 8 and 4.
+ *
  * To the same size the record is copied as it is. comn_date4todate multiplies. comn_datetodate4
  * rounds to the nearest minute, 30 seconds up, into the next day where need be; days outside the
  * small form's range, before or after rounding, and times that are none give CS_CVT_OVERFLOW with
- * nothing written and length 0.
- */
+ * nothing written and length 0. */
+/**@{*/
+/** Between the sizes. */
 COMN_CONVERSION(comn_datetodate);
 COMN_CONVERSION(comn_datetodate4);
 COMN_CONVERSION(comn_date4todate);
 COMN_CONVERSION(comn_date4todate4);
+/**@}*/
 
-/*
- * To text (calling rules in convert.h). Style, names, order of month, day and year, and the AM/PM
- * texts are those of the date information that the destination format's locale, or else the
- * context's, has loaded; without any they are US English in the default style. A small datetime is
- * formatted as the datetime of equal value. docs/datetime.md shows every form. Text that does not
- * fit becomes "*" by the rule of the number conversions, with CS_CVT_OVERFLOW; other results are
- * those of padding. CS_CVT_STYLE when the style is none of COM_DATESTYLE_, or a name it needs is
- * empty or too long; CS_CVT_DOMAIN when the value is no date and time that exists: nothing is
- * written then and the length is 0 (for a varchar the length is 258 and `len` is 0).
- */
+/** @name Datetimes to text
+ * Calling rules in convert.h. Style, names, order of month, day and year, and the AM/PM texts are
+ * those of the date information that the destination format's locale, or else the context's, has
+ * loaded; without any they are US English in the default style. A small datetime is formatted as
+ * the datetime of equal value. docs/datetime.md shows every form. Text that does not fit becomes
+ * "*" by the rule of the number conversions, with CS_CVT_OVERFLOW; other results are those of
+ * padding. CS_CVT_STYLE when the style is none of COM_DATESTYLE_, or a name it needs is empty or
+ * too long; CS_CVT_DOMAIN when the value is no date and time that exists: nothing is
+ * written then and the length is 0 (for a varchar the length is 258 and `len` is 0). */
+/**@{*/
+/** From a datetime to text. */
 COMN_CONVERSION(comn_datetochar);
 COMN_CONVERSION(comn_datetovarchar);
 COMN_CONVERSION(comn_date4tochar);
 COMN_CONVERSION(comn_date4tovarchar);
+/**@}*/
 
-/*
- * comn_get_datetochar_fmt: the style in which the same call of the text routine for srcfmt's
- * datatype (either size) into destfmt (character, varchar or Unicode character) would format. It is
- * stored as a CS_INT at `dest` whatever destfmt->maxlength says; the length is 4. Only the locales
- * are looked at. CS_SUCCEED, or CS_CVT_STYLE when the number stored is none of COM_DATESTYLE_.
+/**
+ * The style in which the same call of the text routine for srcfmt's datatype (either size) into
+ * destfmt (character, varchar or Unicode character) would format. It is stored as a CS_INT at
+ * `dest` whatever destfmt->maxlength says; the length is 4. Only the locales are looked at.
+ * CS_SUCCEED, or CS_CVT_STYLE when the number stored is none of COM_DATESTYLE_.
  */
 COMN_CONVERSION(comn_get_datetochar_fmt);
 
-/* The bytes of the record, by the rules of comn_fixedtobin and comn_fixedtovarbin. The default
-   matrix holds the varbinary routines only. */
+/** @name Datetimes to binary data
+ * The bytes of the record, by the rules of comn_fixedtobin and comn_fixedtovarbin. The default
+ * matrix holds the varbinary routines only. */
+/**@{*/
+/** From a datetime to binary data. */
 COMN_CONVERSION(comn_datetobin);
 COMN_CONVERSION(comn_datetovarbin);
 COMN_CONVERSION(comn_date4tobin);
 COMN_CONVERSION(comn_date4tovarbin);
+/**@}*/
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The list manager: keyed collections of five kinds behind one handle and one operation call.
  *
  * A list context owns its handles and the defaults of new ones. An element is a pair of caller
@@ -21,28 +22,28 @@
 extern "C" {
 #endif
 
-/* No element: an absent key, no cursor where one is needed, the end of a walk, an empty queue. */
+/** No element: an absent key, no cursor where one is needed, the end of a walk, an empty queue. */
 enum { LM_NOTFOUND = 34 };
 
-/* States. */
+/** States. */
 enum {
   LM_STATE_BUILDING = 11,
   LM_STATE_DROPPED = 12,
-  LM_STATE_READY = 13,  /* of a slot: empty */
-  LM_STATE_POOLED = 14, /* a node parked in its handle's free-node pool */
-  LM_STATE_IN_USE = 16  /* a node or slot that holds an element */
+  LM_STATE_READY = 13,  /**< of a slot: empty */
+  LM_STATE_POOLED = 14, /**< a node parked in its handle's free-node pool */
+  LM_STATE_IN_USE = 16  /**< a node or slot that holds an element */
 };
 
-/* List types. 15 is none and stops the process; allocating a list of type 17 gives CS_FAIL. */
+/** List types. 15 is none and stops the process; allocating a list of type 17 gives CS_FAIL. */
 enum {
-  LM_DLINK = 13, /* doubly linked list */
-  LM_CHASH = 14, /* hash table of chains */
-  LM_DHASH = 16, /* open-addressing hash table of fixed capacity */
+  LM_DLINK = 13, /**< doubly linked list */
+  LM_CHASH = 14, /**< hash table of chains */
+  LM_DHASH = 16, /**< open-addressing hash table of fixed capacity */
   LM_QUEUE = 18,
   LM_STACK = 19
 };
 
-/* Operations of lm_list_op; see there. */
+/** Operations of lm_list_op; see there. */
 enum {
   LM_OP_INSERT = 20,
   LM_OP_DELETE = 21,
@@ -60,7 +61,7 @@ enum {
   LM_OP_INSERT_AFTER = 33
 };
 
-/* Properties of a handle (lm_list_prop). */
+/** Properties of a handle (lm_list_prop). */
 enum {
   LM_PROP_LIST_TYPE = 1,
   LM_PROP_MAX_TABLESIZE = 2,
@@ -72,7 +73,9 @@ enum {
   LM_PROP_COMP_FUNC = 12
 };
 
-/* Properties of a context (lm_property); 1 to 3 are those of a handle: the defaults of new ones. */
+/**
+ * Properties of a context (lm_property); 1 to 3 are those of a handle: the defaults of new ones.
+ */
 enum {
   LM_CTX_LIST_TYPE = 1,
   LM_CTX_MAX_TABLESIZE = 2,
@@ -83,7 +86,7 @@ enum {
   LM_CTX_CUR_HANDLEADDR = 7
 };
 
-/* What a new context begins with. */
+/** What a new context begins with. */
 enum {
   LM_MIN_VERSION = 1100,
   LM_DEFAULT_LIST_TYPE = LM_DLINK,
@@ -94,158 +97,158 @@ enum {
 typedef struct _lmcontext LM_CONTEXT;
 typedef struct _lmhandle LM_HANDLE;
 
-/* Prints one element's data; 0 stops the walk. It must not change the list. */
+/** Prints one element's data; 0 stops the walk. It must not change the list. */
 typedef CS_RETCODE (*LM_PRINT_FUNC)(CS_VOID* data);
-/* Compares an element's key with a sought key of key_size bytes; 0 is equal. */
+/** Compares an element's key with a sought key of key_size bytes; 0 is equal. */
 typedef CS_INT (*LM_COMP_FUNC)(const CS_VOID* element_key, const CS_VOID* key, CS_INT key_size);
-/* Maps a key to 0..table_size - 1 (home address) or to 1..table_size - 1 (increment). */
+/** Maps a key to 0..table_size - 1 (home address) or to 1..table_size - 1 (increment). */
 typedef CS_INT (*LM_HASH_FUNC)(const CS_VOID* key, CS_INT key_size, CS_INT table_size);
 
-/* Element of a linked list, queue, stack or chain. */
+/** Element of a linked list, queue, stack or chain. */
 typedef struct _dlinknode {
-  CS_INT state;
-  CS_VOID* key;
-  CS_INT key_size;
-  CS_VOID* data;
-  struct _dlinknode* previous;
-  struct _dlinknode* next;
+  CS_INT state;                /**< LM_STATE_ */
+  CS_VOID* key;                /**< the caller's, or null */
+  CS_INT key_size;             /**< bytes at key */
+  CS_VOID* data;               /**< the caller's */
+  struct _dlinknode* previous; /**< towards the head */
+  struct _dlinknode* next;     /**< towards the tail; of a pooled node the next free one */
 } DLinkNode;
 
-/* Slot of an open-addressing table. */
+/** Slot of an open-addressing table. */
 typedef struct _lhashnode {
-  CS_INT state;
-  CS_VOID* key;
-  CS_INT key_size;
-  CS_VOID* data;
-  struct _lhashnode* next; /* not used: the slots are one array */
+  CS_INT state;            /**< LM_STATE_ */
+  CS_VOID* key;            /**< the caller's */
+  CS_INT key_size;         /**< bytes at key */
+  CS_VOID* data;           /**< the caller's */
+  struct _lhashnode* next; /**< not used: the slots are one array */
 } LHashNode;
 
-/* list_state of a linked list, queue or stack. */
+/** list_state of a linked list, queue or stack. */
 typedef struct _dlinkinfo {
-  CS_INT state;
-  DLinkNode* head;
-  DLinkNode* tail;
+  CS_INT state;    /**< LM_STATE_ */
+  DLinkNode* head; /**< first element, or null */
+  DLinkNode* tail; /**< last element, or null */
 } DLinkInfo;
 
-/* list_state of a chained hash table. */
+/** list_state of a chained hash table. */
 typedef struct _chashinfo {
-  CS_INT state;
-  DLinkNode** table; /* table_size heads of chains */
-  CS_INT table_size;
-  LM_HASH_FUNC home_addr_hfunc;
+  CS_INT state;                 /**< LM_STATE_ */
+  DLinkNode** table;            /**< table_size heads of chains */
+  CS_INT table_size;            /**< number of chains */
+  LM_HASH_FUNC home_addr_hfunc; /**< a key's chain */
 } CHashInfo;
 
-/* list_state of an open-addressing table. */
+/** list_state of an open-addressing table. */
 typedef struct _dhashinfo {
-  CS_INT state;
-  LHashNode* table; /* table_size slots */
-  CS_INT table_size;
-  LM_HASH_FUNC home_addr_hfunc;
-  LM_HASH_FUNC incr_hfunc;
+  CS_INT state;                 /**< LM_STATE_ */
+  LHashNode* table;             /**< table_size slots */
+  CS_INT table_size;            /**< number of slots */
+  LM_HASH_FUNC home_addr_hfunc; /**< a key's home address */
+  LM_HASH_FUNC incr_hfunc;      /**< a key's increment */
 } DHashInfo;
 
+/** The properties of a list context. */
 typedef struct _lmcxtprop {
-  CS_INT state;
-  CS_INT list_type;
-  CS_INT max_tablesize;
-  CS_INT max_poolsize;
-  CS_INT version;
-  CS_INT context_load;       /* live handles */
-  CS_CHAR* cur_handlename;   /* the current handle's own name */
-  LM_HANDLE* cur_handleaddr; /* the newest handle; null once that is dropped */
+  CS_INT state;              /**< LM_STATE_ */
+  CS_INT list_type;          /**< default of new lists */
+  CS_INT max_tablesize;      /**< default of new hash tables */
+  CS_INT max_poolsize;       /**< default of new lists */
+  CS_INT version;            /**< as given to lm_initlm */
+  CS_INT context_load;       /**< live handles */
+  CS_CHAR* cur_handlename;   /**< the current handle's own name */
+  LM_HANDLE* cur_handleaddr; /**< the newest handle; null once that is dropped */
 } LmCxtProp;
 
+/** A list context. */
 struct _lmcontext {
-  CS_INT state;
-  CS_CHAR* context_name; /* owned copy */
-  CS_INT length;
-  CS_BOOL lmchkparam; /* parameters are checked on every call, whatever stands here; 0 at first */
-  LmCxtProp* cxtprop;
-  LM_HANDLE* first_handle; /* newest first */
+  CS_INT state;          /**< LM_STATE_ */
+  CS_CHAR* context_name; /**< owned copy */
+  CS_INT length;         /**< of the name */
+  CS_BOOL lmchkparam; /**< parameters are checked on every call, whatever stands here; 0 at first */
+  LmCxtProp* cxtprop; /**< owned */
+  LM_HANDLE* first_handle; /**< newest first */
 };
 
+/** The properties of a handle. */
 typedef struct _lmhdlprop {
-  CS_INT state;
-  CS_INT list_type;
-  CS_INT max_tablesize;
-  CS_INT max_poolsize;
-  CS_INT handle_load; /* elements */
-  LM_CONTEXT* context;
-  CS_CHAR* handle_name; /* owned copy */
-  CS_INT length;
-  LM_PRINT_FUNC print_func;
-  LM_COMP_FUNC comp_func;
+  CS_INT state;             /**< LM_STATE_ */
+  CS_INT list_type;         /**< LM_DLINK and so on */
+  CS_INT max_tablesize;     /**< chains or slots of a hash table */
+  CS_INT max_poolsize;      /**< free nodes that are kept at most */
+  CS_INT handle_load;       /**< elements */
+  LM_CONTEXT* context;      /**< to which the handle belongs */
+  CS_CHAR* handle_name;     /**< owned copy */
+  CS_INT length;            /**< of the name */
+  LM_PRINT_FUNC print_func; /**< the host's, or null */
+  LM_COMP_FUNC comp_func;   /**< the host's, or null */
 } LmHdlProp;
 
+/** A list. */
 struct _lmhandle {
-  CS_INT state;
-  LmHdlProp* hdlprop;
-  CS_VOID* list_state; /* DLinkInfo, CHashInfo or DHashInfo */
-  DLinkNode* free_DLN_list;
-  CS_INT free_nodes;
-  CS_VOID* cur_ptr; /* cursor: DLinkNode or LHashNode, or null */
-  LM_HANDLE* next;
+  CS_INT state;             /**< LM_STATE_ */
+  LmHdlProp* hdlprop;       /**< owned */
+  CS_VOID* list_state;      /**< DLinkInfo, CHashInfo or DHashInfo */
+  DLinkNode* free_DLN_list; /**< the free-node pool */
+  CS_INT free_nodes;        /**< nodes in it */
+  CS_VOID* cur_ptr;         /**< cursor: DLinkNode or LHashNode, or null */
+  LM_HANDLE* next;          /**< in the context's list */
 };
 
-/*
- * lm_initlm: makes a list context with the defaults above. `version` below LM_MIN_VERSION stops the
- * process. The name is copied: `namelen` bytes, or with CS_NULLTERM the text and its NUL.
- * CS_SUCCEED; CS_MEM_ERROR, with nothing allocated.
+/**
+ * Makes a list context with the defaults above. `version` below LM_MIN_VERSION stops the process.
+ * The name is copied: `namelen` bytes, or with CS_NULLTERM the text and its NUL. CS_SUCCEED;
+ * CS_MEM_ERROR, with nothing allocated.
  */
 COMN_API CS_RETCODE lm_initlm(CS_INT version, const CS_CHAR* name, CS_INT namelen,
                               LM_CONTEXT** context_out);
 
-/* lm_exit: drops the context's handles and then the context. CS_SUCCEED. */
+/** Drops the context's handles and then the context. CS_SUCCEED. */
 COMN_API CS_RETCODE lm_exit(LM_CONTEXT* context);
 
-/*
- * lm_list_alloc: makes an empty list, which becomes the context's newest and current handle.
- * `list_type` CS_UNUSED takes the context's; so do table size and, but for LM_DHASH, pool size. An
- * LM_CHASH with a pool size above 0 begins with that many free nodes. The name is copied as by
- * lm_initlm.
+/**
+ * Makes an empty list, which becomes the context's newest and current handle. `list_type` CS_UNUSED
+ * takes the context's; so do table size and, but for LM_DHASH, pool size. An LM_CHASH with a pool
+ * size above 0 begins with that many free nodes. The name is copied as by lm_initlm.
  * CS_SUCCEED; CS_FAIL for a null context and for type 17; CS_MEM_ERROR, with nothing allocated. Any
  * other type that is none, and a hash table of a size below 1, stop the process.
  */
 COMN_API CS_RETCODE lm_list_alloc(LM_CONTEXT* context, CS_INT list_type, const CS_CHAR* name,
                                   CS_INT namelen, LM_HANDLE** handle_out);
 
-/* lm_list_drop: frees the list with its nodes and takes it off its context; elements' keys and data
-   stay the caller's. CS_SUCCEED. */
+/**
+ * Frees the list with its nodes and takes it off its context; elements' keys and data stay the
+ * caller's. CS_SUCCEED.
+ */
 COMN_API CS_RETCODE lm_list_drop(LM_HANDLE* handle);
 
-/*
- * lm_list_op: one operation. A key is given when `key` is not null and `key_size`, in bytes, is not
- * CS_UNUSED; any other negative size stops the process. "Returns the data": `data_inout`, when not
- * null, is the address of a CS_VOID* that receives the element's data, and `outlen`, when not null,
- * receives 4. A call that does not return CS_SUCCEED stores nothing.
+/**
+ * One operation. A key is given when `key` is not null and `key_size`, in bytes, is not CS_UNUSED;
+ * any other negative size stops the process. "Returns the data": `data_inout`, when not null, is
+ * the address of a CS_VOID* that receives the element's data, and `outlen`, when not null, receives
+ * 4. A call that does not return CS_SUCCEED stores nothing.
  *
- *   LM_OP_INSERT     adds key and `data_inout`, the data itself: at the tail of a list or queue, at
- *                    the head of a stack, at the key's place in a table (which needs a key).
- *                    CS_MEM_ERROR; CS_FAIL when an LM_DHASH is full.
- *   LM_OP_DELETE     removes the key's element, or the cursor's when no key is given; a queue or
- *                    stack ignores the key and removes its head. Returns the data.
- *   LM_OP_FIND       makes the key's element the cursor and returns the data; without a key returns
- *                    the cursor's.
- *   LM_OP_REPLACE    `data_inout` becomes the data of the key's element, which becomes the cursor,
- *                    or of the cursor's.
- *   LM_OP_FIRST, LM_OP_LAST
- *                    makes head or tail the cursor, returns the data.
- *   LM_OP_NEXT, LM_OP_PREVIOUS
- *                    moves the cursor and returns the data; without a cursor the same as
- *                    LM_OP_FIRST, LM_OP_LAST. At the end the cursor stays.
- *   LM_OP_NONE       CS_SUCCEED, nothing changes.
- *   LM_OP_PRINT      hands the data of the key's element, which becomes the cursor, or of the
- *                    cursor's to the handle's print function (CS_FAIL when it has none); without a
- *                    cursor prints "\nNULL\n".
- *   LM_OP_PRINT_ALL  for each chain prints "\nKeys:\n", the keys as text, one a line, "\nData:\n"
- *                    and, through the handle's print function (CS_FAIL when it has none), the data;
- *                    or "\n***Chain empty***\n". All kinds but LM_CHASH are one chain. A key ends
- *                    at a NUL.
- *   LM_OP_PRINT_DATA hands every element's data, from head to tail or by ascending table index, to
- *                    the LM_PRINT_FUNC passed as `data_inout` itself.
- *   LM_OP_INSERT_BEFORE, LM_OP_INSERT_AFTER
- *                    as LM_OP_INSERT, beside the cursor, which stays; without a cursor at head,
- *                    tail. LM_DLINK only.
+ * - LM_OP_INSERT: adds key and `data_inout`, the data itself: at the tail of a list or queue, at
+ *   the head of a stack, at the key's place in a table (which needs a key). CS_MEM_ERROR; CS_FAIL
+ *   when an LM_DHASH is full.
+ * - LM_OP_DELETE: removes the key's element, or the cursor's when no key is given; a queue or stack
+ *   ignores the key and removes its head. Returns the data.
+ * - LM_OP_FIND: makes the key's element the cursor and returns the data; without a key returns the
+ *   cursor's.
+ * - LM_OP_REPLACE: `data_inout` becomes the data of the key's element, which becomes the cursor, or
+ *   of the cursor's.
+ * - LM_OP_FIRST, LM_OP_LAST: makes head or tail the cursor, returns the data.
+ * - LM_OP_NEXT, LM_OP_PREVIOUS: moves the cursor and returns the data; without a cursor the same as
+ *   LM_OP_FIRST, LM_OP_LAST. At the end the cursor stays.
+ * - LM_OP_NONE: CS_SUCCEED, nothing changes.
+ * - LM_OP_PRINT: hands the data of the key's element, which becomes the cursor, or of the cursor's
+ *   to the handle's print function (CS_FAIL when it has none); without a cursor prints `\nNULL\n`.
+ * - LM_OP_PRINT_ALL: for each chain prints `\nKeys:\n`, the keys as text, one a line, `\nData:\n`
+ *   and, through the handle's print function (CS_FAIL when it has none), the data; or
+ *   `\n***Chain empty***\n`. All kinds but LM_CHASH are one chain. A key ends at a NUL.
+ * - LM_OP_PRINT_DATA: hands every element's data, from head to tail or by ascending table index, to
+ *   the LM_PRINT_FUNC passed as `data_inout` itself.
+ * - LM_OP_INSERT_BEFORE, LM_OP_INSERT_AFTER: as LM_OP_INSERT, beside the cursor, which stays;
+ *   without a cursor at head, tail. LM_DLINK only.
  *
  * A table has no order: LM_OP_FIRST, _LAST, _NEXT and _PREVIOUS stop the process on LM_CHASH and
  * LM_DHASH; any operation that a kind lacks does.
@@ -262,7 +265,7 @@ COMN_API CS_RETCODE lm_list_drop(LM_HANDLE* handle);
 COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key, CS_INT key_size,
                                CS_VOID* data_inout, CS_INT* outlen);
 
-/*
+/**
  * lm_list_prop, lm_property: get (CS_GET), set (CS_SET) or reset to the default (CS_CLEAR; `buffer`
  * and `buflen` are not looked at) a property of a handle or a context. Integers and addresses are
  * read and written at `buffer`; a function to set is passed as `buffer` itself, and stored at
@@ -275,14 +278,16 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
  * for the rest. An unknown property or action stops the process.
  *
  * A new table size rebuilds a hash table: CS_FAIL for the other kinds and when an LM_DHASH holds
- * more elements; CS_MEM_ERROR. On a failure the table is as it was; any other size below 1
- * stops the process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH
- * it stays 0.
+ * more elements; CS_MEM_ERROR. On a failure the table is as it was; any other size below 1 stops
+ * the process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH it
+ * stays 0.
  */
+/**@{*/
 COMN_API CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,
                                  CS_INT buflen, CS_INT* outlen);
 COMN_API CS_RETCODE lm_property(LM_CONTEXT* context, CS_INT action, CS_INT property,
                                 CS_VOID* buffer, CS_INT buflen, CS_INT* outlen);
+/**@}*/
 
 COMN_STATIC_ASSERT(sizeof(DLinkNode) == 24);
 COMN_STATIC_ASSERT(sizeof(LHashNode) == 20);

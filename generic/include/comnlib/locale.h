@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Localization: the files below the localization home, the locales of a context, and the records
  * that describe them.
  *
@@ -34,7 +35,7 @@
 extern "C" {
 #endif
 
-/* Categories of a locale, in the order of its pointers. */
+/** Categories of a locale, in the order of its pointers. */
 enum {
   COM_LC_COLLATE = 1,
   COM_LC_CTYPE = 2,
@@ -42,155 +43,168 @@ enum {
   COM_LC_MONETARY = 4,
   COM_LC_NUMERIC = 5,
   COM_LC_TIME = 6,
-  COM_LC_ALL = 7 /* com_intl_envloc alone */
+  COM_LC_ALL = 7 /**< com_intl_envloc alone */
 };
 
-/* Items of com_intl_getstr. */
+/** Items of com_intl_getstr. */
 enum {
   COM_LOC_CHARSET = 1,
   COM_LOC_LANGUAGE = 2,
   COM_LOC_SORTORDER = 3,
-  COM_LOC_LANGCHARSET = 4 /* language "." character set */
+  COM_LOC_LANGCHARSET = 4 /**< language "." character set */
 };
 
-/* Levels of com_intl_loccmp. */
+/** Levels of com_intl_loccmp. */
 enum { COM_LOCCMP_CHARSET = 1, COM_LOCCMP_MESSAGE = 2, COM_LOCCMP_SORTORDER = 3 };
 
-/* Sizes of the contract. */
+/** Sizes of the contract. */
 enum {
-  COM_LOC_NAMESIZE = 256, /* a value of locales.dat with its NUL */
-  COM_NUV_ROOM = 513      /* bytes that com_path_cfgfile may need beyond its buffer length */
+  COM_LOC_NAMESIZE = 256, /**< a value of locales.dat with its NUL */
+  COM_NUV_ROOM = 513      /**< bytes that com_path_cfgfile may need beyond its buffer length */
 };
 
-typedef CS_INT CsOid; /* global object identifier, from config/objectid.dat */
-typedef struct _cssortorder CsSortOrder;
-typedef struct _csmessage CsMessage;
-typedef struct _csdateinfo CsDateInfo;
-typedef struct _csnuminfo CsNumInfo;
-typedef struct _csmoninfo CsMonInfo;
-typedef struct _csconvconfig CsConvConfig;
+typedef CS_INT CsOid;                    /**< global object identifier, from config/objectid.dat */
+typedef struct _cssortorder CsSortOrder; /**< a sort order; opaque, like those below */
+typedef struct _csmessage CsMessage;     /**< the messages of a language */
+typedef struct _csdateinfo CsDateInfo;   /**< date and time conventions */
+typedef struct _csnuminfo CsNumInfo;     /**< number conventions */
+typedef struct _csmoninfo CsMonInfo;     /**< money conventions */
+typedef struct _csconvconfig CsConvConfig; /**< the conversions of a character set */
 
-/* A character set that the context has loaded. */
+/** A character set that the context has loaded. */
 typedef struct _cschardesc {
-  CsOid oid;                       /* key of the list */
-  struct char_attrib* char_attrib; /* owned, with its maps */
-  CsSortOrder* sort_order;         /* shared, or null */
-  CsConvConfig* conv_config;       /* owned */
-  struct _cschardesc* charnext;
+  CsOid oid;                       /**< key of the list */
+  struct char_attrib* char_attrib; /**< owned, with its maps */
+  CsSortOrder* sort_order;         /**< shared, or null */
+  CsConvConfig* conv_config;       /**< owned */
+  struct _cschardesc* charnext;    /**< in the context's list */
 } CsCharDesc;
 
-/* What was loaded under one locale name. The names are owned copies that end in a NUL; everything
-   else is shared and stays until the context's drop routines. */
+/**
+ * What was loaded under one locale name. The names are owned copies that end in a NUL; everything
+ * else is shared and stays until the context's drop routines.
+ */
 typedef struct _csloccache {
-  CS_CHAR* locname;
-  CS_INT locnamelen;
-  CS_CHAR* charname;
-  CS_INT charnamelen;
-  CsCharDesc* locchardesc;
-  CS_CHAR* sortname;
-  CS_INT sortnamelen;
-  CsSortOrder* locsortorder;
-  CS_CHAR* langname;
-  CS_INT langnamelen;
-  CsMessage* locmessage;
-  CS_CHAR* com__datename;
-  CS_INT datenamelen;
-  CsDateInfo* locdateinfo;
-  CS_CHAR* numname;
-  CS_INT numnamelen;
-  CsNumInfo* locnuminfo;
-  CS_CHAR* monname;
-  CS_INT monnamelen;
-  CsMonInfo* locmoninfo;
-  struct _csloccache* locnext;
+  CS_CHAR* locname;            /**< locale name */
+  CS_INT locnamelen;           /**< its length */
+  CS_CHAR* charname;           /**< character set */
+  CS_INT charnamelen;          /**< length of its name */
+  CsCharDesc* locchardesc;     /**< the character set */
+  CS_CHAR* sortname;           /**< sort order */
+  CS_INT sortnamelen;          /**< length of its name */
+  CsSortOrder* locsortorder;   /**< the sort order, or null */
+  CS_CHAR* langname;           /**< language */
+  CS_INT langnamelen;          /**< length of its name */
+  CsMessage* locmessage;       /**< its messages */
+  CS_CHAR* com__datename;      /**< date/time conventions, or null */
+  CS_INT datenamelen;          /**< length of their name */
+  CsDateInfo* locdateinfo;     /**< the conventions; null when locales.dat names them */
+  CS_CHAR* numname;            /**< number conventions, or null */
+  CS_INT numnamelen;           /**< length of their name */
+  CsNumInfo* locnuminfo;       /**< the conventions; null as locdateinfo */
+  CS_CHAR* monname;            /**< money conventions, or null */
+  CS_INT monnamelen;           /**< length of their name */
+  CsMonInfo* locmoninfo;       /**< the conventions, or null */
+  struct _csloccache* locnext; /**< in the context's list */
 } CsLocCache;
 
-/* A locale: one cache entry a category, none of them owned. */
+/** A locale: one cache entry a category, none of them owned. */
 struct _cslocale {
-  CsLocCache* collateptr;
-  CsLocCache* ctypeptr;
-  CsLocCache* messageptr;
-  CsLocCache* monetaryptr;
-  CsLocCache* numericptr;
-  CsLocCache* timeptr;
-  CS_LOCALE* next; /* in the context's list */
+  CsLocCache* collateptr;  /**< category COM_LC_COLLATE */
+  CsLocCache* ctypeptr;    /**< category COM_LC_CTYPE */
+  CsLocCache* messageptr;  /**< category COM_LC_MESSAGE */
+  CsLocCache* monetaryptr; /**< category COM_LC_MONETARY */
+  CsLocCache* numericptr;  /**< category COM_LC_NUMERIC */
+  CsLocCache* timeptr;     /**< category COM_LC_TIME */
+  CS_LOCALE* next;         /**< in the context's list */
 };
 
-/* What locales.dat says of one locale name: NUL-terminated values with their lengths; 0: none. */
+/** What locales.dat says of one locale name: NUL-terminated values with their lengths; 0: none. */
 typedef struct _cslocnames {
-  CS_CHAR charset[COM_LOC_NAMESIZE];
-  CS_INT charsetlen;
-  CS_CHAR lang[COM_LOC_NAMESIZE];
-  CS_INT langlen;
-  CS_CHAR sortorder[COM_LOC_NAMESIZE];
-  CS_INT sortorderlen;
-  CS_CHAR datetime[COM_LOC_NAMESIZE];
-  CS_INT datetimelen;
-  CS_CHAR numeric[COM_LOC_NAMESIZE];
-  CS_INT numericlen;
-  CS_CHAR money[COM_LOC_NAMESIZE];
-  CS_INT moneylen;
+  CS_CHAR charset[COM_LOC_NAMESIZE];   /**< character set */
+  CS_INT charsetlen;                   /**< its length */
+  CS_CHAR lang[COM_LOC_NAMESIZE];      /**< language */
+  CS_INT langlen;                      /**< its length */
+  CS_CHAR sortorder[COM_LOC_NAMESIZE]; /**< sort order */
+  CS_INT sortorderlen;                 /**< its length */
+  CS_CHAR datetime[COM_LOC_NAMESIZE];  /**< date/time conventions */
+  CS_INT datetimelen;                  /**< their name's length */
+  CS_CHAR numeric[COM_LOC_NAMESIZE];   /**< number conventions */
+  CS_INT numericlen;                   /**< their name's length */
+  CS_CHAR money[COM_LOC_NAMESIZE];     /**< money conventions */
+  CS_INT moneylen;                     /**< their name's length */
 } CsLocNames;
 
-/* The localization globals of a context. The host makes the record zero-filled and sets cmg_mtx;
-   all other fields are the library's. */
+/**
+ * The localization globals of a context. The host makes the record zero-filled and sets cmg_mtx;
+ * all other fields are the library's.
+ */
 struct _csctxglobals {
-  CsLocCache* cmg_lcache; /* loaded locales, newest first; guarded by cmg_mtx */
-  CS_LOCALE* cmg_locale;  /* allocated locale records; guarded by cmg_mtx */
-  COMN_MUTEX* cmg_mtx;
-  CsCharDesc* utf8_charset; /* not null once comn_intl_init has succeeded */
-  LM_CONTEXT* lm;
-  CsOid ucs2_oid;
-  CS_INT cmg_count; /* the host's */
-  CsCharDesc* cmg_chardesc;
-  CsDateInfo* cmg_datetime;
-  CsMonInfo* cmg_money;
-  CsNumInfo* cmg_numeric;
-  CsMessage* cmg_message;
-  CS_VOID* mnem_db; /* not used, as is max_mnem_strlen */
-  CS_INT max_mnem_strlen;
-  CS_VOID* ctxoids; /* object identifiers, sort orders and conversion tables */
+  CsLocCache* cmg_lcache; /**< loaded locales, newest first; guarded by cmg_mtx */
+  CS_LOCALE* cmg_locale;  /**< allocated locale records; guarded by cmg_mtx */
+  COMN_MUTEX* cmg_mtx;    /**< the host's: made before comn_intl_init, deleted after comn_lm_exit */
+  CsCharDesc* utf8_charset; /**< not null once comn_intl_init has succeeded */
+  LM_CONTEXT* lm;           /**< the library's lists of this context */
+  CsOid ucs2_oid;           /**< identifier of the character set ucs2 */
+  CS_INT cmg_count;         /**< the host's */
+  CsCharDesc* cmg_chardesc; /**< loaded character sets */
+  CsDateInfo* cmg_datetime; /**< loaded date and time conventions */
+  CsMonInfo* cmg_money;     /**< loaded money conventions */
+  CsNumInfo* cmg_numeric;   /**< loaded number conventions */
+  CsMessage* cmg_message;   /**< loaded messages */
+  CS_VOID* mnem_db;         /**< not used */
+  CS_INT max_mnem_strlen;   /**< not used */
+  CS_VOID* ctxoids;         /**< object identifiers, sort orders and conversion tables */
 };
 
-/*
- * Paths below the localization home. Each builder begins with the home as intl_home gives it; a
- * home longer than `buflen` stops the process. CS_FAIL when a piece does not fit: the buffer then
- * holds what stands before it. A path of exactly `buflen` bytes fits; its NUL is written when there
- * is room.
- * com_path_anyfile: home/name.  com_path_ifile: home/interfaces.
- * com_path_cfgfile: home/config/name; with `use_nuv`, home/VALUE/config/name where VALUE is that of
- *   the environment variable TALVEN_NUV (none when it is unset or longer than 512 bytes). "/VALUE"
- *   is neither checked against nor counted in `buflen`: `buf` has COM_NUV_ROOM bytes more.
- */
+/** @name Paths below the localization home
+ * Each builder begins with the home as intl_home gives it; a home longer than `buflen` stops the
+ * process. CS_FAIL when a piece does not fit: the buffer then holds what stands before it. A path
+ * of exactly `buflen` bytes fits; its NUL is written when there is room. CS_INTL_LIBERR when
+ * there is no home. */
+/**@{*/
+/** HOME/name. */
 COMN_API CS_RETCODE com_path_anyfile(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen,
                                      const CS_CHAR* name, CS_INT namelen);
+
+/** HOME/interfaces. */
 COMN_API CS_RETCODE com_path_ifile(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen);
+
+/**
+ * HOME/config/name; with `use_nuv` HOME/VALUE/config/name, where VALUE is that of the environment
+ * variable TALVEN_NUV (none when it is unset or longer than 512 bytes). "/VALUE" is neither checked
+ * against nor counted in `buflen`: `buf` has COM_NUV_ROOM bytes more.
+ */
 COMN_API CS_RETCODE com_path_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, CS_CHAR* buf,
                                      CS_INT buflen, CS_BOOL use_nuv);
+/**@}*/
 
-/*
- * com_intl_envloc: the locale name that the environment gives for a category (1 to 7): the value of
- * LC_COLLATE, LC_CTYPE, LC_MESSAGE (singular), LC_MONETARY, LC_NUMERIC, LC_TIME or LC_ALL, in that
- * order of numbers, else of LANG, else "default" (cut to fit). NUL-terminated. LC_ALL counts for
- * category 7 alone. CS_INTL_LIBERR when a value does not fit.
+/**
+ * The locale name that the environment gives for a category (1 to 7): the value of LC_COLLATE,
+ * LC_CTYPE, LC_MESSAGE (singular), LC_MONETARY, LC_NUMERIC, LC_TIME or LC_ALL, in that order of
+ * numbers, else of LANG, else "default" (cut to fit). NUL-terminated. LC_ALL counts for category 7
+ * alone. CS_INTL_LIBERR when a value does not fit.
  */
 COMN_API CS_RETCODE com_intl_envloc(CS_CONTEXT* ctx, CS_INT category, CS_CHAR* dst, CS_INT dstlen);
 
-/*
- * comn_intl_init: loads what every context needs: the character set utf8, the sort order binary,
- * the identifier of ucs2, the list manager and the table of built-in conversion algorithms. A
- * context that has them succeeds at once; one whose call failed may call again.
+/**
+ * Loads what every context needs: the character set utf8, the sort order binary, the identifier of
+ * ucs2, the list manager and the table of built-in conversion algorithms. A context that has them
+ * succeeds at once; one whose call failed may call again.
  */
 COMN_API CS_RETCODE comn_intl_init(CS_CONTEXT* ctx, CS_CHAR* errbuf, CS_INT errlen);
 
-/*
- * comn_intl_load: the cache entry of a locale name, loaded on first use. A failed load leaves the
- * cache as it was and `entry` alone; CS_FAIL also when locales.dat does not hold the name.
- * comn_intl_load_tlvtypes: the same with character set, language and sort order given by the caller
- * and the conventions of their common.loc; a name that is loaded already is handed back as it is.
+/**
+ * The cache entry of a locale name, loaded on first use. A failed load leaves the cache as it was
+ * and `entry` alone; CS_FAIL also when locales.dat does not hold the name.
  */
 COMN_API CS_RETCODE comn_intl_load(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_INT locnamelen,
                                    CsLocCache** entry, CS_CHAR* errbuf, CS_INT errlen);
+
+/**
+ * comn_intl_load with character set, language and sort order given by the caller and the
+ * conventions of their common.loc; a name that is loaded already is handed back as it is.
+ */
 COMN_API CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locname,
                                             CS_INT locnamelen, const CS_CHAR* charname,
                                             CS_INT charnamelen, const CS_CHAR* langname,
@@ -198,84 +212,100 @@ COMN_API CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locn
                                             CS_INT sortnamelen, CsLocCache** entry, CS_CHAR* errbuf,
                                             CS_INT errlen);
 
-/*
- * com_intl_getstr: copies a name (COM_LOC_ item) of the entry that serves a category (1 to 6) to
- * `buf`, without a NUL, and its length to `outlen`. CS_FAIL, with nothing copied, when `buflen` is
- * below the length.
+/**
+ * Copies a name (COM_LOC_ item) of the entry that serves a category (1 to 6) to `buf`, without a
+ * NUL, and its length to `outlen`. CS_FAIL, with nothing copied, when `buflen` is below the length.
  */
 COMN_API CS_RETCODE com_intl_getstr(const CS_LOCALE* locale, CS_INT category, CS_INT item,
                                     CS_CHAR* buf, CS_INT buflen, CS_INT* outlen);
 
-/* com_intl_loccmp: 0 when two locales agree for a category (1 to 6), else 1. They agree when they
-   are one record, name one entry, or share what the level (COM_LOCCMP_) compares. */
+/**
+ * 0 when two locales agree for a category (1 to 6), else 1. They agree when they are one record,
+ * name one entry, or share what the level (COM_LOCCMP_) compares.
+ */
 COMN_API CS_INT com_intl_loccmp(CS_INT category, CS_INT level, const CS_LOCALE* locale1,
                                 const CS_LOCALE* locale2);
 
-/*
- * com_intl_compare: orders two texts by the locale's sort order, on its character set: below 0, 0
- * or above 0. A locale without a sort order compares bytes.
- * com_unsignstrcmp: orders two NUL-terminated texts by their bytes.
+/**
+ * Orders two texts by the locale's sort order, on its character set: below 0, 0 or above 0. A
+ * locale without a sort order compares bytes.
  */
 COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, CS_INT length1,
                                  const CS_BYTE* text2, CS_INT length2);
+
+/** Orders two NUL-terminated texts by their bytes. */
 COMN_API CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2);
 
-/*
- * com_intl_get_locname: a UTF-8 name in the character set of the locale (null: the context's).
- * Characters that the set lacks become its replacement character. CS_FAIL, with nothing stored,
- * when `buflen` is too short, the name is not UTF-8, or the character set has no conversion. An
- * empty name has length 0.
+/**
+ * A UTF-8 name in the character set of the locale (null: the context's). Characters that the set
+ * lacks become its replacement character. CS_FAIL, with nothing stored, when `buflen` is too short,
+ * the name is not UTF-8, or the character set has no conversion. An empty name has length 0.
  */
 COMN_API CS_RETCODE com_intl_get_locname(CS_CONTEXT* ctx, const CS_LOCALE* locale,
                                          const CS_CHAR* utf8name, CS_INT utf8len, CS_CHAR* buf,
                                          CS_INT buflen, CS_INT* outlen);
 
-/* com_intl_charattr: the attributes of the locale's character set; null when it has none, or for a
-   null locale. */
+/** The attributes of the locale's character set; null when it has none, or for a null locale. */
 COMN_API const char_attrib* com_intl_charattr(const CS_LOCALE* locale);
 
-/* comn_globalid: the identifier of `name` in a class ("charset", "natlang", "collate", "datetime",
-   "numeric", "money") of config/objectid.dat. CS_FAIL when it has none there. */
+/**
+ * The identifier of `name` in a class ("charset", "natlang", "collate", "datetime", "numeric",
+ * "money") of config/objectid.dat. CS_FAIL when it has none there.
+ */
 COMN_API CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, const CS_CHAR* name,
                                   CS_INT namelen, CsOid* oid);
 
-/*
- * Locale records.
- * comn_loc_alloc: a new record with the categories of the context's current locale, or empty when
- *   it has none, in the context's list.
- * comn_loc_drop: takes a record out of the list and frees it; the context's ctxlocale is cleared
- *   when it is that record.
- * comn_loc_drop_all: frees all records and the context's default locale, which comes from
- *   comn_malloc and is in no list.
- * comn_loc_validate: CS_SUCCEED when the record is in the list, else CS_FAIL; it may be any
- *   pointer.
- * comn_loc_copy: copies the six categories.
+/** @name Locale records */
+/**@{*/
+/**
+ * A new record with the categories of the context's current locale, or empty when it has none, in
+ * the context's list.
  */
 COMN_API CS_RETCODE comn_loc_alloc(CS_CONTEXT* ctx, CS_LOCALE** locale);
-COMN_API CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale);
-COMN_API CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx);
-COMN_API CS_RETCODE comn_loc_validate(CS_CONTEXT* ctx, const CS_LOCALE* locale);
-COMN_API CS_RETCODE comn_loc_copy(CS_LOCALE* dst, const CS_LOCALE* src);
 
-/*
- * The end of a context's localization.
- * com_intl_loccache_drop: frees all cache entries with their messages and conventions.
- * com_intl_chardesc_drop: frees all character sets, sort orders and identifiers.
- * comn_lm_exit: closes the list manager that comn_intl_init opened (CsCtxGlobals.lm).
+/**
+ * Takes a record out of the list and frees it; the context's ctxlocale is cleared when it is that
+ * record.
  */
-COMN_API CS_RETCODE com_intl_loccache_drop(CS_CONTEXT* ctx);
-COMN_API CS_RETCODE com_intl_chardesc_drop(CS_CONTEXT* ctx);
-COMN_API CS_RETCODE comn_lm_exit(LM_CONTEXT* lm);
+COMN_API CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale);
 
-/*
- * com_intl_verify_a_msgfile: whether message file `file` of the locale's language can be read:
- * CS_SUCCEED or CS_FAIL, with its path in `pathbuf` ("*" when it does not fit).
- * com_intl_verify_ctxloc: prints through com_perr which of the files that the environment's locale
- * needs is missing. Changes nothing in the context.
+/**
+ * Frees all records and the context's default locale, which comes from comn_malloc and is in no
+ * list.
+ */
+COMN_API CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx);
+
+/** CS_SUCCEED when the record is in the list, else CS_FAIL; it may be any pointer. */
+COMN_API CS_RETCODE comn_loc_validate(CS_CONTEXT* ctx, const CS_LOCALE* locale);
+
+/** Copies the six categories of `src` into `dst`. CS_SUCCEED. */
+COMN_API CS_RETCODE comn_loc_copy(CS_LOCALE* dst, const CS_LOCALE* src);
+/**@}*/
+
+/** @name The end of a context's localization */
+/**@{*/
+/** Frees all cache entries with their messages and conventions. */
+COMN_API CS_RETCODE com_intl_loccache_drop(CS_CONTEXT* ctx);
+
+/** Frees all character sets, sort orders and identifiers. */
+COMN_API CS_RETCODE com_intl_chardesc_drop(CS_CONTEXT* ctx);
+
+/** Closes the list manager that comn_intl_init opened (CsCtxGlobals.lm). */
+COMN_API CS_RETCODE comn_lm_exit(LM_CONTEXT* lm);
+/**@}*/
+
+/**
+ * Whether message file `file` of the locale's language can be read: CS_SUCCEED or CS_FAIL, with its
+ * path in `pathbuf` ("*" when it does not fit).
  */
 COMN_API CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* locale,
                                               const CS_CHAR* file, CS_CHAR* pathbuf,
                                               CS_INT pathlen);
+
+/**
+ * Prints through com_perr which of the files that the environment's locale needs is missing.
+ * Changes nothing in the context.
+ */
 COMN_API CS_VOID com_intl_verify_ctxloc(CS_CONTEXT* ctx);
 
 COMN_STATIC_ASSERT(sizeof(CsCharDesc) == 20);

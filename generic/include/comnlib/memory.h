@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Memory: the host allocator that library records come from, and memory pools.
  */
 #ifndef COMNLIB_MEMORY_H
@@ -14,18 +15,26 @@
 extern "C" {
 #endif
 
-/*
- * The host's allocator. The library brings weak defaults over the C library's; a host that defines
- * one of them defines all four, and its definitions win in the static archive and in the shared
- * object. Sizes are in bytes; null means failure. Called from any thread that calls the library.
- */
+/** @name The host's allocator
+ * The library brings weak defaults over the C library's; a host that defines one of them defines
+ * all four, and its definitions win in the static archive and in the shared
+ * object. Sizes are in bytes; null means failure. Called from any thread that calls the library. */
+/**@{*/
+/** A block of `size` bytes, aligned for every record of the library, or null. */
 COMN_API CS_VOID* comn_malloc(size_t size);
-COMN_API CS_VOID* comn_calloc(size_t count, size_t size);
-COMN_API CS_VOID* comn_realloc(CS_VOID* block, size_t size);
-COMN_API CS_VOID comn_free(CS_VOID* block);
 
-/*
- * Memory pools.
+/** A zero-filled block for `count` elements of `size` bytes, or null. */
+COMN_API CS_VOID* comn_calloc(size_t count, size_t size);
+
+/** The block with another size and its contents, moved where need be; null leaves it alone. */
+COMN_API CS_VOID* comn_realloc(CS_VOID* block, size_t size);
+
+/** Gives a block back; nothing for a null one. */
+COMN_API CS_VOID comn_free(CS_VOID* block);
+/**@}*/
+
+/**
+ * A memory pool.
  *
  * A pool hands out memory that it carves out of large chunks. The chunks come from a context
  * (comn_mminit) or are one area of the caller's (comn_mmmanage). A pool works by one of three
@@ -44,23 +53,24 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  */
 typedef struct _mmhandle MmHandle;
 
-/* Obtains a chunk of `size` bytes, aligned to 4; null when there is none. */
+/** Obtains a chunk of `size` bytes, aligned to 4; null when there is none. */
 typedef CS_VOID* (*MM_SBREAK_FUNC)(MmHandle* handle, CS_VOID* param, CS_INT size);
-/* Gives a chunk back. */
+/** Gives a chunk back. */
 typedef CS_VOID (*MM_UNSBREAK_FUNC)(MmHandle* handle, CS_VOID* param, CS_VOID* chunk);
-/* Take and release the lock of a family. The handle is that of the call, or the family's top. */
+/** Takes the lock of a family. The handle is that of the call, or the family's top. */
 typedef CS_RETCODE (*MM_LOCK_FUNC)(MmHandle* handle, CS_VOID* lockarg);
+/** Releases the lock of a family. */
 typedef CS_RETCODE (*MM_UNLOCK_FUNC)(MmHandle* handle, CS_VOID* lockarg);
 
-/* Disciplines. */
+/** Disciplines. */
 enum {
-  MM_POOL_NONE = 2235,      /* nothing can be allocated */
-  MM_POOL_BUDDY = 2236,     /* power-of-two blocks; the default */
-  MM_POOL_ALLOCONLY = 2237, /* no single block is given back, only the whole pool */
-  MM_POOL_UNIFORM = 2238    /* all blocks of one size, that of the first request */
+  MM_POOL_NONE = 2235,      /**< nothing can be allocated */
+  MM_POOL_BUDDY = 2236,     /**< power-of-two blocks; the default */
+  MM_POOL_ALLOCONLY = 2237, /**< no single block is given back, only the whole pool */
+  MM_POOL_UNIFORM = 2238    /**< all blocks of one size, that of the first request */
 };
 
-/* Properties of comn_mmproperty. */
+/** Properties of comn_mmproperty. */
 enum {
   MM_PROP_POOLTYPE = 1235,
   MM_PROP_SBREAK = 1236,
@@ -77,55 +87,54 @@ enum {
   MM_PROP_BLOCKSIZE = 1247
 };
 
+/** Sizes and arguments. */
 enum {
-  MM_CTL_SIZE = 152,   /* bytes of a control area */
-  MM_NO_LIMIT = -9999, /* MM_PROP_MAXSIZE of a pool without a limit */
-  MM_FORCE_DROP = 300  /* option of comn_mmdrop */
+  MM_CTL_SIZE = 152,   /**< bytes of a control area */
+  MM_NO_LIMIT = -9999, /**< MM_PROP_MAXSIZE of a pool without a limit */
+  MM_FORCE_DROP = 300  /**< option of comn_mmdrop */
 };
 
-/*
- * comn_mminit: creates a pool on a context (ctxversion 113 or above) whose ctxmalloc and ctxfree
- * give and take the chunks. When `*mmh` is not null it is a control area of MM_CTL_SIZE bytes,
- * aligned to 4, that outlives the pool; else the pool allocates one from the context. The handle is
- * stored through `mmh`. When the context has a thread table the pool makes a mutex of its own and
- * locks with it.
+/**
+ * Creates a pool on a context (ctxversion 113 or above) whose ctxmalloc and ctxfree give and take
+ * the chunks. When `*mmh` is not null it is a control area of MM_CTL_SIZE bytes, aligned to 4, that
+ * outlives the pool; else the pool allocates one from the context. The handle is stored through
+ * `mmh`. When the context has a thread table the pool makes a mutex of its own and locks with it.
  * CS_FAIL when the context has no memory; otherwise what creating the mutex returned. `*mmh` is
  * then as before.
  */
 COMN_API CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh);
 
-/*
- * comn_mmmanage: creates a pool in the `buflen` bytes at `buffer` (aligned to 4), which outlive it.
- * When `*mmh` is not null it is a control area as above and all of the buffer is the pool's memory;
- * else the first MM_CTL_SIZE bytes of the buffer become the control area. The handle is stored
- * through `mmh`. The pool has no lock and cannot grow, unless its properties say otherwise.
+/**
+ * Creates a pool in the `buflen` bytes at `buffer` (aligned to 4), which outlive it. When `*mmh` is
+ * not null it is a control area as above and all of the buffer is the pool's memory; else the first
+ * MM_CTL_SIZE bytes of the buffer become the control area. The handle is stored through `mmh`. The
+ * pool has no lock and cannot grow, unless its properties say otherwise.
  * CS_FAIL when the buffer has to hold the control area and is shorter than 104 bytes. A length of
  * 104 to 151 stops the process, and so does memory of 1 to 8 bytes: callers are tuned to that.
  * The heap's own overhead is 20 bytes.
  */
 COMN_API CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh);
 
-/*
- * comn_mmalloc: stores the address of `size` zeroed bytes through `out_ptr`.
- * CS_MEM_ERROR when neither the chunks nor the source of chunks have room; CS_FAIL when a uniform
- * pool is asked for another size than the first time; what the lock returned when that failed.
+/**
+ * Stores the address of `size` zeroed bytes through `out_ptr`. CS_MEM_ERROR when neither the chunks
+ * nor the source of chunks have room; CS_FAIL when a uniform pool is asked for another size than
+ * the first time; what the lock returned when that failed.
  * A buddy pool whose free blocks could be merged, yet not up to the size that is needed, returns
  * CS_SUCCEED and leaves `*out_ptr` alone; asking again helps. So set `*out_ptr` to null first.
  * A first allocation that fails may have rounded the block size already.
  */
 COMN_API CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr);
 
-/*
- * comn_mmfree: takes back a block that this handle handed out. CS_FAIL for an alloc-only pool.
- * A lock that cannot be taken stops the process. Searches the family's chunks, newest first.
+/**
+ * Takes back a block that this handle handed out. CS_FAIL for an alloc-only pool. A lock that
+ * cannot be taken stops the process. Searches the family's chunks, newest first.
  */
 COMN_API CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr);
 
-/*
- * comn_mmrealloc: makes the block at `*ptr_inout`, of a buddy pool, hold `new_size` bytes; it may
- * move. Bytes beyond the old contents are not cleared. CS_FAIL for the other disciplines;
- * CS_MEM_ERROR, and success without a block, as for comn_mmalloc: pointer and block are then as
- * before.
+/**
+ * Makes the block at `*ptr_inout`, of a buddy pool, hold `new_size` bytes; it may move. Bytes
+ * beyond the old contents are not cleared. CS_FAIL for the other disciplines; CS_MEM_ERROR, and
+ * success without a block, as for comn_mmalloc: pointer and block are then as before.
  * The capacity that decides whether a block moves counts the 4 bytes of its header: asking for more
  * than 12, 28, 60, ... bytes and at most 16, 32, 64, ... of a block that has just that order leaves
  * the block where it is, with 4 bytes less than asked. Callers that need all of them ask for 4
@@ -133,28 +142,27 @@ COMN_API CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr);
  */
 COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout);
 
-/*
- * comn_mmproperty: gets (CS_GET), sets (CS_SET) or clears (CS_CLEAR) a property. Numbers, addresses
- * and handles are read and written through `buffer`; a function or an opaque argument to set is
- * `buffer` itself. A successful get stores 4 through `outlen` when that is not null.
+/**
+ * Gets (CS_GET), sets (CS_SET) or clears (CS_CLEAR) a property. Numbers, addresses and handles are
+ * read and written through `buffer`; a function or an opaque argument to set is `buffer` itself. A
+ * successful get stores 4 through `outlen` when that is not null.
  *
- *   MM_PROP_POOLTYPE, MM_PROP_BLOCKSIZE  the discipline; the size of a top-level buddy block, of a
- *                       slab of uniform nodes, the least size of an alloc-only region. Set before
- *                       the first allocation only, else CS_FAIL.
- *   MM_PROP_CHUNKSIZE   least size of a chunk to obtain. MM_PROP_MAXSIZE: limit for the sum of all
- *                       chunks ever obtained, those given back included.
- *   MM_PROP_SBREAK, MM_PROP_UNSBREAK, MM_PROP_SBREAKARG  where chunks come from and go, and their
- *                       argument (getting the argument writes nothing).
- *   MM_PROP_LOCK, MM_PROP_UNLOCK, MM_PROP_LOCKARG  the lock and its argument (getting that writes
- *                       nothing). A lock function is not replaced: CS_FAIL. Clearing any of the
- *                       three gives up the lock as a whole and returns what unlocking returned.
- *                       Every call but a successful set of the lock function unlocks on its way out
- *                       when both functions are there: so set the unlock function and the argument
- *                       first and the lock function last.
- *   MM_PROP_ADDMEMORY   set: gives the pool the `buflen` bytes at `buffer` as a further chunk.
- *   MM_PROP_CTLSIZE     get: MM_CTL_SIZE. Needs no lock. Set: CS_FAIL.
- *   MM_PROP_SUBPOOL     get: the handle of the subpool with the tag `buflen`, created when there is
- *                       none (CS_MEM_ERROR when it cannot be). Set: CS_FAIL.
+ * - MM_PROP_POOLTYPE, MM_PROP_BLOCKSIZE: the discipline; the size of a top-level buddy block, of a
+ *   slab of uniform nodes, the least size of an alloc-only region. Set before the first allocation
+ *   only, else CS_FAIL.
+ * - MM_PROP_CHUNKSIZE: least size of a chunk to obtain.
+ * - MM_PROP_MAXSIZE: limit for the sum of all chunks ever obtained, those given back included.
+ * - MM_PROP_SBREAK, MM_PROP_UNSBREAK, MM_PROP_SBREAKARG: where chunks come from and go, and their
+ *   argument (getting the argument writes nothing).
+ * - MM_PROP_LOCK, MM_PROP_UNLOCK, MM_PROP_LOCKARG: the lock and its argument (getting that writes
+ *   nothing). A lock function is not replaced: CS_FAIL. Clearing any of the three gives up the lock
+ *   as a whole and returns what unlocking returned. Every call but a successful set of the lock
+ *   function unlocks on its way out when both functions are there: so set the unlock function and
+ *   the argument first and the lock function last.
+ * - MM_PROP_ADDMEMORY: set: gives the pool the `buflen` bytes at `buffer` as a further chunk.
+ * - MM_PROP_CTLSIZE: get: MM_CTL_SIZE. Needs no lock. Set: CS_FAIL.
+ * - MM_PROP_SUBPOOL: get: the handle of the subpool with the tag `buflen`, created when there is
+ *   none (CS_MEM_ERROR when it cannot be). Set: CS_FAIL.
  *
  * Stops on any other action or property, on clearing any but the lock's three, on sizes below 1 and
  * on unknown disciplines.
@@ -162,14 +170,14 @@ COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** 
 COMN_API CS_RETCODE comn_mmproperty(MmHandle* mmh, CS_INT action, CS_INT property, CS_VOID* buffer,
                                     CS_INT buflen, CS_INT* outlen);
 
-/*
- * comn_mmdrop: drops a subpool, giving its memory back to the family, or with a top pool the whole
- * family, giving the chunks back. `option` is CS_UNUSED or MM_FORCE_DROP.
+/**
+ * Drops a subpool, giving its memory back to the family, or with a top pool the whole family,
+ * giving the chunks back. `option` is CS_UNUSED or MM_FORCE_DROP.
  * CS_BUSY when there are subpools below; with MM_FORCE_DROP any handle drops the whole family.
  */
 COMN_API CS_RETCODE comn_mmdrop(MmHandle* mmh, CS_INT option);
 
-/* comn_mmdiag: not supported; stops the process. */
+/** Not supported; stops the process. */
 COMN_API CS_RETCODE comn_mmdiag(void);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Exact numeric arithmetic.
  *
  * A CS_NUMERIC of precision p and scale s holds a sign byte in array[0] (0 positive, any other
@@ -14,13 +15,14 @@
  * get their precision and scale from the operands' (p1, s1, p2, s2), where 77 digits are the limit
  * and integer digits are kept in favour of decimals:
  *
- *   add, subtract   integer digits d = max(p1 - s1, p2 - s2),  scale s = max(s1, s2), precision
- *                   s + d + 1
- *   multiply        d = p1 - s1 + p2 - s2 + 1,                 s = s1 + s2,           s + d
- *   divide          d = p1 - s1 + s2,                          s = max(6, s2 + p1 + 1), s + d
+ * | operation     | integer digits d        | scale s              | precision |
+ * |---------------|-------------------------|----------------------|-----------|
+ * | add, subtract | max(p1 - s1, p2 - s2)   | max(s1, s2)          | s + d + 1 |
+ * | multiply      | p1 - s1 + p2 - s2 + 1   | s1 + s2              | s + d     |
+ * | divide        | p1 - s1 + s2            | max(6, s2 + p1 + 1)  | s + d     |
  *
- *   with d and s at most 77, the precision at most 77 and at least 1, and then s at most the
- *   precision less d.
+ * with d and s at most 77, the precision at most 77 and at least 1, and then s at most the
+ * precision less d.
  *
  * All routines check their pointers, keep no state and may run in several threads at once.
  */
@@ -34,39 +36,44 @@
 extern "C" {
 #endif
 
-/* Operations of comn_num_addorsub. */
+/** Operations of comn_num_addorsub. */
 enum { COMN_NUM_ADD = 0, COMN_NUM_SUBTRACT = 1 };
 
-/*
- * comn_numadd, comn_numsub: op1 + op2, op1 - op2. comn_num_addorsub: either, by `opn`; any other
- * `opn` stops the process.
+/**
+ * comn_numadd, comn_numsub: result := op1 + op2, result := op1 - op2. comn_num_addorsub: either, by
+ * `opn`; any other `opn` stops the process.
+ *
  * CS_SUCCEED; CS_CVT_DOMAIN when an operand's precision is not in 1..77 or its scale is above 77
  * (the result is left alone); CS_CVT_OVERFLOW; CS_CVT_TRUNCATED when the limit of 77 digits costs
  * an operand nonzero decimals. After the last two the result is zero, with its precision and scale.
  * A value subtracted from itself is a positive zero.
  */
+/**@{*/
 COMN_API CS_RETCODE comn_numadd(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result);
 COMN_API CS_RETCODE comn_numsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result);
 COMN_API CS_RETCODE comn_num_addorsub(const CS_NUMERIC* op1, const CS_NUMERIC* op2,
                                       CS_NUMERIC* result, CS_INT opn);
+/**@}*/
 
-/*
- * comn_nummul: op1 * op2. CS_SUCCEED; CS_CVT_DOMAIN as above; CS_CVT_OVERFLOW when the product has
- * more than 77 digits or 32 bytes before it is brought to the result's scale (the result is zero
+/**
+ * result := op1 * op2.
+ *
+ * CS_SUCCEED; CS_CVT_DOMAIN as for comn_numadd; CS_CVT_OVERFLOW when the product has more than 77
+ * digits or 32 bytes before it is brought to the result's scale (the result is zero
  * then), or when the limit of 77 digits costs it nonzero decimals (the cut value is stored).
  */
 COMN_API CS_RETCODE comn_nummul(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result);
 
-/*
- * comn_numdivide: dividend / divisor, truncated at the result's scale, never rounded.
- * CS_SUCCEED; CS_CVT_DOMAIN as above; CS_CVT_DIVZERO (the result gets precision and scale, its
- * array is left alone); CS_CVT_OVERFLOW (the result is zero, with its precision and scale).
+/**
+ * result := dividend / divisor, truncated at the result's scale, never rounded. CS_SUCCEED;
+ * CS_CVT_DOMAIN as for comn_numadd; CS_CVT_DIVZERO (the result gets precision and scale, its array
+ * is left alone); CS_CVT_OVERFLOW (the result is zero, with its precision and scale).
  */
 COMN_API CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
                                    CS_NUMERIC* result);
 
-/*
- * comn_numcmp: -1, 0 or 1 as op1 is less than, equal to or greater than op2. Values whose scales
+/**
+ * -1, 0 or 1 as op1 is less than, equal to or greater than op2. Values whose scales
  * differ are compared at the larger scale, unless the precision of the one with the smaller scale
  * plus the larger scale exceeds 77: the other's surplus decimals do not count then, so that 5 of
  * (77,0) equals 5.00001. Operands out of range are compared as their record holds them, with the
@@ -74,12 +81,16 @@ COMN_API CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC*
  */
 COMN_API CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2);
 
-/* comn_num_getlen: bytes of `array` that a value of `precision` occupies, the sign byte included:
-   2 to 33. A precision outside 1..77 stops the process. */
+/**
+ * Bytes of `array` that a value of `precision` occupies, the sign byte included: 2 to 33. A
+ * precision outside 1..77 stops the process.
+ */
 COMN_API CS_INT comn_num_getlen(CS_INT precision);
 
-/* comn_num_getprec: the largest precision that `length` bytes hold; 0 for the lengths 0 and 1. A
-   length outside 0..33 stops the process. */
+/**
+ * The largest precision that `length` bytes hold; 0 for the lengths 0 and 1. A length outside 0..33
+ * stops the process.
+ */
 COMN_API CS_INT comn_num_getprec(CS_INT length);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Scalar types, datatype codes, value records and the data format: the vocabulary that every other
  * header shares. All widths and offsets are those of the 32-bit x86 target and are checked at
  * compile time at the end of this file.
@@ -9,41 +10,45 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/* COMN_API marks what the shared object exports; tools/exports scans the headers for it. */
+/** COMN_API marks what the shared object exports; tools/exports scans the headers for it. */
 #ifndef COMN_API
 #define COMN_API __attribute__((visibility("default")))
 #endif
+/** Marks what does not return. */
 #define COMN_NORETURN __attribute__((noreturn))
 
 #ifdef __cplusplus
 extern "C" {
+/** Checks a condition when the header is compiled. */
 #define COMN_STATIC_ASSERT(condition) static_assert(condition, #condition)
 #else
+/** Checks a condition when the header is compiled. */
 #define COMN_STATIC_ASSERT(condition) _Static_assert(condition, #condition)
 #endif
 
-typedef char CS_CHAR;
-typedef unsigned char CS_BYTE;
-typedef unsigned char CS_BINARY;
-typedef unsigned char CS_LONGCHAR;
-typedef unsigned char CS_LONGBINARY;
-typedef unsigned char CS_TEXT;
-typedef unsigned char CS_IMAGE;
-typedef unsigned char CS_BIT;
-typedef unsigned char CS_TINYINT;
-typedef int16_t CS_SMALLINT;
-typedef uint16_t CS_USHORT;
-typedef uint16_t CS_UNICHAR; /* one UTF-16 code unit */
-typedef int32_t CS_INT;
-typedef int32_t CS_LONG;
-typedef int32_t CS_RETCODE;
-typedef int32_t CS_BOOL;
-typedef uint32_t CS_UINT;
-typedef float CS_REAL;
-typedef double CS_FLOAT;
-typedef void CS_VOID;
+typedef char CS_CHAR;                /**< a byte of text in the locale's character set */
+typedef unsigned char CS_BYTE;       /**< a byte */
+typedef unsigned char CS_BINARY;     /**< a byte of binary data */
+typedef unsigned char CS_LONGCHAR;   /**< a byte of text */
+typedef unsigned char CS_LONGBINARY; /**< a byte of binary data */
+typedef unsigned char CS_TEXT;       /**< a byte of text */
+typedef unsigned char CS_IMAGE;      /**< a byte of binary data */
+typedef unsigned char CS_BIT;        /**< 0 or 1 */
+typedef unsigned char CS_TINYINT;    /**< 0 to 255 */
+typedef int16_t CS_SMALLINT;         /**< a 16-bit integer */
+typedef uint16_t CS_USHORT;          /**< an unsigned 16-bit integer */
+typedef uint16_t CS_UNICHAR;         /**< one UTF-16 code unit, in the processor's byte order */
+typedef int32_t CS_INT;              /**< a 32-bit integer; the type of arguments and lengths */
+typedef int32_t CS_LONG;             /**< a 32-bit integer */
+typedef int32_t CS_RETCODE;          /**< a result code (result.h) */
+typedef int32_t CS_BOOL;             /**< 0 is false */
+typedef uint32_t CS_UINT;            /**< an unsigned 32-bit integer */
+typedef float CS_REAL;               /**< an IEEE single */
+typedef double CS_FLOAT;             /**< an IEEE double */
+typedef void CS_VOID;                /**< no value, or untyped memory */
 
-/* Datatype codes, as they travel in CS_DATAFMT.datatype. Codes from CS_USER_TYPE on are the host's.
+/**
+ * Datatype codes, as they travel in CS_DATAFMT.datatype. Codes from CS_USER_TYPE on are the host's.
  */
 enum {
   CS_CHAR_TYPE = 0,
@@ -75,109 +80,117 @@ enum {
   CS_USER_TYPE = 26
 };
 
-/* Sizes of the contract. */
+/** Sizes of the contract. */
 enum {
-  CS_BUILTIN_TYPES = 26, /* dimension of the conversion matrix and of the null-value table */
-  CS_MAX_NAME = 132,     /* bytes of CS_DATAFMT.name */
-  CS_MAX_CHAR = 256,     /* bytes of a varchar or varbinary value */
-  CS_MAX_PREC = 77,      /* decimal digits of an exact numeric */
+  CS_BUILTIN_TYPES = 26, /**< dimension of the conversion matrix and of the null-value table */
+  CS_MAX_NAME = 132,     /**< bytes of CS_DATAFMT.name */
+  CS_MAX_CHAR = 256,     /**< bytes of a varchar or varbinary value */
+  CS_MAX_PREC = 77,      /**< decimal digits of an exact numeric */
   CS_MAX_SCALE = 77,
-  CS_MAX_NUMLEN = 33 /* sign byte and magnitude of an exact numeric */
+  CS_MAX_NUMLEN = 33 /**< sign byte and magnitude of an exact numeric */
 };
 
-/* Argument values shared by all services. */
+/** Argument values shared by all services. */
 enum {
   CS_GET = 33,
   CS_SET = 34,
   CS_CLEAR = 35,
   CS_UNUSED = -99999,
-  CS_NULLTERM = -9,       /* a length: the text ends at its NUL */
-  CS_USE_SRCVALUE = -2562 /* in a destination's precision or scale: take the source value's */
+  CS_NULLTERM = -9,       /**< a length: the text ends at its NUL */
+  CS_USE_SRCVALUE = -2562 /**< in a destination's precision or scale: take the source value's */
 };
 
-/* Bits of CS_DATAFMT.format: how a character destination is finished. */
+/** Bits of CS_DATAFMT.format: how a character destination is finished. */
 enum {
-  CS_DFMT_NULLTERM = 0x1, /* a NUL behind the text, which must fit in maxlength too */
-  CS_DFMT_PADNULL = 0x2,  /* fill up to maxlength with NUL bytes */
-  CS_DFMT_PADBLANK = 0x4, /* fill up to maxlength with blanks; with NULLTERM the last byte is NUL */
-  CS_DFMT_ESCQUOTE = 0x20 /* character to character: double every single quote */
+  CS_DFMT_NULLTERM = 0x1, /**< a NUL behind the text, which must fit in maxlength too */
+  CS_DFMT_PADNULL = 0x2,  /**< fill up to maxlength with NUL bytes */
+  CS_DFMT_PADBLANK = 0x4, /**< fill up with blanks; with NULLTERM the last byte is NUL */
+  CS_DFMT_ESCQUOTE = 0x20 /**< character to character: double every single quote */
 };
 
-/* Value records. `len` counts the bytes used. */
+/** Text of up to 256 bytes. */
 typedef struct _cs_varychar {
-  CS_SMALLINT len;
-  CS_CHAR str[CS_MAX_CHAR];
+  CS_SMALLINT len;          /**< bytes used */
+  CS_CHAR str[CS_MAX_CHAR]; /**< the text, without a NUL of its own */
 } CS_VARCHAR;
 
+/** Binary data of up to 256 bytes. */
 typedef struct _cs_varybin {
-  CS_SMALLINT len;
-  CS_BYTE array[CS_MAX_CHAR];
+  CS_SMALLINT len;            /**< bytes used */
+  CS_BYTE array[CS_MAX_CHAR]; /**< the bytes */
 } CS_VARBINARY;
 
-/* Exact numeric: array[0] is the sign (0 positive, 1 negative), the big-endian magnitude follows.
+/**
+ * Exact numeric: array[0] is the sign (0 positive, 1 negative), the big-endian magnitude follows.
  */
 typedef struct _cs_numeric {
-  CS_BYTE precision; /* 1..77 */
-  CS_BYTE scale;     /* 0..77 */
-  CS_BYTE array[CS_MAX_NUMLEN];
+  CS_BYTE precision;            /**< 1..77 */
+  CS_BYTE scale;                /**< 0..77 */
+  CS_BYTE array[CS_MAX_NUMLEN]; /**< sign and magnitude; comn_num_getlen tells how many count */
 } CS_NUMERIC;
-typedef CS_NUMERIC CS_DECIMAL;
+typedef CS_NUMERIC CS_DECIMAL; /**< the same record under its other name */
 
-/* Money: (mnyhigh * 2^32 + mnylow) ten-thousandths; the high half stands first in memory. */
+/** Money: (mnyhigh * 2^32 + mnylow) ten-thousandths; the high half stands first in memory. */
 typedef struct _cs_money {
-  CS_INT mnyhigh;
-  CS_UINT mnylow;
+  CS_INT mnyhigh; /**< high half, with the sign */
+  CS_UINT mnylow; /**< low half */
 } CS_MONEY;
 
+/** Small money. */
 typedef struct _cs_money4 {
-  CS_INT mny4; /* ten-thousandths */
+  CS_INT mny4; /**< ten-thousandths */
 } CS_MONEY4;
 
+/** A date and time of day. */
 typedef struct _cs_datetime {
-  CS_INT dtdays; /* days since 1 January 1900 */
-  CS_INT dttime; /* ticks of 1/300 second since midnight */
+  CS_INT dtdays; /**< days since 1 January 1900 */
+  CS_INT dttime; /**< ticks of 1/300 second since midnight */
 } CS_DATETIME;
 
+/** A date and time of day in the small form. */
 typedef struct _cs_datetime4 {
-  CS_USHORT days;    /* days since 1 January 1900 */
-  CS_USHORT minutes; /* minutes since midnight */
+  CS_USHORT days;    /**< days since 1 January 1900 */
+  CS_USHORT minutes; /**< minutes since midnight */
 } CS_DATETIME4;
 
+/** A date and time of day broken down. */
 typedef struct _cs_daterec {
-  CS_INT dateyear;    /* 1753..9999 */
-  CS_INT datemonth;   /* 0 (January) to 11 */
-  CS_INT datedmonth;  /* day of the month, from 1 */
-  CS_INT datedyear;   /* day of the year, from 1 */
-  CS_INT datedweek;   /* 0 (Sunday) to 6 */
-  CS_INT datehour;    /* 0..23 */
-  CS_INT dateminute;  /* 0..59 */
-  CS_INT datesecond;  /* 0..59 */
-  CS_INT datemsecond; /* 0..999 */
-  CS_INT datetzone;   /* not set by cracking */
+  CS_INT dateyear;    /**< 1753..9999 */
+  CS_INT datemonth;   /**< 0 (January) to 11 */
+  CS_INT datedmonth;  /**< day of the month, from 1 */
+  CS_INT datedyear;   /**< day of the year, from 1 */
+  CS_INT datedweek;   /**< 0 (Sunday) to 6 */
+  CS_INT datehour;    /**< 0..23 */
+  CS_INT dateminute;  /**< 0..59 */
+  CS_INT datesecond;  /**< 0..59 */
+  CS_INT datemsecond; /**< 0..999 */
+  CS_INT datetzone;   /**< not set by cracking */
 } CS_DATEREC;
 
 typedef struct _cslocale CS_LOCALE;
 
-/* Describes one value that a conversion reads or writes. Conversions never change it, so one format
-   may serve several threads. */
+/**
+ * Describes one value that a conversion reads or writes. Conversions never change it, so one format
+ * may serve several threads.
+ */
 typedef struct _cs_datafmt {
-  CS_CHAR name[CS_MAX_NAME]; /* column or parameter name; not read here */
-  CS_INT namelen;
-  CS_INT datatype;
-  CS_INT format;    /* CS_DFMT_ bits, for character destinations */
-  CS_INT maxlength; /* bytes: room of the destination, or length of a variable-length source */
-  CS_INT scale;     /* 0..77 or CS_USE_SRCVALUE */
-  CS_INT precision; /* 1..77 or CS_USE_SRCVALUE */
-  CS_INT status;    /* the caller's; not read here, as are count and usertype */
-  CS_INT count;
-  CS_INT usertype;
-  CS_LOCALE* locale; /* conventions of this value; null takes the context's */
+  CS_CHAR name[CS_MAX_NAME]; /**< column or parameter name; not read here */
+  CS_INT namelen;            /**< bytes of the name; not read here */
+  CS_INT datatype;           /**< a datatype code */
+  CS_INT format;             /**< CS_DFMT_ bits, for character destinations */
+  CS_INT maxlength;  /**< bytes: room of the destination, or length of a variable-length source */
+  CS_INT scale;      /**< 0..77 or CS_USE_SRCVALUE */
+  CS_INT precision;  /**< 1..77 or CS_USE_SRCVALUE */
+  CS_INT status;     /**< the caller's; not read here */
+  CS_INT count;      /**< the caller's; not read here */
+  CS_INT usertype;   /**< the caller's; not read here */
+  CS_LOCALE* locale; /**< conventions of this value; null takes the context's */
 } CS_DATAFMT;
 
-/*
- * comn_typelen: the number of bytes that a value of `datatype` occupies.
- * Returns the fixed length (1, 2, 4, 8, 35 or 258) for codes 6..19 and 25, and `length` unchanged
- * for every other code, codes outside 0..25 included. Reentrant.
+/**
+ * The number of bytes that a value of `datatype` occupies. Returns the fixed length (1, 2, 4, 8, 35
+ * or 258) for codes 6..19 and 25, and `length` unchanged for every other code, codes outside 0..25
+ * included. Reentrant.
  */
 COMN_API CS_INT comn_typelen(CS_INT datatype, CS_INT length);
 
