@@ -4,7 +4,7 @@
 usage: tools/mkhome.py [DIRECTORY]
 
 The output depends on nothing but this script and the Unicode data, and is committed. The file
-formats are described in docs/localization.md.
+formats are described in docs/file-formats.md.
 """
 import os
 import struct

@@ -71,9 +71,9 @@ typedef struct char_map {
 
 /** A character set. */
 typedef struct char_attrib {
-  CS_USHORT cs_status;              /**< as its file says; not read here */
+  CS_USHORT cs_status;              /**< the host's; not read here */
   CS_BYTE cs_class;                 /**< COMN_CS_SINGLEBYTE or COMN_CS_MULTIBYTE */
-  CS_BYTE cs_id;                    /**< as its file says; not read here */
+  CS_BYTE cs_id;                    /**< the host's; not read here */
   CS_USHORT cs_namelen;             /**< bytes of the name, at most 30 */
   CS_CHAR cs_name[COMN_CS_NAMELEN]; /**< ends in a NUL only when it is shorter */
   CS_BYTE cs_maxcharlen;            /**< bytes of the longest character */

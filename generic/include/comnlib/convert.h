@@ -421,7 +421,8 @@ COMN_CONVERSION(comn_varbintounichar);
  * - tomoney, tomny4: docs/money.md shows the text that is read. A value out of range stores the
  * limit that it passed, with CS_CVT_OVERFLOW.
  * - todatetime, todate4: docs/datetime.md shows the text that is read. CS_CVT_OVERFLOW for a date
- * that does not exist or leaves the range, with length 0.
+ *   that does not exist or leaves the range, with length 0; CS_MEM_ERROR, from CS_UNICHAR, as
+ *   between character sets.
  * - tobin, tovarbin: An optional "0x", then hexadecimal digits, an odd count meaning a leading
  *   zero. Cut with CS_CVT_TRUNCATED.
  * - tochar, tounichar: Copied, or converted when the character sets differ, as far as whole
@@ -429,8 +430,8 @@ COMN_CONVERSION(comn_varbintounichar);
  *   cuts is left out. Text that fills maxlength to the last byte loses that byte to a NUL where
  *   CS_DFMT_NULLTERM asks for one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles
  *   single quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination. Between character
- *   sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE and CS_CVT_NOXLATE. CS_CVT_FORMAT when both paddings
- *   are asked for.
+ *   sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE, CS_CVT_NOXLATE and, when a set's table is first
+ *   needed, CS_MEM_ERROR. CS_CVT_FORMAT when both paddings are asked for.
  * - tovarchar: The same into 256 bytes, without padding or quotes. Length 258. */
 /**@{*/
 /** A conversion from text. */
