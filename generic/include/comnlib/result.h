@@ -6,14 +6,18 @@
 #ifndef COMNLIB_RESULT_H
 #define COMNLIB_RESULT_H
 
+/**
+ * Result codes. Diagnostics print the general ones, down to CS_TRYING, by name and every other by
+ * number. Of the general codes this library returns CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_BUSY and
+ * CS_TIMED_OUT; the others belong to the layers above it.
+ */
 enum {
-  /** General codes. Diagnostics print these by name, every other code by number. */
-  CS_SUCCEED = 1,
-  CS_FAIL = 0,
+  CS_SUCCEED = 1,    /**< done */
+  CS_FAIL = 0,       /**< not done; the routine says why */
   CS_MEM_ERROR = -1, /**< an allocation failed */
   CS_PENDING = -2,
   CS_QUIET = -3,
-  CS_BUSY = -4,
+  CS_BUSY = -4, /**< in use */
   CS_INTERRUPT = -5,
   CS_CANCELED = -202,
   CS_ROW_FAIL = -203,
@@ -21,12 +25,12 @@ enum {
   CS_END_RESULTS = -205,
   CS_END_ITEM = -206,
   CS_NOMSG = -207,
-  CS_TIMED_OUT = -208,
+  CS_TIMED_OUT = -208, /**< the time is over */
   CS_PASSTHRU_EOM = -210,
   CS_PASSTHRU_MORE = -211,
   CS_TRYING = -213,
 
-  /** Conversion codes, of the conversion routines and exact arithmetic. -109..-112 are not used. */
+  /* Conversion codes, of the conversion routines and exact arithmetic. -109..-112 are not used. */
   CS_CVT_OVERFLOW = -101,    /**< does not fit the destination; integers are clamped */
   CS_CVT_UNDERFLOW = -102,   /**< text names a floating value too small to represent */
   CS_CVT_PRECISION = -103,   /**< numeric precision outside 1..77 */
@@ -41,7 +45,7 @@ enum {
   CS_CVT_NOXLATE = -116,     /**< no translation exists between the two character sets */
   CS_CVT_SUBSTITUTED = -117, /**< finished, with replacement characters for missing ones */
 
-  /** Localization codes. */
+  /* Localization codes. */
   CS_INTL_LIBERR = -301, /**< a call of the companion library failed; its status is in ctxintlerr */
   CS_INTL_NOFILE = -414  /**< a localization file could not be opened; status in ctxintlerr */
 };

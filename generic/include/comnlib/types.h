@@ -51,33 +51,33 @@ typedef void CS_VOID;                /**< no value, or untyped memory */
  * Datatype codes, as they travel in CS_DATAFMT.datatype. Codes from CS_USER_TYPE on are the host's.
  */
 enum {
-  CS_CHAR_TYPE = 0,
-  CS_BINARY_TYPE = 1,
-  CS_LONGCHAR_TYPE = 2,
-  CS_LONGBINARY_TYPE = 3,
-  CS_TEXT_TYPE = 4,
-  CS_IMAGE_TYPE = 5,
-  CS_TINYINT_TYPE = 6,
-  CS_SMALLINT_TYPE = 7,
-  CS_INT_TYPE = 8,
-  CS_REAL_TYPE = 9,
-  CS_FLOAT_TYPE = 10,
-  CS_BIT_TYPE = 11,
-  CS_DATETIME_TYPE = 12,
-  CS_DATETIME4_TYPE = 13,
-  CS_MONEY_TYPE = 14,
-  CS_MONEY4_TYPE = 15,
-  CS_NUMERIC_TYPE = 16,
-  CS_DECIMAL_TYPE = 17,
-  CS_VARCHAR_TYPE = 18,
-  CS_VARBINARY_TYPE = 19,
-  CS_LONG_TYPE = 20,
-  CS_SENSITIVITY_TYPE = 21,
-  CS_BOUNDARY_TYPE = 22,
-  CS_VOID_TYPE = 23,
-  CS_USHORT_TYPE = 24,
-  CS_UNICHAR_TYPE = 25,
-  CS_USER_TYPE = 26
+  CS_CHAR_TYPE = 0,         /**< text of maxlength bytes */
+  CS_BINARY_TYPE = 1,       /**< maxlength bytes */
+  CS_LONGCHAR_TYPE = 2,     /**< as CS_CHAR_TYPE */
+  CS_LONGBINARY_TYPE = 3,   /**< as CS_BINARY_TYPE */
+  CS_TEXT_TYPE = 4,         /**< as CS_CHAR_TYPE */
+  CS_IMAGE_TYPE = 5,        /**< as CS_BINARY_TYPE */
+  CS_TINYINT_TYPE = 6,      /**< CS_TINYINT */
+  CS_SMALLINT_TYPE = 7,     /**< CS_SMALLINT */
+  CS_INT_TYPE = 8,          /**< CS_INT */
+  CS_REAL_TYPE = 9,         /**< CS_REAL */
+  CS_FLOAT_TYPE = 10,       /**< CS_FLOAT */
+  CS_BIT_TYPE = 11,         /**< CS_BIT */
+  CS_DATETIME_TYPE = 12,    /**< CS_DATETIME */
+  CS_DATETIME4_TYPE = 13,   /**< CS_DATETIME4 */
+  CS_MONEY_TYPE = 14,       /**< CS_MONEY */
+  CS_MONEY4_TYPE = 15,      /**< CS_MONEY4 */
+  CS_NUMERIC_TYPE = 16,     /**< CS_NUMERIC */
+  CS_DECIMAL_TYPE = 17,     /**< CS_DECIMAL */
+  CS_VARCHAR_TYPE = 18,     /**< CS_VARCHAR */
+  CS_VARBINARY_TYPE = 19,   /**< CS_VARBINARY */
+  CS_LONG_TYPE = 20,        /**< eight bytes where a routine converts to it */
+  CS_SENSITIVITY_TYPE = 21, /**< as CS_CHAR_TYPE */
+  CS_BOUNDARY_TYPE = 22,    /**< as CS_CHAR_TYPE */
+  CS_VOID_TYPE = 23,        /**< no value: as a source, the null value of the destination */
+  CS_USHORT_TYPE = 24,      /**< CS_USHORT; nothing but a null value converts to it */
+  CS_UNICHAR_TYPE = 25,     /**< UTF-16 text of maxlength bytes, in the processor's byte order */
+  CS_USER_TYPE = 26         /**< the first code of the host's */
 };
 
 /** Sizes of the contract. */
@@ -92,10 +92,10 @@ enum {
 
 /** Argument values shared by all services. */
 enum {
-  CS_GET = 33,
-  CS_SET = 34,
-  CS_CLEAR = 35,
-  CS_UNUSED = -99999,
+  CS_GET = 33,            /**< action: read a property */
+  CS_SET = 34,            /**< action: change a property */
+  CS_CLEAR = 35,          /**< action: set a property back */
+  CS_UNUSED = -99999,     /**< no value, where a routine allows it */
   CS_NULLTERM = -9,       /**< a length: the text ends at its NUL */
   CS_USE_SRCVALUE = -2562 /**< in a destination's precision or scale: take the source value's */
 };
