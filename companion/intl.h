@@ -13,9 +13,9 @@
  *
  * Sectioned files
  *
- *   ; a comment: blanks may stand before the ";"
- *   [section]
- *   key = value, another value, " a value with, blanks "" and quotes "
+ *     ; a comment: blanks may stand before the ";"
+ *     [section]
+ *     key = value, another value, " a value with, blanks "" and quotes "
  *
  * Blanks (spaces and tabs) around names and unquoted values do not count. n commas part n + 1
  * values, any of them may be empty. Lines end in LF or CR LF and have any length. A quoted value
@@ -84,8 +84,10 @@ COMN_API CS_INT intl_errstr(CS_INT status, CS_CHAR* buffer, CS_INT buflen);
 /** Opens any file; as intl_open otherwise. */
 COMN_API CS_INT intl_iocsfopen(const CS_CHAR* path, INTL_HANDLE* handle);
 
-/** Reads up to `buflen` next bytes; returns how many, 0 at the end of the file, or a negative
- * status. */
+/**
+ * Reads up to `buflen` next bytes; returns how many, 0 at the end of the file, or a negative
+ * status.
+ */
 COMN_API CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer, CS_INT buflen);
 
 /** Closes the file. 0 or a negative status; the handle is gone either way. */

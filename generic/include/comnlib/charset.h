@@ -96,10 +96,12 @@ COMN_API char_attrib* com_alloc_char_attrib(CS_VOID);
 COMN_API CS_RETCODE com_free_char_attrib(char_attrib* attrib);
 
 /**
- * Fills `attrib` from the image of a character set that the caller holds. COM_IMAGE_SINGLEBYTE: 257
- * char_map entries, then 257 bytes of sound-alike codes. COM_IMAGE_MULTIBYTE: a header of 44 bytes,
- * then the maps at the offsets that it gives; class and status come from the header. The image is
- * taken on trust.
+ * Fills `attrib` from the image of a character set that the caller holds.
+ *
+ * - COM_IMAGE_SINGLEBYTE: 257 char_map entries, then 257 bytes of sound-alike codes.
+ * - COM_IMAGE_MULTIBYTE: a header of 44 bytes, then the maps at the offsets that it gives; class
+ * and status come from the header. The image is taken on trust.
+ *
  * `name` is NUL-terminated; its first 30 characters are kept. The maps point into the image, which
  * must outlive the attributes. CS_SUCCEED; CS_FAIL for a null image or attrib or another kind.
  */
@@ -183,8 +185,10 @@ COMN_API CS_INT comn_str_to_ascii(const char_attrib* attrib, const CS_BYTE* src,
 /** @name The older classification of single bytes
  * Over one fixed ISO 8859-1 table in which every printable byte is graphic. */
 /**@{*/
-/** com_toupper, com_tolower: the byte in that case; com_isalpha and so on: its class bits under the
- * mask of the class, not 0 or 1. */
+/**
+ * com_toupper, com_tolower: the byte in that case; com_isalpha and so on: its class bits under the
+ * mask of the class, not 0 or 1.
+ */
 COMN_API CS_INT com_toupper(CS_BYTE byte);
 COMN_API CS_INT com_tolower(CS_BYTE byte);
 COMN_API CS_INT com_isalpha(CS_BYTE byte);

@@ -118,14 +118,15 @@ COMN_CONVERSION(comn_voidtovoid);
 /** @name Raw bytes
  * The bytes of a fixed-length value of `size` bytes into a binary or varbinary destination. */
 /**@{*/
-/** To a binary destination: cut with CS_CVT_TRUNCATED when destfmt->maxlength is smaller, else
- * padded. */
+/**
+ * To a binary destination: cut with CS_CVT_TRUNCATED when destfmt->maxlength is smaller, else
+ * padded.
+ */
 COMN_API CS_RETCODE comn_fixedtobin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
                                     const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                     CS_INT* destlen, CS_INT size);
 
-/** To a varbinary destination: at most 256 bytes, CS_CVT_OVERFLOW when there are more; length 258.
- */
+/** To a varbinary destination: at most 256 bytes, with CS_CVT_OVERFLOW for more. Length 258. */
 COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* srcfmt,
                                        const CS_VOID* src, const CS_DATAFMT* destfmt, CS_VOID* dest,
                                        CS_INT* destlen, CS_INT size);

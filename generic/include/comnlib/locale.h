@@ -8,9 +8,10 @@
  * categories of a CS_LOCALE at the entry. At the end it calls comn_loc_drop_all,
  * com_intl_loccache_drop, com_intl_chardesc_drop, comn_lm_exit, and deletes the mutex.
  *
- * Results: CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, and
- *   CS_INTL_LIBERR  a call of the companion library failed; its status is in ctxintlerr
- *   CS_INTL_NOFILE  a file could not be opened; the status is in ctxintlerr
+ * Results are CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_INTL_LIBERR (a call of the companion library
+ * failed; its status is in ctxintlerr) and CS_INTL_NOFILE (a file could not be opened; the status
+ * is in ctxintlerr).
+ *
  * An error buffer (`errbuf`, `errlen` bytes; null for none) receives the path of the file that was
  * opened last, cut to fit and NUL-terminated, on success too.
  *
