@@ -405,7 +405,8 @@ COMN_CONVERSION(comn_varbintounichar);
  *                          or scale was to come of the text.
  * tomoney, tomny4          As money.h says of text.
  * todatetime, todate4      As datetime.h says of text. CS_CVT_OVERFLOW for a date that does not
- *                          exist or leaves the range, with length 0.
+ *                          exist or leaves the range, with length 0; CS_MEM_ERROR, from CS_UNICHAR,
+ *                          as between character sets.
  * tobin, tovarbin          An optional "0x", then hexadecimal digits, an odd count meaning a
  *                          leading zero. Cut with CS_CVT_TRUNCATED.
  * tochar, tounichar        Copied, or converted when the character sets differ, as far as whole
@@ -414,8 +415,9 @@ COMN_CONVERSION(comn_varbintounichar);
  *                          the last byte loses that byte to a NUL where CS_DFMT_NULLTERM asks for
  *                          one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles single
  *                          quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination.
- *                          Between character sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE and
- *                          CS_CVT_NOXLATE. CS_CVT_FORMAT when both paddings are asked for.
+ *                          Between character sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE,
+ *                          CS_CVT_NOXLATE and, when a set's table is first needed, CS_MEM_ERROR.
+ *                          CS_CVT_FORMAT when both paddings are asked for.
  * tovarchar                The same into 256 bytes, without padding or quotes. Length 258.
  */
 COMN_CONVERSION(comn_chartobit);
@@ -475,9 +477,9 @@ COMN_CONVERSION(comn_unichartoi8);
 COMN_CONVERSION(comn_unichartotext);
 COMN_CONVERSION(comn_unichartoimage);
 
-/* Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the same
-   rule. Month names come out of the character set of their locale: CS_CVT_BADXLATE, CS_CVT_NOXLATE
-   and CS_MEM_ERROR, with length 0. */
+/* Into CS_UNICHAR from the other types: the text that tochar gives, in UTF-16 and placed by the
+   same rule. Month names come out of the character set of their locale: CS_CVT_BADXLATE,
+   CS_CVT_NOXLATE and CS_MEM_ERROR, with length 0. */
 COMN_CONVERSION(comn_i1tounichar);
 COMN_CONVERSION(comn_i2tounichar);
 COMN_CONVERSION(comn_i4tounichar);
