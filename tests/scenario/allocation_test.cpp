@@ -139,7 +139,7 @@ void lists(Run& run) {
     for (const std::size_t at : {0, 3}) EXPECT_EQ(CS_SUCCEED, apply(LM_OP_DELETE, elements[at]));
     return words(apply(LM_OP_INSERT, elements[5]), contents());
   });
-  run.see("drop", [&] { return words(lm_list_drop(other), handles()); });
+  run.see("drop", [&] { return words(lm_list_drop(list), handles()); });
   EXPECT_EQ(CS_SUCCEED, lm_exit(context));
 }
 
@@ -226,13 +226,17 @@ void use_pool(Run& run, MmHandle* pool, CS_INT kind) {
   run.see("busy", [&] { return words(comn_mmdrop(pool, CS_UNUSED), PoolHost::held); });
 }
 
-template <CS_INT Kind, bool Locked>
+enum class Control { kAllocated, kOfCaller };
+
+template <CS_INT Kind, bool Locked, Control From = Control::kAllocated>
 void pools(Run& run) {
+  alignas(4) static std::array<CS_BYTE, MM_CTL_SIZE> control;
   PoolHost host;
   if (Locked) host.ctxthread = &host.threads;
   MmHandle* pool = nullptr;
+  if (From == Control::kOfCaller) pool = reinterpret_cast<MmHandle*>(control.data());
   run.step("pool", {made(pool), CS_FAIL}, [&] { return comn_mminit(&host, &pool); });
-  if (pool == nullptr) return;
+  if (run.over()) return;
   use_pool(run, pool, Kind);
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
 }
@@ -584,22 +588,24 @@ TEST_P(Allocations, FailInTurn) {
   EXPECT_LT(0U, scenario::sweep(GetParam().run));
 }
 
-constexpr Scenario kScenarios[] = {{"Context", context_tables},
-                                   {"LinkedList", lists<LM_DLINK>},
-                                   {"Queue", lists<LM_QUEUE>},
-                                   {"Stack", lists<LM_STACK>},
-                                   {"ChainedTable", lists<LM_CHASH>},
-                                   {"OpenTable", lists<LM_DHASH>},
-                                   {"BuddyPool", pools<MM_POOL_BUDDY, false>},
-                                   {"AllocOnlyPool", pools<MM_POOL_ALLOCONLY, false>},
-                                   {"UniformPool", pools<MM_POOL_UNIFORM, false>},
-                                   {"LockedPool", pools<MM_POOL_BUDDY, true>},
-                                   {"ManagedPool", managed_pool},
-                                   {"ThreadObjects", thread_objects},
-                                   {"Locales", locales},
-                                   {"ConversionTables", conversion_tables},
-                                   {"SectionedFiles", sectioned_files},
-                                   {"Configuration", configuration}};
+constexpr Scenario kScenarios[] = {
+    {"Context", context_tables},
+    {"LinkedList", lists<LM_DLINK>},
+    {"Queue", lists<LM_QUEUE>},
+    {"Stack", lists<LM_STACK>},
+    {"ChainedTable", lists<LM_CHASH>},
+    {"OpenTable", lists<LM_DHASH>},
+    {"BuddyPool", pools<MM_POOL_BUDDY, false>},
+    {"AllocOnlyPool", pools<MM_POOL_ALLOCONLY, false>},
+    {"UniformPool", pools<MM_POOL_UNIFORM, false>},
+    {"LockedPool", pools<MM_POOL_BUDDY, true>},
+    {"PoolInControlArea", pools<MM_POOL_BUDDY, true, Control::kOfCaller>},
+    {"ManagedPool", managed_pool},
+    {"ThreadObjects", thread_objects},
+    {"Locales", locales},
+    {"ConversionTables", conversion_tables},
+    {"SectionedFiles", sectioned_files},
+    {"Configuration", configuration}};
 INSTANTIATE_TEST_SUITE_P(All, Allocations, testing::ValuesIn(kScenarios),
                          [](const auto& row) { return row.param.name; });
 
