@@ -9,8 +9,10 @@ if(COMNLIB_SANITIZE)
   add_compile_options(-fsanitize=${COMNLIB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${COMNLIB_SANITIZE})
 endif()
+# Only the library counts, atomically, since tests run it in several threads.
+add_library(comnlib_coverage INTERFACE)
 if(COMNLIB_COVERAGE)
-  add_compile_options(--coverage)
+  target_compile_options(comnlib_coverage INTERFACE --coverage -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()
 

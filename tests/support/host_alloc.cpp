@@ -8,11 +8,13 @@
 namespace {
 
 std::atomic<std::size_t> live{0};
+std::atomic<std::size_t> asked{0};
 std::atomic<std::size_t> countdown{0};  // 0: nothing fails
 std::atomic<bool> keep_failing{false};
 std::atomic<bool> has_failed{false};
 
 bool fails_now() {
+  ++asked;
   if (has_failed.load()) return keep_failing.load();
   std::size_t left = countdown.load();
   while (left != 0 && !countdown.compare_exchange_weak(left, left - 1)) {
@@ -33,6 +35,10 @@ namespace host_alloc {
 
 std::size_t live_blocks() {
   return live.load();
+}
+
+std::size_t allocations() {
+  return asked.load();
 }
 
 Failing::Failing(std::size_t first, Mode mode) {

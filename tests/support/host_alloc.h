@@ -9,6 +9,9 @@ namespace host_alloc {
 // Blocks allocated through comn_malloc, comn_calloc and comn_realloc and not yet freed.
 std::size_t live_blocks();
 
+// How often memory has been asked for, in vain or not.
+std::size_t allocations();
+
 // While it lives, makes allocations fail: the `first`-th from now on (1 is the next one), once or
 // from there on. The destructor ends it.
 class Failing {

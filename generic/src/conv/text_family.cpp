@@ -117,9 +117,19 @@ std::string_view view_of(Bytes bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+struct DateLiteral {
+  CS_RETCODE code;
+  CS_DATETIME value;
+};
+
+DateLiteral judge(const ParsedDate& parsed) {
+  if (parsed.status == DateText::done) return {CS_SUCCEED, parsed.value};
+  return {parsed.status == DateText::overflow ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX, {}};
+}
+
 // Month names are bytes of the conventions' own character set; digits of another width are read in
-// their ASCII form.
-ParsedDate parse_date(const Literal& literal) {
+// their ASCII form. Without memory for the table of that set nothing is known of the text.
+DateLiteral read_date(const Literal& literal) {
   const Conversion& call = literal.call;
   const DateConventions& conventions = date_conventions(*call.context, *call.srcfmt);
   ParsedDate plain{DateText::syntax, {}};
@@ -128,16 +138,17 @@ ParsedDate parse_date(const Literal& literal) {
     const Encoding names = date_encoding(*call.context, *call.srcfmt);
     const Translated narrow = translate(call.context, {nullptr, true}, {names.charset, names.utf16},
                                         literal.text.bytes, room);
+    if (narrow.code == CS_MEM_ERROR) return {CS_MEM_ERROR, {}};
     if (narrow.code == CS_SUCCEED)
       plain = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
   } else {
     plain = parse_datetime(view_of(literal.text.bytes), conventions);
-    if (literal.text.attrib == nullptr) return plain;
+    if (literal.text.attrib == nullptr) return judge(plain);
   }
-  if (plain.status != DateText::syntax) return plain;
+  if (plain.status != DateText::syntax) return judge(plain);
   const AsciiForm form(literal.text);
-  if (!form.valid()) return {DateText::syntax, {}};
-  return parse_datetime(form.view(), conventions);
+  if (!form.valid()) return {CS_CVT_SYNTAX, {}};
+  return judge(parse_datetime(form.view(), conventions));
 }
 
 // The hexadecimal digits of a literal, behind an optional "0x".
@@ -241,25 +252,20 @@ CS_RETCODE ToMoney4::convert(const Literal& literal) {
 }
 
 CS_RETCODE ToDatetime::convert(const Literal& literal) {
-  const ParsedDate parsed = parse_date(literal);
-  if (parsed.status == DateText::syntax) return syntax_error(literal.call);
-  if (parsed.status == DateText::overflow) {
-    *literal.call.destlen = 0;
-    return CS_CVT_OVERFLOW;
-  }
+  const DateLiteral date = read_date(literal);
+  *literal.call.destlen = 0;
+  if (date.code != CS_SUCCEED) return date.code;
   *literal.call.destlen = sizeof(CS_DATETIME);
-  store(literal.call.dest, parsed.value);
+  store(literal.call.dest, date.value);
   return CS_SUCCEED;
 }
 
 CS_RETCODE ToDatetime4::convert(const Literal& literal) {
-  const ParsedDate parsed = parse_date(literal);
-  if (parsed.status == DateText::syntax) return syntax_error(literal.call);
+  const DateLiteral date = read_date(literal);
+  *literal.call.destlen = 0;
+  if (date.code != CS_SUCCEED) return date.code;
   CS_DATETIME4 small;
-  if (parsed.status == DateText::overflow || com__dttodate4(&parsed.value, &small) != 0) {
-    *literal.call.destlen = 0;
-    return CS_CVT_OVERFLOW;
-  }
+  if (com__dttodate4(&date.value, &small) != 0) return CS_CVT_OVERFLOW;
   *literal.call.destlen = sizeof(CS_DATETIME4);
   store(literal.call.dest, small);
   return CS_SUCCEED;
