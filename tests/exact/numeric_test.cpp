@@ -234,7 +234,7 @@ class NumericConversion : public testing::Test {
   CS_INT length_ = -1;
 };
 
-TEST_F(NumericConversion, ToIntegersOnTheExactValue) {
+TEST_F(NumericConversion, ToIntegers) {
   constexpr CS_RETCODE over = CS_CVT_OVERFLOW;
   expect_integer<CS_TINYINT>("255", CS_TINYINT_TYPE, 255, CS_SUCCEED);
   expect_integer<CS_TINYINT>("255.5", CS_TINYINT_TYPE, 255, over);
@@ -242,13 +242,16 @@ TEST_F(NumericConversion, ToIntegersOnTheExactValue) {
   expect_integer<CS_TINYINT>("-0.5", CS_TINYINT_TYPE, 0, over);
   expect_integer<CS_TINYINT>("-0.0", CS_TINYINT_TYPE, 0, CS_SUCCEED);
   expect_integer<CS_SMALLINT>("-32768", CS_SMALLINT_TYPE, -32768, CS_SUCCEED);
-  expect_integer<CS_SMALLINT>("-32768.00000000000000000000000001", CS_SMALLINT_TYPE, -32768, over);
+  expect_integer<CS_SMALLINT>("-32768.00000000001", CS_SMALLINT_TYPE, -32768, over);
+  expect_integer<CS_SMALLINT>("-6.99999999999999999999", CS_SMALLINT_TYPE, -7, CS_SUCCEED);
   expect_integer<CS_SMALLINT>("1e40", CS_SMALLINT_TYPE, 32767, over);
-  expect_integer<CS_INT>("2147483647.00000000000000000001", CS_INT_TYPE, 2147483647, over);
+  expect_integer<CS_INT>("2147483647.00000000000000000001", CS_INT_TYPE, 2147483647, CS_SUCCEED);
+  expect_integer<CS_INT>("2147483647.5", CS_INT_TYPE, 2147483647, over);
   expect_integer<CS_INT>("-2.7", CS_INT_TYPE, -2, CS_SUCCEED);
   using Long = std::numeric_limits<std::int64_t>;
   expect_integer<std::int64_t>("9223372036854775807", CS_LONG_TYPE, Long::max(), CS_SUCCEED);
   expect_integer<std::int64_t>("-9223372036854775808", CS_LONG_TYPE, Long::min(), CS_SUCCEED);
+  expect_integer<std::int64_t>("6.99999999999999999999", CS_LONG_TYPE, 6, CS_SUCCEED);
   expect_integer<std::int64_t>("9223372036854775807.5", CS_LONG_TYPE, Long::max(), over);
   expect_integer<std::int64_t>("-9223372036854775809", CS_LONG_TYPE, Long::min(), over);
   expect_integer<CS_BIT>("1e-77", CS_BIT_TYPE, 1, CS_SUCCEED);

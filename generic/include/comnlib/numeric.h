@@ -58,9 +58,10 @@ COMN_API CS_RETCODE comn_num_addorsub(const CS_NUMERIC* op1, const CS_NUMERIC* o
 /**
  * result := op1 * op2.
  *
- * CS_SUCCEED; CS_CVT_DOMAIN as for comn_numadd; CS_CVT_OVERFLOW when the product has more than 77
- * digits or 32 bytes before it is brought to the result's scale (the result is zero
- * then), or when the limit of 77 digits costs it nonzero decimals (the cut value is stored).
+ * CS_SUCCEED; CS_CVT_DOMAIN as for comn_numadd; CS_CVT_OVERFLOW when the product has more than 32
+ * bytes before it is brought to the result's scale, more than 77 decimals have to go for that, or
+ * more than 77 digits are left (the result is zero then), or when the limit of 77 digits costs it
+ * nonzero decimals (the cut value is stored).
  */
 COMN_API CS_RETCODE comn_nummul(const CS_NUMERIC* op1, const CS_NUMERIC* op2, CS_NUMERIC* result);
 

@@ -1,4 +1,4 @@
-// The conversions from CS_NUMERIC and CS_DECIMAL. Every range is judged on the exact value.
+// The conversions from CS_NUMERIC and CS_DECIMAL.
 #include "conv/number_family.h"
 #include "conv/to_numeric.h"
 #include "exact/mny4cnvt.h"
@@ -15,13 +15,11 @@ constexpr bool in_domain(const CS_NUMERIC& numeric) {
   return is_precision(numeric.precision) && is_scale(numeric.scale);
 }
 
-template <std::integral T, CS_INT Datatype>
-struct NumericToInteger : FixedTarget<Datatype, sizeof(T)> {
+struct NumericToLong : FixedTarget<CS_LONG_TYPE, sizeof(std::int64_t)> {
   static CS_RETCODE convert(SourceRecord value, const Conversion& call) {
     std::int64_t integer = 0;
-    const CS_INT status =
-        to_integer(value, std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), integer);
-    store(call.dest, static_cast<T>(integer));
+    const CS_INT status = to_integer(value, integer);
+    store(call.dest, integer);
     return exact_code(status);
   }
 };
@@ -39,6 +37,14 @@ CS_FLOAT nearest_double(SourceRecord value) {
   require(com__subexctnumetoflt8(&value, &number) == kExactOk);
   return number;
 }
+
+// By way of a double, and so with its digits: 1.99999999999999999999 is 2.
+template <std::integral T, CS_INT Datatype>
+struct NumericToInteger : FixedTarget<Datatype, sizeof(T)> {
+  static CS_RETCODE convert(SourceRecord value, const Conversion& call) {
+    return ToInteger<T, Datatype>::convert(nearest_double(value), call);
+  }
+};
 
 struct NumericToFlt8 : FixedTarget<CS_FLOAT_TYPE, sizeof(CS_FLOAT)> {
   static CS_RETCODE convert(SourceRecord value, const Conversion& call) {
@@ -119,7 +125,6 @@ struct NumericToVarbinary : ToVarbinary {
 using NumericToI1 = NumericToInteger<CS_TINYINT, CS_TINYINT_TYPE>;
 using NumericToI2 = NumericToInteger<CS_SMALLINT, CS_SMALLINT_TYPE>;
 using NumericToI4 = NumericToInteger<CS_INT, CS_INT_TYPE>;
-using NumericToI8 = NumericToInteger<std::int64_t, CS_LONG_TYPE>;
 
 // The body of every member. The source is copied, so a destination may share its bytes.
 template <class Target>
@@ -145,7 +150,7 @@ COMNLIB_NUMERIC_MEMBER(comn_numtobit, NumericToBit)
 COMNLIB_NUMERIC_MEMBER(comn_numtoi1, NumericToI1)
 COMNLIB_NUMERIC_MEMBER(comn_numtoi2, NumericToI2)
 COMNLIB_NUMERIC_MEMBER(comn_numtoi4, NumericToI4)
-COMNLIB_NUMERIC_MEMBER(comn_numtoi8, NumericToI8)
+COMNLIB_NUMERIC_MEMBER(comn_numtoi8, NumericToLong)
 COMNLIB_NUMERIC_MEMBER(comn_numtoflt4, NumericToFlt4)
 COMNLIB_NUMERIC_MEMBER(comn_numtoflt8, NumericToFlt8)
 COMNLIB_NUMERIC_MEMBER(comn_numtonum, NumericToNumeric)

@@ -37,13 +37,11 @@ inline int compare_bytes(const CS_BYTE* a, const CS_BYTE* b, std::size_t count) 
 // word is read before it or what lies above it is written.
 inline unsigned char add_bytes(const CS_BYTE* a, const CS_BYTE* b, CS_BYTE* to, std::size_t count) {
   unsigned char carry = 0;
-  for (; count >= 4; count -= 4) {
-    Limb sum;
-    carry = add_with_carry(carry, load_word(a + count - 4), load_word(b + count - 4), sum);
-    store_word(to + count - 4, sum);
-  }
+  for (; count >= 4; count -= 4)
+    store_word(to + count - 4,
+               add_with_carry(load_word(a + count - 4), load_word(b + count - 4), carry));
   for (; count > 0; --count) {
-    const unsigned sum = a[count - 1] + b[count - 1] + unsigned{carry};
+    const Limb sum = a[count - 1] + b[count - 1] + carry;
     to[count - 1] = static_cast<CS_BYTE>(sum);
     carry = static_cast<unsigned char>(sum >> 8);
   }
@@ -53,16 +51,13 @@ inline unsigned char add_bytes(const CS_BYTE* a, const CS_BYTE* b, CS_BYTE* to, 
 // to := a - b for a >= b; `to` as above.
 inline void subtract_bytes(const CS_BYTE* a, const CS_BYTE* b, CS_BYTE* to, std::size_t count) {
   unsigned char borrow = 0;
-  for (; count >= 4; count -= 4) {
-    Limb difference;
-    borrow = subtract_with_borrow(borrow, load_word(a + count - 4), load_word(b + count - 4),
-                                  difference);
-    store_word(to + count - 4, difference);
-  }
+  for (; count >= 4; count -= 4)
+    store_word(to + count - 4,
+               subtract_with_borrow(load_word(a + count - 4), load_word(b + count - 4), borrow));
   for (; count > 0; --count) {
-    const unsigned difference = a[count - 1] - b[count - 1] - unsigned{borrow};
+    const Limb difference = a[count - 1] - b[count - 1] - borrow;
     to[count - 1] = static_cast<CS_BYTE>(difference);
-    borrow = difference >> 8 & 1;
+    borrow = static_cast<unsigned char>(difference >> 31);
   }
 }
 

@@ -98,69 +98,86 @@ CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags
 
 namespace {
 
-// Takes a text apart character by character, looking at whole characters alone: the class of a
-// character that the end of the text cuts is that of no character.
+// Takes a text apart character by character.
 class Characters {
  public:
-  Characters(std::basic_string_view<CS_CHAR> text, const char_attrib* charset)
+  Characters(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
       : at_(reinterpret_cast<const CS_BYTE*>(text.data())),
         end_(at_ + text.size()),
-        charset_(charset == nullptr ? com_get_charattrib() : charset) {
-    measure();
-  }
+        charset_(charset) {}
 
   bool done() const { return at_ == end_; }
-
-  // A single byte as it is, a longer character as ASCII, 0 when it has no such form.
-  int ascii() const { return ascii_; }
-  bool is_digit() const { return ascii_ >= '0' && ascii_ <= '9'; }
-  Limb digit() const { return static_cast<Limb>(ascii_ - '0'); }
-
   bool is_space() const { return has(&comn_isspace, ~0); }
   bool is_currency() const { return has(&comn_get_lex, COMN_LEX_CURRENCY); }
 
+ protected:
+  using Query = CS_INT (*)(const char_attrib*, const CS_BYTE*);
+
+  // The tables may take a last byte for the first of two, whatever its width.
+  bool has(Query query, CS_INT mask) const {
+    if (done()) return false;
+    const CS_BYTE pair[] = {*at_, end_ - at_ > 1 ? at_[1] : CS_BYTE{0}};
+    return (query(&charset_, pair) & mask) != 0;
+  }
+
+  const CS_BYTE* at_;
+  const CS_BYTE* end_;
+  const char_attrib& charset_;
+};
+
+// Of a set without widths: each byte is a character.
+class Bytes : public Characters {
+ public:
+  using Characters::Characters;
+
+  int ascii() const { return done() ? 0 : *at_; }
+  void advance() { ++at_; }
+};
+
+// Of other sets, whole characters alone: the class of one that the end of the text cuts is that of
+// no character.
+class WholeCharacters : public Characters {
+ public:
+  WholeCharacters(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
+      : Characters(text, charset) {
+    measure();
+  }
+
+  // A single byte as it is, a longer character as ASCII, 0 when it has no such form.
+  int ascii() const { return ascii_; }
+  bool is_space() const { return !cut_ && Characters::is_space(); }
+  bool is_currency() const { return !cut_ && Characters::is_currency(); }
   void advance() {
     at_ += width_;
     measure();
   }
 
  private:
-  using Query = CS_INT (*)(const char_attrib*, const CS_BYTE*);
-
   void measure() {
     ascii_ = 0;
     width_ = 0;
     if (done()) return;
     const CS_INT left = end_ - at_;
-    width_ = charset_->cs_width_map == nullptr ? 1 : comn_char_width(charset_, at_);
+    width_ = comn_char_width(&charset_, at_);
     if (width_ == 1) {
       ascii_ = *at_;
     } else if (width_ <= left) {
-      ascii_ = comn_to_ascii(charset_, at_);
+      ascii_ = comn_to_ascii(&charset_, at_);
     } else {
       width_ = left;
       cut_ = true;
     }
   }
 
-  // The tables may take a last byte for the first of two, whatever its width.
-  bool has(Query query, CS_INT mask) const {
-    if (done() || cut_) return false;
-    const CS_BYTE pair[] = {*at_, end_ - at_ > 1 ? at_[1] : CS_BYTE{0}};
-    return (query(charset_, pair) & mask) != 0;
-  }
-
-  const CS_BYTE* at_;
-  const CS_BYTE* end_;
-  const char_attrib* charset_;
   CS_INT width_;
   int ascii_;
   bool cut_ = false;
 };
 
+template <class Reader>
 class Parser {
  public:
-  Parser(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) : text_(text, charset) {}
+  Parser(std::basic_string_view<CS_CHAR> text, const char_attrib& charset) : text_(text, charset) {}
 
   Parsed run() {
     CS_INT status = read_prefix();
@@ -175,7 +192,7 @@ class Parser {
   CS_INT read_prefix() {
     bool sign = false;
     bool currency = false;
-    for (; !text_.done() && !text_.is_digit() && text_.ascii() != '.'; text_.advance()) {
+    for (; !text_.done() && !at_digit() && text_.ascii() != '.'; text_.advance()) {
       if (text_.ascii() == ' ') continue;
       bool& seen = text_.ascii() == '+' || text_.ascii() == '-' ? sign : currency;
       if (&seen == &currency && !text_.is_currency()) break;
@@ -192,7 +209,7 @@ class Parser {
     int group = 0;
     bool digits = false;
     for (; !text_.done(); text_.advance()) {
-      if (text_.is_digit()) {
+      if (at_digit()) {
         if (!take_digit()) return kExactOverflow;
         digits = true;
         ++group;
@@ -208,12 +225,12 @@ class Parser {
 
   CS_INT read_fraction() {
     if (text_.ascii() != '.') return kExactOk;
-    for (text_.advance(); text_.is_digit(); text_.advance(), ++decimals_) {
+    for (text_.advance(); at_digit(); text_.advance(), ++decimals_) {
       if (decimals_ < kDecimals) {
         if (!take_digit()) return kExactOverflow;
       } else if (decimals_ == kDecimals) {
-        if (value_ == kSmallestAbsolute && text_.digit() != 0) return kExactOverflow;
-        value_ += text_.digit() >= 5;
+        if (value_ == kSmallestAbsolute && digit() != 0) return kExactOverflow;
+        value_ += digit() >= 5;
       }
     }
     return kExactOk;
@@ -235,25 +252,29 @@ class Parser {
     return {*value, kExactOk};
   }
 
-  bool take_digit() {
-    constexpr Absolute kAlmostSmallest = kSmallestAbsolute / 10;
-    if (negative_ && value_ == kAlmostSmallest && text_.digit() == 8) {
-      value_ = kSmallestAbsolute;
-      return true;
-    }
-    return scale(10, text_.digit());
-  }
+  bool at_digit() const { return text_.ascii() >= '0' && text_.ascii() <= '9'; }
+  Limb digit() const { return static_cast<Limb>(text_.ascii() - '0'); }
 
-  // No sum reaches bit 63 this way, negative or not.
-  bool scale(Limb factor, Limb addend = 0) {
-    const Absolute low = Absolute{static_cast<Limb>(value_)} * factor + addend;
-    const Absolute high = Absolute{static_cast<Limb>(value_ >> 32)} * factor + (low >> 32);
-    if (high >> 31 != 0) return false;
-    value_ = high << 32 | static_cast<Limb>(low);
+  // A negative value may reach 2^63 this way.
+  bool take_digit() {
+    constexpr Absolute kTenth = kSmallestAbsolute / 10;
+    if (value_ > kTenth) return false;
+    const Absolute next = value_ * 10 + digit();
+    if (next > kSmallestAbsolute - (negative_ ? 0 : 1)) return false;
+    value_ = next;
     return true;
   }
 
-  Characters text_;
+  // No product reaches bit 63, negative or not.
+  bool scale(Limb factor) {
+    Absolute scaled;
+    if (__builtin_mul_overflow(value_, factor, &scaled) || scaled >= kSmallestAbsolute)
+      return false;
+    value_ = scaled;
+    return true;
+  }
+
+  Reader text_;
   Absolute value_ = 0;
   bool negative_ = false;
   int decimals_ = 0;
@@ -262,7 +283,9 @@ class Parser {
 }  // namespace
 
 Parsed parse(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) {
-  return Parser(text, charset).run();
+  const char_attrib& set = charset == nullptr ? *com_get_charattrib() : *charset;
+  return set.cs_width_map == nullptr ? Parser<Bytes>(text, set).run()
+                                     : Parser<WholeCharacters>(text, set).run();
 }
 
 }  // namespace comnlib::money

@@ -1,5 +1,6 @@
 // The parts of the kernel that work on magnitudes already read, for the routines of this room that
-// would otherwise pass through bytes.
+// would otherwise pass through bytes. Those that close an operation are inlined by force: their
+// working records then never stand in memory.
 #pragma once
 
 #include "exact/record.h"
@@ -17,7 +18,7 @@ inline CS_INT scale_by(Magnitude& value, int change) {
 
 // The last step of a signed operation: to the result's scale, then checked against its precision
 // and length. Overflow clears the result.
-inline CS_INT finish(Number& number, int change, constant& result) {
+[[gnu::always_inline]] inline CS_INT finish(Number& number, int change, constant& result) {
   const CS_INT status = scale_by(number.magnitude, change);
   if (status == kExactOverflow || exceeds(number.magnitude, result.prec) ||
       !fits(number.magnitude, result))
@@ -51,7 +52,8 @@ inline CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn
 }
 
 // result := op1 * op2; see com__exctnume_mul.
-inline CS_INT product(const constant& op1, const constant& op2, constant& result) {
+[[gnu::always_inline]] inline CS_INT product(const constant& op1, const constant& op2,
+                                             constant& result) {
   Magnitude a;
   Magnitude b;
   Number number;

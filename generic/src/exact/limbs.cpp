@@ -103,20 +103,26 @@ void multiply(Limbs a, Limbs b, Magnitude& product) {
     product.trim(0);
     return;
   }
+  const Limb* const a_end = a.data() + a.size();
+  const Limb* const b_last = &b.back();
+  // A column's limbs of `a` from `left` up to `end`, those of `b` from `right` downwards.
+  const Limb* left = a.data();
+  const Limb* end = left + 1;
+  const Limb* right = b.data();
   Limb* out = product.data();
-  const std::size_t columns = a.size() + b.size() - 1;
   Column sum;
-  for (std::size_t at = 0; at < columns; ++at) {
-    const std::size_t first = at < b.size() ? 0 : at - b.size() + 1;
-    const std::size_t last = std::min(at + 1, a.size());
-    const Limb* left = a.data() + first;
-    const Limb* right = b.data() + (at - first);
-    for (const Limb* const end = a.data() + last; left != end; ++left, --right)
-      sum.add_product(*left, *right);
-    out[at] = sum.shift();
+  for (; left != a_end; ++out) {
+    const Limb* x = left;
+    const Limb* y = right;
+    do {
+      sum.add_product(*x, *y--);
+    } while (++x != end);
+    *out = sum.shift();
+    if (end != a_end) ++end;
+    right != b_last ? ++right : ++left;
   }
-  out[columns] = sum.shift();
-  product.trim(columns + 1);
+  *out = sum.shift();
+  product.trim(a.size() + b.size());
 }
 
 // Long division in base 2^32 (Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm

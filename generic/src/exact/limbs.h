@@ -63,17 +63,23 @@ inline Limb divide_wide(Limb high, Limb low, Limb divisor, Limb& remainder) {
   return quotient;
 }
 
-// The processor's carry, which the compiler does not recover from comparisons.
-inline unsigned char add_with_carry(unsigned char carry, Limb a, Limb b, Limb& sum) {
-  return __builtin_ia32_addcarryx_u32(carry, a, b, &sum);
+// One step of a sum or difference; `carry` and `borrow`, 0 or 1, go in and come out. Adding 255 to
+// them sets the processor's carry, which the compiler does not use by itself, and whose built-in
+// routines take every sum through memory.
+inline Limb add_with_carry(Limb a, Limb b, unsigned char& carry) {
+  __asm__("addb $-1, %[carry]\n\tadcl %[b], %[a]\n\tsetc %[carry]"
+          : [a] "+r"(a), [carry] "+q"(carry)
+          : [b] "r"(b)
+          : "cc");
+  return a;
 }
 
-inline unsigned char subtract_with_borrow(unsigned char borrow, Limb a, Limb b, Limb& difference) {
-#if defined(__clang__)
-  return __builtin_ia32_subborrow_u32(borrow, a, b, &difference);
-#else
-  return __builtin_ia32_sbb_u32(borrow, a, b, &difference);
-#endif
+inline Limb subtract_with_borrow(Limb a, Limb b, unsigned char& borrow) {
+  __asm__("addb $-1, %[borrow]\n\tsbbl %[b], %[a]\n\tsetc %[borrow]"
+          : [a] "+r"(a), [borrow] "+q"(borrow)
+          : [b] "r"(b)
+          : "cc");
+  return a;
 }
 
 inline std::size_t byte_length(Limbs value) {
@@ -126,8 +132,8 @@ inline void add(Limbs a, Limbs b, Magnitude& sum) {
   Limb* out = sum.data();
   unsigned char carry = 0;
   std::size_t at = 0;
-  for (; at < b.size(); ++at) carry = add_with_carry(carry, a[at], b[at], out[at]);
-  for (; at < a.size(); ++at) carry = add_with_carry(carry, a[at], 0, out[at]);
+  for (; at < b.size(); ++at) out[at] = add_with_carry(a[at], b[at], carry);
+  for (; at < a.size(); ++at) out[at] = add_with_carry(a[at], 0, carry);
   out[at] = carry;
   sum.trim(at + carry);
 }
@@ -137,8 +143,8 @@ inline void subtract(Limbs a, Limbs b, Magnitude& difference) {
   Limb* out = difference.data();
   unsigned char borrow = 0;
   std::size_t at = 0;
-  for (; at < b.size(); ++at) borrow = subtract_with_borrow(borrow, a[at], b[at], out[at]);
-  for (; at < a.size(); ++at) borrow = subtract_with_borrow(borrow, a[at], 0, out[at]);
+  for (; at < b.size(); ++at) out[at] = subtract_with_borrow(a[at], b[at], borrow);
+  for (; at < a.size(); ++at) out[at] = subtract_with_borrow(a[at], 0, borrow);
   difference.trim(at);
 }
 

@@ -4,6 +4,7 @@
 #include <emmintrin.h>
 
 #include <charconv>
+#include <limits>
 #include <optional>
 
 #include "exact/kernel.h"
@@ -326,19 +327,14 @@ CS_INT rescale(const constant& src, constant& dest) {
   return place(number, src.scale, dest);
 }
 
-CS_INT to_integer(const constant& src, std::int64_t lowest, std::int64_t highest,
-                  std::int64_t& value) {
+CS_INT to_integer(const constant& src, std::int64_t& value) {
   Number number;
   read(src, number);
   const bool fraction = scale_down(number.magnitude, src.scale);
-  const bool in_range = as_signed(number, value);
-  const bool below = in_range ? value < lowest || (fraction && number.negative && value == lowest)
-                              : number.negative;
-  const bool above = in_range
-                         ? value > highest || (fraction && !number.negative && value == highest)
-                         : !number.negative;
-  if (!below && !above) return kExactOk;
-  value = below ? lowest : highest;
+  using Limits = std::numeric_limits<std::int64_t>;
+  const std::int64_t limit = number.negative ? Limits::min() : Limits::max();
+  if (as_signed(number, value) && !(fraction && value == limit)) return kExactOk;
+  value = limit;
   return kExactOverflow;
 }
 

@@ -70,9 +70,8 @@ CS_INT rescale(const constant& src, constant& dest);
 CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
                      CS_NUMERIC& dest);
 
-// The value as an integer, truncated towards zero, from `lowest` to `highest`. A value outside,
-// which is judged before truncation, gives overflow and the limit that it passed.
-CS_INT to_integer(const constant& src, std::int64_t lowest, std::int64_t highest,
-                  std::int64_t& value);
+// The value as an integer, truncated towards zero. A value outside the range, which is judged
+// before truncation, gives overflow and the limit that it passed.
+CS_INT to_integer(const constant& src, std::int64_t& value);
 
 }  // namespace comnlib

@@ -69,47 +69,78 @@ CS_INT to_size(Number& number, const CS_NUMERIC& from, Size size) {
                  Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
 }
 
-// Whether the magnitude of a result is within its precision.
-bool within_precision(const constant& record) {
-  const auto& power = Com__Nume_Byte_Power_Array[record.prec];
-  // A power of ten has the length of its own precision.
-  return compare_bytes(record.value + 1, power.data() + 2,
-                       static_cast<std::size_t>(record.len) - 1) < 0;
+bool same_size(const CS_NUMERIC& a, const CS_NUMERIC& b) {
+  return std::memcmp(&a, &b, offsetof(CS_NUMERIC, array)) == 0;
 }
 
-// Operands of one size need no rescaling: the result has one digit more, as far as that goes, and
-// so their length or one byte more.
-CS_INT same_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
-  const constant a = record_of(op1);
-  const constant b = record_of(op2);
-  const bool a_negative = is_negative(a);
-  const bool b_counts_negative = is_negative(b) != (opn != COMN_NUM_ADD);
-  constant record = start(result, {std::min(op1.precision + 1, int{CS_MAX_PREC}), op1.scale});
-  const auto count = static_cast<std::size_t>(a.len) - 1;
-  const CS_INT surplus = record.len - a.len;
-  CS_BYTE* const to = record.value + 1 + surplus;
-  unsigned char carry = 0;
-  bool negative = a_negative;
-  if (a_negative == b_counts_negative) {
-    carry = add_bytes(a.value + 1, b.value + 1, to, count);
-  } else {
-    const int order = compare_bytes(a.value + 1, b.value + 1, count);
-    if (order == 0) {
-      clear(record);
-      return kExactOk;
-    }
-    negative = order < 0 ? b_counts_negative : a_negative;
-    const constant& greater = order < 0 ? b : a;
-    const constant& smaller = order < 0 ? a : b;
-    subtract_bytes(greater.value + 1, smaller.value + 1, to, count);
-  }
+std::size_t magnitude_length(int precision) {
+  return Com__Nume_Prec_To_Len[static_cast<std::size_t>(precision)] - std::size_t{1};
+}
+
+// Gives the result of operands of one size its own: one digit more, as far as that goes, and so
+// their length or one byte more. Returns the length of its magnitude.
+std::size_t start_sum(const CS_NUMERIC& operand, CS_NUMERIC& result) {
+  const int precision = std::min(operand.precision + 1, int{CS_MAX_PREC});
+  result.precision = static_cast<CS_BYTE>(precision);
+  result.scale = operand.scale;
+  return magnitude_length(precision);
+}
+
+CS_RETCODE overflow(CS_NUMERIC& result, std::size_t length) {
+  std::memset(result.array, 0, length + 1);
+  return CS_CVT_OVERFLOW;
+}
+
+// The last step of such a sum, whose magnitude is in place. Operands of any content may have
+// brought it beyond its precision.
+CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
+  // A power of ten has the length of its own precision.
+  const CS_BYTE* const limit = Com__Nume_Byte_Power_Array[result.precision].data() + 2;
+  // The first byte decides nearly always. A word here would have to wait for stores of other sizes.
+  if (result.array[1] >= limit[0] && compare_bytes(result.array + 1, limit, length) >= 0)
+    return overflow(result, length);
+  result.array[0] = negative ? 1 : 0;
+  return CS_SUCCEED;
+}
+
+// |op1| + |op2| with op1's sign. Out of line, as its counterpart is: the two together do not have
+// registers enough.
+[[gnu::noinline]] CS_RETCODE add_magnitudes(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                            CS_NUMERIC& result) {
+  const bool negative = op1.array[0] != 0;
+  const std::size_t count = magnitude_length(op1.precision);
+  const std::size_t length = start_sum(op1, result);
+  const std::size_t surplus = length - count;
+  const CS_BYTE carry = add_bytes(op1.array + 1, op2.array + 1, result.array + 1 + surplus, count);
   if (surplus > 0) {
-    record.value[1] = carry;
+    result.array[1] = carry;
   } else if (carry != 0) {
-    return overflow(record);
+    return overflow(result, length);
   }
-  record.value[0] = negative ? 1 : 0;
-  return within_precision(record) ? kExactOk : overflow(record);
+  return finish_sum(result, length, negative);
+}
+
+// |op1| - |op2| with op1's sign, or the opposite one when op2 has the larger magnitude.
+[[gnu::noinline]] CS_RETCODE subtract_magnitudes(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                                 CS_NUMERIC& result) {
+  bool negative = op1.array[0] != 0;
+  const std::size_t count = magnitude_length(op1.precision);
+  const std::size_t length = start_sum(op1, result);
+  const std::size_t surplus = length - count;
+  const CS_BYTE* greater = op1.array + 1;
+  const CS_BYTE* smaller = op2.array + 1;
+  const int order = compare_bytes(greater, smaller, count);
+  if (order == 0) {
+    std::memset(result.array, 0, length + 1);
+    return CS_SUCCEED;
+  }
+  if (order < 0) {
+    std::swap(greater, smaller);
+    negative = !negative;
+  }
+  subtract_bytes(greater, smaller, result.array + 1 + surplus, count);
+  if (surplus > 0) result.array[1] = 0;
+  return finish_sum(result, length, negative);
 }
 
 // What keeps an operand from the common size is the operation's result; a cut there is truncation
@@ -132,9 +163,15 @@ CS_INT same_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& r
   return exact_code(combine(a, size.scale, b, size.scale, opn, record));
 }
 
-CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result, CS_INT opn) {
-  if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
-  if (size_of(op1) == size_of(op2)) return exact_code(same_size_sum(op1, op2, result, opn));
+inline CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result,
+                         CS_INT opn) {
+  if (!in_domain(op1)) return CS_CVT_DOMAIN;
+  if (same_size(op1, op2)) [[likely]] {
+    const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
+    return opposite == (opn != COMN_NUM_ADD) ? add_magnitudes(op1, op2, result)
+                                             : subtract_magnitudes(op1, op2, result);
+  }
+  if (!in_domain(op2)) return CS_CVT_DOMAIN;
   return mixed_size_sum(op1, op2, result, opn);
 }
 
@@ -152,6 +189,13 @@ CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS
   const constant b = record_of(divisor);
   constant record = start(result, quotient_size(size_of(dividend), size_of(divisor)));
   return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
+}
+
+// Values of different sizes or signs.
+[[gnu::noinline]] CS_INT compare_unlike(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  const constant a = record_of(op1);
+  const constant b = record_of(op2);
+  return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
 }
 
 }  // namespace
@@ -200,14 +244,11 @@ CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
 CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);
-  const constant a = record_of(*op1);
-  if (size_of(*op1) == size_of(*op2) && is_negative(a) == (op2->array[0] != 0)) {
-    const auto count = static_cast<std::size_t>(a.len) - 1;
-    const int order = compare_bytes(op1->array + 1, op2->array + 1, count);
-    return is_negative(a) ? -order : order;
-  }
-  const constant b = record_of(*op2);
-  return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
+  const bool negative = op1->array[0] != 0;
+  if (!same_size(*op1, *op2) || negative != (op2->array[0] != 0)) return compare_unlike(*op1, *op2);
+  const std::size_t count = magnitude_length(std::min<int>(op1->precision, CS_MAX_PREC));
+  const int order = compare_bytes(op1->array + 1, op2->array + 1, count);
+  return negative ? -order : order;
 }
 
 CS_INT comn_num_getlen(CS_INT precision) {
