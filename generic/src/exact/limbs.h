@@ -68,7 +68,7 @@ inline Limb divide_wide(Limb high, Limb low, Limb divisor, Limb& remainder) {
 // routines take every sum through memory.
 inline Limb add_with_carry(Limb a, Limb b, unsigned char& carry) {
   __asm__("addb $-1, %[carry]\n\tadcl %[b], %[a]\n\tsetc %[carry]"
-          : [a] "+r"(a), [carry] "+q"(carry)
+          : [a] "+r"(a), [carry] "+&q"(carry)
           : [b] "r"(b)
           : "cc");
   return a;
@@ -76,7 +76,7 @@ inline Limb add_with_carry(Limb a, Limb b, unsigned char& carry) {
 
 inline Limb subtract_with_borrow(Limb a, Limb b, unsigned char& borrow) {
   __asm__("addb $-1, %[borrow]\n\tsbbl %[b], %[a]\n\tsetc %[borrow]"
-          : [a] "+r"(a), [borrow] "+q"(borrow)
+          : [a] "+r"(a), [borrow] "+&q"(borrow)
           : [b] "r"(b)
           : "cc");
   return a;
