@@ -11,7 +11,7 @@ set grid linecolor rgb "#dddddd" linetype 1 linewidth 0.5
 """
 AHEAD, BEHIND = 0x2B7BBA, 0xD9541E
 RATIOS = ", ".join([f'"1/{n}" {1 / n}' for n in (100, 50, 20, 10, 5, 2)]
-                   + [str(n) for n in (1, 2, 5, 10, 20, 50, 100, 200)])
+                   + [str(n) for n in (1, 2, 5, 10, 20, 50, 100, 200, 500)])
 # Distinct to colour-blind eyes too: ours, then the peers'.
 OURS = ["#0b5394", "#2b9ed8", "#00796b", "#7fbf3f"]
 PEERS = ["#d9541e", "#8a6d3b", "#888888", "#c2185b"]

@@ -211,20 +211,13 @@ void fill_and_free(benchmark::State& state, std::size_t count, auto next_size) {
 constexpr std::size_t kFilled = 1000;
 
 template <class Allocator>
-void fill_mixed(benchmark::State& state) {
-  if constexpr (Allocator::frees_all)
-    return fill_and_drop<Allocator>(state, kFilled);
-  else
-    fill_and_free<Allocator>(state, kFilled, mixed());
-}
-template <class Allocator>
 void fill_fixed(benchmark::State& state) {
   fill_and_free<Allocator>(state, kFilled, fixed(argument(state)));
 }
 template <class Allocator>
-void fill_many(benchmark::State& state) {
+void fill_mixed(benchmark::State& state) {
   if constexpr (Allocator::frees_all)
-    return fill_and_drop<Allocator>(state, argument(state));
+    fill_and_drop<Allocator>(state, argument(state));
   else
     fill_and_free<Allocator>(state, argument(state), mixed());
 }
@@ -237,6 +230,10 @@ void measure_at_sizes(const std::string& name, void (*function)(benchmark::State
   measure("memory/" + name, function)->ArgName("bytes")->Arg(16)->Arg(64)->Arg(256);
 }
 
+void measure_filling(const std::string& who, void (*function)(benchmark::State&)) {
+  measure("memory/fill and drop, mixed sizes/" + who, function)->ArgName("blocks")->Arg(kFilled);
+}
+
 template <std::int64_t kMost = 1'000'000>
 void curve_over_blocks(const std::string& name, void (*function)(benchmark::State&)) {
   measure("size/memory/" + name, function)->ArgName("live blocks")->Apply(decades<kMost>);
@@ -247,7 +244,7 @@ template <class Allocator>
 void measure_general(const std::string& who) {
   measure_at_sizes("replace one/" + who, replace_fixed<Allocator>);
   measure("memory/replace one, mixed sizes/" + who, replace_mixed<Allocator>);
-  measure("memory/fill and drop, mixed sizes/" + who, fill_mixed<Allocator>);
+  measure_filling(who, fill_mixed<Allocator>);
   measure_at_sizes("fill and free each/" + who, fill_fixed<Allocator>);
 }
 
@@ -259,7 +256,7 @@ void measure_pools(const std::string& suffix) {
   measure_at_sizes("replace one/comnlib uniform" + suffix, replace_fixed<Uniform>);
   measure_at_sizes("replace one/comnlib buddy" + suffix, replace_fixed<Buddy>);
   measure("memory/replace one, mixed sizes/comnlib buddy" + suffix, replace_mixed<Buddy>);
-  measure("memory/fill and drop, mixed sizes/comnlib alloc-only" + suffix, fill_mixed<AllocOnly>);
+  measure_filling("comnlib alloc-only" + suffix, fill_mixed<AllocOnly>);
   measure_at_sizes("fill and free each/comnlib uniform" + suffix,
                    fill_fixed<PoolOf<MM_POOL_UNIFORM, locked, 1 << 19>>);
 }
@@ -269,7 +266,7 @@ const Registration registered([] {
   measure_general<Calloc>("calloc");
   measure_general<Jemalloc>("jemalloc");
   measure_general<Mimalloc>("mimalloc");
-  measure("memory/fill and drop, mixed sizes/std::pmr::monotonic", fill_mixed<Monotonic>);
+  measure_filling("std::pmr::monotonic", fill_mixed<Monotonic>);
   measure_pools<false>("");
   measure_pools<true>(" locked");
 
@@ -283,11 +280,11 @@ const Registration registered([] {
                     replace_among<PoolOf<MM_POOL_BUDDY, false, kLargeChunk>>);
 
   const std::string filled = "fill and drop, mixed sizes/";
-  curve_over_blocks(filled + "malloc", fill_many<Malloc>);
-  curve_over_blocks(filled + "std::pmr::monotonic", fill_many<Monotonic>);
-  curve_over_blocks(filled + "comnlib alloc-only", fill_many<PoolOf<MM_POOL_ALLOCONLY>>);
+  curve_over_blocks(filled + "malloc", fill_mixed<Malloc>);
+  curve_over_blocks(filled + "std::pmr::monotonic", fill_mixed<Monotonic>);
+  curve_over_blocks(filled + "comnlib alloc-only", fill_mixed<PoolOf<MM_POOL_ALLOCONLY>>);
   curve_over_blocks(filled + "comnlib alloc-only, 16 MB chunks",
-                    fill_many<PoolOf<MM_POOL_ALLOCONLY, false, kLargeChunk>>);
+                    fill_mixed<PoolOf<MM_POOL_ALLOCONLY, false, kLargeChunk>>);
 
   const std::string oldest = "replace the oldest/";
   curve_over_blocks<30'000>(oldest + "malloc", replace_oldest<Malloc, 200>);

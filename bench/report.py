@@ -204,7 +204,7 @@ def bars(rows, group_of):
     spans = {}
     for group, peers in ratios.items():
         if peers:
-            span = {peer: (geometric(all), min(all), max(all)) for peer, all in peers.items()}
+            span = {peer: (geometric(some), min(some), max(some)) for peer, some in peers.items()}
             spans[group] = dict(sorted(span.items(), key=itemgetter(1)))
     return spans
 
