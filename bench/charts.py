@@ -38,7 +38,8 @@ def ratios(groups, output):
     bars, names, headings = [], [], []
     y = 0
     for group, peers in groups.items():
-        headings.append(f'set label "{{/:Bold {escaped(group)}}}" at screen 0.015, first {-y} front boxed')
+        headings.append(f'set label "{{/:Bold {escaped(group)}}}" '
+                        f"at screen 0.015, first {-y} front boxed")
         for peer, (mean, least, most) in peers.items():
             y += 1
             names.append(f'"{escaped(peer)}" {-y}')
@@ -75,7 +76,8 @@ plot $bars using 2:1:(1):2:($1-0.36):($1+0.36):($2 < 1 ? {BEHIND} : {AHEAD}) \\
 
 def tics(least, most):
     """The decades, and between few of them 2 and 5 of each."""
-    decades = [10**exponent for exponent in range(10) if least <= 10 * 10**exponent and 10**exponent <= most]
+    decades = [decade for decade in (10**exponent for exponent in range(10))
+               if least <= 10 * decade and decade <= most]
     steps = (1, 2, 5) if len(decades) <= 3 else (1,)
     return ", ".join(str(step * decade) for decade in decades for step in steps)
 

@@ -162,7 +162,9 @@ def goal(limit, pattern, rows):
     missed = sum(float(two_digits(ratio)) < float(two_digits(least)) for ratio, *_ in found)
     _, worst, row = min(found)
     verdict = f"**missed** by {missed} of {len(found)}" if missed else "met"
-    return [pattern.replace("*", "…"), wanted, worst + (f" ({row})" if len(found) > 1 else ""), verdict]
+    if len(found) > 1:
+        worst += f" ({row})"
+    return [pattern.replace("*", "…"), wanted, worst, verdict]
 
 
 def goals(rows):
