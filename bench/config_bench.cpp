@@ -1,7 +1,6 @@
-// A generated configuration of 10,000 sections of ten entries: loading it, against inih, which
-// stores nothing, and libconfuse, which reads the same data in its own syntax; and looking entries
-// up in it.
-#include <benchmark/benchmark.h>
+// A generated configuration of sections of ten entries: loading it, against inih, which stores
+// nothing, and libconfuse, which reads the same data in its own syntax; and looking entries up in
+// it.
 #include <confuse.h>
 #include <ini.h>
 #include <stdlib.h>
@@ -11,16 +10,19 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "bench.h"
 #include "comnlib/config.h"
 
 namespace {
 
-constexpr int kSections = 10000;
+using namespace bench;
+
 constexpr int kEntries = 10;
 
 std::string section_name(int number) {
@@ -40,15 +42,15 @@ std::string value_of(int section, int entry) {
   return "value" + std::to_string(section * kEntries + entry);
 }
 
-// The two files, for as long as the process runs.
+// The files of one number of sections, for as long as the process runs.
 class Files {
  public:
-  Files() {
+  explicit Files(int count) : sections(count) {
     std::string name = (std::filesystem::temp_directory_path() / "comnlib-XXXXXX").string();
     directory_ = mkdtemp(name.data());
     std::ofstream sectioned(ini());
     std::ofstream braced(confuse());
-    for (int s = 0; s < kSections; ++s) {
+    for (int s = 0; s < sections; ++s) {
       sectioned << "[" << section_name(s) << "]\n";
       braced << "section \"" << section_name(s) << "\" {\n";
       for (int e = 0; e < kEntries; ++e) {
@@ -63,21 +65,24 @@ class Files {
   std::string ini() const { return directory_ / "bench.cfg"; }
   std::string confuse() const { return directory_ / "bench.conf"; }
 
+  const int sections;
+
  private:
   std::filesystem::path directory_;
 };
 
-const Files& files() {
-  static const Files both;
-  return both;
+const Files& files(const benchmark::State& state) {
+  static std::map<std::int64_t, Files> all;
+  const std::int64_t entries = state.range(0);
+  return all.try_emplace(entries, static_cast<int>(entries / kEntries)).first->second;
 }
 
 void per_entry(benchmark::State& state) {
-  state.SetItemsProcessed(state.iterations() * kSections * kEntries);
+  items(state, static_cast<std::size_t>(state.range(0)));
 }
 
 void load(benchmark::State& state) {
-  const std::string path = files().ini();
+  const std::string path = files(state).ini();
   CS_CONTEXT context{};
   for (auto _ : state) {
     if (comn_init_cfg(&context, path.c_str()) != CS_SUCCEED) return state.SkipWithError("load");
@@ -87,7 +92,7 @@ void load(benchmark::State& state) {
 }
 
 void load_inih(benchmark::State& state) {
-  const std::string path = files().ini();
+  const std::string path = files(state).ini();
   int entries = 0;
   const auto count = [](void* user, const char*, const char*, const char*) {
     return ++*static_cast<int*>(user);
@@ -98,7 +103,7 @@ void load_inih(benchmark::State& state) {
 }
 
 void load_confuse(benchmark::State& state) {
-  const std::string path = files().confuse();
+  const std::string path = files(state).confuse();
   std::vector<std::string> names;
   for (int e = 0; e < kEntries; ++e) names.push_back(entry_name(e));
   std::vector<cfg_opt_t> entries;
@@ -115,9 +120,10 @@ void load_confuse(benchmark::State& state) {
 
 void look_up(benchmark::State& state) {
   CS_CONTEXT context{};
-  comn_init_cfg(&context, files().ini().c_str());
+  comn_init_cfg(&context, files(state).ini().c_str());
   std::vector<std::pair<std::string, std::string>> names;
-  for (int s = 0; s < kSections; ++s) names.emplace_back(section_name(s), entry_name(s % kEntries));
+  for (int s = 0; s < files(state).sections; ++s)
+    names.emplace_back(section_name(s), entry_name(s % kEntries));
   std::shuffle(names.begin(), names.end(), std::mt19937(1));
   std::size_t at = 0;
   CS_CHAR value[64];
@@ -133,9 +139,16 @@ void look_up(benchmark::State& state) {
   comn_drop_cfg(&context);
 }
 
-BENCHMARK(load)->Name("config/load/comnlib");
-BENCHMARK(load_inih)->Name("config/load/inih");
-BENCHMARK(load_confuse)->Name("config/load/libconfuse");
-BENCHMARK(look_up)->Name("config/look_up");
+void measure_at_entries(const std::string& name, void (*function)(benchmark::State&)) {
+  measure("configuration/" + name, function)->ArgName("entries")->Arg(100'000);
+  measure("size/configuration/" + name, function)->ArgName("entries")->Apply(decades<100'000>);
+}
+
+const Registration registered([] {
+  measure_at_entries("load, an entry/comnlib", load);
+  measure_at_entries("load, an entry/inih", load_inih);
+  measure_at_entries("load, an entry/libconfuse", load_confuse);
+  measure_at_entries("look an entry up/comnlib", look_up);
+});
 
 }  // namespace

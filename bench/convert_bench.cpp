@@ -1,27 +1,28 @@
 // Conversions of single values, each beside the least that could do the same work.
-#include <benchmark/benchmark.h>
-
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <random>
 
-#include "comnlib/convert.h"
+#include "bench.h"
 
 namespace {
 
-constexpr std::size_t kValues = 1024;  // a power of two
+using namespace bench;
 
 template <class T>
-std::array<T, kValues> values(auto next) {
-  std::array<T, kValues> all;
+using Values = std::array<T, kValues>;
+
+template <class T>
+Values<T> values(auto next) {
+  Values<T> all;
   for (T& value : all) value = next();
   return all;
 }
 
 // Integers of all lengths, so that no length of text is favoured.
-const std::array<CS_INT, kValues>& integers() {
+const Values<CS_INT>& integers() {
   static const auto all = values<CS_INT>([random = std::mt19937(1)]() mutable {
     return static_cast<CS_INT>(random()) >> (random() % 31);
   });
@@ -29,7 +30,7 @@ const std::array<CS_INT, kValues>& integers() {
 }
 
 // Full mantissas, within nine decades of 1.
-const std::array<CS_FLOAT, kValues>& measurements() {
+const Values<CS_FLOAT>& measurements() {
   static const auto all = values<CS_FLOAT>([random = std::mt19937_64(2)]() mutable {
     const double mantissa = std::uniform_real_distribution<>(-10, 10)(random);
     const int exponent = std::uniform_int_distribution<>(-9, 9)(random);
@@ -39,7 +40,7 @@ const std::array<CS_FLOAT, kValues>& measurements() {
 }
 
 // Amounts with two decimals, as tables hold them.
-const std::array<CS_FLOAT, kValues>& amounts() {
+const Values<CS_FLOAT>& amounts() {
   static const auto all = values<CS_FLOAT>([random = std::mt19937(3)]() mutable {
     return static_cast<double>(random() % 10'000'000) / 100;
   });
@@ -66,16 +67,14 @@ struct Pair {
   CS_CONV_FUNC routine() const {
     return com_conv_func(&context, source.datatype, destination.datatype);
   }
+  CS_RETCODE convert(CS_CONV_FUNC with, const auto& value) {
+    return with(&context, &source, &value, &destination, text.data(), &length);
+  }
 };
 
 void run(benchmark::State& state, Pair& pair, CS_CONV_FUNC routine, const auto& all) {
   benchmark::DoNotOptimize(routine);
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(routine(&pair.context, &pair.source, &all[at++ % kValues],
-                                     &pair.destination, pair.text.data(), &pair.length));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) { return pair.convert(routine, all[i]); });
 }
 
 // What any routine behind a pointer costs: the call alone.
@@ -88,72 +87,61 @@ void int_to_float_bare_call(benchmark::State& state) {
   Pair pair(CS_INT_TYPE, CS_FLOAT_TYPE);
   run(state, pair, nothing, integers());
 }
-BENCHMARK(int_to_float_bare_call);
 
 void int_to_float(benchmark::State& state) {
   Pair pair(CS_INT_TYPE, CS_FLOAT_TYPE);
   run(state, pair, pair.routine(), integers());
 }
-BENCHMARK(int_to_float);
 
 void int_to_float_with_lookup(benchmark::State& state) {
   Pair pair(CS_INT_TYPE, CS_FLOAT_TYPE);
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(pair.routine()(&pair.context, &pair.source,
-                                            &integers()[at++ % kValues], &pair.destination,
-                                            pair.text.data(), &pair.length));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) { return pair.convert(pair.routine(), integers()[i]); });
 }
-BENCHMARK(int_to_float_with_lookup);
 
 void int_to_char(benchmark::State& state) {
   Pair pair(CS_INT_TYPE, CS_CHAR_TYPE);
   run(state, pair, pair.routine(), integers());
 }
-BENCHMARK(int_to_char);
 
 void int_snprintf(benchmark::State& state) {
   std::array<char, 64> text;
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::snprintf(text.data(), text.size(), "%ld",
-                                           static_cast<long>(integers()[at++ % kValues])));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) {
+    return std::snprintf(text.data(), text.size(), "%ld", static_cast<long>(integers()[i]));
+  });
 }
-BENCHMARK(int_snprintf);
 
-void float_to_char(benchmark::State& state, const std::array<CS_FLOAT, kValues>& (*all)()) {
+void float_to_char(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
   Pair pair(CS_FLOAT_TYPE, CS_CHAR_TYPE);
   run(state, pair, pair.routine(), all());
 }
-BENCHMARK_CAPTURE(float_to_char, measurements, measurements);
-BENCHMARK_CAPTURE(float_to_char, amounts, amounts);
 
-void float_to_chars(benchmark::State& state, const std::array<CS_FLOAT, kValues>& (*all)()) {
+void float_to_chars(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
   std::array<char, 64> text;
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::to_chars(text.begin(), text.end(), all()[at++ % kValues],
-                                           std::chars_format::general, 17));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&, &from = all()](std::size_t i) {
+    return std::to_chars(text.begin(), text.end(), from[i], std::chars_format::general, 17);
+  });
 }
-BENCHMARK_CAPTURE(float_to_chars, measurements, measurements);
-BENCHMARK_CAPTURE(float_to_chars, amounts, amounts);
 
-void float_snprintf(benchmark::State& state, const std::array<CS_FLOAT, kValues>& (*all)()) {
+void float_snprintf(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
   std::array<char, 64> text;
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        std::snprintf(text.data(), text.size(), "%.17g", all()[at++ % kValues]));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&, &from = all()](std::size_t i) {
+    return std::snprintf(text.data(), text.size(), "%.17g", from[i]);
+  });
 }
-BENCHMARK_CAPTURE(float_snprintf, measurements, measurements);
-BENCHMARK_CAPTURE(float_snprintf, amounts, amounts);
+
+const Registration registered([] {
+  measure("conversion/int to float/comnlib", int_to_float);
+  measure("conversion/int to float/comnlib with look-up", int_to_float_with_lookup);
+  measure("conversion/int to float/bare call", int_to_float_bare_call);
+  measure("conversion/int to text/comnlib", int_to_char);
+  measure("conversion/int to text/snprintf", int_snprintf);
+  const auto floats = [](const std::string& operation, auto all) {
+    measure(operation + "/comnlib", float_to_char, all);
+    measure(operation + "/snprintf", float_snprintf, all);
+    measure(operation + "/std::to_chars", float_to_chars, all);
+  };
+  floats("conversion/float to text, measurements", measurements);
+  floats("conversion/float to text, amounts", amounts);
+});
 
 }  // namespace

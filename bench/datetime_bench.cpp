@@ -1,6 +1,4 @@
 // Datetime values against the C library and std::chrono on the same days and texts.
-#include <benchmark/benchmark.h>
-
 #include <array>
 #include <chrono>
 #include <ctime>
@@ -8,14 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "bench.h"
 #include "time/datetext.h"
 #include "time/datetime.h"
 
 namespace {
 
+using namespace bench;
 using namespace comnlib;
-
-constexpr std::size_t kValues = 1024;
 
 // Days from 1902 to 2037, which the C library knows too.
 const std::vector<CS_DATETIME>& values() {
@@ -45,14 +43,6 @@ constexpr DateConventions in_style(CS_INT style) {
 }
 constexpr DateConventions kIso = in_style(COM_DATESTYLE_ISO);
 
-// Each loop handles one value; the values differ, so that no branch is learned by heart.
-template <class Body>
-void each(benchmark::State& state, Body body) {
-  std::size_t i = 0;
-  for (auto _ : state) body(i++ % kValues);
-  state.SetItemsProcessed(state.iterations());
-}
-
 void crack_comnlib(benchmark::State& state) {
   each(state, [&, &dates = values()](std::size_t i) {
     CS_DATEREC rec;
@@ -60,16 +50,13 @@ void crack_comnlib(benchmark::State& state) {
     benchmark::DoNotOptimize(rec);
   });
 }
-BENCHMARK(crack_comnlib);
 
 void crack_chrono(benchmark::State& state) {
   each(state, [&, &dates = values()](std::size_t i) {
-    std::chrono::year_month_day date{
+    return std::chrono::year_month_day{
         std::chrono::sys_days{std::chrono::days{dates[i].dtdays - kUnixDays}}};
-    benchmark::DoNotOptimize(date);
   });
 }
-BENCHMARK(crack_chrono);
 
 void crack_gmtime(benchmark::State& state) {
   each(state, [times = unix_times()](std::size_t i) {
@@ -78,9 +65,10 @@ void crack_gmtime(benchmark::State& state) {
     benchmark::DoNotOptimize(tm);
   });
 }
-BENCHMARK(crack_gmtime);
 
 // To the second, which strptime reads to the end, or to the millisecond.
+constexpr std::size_t kToSeconds = 19, kToMilliseconds = 23;
+
 std::vector<std::string> iso_texts(std::size_t length) {
   std::vector<std::string> texts;
   for (const CS_DATETIME& dt : values()) {
@@ -92,46 +80,48 @@ std::vector<std::string> iso_texts(std::size_t length) {
 }
 
 void parse_comnlib(benchmark::State& state, std::size_t length) {
-  each(state, [texts = iso_texts(length)](std::size_t i) {
-    benchmark::DoNotOptimize(parse_datetime(texts[i], kUsEnglish));
-  });
+  each(state,
+       [texts = iso_texts(length)](std::size_t i) { return parse_datetime(texts[i], kUsEnglish); });
 }
-BENCHMARK_CAPTURE(parse_comnlib, iso_seconds, std::size_t{19});
-BENCHMARK_CAPTURE(parse_comnlib, iso_milliseconds, std::size_t{23});
 
 // strptime stops at the fields; timegm makes a value of them, as the library's reading does.
 void parse_strptime(benchmark::State& state, bool to_value) {
-  each(state, [to_value, texts = iso_texts(19)](std::size_t i) {
+  each(state, [to_value, texts = iso_texts(kToSeconds)](std::size_t i) {
     std::tm tm{};
     benchmark::DoNotOptimize(strptime(texts[i].c_str(), "%Y-%m-%dT%H:%M:%S", &tm));
     if (to_value) benchmark::DoNotOptimize(timegm(&tm));
     benchmark::DoNotOptimize(tm);
   });
 }
-BENCHMARK_CAPTURE(parse_strptime, fields, false);
-BENCHMARK_CAPTURE(parse_strptime, value, true);
 
 void format_comnlib(benchmark::State& state, const DateConventions& conventions) {
+  std::array<char, kDateTextRoom> room;
   each(state, [&, &dates = values()](std::size_t i) {
-    std::array<char, kDateTextRoom> room;
-    benchmark::DoNotOptimize(format_datetime(dates[i], conventions, room));
-    benchmark::ClobberMemory();
+    return format_datetime(dates[i], conventions, room);
   });
 }
-BENCHMARK_CAPTURE(format_comnlib, default_style, kUsEnglish);
-BENCHMARK_CAPTURE(format_comnlib, iso_style, kIso);
 
 // From values that are cracked already; the comparison leaves that work out in its favour.
 void format_strftime(benchmark::State& state, const char* format) {
   std::vector<std::tm> cracked;
   for (const std::time_t time : unix_times()) gmtime_r(&time, &cracked.emplace_back());
-  each(state, [&](std::size_t i) {
-    std::array<char, kDateTextRoom> room;
-    benchmark::DoNotOptimize(std::strftime(room.data(), room.size(), format, &cracked[i]));
-    benchmark::ClobberMemory();
-  });
+  std::array<char, kDateTextRoom> room;
+  each(state,
+       [&](std::size_t i) { return std::strftime(room.data(), room.size(), format, &cracked[i]); });
 }
-BENCHMARK_CAPTURE(format_strftime, default_style, "%b %e %Y %l:%M%p");
-BENCHMARK_CAPTURE(format_strftime, iso_style, "%Y-%m-%dT%H:%M:%S");
+
+const Registration registered([] {
+  measure("datetime/crack a day/comnlib", crack_comnlib);
+  measure("datetime/crack a day/gmtime_r", crack_gmtime);
+  measure("datetime/crack a day/std::chrono", crack_chrono);
+  measure("datetime/read ISO, seconds/comnlib", parse_comnlib, kToSeconds);
+  measure("datetime/read ISO, seconds/strptime", parse_strptime, false);
+  measure("datetime/read ISO, seconds/strptime and timegm", parse_strptime, true);
+  measure("datetime/read ISO, milliseconds/comnlib", parse_comnlib, kToMilliseconds);
+  measure("datetime/write default style/comnlib", format_comnlib, kUsEnglish);
+  measure("datetime/write default style/strftime", format_strftime, "%b %e %Y %l:%M%p");
+  measure("datetime/write ISO style/comnlib", format_comnlib, kIso);
+  measure("datetime/write ISO style/strftime", format_strftime, "%Y-%m-%dT%H:%M:%S");
+});
 
 }  // namespace

@@ -1,51 +1,20 @@
 // Character classes and case against the C library's, and loading of locales.
-#include <benchmark/benchmark.h>
-
-#include <cctype>
+#include <ctype.h>
 #include <clocale>
-#include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench.h"
 #include "comnlib/charset.h"
-#include "comnlib/locale.h"
-#include "comnlib/thread.h"
 
 namespace {
 
+using namespace bench;
+
 constexpr std::size_t kBytes = 1 << 20;
-
-// A context over the shipped home.
-class Context {
- public:
-  Context() {
-    setenv("TALVEN", COMNLIB_HOME, 1);
-    context_.ctxglobals = &globals_;
-    comn_create_mutex(&globals_.cmg_mtx);
-    comn_intl_init(&context_, nullptr, 0);
-  }
-  ~Context() {
-    com_intl_loccache_drop(&context_);
-    com_intl_chardesc_drop(&context_);
-    comn_lm_exit(globals_.lm);
-    comn_delete_mutex(globals_.cmg_mtx);
-  }
-  Context(const Context&) = delete;
-  Context& operator=(const Context&) = delete;
-
-  CsLocCache* load(const char* name) {
-    CsLocCache* entry = nullptr;
-    comn_intl_load(&context_, name, CS_NULLTERM, &entry, nullptr, 0);
-    return entry;
-  }
-
- private:
-  CS_CONTEXT context_{};
-  CsCtxGlobals globals_{};
-};
 
 const std::string& latin_text() {
   static const std::string text = [] {
@@ -92,9 +61,9 @@ using Routine = CS_INT (*)(const char_attrib*, const CS_BYTE*);
 // All calls go out of line on both sides: through the library's routine, and through the C
 // library's function (not its macro).
 void single_comnlib(benchmark::State& state, Routine routine, bool null_attributes) {
-  Context context;
+  Host host;
   const char_attrib* set =
-      null_attributes ? nullptr : context.load("default")->locchardesc->char_attrib;
+      null_attributes ? nullptr : host.load("default")->locchardesc->char_attrib;
   const std::string& text = latin_text();
   for (auto _ : state) {
     CS_INT count = 0;
@@ -102,11 +71,8 @@ void single_comnlib(benchmark::State& state, Routine routine, bool null_attribut
       count += routine(set, reinterpret_cast<const CS_BYTE*>(&byte)) != 0 ? 1 : 0;
     benchmark::DoNotOptimize(count);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * kBytes);
+  items(state, kBytes);
 }
-BENCHMARK_CAPTURE(single_comnlib, isalpha_iso_1, comn_isalpha, false);
-BENCHMARK_CAPTURE(single_comnlib, isalpha_default, comn_isalpha, true);
-BENCHMARK_CAPTURE(single_comnlib, isdigit_iso_1, comn_isdigit, false);
 
 void single_glibc(benchmark::State& state, int (*routine)(int)) {
   const std::string& text = latin_text();
@@ -115,14 +81,12 @@ void single_glibc(benchmark::State& state, int (*routine)(int)) {
     for (const char byte : text) count += routine(static_cast<unsigned char>(byte)) != 0 ? 1 : 0;
     benchmark::DoNotOptimize(count);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * kBytes);
+  items(state, kBytes);
 }
-BENCHMARK_CAPTURE(single_glibc, isalpha, std::isalpha);
-BENCHMARK_CAPTURE(single_glibc, isdigit, std::isdigit);
 
 void toupper_comnlib(benchmark::State& state) {
-  Context context;
-  const char_attrib* set = context.load("default")->locchardesc->char_attrib;
+  Host host;
+  const char_attrib* set = host.load("default")->locchardesc->char_attrib;
   std::string text = latin_text();
   for (auto _ : state) {
     for (char& byte : text) {
@@ -131,25 +95,23 @@ void toupper_comnlib(benchmark::State& state) {
     }
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * kBytes);
+  items(state, kBytes);
 }
-BENCHMARK(toupper_comnlib);
 
 void toupper_glibc(benchmark::State& state) {
   std::string text = latin_text();
-  int (*volatile routine)(int) = std::toupper;
+  int (*volatile routine)(int) = ::toupper;
   for (auto _ : state) {
     for (char& byte : text) byte = static_cast<char>(routine(static_cast<unsigned char>(byte)));
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * kBytes);
+  items(state, kBytes);
 }
-BENCHMARK(toupper_glibc);
 
 // Items are characters: both texts hold the same ones.
 void multibyte_comnlib(benchmark::State& state) {
-  Context context;
-  const char_attrib* set = context.load("ja_JP")->locchardesc->char_attrib;
+  Host host;
+  const char_attrib* set = host.load("ja_JP")->locchardesc->char_attrib;
   const std::string& text = japanese_text().sjis;
   std::int64_t characters = 0;
   for (auto _ : state) {
@@ -163,7 +125,6 @@ void multibyte_comnlib(benchmark::State& state) {
   }
   state.SetItemsProcessed(characters);
 }
-BENCHMARK(multibyte_comnlib);
 
 // mblen tells the length; the class is that of the wide character, which mbtowc gives with it.
 void multibyte_glibc(benchmark::State& state) {
@@ -188,23 +149,34 @@ void multibyte_glibc(benchmark::State& state) {
   state.SetItemsProcessed(characters);
   std::setlocale(LC_CTYPE, before.c_str());
 }
-BENCHMARK(multibyte_glibc);
 
 void load_again(benchmark::State& state) {
-  Context context;
-  context.load("default");
-  for (auto _ : state) benchmark::DoNotOptimize(context.load("default"));
+  Host host;
+  host.load("default");
+  for (auto _ : state) benchmark::DoNotOptimize(host.load("default"));
 }
-BENCHMARK(load_again);
 
 // With the set-up of the context, which reads utf8 and the table of identifiers.
 void load_first(benchmark::State& state, const char* name) {
   for (auto _ : state) {
-    Context context;
-    benchmark::DoNotOptimize(context.load(name));
+    Host host;
+    benchmark::DoNotOptimize(host.load(name));
   }
 }
-BENCHMARK_CAPTURE(load_first, default_locale, "default");
-BENCHMARK_CAPTURE(load_first, sjis_locale, "ja_JP");
+
+const Registration registered([] {
+  measure("localization/isalpha/comnlib", single_comnlib, comn_isalpha, false);
+  measure("localization/isalpha/comnlib no attributes", single_comnlib, comn_isalpha, true);
+  measure("localization/isalpha/C library", single_glibc, ::isalpha);
+  measure("localization/isdigit/comnlib", single_comnlib, comn_isdigit, false);
+  measure("localization/isdigit/C library", single_glibc, ::isdigit);
+  measure("localization/toupper/comnlib", toupper_comnlib);
+  measure("localization/toupper/C library", toupper_glibc);
+  measure("localization/class and step, double-byte/comnlib", multibyte_comnlib);
+  measure("localization/class and step, double-byte/C library", multibyte_glibc);
+  measure("localization/load a loaded locale/comnlib", load_again);
+  measure("localization/set up and load/comnlib default", load_first, "default");
+  measure("localization/set up and load/comnlib ja_JP", load_first, "ja_JP");
+});
 
 }  // namespace

@@ -1,16 +1,16 @@
-// Hash tables of 10,000 string keys: insert, find and delete, chained and open addressing, against
-// std::unordered_map and uthash. Every table has a size that suits the load; keys are looked up in
-// an order that is not that of insertion.
-#include <benchmark/benchmark.h>
-
+// Hash tables of string keys: insert, find and delete, chained and open addressing, against
+// std::unordered_map and uthash, and the linked list against std::list. Every table has a size that
+// suits the load; keys are looked up in an order that is not that of insertion.
 #include <algorithm>
-#include <memory>
+#include <list>
+#include <map>
 #include <random>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "bench.h"
 #include "comnlib/list.h"
 
 // uthash is made for C: in C++ its casts and comparisons are warned of.
@@ -21,16 +21,15 @@
 
 namespace {
 
-constexpr std::size_t kKeys = 10000;
-constexpr CS_INT kTableSize = 20011;  // prime, load one half
+using namespace bench;
 
 struct Keys {
   std::vector<std::string> inserted;
   std::vector<std::string> shuffled;
   std::vector<std::string> absent;
 
-  Keys() {
-    for (std::size_t i = 0; i < kKeys; ++i) {
+  explicit Keys(std::int64_t count) {
+    for (std::int64_t i = 0; i < count; ++i) {
       inserted.push_back("customer." + std::to_string(i * 7919 % 1000003));
       absent.push_back("supplier." + std::to_string(i));
     }
@@ -39,22 +38,34 @@ struct Keys {
   }
 };
 
-const Keys& keys() {
-  static const Keys all;
-  return all;
+const Keys& keys(const benchmark::State& state) {
+  static std::map<std::int64_t, Keys> all;
+  return all.try_emplace(state.range(0), state.range(0)).first->second;
+}
+
+// The next prime after twice the number of keys: load one half.
+CS_INT table_size(std::size_t count) {
+  const auto is_prime = [](std::size_t number) {
+    for (std::size_t factor = 2; factor * factor <= number; ++factor)
+      if (number % factor == 0) return false;
+    return true;
+  };
+  std::size_t size = 2 * count + 1;
+  while (!is_prime(size)) ++size;
+  return static_cast<CS_INT>(size);
 }
 
 CS_INT size_of(const std::string& key) {
   return static_cast<CS_INT>(key.size());
 }
 
-// This library's tables, made anew for each run.
+// This library's lists, made anew for each run.
 template <CS_INT kType>
 class List {
  public:
-  List() {
+  explicit List(std::size_t count) {
     lm_initlm(LM_MIN_VERSION, "bench", CS_NULLTERM, &context_);
-    CS_INT size = kTableSize;
+    CS_INT size = table_size(count);
     lm_property(context_, CS_SET, LM_CTX_MAX_TABLESIZE, &size, sizeof size, nullptr);
     lm_list_alloc(context_, kType, "table", CS_NULLTERM, &list_);
   }
@@ -78,7 +89,7 @@ class List {
 
 class StdMap {
  public:
-  StdMap() { map_.reserve(kKeys); }
+  explicit StdMap(std::size_t count) { map_.reserve(count); }
   void insert(const std::string& key) { map_.emplace(key, this); }
   bool find(const std::string& key) { return map_.find(key) != map_.end(); }
   void erase(const std::string& key) { map_.erase(key); }
@@ -87,8 +98,21 @@ class StdMap {
   std::unordered_map<std::string_view, void*> map_;
 };
 
+class StdList {
+ public:
+  explicit StdList(std::size_t) {}
+  void insert(const std::string& key) { list_.push_back(key); }
+  bool find(const std::string& key) {
+    return std::find(list_.begin(), list_.end(), key) != list_.end();
+  }
+
+ private:
+  std::list<std::string_view> list_;
+};
+
 class Uthash {
  public:
+  explicit Uthash(std::size_t) {}
   ~Uthash() {
     Entry* entry;
     Entry* next;
@@ -122,56 +146,72 @@ class Uthash {
 };
 
 template <class Table>
-void fill(Table& table) {
-  for (const auto& key : keys().inserted) table.insert(key);
+void fill(Table& table, const Keys& keys) {
+  for (const auto& key : keys.inserted) table.insert(key);
 }
 
-void per_key(benchmark::State& state) {
-  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kKeys));
-}
-
-template <class Table>
-void find_present(benchmark::State& state) {
-  Table table;
-  fill(table);
+template <class Table, std::vector<std::string> Keys::*sought>
+void find(benchmark::State& state) {
+  const Keys& all = keys(state);
+  Table table(all.inserted.size());
+  fill(table, all);
   for (auto _ : state)
-    for (const auto& key : keys().shuffled) benchmark::DoNotOptimize(table.find(key));
-  per_key(state);
+    for (const auto& key : all.*sought) benchmark::DoNotOptimize(table.find(key));
+  items(state, all.inserted.size());
 }
 
-template <class Table>
-void find_absent(benchmark::State& state) {
-  Table table;
-  fill(table);
+// As many keys of a list as show the mean of all, evenly spread.
+template <class Linked>
+void find_spread(benchmark::State& state) {
+  constexpr std::size_t kSpread = 16;
+  const Keys& all = keys(state);
+  Linked list(all.inserted.size());
+  fill(list, all);
   for (auto _ : state)
-    for (const auto& key : keys().absent) benchmark::DoNotOptimize(table.find(key));
-  per_key(state);
+    for (std::size_t i = 1; i < 2 * kSpread; i += 2)
+      benchmark::DoNotOptimize(list.find(all.inserted[i * all.inserted.size() / (2 * kSpread)]));
+  items(state, kSpread);
 }
 
 // Fills and empties; what remains of a run is the table itself.
 template <class Table>
 void insert_and_delete(benchmark::State& state) {
-  Table table;
+  const Keys& all = keys(state);
+  Table table(all.inserted.size());
   for (auto _ : state) {
-    fill(table);
-    for (const auto& key : keys().shuffled) table.erase(key);
+    fill(table, all);
+    for (const auto& key : all.shuffled) table.erase(key);
   }
-  per_key(state);
+  items(state, all.inserted.size());
 }
 
-using Chained = List<LM_CHASH>;
-using OpenAddressing = List<LM_DHASH>;
+using Function = void (*)(benchmark::State&);
 
-BENCHMARK(find_present<Chained>)->Name("list/find/chained");
-BENCHMARK(find_present<OpenAddressing>)->Name("list/find/open_addressing");
-BENCHMARK(find_present<StdMap>)->Name("list/find/unordered_map");
-BENCHMARK(find_present<Uthash>)->Name("list/find/uthash");
-BENCHMARK(find_absent<Chained>)->Name("list/find_absent/chained");
-BENCHMARK(find_absent<StdMap>)->Name("list/find_absent/unordered_map");
-BENCHMARK(find_absent<Uthash>)->Name("list/find_absent/uthash");
-BENCHMARK(insert_and_delete<Chained>)->Name("list/insert_delete/chained");
-BENCHMARK(insert_and_delete<OpenAddressing>)->Name("list/insert_delete/open_addressing");
-BENCHMARK(insert_and_delete<StdMap>)->Name("list/insert_delete/unordered_map");
-BENCHMARK(insert_and_delete<Uthash>)->Name("list/insert_delete/uthash");
+void measure_at_elements(const std::string& name, Function function) {
+  measure("list/" + name, function)->ArgName("elements")->Arg(10'000);
+}
+
+void curve_over_elements(const std::string& name, Function function) {
+  measure("size/list/" + name, function)->ArgName("elements")->Apply(decades<1'000'000>);
+}
+
+template <class Table>
+void measure_table(const std::string& who) {
+  measure_at_elements("find/" + who, find<Table, &Keys::shuffled>);
+  measure_at_elements("insert and delete/" + who, insert_and_delete<Table>);
+  curve_over_elements("find in a table/" + who, find<Table, &Keys::shuffled>);
+}
+
+const Registration registered([] {
+  measure_table<List<LM_CHASH>>("comnlib chained");
+  measure_table<List<LM_DHASH>>("comnlib open addressing");
+  measure_table<StdMap>("std::unordered_map");
+  measure_table<Uthash>("uthash");
+  measure_at_elements("find, key absent/comnlib chained", find<List<LM_CHASH>, &Keys::absent>);
+  measure_at_elements("find, key absent/std::unordered_map", find<StdMap, &Keys::absent>);
+  measure_at_elements("find, key absent/uthash", find<Uthash, &Keys::absent>);
+  curve_over_elements("find in a linked list/comnlib", find_spread<List<LM_DLINK>>);
+  curve_over_elements("find in a linked list/std::list", find_spread<StdList>);
+});
 
 }  // namespace

@@ -1,26 +1,26 @@
 // Pools beside general allocators: one block in, one out, from a working set; filling and dropping;
-// and how the list walks grow.
-#include <benchmark/benchmark.h>
+// and how both grow with the live blocks.
 #include <dlfcn.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory_resource>
 #include <random>
 #include <vector>
 
+#include "bench.h"
 #include "comnlib/memory.h"
-#include "comnlib/thread.h"
 
 namespace {
 
-constexpr std::size_t kWorkingSet = 256;  // a power of two
+using namespace bench;
 
-// --- What is compared
-// ------------------------------------------------------------------------------
+// --- what is compared
 
 struct Malloc {
+  static constexpr bool frees_all = false;
   static const char* missing() { return nullptr; }
   static void* allocate(std::size_t size) { return std::malloc(size); }
   static void free(void* block) { std::free(block); }
@@ -50,6 +50,7 @@ struct Loaded {
 
 template <const Loaded& library>
 struct LoadedAllocator {
+  static constexpr bool frees_all = false;
   static const char* missing() { return library.free ? nullptr : "library not installed"; }
   static void* allocate(std::size_t size) { return library.allocate(size); }
   static void free(void* block) { library.free(block); }
@@ -60,12 +61,14 @@ const Loaded mimalloc("libmimalloc.so.2", "mi_malloc", "mi_free");
 using Jemalloc = LoadedAllocator<jemalloc>;
 using Mimalloc = LoadedAllocator<mimalloc>;
 
+// Frees what is left when it goes.
 struct Pool {
+  static constexpr bool frees_all = true;
   CS_THREAD threads = *comn_thread_table();
   CS_CONTEXT context = {};
   MmHandle* handle = nullptr;
 
-  Pool(CS_INT kind, bool locked, CS_INT chunksize = 1 << 16) {
+  Pool(CS_INT kind, bool locked, CS_INT chunksize) {
     context.ctxversion = 113;
     context.ctxthread = locked ? &threads : nullptr;
     context.ctxmalloc = [](CS_CONTEXT*, CS_INT size) {
@@ -92,165 +95,203 @@ struct Pool {
   void free(void* block) const { comn_mmfree(handle, block); }
 };
 
-// --- One block in, one out
-// -------------------------------------------------------------------------
+// A kind of pool as an allocator.
+template <CS_INT kind, bool locked = false, CS_INT chunksize = 1 << 16>
+struct PoolOf : Pool {
+  PoolOf() : Pool(kind, locked, chunksize) {}
+  static const char* missing() { return nullptr; }
+};
 
-// Frees a random block of the working set and allocates another in its place.
-void replace(benchmark::State& state, const auto& allocator, auto next_size) {
-  std::array<void*, kWorkingSet> blocks = {};
+struct Monotonic {
+  static constexpr bool frees_all = true;
+  static const char* missing() { return nullptr; }
+  void* allocate(std::size_t size) { return resource.allocate(size, 4); }
+  std::pmr::monotonic_buffer_resource resource{1 << 16};
+};
+
+std::size_t argument(const benchmark::State& state) {
+  return static_cast<std::size_t>(state.range(0));
+}
+
+// --- one block in, one out
+
+// Frees a random one of the live blocks and allocates another in its place.
+template <class Allocator>
+void replace(benchmark::State& state, std::size_t live, auto next_size) {
+  if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
+  Allocator allocator;
+  std::vector<void*> blocks(live);
   for (void*& block : blocks) block = allocator.allocate(next_size());
-  std::array<CS_BYTE, 1024> places = {};
-  for (std::mt19937 random(1); CS_BYTE & place : places) place = static_cast<CS_BYTE>(random());
+  std::vector<std::uint32_t> places(std::max<std::size_t>(live, 1024));
+  std::mt19937 random(1);
+  for (std::uint32_t& place : places) place = static_cast<std::uint32_t>(random() % live);
   std::size_t i = 0;
   for (auto _ : state) {
-    void*& block = blocks[places[i++ % places.size()]];
+    void*& block = blocks[places[i]];
+    if (++i == places.size()) i = 0;
     allocator.free(block);
     benchmark::DoNotOptimize(block = allocator.allocate(next_size()));
   }
-  for (void* block : blocks) allocator.free(block);
+  if constexpr (!Allocator::frees_all)
+    for (void* block : blocks) allocator.free(block);
 }
 
-auto fixed_size(const benchmark::State& state) {
-  return [size = static_cast<std::size_t>(state.range(0))] { return size; };
+auto fixed(std::size_t size) {
+  return [size] { return size; };
 }
 
 // 16 to 256 bytes, in an order of their own.
-auto mixed_sizes() {
+auto mixed() {
   return [i = 0u]() mutable { return 16 + (i += 97) % 241; };
 }
 
+constexpr std::size_t kWorkingSet = 256;
+
 template <class Allocator>
 void replace_fixed(benchmark::State& state) {
-  if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
-  replace(state, Allocator(), fixed_size(state));
+  replace<Allocator>(state, kWorkingSet, fixed(argument(state)));
 }
 template <class Allocator>
 void replace_mixed(benchmark::State& state) {
+  replace<Allocator>(state, kWorkingSet, mixed());
+}
+template <class Allocator>
+void replace_among(benchmark::State& state) {
+  replace<Allocator>(state, argument(state), fixed(64));
+}
+
+// Frees the oldest of the live blocks and allocates the newest.
+template <class Allocator, std::size_t size>
+void replace_oldest(benchmark::State& state) {
+  Allocator allocator;
+  std::vector<void*> blocks(argument(state));
+  for (void*& block : blocks) block = allocator.allocate(size);
+  std::size_t i = 0;
+  for (auto _ : state) {
+    void*& oldest = blocks[i];
+    if (++i == blocks.size()) i = 0;
+    allocator.free(oldest);
+    benchmark::DoNotOptimize(oldest = allocator.allocate(size));
+  }
+}
+
+// --- many blocks
+
+void fill(auto& allocator, std::vector<void*>& blocks, auto& next_size) {
+  for (void*& block : blocks) {
+    block = allocator.allocate(next_size());
+    *static_cast<CS_INT*>(block) = 1;
+    benchmark::DoNotOptimize(block);
+  }
+}
+
+template <class Allocator>
+void fill_and_drop(benchmark::State& state, std::size_t count) {
+  std::vector<void*> blocks(count);
+  auto next_size = mixed();
+  for (auto _ : state) {
+    Allocator allocator;
+    fill(allocator, blocks, next_size);
+  }
+  items(state, count);
+}
+
+template <class Allocator>
+void fill_and_free(benchmark::State& state, std::size_t count, auto next_size) {
   if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
-  replace(state, Allocator(), mixed_sizes());
+  Allocator allocator;
+  std::vector<void*> blocks(count);
+  for (auto _ : state) {
+    fill(allocator, blocks, next_size);
+    for (void* block : blocks) allocator.free(block);
+  }
+  items(state, count);
 }
-template <CS_INT kind, bool locked>
-void replace_fixed_in_pool(benchmark::State& state) {
-  replace(state, Pool(kind, locked), fixed_size(state));
-}
-template <bool locked>
-void replace_mixed_in_pool(benchmark::State& state) {
-  replace(state, Pool(MM_POOL_BUDDY, locked), mixed_sizes());
-}
-
-#define SIZES ->Arg(16)->Arg(64)->Arg(256)
-BENCHMARK(replace_fixed<Malloc>)->Name("replace/malloc") SIZES;
-BENCHMARK(replace_fixed<Calloc>)->Name("replace/calloc") SIZES;
-BENCHMARK(replace_fixed<Jemalloc>)->Name("replace/jemalloc") SIZES;
-BENCHMARK(replace_fixed<Mimalloc>)->Name("replace/mimalloc") SIZES;
-BENCHMARK(replace_fixed_in_pool<MM_POOL_UNIFORM, false>)->Name("replace/uniform") SIZES;
-BENCHMARK(replace_fixed_in_pool<MM_POOL_UNIFORM, true>)->Name("replace/uniform_locked") SIZES;
-BENCHMARK(replace_fixed_in_pool<MM_POOL_BUDDY, false>)->Name("replace/buddy") SIZES;
-BENCHMARK(replace_fixed_in_pool<MM_POOL_BUDDY, true>)->Name("replace/buddy_locked") SIZES;
-BENCHMARK(replace_mixed<Malloc>)->Name("replace_mixed/malloc");
-BENCHMARK(replace_mixed<Calloc>)->Name("replace_mixed/calloc");
-BENCHMARK(replace_mixed<Jemalloc>)->Name("replace_mixed/jemalloc");
-BENCHMARK(replace_mixed<Mimalloc>)->Name("replace_mixed/mimalloc");
-BENCHMARK(replace_mixed_in_pool<false>)->Name("replace_mixed/buddy");
-BENCHMARK(replace_mixed_in_pool<true>)->Name("replace_mixed/buddy_locked");
-
-// --- Many blocks, dropped together
-// -----------------------------------------------------------------
 
 constexpr std::size_t kFilled = 1000;
 
-void* touched(void* block) {
-  *static_cast<CS_INT*>(block) = 1;
-  benchmark::DoNotOptimize(block);
-  return block;
-}
-
-void fill_and_free(benchmark::State& state, const auto& allocator, auto next_size) {
-  std::vector<void*> blocks(kFilled);
-  for (auto _ : state) {
-    for (void*& block : blocks) block = touched(allocator.allocate(next_size()));
-    for (void* block : blocks) allocator.free(block);
-  }
-}
-
-template <class Allocator>
-void fill(benchmark::State& state) {
-  if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
-  fill_and_free(state, Allocator(), mixed_sizes());
-}
 template <class Allocator>
 void fill_fixed(benchmark::State& state) {
-  if (Allocator::missing() != nullptr) return state.SkipWithError(Allocator::missing());
-  fill_and_free(state, Allocator(), fixed_size(state));
+  fill_and_free<Allocator>(state, kFilled, fixed(argument(state)));
 }
+template <class Allocator>
+void fill_mixed(benchmark::State& state) {
+  if constexpr (Allocator::frees_all)
+    fill_and_drop<Allocator>(state, argument(state));
+  else
+    fill_and_free<Allocator>(state, argument(state), mixed());
+}
+
+// --- names
+
+constexpr CS_INT kLargeChunk = 1 << 24;
+
+void measure_at_sizes(const std::string& name, void (*function)(benchmark::State&)) {
+  measure("memory/" + name, function)->ArgName("bytes")->Arg(16)->Arg(64)->Arg(256);
+}
+
+void measure_filling(const std::string& who, void (*function)(benchmark::State&)) {
+  measure("memory/fill and drop, mixed sizes/" + who, function)->ArgName("blocks")->Arg(kFilled);
+}
+
+template <std::int64_t kMost = 1'000'000>
+void curve_over_blocks(const std::string& name, void (*function)(benchmark::State&)) {
+  measure("size/memory/" + name, function)->ArgName("live blocks")->Apply(decades<kMost>);
+}
+
+// What a general allocator does, every pool is compared with.
+template <class Allocator>
+void measure_general(const std::string& who) {
+  measure_at_sizes("replace one/" + who, replace_fixed<Allocator>);
+  measure("memory/replace one, mixed sizes/" + who, replace_mixed<Allocator>);
+  measure_filling(who, fill_mixed<Allocator>);
+  measure_at_sizes("fill and free each/" + who, fill_fixed<Allocator>);
+}
+
 template <bool locked>
-void fill_fixed_uniform(benchmark::State& state) {
-  fill_and_free(state, Pool(MM_POOL_UNIFORM, locked, 1 << 19), fixed_size(state));
+void measure_pools(const std::string& suffix) {
+  using Uniform = PoolOf<MM_POOL_UNIFORM, locked>;
+  using Buddy = PoolOf<MM_POOL_BUDDY, locked>;
+  using AllocOnly = PoolOf<MM_POOL_ALLOCONLY, locked>;
+  measure_at_sizes("replace one/comnlib uniform" + suffix, replace_fixed<Uniform>);
+  measure_at_sizes("replace one/comnlib buddy" + suffix, replace_fixed<Buddy>);
+  measure("memory/replace one, mixed sizes/comnlib buddy" + suffix, replace_mixed<Buddy>);
+  measure_filling("comnlib alloc-only" + suffix, fill_mixed<AllocOnly>);
+  measure_at_sizes("fill and free each/comnlib uniform" + suffix,
+                   fill_fixed<PoolOf<MM_POOL_UNIFORM, locked, 1 << 19>>);
 }
 
-void fill_monotonic(benchmark::State& state) {
-  auto next_size = mixed_sizes();
-  for (auto _ : state) {
-    std::pmr::monotonic_buffer_resource resource(1 << 16);
-    for (std::size_t i = 0; i < kFilled; ++i) touched(resource.allocate(next_size(), 4));
-  }
-}
+const Registration registered([] {
+  measure_general<Malloc>("malloc");
+  measure_general<Calloc>("calloc");
+  measure_general<Jemalloc>("jemalloc");
+  measure_general<Mimalloc>("mimalloc");
+  measure_filling("std::pmr::monotonic", fill_mixed<Monotonic>);
+  measure_pools<false>("");
+  measure_pools<true>(" locked");
 
-template <bool locked>
-void fill_alloconly(benchmark::State& state) {
-  auto next_size = mixed_sizes();
-  for (auto _ : state) {
-    const Pool pool(MM_POOL_ALLOCONLY, locked);
-    for (std::size_t i = 0; i < kFilled; ++i) touched(pool.allocate(next_size()));
-  }
-}
+  const std::string replaced = "replace one at random, 64 bytes/";
+  curve_over_blocks(replaced + "malloc", replace_among<Malloc>);
+  curve_over_blocks(replaced + "comnlib uniform", replace_among<PoolOf<MM_POOL_UNIFORM>>);
+  curve_over_blocks(replaced + "comnlib uniform, 16 MB chunks",
+                    replace_among<PoolOf<MM_POOL_UNIFORM, false, kLargeChunk>>);
+  curve_over_blocks(replaced + "comnlib buddy", replace_among<PoolOf<MM_POOL_BUDDY>>);
+  curve_over_blocks(replaced + "comnlib buddy, 16 MB chunks",
+                    replace_among<PoolOf<MM_POOL_BUDDY, false, kLargeChunk>>);
 
-BENCHMARK(fill<Malloc>)->Name("fill_1000/malloc");
-BENCHMARK(fill<Calloc>)->Name("fill_1000/calloc");
-BENCHMARK(fill<Jemalloc>)->Name("fill_1000/jemalloc");
-BENCHMARK(fill<Mimalloc>)->Name("fill_1000/mimalloc");
-BENCHMARK(fill_monotonic)->Name("fill_1000/monotonic_buffer_resource");
-BENCHMARK(fill_alloconly<false>)->Name("fill_1000/alloconly");
-BENCHMARK(fill_alloconly<true>)->Name("fill_1000/alloconly_locked");
+  const std::string filled = "fill and drop, mixed sizes/";
+  curve_over_blocks(filled + "malloc", fill_mixed<Malloc>);
+  curve_over_blocks(filled + "std::pmr::monotonic", fill_mixed<Monotonic>);
+  curve_over_blocks(filled + "comnlib alloc-only", fill_mixed<PoolOf<MM_POOL_ALLOCONLY>>);
+  curve_over_blocks(filled + "comnlib alloc-only, 16 MB chunks",
+                    fill_mixed<PoolOf<MM_POOL_ALLOCONLY, false, kLargeChunk>>);
 
-BENCHMARK(fill_fixed<Malloc>)->Name("fill_1000_fixed/malloc") SIZES;
-BENCHMARK(fill_fixed<Calloc>)->Name("fill_1000_fixed/calloc") SIZES;
-BENCHMARK(fill_fixed<Jemalloc>)->Name("fill_1000_fixed/jemalloc") SIZES;
-BENCHMARK(fill_fixed<Mimalloc>)->Name("fill_1000_fixed/mimalloc") SIZES;
-BENCHMARK(fill_fixed_uniform<false>)->Name("fill_1000_fixed/uniform") SIZES;
-BENCHMARK(fill_fixed_uniform<true>)->Name("fill_1000_fixed/uniform_locked") SIZES;
-
-// --- Growth
-// ----------------------------------------------------------------------------------------
-
-// Frees and allocates the first of `chunks` blocks that take a chunk each: every free walks past
-// the chunks that came later.
-void free_behind_chunks(benchmark::State& state) {
-  const Pool pool(MM_POOL_UNIFORM, false, 256);
-  const auto count = static_cast<std::size_t>(state.range(0));
-  std::vector<void*> blocks(count);
-  for (void*& block : blocks) block = pool.allocate(200);
-  void* oldest = blocks.front();
-  for (auto _ : state) {
-    pool.free(oldest);
-    benchmark::DoNotOptimize(oldest = pool.allocate(200));
-  }
-}
-BENCHMARK(free_behind_chunks)->RangeMultiplier(8)->Range(1, 32768);
-
-// The same with large blocks in one chunk: every free walks past the blocks that came later.
-void free_behind_blocks(benchmark::State& state) {
-  const Pool pool(MM_POOL_BUDDY, false, 1 << 28);
-  const auto count = static_cast<std::size_t>(state.range(0));
-  std::vector<void*> blocks(count);
-  for (void*& block : blocks) block = pool.allocate(5000);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    void*& oldest = blocks[i++ % count];
-    pool.free(oldest);
-    benchmark::DoNotOptimize(oldest = pool.allocate(5000));
-  }
-}
-BENCHMARK(free_behind_blocks)->RangeMultiplier(8)->Range(8, 4096);
+  const std::string oldest = "replace the oldest/";
+  curve_over_blocks<30'000>(oldest + "malloc", replace_oldest<Malloc, 200>);
+  curve_over_blocks<30'000>(oldest + "comnlib uniform, a chunk each",
+                            replace_oldest<PoolOf<MM_POOL_UNIFORM, false, 256>, 200>);
+  curve_over_blocks<30'000>(oldest + "comnlib buddy, large blocks",
+                            replace_oldest<PoolOf<MM_POOL_BUDDY, false, 1 << 28>, 5000>);
+});
 
 }  // namespace

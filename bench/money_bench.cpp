@@ -1,7 +1,5 @@
 // Money beside plain 64-bit integers that keep the same overflow and rounding rules, and money text
 // beside libpgtypes, Boost's integers and the digits alone.
-#include <benchmark/benchmark.h>
-#include <pgtypes_numeric.h>
 
 #include <array>
 #include <boost/multiprecision/cpp_int.hpp>
@@ -10,12 +8,14 @@
 #include <random>
 #include <string>
 
+#include "bench.h"
+#include "bench_pgtypes.h"
 #include "comnlib/money.h"
 #include "exact/mnycnvt.h"
 
 namespace {
 
-constexpr std::size_t kValues = 1024;  // a power of two
+using namespace bench;
 
 CS_MONEY record(std::int64_t units) {
   return {static_cast<CS_INT>(units >> 32), static_cast<CS_UINT>(units)};
@@ -101,33 +101,19 @@ CS_RETCODE put(std::uint64_t magnitude, bool negative, std::int64_t* r) {
 
 void compute(benchmark::State& state, auto operation, const auto& a, const auto& b) {
   auto result = a[0];
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(operation(&a[at], &b[at], &result));
-    benchmark::ClobberMemory();
-    at = (at + 1) % kValues;
-  }
+  each(state, [&](std::size_t i) { return operation(&a[i], &b[i], &result); });
 }
 
-#define COMPARE(name, ours, peer, bits_a, bits_b) \
-  void comnlib_##name(benchmark::State& state) {  \
-    const Values a = amounts(1, bits_a);          \
-    const Values b = amounts(2, bits_b);          \
-    compute(state, ours, a.money, b.money);       \
-  }                                               \
-  void plain_##name(benchmark::State& state) {    \
-    const Values a = amounts(1, bits_a);          \
-    const Values b = amounts(2, bits_b);          \
-    compute(state, peer, a.plain, b.plain);       \
-  }                                               \
-  BENCHMARK(comnlib_##name);                      \
-  BENCHMARK(plain_##name)
-
-COMPARE(add, comn_mnyadd, native_add, 62, 62);
-COMPARE(multiply_small, comn_mnymul, native_multiply, 34, 28);
-COMPARE(multiply_large, comn_mnymul, native_multiply, 45, 30);
-COMPARE(divide_small, comn_mnydivide, native_divide, 45, 30);
-COMPARE(divide_large, comn_mnydivide, native_divide, 49, 40);
+// One operation on pairs of so many bits, ours and the peer's.
+template <auto ours, auto peer>
+void compare(const std::string& operation, unsigned bits_a, unsigned bits_b) {
+  measure("money/" + operation + "/comnlib", [=](benchmark::State& state) {
+    compute(state, ours, amounts(1, bits_a).money, amounts(2, bits_b).money);
+  });
+  measure("money/" + operation + "/plain 64-bit", [=](benchmark::State& state) {
+    compute(state, peer, amounts(1, bits_a).plain, amounts(2, bits_b).plain);
+  });
+}
 
 // --- text, amounts of up to ten digits with two decimals
 
@@ -159,102 +145,83 @@ struct Texts {
 void comnlib_to_text(benchmark::State& state) {
   const Values values = priced();
   CS_CHAR buffer[24];
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        com_cvtmnytochar(&values.money[at++ % kValues], buffer, sizeof buffer, kTwoDecimals));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) {
+    return com_cvtmnytochar(&values.money[i], buffer, sizeof buffer, kTwoDecimals);
+  });
 }
 
 void comnlib_from_text(benchmark::State& state) {
   const Texts texts;
   CS_MONEY m;
-  std::size_t at = 0;
-  for (auto _ : state) {
-    const std::string& text = texts.text[at++ % kValues];
-    benchmark::DoNotOptimize(com__mnyfromchar_mb(&m, text.data(), static_cast<CS_INT>(text.size()),
-                                                 0, com_get_charattrib()));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) {
+    const std::string& text = texts.text[i];
+    return com__mnyfromchar_mb(&m, text.data(), static_cast<CS_INT>(text.size()), 0,
+                               com_get_charattrib());
+  });
 }
 
 void pgtypes_to_text(benchmark::State& state) {
-  const Texts texts;
+  Texts texts;
   std::array<numeric*, kValues> values;
-  for (std::size_t at = 0; at < kValues; ++at) {
-    std::string text = texts.text[at];
-    values[at] = PGTYPESnumeric_from_asc(text.data(), nullptr);
-  }
-  std::size_t at = 0;
-  for (auto _ : state) {
-    char* text = PGTYPESnumeric_to_asc(values[at++ % kValues], 2);
-    benchmark::DoNotOptimize(text);
-    PGTYPESchar_free(text);
-  }
+  for (std::size_t at = 0; at < kValues; ++at)
+    values[at] = PGTYPESnumeric_from_asc(texts.text[at].data(), nullptr);
+  each(state, [&](std::size_t i) { write_pgtypes(values[i], 2); });
   for (numeric* value : values) PGTYPESnumeric_free(value);
 }
 
 void pgtypes_from_text(benchmark::State& state) {
   Texts texts;
-  std::size_t at = 0;
-  for (auto _ : state) {
-    numeric* value = PGTYPESnumeric_from_asc(texts.text[at++ % kValues].data(), nullptr);
-    benchmark::DoNotOptimize(value);
-    PGTYPESnumeric_free(value);
-  }
+  each(state, [&](std::size_t i) { read_pgtypes(texts.text[i].data()); });
 }
 
 // The digits of the count of units: less than an amount needs.
+std::array<std::string, kValues> digits_of(const Values& values) {
+  std::array<std::string, kValues> texts;
+  for (std::size_t at = 0; at < kValues; ++at) texts[at] = std::to_string(values.plain[at]);
+  return texts;
+}
+
+using Integer = boost::multiprecision::checked_int128_t;
+
 void boost_digits_to_text(benchmark::State& state) {
-  using Integer = boost::multiprecision::checked_int128_t;
   const Values values = priced();
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Integer(values.plain[at++ % kValues]).str());
-  }
+  each(state, [&](std::size_t i) { return Integer(values.plain[i]).str(); });
 }
 
 void boost_digits_from_text(benchmark::State& state) {
-  using Integer = boost::multiprecision::checked_int128_t;
-  const Values values = priced();
-  std::array<std::string, kValues> texts;
-  for (std::size_t at = 0; at < kValues; ++at) texts[at] = std::to_string(values.plain[at]);
-  std::size_t at = 0;
-  for (auto _ : state) benchmark::DoNotOptimize(Integer(texts[at++ % kValues]));
+  each(state, [texts = digits_of(priced())](std::size_t i) { return Integer(texts[i]); });
 }
 
 void std_digits_to_text(benchmark::State& state) {
   const Values values = priced();
   char buffer[24];
-  std::size_t at = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        std::to_chars(buffer, buffer + sizeof buffer, values.plain[at++ % kValues]));
-    benchmark::ClobberMemory();
-  }
+  each(state, [&](std::size_t i) {
+    return std::to_chars(buffer, buffer + sizeof buffer, values.plain[i]);
+  });
 }
 
 void std_digits_from_text(benchmark::State& state) {
-  const Values values = priced();
-  std::array<std::string, kValues> texts;
-  for (std::size_t at = 0; at < kValues; ++at) texts[at] = std::to_string(values.plain[at]);
-  std::size_t at = 0;
-  for (auto _ : state) {
-    const std::string& text = texts[at++ % kValues];
-    std::int64_t value = 0;
-    benchmark::DoNotOptimize(std::from_chars(text.data(), text.data() + text.size(), value));
-    benchmark::DoNotOptimize(value);
-  }
+  std::int64_t value = 0;
+  each(state, [&, texts = digits_of(priced())](std::size_t i) {
+    benchmark::DoNotOptimize(&value);
+    return std::from_chars(texts[i].data(), texts[i].data() + texts[i].size(), value);
+  });
 }
 
-BENCHMARK(comnlib_to_text);
-BENCHMARK(pgtypes_to_text);
-BENCHMARK(boost_digits_to_text);
-BENCHMARK(std_digits_to_text);
-BENCHMARK(comnlib_from_text);
-BENCHMARK(pgtypes_from_text);
-BENCHMARK(boost_digits_from_text);
-BENCHMARK(std_digits_from_text);
+const Registration registered([] {
+  compare<comn_mnyadd, native_add>("add", 62, 62);
+  compare<comn_mnymul, native_multiply>("multiply, product below 64 bits", 34, 28);
+  compare<comn_mnymul, native_multiply>("multiply, product beyond 64 bits", 45, 30);
+  compare<comn_mnydivide, native_divide>("divide, divisor of one limb", 45, 30);
+  compare<comn_mnydivide, native_divide>("divide, divisor of two limbs", 49, 40);
+  measure("money/to text/comnlib", comnlib_to_text);
+  measure("money/to text/pgtypes", pgtypes_to_text);
+  measure("money/to text/Boost, digits", boost_digits_to_text);
+  measure("money/to text/std::to_chars, digits", std_digits_to_text);
+  measure("money/from text/comnlib", comnlib_from_text);
+  measure("money/from text/pgtypes", pgtypes_from_text);
+  measure("money/from text/Boost, digits", boost_digits_from_text);
+  measure("money/from text/std::from_chars, digits", std_digits_from_text);
+});
 
 }  // namespace

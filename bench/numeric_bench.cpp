@@ -2,22 +2,25 @@
 // exported, Boost's fixed-width integers, and libpgtypes. Arguments are decimal digits. The peers
 // do the same arithmetic on the same digits; checks of precision and the rules of scales are ours
 // alone.
-#include <benchmark/benchmark.h>
 #include <gmp.h>
-#include <pgtypes_numeric.h>
 
+#include <algorithm>
 #include <array>
 #include <boost/multiprecision/cpp_int.hpp>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench.h"
+#include "bench_pgtypes.h"
 #include "comnlib/numeric.h"
 #include "exact/limbs.h"
 #include "exact/numeric.h"
 
 namespace {
 
+using namespace bench;
 using namespace comnlib;
 namespace mp = boost::multiprecision;
 // Room for the products and scaled dividends of 77 digits; nothing is allocated.
@@ -25,7 +28,7 @@ using Integer =
     mp::number<mp::cpp_int_backend<320, 320, mp::signed_magnitude, mp::unchecked, void>>;
 
 // A power of two, and few enough for all representations to stay in the first cache.
-constexpr std::size_t kValues = 64;
+constexpr std::size_t kPairs = 64;
 
 std::string random_digits(std::mt19937& random, int count) {
   std::string text(1, static_cast<char>('1' + random() % 9));
@@ -61,47 +64,39 @@ struct Pairs {
 
   Pairs(int precision_a, int digits_a, int precision_b, int digits_b) {
     std::mt19937 random(7);
-    for (std::size_t n = 0; n < kValues; ++n) {
+    for (std::size_t n = 0; n < kPairs; ++n) {
       a.emplace_back(random_digits(random, digits_a), precision_a);
       b.emplace_back(random_digits(random, digits_b), precision_b);
     }
   }
 };
 
-// 77 digits of product are all that there is room for, so the factors of that row have half as many
-// digits; divisors have half the digits of the dividend.
+// 77 digits of product are all that there is room for, so factors have half as many at most;
+// divisors have half the digits of the dividend.
 Pairs pairs_for(int digits, char operation) {
-  if (operation == '*') {
-    const int significant = digits == 77 ? 38 : digits;
-    return Pairs(digits, significant, digits, significant);
-  }
-  if (operation == '/') return Pairs(digits, digits, digits / 2, digits / 2);
+  const int factor = std::min(digits, 38), divisor = std::max(digits / 2, 1);
+  if (operation == '*') return Pairs(digits, factor, digits, factor);
+  if (operation == '/') return Pairs(digits, digits, divisor, divisor);
   return Pairs(digits, digits, digits, digits);
 }
 
 template <class Step>
 void loop(benchmark::State& state, char operation, Step step) {
   const Pairs pairs = pairs_for(static_cast<int>(state.range(0)), operation);
-  std::size_t at = 0;
-  for (auto _ : state) {
-    step(pairs.a[at], pairs.b[at]);
-    at = (at + 1) % kValues;
-  }
+  each<kPairs>(state, [&](std::size_t i) { return step(pairs.a[i], pairs.b[i]); });
 }
 
 template <auto operation, char sign>
 void comnlib(benchmark::State& state) {
   CS_NUMERIC result;
   loop(state, sign, [&](const Operand& a, const Operand& b) {
-    benchmark::DoNotOptimize(operation(&a.numeric, &b.numeric, &result));
-    benchmark::ClobberMemory();
+    return operation(&a.numeric, &b.numeric, &result);
   });
 }
 
 void comnlib_compare(benchmark::State& state) {
-  loop(state, '?', [&](const Operand& a, const Operand& b) {
-    benchmark::DoNotOptimize(comn_numcmp(&a.numeric, &b.numeric));
-  });
+  loop(state, '?',
+       [](const Operand& a, const Operand& b) { return comn_numcmp(&a.numeric, &b.numeric); });
 }
 
 // The power of ten that our quotient's scale multiplies the dividend by.
@@ -119,15 +114,17 @@ void gmp_limbs(benchmark::State& state) {
   Limbs power;
   int shift = -1;
   loop(state, sign, [&](const Operand& a, const Operand& b) {
+    // The limbs behind the shorter operand are zero.
+    const mp_size_t common = std::max(a.size, b.size);
     if constexpr (sign == '+') {
-      result[static_cast<std::size_t>(a.size)] =
-          mpn_add_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+      result[static_cast<std::size_t>(common)] =
+          mpn_add_n(result.data(), a.limbs.data(), b.limbs.data(), common);
     } else if constexpr (sign == '-') {
-      mpn_sub_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+      mpn_sub_n(result.data(), a.limbs.data(), b.limbs.data(), common);
     } else if constexpr (sign == '*') {
-      mpn_mul_n(result.data(), a.limbs.data(), b.limbs.data(), a.size);
+      mpn_mul_n(result.data(), a.limbs.data(), b.limbs.data(), common);
     } else if constexpr (sign == '?') {
-      benchmark::DoNotOptimize(mpn_cmp(a.limbs.data(), b.limbs.data(), a.size));
+      benchmark::DoNotOptimize(mpn_cmp(a.limbs.data(), b.limbs.data(), common));
     } else {
       if (shift < 0) {
         shift = dividend_shift(a, b);
@@ -146,7 +143,6 @@ void gmp_limbs(benchmark::State& state) {
       }
       mpn_tdiv_qr(result.data(), rest.data(), 0, dividend, size, b.limbs.data(), b.size);
     }
-    benchmark::ClobberMemory();
   });
 }
 
@@ -184,7 +180,6 @@ void gmp_layout(benchmark::State& state) {
     std::memset(out.array, 0, sizeof out.array);
     mpz_export(out.array + sizeof out.array - bytes, nullptr, 1, 1, 1, 0, result);
     out.array[0] = mpz_sgn(result) < 0;
-    benchmark::ClobberMemory();
   });
   mpz_clears(a, b, result, power, nullptr);
 }
@@ -202,23 +197,20 @@ void boost_integer(benchmark::State& state) {
       if (power < 0) power = mp::pow(Integer(10), static_cast<unsigned>(dividend_shift(a, b)));
       result = power == 1 ? Integer(a.integer / b.integer) : Integer(a.integer * power / b.integer);
     }
-    benchmark::ClobberMemory();
   });
 }
 
 template <auto operation, char sign>
 void pgtypes(benchmark::State& state) {
   ::numeric* result = PGTYPESnumeric_new();
-  loop(state, sign, [&](const Operand& a, const Operand& b) {
-    benchmark::DoNotOptimize(operation(a.pg, b.pg, result));
-  });
+  loop(state, sign,
+       [&](const Operand& a, const Operand& b) { return operation(a.pg, b.pg, result); });
   PGTYPESnumeric_free(result);
 }
 
 void pgtypes_compare(benchmark::State& state) {
-  loop(state, '?', [](const Operand& a, const Operand& b) {
-    benchmark::DoNotOptimize(PGTYPESnumeric_cmp(a.pg, b.pg));
-  });
+  loop(state, '?',
+       [](const Operand& a, const Operand& b) { return PGTYPESnumeric_cmp(a.pg, b.pg); });
 }
 
 // --- text
@@ -229,33 +221,27 @@ void from_text_comnlib(benchmark::State& state) {
     result.precision = a.numeric.precision;
     result.scale = 0;
     constant record = record_of(result);
-    benchmark::DoNotOptimize(
-        com__subchartoexctnume(a.text.data(), static_cast<CS_INT>(a.text.size()), &record, 0));
-    benchmark::ClobberMemory();
+    return com__subchartoexctnume(a.text.data(), static_cast<CS_INT>(a.text.size()), &record, 0);
   });
 }
 
 void from_text_gmp(benchmark::State& state) {
   mpz_t value;
   mpz_init2(value, 320);
-  loop(state, '+', [&](const Operand& a, const Operand&) {
-    benchmark::DoNotOptimize(mpz_set_str(value, a.text.c_str(), 10));
-  });
+  loop(state, '+',
+       [&](const Operand& a, const Operand&) { return mpz_set_str(value, a.text.c_str(), 10); });
   mpz_clear(value);
 }
 
 void from_text_boost(benchmark::State& state) {
-  loop(state, '+',
-       [](const Operand& a, const Operand&) { benchmark::DoNotOptimize(Integer(a.text.c_str())); });
+  loop(state, '+', [](const Operand& a, const Operand&) { return Integer(a.text.c_str()); });
 }
 
 void from_text_pgtypes(benchmark::State& state) {
   std::string text;
   loop(state, '+', [&](const Operand& a, const Operand&) {
     text = a.text;
-    ::numeric* value = PGTYPESnumeric_from_asc(text.data(), nullptr);
-    benchmark::DoNotOptimize(value);
-    PGTYPESnumeric_free(value);
+    read_pgtypes(text.data());
   });
 }
 
@@ -264,9 +250,7 @@ void to_text_comnlib(benchmark::State& state) {
   loop(state, '+', [&](const Operand& a, const Operand&) {
     const constant record = record_of(a.numeric);
     CS_INT length = 0;
-    benchmark::DoNotOptimize(
-        com__subexctnumetochar(&record, buffer.data(), buffer.size(), &length));
-    benchmark::ClobberMemory();
+    return com__subexctnumetochar(&record, buffer.data(), buffer.size(), &length);
   });
 }
 
@@ -274,58 +258,62 @@ void to_text_gmp(benchmark::State& state) {
   std::array<char, 84> buffer;
   mpz_t value;
   loop(state, '+', [&](const Operand& a, const Operand&) {
-    benchmark::DoNotOptimize(
-        mpz_get_str(buffer.data(), 10, mpz_roinit_n(value, a.limbs.data(), a.size)));
+    return mpz_get_str(buffer.data(), 10, mpz_roinit_n(value, a.limbs.data(), a.size));
   });
 }
 
 void to_text_boost(benchmark::State& state) {
-  loop(state, '+',
-       [](const Operand& a, const Operand&) { benchmark::DoNotOptimize(a.integer.str()); });
+  loop(state, '+', [](const Operand& a, const Operand&) { return a.integer.str(); });
 }
 
 void to_text_pgtypes(benchmark::State& state) {
-  loop(state, '+', [](const Operand& a, const Operand&) {
-    char* text = PGTYPESnumeric_to_asc(a.pg, 0);
-    benchmark::DoNotOptimize(text);
-    std::free(text);
-  });
+  loop(state, '+', [](const Operand& a, const Operand&) { write_pgtypes(a.pg, 0); });
 }
 
-#define ROW(name, ...) BENCHMARK(__VA_ARGS__)->Name(name)->Arg(19)->Arg(38)->Arg(77)
+// --- names
 
-ROW("add/comnlib", comnlib<comn_numadd, '+'>);
-ROW("add/gmp_limbs", gmp_limbs<'+'>);
-ROW("add/gmp_layout", gmp_layout<'+'>);
-ROW("add/boost", boost_integer<'+'>);
-ROW("add/pgtypes", pgtypes<PGTYPESnumeric_add, '+'>);
-ROW("subtract/comnlib", comnlib<comn_numsub, '-'>);
-ROW("subtract/gmp_limbs", gmp_limbs<'-'>);
-ROW("subtract/gmp_layout", gmp_layout<'-'>);
-ROW("subtract/boost", boost_integer<'-'>);
-ROW("subtract/pgtypes", pgtypes<PGTYPESnumeric_sub, '-'>);
-ROW("multiply/comnlib", comnlib<comn_nummul, '*'>);
-ROW("multiply/gmp_limbs", gmp_limbs<'*'>);
-ROW("multiply/gmp_layout", gmp_layout<'*'>);
-ROW("multiply/boost", boost_integer<'*'>);
-ROW("multiply/pgtypes", pgtypes<PGTYPESnumeric_mul, '*'>);
-ROW("divide/comnlib", comnlib<comn_numdivide, '/'>);
-ROW("divide/gmp_limbs", gmp_limbs<'/'>);
-ROW("divide/gmp_layout", gmp_layout<'/'>);
-ROW("divide/boost", boost_integer<'/'>);
-ROW("divide/pgtypes", pgtypes<PGTYPESnumeric_div, '/'>);
-ROW("compare/comnlib", comnlib_compare);
-ROW("compare/gmp_limbs", gmp_limbs<'?'>);
-ROW("compare/gmp_layout", gmp_layout<'?'>);
-ROW("compare/boost", boost_integer<'?'>);
-ROW("compare/pgtypes", pgtypes_compare);
-ROW("from_text/comnlib", from_text_comnlib);
-ROW("from_text/gmp", from_text_gmp);
-ROW("from_text/boost", from_text_boost);
-ROW("from_text/pgtypes", from_text_pgtypes);
-ROW("to_text/comnlib", to_text_comnlib);
-ROW("to_text/gmp", to_text_gmp);
-ROW("to_text/boost", to_text_boost);
-ROW("to_text/pgtypes", to_text_pgtypes);
+using Function = void (*)(benchmark::State&);
+
+// On both sides of each border between limbs, and between.
+constexpr std::array<std::int64_t, 25> kDigits = {
+    1, 2, 4, 6, 9, 10, 14, 19, 20, 24, 28, 29, 33, 38, 39, 43, 48, 49, 53, 57, 58, 62, 67, 68, 77};
+
+void measure_at_digits(const std::string& name, Function function, std::int64_t most = 0) {
+  measure("numeric/" + name, function)->ArgName("digits")->Arg(19)->Arg(38)->Arg(77);
+  if (most == 0) return;
+  auto* curve = measure("size/numeric/" + name, function)->ArgName("digits");
+  for (const std::int64_t digits : kDigits)
+    if (digits <= most) curve->Arg(digits);
+}
+
+// An operation by everyone, up to so many digits on the curve.
+template <auto ours, auto pg, char sign>
+void operation(const std::string& name, std::int64_t most) {
+  measure_at_digits(name + "/comnlib", comnlib<ours, sign>, most);
+  measure_at_digits(name + "/GMP, bare limbs", gmp_limbs<sign>, most);
+  measure_at_digits(name + "/GMP, our layout", gmp_layout<sign>, most);
+  measure_at_digits(name + "/Boost", boost_integer<sign>, most);
+  measure_at_digits(name + "/pgtypes", pgtypes<pg, sign>);
+}
+
+const Registration registered([] {
+  operation<comn_numadd, PGTYPESnumeric_add, '+'>("add", 77);
+  operation<comn_numsub, PGTYPESnumeric_sub, '-'>("subtract", 0);
+  operation<comn_nummul, PGTYPESnumeric_mul, '*'>("multiply", 38);
+  operation<comn_numdivide, PGTYPESnumeric_div, '/'>("divide", 77);
+  measure_at_digits("compare/comnlib", comnlib_compare);
+  measure_at_digits("compare/GMP, bare limbs", gmp_limbs<'?'>);
+  measure_at_digits("compare/GMP, our layout", gmp_layout<'?'>);
+  measure_at_digits("compare/Boost", boost_integer<'?'>);
+  measure_at_digits("compare/pgtypes", pgtypes_compare);
+  measure_at_digits("from text/comnlib", from_text_comnlib, 77);
+  measure_at_digits("from text/GMP", from_text_gmp, 77);
+  measure_at_digits("from text/Boost", from_text_boost, 77);
+  measure_at_digits("from text/pgtypes", from_text_pgtypes);
+  measure_at_digits("to text/comnlib", to_text_comnlib, 77);
+  measure_at_digits("to text/GMP", to_text_gmp, 77);
+  measure_at_digits("to text/Boost", to_text_boost, 77);
+  measure_at_digits("to text/pgtypes", to_text_pgtypes);
+});
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Text to values and back beside the C library and PostgreSQL's client library, and the conversion
 // between character sets beside iconv(3).
-#include <benchmark/benchmark.h>
 #include <iconv.h>
-#include <pgtypes_numeric.h>
 #include <pgtypes_timestamp.h>
 
 #include <array>
@@ -15,13 +13,12 @@
 #include <string_view>
 #include <vector>
 
-#include "comnlib/convert.h"
-#include "comnlib/locale.h"
-#include "comnlib/thread.h"
+#include "bench.h"
+#include "bench_pgtypes.h"
 
 namespace {
 
-constexpr std::size_t kValues = 1024;
+using namespace bench;
 
 using Texts = std::vector<std::string>;
 
@@ -70,34 +67,19 @@ const Texts& dates() {
   return all;
 }
 
-// A context with the home's locales.
-class Host {
- public:
-  Host() {
-    setenv("TALVEN", COMNLIB_HOME, 1);
-    if (comn_create_mutex(&globals_.cmg_mtx) != CS_SUCCEED) std::abort();
-    context.ctxglobals = &globals_;
-    com_conv_init(&context);
-    if (comn_intl_init(&context, nullptr, 0) != CS_SUCCEED) std::abort();
-  }
-  // Null: no locale, plain bytes.
-  CS_LOCALE* locale(const char* charset) {
-    if (charset == nullptr) return nullptr;
-    CsLocCache* entry = nullptr;
-    if (comn_intl_load_tlvtypes(&context, charset, CS_NULLTERM, charset, CS_NULLTERM, "us_english",
-                                10, "binary", 6, &entry, nullptr, 0) != CS_SUCCEED)
-      std::abort();
-    return new CS_LOCALE{entry, entry, entry, entry, entry, entry, nullptr};
-  }
-  CS_CONTEXT context{};
-
- private:
-  CsCtxGlobals globals_{};
-};
-
 Host& host() {
   static Host& made = *new Host;
   return made;
+}
+
+// The locale of a character set; null: no locale, plain bytes.
+CS_LOCALE* locale(const char* charset) {
+  if (charset == nullptr) return nullptr;
+  CsLocCache* entry = nullptr;
+  if (comn_intl_load_tlvtypes(&host().context, charset, CS_NULLTERM, charset, CS_NULLTERM,
+                              "us_english", 10, "binary", 6, &entry, nullptr, 0) != CS_SUCCEED)
+    std::abort();
+  return new CS_LOCALE{entry, entry, entry, entry, entry, entry, nullptr};
 }
 
 CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0) {
@@ -108,20 +90,11 @@ CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0) {
   return format;
 }
 
-template <class Body>
-void each(benchmark::State& state, Body body) {
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(body(i++ % kValues));
-    benchmark::ClobberMemory();
-  }
-}
-
 void from_text(benchmark::State& state, const Texts& (*all)(), CS_INT datatype,
                const char* charset) {
   Host& on = host();
   CS_DATAFMT source = format_of(CS_CHAR_TYPE), destination = format_of(datatype);
-  source.locale = on.locale(charset);
+  source.locale = locale(charset);
   const CS_CONV_FUNC routine = com_conv_func(&on.context, CS_CHAR_TYPE, datatype);
   std::array<CS_BYTE, 64> value;
   CS_INT length = 0;
@@ -149,18 +122,6 @@ void to_text(benchmark::State& state, const Texts& (*all)(), CS_INT datatype) {
   });
 }
 
-#define VALUE_BENCHES(name, all, datatype)                            \
-  BENCHMARK_CAPTURE(from_text, name##_plain, all, datatype, nullptr); \
-  BENCHMARK_CAPTURE(from_text, name##_iso_1, all, datatype, "iso_1"); \
-  BENCHMARK_CAPTURE(from_text, name##_utf8, all, datatype, "utf8");   \
-  BENCHMARK_CAPTURE(to_text, name, all, datatype)
-VALUE_BENCHES(int, integers, CS_INT_TYPE);
-VALUE_BENCHES(float, measurements, CS_FLOAT_TYPE);
-VALUE_BENCHES(numeric, amounts, CS_NUMERIC_TYPE);
-VALUE_BENCHES(money, amounts, CS_MONEY_TYPE);
-VALUE_BENCHES(datetime, dates, CS_DATETIME_TYPE);
-#undef VALUE_BENCHES
-
 // A column's text has a length and no NUL. The C library's routines need one, and tell through
 // errno and the end whether all of it was a number in range.
 template <auto Parse>
@@ -180,61 +141,30 @@ void int_strtol(benchmark::State& state) {
   constexpr auto parse = [](const char* text, char** end) { return std::strtol(text, end, 10); };
   each(state, [&](std::size_t i) { return parse_copy<parse>(integers()[i], good) + good; });
 }
-BENCHMARK(int_strtol);
 
 void float_strtod(benchmark::State& state) {
   bool good = false;
   each(state,
        [&](std::size_t i) { return parse_copy<std::strtod>(measurements()[i], good) + good; });
 }
-BENCHMARK(float_strtod);
-
-void int_snprintf(benchmark::State& state) {
-  std::vector<long> values;
-  for (const std::string& text : integers()) values.push_back(std::atol(text.c_str()));
-  char room[64];
-  each(state, [&](std::size_t i) { return std::snprintf(room, sizeof room, "%ld", values[i]); });
-}
-BENCHMARK(int_snprintf);
-
-void float_snprintf(benchmark::State& state) {
-  std::vector<double> values;
-  for (const std::string& text : measurements()) values.push_back(std::atof(text.c_str()));
-  char room[64];
-  each(state, [&](std::size_t i) { return std::snprintf(room, sizeof room, "%.17g", values[i]); });
-}
-BENCHMARK(float_snprintf);
 
 void numeric_from_text_pgtypes(benchmark::State& state) {
   Texts all = amounts();
-  each(state, [&](std::size_t i) {
-    numeric* value = PGTYPESnumeric_from_asc(all[i].data(), nullptr);
-    const int digits = value->ndigits;
-    PGTYPESnumeric_free(value);
-    return digits;
-  });
+  each(state, [&](std::size_t i) { read_pgtypes(all[i].data()); });
 }
-BENCHMARK(numeric_from_text_pgtypes);
 
 void numeric_to_text_pgtypes(benchmark::State& state) {
   std::vector<numeric*> values;
   for (std::string text : amounts())
     values.push_back(PGTYPESnumeric_from_asc(text.data(), nullptr));
-  each(state, [&](std::size_t i) {
-    char* text = PGTYPESnumeric_to_asc(values[i], -1);
-    const char first = *text;
-    std::free(text);
-    return first;
-  });
+  each(state, [&](std::size_t i) { write_pgtypes(values[i], -1); });
   for (numeric* value : values) PGTYPESnumeric_free(value);
 }
-BENCHMARK(numeric_to_text_pgtypes);
 
 void datetime_from_text_pgtypes(benchmark::State& state) {
   Texts all = dates();
   each(state, [&](std::size_t i) { return PGTYPEStimestamp_from_asc(all[i].data(), nullptr); });
 }
-BENCHMARK(datetime_from_text_pgtypes);
 
 void datetime_to_text_pgtypes(benchmark::State& state) {
   std::vector<timestamp> values;
@@ -247,7 +177,6 @@ void datetime_to_text_pgtypes(benchmark::State& state) {
     return first;
   });
 }
-BENCHMARK(datetime_to_text_pgtypes);
 
 // Prose with the share of letters beyond ASCII that its language has.
 constexpr std::string_view kEnglish = "The quick brown fox jumps over the lazy dog, 1234567890. ";
@@ -290,10 +219,10 @@ void charset_comnlib(benchmark::State& state, std::string_view sentence, const C
                      const Charset& to) {
   Host& on = host();
   const std::string text = prose(sentence, from, static_cast<std::size_t>(state.range(0)));
-  const auto format = [&on](const Charset& set, std::size_t length) {
+  const auto format = [](const Charset& set, std::size_t length) {
     CS_DATAFMT made = format_of(set.name == nullptr ? CS_UNICHAR_TYPE : CS_CHAR_TYPE,
                                 static_cast<CS_INT>(length));
-    made.locale = on.locale(set.name);
+    made.locale = locale(set.name);
     return made;
   };
   std::string room(4 * text.size(), '\0');
@@ -306,7 +235,6 @@ void charset_comnlib(benchmark::State& state, std::string_view sentence, const C
       state.SkipWithError("not converted");
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
 void charset_iconv(benchmark::State& state, std::string_view sentence, const Charset& from,
@@ -324,25 +252,56 @@ void charset_iconv(benchmark::State& state, std::string_view sentence, const Cha
     benchmark::ClobberMemory();
   }
   iconv_close(cd);
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+
+using Peer = void (*)(benchmark::State&);
+
+// A datatype's reading, by every kind of locale, beside the peers'.
+void reading(const std::string& name, const Texts& (*all)(), CS_INT datatype,
+             const std::string& peer, Peer measured) {
+  const std::string operation = "text/text to " + name;
+  measure(operation + "/comnlib plain bytes", from_text, all, datatype, nullptr);
+  measure(operation + "/comnlib iso_1", from_text, all, datatype, "iso_1");
+  measure(operation + "/comnlib utf8", from_text, all, datatype, "utf8");
+  measure(operation + "/" + peer, measured);
+}
+
+void writing(const std::string& name, const Texts& (*all)(), CS_INT datatype,
+             const std::string& peer, Peer measured) {
+  const std::string operation = "text/" + name + " to text";
+  measure(operation + "/comnlib", to_text, all, datatype);
+  measure(operation + "/" + peer, measured);
 }
 
 // A column's text, and a document.
-#define CHARSET_BENCHES(name, sentence, from, to)                                    \
-  BENCHMARK_CAPTURE(charset_comnlib, name, sentence, from, to)->Arg(40)->Arg(16384); \
-  BENCHMARK_CAPTURE(charset_iconv, name, sentence, from, to)->Arg(40)->Arg(16384)
-CHARSET_BENCHES(english_utf8_to_iso_1, kEnglish, kUtf8, kIso1);
-CHARSET_BENCHES(english_utf8_to_utf16, kEnglish, kUtf8, kUtf16);
-CHARSET_BENCHES(french_utf8_to_iso_1, kFrench, kUtf8, kIso1);
-CHARSET_BENCHES(french_utf8_to_utf16, kFrench, kUtf8, kUtf16);
-CHARSET_BENCHES(french_iso_1_to_utf8, kFrench, kIso1, kUtf8);
-CHARSET_BENCHES(french_utf16_to_utf8, kFrench, kUtf16, kUtf8);
-CHARSET_BENCHES(russian_utf8_to_koi8, kRussian, kUtf8, kKoi8);
-CHARSET_BENCHES(russian_utf8_to_utf16, kRussian, kUtf8, kUtf16);
-CHARSET_BENCHES(russian_koi8_to_utf8, kRussian, kKoi8, kUtf8);
-CHARSET_BENCHES(japanese_utf8_to_sjis, kJapanese, kUtf8, kSjis);
-CHARSET_BENCHES(japanese_utf8_to_utf16, kJapanese, kUtf8, kUtf16);
-CHARSET_BENCHES(japanese_sjis_to_utf8, kJapanese, kSjis, kUtf8);
-#undef CHARSET_BENCHES
+void charset(const std::string& name, std::string_view sentence, const Charset& from,
+             const Charset& to) {
+  for (auto* added : {measure("charset/" + name + "/comnlib", charset_comnlib, sentence, from, to),
+                      measure("charset/" + name + "/iconv", charset_iconv, sentence, from, to)})
+    added->ArgName("bytes")->Arg(40)->Arg(16384);
+}
+
+const Registration registered([] {
+  reading("int", integers, CS_INT_TYPE, "strtol", int_strtol);
+  reading("float", measurements, CS_FLOAT_TYPE, "strtod", float_strtod);
+  reading("numeric", amounts, CS_NUMERIC_TYPE, "pgtypes", numeric_from_text_pgtypes);
+  reading("money", amounts, CS_MONEY_TYPE, "pgtypes", numeric_from_text_pgtypes);
+  reading("datetime", dates, CS_DATETIME_TYPE, "pgtypes", datetime_from_text_pgtypes);
+  writing("numeric", amounts, CS_NUMERIC_TYPE, "pgtypes", numeric_to_text_pgtypes);
+  writing("money", amounts, CS_MONEY_TYPE, "pgtypes", numeric_to_text_pgtypes);
+  writing("datetime", dates, CS_DATETIME_TYPE, "pgtypes", datetime_to_text_pgtypes);
+  charset("UTF-8 to iso_1, English", kEnglish, kUtf8, kIso1);
+  charset("UTF-8 to iso_1, French", kFrench, kUtf8, kIso1);
+  charset("UTF-8 to koi8, Russian", kRussian, kUtf8, kKoi8);
+  charset("UTF-8 to sjis, Japanese", kJapanese, kUtf8, kSjis);
+  charset("UTF-8 to UTF-16, English", kEnglish, kUtf8, kUtf16);
+  charset("UTF-8 to UTF-16, French", kFrench, kUtf8, kUtf16);
+  charset("UTF-8 to UTF-16, Russian", kRussian, kUtf8, kUtf16);
+  charset("UTF-8 to UTF-16, Japanese", kJapanese, kUtf8, kUtf16);
+  charset("iso_1 to UTF-8, French", kFrench, kIso1, kUtf8);
+  charset("UTF-16 to UTF-8, French", kFrench, kUtf16, kUtf8);
+  charset("koi8 to UTF-8, Russian", kRussian, kKoi8, kUtf8);
+  charset("sjis to UTF-8, Japanese", kJapanese, kSjis, kUtf8);
+});
 
 }  // namespace

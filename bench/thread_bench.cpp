@@ -1,8 +1,7 @@
 // Uncontended mutexes: a take and its release, alone and inside another one.
-#include <benchmark/benchmark.h>
 #include <pthread.h>
 
-#include "comnlib/thread.h"
+#include "bench.h"
 
 namespace {
 
@@ -45,9 +44,12 @@ void take_release(benchmark::State& state) {
   if (nested) mutex.release();
 }
 
-BENCHMARK(take_release<Ours, false>)->Name("mutex/comn");
-BENCHMARK(take_release<Recursive, false>)->Name("mutex/pthread_recursive");
-BENCHMARK(take_release<Ours, true>)->Name("mutex_nested/comn");
-BENCHMARK(take_release<Recursive, true>)->Name("mutex_nested/pthread_recursive");
+const bench::Registration registered([] {
+  using bench::measure;
+  measure("mutex/take and release/comnlib", take_release<Ours, false>);
+  measure("mutex/take and release/recursive pthread", take_release<Recursive, false>);
+  measure("mutex/take and release, held already/comnlib", take_release<Ours, true>);
+  measure("mutex/take and release, held already/recursive pthread", take_release<Recursive, true>);
+});
 
 }  // namespace
