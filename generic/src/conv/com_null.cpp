@@ -6,11 +6,11 @@
 #include <cstring>
 
 #include "comnlib/convert.h"
-#include "comnlib/memory.h"
 #include "comnlib/numeric.h"
 #include "conv/frame.h"
 #include "conv/newutils.h"
 #include "diag/diag.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -87,7 +87,7 @@ CS_RETCODE replace_value(CS_VOID*& entity, CS_INT& size, const CS_VOID* value, C
     if (copy == nullptr) return CS_MEM_ERROR;
     std::memcpy(copy, value, static_cast<std::size_t>(length));
   }
-  if (entity != nullptr) comn_free(entity);
+  release(entity);
   entity = copy;
   size = length;
   return CS_SUCCEED;
@@ -109,7 +109,7 @@ CS_RETCODE set_user_null(CS_CONTEXT& context, CS_INT datatype, const CS_VOID* va
   if (CsUsrNull* found = find_user_null(context, datatype))
     return replace_value(found->dventity, found->dvsize, value, length);
 
-  auto* node = static_cast<CsUsrNull*>(comn_calloc(1, sizeof(CsUsrNull)));
+  auto* node = make_record<CsUsrNull>();
   if (node == nullptr) return CS_MEM_ERROR;
   node->dttype = datatype;
   node->nextnull = context.ctxusrnulls;
@@ -148,7 +148,7 @@ void remove_user_null(CS_CONTEXT& context, CS_INT datatype) {
   } else {
     previous->nextnull = current->nextnull;
   }
-  if (current->dventity != nullptr) comn_free(current->dventity);
+  release(current->dventity);
   comn_free(current);
 }
 
@@ -219,10 +219,8 @@ CS_RETCODE com_null_init(CS_CONTEXT* context) {
 CS_RETCODE com_null_free(CS_CONTEXT* context) {
   check_pointer(context);
   const CsNullTbl& table = context->ctxnulls;
-  for (int at = 0; at < table.nulldim; ++at) {
-    if (table.nullvals[at].dventity != nullptr) comn_free(table.nullvals[at].dventity);
-  }
-  if (table.nullvals != nullptr) comn_free(table.nullvals);
+  for (int at = 0; at < table.nulldim; ++at) release(table.nullvals[at].dventity);
+  release(table.nullvals);
   context->ctxnulls = {};
   while (CsUsrNull* node = context->ctxusrnulls) {
     context->ctxusrnulls = node->nextnull;

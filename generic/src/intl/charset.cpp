@@ -6,11 +6,9 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <new>
 
 #include "chars/com_attr.h"
 #include "comnlib/diag.h"
-#include "comnlib/memory.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
 #include "intl/intlfile.h"
@@ -18,6 +16,7 @@
 #include "intl/sortorder.h"
 #include "intl/store.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -30,12 +29,8 @@ const T* read_map(CS_CONTEXT* ctx, CS_INT size, INTL_HANDLE handle, CS_BOOL need
   auto* bytes = static_cast<CS_BYTE*>(comn_malloc(static_cast<std::size_t>(size)));
   result = bytes == nullptr ? CS_MEM_ERROR : comn__get_image(ctx, bytes, size, handle, need_entry);
   if (result == CS_SUCCEED) return reinterpret_cast<const T*>(bytes);
-  comn_free(bytes);
+  release(bytes);
   return nullptr;
-}
-
-void free_map(const void* map) {
-  comn_free(const_cast<void*>(map));
 }
 
 // How many tables a set needs whose first bytes name them; `named` gives the number of a byte's
@@ -206,12 +201,10 @@ CS_RETCODE comn__intl_load_charset(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache
     cache_entry->locchardesc = known;
     return trace(CS_SUCCEED);
   }
-  void* block = comn_malloc(sizeof(CsCharDesc));
-  cache_entry->locchardesc = nullptr;
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* desc = new (block) CsCharDesc{};
-  desc->oid = oid;
+  auto* desc = make_record<CsCharDesc>();
   cache_entry->locchardesc = desc;
+  if (desc == nullptr) return trace(CS_MEM_ERROR);
+  desc->oid = oid;
 
   CS_RETCODE result = comn__get_charset(ctx, cache_entry, errbuf, errlen);
   if (result == CS_SUCCEED) result = complete(*ctx, *cache_entry, *desc, {errbuf, errlen});
@@ -298,10 +291,10 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
 CS_RETCODE comn__chardesc_drop(CsCharDesc* desc) {
   check_pointer(desc);
   if (const char_attrib* attrib = desc->char_attrib) {
-    free_map(attrib->cs_width_map);
-    free_map(attrib->cs_norm_map);
-    free_map(attrib->cs_type_map);
-    free_map(attrib->cs_soundex);
+    release(attrib->cs_width_map);
+    release(attrib->cs_norm_map);
+    release(attrib->cs_type_map);
+    release(attrib->cs_soundex);
     static_cast<void>(com_free_char_attrib(desc->char_attrib));
   }
   drop_conv_config(desc->conv_config);

@@ -5,10 +5,7 @@
 
 #include <array>
 #include <memory>
-#include <new>
-#include <optional>
 
-#include "comnlib/memory.h"
 #include "intl/charset.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
@@ -19,6 +16,7 @@
 #include "intl/objectid.h"
 #include "intl/sortorder.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -119,16 +117,11 @@ CS_RETCODE copy_name(CsLocCache& entry, EntryName name, std::string_view text) {
 
 struct DropEntry {
   void operator()(CsLocCache* entry) const {
-    for (const EntryName name : kEntryNames) comn_free(entry->*name.text);
+    for (const EntryName name : kEntryNames) release(entry->*name.text);
     comn_free(entry);
   }
 };
 using OwnedEntry = std::unique_ptr<CsLocCache, DropEntry>;
-
-OwnedEntry make_entry() {
-  void* block = comn_malloc(sizeof(CsLocCache));
-  return OwnedEntry(block == nullptr ? nullptr : new (block) CsLocCache{});
-}
 
 // The names that a cache entry is loaded from.
 struct LocaleNames {
@@ -205,7 +198,7 @@ void drop_descriptors_until(CsCtxGlobals& globals, const CsCharDesc* before) {
 
 CS_RETCODE load_entry(CS_CONTEXT& ctx, const LocaleNames& names, CsLocCache** loaded,
                       ErrorBuffer error) {
-  OwnedEntry entry = make_entry();
+  OwnedEntry entry(make_record<CsLocCache>());
   if (entry == nullptr) return CS_MEM_ERROR;
   CsCtxGlobals& globals = *ctx.ctxglobals;
   const CsCharDesc* before = globals.cmg_chardesc;
@@ -431,7 +424,7 @@ CS_RETCODE comn__copy_loccache(CS_CONTEXT* ctx, const CsLocCache* src, CsLocCach
   check_pointer(src);
   check_pointer(dst);
   *dst = nullptr;
-  OwnedEntry copy = make_entry();
+  OwnedEntry copy(make_record<CsLocCache>());
   if (copy == nullptr) return trace(CS_MEM_ERROR);
   *copy = *src;
   copy->locnext = nullptr;

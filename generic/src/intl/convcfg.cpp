@@ -2,9 +2,7 @@
 #include "intl/convcfg.h"
 
 #include <algorithm>
-#include <new>
 
-#include "comnlib/memory.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
@@ -83,9 +81,8 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
       com__open_charfile(&ctx, charset, charset, "cfg", &handle, error.path, error.length);
   if (opened != CS_SUCCEED) return opened;
   IntlFile file(ctx, handle);
-  void* block = comn_malloc(sizeof(CsConvConfig));
-  if (block == nullptr) return CS_MEM_ERROR;
-  auto* made = new (block) CsConvConfig{};
+  auto* made = make_record<CsConvConfig>();
+  if (made == nullptr) return CS_MEM_ERROR;
   const std::string_view name = charset;
   name.copy(made->charset.data(), std::min(name.size(), made->charset.size() - 1));
   const CS_RETCODE result = read_config(file, *made);

@@ -3,7 +3,6 @@
 #include "intl/convtable.h"
 
 #include <algorithm>
-#include <new>
 
 #include "chars/utf.h"
 #include "intl/intlfile.h"
@@ -123,9 +122,8 @@ CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* ta
       com__open_charfile(&ctx, charset, table_name, "ctb", &handle, error.path, error.length);
   if (opened != CS_SUCCEED) return opened;
   IntlFile file(ctx, handle);
-  void* block = comn_malloc(sizeof(ConvTable));
-  if (block == nullptr) return CS_MEM_ERROR;
-  auto* made = new (block) ConvTable{};
+  auto* made = make_record<ConvTable>();
+  if (made == nullptr) return CS_MEM_ERROR;
   made->single.fill(kNoCharacter);
   name.copy(made->charset.data(), name.size());
   const CS_RETCODE result = read_table(file, *made);

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string_view>
 
-#include "comnlib/memory.h"
 #include "intl/com_loc.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -115,9 +114,8 @@ CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cac
                                                "srt", &handle, errbuf, errlen);
   if (opened != CS_SUCCEED) return trace(opened);
   IntlFile file(*ctx, handle);
-  void* block = comn_malloc(sizeof(CsSortOrder));
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* order = new (block) CsSortOrder{};
+  auto* order = make_record<CsSortOrder>();
+  if (order == nullptr) return trace(CS_MEM_ERROR);
   order->oid = oid;
   charset.copy(order->charset.data(), charset.size());
   const CS_RETCODE result = read_sort_order(file, *order);
