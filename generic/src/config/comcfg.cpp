@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 #include "diag/diag.h"
@@ -15,7 +14,6 @@ namespace {
 constexpr std::size_t kWindow = 16384;
 constexpr std::size_t kPathShown = 512;
 constexpr CS_INT kWordsRoom = 256;
-constexpr std::size_t kReportRoom = 1536;
 
 void set_sentinel(CfgParseInfo& parse) {
   parse.window.items[parse.window.count] = '\n';
@@ -47,11 +45,9 @@ bool fail(CfgParseInfo& parse, CS_RETCODE failure) {
 void report_unopened(CS_INT status, std::string_view path) {
   std::array<char, kWordsRoom> words;
   intl_errstr(status, words.data(), kWordsRoom);
-  std::array<char, kReportRoom> line;
   const std::string_view shown = tail_of(path);
-  std::snprintf(line.data(), line.size(), "cannot open configuration file %.*s: %s\n",
-                static_cast<int>(shown.size()), shown.data(), words.data());
-  com_perr(line.data());
+  print_error("cannot open configuration file %.*s: %s\n", static_cast<int>(shown.size()),
+              shown.data(), words.data());
 }
 
 }  // namespace
@@ -185,8 +181,6 @@ CS_VOID cfg__parse_error(CfgParseInfo* parse, const CS_CHAR* text) {
   check_pointer(text);
   const std::string_view path =
       path_of(*parse).empty() ? "configuration file" : tail_of(path_of(*parse));
-  std::array<char, kReportRoom> line;
-  std::snprintf(line.data(), line.size(), "%.*s, line %d: %.800s\n", static_cast<int>(path.size()),
-                path.data(), static_cast<int>(parse->line), text);
-  com_perr(line.data());
+  print_error("%.*s, line %d: %.800s\n", static_cast<int>(path.size()), path.data(),
+              static_cast<int>(parse->line), text);
 }

@@ -6,8 +6,8 @@
 #include <optional>
 #include <span>
 
+#include "chars/hex.h"
 #include "conv/frame.h"
-#include "conv/hex.h"
 #include "conv/newutils.h"
 #include "exact/numeric.h"
 

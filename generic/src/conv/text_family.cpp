@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <array>
 
+#include "chars/hex.h"
 #include "comnlib/numeric.h"
 #include "conv/chfloat.h"
 #include "conv/com_date.h"
-#include "conv/hex.h"
 #include "conv/newutils.h"
 #include "conv/number_family.h"
 #include "exact/mny4cnvt.h"

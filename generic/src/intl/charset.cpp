@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 
 #include "chars/com_attr.h"
-#include "comnlib/diag.h"
+#include "chars/hex.h"
+#include "diag/diag.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
 #include "intl/intlfile.h"
@@ -152,19 +152,13 @@ CS_RETCODE read_charset(CS_CONTEXT* ctx, IntlFile& file, CsCharDesc& desc) {
   return file.failure();
 }
 
-void print(const char* format, const CS_CHAR* name, const char* rest1, const char* rest2) {
-  std::array<char, 4 * COM_LOC_NAMESIZE> text;
-  std::snprintf(text.data(), text.size(), format, name, rest1, rest2);
-  com_perr(text.data());
-}
-
 // What a new descriptor needs besides its attributes.
 CS_RETCODE complete(CS_CONTEXT& ctx, CsLocCache& entry, CsCharDesc& desc, ErrorBuffer error) {
   const CS_CHAR* name = entry.charname;
   CS_RETCODE result = load_conv_config(ctx, name, desc.conv_config, error);
   if (result != CS_SUCCEED) {
-    print("Cannot load the conversion configuration of %s from $TALVEN/charsets/%s/%s.cfg\n", name,
-          name, name);
+    print_error("Cannot load the conversion configuration of %s from $TALVEN/charsets/%s/%s.cfg\n",
+                name, name, name);
     return result;
   }
   // The name is compared over its own length, so a leading part of "utf8" passes as well.
@@ -172,8 +166,8 @@ CS_RETCODE complete(CS_CONTEXT& ctx, CsLocCache& entry, CsCharDesc& desc, ErrorB
   const bool is_utf8 = std::string_view("utf8").starts_with(charset);
   const CsCharDesc* utf8 = ctx.ctxglobals->utf8_charset;
   if (!is_utf8 && (utf8 == nullptr || !converts_to(*utf8->conv_config, charset))) {
-    print("Conversion from utf8 to %s %s %s\n", name, "is not defined in",
-          "$TALVEN/charsets/utf8/utf8.cfg");
+    print_error("Conversion from utf8 to %s is not defined in $TALVEN/charsets/utf8/utf8.cfg\n",
+                name);
     return CS_FAIL;
   }
   if (ctx.ctxlocale == nullptr || entry.sortname == nullptr) return CS_SUCCEED;
@@ -279,10 +273,10 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
     const CS_CHAR* value = intl_nextvalue(handle, &status);
     if (value == nullptr) return trace(failure());
     for (const CS_CHAR* at = value; *at != '\0'; ++at, ++held) {
-      const int digit = hex_digit(*at);
-      if (digit < 0 || held == wanted) return trace(CS_FAIL);
+      const auto digit = hex_value(*at);
+      if (!digit || held == wanted) return trace(CS_FAIL);
       CS_BYTE& byte = dst[held / 2];
-      byte = static_cast<CS_BYTE>(held % 2 == 0 ? digit << 4 : byte | digit);
+      byte = static_cast<CS_BYTE>(held % 2 == 0 ? *digit << 4 : byte | *digit);
     }
   }
   return trace(CS_SUCCEED);

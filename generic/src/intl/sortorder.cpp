@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "chars/hex.h"
 #include "intl/com_loc.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
@@ -14,17 +15,6 @@
 
 namespace comnlib {
 namespace {
-
-bool read_weights(std::string_view digits, std::array<CS_BYTE, 256>& weights) {
-  if (digits.size() != 2 * weights.size()) return false;
-  for (std::size_t i = 0; i < weights.size(); ++i) {
-    const int high = hex_digit(digits[2 * i]);
-    const int low = hex_digit(digits[2 * i + 1]);
-    if (high < 0 || low < 0) return false;
-    weights[i] = static_cast<CS_BYTE>(high << 4 | low);
-  }
-  return true;
-}
 
 CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
   if (!file.find_section("sortorder")) return file.failure();
@@ -36,7 +26,7 @@ CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
       order.is_binary = std::string_view(value) == "binary";
       if (!order.is_binary && std::string_view(value) != "weights") return CS_FAIL;
     } else if (std::string_view(key) == "weights") {
-      has_weights = read_weights(value, order.weights);
+      has_weights = decode_hex(value, order.weights);
       if (!has_weights) return CS_FAIL;
     } else if (std::string_view(key) != "description") {
       return CS_FAIL;
