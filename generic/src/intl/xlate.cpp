@@ -320,7 +320,8 @@ bool leads_to_unicode(const Encoding& end, const End& opened) {
 
 }  // namespace
 
-Translated translate(CS_CONTEXT* context, Encoding from, Encoding to, Bytes text, Room room) {
+Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to, Bytes text,
+                     Room room) {
   const End source = open_end(*context, from);
   if (source.code != CS_SUCCEED) return {source.code, 0};
   const End target = open_end(*context, to);

@@ -25,7 +25,7 @@ struct Translated {
 // CS_CVT_BADXLATE at malformed text, what stands before it translated; CS_CVT_NOXLATE when no route
 // leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of memory.
 // A set's table is loaded under the context's mutex when it is first needed.
-Translated translate(CS_CONTEXT* context, Encoding from, Encoding to, std::span<const CS_BYTE> text,
-                     std::span<CS_BYTE> room);
+Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to,
+                     std::span<const CS_BYTE> text, std::span<CS_BYTE> room);
 
 }  // namespace comnlib
