@@ -208,10 +208,11 @@ CS_RETCODE com_null_init(CS_CONTEXT* context) {
   auto* table = static_cast<CsDefVal*>(comn_calloc(kDefaults.size(), sizeof(CsDefVal)));
   if (table == nullptr) return trace(CS_MEM_ERROR);
   context->ctxnulls = {.nullvals = table, .nulldim = CS_BUILTIN_TYPES};
-  for (const Default& value : kDefaults) {
-    table->dventity = comn_malloc(buffer_size(value.size));
-    if (table->dventity == nullptr) return trace(CS_MEM_ERROR);
-    fill_default(*table++, value);
+  for (std::size_t type = 0; type < kDefaults.size(); ++type) {
+    const Default& value = kDefaults[type];
+    table[type].dventity = comn_malloc(buffer_size(value.size));
+    if (table[type].dventity == nullptr) return trace(CS_MEM_ERROR);
+    fill_default(table[type], value);
   }
   return trace(CS_SUCCEED);
 }

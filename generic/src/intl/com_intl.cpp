@@ -53,9 +53,10 @@ struct NameField {
 // The values behind the locale name of a line. The first two must be there, the rest ends with the
 // first one missing; an empty value counts as given.
 CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
+  const NameField sortorder{names.sortorder, &names.sortorderlen};
   const std::array<NameField, 6> fields{{{names.lang, &names.langlen},
                                          {names.charset, &names.charsetlen},
-                                         {names.sortorder, &names.sortorderlen},
+                                         sortorder,
                                          {names.datetime, &names.datetimelen},
                                          {names.numeric, &names.numericlen},
                                          {names.money, &names.moneylen}}};
@@ -67,7 +68,7 @@ CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
     fields[given++].set(value);
   }
   if (file.failed() || given < kRequired) return file.failure();
-  if (names.sortorderlen == 0) fields[2].set("binary");
+  if (names.sortorderlen == 0) sortorder.set("binary");
   return CS_SUCCEED;
 }
 
