@@ -1,10 +1,9 @@
 // Weak default of intl_home.
 #include <pwd.h>
-#include <sys/types.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 

@@ -8,5 +8,5 @@ using namespace comnlib;
 __attribute__((weak)) const CS_CHAR* intl_nextentry(INTL_HANDLE handle, CS_INT* status) {
   check_pointer(handle);
   check_pointer(status);
-  return static_cast<companion::SectionedFile*>(handle)->text.next_entry(*status);
+  return static_cast<companion::SectionedText*>(handle)->next_entry(*status);
 }

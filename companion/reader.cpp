@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -69,8 +70,39 @@ ssize_t read_up_to(int file, char* to, std::size_t room) {
   return static_cast<ssize_t>(held);
 }
 
-constexpr std::size_t kHead = sizeof(SectionedFile);
+constexpr std::size_t kHead = sizeof(SectionedText);
 constexpr std::size_t kMaxText = INT32_MAX - kHead - 1;
+
+// What a file's text is given at first: a byte more than its size says, so that its end is seen.
+// Files that tell no size are read into what they turn out to need.
+std::size_t first_room(const struct stat& facts) {
+  constexpr std::size_t kUnknown = 4096;
+  const bool known = facts.st_size > 0 && static_cast<std::uint64_t>(facts.st_size) < kMaxText;
+  return known ? static_cast<std::size_t>(facts.st_size) + 1 : kUnknown;
+}
+
+// Reads a file to its end, behind the head of a block that grows with it and has a byte to spare.
+// Null with a negative status on failure.
+char* read_whole(int file, std::size_t room, std::size_t& size, CS_INT& status) {
+  auto* block = static_cast<char*>(comn_malloc(kHead + room + 1));
+  for (size = 0; block != nullptr;) {
+    const ssize_t got = read_up_to(file, block + kHead + size, room - size);
+    if (got < 0) {
+      status = static_cast<CS_INT>(got);
+      comn_free(block);
+      return nullptr;
+    }
+    size += static_cast<std::size_t>(got);
+    if (size < room) return block;
+    const std::size_t wider = room <= kMaxText / 2 ? room * 2 : kMaxText;
+    void* moved = wider == room ? nullptr : comn_realloc(block, kHead + wider + 1);
+    if (moved == nullptr) comn_free(block);
+    block = static_cast<char*>(moved);
+    room = wider;
+  }
+  status = make_status(Fault::kNoMemory);
+  return nullptr;
+}
 
 }  // namespace
 
@@ -178,42 +210,21 @@ const char* SectionedText::quoted_value(CS_INT& status) {
   return begin;
 }
 
-SectionedFile* open_sectioned(const char* path, CS_INT& status) {
+SectionedText* open_sectioned(const char* path, CS_INT& status) {
   const Descriptor file(path);
   struct stat facts {};
   if (file.number() < 0 || ::fstat(file.number(), &facts) != 0) {
     status = system_status();
     return nullptr;
   }
-  // A first guess from the size, one byte more so that the end is seen; files without a size grow.
-  std::size_t room = facts.st_size > 0 && static_cast<std::uint64_t>(facts.st_size) < kMaxText
-                         ? static_cast<std::size_t>(facts.st_size) + 1
-                         : 4096;
-  auto* block = static_cast<char*>(comn_malloc(kHead + room + 1));
   std::size_t size = 0;
-  while (block != nullptr) {
-    const ssize_t got = read_up_to(file.number(), block + kHead + size, room - size);
-    if (got < 0) {
-      status = static_cast<CS_INT>(got);
-      comn_free(block);
-      return nullptr;
-    }
-    size += static_cast<std::size_t>(got);
-    if (size < room) {
-      status = 0;
-      return new (block) SectionedFile{SectionedText(block + kHead, size)};
-    }
-    const std::size_t wider = room <= kMaxText / 2 ? room * 2 : kMaxText;
-    void* moved = wider == room ? nullptr : comn_realloc(block, kHead + wider + 1);
-    if (moved == nullptr) comn_free(block);
-    block = static_cast<char*>(moved);
-    room = wider;
-  }
-  status = make_status(Fault::kNoMemory);
-  return nullptr;
+  char* block = read_whole(file.number(), first_room(facts), size, status);
+  if (block == nullptr) return nullptr;
+  status = 0;
+  return new (block) SectionedText(block + kHead, size);
 }
 
-void close_sectioned(SectionedFile* file) {
+void close_sectioned(SectionedText* file) {
   comn_free(file);
 }
 

@@ -36,13 +36,9 @@ class SectionedText {
   char* value_end_ = nullptr;
 };
 
-// A sectioned file: its text and the walk over it in one block from comn_malloc.
-struct SectionedFile {
-  SectionedText text;
-};
-
-// Reads the file at `path` whole. Null with a negative status on failure.
-SectionedFile* open_sectioned(const char* path, CS_INT& status);
-void close_sectioned(SectionedFile* file);
+// Reads the file at `path` whole, into one block from comn_malloc with the walk over it. Status 0;
+// null with a negative status on failure.
+SectionedText* open_sectioned(const char* path, CS_INT& status);
+void close_sectioned(SectionedText* file);
 
 }  // namespace comnlib::companion

@@ -25,16 +25,16 @@ CS_INT intl_home(CS_CHAR* buffer, CS_INT buflen) {
 
 CS_INT intl_open(const CS_CHAR*, INTL_HANDLE* handle) {
   using namespace comnlib::companion;
-  auto* block = static_cast<char*>(comn_malloc(sizeof(SectionedFile) + fuzz::file.size() + 1));
-  char* text = block + sizeof(SectionedFile);
+  auto* block = static_cast<char*>(comn_malloc(sizeof(SectionedText) + fuzz::file.size() + 1));
+  char* text = block + sizeof(SectionedText);
   if (!fuzz::file.empty()) std::memcpy(text, fuzz::file.data(), fuzz::file.size());
-  *handle = new (block) SectionedFile{SectionedText(text, fuzz::file.size())};
+  *handle = new (block) SectionedText(text, fuzz::file.size());
   ++fuzz::open_files;
   return 0;
 }
 
 CS_INT intl_close(INTL_HANDLE handle) {
-  comnlib::companion::close_sectioned(static_cast<comnlib::companion::SectionedFile*>(handle));
+  comnlib::companion::close_sectioned(static_cast<comnlib::companion::SectionedText*>(handle));
   --fuzz::open_files;
   return 0;
 }

@@ -209,7 +209,7 @@ def conversion_cfg(name):
                     "to = utf8", "to = ucs2"]
 
 
-def table_runs(codec, prefix, only=None):
+def table_runs(codec, prefix):
     """(first byte, code units) of each run of characters behind the prefix."""
     run, first = "", 0
     for byte in range(257):

@@ -29,7 +29,7 @@ CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle) {
 
 CS_INT intl_close(INTL_HANDLE handle) {
   --open;
-  comnlib::companion::close_sectioned(static_cast<comnlib::companion::SectionedFile*>(handle));
+  comnlib::companion::close_sectioned(static_cast<comnlib::companion::SectionedText*>(handle));
   return close_fails ? -7 : 0;
 }
 

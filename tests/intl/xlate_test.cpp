@@ -15,9 +15,9 @@
 
 namespace {
 
-using comnlib::XlateEnd;
+using comnlib::Encoding;
 
-constexpr XlateEnd kUnicode{nullptr, true};
+constexpr Encoding kUnicode{nullptr, true};
 
 struct Output {
   CS_RETCODE code;
@@ -33,9 +33,9 @@ class Sets {
     CsLocCache* found = entry(charset);
     return {found, found, found, found, found, found, nullptr};
   }
-  XlateEnd end(const std::string& charset) { return {descriptor(charset), false}; }
+  Encoding end(const std::string& charset) { return {descriptor(charset), false}; }
 
-  Output translate(XlateEnd from, XlateEnd to, std::string_view text, std::size_t room = 64) {
+  Output translate(Encoding from, Encoding to, std::string_view text, std::size_t room = 64) {
     std::vector<CS_BYTE> dest(room + 1, 0xA5);
     const auto result = comnlib::translate(
         context_, from, to, {reinterpret_cast<const CS_BYTE*>(text.data()), text.size()},
@@ -105,7 +105,7 @@ const struct Vector {
 TEST_F(Xlate, EveryCharacterOfEverySet) {
   for (const Vector& vector : kVectors) {
     SCOPED_TRACE(vector.charset);
-    const XlateEnd set = sets_.end(vector.charset);
+    const Encoding set = sets_.end(vector.charset);
     int characters = 0;
     Checksum decoding, encoding;
     const auto decode = [&](const std::string& bytes, unsigned number) {
@@ -155,7 +155,7 @@ std::string utf8(char32_t code) {
 // What decodes is exactly the shortest forms of the characters: in the first loop all of them, in
 // the second all sequences of up to three bytes, and of four with the first three telling.
 TEST_F(Xlate, Utf8IsStrictBothWays) {
-  const XlateEnd set = sets_.end("utf8");
+  const Encoding set = sets_.end("utf8");
   for (char32_t code = 0; code < 0x110000; ++code) {
     if (code >= 0xD800 && code < 0xE000) continue;
     const Output wide = sets_.translate(set, kUnicode, utf8(code));
@@ -191,7 +191,7 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
 }
 
 TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
-  const XlateEnd set = sets_.end("utf8");
+  const Encoding set = sets_.end("utf8");
   for (const std::string& bad : {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
                                  utf16(0xD800) + utf16('x'), std::string("x")}) {
     const Output output = sets_.translate(kUnicode, set, utf16('a') + bad);
@@ -286,7 +286,7 @@ TEST(XlateTables, EightThreadsOnAFreshContext) {
   ASSERT_EQ(CS_SUCCEED, context.init());
   Sets sets(context);
   const std::vector<std::string> names{"iso15", "koi8", "sjis", "cp936"};
-  std::vector<XlateEnd> ends;
+  std::vector<Encoding> ends;
   for (const std::string& name : names) ends.push_back(sets.end(name));
   const int opened = intl_host::files_opened();
   std::vector<std::thread> threads;
@@ -309,7 +309,7 @@ TEST(XlateTables, AllocationsFailInTurn) {
     intl_host::Context context;
     ASSERT_EQ(CS_SUCCEED, context.init());
     Sets sets(context);
-    const XlateEnd set = sets.end("koi8");
+    const Encoding set = sets.end("koi8");
     // Each failure leaves the context as it was, so that the next attempt starts anew; the last one
     // of the first mode loads the table. The companion library says in its own way that it found no
     // memory for a file: there is no route then.

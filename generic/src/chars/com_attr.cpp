@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "chars/iso_1.h"
-#include "comnlib/memory.h"
 #include "comnlib/result.h"
 #include "diag/diag.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -34,6 +34,7 @@ constexpr char_attrib iso_1_attributes() {
   attrib.cs_type_map = ISO_1_type_map;
   return attrib;
 }
+
 const CS_BYTE* map_in(const CS_BYTE* image, ImageMap map) {
   return map.size == 0 ? nullptr : image + map.offset;
 }
@@ -86,9 +87,7 @@ void set_single_byte_counts(char_attrib& attrib) {
 using namespace comnlib;
 
 char_attrib* com_alloc_char_attrib() {
-  auto* attrib = static_cast<char_attrib*>(comn_malloc(sizeof(char_attrib)));
-  if (attrib != nullptr) *attrib = char_attrib{};
-  return attrib;
+  return make_record<char_attrib>();
 }
 
 CS_RETCODE com_free_char_attrib(char_attrib* attrib) {

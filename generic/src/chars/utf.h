@@ -103,6 +103,7 @@ inline bool is_utf16(std::span<const CS_BYTE> text) {
   return true;
 }
 
+// As encode_utf8, in host byte order.
 inline std::size_t encode_utf16(char32_t code, std::span<CS_BYTE> room) {
   const bool pair = code >= 0x10000;
   const std::size_t length = pair ? 4 : 2;

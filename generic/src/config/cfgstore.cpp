@@ -8,9 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <span>
 
-#include "comnlib/memory.h"
 #include "diag/diag.h"
 #include "runtime/homepath.h"
 
@@ -39,8 +37,8 @@ constexpr std::string_view kDefaultFile = "nuv.cfg";
 }  // namespace comnlib
 
 struct _csconfig {
-  comnlib::Bytes path;  // of the file that was loaded
-  comnlib::Bytes records;
+  comnlib::ByteBuffer path;  // of the file that was loaded
+  comnlib::ByteBuffer records;
   comnlib::Slot* slots;
   std::size_t slot_count;  // a power of two, or 0
   std::size_t used_slots;
@@ -70,12 +68,12 @@ CS_UINT hash_of(CS_UINT above, std::string_view name) {
 
 Record record_at(const CsConfig& config, CS_UINT number) {
   Record record;
-  std::memcpy(&record, config.records.data + number, sizeof record);
+  std::memcpy(&record, config.records.items + number, sizeof record);
   return record;
 }
 
 std::string_view text_at(const CsConfig& config, std::size_t start, std::size_t length) {
-  return {reinterpret_cast<const char*>(config.records.data) + start, length};
+  return config.records.text(start, length);
 }
 
 // The slot of a record, or the empty one where it would go. There is always an empty one.
@@ -103,7 +101,7 @@ bool grow_slots(CsConfig& config) {
     while (slots[at].record != 0) at = (at + 1) & (count - 1);
     slots[at] = old;
   }
-  comn_free(config.slots);
+  release(config.slots);
   config.slots = slots;
   config.slot_count = count;
   return true;
@@ -112,12 +110,12 @@ bool grow_slots(CsConfig& config) {
 // Appends a record; 0 when there is no memory.
 CS_UINT append_record(CsConfig& config, CS_UINT above, std::string_view name,
                       std::string_view value) {
-  if (config.records.used == 0) {
+  if (config.records.count == 0) {
     const Record root{};
     if (!config.records.append({reinterpret_cast<const char*>(&root), sizeof root})) return 0;
   }
   if (!config.records.reserve(sizeof(Record) + name.size() + value.size())) return 0;
-  const auto number = static_cast<CS_UINT>(config.records.used);
+  const auto number = static_cast<CS_UINT>(config.records.count);
   const auto value_length = static_cast<CS_UINT>(value.size());
   const Record record{above, static_cast<CS_UINT>(name.size()), value_length, value_length};
   config.records.append_reserved({reinterpret_cast<const char*>(&record), sizeof record});
@@ -131,7 +129,7 @@ bool overwrite(CsConfig& config, CS_UINT number, std::string_view value) {
   Record record = record_at(config, number);
   if (value.size() > record.value_room) return false;
   record.value_length = static_cast<CS_UINT>(value.size());
-  CS_BYTE* const place = config.records.data + number;
+  CS_BYTE* const place = config.records.items + number;
   std::memcpy(place, &record, sizeof record);
   value.copy(reinterpret_cast<char*>(place) + sizeof record + record.name_length, value.size());
   return true;
@@ -155,20 +153,15 @@ CS_UINT find(const CsConfig& config, CS_UINT above, std::string_view name) {
 }
 
 void drop_store(CsConfig* config) {
-  config->path.release();
-  config->records.release();
-  comn_free(config->slots);
+  config->path.clear();
+  config->records.clear();
+  release(config->slots);
   comn_free(config);
-}
-
-std::string_view path_of(const CfgParseInfo& parse) {
-  if (parse.path.used == 0) return {};
-  return {reinterpret_cast<const char*>(parse.path.data), parse.path.used - 1};
 }
 
 // The path as the including file means it, behind `from`, without "." steps at its beginning, which
 // would hide that two paths are one.
-bool resolve(Bytes& path, std::string_view from, std::string_view included) {
+bool resolve(ByteBuffer& path, std::string_view from, std::string_view included) {
   const std::size_t slash = from.rfind('/');
   const bool relative = !included.starts_with('/') && slash != from.npos;
   while (included.starts_with("./"))
@@ -197,7 +190,7 @@ CS_RETCODE parse_included(CfgParseInfo& parse, std::string_view path) {
   return result == CS_SUCCEED ? closed : result;
 }
 
-CS_RETCODE default_path(CS_CONTEXT& context, Bytes& path) {
+CS_RETCODE default_path(CS_CONTEXT& context, ByteBuffer& path) {
   std::array<CS_CHAR, kPathLength + kConfigPathSpare> text{};
   const CS_RETCODE built =
       build_config_path(&context, kDefaultFile, text.data(), kPathLength, true);
@@ -208,24 +201,18 @@ CS_RETCODE default_path(CS_CONTEXT& context, Bytes& path) {
 
 // Loads the file that config.path names.
 CS_RETCODE load(CS_CONTEXT& context, CsConfig& config) {
-  const std::string_view path(reinterpret_cast<const char*>(config.path.data), config.path.used);
   if (!grow_slots(config)) return CS_MEM_ERROR;
   CfgParseInfo* parse = nullptr;
-  CS_RETCODE result = open_parse(&context, &config, path, nullptr, parse);
+  CS_RETCODE result = open_parse(&context, &config, config.path.text(), nullptr, parse);
   if (result != CS_SUCCEED) return result;
   result = cfg__parse(parse);
   const CS_RETCODE closed = cfg__clean_parse(parse);
   return result == CS_SUCCEED ? closed : result;
 }
 
-bool same_path(const CsConfig& left, const CsConfig& right) {
-  return std::ranges::equal(std::span(left.path.data, left.path.used),
-                            std::span(right.path.data, right.path.used));
-}
-
 // A store with the path of its file, still empty.
 CS_RETCODE make_store(CS_CONTEXT& context, const CS_CHAR* path, CsConfig*& config) {
-  config = static_cast<CsConfig*>(comn_calloc(1, sizeof(CsConfig)));
+  config = make_record<CsConfig>();
   if (config == nullptr) return CS_MEM_ERROR;
   if (path == nullptr) return default_path(context, config->path);
   return config->path.append(path) ? CS_SUCCEED : CS_MEM_ERROR;
@@ -264,11 +251,11 @@ CS_RETCODE cfg__add_include(CfgParseInfo* parse, const CS_CHAR* path, CS_INT len
   if (included.empty() || included.find('\0') != included.npos)
     return refuse(*parse, "expected the path of a file, found an empty text or a NUL in it");
   if (parse->depth >= CFG_MAX_DEPTH) return refuse(*parse, "files are included too deep");
-  Bytes resolved;
+  ByteBuffer resolved{};
   CS_RETCODE result = CS_MEM_ERROR;
   if (resolve(resolved, path_of(*parse), included))
-    result = parse_included(*parse, {reinterpret_cast<const char*>(resolved.data), resolved.used});
-  resolved.release();
+    result = parse_included(*parse, resolved.text());
+  resolved.clear();
   return result;
 }
 
@@ -277,7 +264,7 @@ CS_RETCODE comn_init_cfg(CS_CONTEXT* context, const CS_CHAR* path) {
   CsConfig* config = nullptr;
   CS_RETCODE result = make_store(*context, path, config);
   if (result == CS_SUCCEED && context->ctxconfig != nullptr) {
-    result = same_path(*context->ctxconfig, *config) ? CS_SUCCEED : CS_FAIL;
+    result = context->ctxconfig->path.text() == config->path.text() ? CS_SUCCEED : CS_FAIL;
     drop_store(config);
     return trace(result);
   }

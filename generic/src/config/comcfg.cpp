@@ -4,32 +4,27 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
-#include "comnlib/memory.h"
 #include "diag/diag.h"
 
 namespace comnlib {
 namespace {
 
-constexpr std::size_t kFirstRoom = 256;
 constexpr std::size_t kWindow = 16384;
-constexpr std::size_t kMaxRoom = PTRDIFF_MAX;
 constexpr std::size_t kPathShown = 512;
 constexpr CS_INT kWordsRoom = 256;
-constexpr std::size_t kReportRoom = 1536;
 
 void set_sentinel(CfgParseInfo& parse) {
-  parse.window.data[parse.window.used] = '\n';
+  parse.window.items[parse.window.count] = '\n';
 }
 
 // Bytes before the token are done with.
 void slide(CfgParseInfo& parse) {
-  Bytes& window = parse.window;
+  ByteBuffer& window = parse.window;
   if (parse.token == 0) return;
-  std::memmove(window.data, window.data + parse.token, window.used - parse.token);
-  window.used -= parse.token;
+  std::memmove(window.items, window.items + parse.token, window.count - parse.token);
+  window.count -= parse.token;
   parse.mark -= parse.token;
   parse.at -= parse.token;
   parse.token = 0;
@@ -50,44 +45,26 @@ bool fail(CfgParseInfo& parse, CS_RETCODE failure) {
 void report_unopened(CS_INT status, std::string_view path) {
   std::array<char, kWordsRoom> words;
   intl_errstr(status, words.data(), kWordsRoom);
-  std::array<char, kReportRoom> line;
   const std::string_view shown = tail_of(path);
-  std::snprintf(line.data(), line.size(), "cannot open configuration file %.*s: %s\n",
-                static_cast<int>(shown.size()), shown.data(), words.data());
-  com_perr(line.data());
+  print_error("cannot open configuration file %.*s: %s\n", static_cast<int>(shown.size()),
+              shown.data(), words.data());
 }
 
 }  // namespace
 
-bool Bytes::grow(std::size_t count) {
-  if (count > kMaxRoom - used) return false;
-  std::size_t wanted = std::max(room, kFirstRoom);
-  while (wanted - used < count) wanted = wanted > kMaxRoom / 2 ? kMaxRoom : wanted * 2;
-  auto* moved = static_cast<CS_BYTE*>(comn_realloc(data, wanted));
-  if (moved == nullptr) return false;
-  data = moved;
-  room = wanted;
-  return true;
-}
-
-void Bytes::release() {
-  comn_free(data);
-  *this = Bytes{};
-}
-
 bool refill(CfgParseInfo& parse) {
   if (parse.drained) return false;
   slide(parse);
-  Bytes& window = parse.window;
+  ByteBuffer& window = parse.window;
   // One byte is the sentinel's.
-  if (window.room - window.used < 2 && !window.reserve(window.room))
+  if (window.capacity - window.count < 2 && !window.reserve(window.capacity))
     return fail(parse, CS_MEM_ERROR);
-  const std::size_t room = std::min<std::size_t>(window.room - window.used - 1, INT32_MAX);
+  const std::size_t room = std::min<std::size_t>(window.capacity - window.count - 1, INT32_MAX);
   const CS_INT got =
-      intl_iocsfread(parse.file, window.data + window.used, static_cast<CS_INT>(room));
+      intl_iocsfread(parse.file, window.items + window.count, static_cast<CS_INT>(room));
   if (got > 0) {
     require(static_cast<std::size_t>(got) <= room);
-    window.used += static_cast<std::size_t>(got);
+    window.count += static_cast<std::size_t>(got);
     set_sentinel(parse);
     return true;
   }
@@ -102,23 +79,23 @@ bool refill(CfgParseInfo& parse) {
 
 CS_RETCODE open_parse(CS_CONTEXT* context, CsConfig* config, std::string_view path,
                       const CfgParseInfo* includer, CfgParseInfo*& parse) {
-  Bytes name;
+  ByteBuffer name{};
   if (!name.append(path) || !name.append({"", 1})) {
-    name.release();
+    name.clear();
     return CS_MEM_ERROR;
   }
   INTL_HANDLE file = nullptr;
-  const CS_INT status = intl_iocsfopen(reinterpret_cast<const char*>(name.data), &file);
+  const CS_INT status = intl_iocsfopen(name.text().data(), &file);
   if (status < 0) {
     keep_status(context, status);
     report_unopened(status, path);
-    name.release();
+    name.clear();
     return CS_FAIL;
   }
   CfgParseInfo* opened = cfg__init_parse(config, file);
   if (opened == nullptr) {
     intl_iocsfclose(file);
-    name.release();
+    name.clear();
     return CS_MEM_ERROR;
   }
   opened->context = context;
@@ -137,9 +114,8 @@ CS_INT cfg__debug = 0;
 
 CfgParseInfo* cfg__init_parse(CsConfig* config, CS_VOID* file) {
   check_pointer(file);
-  auto* parse = static_cast<CfgParseInfo*>(comn_malloc(sizeof(CfgParseInfo)));
+  auto* parse = make_record<CfgParseInfo>();
   if (parse == nullptr) return nullptr;
-  *parse = CfgParseInfo{};
   if (!parse->window.reserve(kWindow)) {
     comn_free(parse);
     return nullptr;
@@ -164,9 +140,9 @@ CS_RETCODE cfg__clean_parse(CfgParseInfo* parse) {
   check_pointer(parse);
   const CS_INT status = intl_iocsfclose(parse->file);
   if (status < 0) keep_status(parse->context, status);
-  parse->path.release();
-  parse->window.release();
-  parse->text.release();
+  parse->path.clear();
+  parse->window.clear();
+  parse->text.clear();
   comn_free(parse);
   return trace(status < 0 ? CS_FAIL : CS_SUCCEED);
 }
@@ -186,7 +162,7 @@ CS_VOID cfg__nexttok(CfgParseInfo* parse) {
 
 CS_VOID cfg__newtok(CfgParseInfo* parse) {
   require(parse->tok_count < kMaxToks);
-  parse->toks[parse->tok_count++] = {parse->text.used, 0};
+  parse->toks[parse->tok_count++] = {parse->text.count, 0};
 }
 
 CS_RETCODE cfg__catbuf(CfgParseInfo* parse, const CS_CHAR* bytes, CS_INT length) {
@@ -203,11 +179,8 @@ CS_RETCODE cfg__cat(CfgParseInfo* parse, CS_BOOL blank) {
 CS_VOID cfg__parse_error(CfgParseInfo* parse, const CS_CHAR* text) {
   check_pointer(parse);
   check_pointer(text);
-  std::string_view path = "configuration file";
-  if (parse->path.used != 0)
-    path = tail_of({reinterpret_cast<const char*>(parse->path.data), parse->path.used - 1});
-  std::array<char, kReportRoom> line;
-  std::snprintf(line.data(), line.size(), "%.*s, line %d: %.800s\n", static_cast<int>(path.size()),
-                path.data(), static_cast<int>(parse->line), text);
-  com_perr(line.data());
+  const std::string_view path =
+      path_of(*parse).empty() ? "configuration file" : tail_of(path_of(*parse));
+  print_error("%.*s, line %d: %.800s\n", static_cast<int>(path.size()), path.data(),
+              static_cast<int>(parse->line), text);
 }

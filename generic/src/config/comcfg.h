@@ -8,6 +8,7 @@
 
 #include "comnlib/config.h"
 #include "intl.h"
+#include "runtime/podvector.h"
 
 // A text that is collected piece by piece: a part of the parse's text buffer.
 struct CfgTok {
@@ -17,26 +18,20 @@ struct CfgTok {
 
 namespace comnlib {
 
-// A growing block of bytes. `reserve` and `append` give false when there is no memory, and leave
-// all as it is.
-struct Bytes {
-  CS_BYTE* data = nullptr;
-  std::size_t used = 0;
-  std::size_t room = 0;
-
-  bool reserve(std::size_t count) { return count <= room - used || grow(count); }
+// A growing text, or a window on one.
+struct ByteBuffer : PodVector<CS_BYTE> {
   bool append(std::string_view text) {
     if (!reserve(text.size())) return false;
     append_reserved(text);
     return true;
   }
   void append_reserved(std::string_view text) {
-    used += text.copy(reinterpret_cast<char*>(data) + used, text.size());
+    count += text.copy(reinterpret_cast<char*>(items) + count, text.size());
   }
-  void release();
-
- private:
-  bool grow(std::size_t count);
+  std::string_view text() const { return text(0, count); }
+  std::string_view text(std::size_t start, std::size_t length) const {
+    return {reinterpret_cast<const char*>(items) + start, length};
+  }
 };
 
 enum class ScanState : CS_INT { kNormal = 0, kString = 1 };
@@ -47,16 +42,16 @@ inline constexpr std::size_t kMaxToks = 2;
 }  // namespace comnlib
 
 // The window holds file bytes [token, end); token <= mark <= at <= end. A line feed always stands
-// at window.data[end], so that no run over characters goes beyond it unnoticed.
+// at window.items[end], so that no run over characters goes beyond it unnoticed.
 struct _cfgparseinfo {
   CS_CONTEXT* context;  // null: the status of a failed read is not kept
   CsConfig* config;     // null: the file is checked only
   INTL_HANDLE file;
-  comnlib::Bytes path;  // NUL-terminated; empty: not known
+  comnlib::ByteBuffer path;  // NUL-terminated; empty: not known
   const CfgParseInfo* includer;
   CS_INT depth;
 
-  comnlib::Bytes window;
+  comnlib::ByteBuffer window;
   std::size_t token;   // where the token begins
   std::size_t mark;    // where its longest match so far ends
   std::size_t at;      // the next byte to look at
@@ -70,7 +65,7 @@ struct _cfgparseinfo {
 
   CS_INT code;      // the parser's current token
   CS_UINT section;  // the store's number of the current section, 0 for none
-  comnlib::Bytes text;
+  comnlib::ByteBuffer text;
   std::array<CfgTok, comnlib::kMaxToks> toks;
   std::size_t tok_count;
 };
@@ -112,9 +107,9 @@ namespace comnlib {
 bool refill(CfgParseInfo& parse);
 
 inline CS_INT next_byte(CfgParseInfo& parse) {
-  if (parse.at == parse.window.used && !refill(parse)) [[unlikely]]
+  if (parse.at == parse.window.count && !refill(parse)) [[unlikely]]
     return -1;
-  return parse.window.data[parse.at++];
+  return parse.window.items[parse.at++];
 }
 
 inline void begin_token(CfgParseInfo& parse) {
@@ -128,17 +123,23 @@ inline void mark_token(CfgParseInfo& parse) {
 
 // Appends to the newest collected text; false when there is no memory.
 inline bool collect(CfgParseInfo& parse, std::string_view text) {
+  if (!parse.text.append(text)) return false;
   parse.toks[parse.tok_count - 1].length += text.size();
-  return parse.text.append(text);
+  return true;
 }
 
 inline std::string_view token_text(const CfgParseInfo& parse) {
-  return {reinterpret_cast<const char*>(parse.window.data) + parse.token, parse.mark - parse.token};
+  return parse.window.text(parse.token, parse.mark - parse.token);
 }
 
 inline std::string_view collected(const CfgParseInfo& parse, std::size_t which) {
   const CfgTok& tok = parse.toks[which];
-  return {reinterpret_cast<const char*>(parse.text.data) + tok.start, tok.length};
+  return parse.text.text(tok.start, tok.length);
+}
+
+// Empty when it is not known.
+inline std::string_view path_of(const CfgParseInfo& parse) {
+  return parse.path.text(0, parse.path.count == 0 ? 0 : parse.path.count - 1);
 }
 
 // A status of the companion library, for a context if there is one.

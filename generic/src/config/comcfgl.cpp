@@ -62,10 +62,10 @@ bool continues_value(CS_INT byte) {
 // Passes bytes of a class. The sentinel, a line feed, is in none.
 void run(CfgParseInfo& parse, Class wanted) {
   do {
-    const CS_BYTE* byte = parse.window.data + parse.at;
+    const CS_BYTE* byte = parse.window.items + parse.at;
     while ((kClasses[*byte] & wanted) != 0) ++byte;
-    parse.at = static_cast<std::size_t>(byte - parse.window.data);
-  } while (parse.at == parse.window.used && refill(parse));
+    parse.at = static_cast<std::size_t>(byte - parse.window.items);
+  } while (parse.at == parse.window.count && refill(parse));
 }
 
 CS_INT accept(CfgParseInfo& parse, CS_INT code) {
@@ -121,14 +121,14 @@ CS_INT scan_word(CfgParseInfo& parse) {
 // All but the line end, of which a CR is part only before the LF.
 CS_INT scan_comment(CfgParseInfo& parse) {
   for (;;) {
-    const CS_BYTE* from = parse.window.data + parse.at;
-    const void* end = std::memchr(from, '\n', parse.window.used - parse.at);
+    const CS_BYTE* from = parse.window.items + parse.at;
+    const void* end = std::memchr(from, '\n', parse.window.count - parse.at);
     if (end != nullptr) {
       parse.at += static_cast<std::size_t>(static_cast<const CS_BYTE*>(end) - from);
-      if (parse.window.data[parse.at - 1] == '\r') --parse.at;
+      if (parse.window.items[parse.at - 1] == '\r') --parse.at;
       return accept(parse, CFG_SPACE);
     }
-    parse.at = parse.window.used;
+    parse.at = parse.window.count;
     if (!refill(parse)) return accept(parse, CFG_SPACE);
   }
 }

@@ -158,7 +158,7 @@ CS_RETCODE include(CfgParseInfo& parse) {
 
 // One line of meaning. CS_END_DATA at the end of the file.
 CS_RETCODE statement(CfgParseInfo& parse) {
-  parse.text.used = 0;
+  parse.text.count = 0;
   parse.tok_count = 0;
   advance_over_space(parse);
   switch (parse.code) {

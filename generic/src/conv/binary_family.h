@@ -6,8 +6,8 @@
 #include <optional>
 #include <span>
 
+#include "chars/hex.h"
 #include "conv/frame.h"
-#include "conv/hex.h"
 #include "conv/newutils.h"
 #include "exact/numeric.h"
 
@@ -53,7 +53,7 @@ CS_RETCODE to_padded_text(Bytes bytes, const Conversion& call) {
   require(call.destfmt->maxlength >= 0);
   auto* dest = static_cast<CS_BYTE*>(call.dest);
   const auto room = static_cast<std::size_t>(call.destfmt->maxlength) / sizeof(Unit);
-  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
+  const bool terminate = terminates(*call.destfmt);
   const std::size_t reserved = terminate && room > 0 ? 1 : 0;
   const std::size_t written = write_hex<Unit>(bytes, dest, room - reserved);
   *call.destlen = static_cast<CS_INT>(written * sizeof(Unit));

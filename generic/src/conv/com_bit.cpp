@@ -18,7 +18,7 @@ struct BitToCharacter : ToCharacter {
   }
 };
 
-// Where a call for CS_LONG stops, and where any other call of the same member does.
+// Where the member into CS_LONG stops.
 constexpr Place kToLong = Place::current();
 constexpr Place kToOther = Place::current();
 
@@ -35,4 +35,4 @@ COMNLIB_NUMBER_MEMBER(comn_bittochar, Source, BitToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_bittobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_bittovarchar, Source, ToVarchar)
 COMNLIB_NUMBER_MEMBER(comn_bittovarbin, Source, ToVarbinary)
-COMNLIB_NUMBER_REFUSAL(comn_bittoi8, Source, kToLong, kToOther)
+COMNLIB_REFUSING_MEMBER(comn_bittoi8, Source)

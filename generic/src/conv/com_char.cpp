@@ -2,7 +2,16 @@
 #include "conv/text_family.h"
 
 using namespace comnlib::text_family;
+using comnlib::Place;
+
+namespace {
+
+// Where the member into CS_LONG stops.
+constexpr Place kToLong = Place::current();
+constexpr Place kToOther = Place::current();
+
+}  // namespace
 
 COMNLIB_TEXT_FAMILY(char, CharacterSource)
 COMNLIB_TEXT_MEMBER(comn_texttounichar, CharacterSource, ToUnichar)
-COMNLIB_TEXT_STOPS_AT_LONG(comn_chartoi8, CharacterSource)
+COMNLIB_REFUSING_MEMBER(comn_chartoi8, CharacterSource)

@@ -5,10 +5,10 @@
 #include <cassert>
 
 #include "comnlib/convert.h"
-#include "comnlib/memory.h"
 #include "conv/com_ctbl.h"
 #include "conv/frame.h"
 #include "diag/diag.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -95,7 +95,7 @@ CS_RETCODE com_conv_init(CS_CONTEXT* context) {
 
 CS_RETCODE com_conv_free(CS_CONTEXT* context) {
   check_pointer(context);
-  if (context->ctxcvttbl.cvttbl != nullptr) comn_free(context->ctxcvttbl.cvttbl);
+  release(context->ctxcvttbl.cvttbl);
   context->ctxcvttbl = {};
   free_user_conversions(context->ctxusrcvttbl);
   context->ctxusrcvttbl = nullptr;
@@ -119,7 +119,7 @@ CS_RETCODE com_conv_install(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype
   }
   CsUsrCvtFunc** const link = user_link(&context->ctxusrcvttbl, srctype, desttype);
   if (*link == nullptr) {
-    auto* node = static_cast<CsUsrCvtFunc*>(comn_calloc(1, sizeof(CsUsrCvtFunc)));
+    auto* node = make_record<CsUsrCvtFunc>();
     if (node == nullptr) return trace(CS_MEM_ERROR);
     node->srctype = srctype;
     node->desttype = desttype;

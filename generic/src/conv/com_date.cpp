@@ -2,7 +2,6 @@
 // style.
 #include "conv/com_date.h"
 
-#include "comnlib/locale.h"
 #include "intl/locdata.h"
 
 namespace comnlib {
@@ -18,7 +17,7 @@ constexpr bool is_style(CS_INT style) {
 }
 
 const CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  const CS_LOCALE* locale = locale_of(context, format);
   return locale == nullptr ? nullptr : locale->timeptr;
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 using Source = NumberSource<CS_FLOAT, CS_FLOAT_TYPE>;
 
-// Where a call for CS_LONG stops, and where any other call of the same member does.
+// Where the member into CS_LONG stops.
 constexpr Place kToLong = Place::current();
 constexpr Place kToOther = Place::current();
 
@@ -28,4 +28,4 @@ COMNLIB_NUMBER_MEMBER(comn_flt8tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_flt8tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_flt8tovarchar, Source, ToVarchar)
 COMNLIB_NUMBER_MEMBER(comn_flt8tovarbin, Source, ToVarbinary)
-COMNLIB_NUMBER_REFUSAL(comn_flt8toi8, Source, kToLong, kToOther)
+COMNLIB_REFUSING_MEMBER(comn_flt8toi8, Source)

@@ -9,7 +9,7 @@ namespace {
 
 using Source = NumberSource<CS_SMALLINT, CS_SMALLINT_TYPE>;
 
-// Where a call for CS_LONG stops, and where any other call of the same member does.
+// Where the member into CS_LONG stops.
 constexpr Place kToLong = Place::current();
 constexpr Place kToOther = Place::current();
 
@@ -28,4 +28,4 @@ COMNLIB_NUMBER_MEMBER(comn_i2tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_i2tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_i2tovarchar, Source, ToVarchar)
 COMNLIB_NUMBER_MEMBER(comn_i2tovarbin, Source, ToVarbinary)
-COMNLIB_NUMBER_REFUSAL(comn_i2toi8, Source, kToLong, kToOther)
+COMNLIB_REFUSING_MEMBER(comn_i2toi8, Source)

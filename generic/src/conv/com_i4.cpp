@@ -9,7 +9,7 @@ namespace {
 
 using Source = NumberSource<CS_INT, CS_INT_TYPE>;
 
-// Where a call for CS_LONG stops, and where any other call of the same member does.
+// Where the member into CS_LONG stops.
 constexpr Place kToLong = Place::current();
 constexpr Place kToOther = Place::current();
 
@@ -28,4 +28,4 @@ COMNLIB_NUMBER_MEMBER(comn_i4tochar, Source, ToCharacter)
 COMNLIB_NUMBER_MEMBER(comn_i4tobin, Source, ToBinary)
 COMNLIB_NUMBER_MEMBER(comn_i4tovarchar, Source, ToVarchar)
 COMNLIB_NUMBER_MEMBER(comn_i4tovarbin, Source, ToVarbinary)
-COMNLIB_NUMBER_REFUSAL(comn_i4toi8, Source, kToLong, kToOther)
+COMNLIB_REFUSING_MEMBER(comn_i4toi8, Source)

@@ -6,11 +6,11 @@
 #include <cstring>
 
 #include "comnlib/convert.h"
-#include "comnlib/memory.h"
 #include "comnlib/numeric.h"
 #include "conv/frame.h"
 #include "conv/newutils.h"
 #include "diag/diag.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -87,7 +87,7 @@ CS_RETCODE replace_value(CS_VOID*& entity, CS_INT& size, const CS_VOID* value, C
     if (copy == nullptr) return CS_MEM_ERROR;
     std::memcpy(copy, value, static_cast<std::size_t>(length));
   }
-  if (entity != nullptr) comn_free(entity);
+  release(entity);
   entity = copy;
   size = length;
   return CS_SUCCEED;
@@ -109,7 +109,7 @@ CS_RETCODE set_user_null(CS_CONTEXT& context, CS_INT datatype, const CS_VOID* va
   if (CsUsrNull* found = find_user_null(context, datatype))
     return replace_value(found->dventity, found->dvsize, value, length);
 
-  auto* node = static_cast<CsUsrNull*>(comn_calloc(1, sizeof(CsUsrNull)));
+  auto* node = make_record<CsUsrNull>();
   if (node == nullptr) return CS_MEM_ERROR;
   node->dttype = datatype;
   node->nextnull = context.ctxusrnulls;
@@ -148,7 +148,7 @@ void remove_user_null(CS_CONTEXT& context, CS_INT datatype) {
   } else {
     previous->nextnull = current->nextnull;
   }
-  if (current->dventity != nullptr) comn_free(current->dventity);
+  release(current->dventity);
   comn_free(current);
 }
 
@@ -208,10 +208,11 @@ CS_RETCODE com_null_init(CS_CONTEXT* context) {
   auto* table = static_cast<CsDefVal*>(comn_calloc(kDefaults.size(), sizeof(CsDefVal)));
   if (table == nullptr) return trace(CS_MEM_ERROR);
   context->ctxnulls = {.nullvals = table, .nulldim = CS_BUILTIN_TYPES};
-  for (const Default& value : kDefaults) {
-    table->dventity = comn_malloc(buffer_size(value.size));
-    if (table->dventity == nullptr) return trace(CS_MEM_ERROR);
-    fill_default(*table++, value);
+  for (std::size_t type = 0; type < kDefaults.size(); ++type) {
+    const Default& value = kDefaults[type];
+    table[type].dventity = comn_malloc(buffer_size(value.size));
+    if (table[type].dventity == nullptr) return trace(CS_MEM_ERROR);
+    fill_default(table[type], value);
   }
   return trace(CS_SUCCEED);
 }
@@ -219,10 +220,8 @@ CS_RETCODE com_null_init(CS_CONTEXT* context) {
 CS_RETCODE com_null_free(CS_CONTEXT* context) {
   check_pointer(context);
   const CsNullTbl& table = context->ctxnulls;
-  for (int at = 0; at < table.nulldim; ++at) {
-    if (table.nullvals[at].dventity != nullptr) comn_free(table.nullvals[at].dventity);
-  }
-  if (table.nullvals != nullptr) comn_free(table.nullvals);
+  for (int at = 0; at < table.nulldim; ++at) release(table.nullvals[at].dventity);
+  release(table.nullvals);
   context->ctxnulls = {};
   while (CsUsrNull* node = context->ctxusrnulls) {
     context->ctxusrnulls = node->nextnull;

@@ -128,7 +128,7 @@ using NumericToI4 = NumericToInteger<CS_INT, CS_INT_TYPE>;
 
 // The body of every member. The source is copied, so a destination may share its bytes.
 template <class Target>
-CS_RETCODE convert_numeric(const Conversion& call, Place place) {
+CS_RETCODE convert_numeric(const Conversion& call, Place place = Place::current()) {
   check_pointers(call, place);
   require(is_numeric(call.srcfmt->datatype), place);
   require(Target::serves(call.destfmt->datatype), place);
@@ -140,10 +140,9 @@ CS_RETCODE convert_numeric(const Conversion& call, Place place) {
 
 }  // namespace
 
-#define COMNLIB_NUMERIC_MEMBER(routine, target)                                    \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                              \
-    return convert_numeric<target>({context, srcfmt, src, destfmt, dest, destlen}, \
-                                   Place::current());                              \
+#define COMNLIB_NUMERIC_MEMBER(routine, target)                                     \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                               \
+    return convert_numeric<target>({context, srcfmt, src, destfmt, dest, destlen}); \
   }
 
 COMNLIB_NUMERIC_MEMBER(comn_numtobit, NumericToBit)

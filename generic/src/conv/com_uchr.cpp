@@ -6,7 +6,6 @@
 #include "conv/com_date.h"
 #include "conv/newutils.h"
 #include "conv/text_family.h"
-#include "intl/xlate.h"
 
 using namespace comnlib;
 using namespace comnlib::text_family;
@@ -49,11 +48,9 @@ CS_RETCODE by_text(const Conversion& call, Place place = Place::current()) {
   if (code != CS_SUCCEED) return trace(code, place);
 
   const Bytes bytes = Bytes(text).first(static_cast<std::size_t>(length));
-  const Encoding encoding = encoding_of_text(bytes, call);
   std::array<CS_UNICHAR, kTextRoom> units;
-  const Translated wide =
-      translate(call.context, {encoding.charset, encoding.utf16}, {nullptr, true}, bytes,
-                {reinterpret_cast<CS_BYTE*>(units.data()), sizeof units});
+  const Translated wide = translate(call.context, encoding_of_text(bytes, call), kUtf16, bytes,
+                                    {reinterpret_cast<CS_BYTE*>(units.data()), sizeof units});
   if (wide.code != CS_SUCCEED) return trace(wide.code, place);
   return trace(PlaceText(Units(units).first(wide.written / sizeof(CS_UNICHAR)), call), place);
 }

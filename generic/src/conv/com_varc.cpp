@@ -2,6 +2,15 @@
 #include "conv/text_family.h"
 
 using namespace comnlib::text_family;
+using comnlib::Place;
+
+namespace {
+
+// Where the member into CS_LONG stops.
+constexpr Place kToLong = Place::current();
+constexpr Place kToOther = Place::current();
+
+}  // namespace
 
 COMNLIB_TEXT_FAMILY(varchar, VarcharSource)
-COMNLIB_TEXT_STOPS_AT_LONG(comn_varchartoi8, VarcharSource)
+COMNLIB_REFUSING_MEMBER(comn_varchartoi8, VarcharSource)

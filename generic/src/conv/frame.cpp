@@ -61,7 +61,7 @@ CS_RETCODE place(View text, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength;
   require(room >= 0);
-  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
+  const bool terminate = terminates(*call.destfmt);
   const auto length = static_cast<CS_INT>(text.size()) * kUnit;
   auto* dest = static_cast<CS_BYTE*>(call.dest);
 

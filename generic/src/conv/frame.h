@@ -14,6 +14,13 @@
   CS_CONTEXT *context, const CS_DATAFMT *srcfmt, const CS_VOID *src, const CS_DATAFMT *destfmt, \
       CS_VOID *dest, CS_INT *destlen
 
+// The refusing member of the family of a module, which says where it stops: kToLong and kToOther.
+#define COMNLIB_REFUSING_MEMBER(routine, Source)                                          \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                     \
+    comnlib::refuse_long<Source>({context, srcfmt, src, destfmt, dest, destlen}, kToLong, \
+                                 kToOther);                                               \
+  }
+
 namespace comnlib {
 
 struct Conversion {
@@ -47,6 +54,10 @@ constexpr bool is_numeric(CS_INT datatype) {
   return datatype == CS_NUMERIC_TYPE || datatype == CS_DECIMAL_TYPE;
 }
 
+constexpr bool terminates(const CS_DATAFMT& format) {
+  return (format.format & CS_DFMT_NULLTERM) != 0;
+}
+
 // Values stand anywhere in a host's row buffer, so they are read and written bytewise.
 template <class T>
 T load(const void* from) {
@@ -71,6 +82,16 @@ inline const CS_BYTE* record_bytes(const void* record) {
 }
 inline CS_BYTE* record_bytes(void* record) {
   return static_cast<CS_BYTE*>(record) + offsetof(CS_VARBINARY, array);
+}
+
+// The body of a member into CS_LONG, of a family that does not convert to it: after the checks that
+// all members make it stops, at one place for destination code 20 and at another for every other.
+template <class Source>
+[[noreturn]] void refuse_long(const Conversion& call, Place to_long, Place to_other,
+                              Place place = Place::current()) {
+  check_pointers(call, place);
+  require(Source::serves(call.srcfmt->datatype), place);
+  stop(call.destfmt->datatype == CS_LONG_TYPE ? to_long : to_other);
 }
 
 // Places the text of a number in a character destination and pads it. Text that does not fit, its

@@ -25,7 +25,7 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
                     CS_INT unit) {
   const CS_INT room = format.maxlength;
   require(length >= 0 && room >= 0);
-  const bool terminate = (format.format & CS_DFMT_NULLTERM) != 0;
+  const bool terminate = terminates(format);
   const bool pad_null = (format.format & CS_DFMT_PADNULL) != 0;
   const bool pad_blank = (format.format & CS_DFMT_PADBLANK) != 0;
 

@@ -21,8 +21,7 @@ namespace comnlib {
 template <class T, CS_INT Datatype>
 struct NumberSource {
   using Value = T;
-  static constexpr CS_INT kDatatype = Datatype;
-
+  static constexpr bool serves(CS_INT datatype) { return datatype == Datatype; }
   static constexpr bool in_domain([[maybe_unused]] Value value) {
     if constexpr (Datatype == CS_BIT_TYPE) return value <= 1;
     return true;
@@ -153,9 +152,9 @@ using ToFlt8 = ToFloat<CS_FLOAT, CS_FLOAT_TYPE>;
 // The body of every member. The length is set before the value is looked at: it holds for failing
 // conversions too.
 template <class Source, class Target>
-CS_RETCODE convert_number(const Conversion& call, Place place) {
+CS_RETCODE convert_number(const Conversion& call, Place place = Place::current()) {
   check_pointers(call, place);
-  require(call.srcfmt->datatype == Source::kDatatype, place);
+  require(Source::serves(call.srcfmt->datatype), place);
   require(Target::serves(call.destfmt->datatype), place);
   *call.destlen = Target::kLength;
   const auto value = load<typename Source::Value>(call.src);
@@ -163,26 +162,10 @@ CS_RETCODE convert_number(const Conversion& call, Place place) {
   return trace(Target::convert(value, call), place);
 }
 
-// The body of the members into CS_LONG, which no family converts to: they stop, at one place for
-// destination code 20 and at another for every other code.
-template <class Source>
-[[noreturn]] void refuse_number(const Conversion& call, Place to_long, Place to_other,
-                                Place place) {
-  check_pointers(call, place);
-  require(call.srcfmt->datatype == Source::kDatatype, place);
-  stop(call.destfmt->datatype == CS_LONG_TYPE ? to_long : to_other);
-}
-
 }  // namespace comnlib
 
-#define COMNLIB_NUMBER_MEMBER(routine, source, target)                                             \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                              \
-    return comnlib::convert_number<source, target>({context, srcfmt, src, destfmt, dest, destlen}, \
-                                                   comnlib::Place::current());                     \
-  }
-
-#define COMNLIB_NUMBER_REFUSAL(routine, source, to_long, to_other)                          \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                       \
-    comnlib::refuse_number<source>({context, srcfmt, src, destfmt, dest, destlen}, to_long, \
-                                   to_other, comnlib::Place::current());                    \
+#define COMNLIB_NUMBER_MEMBER(routine, source, target)   \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {    \
+    return comnlib::convert_number<source, target>(      \
+        {context, srcfmt, src, destfmt, dest, destlen}); \
   }

@@ -4,16 +4,15 @@
 #include <algorithm>
 #include <array>
 
+#include "chars/hex.h"
 #include "comnlib/numeric.h"
 #include "conv/chfloat.h"
 #include "conv/com_date.h"
-#include "conv/hex.h"
 #include "conv/newutils.h"
 #include "conv/number_family.h"
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
-#include "intl/xlate.h"
 #include "time/datetext.h"
 
 namespace comnlib::text_family {
@@ -136,8 +135,7 @@ DateLiteral read_date(const Literal& literal) {
   if (literal.text.utf16) {
     std::array<CS_BYTE, kLiteralRoom> room;
     const Encoding names = date_encoding(*call.context, *call.srcfmt);
-    const Translated narrow = translate(call.context, {nullptr, true}, {names.charset, names.utf16},
-                                        literal.text.bytes, room);
+    const Translated narrow = translate(call.context, kUtf16, names, literal.text.bytes, room);
     if (narrow.code == CS_MEM_ERROR) return {CS_MEM_ERROR, {}};
     if (narrow.code == CS_SUCCEED)
       plain = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
@@ -299,8 +297,8 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   if (!own_precision && !is_precision(call.destfmt->precision)) return CS_CVT_PRECISION;
   if (!own_scale && !is_scale(call.destfmt->scale)) return CS_CVT_SCALE;
 
-  const bool terminated = (call.srcfmt->format & CS_DFMT_NULLTERM) != 0;
-  const AsciiForm form(literal.text, terminated ? NulBytes::kEndOfText : NulBytes::kText);
+  const AsciiForm form(literal.text,
+                       terminates(*call.srcfmt) ? NulBytes::kEndOfText : NulBytes::kText);
   if (!form.valid()) return CS_CVT_SYNTAX;
 
   const CS_BYTE precision =

@@ -129,15 +129,6 @@ CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
   }
 }
 
-// The members into CS_LONG convert nothing: they check what all members check and stop the process.
-template <class From>
-CS_RETCODE stop_at_long(const Conversion& call) {
-  check_pointers(call);
-  require(From::serves(call.srcfmt->datatype));
-  if (call.destfmt->datatype == CS_LONG_TYPE) stop();
-  stop();
-}
-
 }  // namespace comnlib::text_family
 
 #define COMNLIB_TEXT_MEMBER(routine, From, ...)              \
@@ -165,9 +156,3 @@ CS_RETCODE stop_at_long(const Conversion& call) {
   COMNLIB_TEXT_MEMBER(comn_##source##tovarchar, From, ToVarchar)                           \
   COMNLIB_TEXT_MEMBER(comn_##source##tovarbin, From, ToVarbinary)                          \
   COMNLIB_TEXT_MEMBER(comn_##source##tounichar, From, ToUnichar)
-
-#define COMNLIB_TEXT_STOPS_AT_LONG(routine, From)        \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {    \
-    return comnlib::text_family::stop_at_long<From>(     \
-        {context, srcfmt, src, destfmt, dest, destlen}); \
-  }

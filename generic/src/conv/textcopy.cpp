@@ -5,9 +5,7 @@
 #include <limits>
 
 #include "chars/text.h"
-#include "comnlib/locale.h"
 #include "conv/newutils.h"
-#include "intl/xlate.h"
 
 namespace comnlib {
 namespace {
@@ -54,8 +52,7 @@ Copied copy_whole(Text text, std::span<CS_BYTE> room) {
 Copied translate_text(Bytes text, const Encoding& from, const Encoding& to, std::span<CS_BYTE> room,
                       CS_CONTEXT* context) {
   if (text.empty()) return {CS_SUCCEED, 0, 0};
-  const Translated result =
-      translate(context, {from.charset, from.utf16}, {to.charset, to.utf16}, text, room);
+  const Translated result = translate(context, from, to, text, room);
   const auto written = static_cast<CS_INT>(result.written);
   const bool cut = result.code == CS_CVT_TRUNCATED;
   return {result.code, written, cut ? std::numeric_limits<CS_INT>::max() : written};
@@ -128,7 +125,7 @@ template <class Unit>
 CS_RETCODE finish(const Copied& copied, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength - call.destfmt->maxlength % kUnit;
-  const bool terminate = (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
+  const bool terminate = terminates(*call.destfmt);
   auto* dest = static_cast<CS_BYTE*>(call.dest);
   *call.destlen = copied.length;
   if (terminate && copied.length == room) {
@@ -159,10 +156,6 @@ std::span<CS_BYTE> room_of(const Conversion& call) {
   return {static_cast<CS_BYTE*>(call.dest), static_cast<std::size_t>(call.destfmt->maxlength)};
 }
 
-bool terminates(const Conversion& call) {
-  return (call.destfmt->format & CS_DFMT_NULLTERM) != 0;
-}
-
 // A text that ended with its own NUL gets no second one.
 CS_RETCODE finish_doubled(Copied copied, const Doubling& doubling, const Conversion& call) {
   copied.length = static_cast<CS_INT>(doubling.written);
@@ -177,7 +170,7 @@ CS_RETCODE finish_doubled(Copied copied, const Doubling& doubling, const Convers
 
 CS_RETCODE copy_doubled(Text text, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
-  const Doubling doubling = measure_doubling(text, room.size(), terminates(call));
+  const Doubling doubling = measure_doubling(text, room.size(), terminates(*call.destfmt));
   write_doubled({text.bytes.first(doubling.taken), text.attrib}, room.data());
   return finish_doubled({CS_SUCCEED, 0, size_of(text.bytes)}, doubling, call);
 }
@@ -189,7 +182,7 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish<CS_CHAR>(copied, call);
   const Doubling doubling = double_in_place(room, static_cast<std::size_t>(copied.length),
-                                            attributes_of(to), terminates(call));
+                                            attributes_of(to), terminates(*call.destfmt));
   if (copied.code != CS_CVT_TRUNCATED) copied.needed = static_cast<CS_INT>(doubling.written);
   return finish_doubled(copied, doubling, call);
 }
@@ -243,8 +236,7 @@ CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, co
   const Text text{{static_cast<const CS_BYTE*>(src), static_cast<std::size_t>(srcfmt->maxlength)},
                   attrib};
   const auto room = static_cast<std::size_t>(destfmt->maxlength);
-  const bool terminate = (destfmt->format & CS_DFMT_NULLTERM) != 0;
-  const Doubling doubling = measure_doubling(text, room, terminate);
+  const Doubling doubling = measure_doubling(text, room, terminates(*destfmt));
   write_doubled({text.bytes.first(doubling.taken), attrib}, static_cast<CS_BYTE*>(dest));
   *destlen = static_cast<CS_INT>(doubling.written);
   return trace(doubling.cut ? CS_CVT_TRUNCATED : CS_SUCCEED);

@@ -5,8 +5,9 @@
 
 #include <span>
 
-#include "comnlib/locale.h"
 #include "conv/frame.h"
+#include "intl/com_intl.h"
+#include "intl/xlate.h"
 
 extern "C" {
 
@@ -27,16 +28,9 @@ namespace comnlib {
 
 using Bytes = std::span<const CS_BYTE>;
 
-// What a text is encoded in: a character set of the localization home (null: none is known, plain
-// bytes), or UTF-16 in host byte order.
-struct Encoding {
-  const CsCharDesc* charset;
-  bool utf16;
-};
-
 // The encoding of the character data that a format describes: its locale's or else the context's.
 inline Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = format.locale != nullptr ? format.locale : context.ctxlocale;
+  const CS_LOCALE* locale = locale_of(context, format);
   if (locale == nullptr || locale->ctypeptr == nullptr) return {nullptr, false};
   return {locale->ctypeptr->locchardesc, false};
 }

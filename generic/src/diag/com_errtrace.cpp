@@ -1,5 +1,5 @@
-// The error trace and the debug output. Owns the two process-wide states of the library: the trace
-// level and the debug output file.
+// The error trace and the debug output. Owns two process-wide states: the trace level and the debug
+// output file.
 #include <pthread.h>
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 // The stops: pointer check, assertion failure and panic, and the set-up diagnostic com_perr. Their
 // texts are contracts with the hosts' log scanners.
+#include <array>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 
@@ -40,4 +42,13 @@ void com_perr(const CS_CHAR* text) {
     std::fputs(text, log);
     std::fclose(log);
   }
+}
+
+void comnlib::print_error(const char* format, ...) {
+  std::array<char, 3072> text;
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(text.data(), text.size(), format, args);
+  va_end(args);
+  com_perr(text.data());
 }

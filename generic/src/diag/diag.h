@@ -35,6 +35,9 @@ inline void check_pointer(const void* pointer, Place place = Place::current()) {
   __builtin_unreachable();
 }
 
+// com_perr of a formatted text, which has room for two paths and the words around them.
+[[gnu::format(printf, 1, 2)]] void print_error(const char* format, ...);
+
 // Passes a result code through the error trace: the last thing a public routine does.
 inline CS_RETCODE trace(CS_RETCODE code, Place place = Place::current()) {
   if (internal::trace_level.load(std::memory_order_relaxed) == COM_TRACE_NONE) [[likely]]

@@ -4,13 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <new>
 
 #include "chars/com_attr.h"
-#include "comnlib/diag.h"
-#include "comnlib/memory.h"
+#include "chars/hex.h"
+#include "diag/diag.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
 #include "intl/intlfile.h"
@@ -18,6 +16,7 @@
 #include "intl/sortorder.h"
 #include "intl/store.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -30,12 +29,8 @@ const T* read_map(CS_CONTEXT* ctx, CS_INT size, INTL_HANDLE handle, CS_BOOL need
   auto* bytes = static_cast<CS_BYTE*>(comn_malloc(static_cast<std::size_t>(size)));
   result = bytes == nullptr ? CS_MEM_ERROR : comn__get_image(ctx, bytes, size, handle, need_entry);
   if (result == CS_SUCCEED) return reinterpret_cast<const T*>(bytes);
-  comn_free(bytes);
+  release(bytes);
   return nullptr;
-}
-
-void free_map(const void* map) {
-  comn_free(const_cast<void*>(map));
 }
 
 // How many tables a set needs whose first bytes name them; `named` gives the number of a byte's
@@ -157,19 +152,13 @@ CS_RETCODE read_charset(CS_CONTEXT* ctx, IntlFile& file, CsCharDesc& desc) {
   return file.failure();
 }
 
-void print(const char* format, const CS_CHAR* name, const char* rest1, const char* rest2) {
-  std::array<char, 4 * COM_LOC_NAMESIZE> text;
-  std::snprintf(text.data(), text.size(), format, name, rest1, rest2);
-  com_perr(text.data());
-}
-
 // What a new descriptor needs besides its attributes.
 CS_RETCODE complete(CS_CONTEXT& ctx, CsLocCache& entry, CsCharDesc& desc, ErrorBuffer error) {
   const CS_CHAR* name = entry.charname;
   CS_RETCODE result = load_conv_config(ctx, name, desc.conv_config, error);
   if (result != CS_SUCCEED) {
-    print("Cannot load the conversion configuration of %s from $TALVEN/charsets/%s/%s.cfg\n", name,
-          name, name);
+    print_error("Cannot load the conversion configuration of %s from $TALVEN/charsets/%s/%s.cfg\n",
+                name, name, name);
     return result;
   }
   // The name is compared over its own length, so a leading part of "utf8" passes as well.
@@ -177,8 +166,8 @@ CS_RETCODE complete(CS_CONTEXT& ctx, CsLocCache& entry, CsCharDesc& desc, ErrorB
   const bool is_utf8 = std::string_view("utf8").starts_with(charset);
   const CsCharDesc* utf8 = ctx.ctxglobals->utf8_charset;
   if (!is_utf8 && (utf8 == nullptr || !converts_to(*utf8->conv_config, charset))) {
-    print("Conversion from utf8 to %s %s %s\n", name, "is not defined in",
-          "$TALVEN/charsets/utf8/utf8.cfg");
+    print_error("Conversion from utf8 to %s is not defined in $TALVEN/charsets/utf8/utf8.cfg\n",
+                name);
     return CS_FAIL;
   }
   if (ctx.ctxlocale == nullptr || entry.sortname == nullptr) return CS_SUCCEED;
@@ -206,12 +195,10 @@ CS_RETCODE comn__intl_load_charset(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache
     cache_entry->locchardesc = known;
     return trace(CS_SUCCEED);
   }
-  void* block = comn_malloc(sizeof(CsCharDesc));
-  cache_entry->locchardesc = nullptr;
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* desc = new (block) CsCharDesc{};
-  desc->oid = oid;
+  auto* desc = make_record<CsCharDesc>();
   cache_entry->locchardesc = desc;
+  if (desc == nullptr) return trace(CS_MEM_ERROR);
+  desc->oid = oid;
 
   CS_RETCODE result = comn__get_charset(ctx, cache_entry, errbuf, errlen);
   if (result == CS_SUCCEED) result = complete(*ctx, *cache_entry, *desc, {errbuf, errlen});
@@ -286,10 +273,10 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
     const CS_CHAR* value = intl_nextvalue(handle, &status);
     if (value == nullptr) return trace(failure());
     for (const CS_CHAR* at = value; *at != '\0'; ++at, ++held) {
-      const int digit = hex_digit(*at);
-      if (digit < 0 || held == wanted) return trace(CS_FAIL);
+      const auto digit = hex_value(*at);
+      if (!digit || held == wanted) return trace(CS_FAIL);
       CS_BYTE& byte = dst[held / 2];
-      byte = static_cast<CS_BYTE>(held % 2 == 0 ? digit << 4 : byte | digit);
+      byte = static_cast<CS_BYTE>(held % 2 == 0 ? *digit << 4 : byte | *digit);
     }
   }
   return trace(CS_SUCCEED);
@@ -298,10 +285,10 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
 CS_RETCODE comn__chardesc_drop(CsCharDesc* desc) {
   check_pointer(desc);
   if (const char_attrib* attrib = desc->char_attrib) {
-    free_map(attrib->cs_width_map);
-    free_map(attrib->cs_norm_map);
-    free_map(attrib->cs_type_map);
-    free_map(attrib->cs_soundex);
+    release(attrib->cs_width_map);
+    release(attrib->cs_norm_map);
+    release(attrib->cs_type_map);
+    release(attrib->cs_soundex);
     static_cast<void>(com_free_char_attrib(desc->char_attrib));
   }
   drop_conv_config(desc->conv_config);

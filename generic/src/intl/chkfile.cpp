@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
+#include <utility>
 
-#include "comnlib/diag.h"
+#include "diag/diag.h"
 #include "intl.h"
 #include "intl/com_intl.h"
 #include "intl/com_path.h"
@@ -31,17 +31,6 @@ CS_RETCODE verify(CS_RETCODE built, CS_CHAR* path, CS_INT pathlen) {
   return built == CS_SUCCEED ? CS_FAIL : built;
 }
 
-// One message of the diagnosis; long enough for its words with a path and a name.
-template <class... Texts>
-void print(const char* format, Texts... texts) {
-  std::array<char, 3 * kDiagnosisPath> line;
-  std::snprintf(line.data(), line.size(), format, texts...);
-  com_perr(line.data());
-}
-void print(const char* text) {
-  com_perr(text);
-}
-
 // Restores what the look-ups of the diagnosis would leave in the context.
 class KeptStatus {
  public:
@@ -61,19 +50,19 @@ bool print_home() {
   DiagnosisPath home{};
   const CS_INT length = intl_home(home.data(), kDiagnosisPath);
   if (length < 0 || length > kDiagnosisPath) {
-    print(
+    print_error(
         "Cannot access the talven home directory, please check environment variable TALVEN or "
         "~talven\n");
     return false;
   }
-  print("Your talven home directory is %s. ", home.data());
-  print("Check the environment variable TALVEN if it is not the one you want!\n");
+  print_error("Your talven home directory is %s. ", home.data());
+  print_error("Check the environment variable TALVEN if it is not the one you want!\n");
   return true;
 }
 
 bool print_unless_readable(CS_RETCODE built, const CS_CHAR* path) {
   if (built == CS_SUCCEED && is_readable(path)) return true;
-  print("Cannot access file %s\n", path);
+  print_error("Cannot access file %s\n", path);
   return false;
 }
 
@@ -82,30 +71,31 @@ bool print_locale_name(DiagnosisPath& name) {
   for (const char* variable : {"LC_ALL", "LANG"}) {
     const CS_INT length = intlgetenv(name.data(), kDiagnosisPath, variable);
     if (length < 0) {
-      print(
+      print_error(
           "An intl library error occurs when trying to get locale name from environment variable "
           "%s\n",
           variable);
       return false;
     }
     if (length == 0) continue;
-    print("Using locale name \"%s\" defined in environment variable %s\n", name.data(), variable);
+    print_error("Using locale name \"%s\" defined in environment variable %s\n", name.data(),
+                variable);
     return true;
   }
   copy_cut("default", name.data(), kDiagnosisPath);
-  print("Using default locale name: \"%s\"\n", name.data());
+  print_error("Using default locale name: \"%s\"\n", name.data());
   return true;
 }
 
 bool print_lookup(CS_CONTEXT& ctx, const CS_CHAR* name, const CS_CHAR* table, CsLocNames& names) {
   const CS_RETCODE result = comn__intl_lookup(&ctx, name, CS_NULLTERM, &names, nullptr, 0);
   if (result < 0) {
-    print(
+    print_error(
         "An intl library error occurs when trying to get local names from file: %s, can't "
         "continue!\n",
         table);
   } else if (result == CS_FAIL) {
-    print("Locale name \"%s\" doesn't exist in your %s file\n", name, table);
+    print_error("Locale name \"%s\" doesn't exist in your %s file\n", name, table);
   }
   return result == CS_SUCCEED;
 }
@@ -114,7 +104,7 @@ bool print_lookup(CS_CONTEXT& ctx, const CS_CHAR* name, const CS_CHAR* table, Cs
 void print_unreadable_files(CS_CONTEXT& ctx, const CsLocNames& names) {
   DiagnosisPath path{};
   const auto report = [&path](CS_RETCODE verified) {
-    if (verified != CS_SUCCEED) print("Cannot access %s file\n", path.data());
+    if (verified != CS_SUCCEED) print_error("Cannot access %s file\n", path.data());
   };
   for (const std::string_view file : {"common.loc", "cslib.loc"})
     report(com__verify_msgfile(&ctx, names.lang, names.langlen, file.data(), length_of(file),
@@ -156,11 +146,12 @@ CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* locale, c
 void com_intl_verify_ctxloc(CS_CONTEXT* ctx) {
   check_pointer(ctx);
   const KeptStatus kept(*ctx);
-  print("\n\nThe context allocation routine failed when it tried to load localization files!!\n");
-  print("One or more following problems may caused the failure\n\n");
+  print_error(
+      "\n\nThe context allocation routine failed when it tried to load localization files!!\n");
+  print_error("One or more following problems may caused the failure\n\n");
   if (!print_home()) return;
 
-  std::array<CS_CHAR, kDiagnosisPath + COM_NUV_ROOM + 1> objects{};
+  std::array<CS_CHAR, kDiagnosisPath + kConfigPathSpare> objects{};
   CS_RETCODE built = com_path_cfgfile(ctx, "objectid.dat", objects.data(), kDiagnosisPath, 0);
   if (!print_unless_readable(built, objects.data())) return;
   DiagnosisPath table{};

@@ -5,10 +5,7 @@
 
 #include <array>
 #include <memory>
-#include <new>
-#include <optional>
 
-#include "comnlib/memory.h"
 #include "intl/charset.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
@@ -19,6 +16,7 @@
 #include "intl/objectid.h"
 #include "intl/sortorder.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -55,9 +53,10 @@ struct NameField {
 // The values behind the locale name of a line. The first two must be there, the rest ends with the
 // first one missing; an empty value counts as given.
 CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
+  const NameField sortorder{names.sortorder, &names.sortorderlen};
   const std::array<NameField, 6> fields{{{names.lang, &names.langlen},
                                          {names.charset, &names.charsetlen},
-                                         {names.sortorder, &names.sortorderlen},
+                                         sortorder,
                                          {names.datetime, &names.datetimelen},
                                          {names.numeric, &names.numericlen},
                                          {names.money, &names.moneylen}}};
@@ -69,7 +68,7 @@ CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
     fields[given++].set(value);
   }
   if (file.failed() || given < kRequired) return file.failure();
-  if (names.sortorderlen == 0) fields[2].set("binary");
+  if (names.sortorderlen == 0) sortorder.set("binary");
   return CS_SUCCEED;
 }
 
@@ -119,16 +118,11 @@ CS_RETCODE copy_name(CsLocCache& entry, EntryName name, std::string_view text) {
 
 struct DropEntry {
   void operator()(CsLocCache* entry) const {
-    for (const EntryName name : kEntryNames) comn_free(entry->*name.text);
+    for (const EntryName name : kEntryNames) release(entry->*name.text);
     comn_free(entry);
   }
 };
 using OwnedEntry = std::unique_ptr<CsLocCache, DropEntry>;
-
-OwnedEntry make_entry() {
-  void* block = comn_malloc(sizeof(CsLocCache));
-  return OwnedEntry(block == nullptr ? nullptr : new (block) CsLocCache{});
-}
 
 // The names that a cache entry is loaded from.
 struct LocaleNames {
@@ -205,7 +199,7 @@ void drop_descriptors_until(CsCtxGlobals& globals, const CsCharDesc* before) {
 
 CS_RETCODE load_entry(CS_CONTEXT& ctx, const LocaleNames& names, CsLocCache** loaded,
                       ErrorBuffer error) {
-  OwnedEntry entry = make_entry();
+  OwnedEntry entry(make_record<CsLocCache>());
   if (entry == nullptr) return CS_MEM_ERROR;
   CsCtxGlobals& globals = *ctx.ctxglobals;
   const CsCharDesc* before = globals.cmg_chardesc;
@@ -431,7 +425,7 @@ CS_RETCODE comn__copy_loccache(CS_CONTEXT* ctx, const CsLocCache* src, CsLocCach
   check_pointer(src);
   check_pointer(dst);
   *dst = nullptr;
-  OwnedEntry copy = make_entry();
+  OwnedEntry copy(make_record<CsLocCache>());
   if (copy == nullptr) return trace(CS_MEM_ERROR);
   *copy = *src;
   copy->locnext = nullptr;

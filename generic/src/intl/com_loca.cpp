@@ -1,9 +1,7 @@
 // Locale records and the context's list of them, which cmg_mtx guards.
-#include <new>
-
-#include "comnlib/memory.h"
 #include "diag/diag.h"
 #include "intl/locking.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -28,9 +26,8 @@ using namespace comnlib;
 CS_RETCODE comn_loc_alloc(CS_CONTEXT* ctx, CS_LOCALE** locale) {
   check_context(ctx);
   check_pointer(locale);
-  void* block = comn_malloc(sizeof(CS_LOCALE));
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* made = new (block) CS_LOCALE{};
+  auto* made = make_record<CS_LOCALE>();
+  if (made == nullptr) return trace(CS_MEM_ERROR);
   const GlobalsLock lock(*ctx);
   if (!lock.taken()) {
     comn_free(made);
@@ -67,7 +64,7 @@ CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx) {
     comn_free(locale);
   }
   ctx->ctxlocale = nullptr;
-  if (ctx->ctxdeflocale != nullptr) comn_free(ctx->ctxdeflocale);
+  release(ctx->ctxdeflocale);
   ctx->ctxdeflocale = nullptr;
   return trace(CS_SUCCEED);
 }

@@ -2,9 +2,8 @@
 #include "intl/convcfg.h"
 
 #include <algorithm>
-#include <new>
 
-#include "comnlib/memory.h"
+#include "chars/hex.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
@@ -17,15 +16,9 @@ constexpr std::array<SystemAlgorithm, 2> kAlgorithms{
 
 bool read_replacement(std::string_view digits, CsConvConfig& config) {
   const std::size_t bytes = digits.size() / 2;
-  if (digits.size() % 2 != 0 || bytes < 1 || bytes > config.replacement.size()) return false;
-  for (std::size_t i = 0; i < bytes; ++i) {
-    const int high = hex_digit(digits[2 * i]);
-    const int low = hex_digit(digits[2 * i + 1]);
-    if (high < 0 || low < 0) return false;
-    config.replacement[i] = static_cast<CS_BYTE>(high << 4 | low);
-  }
+  if (bytes < 1 || bytes > config.replacement.size()) return false;
   config.replacement_length = static_cast<CS_INT>(bytes);
-  return true;
+  return decode_hex(digits, std::span(config.replacement).first(bytes));
 }
 
 bool read_algorithm(std::string_view name, CsConvConfig& config) {
@@ -83,9 +76,8 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
       com__open_charfile(&ctx, charset, charset, "cfg", &handle, error.path, error.length);
   if (opened != CS_SUCCEED) return opened;
   IntlFile file(ctx, handle);
-  void* block = comn_malloc(sizeof(CsConvConfig));
-  if (block == nullptr) return CS_MEM_ERROR;
-  auto* made = new (block) CsConvConfig{};
+  auto* made = make_record<CsConvConfig>();
+  if (made == nullptr) return CS_MEM_ERROR;
   const std::string_view name = charset;
   name.copy(made->charset.data(), std::min(name.size(), made->charset.size() - 1));
   const CS_RETCODE result = read_config(file, *made);

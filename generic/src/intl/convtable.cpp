@@ -3,8 +3,8 @@
 #include "intl/convtable.h"
 
 #include <algorithm>
-#include <new>
 
+#include "chars/hex.h"
 #include "chars/utf.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
@@ -28,20 +28,17 @@ namespace {
 
 constexpr std::size_t kUnitDigits = 4;
 
-std::optional<CS_INT> hex_number(std::string_view digits) {
-  CS_INT value = 0;
-  for (const char c : digits) {
-    const int digit = hex_digit(c);
-    if (digit < 0) return std::nullopt;
-    value = value << 4 | digit;
-  }
-  return value;
+std::optional<CS_USHORT> read_unit(std::string_view digits) {
+  std::array<CS_BYTE, kUnitDigits / 2> bytes;
+  if (!decode_hex(digits, bytes)) return std::nullopt;
+  return static_cast<CS_USHORT>(bytes[0] << 8 | bytes[1]);
 }
 
-std::optional<CS_INT> read_byte(IntlFile& file) {
+std::optional<CS_BYTE> read_byte(IntlFile& file) {
   const CS_CHAR* value = file.next_value();
-  if (value == nullptr || std::strlen(value) != 2) return std::nullopt;
-  return hex_number(value);
+  CS_BYTE byte = 0;
+  if (value == nullptr || !decode_hex(value, {&byte, 1})) return std::nullopt;
+  return byte;
 }
 
 CS_RETCODE add_character(ConvTable& table, bool is_double, CS_USHORT bytes, CS_USHORT unit) {
@@ -57,19 +54,18 @@ CS_RETCODE add_character(ConvTable& table, bool is_double, CS_USHORT bytes, CS_U
 }
 
 // A run of code units for the byte sequences from `first` on, all with the same lead byte.
-CS_RETCODE read_run(IntlFile& file, ConvTable& table, bool is_double, CS_INT lead) {
+CS_RETCODE read_run(IntlFile& file, ConvTable& table, bool is_double, CS_BYTE lead) {
   const auto first = read_byte(file);
   const CS_CHAR* value = first ? file.next_value() : nullptr;
   if (value == nullptr) return file.failure();
   std::string_view digits = value;
   const std::size_t count = digits.size() / kUnitDigits;
-  if (digits.size() % kUnitDigits != 0 || static_cast<std::size_t>(*first) + count > 256)
-    return CS_FAIL;
+  if (digits.size() % kUnitDigits != 0 || *first + count > 256) return CS_FAIL;
   for (std::size_t i = 0; i < count; ++i, digits.remove_prefix(kUnitDigits)) {
-    const auto unit = hex_number(digits.substr(0, kUnitDigits));
+    const auto unit = read_unit(digits.substr(0, kUnitDigits));
     if (!unit) return CS_FAIL;
-    const auto bytes = static_cast<CS_USHORT>(lead << 8 | (*first + static_cast<CS_INT>(i)));
-    const CS_RETCODE result = add_character(table, is_double, bytes, static_cast<CS_USHORT>(*unit));
+    const auto bytes = static_cast<CS_USHORT>(lead << 8 | static_cast<CS_INT>(*first + i));
+    const CS_RETCODE result = add_character(table, is_double, bytes, *unit);
     if (result != CS_SUCCEED) return result;
   }
   return CS_SUCCEED;
@@ -123,9 +119,8 @@ CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* ta
       com__open_charfile(&ctx, charset, table_name, "ctb", &handle, error.path, error.length);
   if (opened != CS_SUCCEED) return opened;
   IntlFile file(ctx, handle);
-  void* block = comn_malloc(sizeof(ConvTable));
-  if (block == nullptr) return CS_MEM_ERROR;
-  auto* made = new (block) ConvTable{};
+  auto* made = make_record<ConvTable>();
+  if (made == nullptr) return CS_MEM_ERROR;
   made->single.fill(kNoCharacter);
   name.copy(made->charset.data(), name.size());
   const CS_RETCODE result = read_table(file, *made);

@@ -7,7 +7,7 @@
 
 #include "comnlib/locale.h"
 #include "intl/com_loc.h"
-#include "intl/podvector.h"
+#include "runtime/podvector.h"
 
 namespace comnlib {
 

@@ -68,12 +68,4 @@ class IntlFile {
 // A number written in decimal, or in hexadecimal after "0x", from `least` to `most`.
 std::optional<CS_INT> parse_number(std::string_view text, CS_INT least, CS_INT most);
 
-// The value of a hexadecimal digit, or -1.
-constexpr int hex_digit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 }  // namespace comnlib

@@ -3,13 +3,12 @@
 #include "intl/locdata.h"
 
 #include <cstring>
-#include <new>
 #include <span>
 #include <utility>
 
-#include "comnlib/memory.h"
 #include "intl/com_loc.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 
@@ -157,11 +156,9 @@ CS_RETCODE read_section(std::string_view name, IntlFile& file, typename Kind::Re
 // there already is a second section of the kind, which no file has.
 template <class Kind>
 CS_RETCODE read_record(std::string_view name, IntlFile& file, typename Kind::Record*& made) {
-  using Record = typename Kind::Record;
   if (made != nullptr) return CS_FAIL;
-  void* block = comn_malloc(sizeof(Record));
-  if (block == nullptr) return CS_MEM_ERROR;
-  auto* record = new (block) Record{};
+  auto* record = make_record<typename Kind::Record>();
+  if (record == nullptr) return CS_MEM_ERROR;
   const CS_RETCODE result = read_section<Kind>(name, file, *record);
   if (result == CS_SUCCEED) {
     made = record;
@@ -205,9 +202,9 @@ struct Common {
   Common(const Common&) = delete;
   Common& operator=(const Common&) = delete;
   ~Common() {
-    comn_free(date);
-    comn_free(number);
-    comn_free(money);
+    release(date);
+    release(number);
+    release(money);
   }
 
   CS_RETCODE read(std::string_view name, IntlFile& file) {

@@ -2,7 +2,6 @@
 #include "intl/message.h"
 
 #include <array>
-#include <new>
 
 #include "intl/com_loc.h"
 #include "intl/intlfile.h"
@@ -77,9 +76,8 @@ CS_RETCODE comn__intl_load_message(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache
     cache_entry->locmessage = known;
     return trace(CS_SUCCEED);
   }
-  void* block = comn_malloc(sizeof(CsMessage));
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* messages = new (block) CsMessage{};
+  auto* messages = make_record<CsMessage>();
+  if (messages == nullptr) return trace(CS_MEM_ERROR);
   messages->oid = oid;
   const CS_RETCODE result = read_language(*ctx, *cache_entry, *messages, {errbuf, errlen});
   if (result != CS_SUCCEED) {

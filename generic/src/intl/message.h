@@ -2,7 +2,7 @@
 #pragma once
 
 #include "comnlib/locale.h"
-#include "intl/podvector.h"
+#include "runtime/podvector.h"
 
 namespace comnlib {
 

@@ -4,28 +4,17 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string_view>
 
-#include "comnlib/memory.h"
+#include "chars/hex.h"
 #include "intl/com_loc.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
-
-bool read_weights(std::string_view digits, std::array<CS_BYTE, 256>& weights) {
-  if (digits.size() != 2 * weights.size()) return false;
-  for (std::size_t i = 0; i < weights.size(); ++i) {
-    const int high = hex_digit(digits[2 * i]);
-    const int low = hex_digit(digits[2 * i + 1]);
-    if (high < 0 || low < 0) return false;
-    weights[i] = static_cast<CS_BYTE>(high << 4 | low);
-  }
-  return true;
-}
 
 CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
   if (!file.find_section("sortorder")) return file.failure();
@@ -37,7 +26,7 @@ CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
       order.is_binary = std::string_view(value) == "binary";
       if (!order.is_binary && std::string_view(value) != "weights") return CS_FAIL;
     } else if (std::string_view(key) == "weights") {
-      has_weights = read_weights(value, order.weights);
+      has_weights = decode_hex(value, order.weights);
       if (!has_weights) return CS_FAIL;
     } else if (std::string_view(key) != "description") {
       return CS_FAIL;
@@ -115,9 +104,8 @@ CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cac
                                                "srt", &handle, errbuf, errlen);
   if (opened != CS_SUCCEED) return trace(opened);
   IntlFile file(*ctx, handle);
-  void* block = comn_malloc(sizeof(CsSortOrder));
-  if (block == nullptr) return trace(CS_MEM_ERROR);
-  auto* order = new (block) CsSortOrder{};
+  auto* order = make_record<CsSortOrder>();
+  if (order == nullptr) return trace(CS_MEM_ERROR);
   order->oid = oid;
   charset.copy(order->charset.data(), charset.size());
   const CS_RETCODE result = read_sort_order(file, *order);

@@ -1,17 +1,11 @@
 #include "intl/store.h"
 
-#include <new>
-
-#include "comnlib/memory.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 
 Store* store_of(CsCtxGlobals& globals) {
-  if (globals.ctxoids == nullptr) {
-    void* block = comn_malloc(sizeof(Store));
-    if (block == nullptr) return nullptr;
-    globals.ctxoids = new (block) Store{};
-  }
+  if (globals.ctxoids == nullptr) globals.ctxoids = make_record<Store>();
   return static_cast<Store*>(globals.ctxoids);
 }
 

@@ -272,7 +272,7 @@ CS_RETCODE table_of(CS_CONTEXT& context, CsConvConfig& config, const ConvTable*&
   return code;
 }
 
-End open_end(CS_CONTEXT& context, const XlateEnd& end) {
+End open_end(CS_CONTEXT& context, const Encoding& end) {
   if (end.utf16) return {CS_SUCCEED, Coding::kUtf16, nullptr};
   if (end.charset == nullptr) return {CS_SUCCEED, Coding::kLatin1, nullptr};
   CsConvConfig* config = end.charset->conv_config;
@@ -305,7 +305,7 @@ Translated with_codec(const End& end, Use use) {
   return {CS_CVT_NOXLATE, 0};
 }
 
-Bytes replacement_of(const XlateEnd& end) {
+Bytes replacement_of(const Encoding& end) {
   static constexpr CS_BYTE kDefault[] = {'?'};
   if (end.utf16 || end.charset == nullptr || end.charset->conv_config == nullptr) return kDefault;
   const CsConvConfig& config = *end.charset->conv_config;
@@ -313,14 +313,15 @@ Bytes replacement_of(const XlateEnd& end) {
 }
 
 // A set names the conversions that it has; by way of Unicode it needs the one to utf8.
-bool leads_to_unicode(const XlateEnd& end, const End& opened) {
+bool leads_to_unicode(const Encoding& end, const End& opened) {
   if (opened.coding != Coding::kTable) return true;
   return converts_to(*end.charset->conv_config, "utf8");
 }
 
 }  // namespace
 
-Translated translate(CS_CONTEXT* context, XlateEnd from, XlateEnd to, Bytes text, Room room) {
+Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to, Bytes text,
+                     Room room) {
   const End source = open_end(*context, from);
   if (source.code != CS_SUCCEED) return {source.code, 0};
   const End target = open_end(*context, to);

@@ -8,9 +8,9 @@
 
 namespace comnlib {
 
-// One end of a translation: UTF-16 in host byte order, or a loaded character set. A null descriptor
-// stands for the built-in default, ISO 8859-1.
-struct XlateEnd {
+// What a text is encoded in: a loaded character set, or UTF-16 in host byte order. A null
+// descriptor says that none is known: plain bytes, which translate as ISO 8859-1.
+struct Encoding {
   const CsCharDesc* charset;
   bool utf16;
 };
@@ -25,7 +25,7 @@ struct Translated {
 // CS_CVT_BADXLATE at malformed text, what stands before it translated; CS_CVT_NOXLATE when no route
 // leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of memory.
 // A set's table is loaded under the context's mutex when it is first needed.
-Translated translate(CS_CONTEXT* context, XlateEnd from, XlateEnd to, std::span<const CS_BYTE> text,
-                     std::span<CS_BYTE> room);
+Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to,
+                     std::span<const CS_BYTE> text, std::span<CS_BYTE> room);
 
 }  // namespace comnlib

@@ -8,9 +8,9 @@
 #include <pthread.h>
 #include <sched.h>
 
-#include "comnlib/memory.h"
 #include "comnlib/thread.h"
 #include "diag/diag.h"
+#include "runtime/hostmemory.h"
 
 using namespace comnlib;
 
@@ -21,11 +21,6 @@ COMN_MUTEX* coroutine_lock = nullptr;
 
 constexpr CS_RETCODE result_of(int posix_status) {
   return posix_status == 0 ? CS_SUCCEED : CS_FAIL;
-}
-
-template <class Object>
-Object* allocate() {
-  return static_cast<Object*>(comn_malloc(sizeof(Object)));
 }
 
 // A thread that asks whether it is the owner may do so without the lock: nobody else can make the
@@ -126,7 +121,7 @@ bool init_guard(Object& object) {
 template <class Object>
 CS_RETCODE create_guarded(Object** out, Object initial) {
   *out = nullptr;
-  auto* object = allocate<Object>();
+  auto* object = make_record<Object>();
   if (object == nullptr) return CS_FAIL;
   *object = initial;
   if (!init_guard(*object)) {
@@ -209,7 +204,7 @@ const CS_THREAD* comn_thread_table() {
 CS_RETCODE comn_create_mutex(COMN_MUTEX** mutex) {
   check_pointer(mutex);
   *mutex = nullptr;
-  auto* made = allocate<COMN_MUTEX>();
+  auto* made = make_record<COMN_MUTEX>();
   if (made == nullptr) return trace(CS_FAIL);
   if (pthread_mutex_init(&made->mutex, nullptr) != 0) {
     comn_free(made);
@@ -300,7 +295,7 @@ CS_RETCODE comn_waitfor_event(COMN_EVENT* event, CS_INT timeout) {
 CS_RETCODE comn_create_cond(COMN_COND** cond) {
   check_pointer(cond);
   *cond = nullptr;
-  auto* made = allocate<COMN_COND>();
+  auto* made = make_record<COMN_COND>();
   if (made == nullptr) return trace(CS_FAIL);
   if (pthread_cond_init(made, nullptr) != 0) {
     comn_free(made);
@@ -385,7 +380,7 @@ CS_RETCODE comn_create_thread(COMN_THREAD** handle, COMN_START_FUNC start_routin
                               CS_VOID* argument) {
   require(handle != nullptr && start_routine != nullptr);
   *handle = nullptr;
-  auto* holder = allocate<COMN_THREAD>();
+  auto* holder = make_record<COMN_THREAD>();
   if (holder == nullptr) return trace(CS_FAIL);
   const CS_RETCODE result = comn_create_thread_no_alloc(holder, start_routine, argument);
   *handle = holder;

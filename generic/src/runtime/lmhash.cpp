@@ -80,23 +80,27 @@ CS_UINT ask(LM_HASH_FUNC hash, const Key& key, CS_INT table_size) {
   return static_cast<CS_UINT>(place);
 }
 
+// The record of a table with the table itself, zeroed; null when memory is out.
+template <class Info>
+Info* build_info(const LM_HANDLE& handle) {
+  auto* info = build_record<Info>();
+  if (info == nullptr) return nullptr;
+  info->table_size = handle.hdlprop->max_tablesize;
+  info->table = allocate_table<std::remove_pointer_t<decltype(info->table)>>(info->table_size);
+  info->home_addr_hfunc = lm__api_key_to_hash;
+  if (info->table != nullptr) return info;
+  drop_record(info);
+  return nullptr;
+}
+
 // Chained hash table. New elements stand at the head of their chain.
 struct CHash {
   using Info = CHashInfo;
   using Node = DLinkNode;
 
   static CS_RETCODE build(LM_HANDLE& handle) {
-    const CS_INT size = handle.hdlprop->max_tablesize;
-    require(size >= 1);
-    auto* info = build_record<CHashInfo>();
+    auto* info = build_info<CHashInfo>(handle);
     if (info == nullptr) return CS_MEM_ERROR;
-    info->table = allocate_table<DLinkNode*>(size);
-    if (info->table == nullptr) {
-      drop_record(info);
-      return CS_MEM_ERROR;
-    }
-    info->table_size = size;
-    info->home_addr_hfunc = lm__api_key_to_hash;
     info->state = LM_STATE_READY;
     handle.list_state = info;
     return CS_SUCCEED;
@@ -115,13 +119,8 @@ struct CHash {
 
   static void drop(LM_HANDLE& handle) {
     auto& info = info_of<CHashInfo>(handle);
-    for (CS_INT chain = 0; chain < info.table_size; ++chain) {
-      for (DLinkNode* node = info.table[chain]; node != nullptr;) {
-        DLinkNode* next = node->next;
-        give_back_node(handle, node);
-        node = next;
-      }
-    }
+    for (CS_INT chain = 0; chain < info.table_size; ++chain)
+      give_back_chain(handle, info.table[chain]);
     comn_free(info.table);
     drop_record(&info);
   }
@@ -176,18 +175,9 @@ struct DHash {
   using Node = LHashNode;
 
   static CS_RETCODE build(LM_HANDLE& handle) {
-    const CS_INT size = handle.hdlprop->max_tablesize;
-    require(size >= 1);
-    auto* info = build_record<DHashInfo>();
+    auto* info = build_info<DHashInfo>(handle);
     if (info == nullptr) return CS_MEM_ERROR;
-    info->table = allocate_table<LHashNode>(size);
-    if (info->table == nullptr) {
-      drop_record(info);
-      return CS_MEM_ERROR;
-    }
-    for (CS_INT slot = 0; slot < size; ++slot) info->table[slot].state = LM_STATE_READY;
-    info->table_size = size;
-    info->home_addr_hfunc = lm__api_key_to_hash;
+    for (CS_INT slot = 0; slot < info->table_size; ++slot) info->table[slot].state = LM_STATE_READY;
     info->incr_hfunc = lm__api_key_to_hash2;
     info->state = LM_STATE_READY;
     handle.list_state = info;

@@ -1,4 +1,5 @@
 // Making a list: the handle, its properties and what its kind keeps.
+#include "runtime/hostmemory.h"
 #include "runtime/lmutils.h"
 
 using namespace comnlib;
@@ -9,7 +10,7 @@ constexpr CS_INT kRefusedType = 17;
 
 void discard(LM_HANDLE* handle) {
   if (LmHdlProp* properties = handle->hdlprop) {
-    comn_free(properties->handle_name);
+    release(properties->handle_name);
     drop_record(properties);
   }
   drop_record(handle);

@@ -17,11 +17,7 @@ CS_RETCODE build_chain(LM_HANDLE& handle) {
 
 void drop_chain(LM_HANDLE& handle) {
   auto& info = info_of<DLinkInfo>(handle);
-  for (DLinkNode* node = info.head; node != nullptr;) {
-    DLinkNode* next = node->next;
-    give_back_node(handle, node);
-    node = next;
-  }
+  give_back_chain(handle, info.head);
   drop_record(&info);
 }
 
@@ -119,29 +115,21 @@ CS_RETCODE op_insert_after(LM_HANDLE& handle, const Request& request) {
   return insert_in_front(handle, next, request.key, request.data_inout);
 }
 
-constexpr KindOps kDLinkOps = {
-    build_chain,
-    drop_chain,
-    nullptr,
-    {op_insert<AtTail>, op_delete<AtTail>, op_find<AtTail>, op_replace<AtTail>, op_first, op_last,
-     op_none, op_next, op_previous, op_print<AtTail>, op_print_all<AtTail>, op_print_data<AtTail>,
-     op_insert_before, op_insert_after}};
+// Null: the kind has no inserts at the cursor.
+template <class Kind>
+constexpr KindOps chain_ops(Operation remove, Operation insert_before, Operation insert_after) {
+  return {build_chain,
+          drop_chain,
+          nullptr,
+          {op_insert<Kind>, remove, op_find<Kind>, op_replace<Kind>, op_first, op_last, op_none,
+           op_next, op_previous, op_print<Kind>, op_print_all<Kind>, op_print_data<Kind>,
+           insert_before, insert_after}};
+}
 
-constexpr KindOps kQueueOps = {
-    build_chain,
-    drop_chain,
-    nullptr,
-    {op_insert<AtTail>, op_remove_head, op_find<AtTail>, op_replace<AtTail>, op_first, op_last,
-     op_none, op_next, op_previous, op_print<AtTail>, op_print_all<AtTail>, op_print_data<AtTail>,
-     nullptr, nullptr}};
-
-constexpr KindOps kStackOps = {
-    build_chain,
-    drop_chain,
-    nullptr,
-    {op_insert<AtHead>, op_remove_head, op_find<AtHead>, op_replace<AtHead>, op_first, op_last,
-     op_none, op_next, op_previous, op_print<AtHead>, op_print_all<AtHead>, op_print_data<AtHead>,
-     nullptr, nullptr}};
+constexpr KindOps kDLinkOps =
+    chain_ops<AtTail>(op_delete<AtTail>, op_insert_before, op_insert_after);
+constexpr KindOps kQueueOps = chain_ops<AtTail>(op_remove_head, nullptr, nullptr);
+constexpr KindOps kStackOps = chain_ops<AtHead>(op_remove_head, nullptr, nullptr);
 
 }  // namespace
 

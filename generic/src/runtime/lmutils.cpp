@@ -56,6 +56,13 @@ void give_back_node(LM_HANDLE& handle, DLinkNode* node) {
   }
 }
 
+void give_back_chain(LM_HANDLE& handle, DLinkNode* head) {
+  for (DLinkNode *node = head, *next = nullptr; node != nullptr; node = next) {
+    next = node->next;
+    give_back_node(handle, node);
+  }
+}
+
 CS_RETCODE fill_pool(LM_HANDLE& handle) {
   const CS_INT size = handle.hdlprop->max_poolsize;
   require(size >= 1);

@@ -79,6 +79,7 @@ bool copy_name(const CS_CHAR* name, CS_INT namelen, CS_CHAR*& copy, CS_INT& leng
 // room and dropped otherwise.
 DLinkNode* take_node(LM_HANDLE& handle);
 void give_back_node(LM_HANDLE& handle, DLinkNode* node);
+void give_back_chain(LM_HANDLE& handle, DLinkNode* head);
 CS_RETCODE fill_pool(LM_HANDLE& handle);
 void trim_pool(LM_HANDLE& handle, CS_INT limit);
 

@@ -1,8 +1,10 @@
-// Hexadecimal text of binary data: two digits a byte, upper-case letters.
+// Hexadecimal text of binary data: two digits a byte, written with upper-case letters.
 #pragma once
 
 #include <array>
 #include <optional>
+#include <span>
+#include <string_view>
 
 #include "comnlib/types.h"
 
@@ -25,6 +27,19 @@ constexpr std::optional<CS_BYTE> hex_value(int digit) {
   if (digit >= 'A' && digit <= 'F') return static_cast<CS_BYTE>(digit - 'A' + 10);
   if (digit >= 'a' && digit <= 'f') return static_cast<CS_BYTE>(digit - 'a' + 10);
   return std::nullopt;
+}
+
+// Reads the bytes that a text stands for; false unless it is exactly their digits.
+constexpr bool decode_hex(std::string_view digits, std::span<CS_BYTE> bytes) {
+  if (digits.size() != 2 * bytes.size()) return false;
+  for (CS_BYTE& byte : bytes) {
+    const auto high = hex_value(digits[0]);
+    const auto low = hex_value(digits[1]);
+    if (!high || !low) return false;
+    byte = static_cast<CS_BYTE>(*high << 4 | *low);
+    digits.remove_prefix(2);
+  }
+  return true;
 }
 
 }  // namespace comnlib

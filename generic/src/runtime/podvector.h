@@ -1,14 +1,15 @@
-// A growing array of plain records from the host's allocator: what the readers collect in.
+// A growing array of plain records in the host's memory: what the readers of files collect in.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <span>
 #include <string_view>
 #include <type_traits>
 
-#include "comnlib/memory.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib {
 
@@ -20,26 +21,32 @@ struct PodVector {
   std::size_t count;
   std::size_t capacity;
 
-  // Makes room for `more` items; false when memory is out.
-  bool reserve(std::size_t more) {
-    if (more <= capacity - count) return true;
-    const std::size_t wanted = std::max(count + more, capacity * 2);
-    auto* moved = static_cast<T*>(comn_realloc(items, wanted * sizeof(T)));
-    if (moved == nullptr) return false;
-    items = moved;
-    capacity = wanted;
-    return true;
-  }
+  // Makes room for `more` items; false, with all as it was, when memory is out.
+  bool reserve(std::size_t more) { return more <= capacity - count || grow(more); }
   bool push(const T& item) {
     if (!reserve(1)) return false;
     items[count++] = item;
     return true;
   }
   void clear() {
-    comn_free(items);
+    release(items);
     *this = {};
   }
   std::span<const T> view() const { return {items, count}; }
+
+ private:
+  [[gnu::noinline]] bool grow(std::size_t more) {
+    constexpr std::size_t kFirst = std::max<std::size_t>(256 / sizeof(T), 1);
+    constexpr std::size_t kMost = PTRDIFF_MAX / sizeof(T);
+    if (more > kMost - count) return false;
+    const std::size_t wanted = std::max({count + more, std::min(2 * capacity, kMost), kFirst});
+    const std::size_t size = wanted * sizeof(T);
+    void* moved = items == nullptr ? comn_malloc(size) : comn_realloc(items, size);
+    if (moved == nullptr) return false;
+    items = static_cast<T*>(moved);
+    capacity = wanted;
+    return true;
+  }
 };
 
 // Texts one behind the other, each with its NUL, named by where they begin.

@@ -1,0 +1,23 @@
+// Records in the host's memory.
+#pragma once
+
+#include <new>
+
+#include "comnlib/memory.h"
+
+namespace comnlib {
+
+// A record as its initializers make it; null when memory is out.
+template <class Record>
+Record* make_record() {
+  void* block = comn_malloc(sizeof(Record));
+  return block == nullptr ? nullptr : new (block) Record{};
+}
+
+// Gives a block back, if there is one: hosts bring allocators of their own, and what those make of
+// a null block is not known.
+inline void release(const void* block) {
+  if (block != nullptr) comn_free(const_cast<void*>(block));
+}
+
+}  // namespace comnlib
