@@ -1,11 +1,14 @@
-# Installation: libraries, headers, the CMake package and the pkg-config file, all named comnlib.
+# Installation: libraries, headers, the localization home, the CMake package and the pkg-config file,
+# all named comnlib. Everything finds the rest from its own place, so that an installed tree may be
+# moved; only a folder that was given as an absolute path stays where it is.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS comnlib comnlib_static EXPORT comnlibTargets)
 install(DIRECTORY generic/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
         PATTERN "*.h")
 install(FILES companion/intl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
-install(DIRECTORY home DESTINATION ${CMAKE_INSTALL_DATADIR}/comnlib)
+set(home_dir ${CMAKE_INSTALL_DATADIR}/comnlib/home)
+install(DIRECTORY home/ DESTINATION ${home_dir})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/comnlib)
 install(
@@ -14,15 +17,22 @@ install(
   DESTINATION ${package_dir})
 configure_package_config_file(
   ${CMAKE_CURRENT_LIST_DIR}/comnlibConfig.cmake.in ${PROJECT_BINARY_DIR}/comnlibConfig.cmake
-  INSTALL_DESTINATION ${package_dir})
+  INSTALL_DESTINATION ${package_dir}
+  PATH_VARS home_dir)
 # The pointer size that CMake knows is that of the compiler without -m32, here as in many hosts.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES ${PROJECT_BINARY_DIR}/comnlibConfig.cmake
               ${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake DESTINATION ${package_dir})
 
-# Relative to the file's own place, so that an installed tree may be moved.
-file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
+set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "^(.*)/$" "\${pcfiledir}/\\1" pc_prefix "${pc_prefix}")
+endif()
+# cmake_path leaves an absolute folder as it is.
+foreach(dir IN ITEMS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR home_dir)
+  cmake_path(APPEND pc_${dir} "\${prefix}" "${${dir}}")
+endforeach()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/comnlib.pc.in ${PROJECT_BINARY_DIR}/comnlib.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/comnlib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

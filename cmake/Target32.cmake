@@ -2,6 +2,11 @@
 add_compile_options(-m32 -msse2 -mfpmath=sse)
 add_link_options(-m32)
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+# CMake knows the compiler as it is without -m32; folders of libraries go by these two.
+set(CMAKE_SIZEOF_VOID_P 4)
+if(CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+endif()
 # Places in diagnostics name files from the source tree's root, wherever it was built.
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 

@@ -13,13 +13,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestHome = 512;  // bytes; leaves the library room for the names below it
-constexpr const char* kSharedHome = "share/comnlib/home";
 
 // Where the installed program finds its home, or the one of the source tree that it was built from.
 std::string shipped_home() {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  const fs::path installed = program.parent_path().parent_path() / kSharedHome;
+  const fs::path installed = (program.parent_path() / ROWCOPY_INSTALLED_HOME).lexically_normal();
   return fs::exists(installed, error) ? installed.string() : ROWCOPY_SOURCE_HOME;
 }
 

@@ -1,18 +1,29 @@
 #!/usr/bin/env bash
-# A C11 host builds against the installed pkg-config file, shared and static, and runs.
-#   pkg_config_test.sh PKG_CONFIG LIB_DIR SCRATCH_DIR CC FLAG...
+# A C11 host and a C++20 host build against the installed pkg-config file, shared and static, and run.
+#   pkg_config_test.sh PKG_CONFIG LIB_DIR SCRATCH_DIR CC CXX FLAG...
 set -euo pipefail
-pkg_config=$1 lib_dir=$2 scratch=$3
-compile=("${@:4}" -std=c11 -Wall -Wextra -Wpedantic -Werror)
-source=$(dirname "$0")/host/host.c
+pkg_config=$1 lib_dir=$2 scratch=$3 cc=$4 cxx=$5
+flags=("${@:6}" -Wall -Wextra -Wpedantic -Werror)
+source=$(dirname "$0")/host
 export PKG_CONFIG_PATH=$lib_dir/pkgconfig
 
 read -ra cflags < <("$pkg_config" --cflags comnlib)
 read -ra shared < <("$pkg_config" --libs comnlib)
 read -ra static < <("$pkg_config" --libs --static comnlib)
-"${compile[@]}" "${cflags[@]}" "$source" -o "$scratch/pc_shared" "${shared[@]}"
-LD_LIBRARY_PATH=$lib_dir "$scratch/pc_shared"
+home=$("$pkg_config" --variable=homedir comnlib)
 
-# The archive beside the shared object has to be asked for by its name.
-"${compile[@]}" "${cflags[@]}" "$source" -o "$scratch/pc_static" "${static[@]/#-lcomnlib/-l:libcomnlib.a}"
-"$scratch/pc_static"
+host() {
+  "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_shared" "${shared[@]}"
+  LD_LIBRARY_PATH=$lib_dir "$scratch/pc_shared" "$home"
+  # Versions in what a host calls let its loader refuse an older library of the same soname.
+  nm -D --with-symbol-versions "$scratch/pc_shared" | awk '
+    $1 == "U" && $2 ~ /^com/ { ++calls }
+    $1 == "U" && $2 ~ /^com/ && $2 !~ /@COMNLIB_1/ { ++faults; print "without a version: " $2 }
+    END { exit calls == 0 || faults > 0 }'
+
+  # The archive beside the shared object has to be asked for by its name.
+  "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_static" "${static[@]/#-lcomnlib/-l:libcomnlib.a}"
+  "$scratch/pc_static" "$home"
+}
+host "$cc" -std=c11 "$source/host.c"
+host "$cxx" -std=c++20 "$source/host.cpp"
