@@ -211,14 +211,17 @@ TEST(Semaphore, CountsAndWaits) {
 
 TEST(Threads, EndAndAreJoined) {
   Thread([] { comn_exit_thread(); });
+  Thread([] {
+    int state = PTHREAD_CANCEL_ENABLE;
+    comn_set_cancelstate();
+    comn_yield();
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+    EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state) << "restored";
+  });
   std::atomic<bool> started = false;
   {
     const Thread yielding([&] {
-      int state = PTHREAD_CANCEL_ENABLE;
       comn_set_cancelstate();
-      comn_yield();
-      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
-      EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state) << "restored";
       started = true;
       for (;;) comn_yield();  // acts on a cancellation although that is disabled
     });
