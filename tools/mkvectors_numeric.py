@@ -312,7 +312,10 @@ def kernel():
     # corrected by adding the divisor back; of many limbs; and of so many that the room is not enough.
     hard = [(0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
             (0x80000000_FFFFFFFE_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
-            (0x80000000_00000000_00000003, 0x20000000_00000000_00000001)]
+            (0x80000000_00000000_00000003, 0x20000000_00000000_00000001),
+            (0x80000000_FFFFFFFE_00000000_00000000 << 64, 0x80000000_FFFFFFFF_FFFFFFFF),
+            (0x80000000_00000000_FFFFFFFF_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
+            (0x80000000_00000000_FFFFFFFF_00000000, 0x80000000_FFFFFFFF)]
     for n, m in [(33, 17), (33, 9), (66, 33), (66, 34), (65, 2), (67, 2), (64, 2), (64, 8)] * 3:
         hard.append((rng.choice([rng.randrange(room(n)), room(n) - 1]), rng.randrange(1, room(m))))
     for dividend, divisor in hard:

@@ -292,6 +292,9 @@ TEST(MoneyText, FlagsAndRoom) {
   } rows[] = {
       {"two decimals by default", 12345678951, 1, 32, "1,234,567.90"},
       {"no comma in front", 1234567, 1, 7, "123.46"},
+      {"a hundred", 1000000, 1, 7, "100.00"},
+      {"one comma", 12345678, 1, 9, "1,234.57"},
+      {"one comma, one short", 12345678, 1, 8, nullptr},
       {"nor behind the sign", -1234567, 1, 8, "-123.46"},
       {"kept sign", -49, 2 << 8, 6, "-0.00"},
       {"grouping asks for exactly 1", 12345678, 3, 32, "1234.57"},
