@@ -313,9 +313,11 @@ def kernel():
     hard = [(0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
             (0x80000000_FFFFFFFE_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
             (0x80000000_00000000_00000003, 0x20000000_00000000_00000001),
-            (0x80000000_FFFFFFFE_00000000_00000000 << 64, 0x80000000_FFFFFFFF_FFFFFFFF),
-            (0x80000000_00000000_FFFFFFFF_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
-            (0x80000000_00000000_FFFFFFFF_00000000, 0x80000000_FFFFFFFF)]
+            (0x3C9CF12C_80000000_00000000_FFFFFFFE_FFFFFFFE_80000000,
+             0x80000000_00000000_7FFFFFFF_00000001),  # added back in the second place
+            (0xFFFFFFFE_00000000_80000000_80000000_00000000_80000000_FFFFFFFE,
+             0xFFFFFFFE_00000000_FFFFFFFE_FFFFFFFF),  # ... and in the fourth
+            (0x80000000_00000000_00000000_FFFFFFFE, 0x80000000_80000000_FFFFFFFE)]  # both at once
     for n, m in [(33, 17), (33, 9), (66, 33), (66, 34), (65, 2), (67, 2), (64, 2), (64, 8)] * 3:
         hard.append((rng.choice([rng.randrange(room(n)), room(n) - 1]), rng.randrange(1, room(m))))
     for dividend, divisor in hard:
@@ -485,8 +487,9 @@ def doubles():
 
 
 def to_doubles():
-    for _ in range(80):
-        n = operand()
+    # At the border of what a double holds exactly, magnitude and power of ten.
+    edges = [(20, 0, 2**64), (21, 1, 2**64 + 5), (17, 0, 2**53 + 1), (77, 22, 123), (77, 23, 123)]
+    for n in [operand() for _ in range(80)] + [Numeric(*edge) for edge in edges]:
         # Division of integers rounds once, to the nearest double.
         value = n.magnitude / 10**n.scale
         yield [n, struct.pack(">d", -value if n.negative else value).hex()]

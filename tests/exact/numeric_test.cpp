@@ -256,6 +256,8 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
        "assertion failed"},
       {"record of no bytes", [&] { com__exctnume_needsbyte(&empty_record); }, "assertion failed"},
       {"add null", [&] { comn_numadd(nullptr, &value, &result); }, "Invalid pointer"},
+      {"subtract null", [&] { comn_numsub(&value, &value, nullptr); }, "Invalid pointer"},
+      {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }, "Invalid pointer"},
       {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }, "Invalid pointer"},
       {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }, "Invalid pointer"},
       {"compare null", [&] { comn_numcmp(&value, nullptr); }, "Invalid pointer"},
