@@ -60,6 +60,11 @@ def operands(rng, name, limits, count):
     return sorted(pairs)
 
 
+# Wide divisions whose estimated digit is too large, by one and by two.
+CORRECTED = [(8716914761532992418, 634566597789), (-8696966597387106895, 1267494613873),
+             (4415675843282165906, -385414479208607)]
+
+
 def literal(value):
     return "INT64_MIN" if value == WIDE[0] else f"{value}LL"
 
@@ -115,7 +120,7 @@ def main():
     for size, limits, count in (("8", WIDE, 90), ("4", SMALL, 40)):
         for name in OPERATIONS:
             rows = operands(rng, name, limits, count if name in ("mul", "div") else count // 2)
-            for a, b in rows:
+            for a, b in rows + (CORRECTED if name + size == "div8" else []):
                 status, result = expected(name, a, b, limits)
                 values = ", ".join(literal(value) for value in (a, b))
                 lines.append(f"ARITHMETIC({name}{size}, {values}, {status}, {literal(result)})")

@@ -47,6 +47,7 @@ class Numeric(Value):
 
 
 ZERO = Value(False, 0)
+EMPTY = Numeric(77, 0, 0)
 
 
 def scaled(magnitude, change):
@@ -311,7 +312,12 @@ def kernel():
     # corrected by adding the divisor back; of many limbs; and of so many that the room is not enough.
     hard = [(0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
             (0x80000000_FFFFFFFE_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
-            (0x80000000_00000000_00000003, 0x20000000_00000000_00000001)]
+            (0x80000000_00000000_00000003, 0x20000000_00000000_00000001),
+            (0x3C9CF12C_80000000_00000000_FFFFFFFE_FFFFFFFE_80000000,
+             0x80000000_00000000_7FFFFFFF_00000001),  # added back in the second place
+            (0xFFFFFFFE_00000000_80000000_80000000_00000000_80000000_FFFFFFFE,
+             0xFFFFFFFE_00000000_FFFFFFFE_FFFFFFFF),  # ... and in the fourth
+            (0x80000000_00000000_00000000_FFFFFFFE, 0x80000000_80000000_FFFFFFFE)]  # both at once
     for n, m in [(33, 17), (33, 9), (66, 33), (66, 34), (65, 2), (67, 2), (64, 2), (64, 8)] * 3:
         hard.append((rng.choice([rng.randrange(room(n)), room(n) - 1]), rng.randrange(1, room(m))))
     for dividend, divisor in hard:
@@ -323,6 +329,14 @@ def kernel():
         yield row("intdiv", (n, Numeric(77, 0, dividend)), (m, Numeric(77, 0, divisor)),
                   (n, Numeric(77, 0, 0)), "", int(over), None if over else dividend // divisor,
                   "" if over else dividend % divisor)
+    # A quotient, a remainder or a change of scale that there is no room for.
+    wide, one = (66, Numeric(77, 0, 256**65 - 1)), (2, Numeric(77, 0, 1))
+    yield row("intdiv", wide, one, (3, EMPTY), "", OVERFLOW, None)
+    yield row("div", wide, one, (133, EMPTY), "", OVERFLOW, 0)
+    yield row("div", (2, Numeric(1, 0, 1)), (2, Numeric(1, 40, 1)), (33, Numeric(77, 38, 0)), "",
+              OVERFLOW, 0)
+    yield row("div", (2, Numeric(1, 39, 1)), (2, Numeric(1, 0, 1)), (33, Numeric(77, 117, 0)), "",
+              OVERFLOW, 0)
     small = [(2, Numeric(5, 1, 7, sign)) for sign in (False, True)]  # 0.7 and -0.7
     for n, a in small + [record() for _ in range(38)]:
         size, t = target(n)
@@ -351,6 +365,56 @@ def kernel():
             over = quotient >= room(size)
             yield row("ceilingfloor", (n, a), None, (size, t), ceiling, int(over),
                       None if over else Value(a.negative and quotient, quotient))
+    yield from small_operations(row)
+
+
+def small_operations(row):
+    """What works in place, questions and copies; then divisions that give a remainder."""
+    for size, magnitude in [(4, 0x01FFFF), (4, 0xFFFFFF), (4, 0x000105), (2, 0), (2, 255), (3, 99),
+                            (3, 255), (33, room(33) - 1), (33, 10**77 - 1), (133, room(133) - 1)]:
+        a = Numeric(77, 3, magnitude, magnitude % 2)
+        held = lambda value: Value(a.negative, value % room(size))
+        in_place = lambda function, argument, status, value, rest="": row(
+            function, None, None, (size, a), argument, int(status), held(value), rest)
+        question = lambda function, argument, answer, of=a: row(
+            function, (size, of), None, (2, EMPTY), argument, int(answer), None)
+        yield in_place("needsbyte", "", magnitude == room(size) - 1, magnitude)
+        yield in_place("inc", "", magnitude + 1 >= room(size), magnitude + 1)
+        yield in_place("mulby10_add", 7, magnitude * 10 + 7 >= room(size), magnitude * 10 + 7)
+        needed = 1 + max(1, (magnitude // 10).bit_length() + 7 >> 3)
+        yield in_place("divby10", "", magnitude % 10, magnitude // 10, min(size, needed))
+        for change in (1, -2):
+            status, value = scaled(magnitude, change)
+            over = value >= room(size)
+            yield in_place("scale_in_place", change, OVERFLOW if over else status,
+                           magnitude if over else value)
+        for byte in (0, 99, 255):
+            yield question("intcmp", byte, magnitude == byte)
+        for precision in (2, 77):
+            of = Numeric(precision, 3, magnitude)
+            yield question("checkprecision", "", magnitude >= 10**precision, of)
+        for to in (2, 3, 40):
+            over = magnitude >= room(to)
+            yield row("copy", (size, a), None, (to, EMPTY), "", int(over),
+                      None if over else held(magnitude))
+    numbers = [(3, Numeric(4, scale, value)) for scale in (0, 1) for value in (-70, 70, 700)]
+    for a in numbers + [(2, Numeric(1, 0, 0, True)), (4, Numeric(5, 2, 0))]:
+        for b in numbers:
+            for flags in range(4):
+                yield row("cmp", a, b, (2, EMPTY), flags, flagged(a[1], b[1], flags), None)
+    for a, b in [(-175, 3), (175, -3), (-175, -5), (2, 30), (-2, 30), (170, 1)]:
+        # Tenths by integers; the remainder is in tenths.
+        quotient, rest = divmod(abs(a), abs(b) * 10)
+        yield row("divrem", (3, Numeric(3, 1, a)), (2, Numeric(2, 0, b)), (3, Numeric(5, 0, 0)), "",
+                  OK, Value(quotient and (a < 0) != (b < 0), quotient), Value(rest and a < 0, rest))
+
+
+def flagged(a, b, flags):
+    """The comparison with signs (1), scales (2), both or neither considered."""
+    signed = [n if flags & 1 else Numeric(n.precision, n.scale, n.magnitude) for n in (a, b)]
+    aligned = [Numeric(n.precision, n.scale if flags & 2 else 0, n.magnitude, n.negative)
+               for n in signed]
+    return compare(*aligned)
 
 
 # --- conversions
@@ -423,8 +487,9 @@ def doubles():
 
 
 def to_doubles():
-    for _ in range(80):
-        n = operand()
+    # At the border of what a double holds exactly, magnitude and power of ten.
+    edges = [(20, 0, 2**64), (21, 1, 2**64 + 5), (17, 0, 2**53 + 1), (77, 22, 123), (77, 23, 123)]
+    for n in [operand() for _ in range(80)] + [Numeric(*edge) for edge in edges]:
         # Division of integers rounds once, to the nearest double.
         value = n.magnitude / 10**n.scale
         yield [n, struct.pack(">d", -value if n.negative else value).hex()]

@@ -3,13 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <random>
 #include <set>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,34 +51,28 @@ struct Fixture {
   }
 };
 
-// The hash as its rule is told: a machine fed byte by byte, in 64 bits, cut at the end of each
-// step.
+// The hash as its rule is told.
 std::uint32_t reference_number(const Text& key) {
-  std::uint64_t sum = 0, pending = 0;
-  const auto cut = [](std::uint64_t v) { return v & 0xffffffffULL; };
+  std::uint32_t sum = 0, pending = 0;
   std::size_t at = 0;
   const auto word = [&] {
-    std::uint64_t w = 0;
-    for (int i = 0; i < 4; ++i, ++at) {
-      const std::int64_t byte = at < key.size() ? static_cast<signed char>(key[at]) : 0x5a;
-      w = cut(w * 256) | cut(static_cast<std::uint64_t>(byte));
-    }
+    std::uint32_t w = 0;
+    for (const std::size_t end = at + 4; at != end; ++at)
+      w = w << 8 | static_cast<std::uint32_t>(at < key.size() ? std::int8_t(key[at]) : 0x5a);
     return w;
   };
   while (key.size() - at >= 4) {
-    const std::uint64_t w = word();
+    const std::uint32_t w = word();
     if (pending == 0) {
       pending = w;
-      continue;
+    } else {
+      sum = w + (sum != 0 ? sum * 37 + pending : pending) * 37;
+      pending = 0;
     }
-    if (sum != 0) pending = cut(sum * 37 + pending);
-    sum = cut(w + pending * 37);
-    pending = 0;
   }
-  if (at == key.size()) return static_cast<std::uint32_t>(pending ? cut(pending + sum * 37) : sum);
-  std::uint64_t x = sum;
-  if (pending != 0) x = sum != 0 ? cut(sum * 37 + pending) : pending;
-  return static_cast<std::uint32_t>(cut(word() + x * 37));
+  if (at == key.size()) return pending != 0 ? pending + sum * 37 : sum;
+  const std::uint32_t x = pending == 0 ? sum : sum != 0 ? sum * 37 + pending : pending;
+  return word() + x * 37;
 }
 
 TEST(ListHash, FollowsTheRuleForAllBytes) {
@@ -282,43 +272,29 @@ TEST_P(EachKind, BehavesAsItsModel) {
   }
 }
 
-// Fills, rebuilds and drops a list. On a failure everything that was in it is still there.
-TEST_P(EachKind, SurvivesEveryAllocationFailure) {
-  const std::size_t before = host_alloc::live_blocks();
-  const std::vector<Text> keys = {"a", "b", "c", "d"};
-  host_alloc::sweep([&](auto failed) {
-    const auto judge = [&failed](CS_RETCODE code) {
-      EXPECT_EQ(failed() && code != CS_SUCCEED ? CS_MEM_ERROR : CS_SUCCEED, code);
-      return code == CS_SUCCEED;
-    };
-    LM_CONTEXT* context = nullptr;
-    LM_HANDLE* list = nullptr;
-    if (!judge(lm_initlm(LM_MIN_VERSION, "sweep", CS_NULLTERM, &context))) return;
-    const CS_INT pool = 2;
-    lm_property(context, CS_SET, LM_CTX_MAX_POOLSIZE, const_cast<CS_INT*>(&pool), 4, nullptr);
-    if (judge(lm_list_alloc(context, GetParam(), "list", CS_NULLTERM, &list))) {
-      for (const Text& key : keys) judge(op(list, LM_OP_INSERT, key, list));
-      const CS_INT load = list->hdlprop->handle_load;
-      if (GetParam() == LM_CHASH || GetParam() == LM_DHASH) {
-        op(list, LM_OP_FIND, keys[0]);
-        const void* table = list->list_state;
-        const void* cursor = list->cur_ptr;
-        if (judge(set_size(list, 20))) {
-          EXPECT_EQ(nullptr, list->cur_ptr);
-        } else {
-          EXPECT_EQ(table, list->list_state);
-          EXPECT_EQ(cursor, list->cur_ptr);
-          EXPECT_EQ(LM_DEFAULT_TABLESIZE, list->hdlprop->max_tablesize);
-        }
-      }
-      EXPECT_EQ(static_cast<std::size_t>(load), contents(list).size());
-    } else {
-      EXPECT_EQ(nullptr, context->first_handle);
-      EXPECT_EQ(0, context->cxtprop->context_load);
+// A table that cannot be rebuilt stays as it is, its cursor included.
+TEST(ListRebuild, LosesNothingWithoutMemory) {
+  for (const CS_INT type : {LM_CHASH, LM_DHASH}) {
+    Fixture fixture(type);
+    LM_HANDLE* list = fixture.list;
+    for (const char* key : {"a", "b", "c", "d"}) op(list, LM_OP_INSERT, key, list);
+    op(list, LM_OP_FIND, "a");
+    const void* const table = list->list_state;
+    const void* const cursor = list->cur_ptr;
+    for (std::size_t n = 1; n < 9; ++n) {
+      const host_alloc::Failing failing(n);
+      const CS_RETCODE result = set_size(list, 20);
+      ASSERT_EQ(failing.reached() ? CS_MEM_ERROR : CS_SUCCEED, result) << type;
+      EXPECT_EQ(4U, contents(list).size());
+      EXPECT_EQ(failing.reached() ? 7 : 20, list->hdlprop->max_tablesize);
+      EXPECT_EQ(failing.reached() ? cursor : nullptr, list->cur_ptr);
+      if (!failing.reached()) break;
+      EXPECT_EQ(table, list->list_state);
     }
-    lm_exit(context);
-    EXPECT_EQ(before, host_alloc::live_blocks());
-  });
+    EXPECT_EQ(20, list->hdlprop->max_tablesize);
+    EXPECT_TRUE(type == LM_CHASH || lm___dhash_rehash(list, 3) == CS_FAIL);
+    EXPECT_TRUE(type == LM_CHASH || lm___dhash_rehash(list, 4) == CS_SUCCEED);
+  }
 }
 
 TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
@@ -368,6 +344,28 @@ TEST(ListKeys, CompareFunctionAndElementsWithoutKey) {
   }
 }
 
+CS_INT last_slot(const CS_VOID*, CS_INT, CS_INT table_size) {
+  return table_size - 1;
+}
+
+// A host's own hash functions say where elements lie, the sum of both in an open table.
+TEST(ListHash, AsksTheFunctionsOfATable) {
+  int data = 0;
+  Fixture open(LM_DHASH);
+  auto* slots = static_cast<DHashInfo*>(open.list->list_state);
+  slots->home_addr_hfunc = slots->incr_hfunc = last_slot;
+  EXPECT_EQ(CS_SUCCEED, op(open.list, LM_OP_INSERT, "key", &data));
+  EXPECT_EQ(&data, slots->table[5].data);
+  EXPECT_EQ(CS_SUCCEED, op(open.list, LM_OP_FIND, "key"));
+  Fixture chained(LM_CHASH);
+  auto* chains = static_cast<CHashInfo*>(chained.list->list_state);
+  chains->home_addr_hfunc = last_slot;
+  EXPECT_EQ(CS_SUCCEED, op(chained.list, LM_OP_INSERT, "key", &data));
+  EXPECT_EQ(&data, chains->table[6]->data);
+  chains->home_addr_hfunc = [](const CS_VOID*, CS_INT, CS_INT size) { return size; };
+  EXPECT_DEATH(op(chained.list, LM_OP_INSERT, "key", &data), "assertion failed");
+}
+
 TEST(NodePool, IsFilledBoundedAndTrimmed) {
   Fixture fixture(LM_CHASH, 7, 3);
   LM_HANDLE* list = fixture.list;
@@ -382,6 +380,7 @@ TEST(NodePool, IsFilledBoundedAndTrimmed) {
   EXPECT_EQ(filled - 2, host_alloc::live_blocks());
 
   Fixture no_pool(LM_DHASH, 7, 3);
+  EXPECT_EQ(0, no_pool.list->hdlprop->max_poolsize);
   EXPECT_EQ(CS_SUCCEED, set_pool(no_pool.list, 5));
   EXPECT_EQ(0, no_pool.list->hdlprop->max_poolsize);
 }
@@ -396,17 +395,10 @@ CS_RETCODE print_one(CS_VOID* data) {
   return print_number(data), CS_FAIL;
 }
 
-template <class Action>
-Text printed(Action action) {
-  const auto path =
-      std::filesystem::temp_directory_path() / ("comnlib-list-" + std::to_string(getpid()));
-  comn_debug_setfile(nullptr, path.c_str(), 1);
+Text printed(auto action) {
+  testing::internal::CaptureStdout();
   action();
-  comn_debug_setfile(nullptr, nullptr, 0);
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  std::filesystem::remove(path);
-  return text.str();
+  return testing::internal::GetCapturedStdout();
 }
 
 TEST(ListPrint, HeadingsAndStops) {
@@ -419,6 +411,8 @@ TEST(ListPrint, HeadingsAndStops) {
     Fixture fixture(type, 3);
     LM_HANDLE* list = fixture.list;
     EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT));
+    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT_ALL));
+    EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_NONE));
     lm_list_prop(list, CS_SET, LM_PROP_PRINT_FUNC, number, 0, nullptr);
     EXPECT_EQ(type == LM_CHASH ? empty + empty + empty : empty,
               printed([&] { EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_PRINT_ALL)); }));
@@ -509,6 +503,10 @@ TEST(ListProperties, GetSetClear) {
   EXPECT_EQ(CS_SUCCEED, of_context(CS_GET, LM_CTX_CUR_HANDLENAME, name, 4, &length));
   EXPECT_EQ(0, length);
 
+  EXPECT_EQ(CS_SUCCEED, lm_list_alloc(fixture.context, LM_QUEUE, "", 0, &plain));
+  EXPECT_EQ(CS_SUCCEED, lm_list_drop(fixture.list)) << "not the newest one";
+  EXPECT_EQ(plain, fixture.context->first_handle);
+  EXPECT_EQ(CS_FAIL, lm_list_alloc(nullptr, LM_QUEUE, "x", 1, &plain));
   EXPECT_EQ(CS_FAIL, lm_list_alloc(fixture.context, 17, "x", 1, &plain));
   EXPECT_EQ(CS_FAIL, op(nullptr, LM_OP_NONE));
 }
@@ -516,38 +514,60 @@ TEST(ListProperties, GetSetClear) {
 TEST(ListDeathTest, Stops) {
   testing::GTEST_FLAG(death_test_style) = "fast";
   LM_CONTEXT* none = nullptr;
-  const char* const assertion = "assertion failed";
-  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none), assertion);
-  EXPECT_DEATH(lm__api_key_to_hash("x", 1, 0), assertion);
-  EXPECT_DEATH(lm___api_key_to_uint("x", -1), assertion);
-
+  LM_HANDLE* list = nullptr;
   Fixture table(LM_DHASH);
-  for (const CS_INT code : {19, 34, 24, 33})
-    EXPECT_DEATH(op(table.list, code, "x"), assertion) << code;
-  EXPECT_DEATH(op(table.list, LM_OP_INSERT), assertion);
-  EXPECT_DEATH(lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr), assertion);
-  EXPECT_DEATH(op(table.list, LM_OP_PRINT_DATA), "Invalid pointer");
-  EXPECT_DEATH(set_size(table.list, 0), assertion);
-  for (const CS_INT type : {12, 20})
-    EXPECT_DEATH(lm_list_alloc(table.context, type, "x", 1, &table.list), assertion) << type;
-  for (const CS_INT property : {0, 8})
-    EXPECT_DEATH(lm_property(table.context, CS_GET, property, &none, 4, nullptr), assertion);
-  for (const CS_INT property : {0, 4, 13})
-    EXPECT_DEATH(lm_list_prop(table.list, CS_GET, property, &none, 4, nullptr), assertion);
-  EXPECT_DEATH(lm_property(table.context, 36, 1, &none, 4, nullptr), assertion);
-
-  Fixture queue(LM_QUEUE);
-  EXPECT_DEATH(op(queue.list, LM_OP_INSERT_BEFORE), assertion);
-  EXPECT_DEATH(
-      {
-        queue.list->state = LM_STATE_DROPPED;
-        op(queue.list, LM_OP_NONE);
-      },
-      assertion);
-
-  // A table of one slot has no increment: the division by zero is its end.
   Fixture single(LM_DHASH, 1);
-  EXPECT_DEATH(op(single.list, LM_OP_INSERT, "x"), "");
+  Fixture queue(LM_QUEUE);
+  const auto property = [&](CS_INT action, CS_INT code) {
+    lm_property(table.context, action, code, &none, 4, nullptr);
+  };
+  const auto list_property = [&](CS_INT action, CS_INT code) {
+    lm_list_prop(table.list, action, code, &none, 4, nullptr);
+  };
+  const struct {
+    const char* what;
+    std::function<void()> misuse;
+    const char* text = "assertion failed";
+  } rows[] = {
+      {"old version", [&] { lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none); }},
+      {"context without name", [&] { lm_initlm(LM_MIN_VERSION, nullptr, 1, &none); }, "Invalid"},
+      {"name of -1", [&] { lm_initlm(LM_MIN_VERSION, "x", -1, &none); }},
+      {"hash into no slots", [] { lm__api_key_to_hash("x", 1, 0); }},
+      {"increment in no slots", [] { lm__api_key_to_hash2("x", 1, 0); }},
+      {"key of -1", [] { lm___api_key_to_uint("x", -1); }},
+      {"null key", [] { lm___api_key_to_uint(nullptr, 1); }, "Invalid pointer"},
+      {"op 19", [&] { op(table.list, 19, "x"); }},
+      {"op 34", [&] { op(table.list, 34, "x"); }},
+      {"first of a table", [&] { op(table.list, LM_OP_FIRST, "x"); }},
+      {"insert after in a table", [&] { op(table.list, LM_OP_INSERT_AFTER, "x"); }},
+      {"insert before in a queue", [&] { op(queue.list, LM_OP_INSERT_BEFORE); }},
+      {"insert without key", [&] { op(table.list, LM_OP_INSERT); }},
+      {"key size -2", [&] { lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr); }},
+      {"print without function", [&] { op(table.list, LM_OP_PRINT_DATA); }, "Invalid pointer"},
+      {"no slots", [&] { set_size(table.list, 0); }},
+      {"rehash a queue", [&] { lm___dhash_rehash(queue.list, 9); }},
+      {"type 12", [&] { lm_list_alloc(table.context, 12, "x", 1, &list); }},
+      {"type 15", [&] { lm_list_alloc(table.context, 15, "x", 1, &list); }},
+      {"type 20", [&] { lm_list_alloc(table.context, 20, "x", 1, &list); }},
+      {"get context 0", [&] { property(CS_GET, 0); }},
+      {"set context 0", [&] { property(CS_SET, 0); }},
+      {"get context 8", [&] { property(CS_GET, 8); }},
+      {"context action", [&] { property(36, 1); }},
+      {"get list 0", [&] { list_property(CS_GET, 0); }},
+      {"set list 4", [&] { list_property(CS_SET, 4); }},
+      {"get list 7", [&] { list_property(CS_GET, 7); }},
+      {"get list 13", [&] { list_property(CS_GET, 13); }},
+      {"list action", [&] { list_property(32, 1); }},
+      {"dropped list", [&] { queue.list->state = 12, op(queue.list, LM_OP_NONE); }},
+      {"drop a dropped list", [&] { queue.list->state = 12, lm_list_drop(queue.list); }},
+      {"dropped context", [&] { queue.context->state = 12, lm_exit(queue.context); }},
+      {"list in a dropped context",
+       [&] { queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list); }},
+      {"pool without its nodes", [&] { queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT); }},
+      // A table of one slot has no increment: the division by zero is its end.
+      {"increment in one slot", [&] { op(single.list, LM_OP_INSERT, "x"); }, ""},
+  };
+  for (const auto& row : rows) EXPECT_DEATH(row.misuse(), row.text) << row.what;
 }
 
 }  // namespace

@@ -1,98 +1,15 @@
-// Memory pools: random operations against a shadow model, the fixed layouts and list orders, the
-// properties and locks, failing memory, and every stop.
-#include <gtest/gtest.h>
-
+// Memory pools: random operations against a shadow model, the fixed layouts and list orders.
 #include <algorithm>
 #include <array>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <map>
 #include <random>
-#include <set>
-#include <utility>
-#include <vector>
 
-#include "comnlib/memory.h"
-#include "comnlib/thread.h"
-#include "runtime/commmgr.h"
-#include "support/host_alloc.h"
+#include "pools.h"
 
 namespace {
 
-const auto aborted = testing::KilledBySignal(SIGABRT);
-
-// A context that records the chunks it gives and fails on demand.
-struct Host : CS_CONTEXT {
-  Host() : CS_CONTEXT{} {
-    ctxversion = 113;
-    ctxmalloc = [](CS_CONTEXT* self, CS_INT size) { return static_cast<Host*>(self)->give(size); };
-    ctxfree = [](CS_CONTEXT* self, CS_VOID* block) {
-      EXPECT_EQ(1u, static_cast<Host*>(self)->live.erase(block));
-      std::free(block);
-    };
-  }
-  Host(const Host&) = delete;
-  ~Host() { EXPECT_TRUE(live.empty()) << "everything is given back"; }
-  void* give(CS_INT size) {
-    requests.push_back(size);
-    if (countdown != 0 && --countdown == 0) return nullptr;
-    return *live.insert(std::malloc(static_cast<std::size_t>(size))).first;
-  }
-
-  std::set<void*> live;
-  std::vector<CS_INT> requests;
-  int countdown = 0;  // the how-manieth request fails; 0: none
-};
-
-// A pool on a context, dropped with all its subpools at the end.
-struct Pool {
-  explicit Pool(Host& host, CS_INT kind = MM_POOL_BUDDY, CS_INT blocksize = 4096);
-  ~Pool() { EXPECT_TRUE(handle == nullptr || comn_mmdrop(handle, MM_FORCE_DROP) == CS_SUCCEED); }
-  Pool(const Pool&) = delete;
-  operator MmHandle*() const { return handle; }
-  MmHandle* operator->() const { return handle; }
-  MmHandle* release() { return std::exchange(handle, nullptr); }
-  MmHandle* handle = nullptr;
-};
-
-CS_RETCODE set(MmHandle* pool, CS_INT property, CS_INT value) {
-  return comn_mmproperty(pool, CS_SET, property, &value, CS_UNUSED, nullptr);
-}
-
-Pool::Pool(Host& host, CS_INT kind, CS_INT blocksize) {
-  EXPECT_EQ(CS_SUCCEED, comn_mminit(&host, &handle));
-  EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_POOLTYPE, kind));
-  EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_BLOCKSIZE, blocksize));
-}
-
-CS_RETCODE put(MmHandle* pool, CS_INT property, void* value, CS_INT size = 0) {
-  return comn_mmproperty(pool, CS_SET, property, value, size, nullptr);
-}
-
-template <class Value = CS_INT>
-Value get(MmHandle* pool, CS_INT property, CS_INT buflen = CS_UNUSED) {
-  Value value = {};
-  CS_INT outlen = 0;
-  EXPECT_EQ(CS_SUCCEED, comn_mmproperty(pool, CS_GET, property, &value, buflen, &outlen));
-  EXPECT_EQ(4, outlen);
-  return value;
-}
-
-MmHandle* subpool(MmHandle* pool, CS_INT tag) {
-  return get<MmHandle*>(pool, MM_PROP_SUBPOOL, tag);
-}
-
-CS_BYTE* allocate(MmHandle* pool, CS_INT size) {
-  void* memory = nullptr;
-  EXPECT_EQ(CS_SUCCEED, comn_mmalloc(pool, size, &memory)) << size;
-  return static_cast<CS_BYTE*>(memory);
-}
-
-CS_UINT header_of(const void* user) {
-  return static_cast<const CS_UINT*>(user)[-1];
-}
+using namespace pools;
 
 template <class Node>
 int length(const Node* list, Node* Node::*next) {
@@ -100,8 +17,6 @@ int length(const Node* list, Node* Node::*next) {
   for (; list != nullptr; list = list->*next) ++count;
   return count;
 }
-
-// --- Random operations against a shadow model ----------------------------------------------------
 
 // What a pool has handed out, with a pattern in each block.
 class Shadow {
@@ -188,8 +103,6 @@ class Shadow {
   std::mt19937 random_;
   Blocks blocks_;
 };
-
-constexpr CS_INT kKinds[] = {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM};
 
 void run_shadow(MmHandle* pool, CS_INT kind, unsigned run, int steps) {
   Shadow shadow(pool, kind, run);
@@ -335,11 +248,21 @@ TEST(Buddy, OrdersAndHeaders) {
   const auto top = static_cast<CS_UINT>(reinterpret_cast<std::uintptr_t>(first - 4));
   EXPECT_EQ((top & 0x7fffc) << 2, header_of(first));
   EXPECT_EQ(first + 16, allocate(pool, 5)) << "the lower half first, then its other half";
-  EXPECT_EQ(8u, header_of(allocate(pool, 4092)) & 15);
+  const std::pair<CS_INT, CS_UINT> orders[] = {{12, 0}, {13, 1},   {28, 1},   {29, 2},
+                                               {60, 2}, {2044, 7}, {2045, 8}, {4092, 8}};
+  for (const auto& [size, order] : orders)
+    EXPECT_EQ(order, header_of(allocate(pool, size)) & 15) << size;
   CS_BYTE* large = allocate(pool, 4093);
   EXPECT_EQ(4093u | 0x80000000u, header_of(large));
   EXPECT_EQ(4104u, header_of(large - 8)) << "link, header and bytes, rounded";
-  EXPECT_EQ(4100, get(pool, MM_PROP_BLOCKSIZE)) << "that of a top-level block and a word";
+  const std::pair<CS_INT, CS_INT> highest[] = {{16, 0},   {17, 1},       {4096, 8},
+                                               {4097, 9}, {262'145, 15}, {1 << 30, 15}};
+  for (const auto& [blocksize, bpmax] : highest) {
+    const Pool other(host, MM_POOL_BUDDY, blocksize);
+    allocate(other, 1);
+    EXPECT_EQ(bpmax, other->mmh_pool.buddy.bpmax) << blocksize;
+    EXPECT_EQ((16 << bpmax) + 4, get(other, MM_PROP_BLOCKSIZE)) << "a top-level block and a word";
+  }
 }
 
 TEST(Buddy, MergesOnlyWhenItRunsOut) {
@@ -387,10 +310,15 @@ TEST(Uniform, SlabsOfOneSize) {
     const Pool pool(host, MM_POOL_UNIFORM, row.blocksize);
     CS_BYTE* one = allocate(pool, row.size);
     EXPECT_EQ(row.slab, get(pool, MM_PROP_BLOCKSIZE));
-    void* other = nullptr;
-    while (pool->mmh_pool.uniform.free != nullptr) other = allocate(pool, row.size);
-    for (const CS_INT size : {row.size + 1, 0x7fffffff})
-      EXPECT_EQ(CS_FAIL, comn_mmalloc(pool, size, &other)) << size;
+    void* other = one;
+    for (const bool used_up : {false, true}) {
+      while (used_up && pool->mmh_pool.uniform.free != nullptr) other = allocate(pool, row.size);
+      for (const CS_INT size : {row.size + 1, 0x7fffffff})
+        EXPECT_EQ(CS_FAIL, comn_mmalloc(pool, size, &other)) << size;
+    }
+    // Data that looks like a free node's.
+    reinterpret_cast<void**>(one)[0] = one;
+    if (row.node >= 12) reinterpret_cast<CS_UINT*>(one)[1] = 0xdeadf4ee;
     EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, one));
     EXPECT_EQ(one - 4, pool->mmh_pool.uniform.free);
     EXPECT_EQ(row.node, static_cast<CS_INT>(header_of(one)));
@@ -402,274 +330,11 @@ TEST(AllocOnly, BumpsThroughRegions) {
   Host host;
   const Pool pool(host, MM_POOL_ALLOCONLY, 124);
   CS_BYTE* first = allocate(pool, 5);
+  EXPECT_EQ(reinterpret_cast<CS_BYTE*>(pool->mmh_blocks) + 4 + 24, first) << "link and header";
   EXPECT_EQ(first + 8, allocate(pool, 60));
   CS_BYTE* other = allocate(pool, 40);  // 32 are left: a new region
   EXPECT_EQ(other + 40, allocate(pool, 60)) << "newest first";
   EXPECT_EQ(first + 68, allocate(pool, 32));
-}
-
-// --- Properties, locks, subpools -----------------------------------------------------------------
-
-TEST(Properties, AreFixedByTheFirstAllocation) {
-  Host host;
-  MmHandle* const pool = Pool(host).release();
-  const struct {
-    CS_INT property, initial, value;
-    bool fixed;
-  } rows[] = {{MM_PROP_POOLTYPE, MM_POOL_BUDDY, MM_POOL_ALLOCONLY, true},
-              {MM_PROP_BLOCKSIZE, 4096, 512, true},
-              {MM_PROP_CHUNKSIZE, 4120, 1, false},
-              {MM_PROP_MAXSIZE, -9999, 1'000'000, false}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.initial, get(pool, row.property));
-    EXPECT_EQ(CS_SUCCEED, set(pool, row.property, row.value));
-    EXPECT_EQ(row.value, get(pool, row.property));
-  }
-  allocate(pool, 1);
-  for (const auto& row : rows)
-    EXPECT_EQ(row.fixed ? CS_FAIL : CS_SUCCEED, set(pool, row.property, row.value));
-  EXPECT_EQ(152, get(pool, MM_PROP_CTLSIZE));
-  EXPECT_EQ(CS_FAIL, set(pool, MM_PROP_CTLSIZE, 160));
-  EXPECT_EQ(0, get(pool, MM_PROP_LOCKARG)) << "an argument is not told";
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
-}
-
-// A pool in caller memory that gets more of it and borrows a context's chunk functions.
-TEST(Properties, ManagedPoolCanGrow) {
-  Host host;
-  const Pool source(host);
-  CS_UINT memory[100];
-  CS_UINT more[100];
-  MmHandle* pool = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
-  set(pool, MM_PROP_BLOCKSIZE, 16);
-  void* out = nullptr;
-  EXPECT_EQ(CS_MEM_ERROR, comn_mmalloc(pool, 300, &out));
-  EXPECT_EQ(CS_SUCCEED, put(pool, MM_PROP_ADDMEMORY, more, sizeof more));
-  allocate(pool, 300);
-  put(pool, MM_PROP_SBREAK, get<void*>(source, MM_PROP_SBREAK));
-  put(pool, MM_PROP_SBREAKARG, static_cast<CS_CONTEXT*>(&host));
-  EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, allocate(pool, 300))) << "nothing takes the chunk back";
-  EXPECT_EQ(3u, host.live.size());
-  put(pool, MM_PROP_UNSBREAK, get<void*>(source, MM_PROP_UNSBREAK));
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
-}
-
-struct Lock {
-  int depth = 0;
-  int taken = 0;
-  CS_RETCODE result = CS_SUCCEED;
-  static CS_RETCODE take(MmHandle*, CS_VOID* arg) {
-    auto* lock = static_cast<Lock*>(arg);
-    if (lock->result != CS_SUCCEED) return lock->result;
-    ++lock->taken;
-    EXPECT_EQ(1, ++lock->depth);
-    return CS_SUCCEED;
-  }
-  static CS_RETCODE release(MmHandle*, CS_VOID* arg) {
-    EXPECT_EQ(0, --static_cast<Lock*>(arg)->depth);
-    return CS_BUSY;
-  }
-  void install(MmHandle* pool) {
-    put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(release));
-    put(pool, MM_PROP_LOCKARG, this);
-    EXPECT_EQ(CS_SUCCEED, put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(take)));
-  }
-};
-
-TEST(Locks, EveryCallTakesAndReleases) {
-  Host host;
-  MmHandle* const pool = Pool(host).release();
-  Lock lock;
-  lock.install(pool);
-  MmHandle* sub = subpool(pool, 1);
-  void* block = allocate(sub, 5);
-  comn_mmrealloc(sub, 50, &block);
-  comn_mmfree(sub, block);
-  EXPECT_EQ(CS_FAIL, put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(Lock::take)));
-  EXPECT_EQ(CS_BUSY, comn_mmdrop(pool, CS_UNUSED));
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(sub, CS_UNUSED));
-  get(pool, MM_PROP_CTLSIZE);
-  EXPECT_EQ(7, lock.taken);
-
-  lock.result = CS_INTERRUPT;
-  EXPECT_EQ(CS_INTERRUPT, comn_mmalloc(pool, 5, &block));
-  EXPECT_EQ(CS_INTERRUPT, comn_mmdrop(pool, CS_UNUSED));
-  lock.result = CS_SUCCEED;
-  EXPECT_EQ(CS_BUSY, comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCKARG, nullptr, 0, nullptr));
-  EXPECT_EQ(nullptr, get<void*>(pool, MM_PROP_UNLOCK)) << "one clears all three";
-  lock.install(pool);
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
-  EXPECT_EQ(0, lock.depth);
-}
-
-TEST(Locks, MutexOfTheContextsThreadTable) {
-  CS_THREAD table = *comn_thread_table();
-  Host host;
-  host.ctxthread = &table;
-  const std::size_t before = host_alloc::live_blocks();
-  for (const bool clear : {false, true}) {
-    {
-      const Pool pool(host);
-      auto* mutex = static_cast<COMN_MUTEX*>(pool->mmh_head->mph_lockarg);
-      EXPECT_EQ(17, pool->mmh_head->mph_status);
-      comn_mmfree(pool, allocate(pool, 1));
-      EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)) << "released";
-      if (clear) comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
-    }
-    EXPECT_EQ(before, host_alloc::live_blocks());
-  }
-  table.create_mutex_fn = [](COMN_MUTEX**) -> CS_RETCODE { return CS_BUSY; };
-  MmHandle* pool = nullptr;
-  EXPECT_EQ(CS_BUSY, comn_mminit(&host, &pool));
-}
-
-TEST(Subpools, FormATreeThatForceRemovesFromItsTop) {
-  Host host;
-  MmHandle* const top = Pool(host, MM_POOL_UNIFORM).release();
-  MmHandle* one = subpool(top, 1);
-  MmHandle* two = subpool(top, 2);
-  EXPECT_EQ(one, subpool(top, 1));
-  EXPECT_EQ(two, top->mmh_child) << "newest first";
-  EXPECT_EQ(MM_POOL_UNIFORM, get(one, MM_PROP_POOLTYPE));
-  MmHandle* below = subpool(one, 1);
-  EXPECT_EQ(CS_BUSY, comn_mmdrop(one, CS_UNUSED));
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(two, CS_UNUSED));
-  EXPECT_EQ(one, top->mmh_child);
-  allocate(below, 8);
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(below, MM_FORCE_DROP));
-}
-
-TEST(Pools, EveryAllocationFailsOnce) {
-  int failing = 0;
-  for (bool reached = true; reached;) {
-    Host host;
-    host.countdown = ++failing;
-    MmHandle* pool = nullptr;
-    if (comn_mminit(&host, &pool) != CS_SUCCEED) {
-      EXPECT_TRUE(failing <= 2 && host.live.empty());
-      continue;
-    }
-    int failures = 0;
-    const auto note = [&failures](CS_RETCODE result) {
-      EXPECT_TRUE(result == CS_SUCCEED || result == CS_MEM_ERROR);
-      if (result != CS_SUCCEED) ++failures;
-    };
-    void* block = nullptr;
-    for (const CS_INT size : {10, 4000, 9000}) note(comn_mmalloc(pool, size, &block));
-    if (block != nullptr) note(comn_mmrealloc(pool, 20'000, &block));
-    for (CS_INT kind : kKinds) {
-      MmHandle* sub = nullptr;
-      note(comn_mmproperty(pool, CS_GET, MM_PROP_SUBPOOL, &sub, kind, nullptr));
-      if (sub == nullptr) continue;
-      set(sub, MM_PROP_POOLTYPE, kind);
-      note(comn_mmalloc(sub, 6000, &block));
-      for (const CS_INT size : {0x7fffffff, 0x7fffffff - 20, 0x7fffffff - 64})
-        EXPECT_TRUE(kind == MM_POOL_UNIFORM || comn_mmalloc(sub, size, &block) == CS_MEM_ERROR);
-    }
-    EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
-    reached = host.countdown == 0;
-    EXPECT_EQ(reached ? 1 : 0, failures);
-    EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
-  }
-}
-
-// --- Stops ---------------------------------------------------------------------------------------
-
-TEST(PoolsDeathTest, MisuseStops) {
-  Host host;
-  CS_UINT outside[200] = {};
-  void* out = nullptr;
-  MmHandle* none = nullptr;
-  const Pool buddy(host);
-  const Pool uniform(host, MM_POOL_UNIFORM);
-  const Pool fresh(host);
-  CS_BYTE* const block = allocate(buddy, 24);
-  CS_BYTE* const other = allocate(buddy, 24);
-  CS_BYTE* const node = allocate(uniform, 24);
-  MmHandle* managed = nullptr;
-  comn_mmmanage(outside, sizeof outside, &managed);
-  MmHandle* const dropped = subpool(managed, 1);
-  comn_mmdrop(managed, MM_FORCE_DROP);
-  const auto header = [](void* user) -> CS_UINT& { return static_cast<CS_UINT*>(user)[-1]; };
-  const auto property = [](MmHandle* pool, CS_INT action, CS_INT code, CS_INT value) {
-    comn_mmproperty(pool, action, code, &value, 0, nullptr);
-  };
-  const auto free_twice = [](MmHandle* pool, CS_INT size, bool another_between = false) {
-    CS_BYTE* first = allocate(pool, size);
-    CS_BYTE* second = allocate(pool, size);
-    comn_mmfree(pool, first);
-    if (another_between) comn_mmfree(pool, second);
-    comn_mmfree(pool, first);
-  };
-  const struct {
-    const char* what;
-    std::function<void()> misuse;
-  } rows[] = {
-      {"init version", [&] { host.ctxversion = 112, comn_mminit(&host, &none); }},
-      {"manage 104", [&] { comn_mmmanage(outside, 104, &none); }},
-      {"manage 151", [&] { comn_mmmanage(outside, 151, &none); }},
-      {"manage 160", [&] { comn_mmmanage(outside, 160, &none); }},
-      {"alloc negative", [&] { comn_mmalloc(buddy, -1, &out); }},
-      {"alloc null", [&] { comn_mmalloc(nullptr, 1, &out); }},
-      {"alloc from none",
-       [&] { set(fresh, MM_PROP_POOLTYPE, MM_POOL_NONE), comn_mmalloc(fresh, 1, &out); }},
-      {"alloc from dropped", [&] { comn_mmalloc(managed, 1, &out); }},
-      {"drop with the family dropped", [&] { comn_mmdrop(dropped, CS_UNUSED); }},
-      {"free before any allocation", [&] { comn_mmfree(fresh, block); }},
-      {"free foreign", [&] { comn_mmfree(buddy, outside + 8); }},
-      {"free buddy twice", [&] { free_twice(buddy, 24); }},
-      {"free uniform twice", [&] { free_twice(uniform, 24, true); }},
-      {"free tiny uniform twice",
-       [&] { set(fresh, MM_PROP_POOLTYPE, MM_POOL_UNIFORM), free_twice(fresh, 4, true); }},
-      {"free large twice", [&] { free_twice(buddy, 50'000); }},
-      {"free inside a block",
-       [&] { header(block + 8) = header(block), comn_mmfree(buddy, block + 8); }},
-      {"order too high", [&] { header(block) |= 15, comn_mmfree(buddy, block); }},
-      {"damaged base mark", [&] { header(block) ^= 0x100000, comn_mmfree(buddy, block); }},
-      {"damaged to large", [&] { header(block) |= 0x80000000, comn_mmfree(buddy, block); }},
-      {"damaged buddy",
-       [&] {
-         comn_mmfree(buddy, block), header(other) ^= 0x10000;
-         for (;;) comn_mmalloc(buddy, 60, &out);
-       }},
-      {"damaged free block",
-       [&] { comn_mmfree(buddy, block), header(block) = 0x20202020, allocate(buddy, 24); }},
-      {"damaged node", [&] { header(node) = 20, comn_mmfree(uniform, node); }},
-      {"realloc negative", [&] { out = block, comn_mmrealloc(buddy, -5, &out); }},
-      {"realloc null", [&] { comn_mmrealloc(buddy, 5, &out); }},
-      {"realloc freed",
-       [&] { out = block, comn_mmfree(buddy, out), comn_mmrealloc(buddy, 500, &out); }},
-      {"bad action", [&] { property(buddy, 36, MM_PROP_CHUNKSIZE, 1); }},
-      {"property below", [&] { property(buddy, CS_GET, 1234, 1); }},
-      {"get added memory", [&] { property(fresh, CS_GET, MM_PROP_ADDMEMORY, 0); }},
-      {"property above", [&] { property(buddy, CS_GET, 1248, 1); }},
-      {"unknown kind", [&] { property(fresh, CS_SET, MM_PROP_POOLTYPE, 2239); }},
-      {"chunk size 0", [&] { property(fresh, CS_SET, MM_PROP_CHUNKSIZE, 0); }},
-      {"add 8 bytes", [&] { put(fresh, MM_PROP_ADDMEMORY, outside, 8); }},
-      {"clear a size", [&] { property(fresh, CS_CLEAR, MM_PROP_CHUNKSIZE, 0); }},
-      {"clear the control size", [&] { property(fresh, CS_CLEAR, MM_PROP_CTLSIZE, 0); }},
-      {"putblock foreign", [&] { com___putblock(buddy, block); }},
-      {"remove a top pool as a subpool", [&] { com___remove_subpool(fresh); }},
-      {"diagnose", [] { comn_mmdiag(); }},
-      {"drop option", [&] { comn_mmdrop(fresh, 0); }},
-      {"heap block freed twice",
-       [&] {
-         for (int i = 0; i < 2; ++i) com___getheap(fresh, 16, &out);
-         for (int i = 0; i < 2; ++i) com___putheap(fresh, out);
-       }},
-      {"heap block overrun",
-       [&] { com___getheap(fresh, 16, &out), header(out) = 100'000, com___putheap(fresh, out); }},
-      {"free when the lock fails",
-       [&] {
-         Lock lock;
-         lock.install(buddy);
-         lock.result = CS_FAIL;
-         comn_mmfree(buddy, block);
-       }},
-  };
-  for (const auto& row : rows)
-    EXPECT_EXIT(row.misuse(), aborted, "assertion failed|Invalid pointer") << row.what;
 }
 
 }  // namespace

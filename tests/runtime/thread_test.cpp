@@ -53,8 +53,6 @@ void await_fraction(double fraction) {
   await([=] { return std::abs(std::fmod(now(), 1) - fraction - 0.05) <= 0.05; });
 }
 
-// --- Mutexes -----------------------------------------------------------------------------------
-
 TEST(Mutex, CountsTheTakesOfItsOwner) {
   COMN_MUTEX* mutex = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
@@ -69,8 +67,6 @@ TEST(Mutex, CountsTheTakesOfItsOwner) {
   EXPECT_EQ(COMN_NO_OWNER, mutex->owner);
   EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
 }
-
-// --- Events ------------------------------------------------------------------------------------
 
 TEST(Event, AutoAndManualReset) {
   for (const CS_INT autoreset : {1, 0}) {
@@ -149,8 +145,6 @@ TEST(Event, WaitIsCancellableAndRestoresTheCancelState) {
   EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 
-// --- Conditions and semaphores -----------------------------------------------------------------
-
 // A waiter gives the mutex up at any depth; it has it back as it was when it returns, and in its
 // cleanup when it is cancelled.
 TEST(Condition, WaitGivesUpTheMutex) {
@@ -215,10 +209,15 @@ TEST(Semaphore, CountsAndWaits) {
   EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
 }
 
-// --- Threads, keys, signals, coroutine mode ----------------------------------------------------
-
 TEST(Threads, EndAndAreJoined) {
   Thread([] { comn_exit_thread(); });
+  Thread([] {
+    int state = PTHREAD_CANCEL_ENABLE;
+    comn_set_cancelstate();
+    comn_yield();
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+    EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state) << "restored";
+  });
   std::atomic<bool> started = false;
   {
     const Thread yielding([&] {
@@ -240,8 +239,10 @@ TEST(Threads, EndAndAreJoined) {
 }
 
 TEST(Threads, FixedResultsAndIds) {
-  EXPECT_EQ(CS_FAIL, comn_detach_thread(nullptr));
-  EXPECT_EQ(CS_FAIL, comn_lock_global());
+  for (const CS_RETCODE none :
+       {comn_detach_thread(nullptr), comn_lock_global(), comn_unlock_global()})
+    EXPECT_EQ(CS_FAIL, none);
+  EXPECT_TRUE(comn_start_thread(nullptr) == CS_SUCCEED && comn_set_priority(nullptr, 1) == 1);
   pthread_t id[2] = {0, 42};
   CS_INT outlen = 0;
   EXPECT_EQ(CS_SUCCEED, comn_thread_table()->thread_id_fn(id, sizeof id, &outlen));
@@ -299,31 +300,23 @@ TEST(Threads, CoroutineMode) {
 }
 
 template <class Object>
-void expect_clean_failure(CS_RETCODE (*create)(Object**), CS_RETCODE (*destroy)(Object*)) {
+void expect_failure(CS_RETCODE (*create)(Object**)) {
   const std::size_t before = host_alloc::live_blocks();
-  host_alloc::sweep([&](auto failed) {
-    auto* object = reinterpret_cast<Object*>(8);
-    const CS_RETCODE result = create(&object);
-    EXPECT_EQ(failed() ? CS_FAIL : CS_SUCCEED, result);
-    if (result == CS_SUCCEED)
-      destroy(object);
-    else
-      EXPECT_EQ(nullptr, object);
-    EXPECT_EQ(before, host_alloc::live_blocks());
-  });
+  const host_alloc::Failing failing(1);
+  auto* object = reinterpret_cast<Object*>(8);
+  EXPECT_EQ(CS_FAIL, create(&object));
+  EXPECT_TRUE(failing.reached() && object == nullptr && host_alloc::live_blocks() == before);
 }
 
 TEST(Threads, CreationWithoutMemoryFails) {
-  expect_clean_failure<COMN_MUTEX>(comn_create_mutex, comn_delete_mutex);
-  expect_clean_failure<COMN_EVENT>(comn_create_event, comn_delete_event);
-  expect_clean_failure<COMN_COND>(comn_create_cond, comn_delete_cond);
-  expect_clean_failure<COMN_SEM>(comn_create_sem, comn_delete_sem);
-  expect_clean_failure<COMN_THREAD>(
-      [](COMN_THREAD** handle) {
-        return comn_create_thread_ex(
-            handle, [](void* argument) { return argument; }, nullptr);
-      },
-      comn_join_thread);
+  expect_failure<COMN_MUTEX>(comn_create_mutex);
+  expect_failure<COMN_EVENT>(comn_create_event);
+  expect_failure<COMN_COND>(comn_create_cond);
+  expect_failure<COMN_SEM>(comn_create_sem);
+  expect_failure<COMN_THREAD>([](COMN_THREAD** handle) {
+    return comn_create_thread_ex(
+        handle, [](void* argument) { return argument; }, nullptr);
+  });
 }
 
 TEST(ThreadsDeathTest, MisuseStops) {

@@ -167,6 +167,11 @@ TEST(Comparing, DaysThenTimeAndTheSmallFormUnsigned) {
   EXPECT_TRUE(com_datecmp(&low, &high) == -1 && com_datecmp(&later, &high) == 1);
   EXPECT_TRUE(com_datecmp(&low, &low) == 0 && com__datecmp(&later, &high) == 2);
   EXPECT_TRUE(com__datecmp(&low, &high) == kMin && com_date4cmp(&first, &last) == -1);
+  CS_DATETIME dt{};
+  CS_DATETIME4 dt4 = first;
+  EXPECT_TRUE(com_setdatetime(&dt, kMin, 5) == CS_SUCCEED && com_datecmp(&dt, &low) == 0);
+  EXPECT_TRUE(com_datezero(&dt) == CS_SUCCEED && dt.dtdays == 0 && dt.dttime == 0);
+  EXPECT_TRUE(com_date4zero(&dt4) == CS_SUCCEED && dt4.days == 0 && dt4.minutes == 0);
 }
 
 TEST(SmallForm, RoundsToTheMinuteAndIsValidated) {
@@ -255,20 +260,9 @@ std::array<std::int64_t, 14> boundaries_before(const CS_DATETIME& dt) {
   const std::int64_t month = year * 12 + unsigned{date.month()} - 1;
   const std::int64_t week = floor<weeks>(day - sys_days{1752y / December / 31}).count();
   const auto passed = [&]<class Unit>(Unit) { return floor<Unit>(moment_of(dt) - kEpoch).count(); };
-  return {year,
-          month / 3,
-          month,
-          d,
-          d,
-          d,
-          passed(hours{}),
-          passed(minutes{}),
-          passed(seconds{}),
-          passed(milliseconds{}),
-          week,
-          year,
-          week,
-          d};
+  const std::int64_t hour = passed(hours{}), minute = passed(minutes{});
+  const std::int64_t second = passed(seconds{}), millisecond = passed(milliseconds{});
+  return {year, month / 3, month, d, d, d, hour, minute, second, millisecond, week, year, week, d};
 }
 
 TEST_F(Arithmetic, DifferencesCountBoundaries) {
@@ -297,11 +291,16 @@ TEST(AddingBoth, NarrowsAndRefuses) {
   EXPECT_TRUE(narrow.days == 7 && narrow.minutes == 7);
   EXPECT_EQ(0, com__dateadd_both(COM_PART_MONTH, 1, &large, &dt, &small, &narrow));
   EXPECT_TRUE(narrow.days == 58 && narrow.minutes == 1) << "28 February";
+  CS_DATETIME sum{};
+  EXPECT_EQ(0, com__dateadd_both(COM_PART_DAY, -31, &large, &dt, &large, &sum));
+  EXPECT_TRUE(sum.dtdays == -1 && sum.dttime == 9000);
 }
 
 TEST(CalendarDeathTest, StopsOnNullAndUnknownParts) {
   CS_DATETIME dt{};
-  EXPECT_DEATH(com_datepart(14, &dt, 0), "assertion failed, file 'generic/src/time/");
+  const CS_DATAFMT text = format_of(CS_CHAR_TYPE);
+  EXPECT_DEATH(com__valid_datetime(&text, &dt), "assertion failed");
+  EXPECT_DEATH(com_datepart(14, &dt, 0), "assertion failed, file '.*src/time/");
   EXPECT_DEATH(com__date_add(-1, 0, &dt), "assertion failed");
   EXPECT_DEATH(com_datecrack(&dt, nullptr), "Invalid pointer");
 }

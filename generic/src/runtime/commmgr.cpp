@@ -429,8 +429,14 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   const CS_RETCODE locked = lock(handle);
   if (locked != CS_SUCCEED) return trace(locked);
   void* memory = nullptr;
+  const CS_INT blocksize = handle->mmh_blocksize;
   const CS_RETCODE result = allocate(handle, size, &memory);
-  if (result == CS_SUCCEED) set_in_use(handle);
+  if (result == CS_SUCCEED) {
+    set_in_use(handle);
+  } else if ((handle->mmh_status & kInUse) == 0) {
+    // The next allocation is the first one again, and adapts the block size anew.
+    handle->mmh_blocksize = blocksize;
+  }
   unlock(handle);
   if (memory != nullptr) {
     clear(memory, size);
