@@ -18,11 +18,6 @@ using namespace conversion;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-template <class T>
-std::string bytes_of(T value) {
-  return {reinterpret_cast<const char*>(&value), sizeof value};
-}
-
 // Whole numbers around every limit and change of length, then random ones of all lengths; floating
 // types add halves, neighbours, odd values and random bit patterns.
 template <class T>
@@ -168,65 +163,6 @@ TEST(Numbers, TextIgnoresTheLocale) {
   Context context;
   EXPECT_EQ("1234567.25", convert(context, CS_FLOAT_TYPE, 1234567.25, format_of(0, 30)).text());
   std::setlocale(LC_ALL, "C");
-}
-
-std::string stop_of(CS_CONV_FUNC routine, CS_INT source, CS_INT destination,
-                    int null_argument = -1) {
-  Context context;
-  const CS_DATAFMT from = format_of(source);
-  const CS_DATAFMT to = format_of(destination, 40);
-  const double value = 0;
-  char room[300];
-  CS_INT length = 0;
-  const auto unless = [&](int at, auto* pointer) {
-    return null_argument == at ? nullptr : pointer;
-  };
-  return stop_text([&] {
-    routine(unless(0, &context), unless(1, &from), unless(2, &value), unless(3, &to),
-            unless(4, &room[0]), unless(5, &length));
-  });
-}
-
-bool names_a_family(const std::string& text, const char* beginning) {
-  return text.starts_with(std::string("\n\r") + beginning + ", file 'generic/src/conv/com_");
-}
-
-TEST(NumbersDeathTest, ForeignDatatypesAndNullPointersStop) {
-  const Context context;
-  // One type of each family of destinations: what serves one of them serves no other.
-  const auto types = {0, 1, 6, 7, 8, 9, 10, 11, 16, 18, 19};
-  for (CS_INT source = CS_TINYINT_TYPE; source <= CS_BIT_TYPE; ++source) {
-    for (const CS_INT destination : types) {
-      const CS_CONV_FUNC routine = com_conv_func(&context, source, destination);
-      const std::string label = std::to_string(source) + " to " + std::to_string(destination);
-      for (const CS_INT code : types) {
-        if (source != CS_INT_TYPE || code == destination) continue;
-        EXPECT_TRUE(names_a_family(stop_of(routine, source, code), "assertion failed"))
-            << label << " called for " << code;
-      }
-      for (const CS_INT code : {-1, CS_INT{CS_BUILTIN_TYPES}})
-        EXPECT_TRUE(names_a_family(stop_of(routine, source, code), "assertion failed")) << label;
-      EXPECT_TRUE(names_a_family(stop_of(routine, source + 1, destination), "assertion failed"))
-          << label;
-    }
-  }
-  for (int missing = 0; missing < 6; ++missing) {
-    const std::string text = stop_of(comn_i4toflt8, CS_INT_TYPE, CS_FLOAT_TYPE, missing);
-    EXPECT_TRUE(names_a_family(text, "Invalid pointer 0x0")) << missing << text;
-  }
-}
-
-TEST(NumbersDeathTest, LongMembersStopAtTwoLines) {
-  CS_INT source = CS_TINYINT_TYPE;
-  for (const CS_CONV_FUNC member :
-       {comn_i1toi8, comn_i2toi8, comn_i4toi8, comn_flt4toi8, comn_flt8toi8, comn_bittoi8}) {
-    const std::string to_long = stop_of(member, source, CS_LONG_TYPE);
-    const std::string to_other = stop_of(member, source, CS_INT_TYPE);
-    EXPECT_TRUE(names_a_family(to_long, "assertion failed")) << source;
-    EXPECT_TRUE(names_a_family(to_other, "assertion failed")) << source;
-    EXPECT_NE(to_long, to_other) << source;
-    ++source;
-  }
 }
 
 }  // namespace
