@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "comnlib/convert.h"
+#include "intl/convtable.h"
 #include "intl_host.h"
 #include "support/host_alloc.h"
 
@@ -29,10 +30,7 @@ class Sets {
   explicit Sets(intl_host::Context& context) : context_(context) {}
 
   const CsCharDesc* descriptor(const std::string& charset) { return entry(charset)->locchardesc; }
-  CS_LOCALE locale(const std::string& charset) {
-    CsLocCache* found = entry(charset);
-    return {found, found, found, found, found, found, nullptr};
-  }
+  CS_LOCALE locale(const std::string& charset) { return intl_host::all(entry(charset)); }
   XlateEnd end(const std::string& charset) { return {descriptor(charset), false}; }
 
   Output translate(XlateEnd from, XlateEnd to, std::string_view text, std::size_t room = 64) {
@@ -48,11 +46,9 @@ class Sets {
  private:
   CsLocCache* entry(const std::string& charset) {
     CsLocCache*& known = entries_[charset];
+    const char* name = charset.c_str();
     if (known == nullptr) {
-      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, charset.c_str(), CS_NULLTERM,
-                                                    charset.c_str(), CS_NULLTERM, "us_english", 10,
-                                                    "binary", 6, &known, nullptr, 0))
-          << charset;
+      EXPECT_EQ(CS_SUCCEED, context_.load(name, name, "us_english", "binary", &known)) << name;
     }
     return known;
   }
@@ -260,7 +256,7 @@ TEST_F(Xlate, ThroughTheConversionRoutines) {
 TEST_F(Xlate, DatesOfALocaleInUnicode) {
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context_.load("fr_FR.UTF-8", &entry));
-  CS_LOCALE french{entry, entry, entry, entry, entry, entry, nullptr};
+  CS_LOCALE french = intl_host::all(entry);
   CS_DATAFMT date{}, wide{};
   date.datatype = CS_DATETIME_TYPE;
   wide.datatype = CS_UNICHAR_TYPE;
@@ -302,51 +298,46 @@ TEST(XlateTables, EightThreadsOnAFreshContext) {
   EXPECT_EQ(opened + 4, intl_host::files_opened()) << "each table is read once";
 }
 
-TEST(XlateTables, AllocationsFailInTurn) {
-  const intl_host::ShippedHome home;
-  const std::size_t before = host_alloc::live_blocks();
-  {
-    intl_host::Context context;
-    ASSERT_EQ(CS_SUCCEED, context.init());
-    Sets sets(context);
-    const XlateEnd set = sets.end("koi8");
-    // Each failure leaves the context as it was, so that the next attempt starts anew; the last one
-    // of the first mode loads the table. The companion library says in its own way that it found no
-    // memory for a file: there is no route then.
-    const std::size_t allocations = host_alloc::sweep([&](auto failed) {
-      const Output output = sets.translate(kUnicode, set, utf16(U'я'));
-      if (!failed()) {
-        EXPECT_EQ(CS_SUCCEED, output.code);
-      } else {
-        EXPECT_TRUE(output.code == CS_MEM_ERROR || output.code == CS_CVT_NOXLATE) << output.code;
-      }
-    });
-    EXPECT_EQ(0U, allocations) << "loaded by then";
-    EXPECT_EQ("\xD1", sets.translate(kUnicode, set, utf16(U'я')).bytes);
-  }
-  EXPECT_EQ(before, host_alloc::live_blocks());
-}
-
-TEST(XlateTables, BrokenFilesLeaveNoRoute) {
+TEST(XlateTables, EveryRefusal) {
+  using namespace comnlib;
+  const intl_host::HomeCopy home;
+  const std::string zeros(4 * 255, '0');
   const struct {
     const char* label;
-    std::string table;
-  } rows[] = {{"a surrogate", "single = 00, D800"},
-              {"half a unit", "single = 00, 00410"},
-              {"beyond the last byte", "single = FF, 00410042"},
-              {"a second byte beyond the last", "double = 81, FF, 00410042"},
-              {"a lead byte of zero", "double = 00, 40, 0041"},
-              {"not hexadecimal", "single = 0G, 0041"},
-              {"unknown entry", "triple = 00, 0041"},
-              {"no units", "single = 00"}};
+    std::string text;
+    CS_RETCODE code;
+  } rows[] = {
+      {"first of two wins", "[table]\nsingle = 41, 00620062\n", CS_SUCCEED},
+      {"all lead bytes", "[table]\nsingle = 41, 00620062\ndouble = 81, 01, " + zeros, CS_SUCCEED},
+      {"no section", "[tables]\n", CS_FAIL},
+      {"unknown key", "[table]\ntriple = 41, 0062\n", CS_FAIL},
+      {"half a unit", "[table]\nsingle = 41, 00620\n", CS_FAIL},
+      {"no digit", "[table]\nsingle = 41, 006g\n", CS_FAIL},
+      {"bad first byte", "[table]\nsingle = 4, 0062\n", CS_FAIL},
+      {"no first digit", "[table]\nsingle = 0G, 0062\n", CS_FAIL},
+      {"behind the last byte", "[table]\nsingle = FF, 00620063\n", CS_FAIL},
+      {"behind the last pair", "[table]\ndouble = 81, FF, 00620063\n", CS_FAIL},
+      {"lead byte 0", "[table]\ndouble = 00, 41, 0062\n", CS_FAIL},
+      {"a surrogate", "[table]\nsingle = 00, D800\n", CS_FAIL},
+      {"no units", "[table]\ndouble = 81, 41\n", CS_FAIL},
+      {"damaged", "[table]\nsingle = 41, \"\n", CS_INTL_LIBERR},
+      {"damaged entry", "[table]\nsingle = 41, 0062\nsingle\n", CS_INTL_LIBERR}};
   for (const auto& row : rows) {
-    const intl_host::HomeCopy home;
-    home.write("charsets/koi8/koi8.ctb", "[table]\n" + row.table + "\n");
+    home.write("charsets/koi8/koi8.ctb", row.text);
     intl_host::Context context;
     ASSERT_EQ(CS_SUCCEED, context.init());
     Sets sets(context);
-    EXPECT_EQ(CS_CVT_NOXLATE, sets.translate(sets.end("koi8"), kUnicode, "a").code) << row.label;
+    const ConvTable* table = nullptr;
+    EXPECT_EQ(row.code, load_table(context.context, "koi8", "koi8", table, {nullptr, 0}))
+        << row.label;
+    EXPECT_EQ(row.code == CS_SUCCEED ? CS_SUCCEED : CS_CVT_NOXLATE,
+              sets.translate(sets.end("koi8"), kUnicode, "A").code)
+        << row.label;
+    if (row.code != CS_SUCCEED) continue;
+    EXPECT_EQ("A", sets.translate(kUnicode, sets.end("koi8"), utf16('b')).bytes);
+    EXPECT_EQ(CS_CVT_BADXLATE, sets.translate(sets.end("koi8"), kUnicode, "C").code);
   }
+  EXPECT_EQ(0U, host_alloc::live_blocks());
 }
 
 }  // namespace
