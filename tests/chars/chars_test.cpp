@@ -210,7 +210,9 @@ TEST(Build, SingleByteImageAndRefusals) {
   EXPECT_EQ(30, set.cs_namelen);
   EXPECT_EQ(0, std::memcmp(name.data(), set.cs_name, 30));
   EXPECT_EQ(1, set.cs_maxcharlen);
+  EXPECT_EQ(1, set.cs_ncharsize);
   EXPECT_EQ(0, set.cs_nnorm);
+  EXPECT_EQ(1, set.cs_nsoundex);
   EXPECT_EQ(9, set.cs_soundex[5]);
   EXPECT_EQ(nullptr, set.cs_width_map);
   EXPECT_EQ(CS_FAIL, com_build_char_attrib(1003, 3, "n", image.data(), &set));

@@ -46,6 +46,13 @@ TEST(DateConversions, ToTextAndBytes) {
   const CS_DATETIME never{3000000, 0};
   expect(never, format_of(CS_CHAR_TYPE, 30), CS_CVT_DOMAIN, 0, "");
   expect(never, format_of(CS_VARCHAR_TYPE), CS_CVT_DOMAIN, 258, std::string(3, '\0'));
+  // To binary outside the matrix.
+  Context context;
+  const CS_DATAFMT from = format_of(CS_DATETIME_TYPE), to = format_of(CS_BINARY_TYPE, 8);
+  CS_DATETIME copy{};
+  CS_INT length = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_datetobin(&context, &from, &kAfternoon, &to, &copy, &length));
+  EXPECT_EQ(bytes_of(kAfternoon), bytes_of(copy));
   const CS_DATAFMT bytes = format_of(CS_VARBINARY_TYPE);
   expect(kAfternoon, bytes, CS_SUCCEED, 258, std::string("\x08\0", 2) + bytes_of(kAfternoon));
   expect(kSmall, bytes, CS_SUCCEED, 258, std::string("\x04\0", 2) + bytes_of(kSmall));
@@ -88,20 +95,6 @@ TEST(DateConversions, FollowTheDestinationsLocaleOrElseTheContexts) {
     EXPECT_EQ(row.code, comn_get_datetochar_fmt(&context, &from, &kSmall, &to, &style, &length));
     EXPECT_TRUE(style == row.style && length == 4) << row.text;
   }
-}
-
-TEST(DateConversions, UnicodeKeepsTheNamesOfTheLocale) {
-  Locale french;
-  french.info.conventions.short_months[6] = "juil\xE9";
-  french.info.conventions.order = comnlib::DateOrder::day_month_year;
-  const Encoded text = utf16_of(u" 4 juil\u00E9 2026  3:05PM");
-  const CS_INT size = text.format.maxlength;
-  expect(kAfternoon, format_of(CS_UNICHAR_TYPE, size), CS_SUCCEED, size, text.bytes, &french);
-  expect(kSmall, format_of(CS_UNICHAR_TYPE, size - 1), CS_CVT_OVERFLOW, 2, {"*\0\0\0", 4}, &french);
-
-  Context context;
-  context.ctxlocale = &french;
-  EXPECT_EQ(bytes_of(kSmall), convert(context, text, format_of(CS_DATETIME4_TYPE)).text());
 }
 
 }  // namespace

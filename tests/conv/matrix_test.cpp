@@ -215,7 +215,7 @@ TEST(ConversionsDeathTest, BrokenPreconditionsStop) {
       EXPECT_NE("", stop_of(com_conv_func(&context, from, to), from, to, -1, 1, -1))
           << from << " to " << to << ", negative room";
   const auto aborted = testing::KilledBySignal(SIGABRT);
-  for (const auto& [source, destination] : {Pair{-1, 0}, {0, -1}, {-1, 30}})
+  for (const auto& [source, destination] : {Pair{-1, 0}, {0, -1}, {-1, 30}, {30, -1}})
     EXPECT_EXIT(com_conv_default(&context, source, destination), aborted, "com_conv.cpp");
   EXPECT_EXIT(com_conv_func(nullptr, 0, 0), aborted, "Invalid pointer.*com_conv.cpp");
   EXPECT_EXIT(com_conv_init(nullptr), aborted, "Invalid pointer");

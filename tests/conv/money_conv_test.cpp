@@ -51,6 +51,15 @@ TEST(MoneyConversion, ToLongOutsideTheMatrix) {
     EXPECT_EQ(expected, value);
     EXPECT_EQ(8, length);
   }
+  const CS_DATAFMT small = format_of(CS_MONEY4_TYPE), exact = format_of(CS_NUMERIC_TYPE);
+  const CS_MONEY4 m{-5000};
+  const CS_NUMERIC numeric{20, 0, {1, 1, 0, 0, 0, 0, 0, 0, 0, 0}};
+  std::int64_t value = 0;
+  CS_INT length = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_mny4toi8(&context, &small, &m, &to, &value, &length));
+  EXPECT_EQ(-1, value);
+  EXPECT_EQ(CS_CVT_OVERFLOW, comn_numtoi8(&context, &exact, &numeric, &to, &value, &length));
+  EXPECT_EQ(INT64_MIN, value);
 }
 
 TEST(MoneyConversion, ToNumericRescales) {

@@ -66,12 +66,12 @@ TEST(Null, NumericsTakeTheDestinationsPrecision) {
   const struct {
     CS_INT precision, destlen, length;
   } rows[] = {{2, 35, 4},   {3, 35, 5},   {77, 35, 35}, {0, 35, 35},
-              {78, 35, 35}, {77, 20, 20}, {10, 1, 1}};
+              {78, 35, 35}, {77, 20, 20}, {10, 1, 1},   {10, 0, 0}};
   for (const auto& row : rows) {
     const Result result = null_of(context, numeric_format(row.precision, 2), row.destlen);
     EXPECT_EQ(CS_SUCCEED, result.code);
     EXPECT_EQ(row.length, result.length) << row.precision;
-    EXPECT_EQ(row.precision, result.bytes[0]);
+    EXPECT_EQ(row.destlen > 0 ? row.precision : kCanary, result.bytes[0]);
     EXPECT_EQ(row.destlen > 1 ? 2 : kCanary, result.bytes[1]);
     EXPECT_TRUE(result.untouched_from(static_cast<std::size_t>(row.length))) << row.precision;
   }
@@ -110,9 +110,7 @@ TEST(Null, SetAndReinstallBuiltInValues) {
 }
 
 TEST(Null, UserValuesEndInACountedNul) {
-  const std::size_t before = host_alloc::live_blocks();
-  CS_CONTEXT context{};
-  ASSERT_EQ(CS_SUCCEED, com_null_init(&context));
+  Context context;
   EXPECT_EQ(0, null_of(context, format_of(40), 10).length) << "without a value";
   ASSERT_EQ(CS_SUCCEED, com_null_set(&context, 40, "abc", 3));
   EXPECT_EQ("abc\0"s, null_of(context, format_of(40), 10).text());
@@ -120,9 +118,27 @@ TEST(Null, UserValuesEndInACountedNul) {
   EXPECT_EQ("ab\0"s, null_of(context, format_of(40), 2).text());
   ASSERT_EQ(CS_SUCCEED, com_null_set(&context, 40, "", 0));
   EXPECT_EQ("\0"s, null_of(context, format_of(40), 2).text());
-  EXPECT_EQ(CS_SUCCEED, com_null_free(&context));
-  EXPECT_EQ(nullptr, context.ctxusrnulls);
-  EXPECT_EQ(before, host_alloc::live_blocks());
+}
+
+// The buffers of user values alone are not the context's to free.
+TEST(Context, FreeingLeavesNothing) {
+  const std::size_t before = host_alloc::live_blocks();
+  CS_CONTEXT context{};
+  ASSERT_EQ(CS_SUCCEED, com_conv_init(&context));
+  ASSERT_EQ(CS_SUCCEED, com_null_init(&context));
+  for (const auto& [source, destination] : {std::pair{30, 0}, {30, 1}, {31, 0}})
+    EXPECT_EQ(CS_SUCCEED, com_conv_install(&context, source, destination, comn_voidtoany));
+  for (const CS_INT type : {8, 40, 40})
+    EXPECT_EQ(CS_SUCCEED, com_null_set(&context, type, "ab", 2));
+  EXPECT_EQ(CS_SUCCEED, com_null_reinstall(&context, 40));
+  EXPECT_EQ(CS_SUCCEED, com_null_set(&context, 41, "", 0));
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(CS_SUCCEED, com_null_free(&context));
+    EXPECT_EQ(CS_SUCCEED, com_conv_free(&context));
+    EXPECT_TRUE(context.ctxnulls.nulldim == 0 && context.ctxcvttbl.cvtdim == 0);
+    EXPECT_TRUE(context.ctxusrnulls == nullptr && context.ctxusrcvttbl == nullptr);
+    EXPECT_EQ(before, host_alloc::live_blocks());
+  }
 }
 
 TEST(Null, RemovingTheSecondUserValueLosesTheFirst) {

@@ -80,7 +80,7 @@ TEST(Literals, ValuesRangesAndSyntax) {
       floating("5.", CS_SUCCEED, 5),
       floating("4.9406564584124654e-324", CS_SUCCEED, 4.9406564584124654e-324),
       floating("1e309", CS_CVT_OVERFLOW, kMax),
-      floating("1e+9223372036854775807", CS_CVT_OVERFLOW, kMax),
+      floating("0.01e+400", CS_CVT_OVERFLOW, kMax),
       floating("-1e99999999999999999999", CS_CVT_OVERFLOW, -kMax),
       floating("1e-400", CS_CVT_UNDERFLOW, 0),
       floating("-0.00000001e-320", CS_CVT_UNDERFLOW, -0.0),
@@ -188,8 +188,10 @@ TEST(Literals, NulsAndLength) {
 
 TEST(TextToText, PaddingAndTruncation) {
   Context context;
+  constexpr CS_INT kQuotes = CS_DFMT_ESCQUOTE;
+  const std::string ended = "it's\0tail"s;
   const struct {
-    const char* text;
+    std::string text;
     CS_INT room, format;
     CS_RETCODE code;
     std::string bytes;
@@ -204,10 +206,15 @@ TEST(TextToText, PaddingAndTruncation) {
       {"abc", 5, CS_DFMT_PADNULL, CS_SUCCEED, "abc\0\0"s},
       {"abc", 5, CS_DFMT_PADNULL | CS_DFMT_PADBLANK, CS_CVT_FORMAT, "abc"},
       {"abc", 0, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, ""},
-      {"it's", 9, CS_DFMT_ESCQUOTE, CS_SUCCEED, "it''s"},
-      {"it's", 4, CS_DFMT_ESCQUOTE, CS_CVT_TRUNCATED, "it''"},
-      {"it's", 3, CS_DFMT_ESCQUOTE, CS_CVT_TRUNCATED, "it"},
-      {"''", 5, CS_DFMT_ESCQUOTE | CS_DFMT_NULLTERM, CS_SUCCEED, "''''\0"s},
+      {"it's", 9, kQuotes, CS_SUCCEED, "it''s"},
+      {"it's", 4, kQuotes, CS_CVT_TRUNCATED, "it''"},
+      {"it's", 3, kQuotes, CS_CVT_TRUNCATED, "it"},
+      {"''", 5, kQuotes | CS_DFMT_NULLTERM, CS_SUCCEED, "''''\0"s},
+      // A NUL ends a text that is to be terminated; it gets no second one.
+      {ended, 20, kQuotes | CS_DFMT_NULLTERM, CS_SUCCEED, "it''s\0"s},
+      {ended, 20, kQuotes, CS_SUCCEED, "it''s\0tail"s},
+      {ended, 12, kQuotes | CS_DFMT_NULLTERM | CS_DFMT_PADBLANK, CS_SUCCEED, "it''s\0     \0"s},
+      {ended, 6, kQuotes | CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "it''s\0"s},
   };
   for (const auto& row : rows) {
     for (const CS_INT from : {CS_CHAR_TYPE, CS_VARCHAR_TYPE}) {
@@ -224,24 +231,6 @@ TEST(TextToText, PaddingAndTruncation) {
   const Result empty =
       convert(context, text_as(CS_VARCHAR_TYPE, ""), format_of(CS_CHAR_TYPE, 4, CS_DFMT_PADBLANK));
   EXPECT_EQ("    ", empty.text());
-}
-
-TEST(TextToText, DoublingEndsAtANul) {
-  Context context;
-  const struct {
-    CS_INT room, format;
-    CS_RETCODE code;
-    std::string bytes;
-  } rows[] = {{20, CS_DFMT_NULLTERM, CS_SUCCEED, "it''s\0"s},  // no second NUL
-              {20, 0, CS_SUCCEED, "it''s\0tail"s},
-              {12, CS_DFMT_NULLTERM | CS_DFMT_PADBLANK, CS_SUCCEED, "it''s\0     \0"s},
-              {6, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "it''s\0"s}};
-  for (const auto& row : rows) {
-    const CS_DATAFMT to = format_of(CS_CHAR_TYPE, row.room, row.format | CS_DFMT_ESCQUOTE);
-    const Result result = from_char(context, "it's\0tail"s, to);
-    EXPECT_EQ(row.code, result.code) << row.room << ", format " << row.format;
-    EXPECT_EQ(row.bytes, result.text()) << row.room << ", format " << row.format;
-  }
   const CS_DATAFMT from = format_of(CS_CHAR_TYPE, 4), to = format_of(CS_CHAR_TYPE, 4);
   char dest[4];
   CS_INT length = 0;
@@ -315,6 +304,18 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
       EXPECT_EQ(0, result.bytes[3]) << "a NUL where a byte of room is left";
     }
   }
+  CS_SMALLINT small = 7;
+  EXPECT_EQ(comnlib::kScanned, com__chtoi2_mb(set.attrib(), "\x81\x34\x32", 3, &small));
+  EXPECT_EQ(42, small);
+  EXPECT_EQ(comnlib::kOutOfRange, com__chtoi2_mb(nullptr, "-32769", 6, &small));
+  EXPECT_EQ(-32768, small);
+  EXPECT_EQ(comnlib::kNoInteger, com__chtoi2_mb(nullptr, "4x", 2, &small));
+  EXPECT_EQ(-32768, small) << "a syntax error stores nothing";
+
+  // A set of single bytes has no widths; its lower-case letters are its ASCII forms.
+  charset.char_attrib = const_cast<char_attrib*>(com_get_charattrib());
+  EXPECT_EQ(42, from_char(context, " 42 ", format_of(CS_INT_TYPE)).as<CS_INT>());
+  EXPECT_EQ(400, from_char(context, "4E2\0x"s, format_of(CS_FLOAT_TYPE)).as<double>());
   EXPECT_EQ(5, comnb_truncate_chars(set.attrib(), text.data(), 5, 9));
   EXPECT_EQ(3, comnb_truncate_chars(set.attrib(), text.data(), 4, 9)) << "the source cuts";
   EXPECT_EQ(2, comnb_truncate_chars(nullptr, text.data(), 5, 2));
@@ -325,7 +326,7 @@ TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
   const Encoded text = utf16_of(u"a\U0001F600b");
   EXPECT_EQ(text.bytes + "\0\0"s,
             convert(context, text, format_of(CS_UNICHAR_TYPE, 12, CS_DFMT_NULLTERM)).text());
-  const Result cut = convert(context, text, format_of(CS_UNICHAR_TYPE, 5));
+  const Result cut = convert(context, text, format_of(CS_UNICHAR_TYPE, 5, CS_DFMT_PADBLANK));
   EXPECT_EQ(CS_CVT_TRUNCATED, cut.code);
   EXPECT_EQ("a\0"s, cut.text());
   Encoded odd = utf16_of(u"12");
@@ -343,16 +344,18 @@ TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
     CS_INT room, format;
     CS_RETCODE code;
     std::string bytes;
-  } rows[] = {{text_as(CS_CHAR_TYPE, "ab"), 9, CS_DFMT_PADBLANK | CS_DFMT_NULLTERM, CS_SUCCEED,
-               "a\0b\0 \0\0\0"s},
-              {{format_of(CS_INT_TYPE), bytes_of(-12345)}, 10, 0, CS_CVT_OVERFLOW, "*\0"s},
-              {{format_of(CS_BIT_TYPE), "\2"}, 10, 0, CS_CVT_DOMAIN, ""},
-              // Cut as the text of money is.
-              {{format_of(CS_MONEY4_TYPE), bytes_of(CS_MONEY4{12345678})},
-               9,
-               CS_DFMT_NULLTERM,
-               CS_CVT_OVERFLOW,
-               "1\0002\0003\0\0\0"s}};
+  } rows[] = {
+      {text_as(CS_CHAR_TYPE, "ab"), 9, CS_DFMT_PADBLANK | CS_DFMT_NULLTERM, CS_SUCCEED,
+       "a\0b\0 \0\0\0"s},
+      {{format_of(CS_INT_TYPE), bytes_of(-12345)}, 10, 0, CS_CVT_OVERFLOW, "*\0"s},
+      {{format_of(CS_INT_TYPE), bytes_of(-1)}, 6, CS_DFMT_PADBLANK, CS_SUCCEED, "-\0001\0 \0"s},
+      {{format_of(CS_BIT_TYPE), "\2"}, 10, 0, CS_CVT_DOMAIN, ""},
+      // Cut as the text of money is.
+      {{format_of(CS_MONEY4_TYPE), bytes_of(CS_MONEY4{12345678})},
+       9,
+       CS_DFMT_NULLTERM,
+       CS_CVT_OVERFLOW,
+       "1\0002\0003\0\0\0"s}};
   for (const auto& row : rows) {
     const CS_INT type = row.source.format.datatype;
     const Result result =
@@ -379,6 +382,7 @@ TEST(BinaryTo, TextAndStoredBytes) {
       {bytes, format_of(CS_CHAR_TYPE, 0, CS_DFMT_NULLTERM), CS_CVT_TRUNCATED, ""},
       {"", format_of(CS_CHAR_TYPE, 0, CS_DFMT_NULLTERM), CS_CVT_TRUNCATED, ""},
       {bytes, format_of(CS_CHAR_TYPE, 1, CS_DFMT_NULLTERM), CS_CVT_TRUNCATED, "\0"s},
+      {bytes, format_of(CS_BINARY_TYPE, 3), CS_SUCCEED, bytes},
       {bytes, format_of(CS_BINARY_TYPE, 2), CS_CVT_TRUNCATED, "\0\x1F"s},
       {bytes, format_of(CS_IMAGE_TYPE, 4, CS_DFMT_PADNULL), CS_SUCCEED, bytes + '\0'},
       {"\2", format_of(CS_BIT_TYPE), CS_CVT_DOMAIN, ""},

@@ -89,7 +89,7 @@ TEST(CharsetFile, EveryRefusal) {
     CS_RETCODE result;
   } rows[] = {
       {"whole", class1(good), CS_SUCCEED},
-      {"hexadecimal numbers", class1(good, "id = 0xFF\nimage_size = 0x505\n"), CS_SUCCEED},
+      {"hexadecimal numbers", class1(good, "id = 0XFF\nimage_size = 0x505\n"), CS_SUCCEED},
       {"30 characters", class1(good, "name = " + name30 + "\nimage_size = 1285\n"), CS_SUCCEED},
       {"31 characters", class1(good, "name = x" + name30 + "\nimage_size = 1285\n"), CS_FAIL},
       {"size 1284", class1(good, "image_size = 1284\n"), CS_FAIL},
@@ -99,6 +99,8 @@ TEST(CharsetFile, EveryRefusal) {
       {"class 0", class1(good, "class = 0\nimage_size = 1285\n"), CS_FAIL},
       {"no class", "[charset]\nimage_size = 1285\n" + good, CS_FAIL},
       {"id 256", class1(good, "id = 256\nimage_size = 1285\n"), CS_FAIL},
+      {"id -1", class1(good, "id = -1\nimage_size = 1285\n"), CS_FAIL},
+      {"status -1", class1(good, "status = -1\nimage_size = 1285\n"), CS_FAIL},
       {"status 65536", class1(good, "status = 65536\nimage_size = 1285\n"), CS_FAIL},
       {"unknown key", class1(good, "image = 1\nimage_size = 1285\n"), CS_FAIL},
       {"no section", "[charsets]\n", CS_FAIL},
@@ -114,7 +116,8 @@ TEST(CharsetFile, EveryRefusal) {
       {"too much", class1(good + definition("00")), CS_FAIL},
       {"a digit too much", class1(definition(kTypes) + definition(kSounds + "0")), CS_FAIL},
       {"too little", class1(definition(kTypes) + definition(kSounds.substr(1))), CS_FAIL},
-      {"other key within", class1(definition(kTypes) + "x = y\n" + definition(kSounds)), CS_FAIL},
+      {"other key within", class1(definition(kTypes) + "x = " + kSounds + "\n"), CS_FAIL},
+      {"damaged behind", class1(good + "x\n"), CS_INTL_LIBERR},
       {"other key behind", class1(good + "x = y\n"), CS_SUCCEED},
       {"no hexadecimal digit", class1(definition("g" + kTypes.substr(1)) + definition(kSounds)),
        CS_FAIL},

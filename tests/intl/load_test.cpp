@@ -45,6 +45,7 @@ TEST(Lookup, LinesOfTheTable) {
       {"name is a leading part", "[linux]\nlocale = xy, l, c\n", CS_FAIL, nullptr},
       {"unread values are not checked", "[linux]\nlocale = y, \"\nlocale = x, l, c\n", CS_SUCCEED,
        "l/c/binary///"},
+      {"damaged name", "[linux]\nlocale = \"y\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
       {"damaged value", "[linux]\nlocale = x, l, c, \"s\n", CS_INTL_LIBERR, nullptr},
       {"damaged section", "[linux\nlocale = x, l, c\n", CS_INTL_LIBERR, nullptr},
       {"255 bytes", "[linux]\nlocale = x, l, c, " + std::string(255, 's') + "\n", CS_SUCCEED,
@@ -85,6 +86,10 @@ TEST(Load, SharesAndCaches) {
   const ShippedHome home;
   Context context;
   ASSERT_EQ(CS_SUCCEED, context.init());
+  CsOid oid = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_globalid(context, "charset", "ucs2x", 4, &oid));
+  EXPECT_EQ(context.globals.ucs2_oid, oid);
+  EXPECT_EQ(CS_FAIL, comn_globalid(context, "collate", "ucs2", CS_NULLTERM, &oid));
   const int after_init = intl_host::files_opened();
   EXPECT_EQ(CS_SUCCEED, context.init()) << "a second set-up does nothing";
   EXPECT_EQ(after_init, intl_host::files_opened());
@@ -115,6 +120,8 @@ TEST(Load, SharesAndCaches) {
   EXPECT_STREQ("division par z\u00e9ro",
                comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommonServices,
                                      CS_CVT_DIVZERO));
+  EXPECT_EQ(nullptr, comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommon,
+                                           CS_CVT_DIVZERO));
   CsLocCache* copy = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(context, given, &copy));
   EXPECT_STREQ("mine", copy->locname);
@@ -160,6 +167,7 @@ TEST(Load, NamedConventions) {
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &entry));
   EXPECT_STREQ("us_english", entry->com__datename);
+  EXPECT_STREQ("us_english", entry->numname);
   EXPECT_EQ(nullptr, entry->locdateinfo);
   EXPECT_EQ("$", entry->locmoninfo->symbol);
   EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 5, "us_english", entry, nullptr, 0));
@@ -190,6 +198,8 @@ TEST(Load, EveryRefusal) {
       {"locale unknown", kTable, "locale = default", "locale = other", CS_FAIL},
       {"charset without number", ids, "iso_1 = 2", "iso_x = 2", CS_FAIL},
       {"bad number", ids, "iso_1 = 2", "iso_1 = two", CS_FAIL},
+      {"number with a tail", ids, "iso_1 = 2", "iso_1 = 2x", CS_FAIL},
+      {"number 0", ids, "iso_1 = 2", "iso_1 = 0", CS_FAIL},
       {"number too large", ids, "iso_1 = 2", "iso_1 = 0x80000000", CS_FAIL},
       {"set-up without binary", ids, "binary = ", "x = ", CS_FAIL},
       {"set-up without ucs2", ids, "ucs2 = ", "x = ", CS_FAIL},
@@ -197,11 +207,17 @@ TEST(Load, EveryRefusal) {
       {"language without number", ids, "us_english = 1", "x = 1", CS_FAIL},
       {"no numbers", ids, "", nullptr, CS_INTL_NOFILE},
       {"no messages", texts, "", nullptr, CS_INTL_NOFILE},
+      {"signed hexadecimal number", texts, "-101 =", "0x-65 =", CS_FAIL},
       {"message without number", texts, "-101 =", "x =", CS_FAIL},
       {"no message section", texts, "[messages]", "[message]", CS_FAIL},
       {"damaged message", texts, "-101 = \"", "-101 = \"\"x", CS_INTL_LIBERR},
       {"no replacement", config, "replacement", "description", CS_FAIL},
       {"bad replacement", config, "= 3F", "= 3G", CS_FAIL},
+      {"half a replacement", config, "= 3F", "= 3F3", CS_FAIL},
+      {"empty replacement", config, "= 3F", "=", CS_FAIL},
+      {"unknown configuration key", config, "table =", "x = y\ntable =", CS_FAIL},
+      {"damaged configuration", config, "to = utf8", "to", CS_INTL_LIBERR},
+      {"damaged targets", config, "to = utf8", "to = \"utf8", CS_INTL_LIBERR},
       {"long replacement", config, "= 3F", "= 3F3F3F3F3F", CS_FAIL},
       {"table and algorithm", config, "table =", "algorithm = utf8\ntable =", CS_FAIL},
       {"unknown algorithm", config, "table = iso_1", "algorithm = x", CS_FAIL},
@@ -209,19 +225,27 @@ TEST(Load, EveryRefusal) {
       {"no sort order", order, "", nullptr, CS_INTL_NOFILE},
       {"unknown kind", order, "kind = binary", "kind = x", CS_FAIL},
       {"neither kind nor weights", order, "kind = binary", "", CS_FAIL},
-      {"unknown sort key", order, "kind", "kinds", CS_FAIL},
+      {"unknown sort key", order, "kind", "x = y\nkind", CS_FAIL},
+      {"damaged sort order", order, "kind = binary", "kind = binary\nx", CS_INTL_LIBERR},
       {"short weights", order, "kind = binary", "kind = weights\nweights = 00", CS_FAIL},
       {"no conventions", common, "", nullptr, CS_INTL_NOFILE},
       {"eleven months", common, "January, ", "", CS_FAIL},
-      {"no months", common, "months = ", "shortmonths = ", CS_FAIL},
+      {"no months", common, "months = ", ";", CS_FAIL},
+      {"no short months", common, "shortmonths = ", ";", CS_FAIL},
+      {"no days", common, "days = ", ";", CS_FAIL},
       {"thirteen months", common, "January, ", "January, January, ", CS_FAIL},
       {"unknown order", common, "order = mdy", "order = mmm", CS_FAIL},
+      {"unknown key", common, "style = ", "styles = ", CS_FAIL},
       {"unknown style", common, "style = default", "style = x", CS_FAIL},
       {"bad grouping", common, "grouping = 3", "grouping = -1", CS_FAIL},
+      {"wide grouping", common, "grouping = 3", "grouping = 10", CS_FAIL},
       {"no decimal point", common, "decimal = .", "decimal =", CS_FAIL},
+      {"none of money", common, "before\ndecimal = .", "before", CS_FAIL},
       {"unknown place", common, "place = before", "place = x", CS_FAIL},
       {"no money", common, "[money]", "[cash]", CS_FAIL},
-      {"two sections of a kind", common, "[money]", "[numeric]", CS_FAIL},
+      {"no dates", common, "[datetime]", "[x]", CS_FAIL},
+      {"no numbers", common, "[numeric]", "[x]", CS_FAIL},
+      {"two sections of a kind", common, "[money]", "[numeric]\ndecimal = .\n[money]", CS_FAIL},
       {"damaged conventions", common, "separator = \",\"", "separator = \",", CS_INTL_LIBERR},
   };
   const HomeCopy home;
@@ -349,11 +373,13 @@ TEST(Load, TakesTheHostsLocks) {
   CsLocCache* entry = nullptr;
   EXPECT_EQ(CS_SUCCEED, context.load("default", &entry));
   EXPECT_EQ(2, locks_taken);
+  table.take_mutex_fn = nullptr;
+  EXPECT_EQ(CS_SUCCEED, context.load("german", &entry)) << "a host that needs no locks";
   table.take_mutex_fn = [](COMN_MUTEX*) -> CS_RETCODE { return CS_FAIL; };
   CS_LOCALE* locale = nullptr;
   EXPECT_EQ(CS_FAIL, context.load("default", &entry));
   EXPECT_EQ(CS_FAIL, comn_loc_alloc(context, &locale));
-  EXPECT_EQ(2, locks_taken) << "what was not taken is not released";
+  EXPECT_EQ(3, locks_taken) << "what was not taken is not released";
   context.context.ctxthread = nullptr;
 }
 
@@ -428,10 +454,10 @@ TEST_F(Locales, Records) {
   EXPECT_EQ(first, second->next) << "newest first";
   EXPECT_EQ(second, context_.globals.cmg_locale);
   CS_LOCALE other{};
-  other.next = empty;
+  other.next = second;
   EXPECT_EQ(CS_SUCCEED, comn_loc_copy(&other, first));
   EXPECT_EQ(japanese_, other.timeptr);
-  EXPECT_EQ(empty, other.next);
+  EXPECT_EQ(second, other.next);
   EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, &other));
   EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context_, first));
   EXPECT_EQ(nullptr, context_.context.ctxlocale);
@@ -475,6 +501,12 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
             com_intl_get_locname(context_, &german, "\u00fc", CS_NULLTERM, buffer, 1, &outlen));
   EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "", 0, buffer, 4, &outlen));
   EXPECT_EQ(0, outlen);
+  EXPECT_EQ(CS_FAIL, com_intl_get_locname(context_, nullptr, "a", 1, buffer, 4, &outlen));
+  CS_LOCALE current = japanese;
+  context_.context.ctxlocale = &current;
+  EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "\u65e5", 3, buffer, 4, &outlen));
+  EXPECT_EQ(2, outlen);
+  context_.context.ctxlocale = nullptr;
 }
 
 TEST_F(Locales, SortOrders) {
@@ -489,6 +521,7 @@ TEST_F(Locales, SortOrders) {
     std::string_view text1, text2;
     int sign;
   } rows[] = {{"binary", &bytes, "a", "B", 1},
+              {"binary leading part", &bytes, "a", "aB", -1},
               {"no case", &folding, "a", "B", -1},
               {"no case, equal", &folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
               {"leading part", &folding, "ab", "abc", -1},

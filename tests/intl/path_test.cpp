@@ -139,6 +139,11 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
   EXPECT_EQ(CS_SUCCEED, com__open_charfile(&context, "x", "y", "srt", &handle, error, 100));
   EXPECT_EQ(path, error);
   EXPECT_EQ(0, intl_close(handle));
+  directory.write("sub/config/c", "[a]\n");
+  const scratch::Variable nuv("TALVEN_NUV", "sub");
+  EXPECT_EQ(CS_INTL_NOFILE, com__open_cfgfile(&context, "c", &handle, 0));
+  EXPECT_EQ(CS_SUCCEED, com__open_cfgfile(&context, "c", &handle, 1));
+  EXPECT_EQ(0, intl_close(handle));
   EXPECT_EQ(CS_INTL_NOFILE, com__open_charfile(&context, "x", "z", "srt", &handle, error, 6));
   EXPECT_EQ(path.substr(0, 5), error);
   EXPECT_GT(0, context.ctxintlerr);

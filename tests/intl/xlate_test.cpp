@@ -148,6 +148,16 @@ std::string utf8(char32_t code) {
   return {byte(0xF0 | code >> 18), tail(12), tail(6), tail(0)};
 }
 
+// As many leading parts as have room.
+std::string fitting(const std::vector<std::string>& parts, std::size_t room = 1000) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (text.size() + part.size() > room) break;
+    text += part;
+  }
+  return text;
+}
+
 // What decodes is exactly the shortest forms of the characters: in the first loop all of them, in
 // the second all sequences of up to three bytes, and of four with the first three telling.
 TEST_F(Xlate, Utf8IsStrictBothWays) {
@@ -162,7 +172,8 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
   const auto refused = [&](const std::string& bytes) {
     return sets_.translate(set, kUnicode, bytes).code == CS_CVT_BADXLATE;
   };
-  const std::string edges = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xFF";
+  const std::string edges = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC3\xFF";
+  EXPECT_TRUE(refused("\xC3\xA9\xC1\x81")) << "an overlong pair behind another";
   for (unsigned lead = 0x80; lead < 0x100; ++lead) {
     EXPECT_TRUE(refused({static_cast<char>(lead)})) << "cut by the end";
     for (const char second : edges) {
@@ -188,26 +199,34 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
 
 TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
   const XlateEnd set = sets_.end("utf8");
-  for (const std::string& bad : {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
-                                 utf16(0xD800) + utf16('x'), std::string("x")}) {
+  for (const std::string& bad :
+       {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
+        utf16(0xD800) + utf16('x'), utf16(0xD800) + utf16(0xE000), std::string("x")}) {
     const Output output = sets_.translate(kUnicode, set, utf16('a') + bad);
     EXPECT_EQ(CS_CVT_BADXLATE, output.code);
     EXPECT_EQ("a", output.bytes) << "what stands before it is converted";
   }
-  const std::string text = "aé€😀";
-  const std::string wide = sets_.translate(set, kUnicode, text).bytes;
-  for (std::size_t room = 0; room <= text.size() + 3; ++room) {
-    const Output narrow = sets_.translate(kUnicode, set, wide, room);
-    EXPECT_EQ(room < text.size() ? CS_CVT_TRUNCATED : CS_SUCCEED, narrow.code) << room;
-    EXPECT_EQ(text.substr(0, room < 1    ? 0
-                             : room < 3  ? 1
-                             : room < 6  ? 3
-                             : room < 10 ? 6
-                                         : 10),
-              narrow.bytes);
-    const Output again = sets_.translate(set, kUnicode, text, room);
-    EXPECT_EQ(wide.substr(0, room < 6 ? room / 2 * 2 : room < 10 ? 6 : 10), again.bytes);
+  // ASCII goes by blocks of 16; what follows stands at every place of one.
+  for (std::size_t ascii = 0; ascii < 36; ++ascii) {
+    const std::u32string text = std::u32string(ascii, 'a') + U"\u0080é€😀" + std::u32string(20, 'b');
+    std::vector<std::string> narrow_parts, wide_parts;
+    for (const char32_t code : text) {
+      narrow_parts.push_back(utf8(code));
+      wide_parts.push_back(utf16(code));
+    }
+    for (std::size_t room = 0; room < ascii + 100; ++room) {
+      const std::string narrow = fitting(narrow_parts), wide = fitting(wide_parts);
+      const std::string fit = fitting(narrow_parts, room);
+      const Output output = sets_.translate(kUnicode, set, wide, room);
+      EXPECT_EQ(fit == narrow ? CS_SUCCEED : CS_CVT_TRUNCATED, output.code) << room;
+      EXPECT_EQ(fit, output.bytes) << room;
+      EXPECT_EQ(fit, sets_.translate(set, set, narrow, room).bytes) << room;
+      EXPECT_EQ(fitting(wide_parts, room), sets_.translate(set, kUnicode, narrow, room).bytes);
+    }
   }
+  const XlateEnd sjis = sets_.end("sjis"), plain{nullptr, false};
+  EXPECT_EQ(CS_CVT_TRUNCATED, sets_.translate(kUnicode, sjis, utf16(U'ü'), 1).code);
+  EXPECT_EQ("\xFF?", sets_.translate(kUnicode, plain, utf16(0xFF) + utf16(0x100)).bytes);
   const CsCharDesc unconfigured{};
   EXPECT_EQ(CS_CVT_NOXLATE, sets_.translate(kUnicode, {&unconfigured, false}, "").code);
 }
@@ -334,10 +353,18 @@ TEST(XlateTables, EveryRefusal) {
               sets.translate(sets.end("koi8"), kUnicode, "A").code)
         << row.label;
     if (row.code != CS_SUCCEED) continue;
+    EXPECT_EQ(utf16('b'), sets.translate(sets.end("koi8"), kUnicode, "A").bytes);
     EXPECT_EQ("A", sets.translate(kUnicode, sets.end("koi8"), utf16('b')).bytes);
     EXPECT_EQ(CS_CVT_BADXLATE, sets.translate(sets.end("koi8"), kUnicode, "C").code);
   }
   EXPECT_EQ(0U, host_alloc::live_blocks());
+
+  home.change("charsets/iso15/iso15.cfg", "to = utf8", "to = x");
+  intl_host::Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  Sets sets(context);
+  EXPECT_EQ(CS_CVT_NOXLATE, sets.translate(sets.end("iso15"), kUnicode, "a").code);
+  EXPECT_EQ("a", sets.translate(kUnicode, sets.end("iso15"), utf16('a')).bytes);
 }
 
 }  // namespace
