@@ -196,6 +196,9 @@ TEST_F(DoubleByte, Stepping) {
       EXPECT_EQ(attrib == nullptr ? single : row.told, told) << row.label;
     }
   }
+  CS_INT told = 0;
+  const CS_BYTE* end = at("ab");
+  EXPECT_DEATH(comn_whole_char(&set_, end + 1, end, &told, &told, &told, &told), "assertion");
 }
 
 TEST(Build, SingleByteImageAndRefusals) {

@@ -188,6 +188,7 @@ TEST(Load, EveryRefusal) {
   const std::string config = "charsets/iso_1/iso_1.cfg";
   const std::string order = "charsets/iso_1/binary.srt";
   const std::string ids = "config/objectid.dat";
+  const std::string long_table = "table = " + std::string(256, 't');
   const struct {
     const char* label;
     std::string file;
@@ -210,11 +211,13 @@ TEST(Load, EveryRefusal) {
       {"signed hexadecimal number", texts, "-101 =", "0x-65 =", CS_FAIL},
       {"message without number", texts, "-101 =", "x =", CS_FAIL},
       {"no message section", texts, "[messages]", "[message]", CS_FAIL},
+      {"damaged entry", texts, "-101 =", "-101", CS_INTL_LIBERR},
       {"damaged message", texts, "-101 = \"", "-101 = \"\"x", CS_INTL_LIBERR},
       {"no replacement", config, "replacement", "description", CS_FAIL},
       {"bad replacement", config, "= 3F", "= 3G", CS_FAIL},
       {"half a replacement", config, "= 3F", "= 3F3", CS_FAIL},
       {"empty replacement", config, "= 3F", "=", CS_FAIL},
+      {"long table", config, "table = iso_1", long_table.c_str(), CS_FAIL},
       {"unknown configuration key", config, "table =", "x = y\ntable =", CS_FAIL},
       {"damaged configuration", config, "to = utf8", "to", CS_INTL_LIBERR},
       {"damaged targets", config, "to = utf8", "to = \"utf8", CS_INTL_LIBERR},
@@ -262,6 +265,7 @@ TEST(Load, EveryRefusal) {
       CsLocCache* entry = nullptr;
       CS_RETCODE result = context.init();
       const CsCharDesc* sets = context.globals.cmg_chardesc;
+      EXPECT_TRUE(result != CS_SUCCEED || !std::string_view(row.label).starts_with("set-up"));
       EXPECT_EQ(result == CS_SUCCEED, context.globals.utf8_charset != nullptr) << row.label;
       EXPECT_EQ(result == CS_SUCCEED, context.globals.lm != nullptr) << row.label;
       if (result == CS_SUCCEED) result = context.load("default", &entry);

@@ -269,6 +269,17 @@ TEST_F(Xlate, ThroughTheConversionRoutines) {
     EXPECT_EQ(std::string(dest.size() - static_cast<std::size_t>(row.room), '#'),
               dest.substr(static_cast<std::size_t>(row.room)));
   }
+  // Within one set too; a cut before a long character ends where the text does.
+  destfmt.locale = &from;
+  srcfmt.maxlength = 5;
+  destfmt.maxlength = 4;
+  destfmt.format = CS_DFMT_NULLTERM;
+  std::string dest = "####";
+  CS_INT length = -1;
+  EXPECT_EQ(CS_CVT_TRUNCATED,
+            comn_chartochar(context, &srcfmt, "a😀", &destfmt, dest.data(), &length));
+  EXPECT_EQ(std::string("a\0#\0", 4), dest);
+  EXPECT_EQ(1, length);
 }
 
 // Month names are text of the locale's character set.
@@ -353,6 +364,9 @@ TEST(XlateTables, EveryRefusal) {
               sets.translate(sets.end("koi8"), kUnicode, "A").code)
         << row.label;
     if (row.code != CS_SUCCEED) continue;
+    const ConvTable* again = nullptr;
+    EXPECT_EQ(CS_SUCCEED, load_table(context.context, "koi8", "koi8", again, {nullptr, 0}));
+    EXPECT_EQ(table, again);
     EXPECT_EQ(utf16('b'), sets.translate(sets.end("koi8"), kUnicode, "A").bytes);
     EXPECT_EQ("A", sets.translate(kUnicode, sets.end("koi8"), utf16('b')).bytes);
     EXPECT_EQ(CS_CVT_BADXLATE, sets.translate(sets.end("koi8"), kUnicode, "C").code);
