@@ -39,12 +39,53 @@ inline CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0, CS_INT format
   return made;
 }
 
+inline CS_DATAFMT numeric_format(CS_INT precision, CS_INT scale, CS_INT type = CS_NUMERIC_TYPE) {
+  CS_DATAFMT made = format_of(type);
+  made.precision = precision;
+  made.scale = scale;
+  return made;
+}
+
+std::string bytes_of(const auto& value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+// A source: its format, and its bytes.
+struct Encoded {
+  CS_DATAFMT format;
+  std::string bytes;
+};
+
+// A text as the source `type` holds it; a varchar may be told another length.
+inline Encoded text_as(CS_INT type, const std::string& text, CS_SMALLINT record_length = 0) {
+  if (type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE) {
+    CS_VARCHAR record{record_length == 0 ? static_cast<CS_SMALLINT>(text.size()) : record_length,
+                      {}};
+    text.copy(record.str, sizeof record.str);
+    return {format_of(type), bytes_of(record)};
+  }
+  std::string bytes = text;
+  if (type == CS_UNICHAR_TYPE) {
+    bytes.clear();
+    for (const char c : text) bytes += {c, '\0'};
+  }
+  return {format_of(type, static_cast<CS_INT>(bytes.size())), bytes};
+}
+
+inline Encoded utf16_of(const std::u16string& text) {
+  std::string bytes(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+  return {format_of(CS_UNICHAR_TYPE, static_cast<CS_INT>(bytes.size())), bytes};
+}
+
 struct Result {
   CS_RETCODE code = 0;
-  CS_INT length = -1;
+  CS_INT length = 99;          // none that a routine tells
   std::vector<CS_BYTE> bytes;  // maxlength and the guard
 
-  std::string text() const { return {bytes.begin(), bytes.begin() + std::max(length, 0)}; }
+  std::string text() const { return first(static_cast<std::size_t>(std::max(length, 0))); }
+  std::string first(std::size_t count) const {
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
+  }
 
   template <class T>
   T as(std::size_t at = 0) const {
@@ -60,14 +101,13 @@ struct Result {
 };
 
 // Source and destination stand at odd addresses, as in a host's row buffer.
-inline Result convert(Context& context, const CS_DATAFMT& from, const void* value, std::size_t size,
-                      const CS_DATAFMT& to) {
-  const CS_INT srctype = from.datatype;
+inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT& to) {
+  const CS_INT srctype = source.format.datatype;
   const CS_INT length =
       to.datatype == CS_UNICHAR_TYPE ? to.maxlength : comn_typelen(to.datatype, to.maxlength);
   const auto room = static_cast<std::size_t>(length);
-  std::vector<CS_BYTE> source(size + 1);
-  std::memcpy(source.data() + 1, value, size);
+  std::vector<CS_BYTE> held(1 + source.bytes.size());
+  std::ranges::copy(source.bytes, held.begin() + 1);
   std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);
   const CS_DATAFMT to_before = to;
 
@@ -75,21 +115,16 @@ inline Result convert(Context& context, const CS_DATAFMT& from, const void* valu
   const CS_CONV_FUNC routine = com_conv_func(&context, srctype, to.datatype);
   EXPECT_NE(nullptr, routine) << srctype << " to " << to.datatype;
   if (routine == nullptr) return result;
-  result.code = routine(&context, &from, source.data() + 1, &to, dest.data() + 1, &result.length);
+  result.code =
+      routine(&context, &source.format, held.data() + 1, &to, dest.data() + 1, &result.length);
   EXPECT_EQ(0, std::memcmp(&to, &to_before, sizeof to)) << "the format is only read";
   result.bytes.assign(dest.begin() + 1, dest.end());
   EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;
   return result;
 }
 
-inline Result convert(Context& context, CS_INT srctype, const void* value, std::size_t size,
-                      const CS_DATAFMT& to) {
-  return convert(context, format_of(srctype), value, size, to);
-}
-
-template <class T>
-Result convert(Context& context, CS_INT srctype, const T& value, const CS_DATAFMT& to) {
-  return convert(context, srctype, &value, sizeof value, to);
+Result convert(Context& context, CS_INT srctype, const auto& value, const CS_DATAFMT& to) {
+  return convert(context, {format_of(srctype), bytes_of(value)}, to);
 }
 
 // What a call that must abort writes to standard error; "" when it returns.

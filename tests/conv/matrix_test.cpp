@@ -1,10 +1,12 @@
-// The matrix against a table of routine names, resolved in the shared object, and what hosts
-// change.
+// The matrix against a table of routine names, resolved in the shared object, what hosts change,
+// and where routines stop.
 #include <dlfcn.h>
 
 #include <map>
+#include <set>
 #include <sstream>
 
+#include "comnlib/datetime.h"
 #include "conv/conversion.h"
 
 namespace {
@@ -144,10 +146,76 @@ TEST(TypeLength, FixedOrTheCallers) {
   }
 }
 
-TEST(ConversionsDeathTest, BrokenPreconditionsStop) {
+// What a routine says that is called with these datatypes, and with a null pointer in one place.
+std::string stop_of(CS_CONV_FUNC routine, CS_INT source, CS_INT destination, int missing = -1,
+                    CS_INT length = 1, CS_INT room = 40) {
   Context context;
+  const CS_DATAFMT from = format_of(source, length), to = format_of(destination, room);
+  const double value[40] = {};
+  char dest[300];
+  CS_INT written = 0;
+  const auto unless = [&](int at, auto* pointer) { return missing == at ? nullptr : pointer; };
+  return stop_text([&] {
+    routine(unless(0, &context), unless(1, &from), unless(2, &value), unless(3, &to),
+            unless(4, &dest[0]), unless(5, &written));
+  });
+}
+
+bool asserts(const std::string& text) {
+  return text.starts_with("\n\rassertion failed, file 'generic/src/conv/com_");
+}
+
+TEST(ConversionsDeathTest, EveryRoutineKnowsItsDatatypes) {
+  Context context;
+  const std::vector<CS_INT> one_of_each{-1, 0, 1, 6, 7, 8, 9, 10, 11, 14, 16, 18, 19, 24, 25};
+  std::set<CS_CONV_FUNC> seen{comn_voidtovoid};
+  for (CS_INT source = 0; source < CS_BUILTIN_TYPES; ++source) {
+    for (CS_INT destination = 0; destination < CS_BUILTIN_TYPES; ++destination) {
+      const CS_CONV_FUNC routine = com_conv_func(&context, source, destination);
+      if (routine == nullptr || !seen.insert(routine).second) continue;
+      EXPECT_TRUE(asserts(stop_of(routine, CS_USHORT_TYPE, destination))) << "from " << source;
+      if (source == CS_VOID_TYPE) continue;
+      for (const CS_INT code :
+           source == CS_INT_TYPE ? one_of_each : std::vector<CS_INT>{CS_USHORT_TYPE}) {
+        if (com_conv_func(&context, source, code) == routine) continue;
+        EXPECT_TRUE(asserts(stop_of(routine, source, code)))
+            << source << " to " << destination << " called for " << code;
+      }
+    }
+  }
+  for (int missing = 0; missing < 6; ++missing)
+    EXPECT_TRUE(stop_of(comn_i4toflt8, 8, 10, missing).starts_with("\n\rInvalid pointer 0x0"));
+}
+
+// The members into CS_LONG stop at one line for its code and at another for any other.
+TEST(ConversionsDeathTest, LongMembersStopAtTwoLines) {
+  const std::pair<CS_CONV_FUNC, CS_INT> members[] = {
+      {comn_i1toi8, 6},    {comn_i2toi8, 7},   {comn_i4toi8, 8},   {comn_flt4toi8, 9},
+      {comn_flt8toi8, 10}, {comn_bittoi8, 11}, {comn_chartoi8, 0}, {comn_varchartoi8, 18}};
+  for (const auto& [member, source] : members) {
+    const std::string to_long = stop_of(member, source, CS_LONG_TYPE);
+    const std::string to_other = stop_of(member, source, CS_INT_TYPE);
+    EXPECT_TRUE(to_long != to_other && to_long != "" && to_other != "") << source;
+    EXPECT_NE(to_other, stop_of(member, CS_USHORT_TYPE, CS_INT_TYPE)) << source;
+  }
+}
+
+TEST(ConversionsDeathTest, BrokenPreconditionsStop) {
+  for (const CS_CONV_FUNC routine : {comn_chartoi4, comn_bintoi4, comn_unichartoi4}) {
+    const CS_INT source = routine == comn_chartoi4 ? 0 : routine == comn_bintoi4 ? 1 : 25;
+    EXPECT_NE("", stop_of(routine, source, CS_INT_TYPE, -1, -2)) << source;
+  }
+  EXPECT_NE("", stop_of(comn_chartoi4, CS_CHAR_TYPE, CS_INT_TYPE, -1, 0)) << "an empty text";
+  EXPECT_NE("", stop_of(comn_get_datetochar_fmt, CS_INT_TYPE, CS_CHAR_TYPE));
+  EXPECT_NE("", stop_of(comn_get_datetochar_fmt, CS_DATETIME_TYPE, CS_INT_TYPE));
+  Context context;
+  for (const CS_INT to : {CS_CHAR_TYPE, CS_BINARY_TYPE, CS_UNICHAR_TYPE})
+    for (const CS_INT from :
+         {CS_CHAR_TYPE, CS_BINARY_TYPE, CS_INT_TYPE, CS_BIT_TYPE, CS_MONEY_TYPE})
+      EXPECT_NE("", stop_of(com_conv_func(&context, from, to), from, to, -1, 1, -1))
+          << from << " to " << to << ", negative room";
   const auto aborted = testing::KilledBySignal(SIGABRT);
-  for (const auto& [source, destination] : {Pair{-1, 0}, {0, -1}, {-1, 30}})
+  for (const auto& [source, destination] : {Pair{-1, 0}, {0, -1}, {-1, 30}, {30, -1}})
     EXPECT_EXIT(com_conv_default(&context, source, destination), aborted, "com_conv.cpp");
   EXPECT_EXIT(com_conv_func(nullptr, 0, 0), aborted, "Invalid pointer.*com_conv.cpp");
   EXPECT_EXIT(com_conv_init(nullptr), aborted, "Invalid pointer");

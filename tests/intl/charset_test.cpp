@@ -7,9 +7,8 @@
 #include <vector>
 
 #include "chars/iso_1.h"
+#include "comnlib/memory.h"
 #include "intl/charset.h"
-#include "intl/convcfg.h"
-#include "intl/convtable.h"
 #include "intl_host.h"
 #include "support/host_alloc.h"
 
@@ -90,7 +89,7 @@ TEST(CharsetFile, EveryRefusal) {
     CS_RETCODE result;
   } rows[] = {
       {"whole", class1(good), CS_SUCCEED},
-      {"hexadecimal numbers", class1(good, "id = 0xFF\nimage_size = 0x505\n"), CS_SUCCEED},
+      {"hexadecimal numbers", class1(good, "id = 0XFF\nimage_size = 0x505\n"), CS_SUCCEED},
       {"30 characters", class1(good, "name = " + name30 + "\nimage_size = 1285\n"), CS_SUCCEED},
       {"31 characters", class1(good, "name = x" + name30 + "\nimage_size = 1285\n"), CS_FAIL},
       {"size 1284", class1(good, "image_size = 1284\n"), CS_FAIL},
@@ -100,6 +99,8 @@ TEST(CharsetFile, EveryRefusal) {
       {"class 0", class1(good, "class = 0\nimage_size = 1285\n"), CS_FAIL},
       {"no class", "[charset]\nimage_size = 1285\n" + good, CS_FAIL},
       {"id 256", class1(good, "id = 256\nimage_size = 1285\n"), CS_FAIL},
+      {"id -1", class1(good, "id = -1\nimage_size = 1285\n"), CS_FAIL},
+      {"status -1", class1(good, "status = -1\nimage_size = 1285\n"), CS_FAIL},
       {"status 65536", class1(good, "status = 65536\nimage_size = 1285\n"), CS_FAIL},
       {"unknown key", class1(good, "image = 1\nimage_size = 1285\n"), CS_FAIL},
       {"no section", "[charsets]\n", CS_FAIL},
@@ -115,7 +116,8 @@ TEST(CharsetFile, EveryRefusal) {
       {"too much", class1(good + definition("00")), CS_FAIL},
       {"a digit too much", class1(definition(kTypes) + definition(kSounds + "0")), CS_FAIL},
       {"too little", class1(definition(kTypes) + definition(kSounds.substr(1))), CS_FAIL},
-      {"other key within", class1(definition(kTypes) + "x = y\n" + definition(kSounds)), CS_FAIL},
+      {"other key within", class1(definition(kTypes) + "x = " + kSounds + "\n"), CS_FAIL},
+      {"damaged behind", class1(good + "x\n"), CS_INTL_LIBERR},
       {"other key behind", class1(good + "x = y\n"), CS_SUCCEED},
       {"no hexadecimal digit", class1(definition("g" + kTypes.substr(1)) + definition(kSounds)),
        CS_FAIL},
@@ -179,10 +181,6 @@ TEST(CharsetFile, TablesThatTheFileLacks) {
   const std::string text =
       class2(header(256, 256, 1024, 256, 1, 1, 1), {widths, norms, lead, zeros(256)});
   EXPECT_EQ(CS_SUCCEED, read(text, inspect));
-  for (std::size_t n = 8; n <= 9; ++n) {
-    const host_alloc::Failing failing(n);
-    EXPECT_EQ(CS_MEM_ERROR, read(text)) << n;
-  }
 }
 
 class ShippedSets : public testing::Test {
@@ -190,11 +188,9 @@ class ShippedSets : public testing::Test {
   ShippedSets() { EXPECT_EQ(CS_SUCCEED, context_.init()); }
   const char_attrib* load(const char* charset) {
     CsLocCache* entry = nullptr;
-    EXPECT_EQ(CS_SUCCEED,
-              comn_intl_load_tlvtypes(context_, charset, CS_NULLTERM, charset, CS_NULLTERM,
-                                      "us_english", 10, "binary", 6, &entry, nullptr, 0))
+    EXPECT_EQ(CS_SUCCEED, context_.load(charset, charset, "us_english", "binary", &entry))
         << charset;
-    const CS_LOCALE locale{entry, entry, entry, entry, entry, entry, nullptr};
+    const CS_LOCALE locale = intl_host::all(entry);
     return com_intl_charattr(&locale);
   }
   intl_host::ShippedHome home_;
@@ -249,69 +245,6 @@ TEST_F(ShippedSets, MultibyteCharacters) {
     EXPECT_STREQ(std::string(row.upper).c_str(), reinterpret_cast<const char*>(upper))
         << row.set << ' ' << row.character;
   }
-}
-
-// The numbers of characters are those of Python's codecs.
-TEST_F(ShippedSets, ConversionTablesGoBothWays) {
-  using namespace comnlib;
-  const struct {
-    const char* set;
-    int characters;
-    CS_USHORT bytes, unit;
-  } rows[] = {
-      {"ascii", 128, 0x7F, 0x7F}, {"iso_1", 256, 0xFF, 0xFF},     {"iso15", 256, 0xA4, 0x20AC},
-      {"cp437", 256, 0x80, 0xC7}, {"cp850", 256, 0xD5, 0x131},    {"cp1252", 251, 0x80, 0x20AC},
-      {"koi8", 256, 0xC1, 0x430}, {"sjis", 7070, 0x93FA, 0x65E5}, {"cp936", 21919, 0xD6D0, 0x4E2D}};
-  for (const auto& row : rows) {
-    const ConvTable* table = nullptr;
-    ASSERT_EQ(CS_SUCCEED, load_table(context_.context, row.set, row.set, table, {nullptr, 0}));
-    int characters = 0;
-    for (unsigned bytes = 0; bytes <= 0xFFFF; ++bytes) {
-      const auto key = static_cast<CS_USHORT>(bytes);
-      const CS_USHORT unit = bytes < 0x100 ? table->single[bytes] : table->pairs.at(key);
-      if (unit == kNoCharacter) continue;
-      ++characters;
-      ASSERT_EQ(bytes, table->reverse.at(unit)) << row.set;
-      if (key == row.bytes) {
-        EXPECT_EQ(row.unit, unit) << row.set;
-      }
-    }
-    EXPECT_EQ(row.characters, characters) << row.set;
-    const ConvTable* again = nullptr;
-    EXPECT_EQ(CS_SUCCEED, load_table(context_.context, row.set, row.set, again, {nullptr, 0}));
-    EXPECT_EQ(table, again);
-  }
-}
-
-TEST(ConversionTable, EveryRefusal) {
-  using namespace comnlib;
-  const intl_host::HomeCopy home;
-  const struct {
-    const char* label;
-    const char* text;
-    CS_RETCODE result;
-  } rows[] = {{"first of two wins", "[table]\nsingle = 41, 00620062\n", CS_SUCCEED},
-              {"no section", "[tables]\n", CS_FAIL},
-              {"unknown key", "[table]\ntriple = 41, 0062\n", CS_FAIL},
-              {"half a unit", "[table]\nsingle = 41, 00620\n", CS_FAIL},
-              {"no digit", "[table]\nsingle = 41, 006g\n", CS_FAIL},
-              {"bad first byte", "[table]\nsingle = 4, 0062\n", CS_FAIL},
-              {"behind the last byte", "[table]\nsingle = FF, 00620063\n", CS_FAIL},
-              {"lead byte 0", "[table]\ndouble = 00, 41, 0062\n", CS_FAIL},
-              {"no units", "[table]\ndouble = 81, 41\n", CS_FAIL},
-              {"damaged", "[table]\nsingle = 41, \"\n", CS_INTL_LIBERR}};
-  for (const auto& row : rows) {
-    home.write("charsets/koi8/koi8.ctb", row.text);
-    intl_host::Context context;
-    const ConvTable* table = nullptr;
-    EXPECT_EQ(row.result, load_table(context.context, "koi8", "koi8", table, {nullptr, 0}))
-        << row.label;
-    if (row.result != CS_SUCCEED) continue;
-    EXPECT_EQ(0x62, table->single[0x42]);
-    EXPECT_EQ(0x41, table->reverse.at(0x62));
-    EXPECT_EQ(kNoCharacter, table->single[0x43]);
-  }
-  EXPECT_EQ(0U, host_alloc::live_blocks());
 }
 
 }  // namespace

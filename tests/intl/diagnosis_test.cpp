@@ -106,6 +106,11 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   EXPECT_STREQ("*", path);
   EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact - 1));
   EXPECT_STREQ("*", path);
+  {
+    const scratch::Variable nowhere("TALVEN", nullptr);
+    EXPECT_EQ(CS_INTL_LIBERR, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
+    EXPECT_STREQ("*", path);
+  }
 
   ASSERT_EQ(CS_SUCCEED, context.init());
   CsLocCache* entry = nullptr;

@@ -2,7 +2,11 @@
 // and a companion library that counts its files and fails to close them on demand.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "comnlib/locale.h"
@@ -16,8 +20,7 @@ int files_opened();
 int files_open();
 
 // While it lives, every intl_close returns -7, though it closes.
-class FailingClose {
- public:
+struct FailingClose {
   FailingClose();
   ~FailingClose();
   FailingClose(const FailingClose&) = delete;
@@ -27,39 +30,73 @@ class FailingClose {
 // A localization context; its destructor releases everything in the documented order.
 class Context {
  public:
-  Context();
-  ~Context();
+  Context() {
+    EXPECT_EQ(CS_SUCCEED, comn_create_mutex(&globals.cmg_mtx));
+    context.ctxglobals = &globals;
+  }
+  ~Context() {
+    EXPECT_EQ(0U, globals.cmg_mtx->use_count) << "the mutex is free after every call";
+    EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(&context));
+    EXPECT_EQ(CS_SUCCEED, com_intl_loccache_drop(&context));
+    EXPECT_EQ(CS_SUCCEED, com_intl_chardesc_drop(&context));
+    if (globals.lm != nullptr) {
+      EXPECT_EQ(CS_SUCCEED, comn_lm_exit(globals.lm));
+    }
+    EXPECT_EQ(nullptr, globals.utf8_charset);
+    EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(globals.cmg_mtx));
+    EXPECT_EQ(0, files_open());
+  }
   Context(const Context&) = delete;
   Context& operator=(const Context&) = delete;
 
   operator CS_CONTEXT*() { return &context; }
-  CS_RETCODE init();
-  CS_RETCODE load(const std::string& name, CsLocCache** entry);
+  CS_RETCODE init() { return comn_intl_init(&context, error, sizeof error); }
+  CS_RETCODE load(const std::string& name, CsLocCache** entry) {
+    return comn_intl_load(&context, name.c_str(), CS_NULLTERM, entry, error, sizeof error);
+  }
+  CS_RETCODE load(const char* name, const char* charset, const char* language, const char* order,
+                  CsLocCache** entry) {
+    return comn_intl_load_tlvtypes(&context, name, CS_NULLTERM, charset, CS_NULLTERM, language,
+                                   CS_NULLTERM, order, CS_NULLTERM, entry, error, sizeof error);
+  }
 
   CS_CONTEXT context{};
   CsCtxGlobals globals{};
   char error[300] = "";
 };
 
-// Sets TALVEN to the shipped home.
-class ShippedHome {
- public:
-  ShippedHome();
+// A locale all of whose categories are served by one entry.
+inline CS_LOCALE all(CsLocCache* entry) {
+  return {entry, entry, entry, entry, entry, entry, nullptr};
+}
 
- private:
-  scratch::Variable variable_;
+// Sets TALVEN to the shipped home.
+struct ShippedHome : scratch::Variable {
+  ShippedHome() : Variable("TALVEN", COMNLIB_HOME) {}
 };
 
 // A copy of the shipped home, to which TALVEN points.
 class HomeCopy {
  public:
-  HomeCopy();
+  HomeCopy() : variable_("TALVEN", directory_.path().c_str()) {
+    using std::filesystem::copy_options;
+    std::filesystem::copy(COMNLIB_HOME, directory_.path(), copy_options::recursive);
+  }
   std::string file(const std::string& name) const { return (directory_.path() / name).string(); }
-  std::string read(const std::string& name) const;
+  std::string read(const std::string& name) const {
+    std::ostringstream text;
+    text << std::ifstream(file(name), std::ios::binary).rdbuf();
+    return text.str();
+  }
   void write(const std::string& name, std::string_view text) const { directory_.write(name, text); }
   void remove(const std::string& name) const { std::filesystem::remove(file(name)); }
   // Replaces the first `from` in a file, which must hold it.
-  void change(const std::string& name, std::string_view from, std::string_view to) const;
+  void change(const std::string& name, std::string_view from, std::string_view to) const {
+    std::string text = read(name);
+    const std::size_t at = text.find(from);
+    ASSERT_NE(std::string::npos, at) << name << " holds no " << from;
+    write(name, text.replace(at, from.size(), to));
+  }
 
  private:
   scratch::Directory directory_;

@@ -21,57 +21,43 @@ struct Builder {
   std::function<CS_RETCODE(CS_CONTEXT*, CS_CHAR*, CS_INT)> build;
 };
 
-std::vector<Builder> builders() {
-  return {
-      {"anyfile", "/h/abc", 0,
-       [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
-      {"interfaces", "/h/interfaces", 0,
-       [](auto* c, auto* b, auto n) { return com_path_ifile(c, b, n); }},
-      {"configuration", "/h/config/x.cfg", 0,
-       [](auto* c, auto* b, auto n) { return com_path_cfgfile(c, "x.cfg", b, n, 0); }},
-      {"locale table", "/h/locales/locales.dat", 0,
-       [](auto* c, auto* b, auto n) {
-         return com__path_locfile(c, nullptr, "ignored", "locales.dat", b, n);
-       }},
-      {"language file", "/h/locales/french/f", 0,
-       [](auto* c, auto* b, auto n) { return com__path_locfile(c, "french", nullptr, "f", b, n); }},
-      {"language and charset file", "/h/locales/us_english/iso_1/f", 0,
-       [](auto* c, auto* b, auto n) {
-         return com__path_locfile(c, "us_english", "iso_1", "f", b, n);
-       }},
-      {"message file", "/h/locales/message/french/c.loc", 1,
-       [](auto* c, auto* b, auto n) {
-         return comn__path_msgfile(c, "french", 6, "c.locXX", 5, b, n);
-       }},
-      {"message file of a leading part", "/h/locales/message/us_english/f", 1,
-       [](auto* c, auto* b, auto n) { return comn__path_msgfile(c, "usXX", 2, "f", 1, b, n); }},
-      {"message file of no leading part", "/h/locales/message/us_x/f", 1,
-       [](auto* c, auto* b, auto n) { return comn__path_msgfile(c, "us_x", 4, "f", 1, b, n); }},
-      {"message file of a longer name", "/h/locales/message/us_english1/f", 1,
-       [](auto* c, auto* b, auto n) {
-         return comn__path_msgfile(c, "us_english1", 11, "f", 1, b, n);
-       }},
-      {"character-set file", "/h/charsets/utf8/charset.loc", 1,
-       [](auto* c, auto* b, auto n) {
-         return com__path_charfile(c, "utf8", "charset.loc", nullptr, b, n);
-       }},
-      {"character-set file, extension", "/h/charsets/utf8/x.srt", 0,
-       [](auto* c, auto* b, auto n) { return com__path_charfile(c, "utf8", "x", "srt", b, n); }},
-      {"no character set", "/h/charsets/x", 1,
-       [](auto* c, auto* b, auto n) { return com__path_charfile(c, nullptr, "x", nullptr, b, n); }},
-      {"money", "/h/locales/money/x.mon", 1,
-       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 4, "x", b, n); }},
-      {"numeric", "/h/locales/numeric/x.num", 1,
-       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 5, "x", b, n); }},
-      {"datetime", "/h/locales/datetime/x.dt", 1,
-       [](auto* c, auto* b, auto n) { return comn__path_locdata(c, 6, "x", b, n); }},
-  };
+// A builder that takes the buffer behind what it is called with.
+template <auto Build>
+auto with(auto... pieces) {
+  return [=](CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT len) { return Build(ctx, pieces..., buf, len); };
 }
+
+const Builder kBuilders[] = {
+    {"anyfile", "/h/abc", 0,
+     [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
+    {"interfaces", "/h/interfaces", 0, com_path_ifile},
+    {"configuration", "/h/config/x.cfg", 0,
+     [](auto* c, auto* b, auto n) { return com_path_cfgfile(c, "x.cfg", b, n, 0); }},
+    {"locale table", "/h/locales/t", 0, with<com__path_locfile>(nullptr, "ignored", "t")},
+    {"language file", "/h/locales/french/f", 0, with<com__path_locfile>("french", nullptr, "f")},
+    {"charset's file", "/h/locales/us_english/iso_1/f", 0,
+     with<com__path_locfile>("us_english", "iso_1", "f")},
+    {"message file", "/h/locales/message/french/c.loc", 1,
+     with<comn__path_msgfile>("french", 6, "c.locXX", 5)},
+    {"of a leading part", "/h/locales/message/us_english/f", 1,
+     with<comn__path_msgfile>("usXX", 2, "f", 1)},
+    {"of no leading part", "/h/locales/message/us_x/f", 1,
+     with<comn__path_msgfile>("us_x", 4, "f", 1)},
+    {"of a longer name", "/h/locales/message/us_english1/f", 1,
+     with<comn__path_msgfile>("us_english1", 11, "f", 1)},
+    {"character set", "/h/charsets/utf8/c.loc", 1,
+     with<com__path_charfile>("utf8", "c.loc", nullptr)},
+    {"extension", "/h/charsets/utf8/x.srt", 0, with<com__path_charfile>("utf8", "x", "srt")},
+    {"no character set", "/h/charsets/x", 1, with<com__path_charfile>(nullptr, "x", nullptr)},
+    {"money", "/h/locales/money/x.mon", 1, with<comn__path_locdata>(4, "x")},
+    {"numeric", "/h/locales/numeric/x.num", 1, with<comn__path_locdata>(5, "x")},
+    {"datetime", "/h/locales/datetime/x.dt", 1, with<comn__path_locdata>(6, "x")},
+};
 
 TEST(Path, FitsToTheByte) {
   const scratch::Variable home("TALVEN", kHome);
   CS_CONTEXT context{};
-  for (const Builder& builder : builders()) {
+  for (const Builder& builder : kBuilders) {
     const auto length = static_cast<CS_INT>(builder.path.size());
     for (CS_INT room = 2; room <= length + 2; ++room) {
       std::string buffer(200, '#');
@@ -92,7 +78,7 @@ TEST(Path, FitsToTheByte) {
   }
   context.ctxintlerr = 0;
   home.set(nullptr);
-  for (const Builder& builder : builders()) {
+  for (const Builder& builder : kBuilders) {
     std::string buffer(200, '#');
     EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 100)) << builder.label;
   }
@@ -152,6 +138,11 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
   char error[100];
   EXPECT_EQ(CS_SUCCEED, com__open_charfile(&context, "x", "y", "srt", &handle, error, 100));
   EXPECT_EQ(path, error);
+  EXPECT_EQ(0, intl_close(handle));
+  directory.write("sub/config/c", "[a]\n");
+  const scratch::Variable nuv("TALVEN_NUV", "sub");
+  EXPECT_EQ(CS_INTL_NOFILE, com__open_cfgfile(&context, "c", &handle, 0));
+  EXPECT_EQ(CS_SUCCEED, com__open_cfgfile(&context, "c", &handle, 1));
   EXPECT_EQ(0, intl_close(handle));
   EXPECT_EQ(CS_INTL_NOFILE, com__open_charfile(&context, "x", "z", "srt", &handle, error, 6));
   EXPECT_EQ(path.substr(0, 5), error);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "comnlib/convert.h"
+#include "intl/convtable.h"
 #include "intl_host.h"
 #include "support/host_alloc.h"
 
@@ -29,10 +30,7 @@ class Sets {
   explicit Sets(intl_host::Context& context) : context_(context) {}
 
   const CsCharDesc* descriptor(const std::string& charset) { return entry(charset)->locchardesc; }
-  CS_LOCALE locale(const std::string& charset) {
-    CsLocCache* found = entry(charset);
-    return {found, found, found, found, found, found, nullptr};
-  }
+  CS_LOCALE locale(const std::string& charset) { return intl_host::all(entry(charset)); }
   Encoding end(const std::string& charset) { return {descriptor(charset), false}; }
 
   Output translate(Encoding from, Encoding to, std::string_view text, std::size_t room = 64) {
@@ -48,11 +46,9 @@ class Sets {
  private:
   CsLocCache* entry(const std::string& charset) {
     CsLocCache*& known = entries_[charset];
+    const char* name = charset.c_str();
     if (known == nullptr) {
-      EXPECT_EQ(CS_SUCCEED, comn_intl_load_tlvtypes(context_, charset.c_str(), CS_NULLTERM,
-                                                    charset.c_str(), CS_NULLTERM, "us_english", 10,
-                                                    "binary", 6, &known, nullptr, 0))
-          << charset;
+      EXPECT_EQ(CS_SUCCEED, context_.load(name, name, "us_english", "binary", &known)) << name;
     }
     return known;
   }
@@ -152,6 +148,16 @@ std::string utf8(char32_t code) {
   return {byte(0xF0 | code >> 18), tail(12), tail(6), tail(0)};
 }
 
+// As many leading parts as have room.
+std::string fitting(const std::vector<std::string>& parts, std::size_t room = 1000) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (text.size() + part.size() > room) break;
+    text += part;
+  }
+  return text;
+}
+
 // What decodes is exactly the shortest forms of the characters: in the first loop all of them, in
 // the second all sequences of up to three bytes, and of four with the first three telling.
 TEST_F(Xlate, Utf8IsStrictBothWays) {
@@ -166,7 +172,8 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
   const auto refused = [&](const std::string& bytes) {
     return sets_.translate(set, kUnicode, bytes).code == CS_CVT_BADXLATE;
   };
-  const std::string edges = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xFF";
+  const std::string edges = "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC3\xFF";
+  EXPECT_TRUE(refused("\xC3\xA9\xC1\x81")) << "an overlong pair behind another";
   for (unsigned lead = 0x80; lead < 0x100; ++lead) {
     EXPECT_TRUE(refused({static_cast<char>(lead)})) << "cut by the end";
     for (const char second : edges) {
@@ -192,26 +199,34 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
 
 TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
   const Encoding set = sets_.end("utf8");
-  for (const std::string& bad : {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
-                                 utf16(0xD800) + utf16('x'), std::string("x")}) {
+  for (const std::string& bad :
+       {utf16(0xD800), utf16(0xDC00), utf16(0xDC00) + utf16(0xDC00), utf16(0xDC00) + utf16(0xD800),
+        utf16(0xD800) + utf16('x'), utf16(0xD800) + utf16(0xE000), std::string("x")}) {
     const Output output = sets_.translate(kUnicode, set, utf16('a') + bad);
     EXPECT_EQ(CS_CVT_BADXLATE, output.code);
     EXPECT_EQ("a", output.bytes) << "what stands before it is converted";
   }
-  const std::string text = "aé€😀";
-  const std::string wide = sets_.translate(set, kUnicode, text).bytes;
-  for (std::size_t room = 0; room <= text.size() + 3; ++room) {
-    const Output narrow = sets_.translate(kUnicode, set, wide, room);
-    EXPECT_EQ(room < text.size() ? CS_CVT_TRUNCATED : CS_SUCCEED, narrow.code) << room;
-    EXPECT_EQ(text.substr(0, room < 1    ? 0
-                             : room < 3  ? 1
-                             : room < 6  ? 3
-                             : room < 10 ? 6
-                                         : 10),
-              narrow.bytes);
-    const Output again = sets_.translate(set, kUnicode, text, room);
-    EXPECT_EQ(wide.substr(0, room < 6 ? room / 2 * 2 : room < 10 ? 6 : 10), again.bytes);
+  // ASCII goes by blocks of 16; what follows stands at every place of one.
+  for (std::size_t ascii = 0; ascii < 36; ++ascii) {
+    const std::u32string text = std::u32string(ascii, 'a') + U"\u0080é€😀" + std::u32string(20, 'b');
+    std::vector<std::string> narrow_parts, wide_parts;
+    for (const char32_t code : text) {
+      narrow_parts.push_back(utf8(code));
+      wide_parts.push_back(utf16(code));
+    }
+    for (std::size_t room = 0; room < ascii + 100; ++room) {
+      const std::string narrow = fitting(narrow_parts), wide = fitting(wide_parts);
+      const std::string fit = fitting(narrow_parts, room);
+      const Output output = sets_.translate(kUnicode, set, wide, room);
+      EXPECT_EQ(fit == narrow ? CS_SUCCEED : CS_CVT_TRUNCATED, output.code) << room;
+      EXPECT_EQ(fit, output.bytes) << room;
+      EXPECT_EQ(fit, sets_.translate(set, set, narrow, room).bytes) << room;
+      EXPECT_EQ(fitting(wide_parts, room), sets_.translate(set, kUnicode, narrow, room).bytes);
+    }
   }
+  const Encoding sjis = sets_.end("sjis"), plain{nullptr, false};
+  EXPECT_EQ(CS_CVT_TRUNCATED, sets_.translate(kUnicode, sjis, utf16(U'ü'), 1).code);
+  EXPECT_EQ("\xFF?", sets_.translate(kUnicode, plain, utf16(0xFF) + utf16(0x100)).bytes);
   const CsCharDesc unconfigured{};
   EXPECT_EQ(CS_CVT_NOXLATE, sets_.translate(kUnicode, {&unconfigured, false}, "").code);
 }
@@ -254,13 +269,24 @@ TEST_F(Xlate, ThroughTheConversionRoutines) {
     EXPECT_EQ(std::string(dest.size() - static_cast<std::size_t>(row.room), '#'),
               dest.substr(static_cast<std::size_t>(row.room)));
   }
+  // Within one set too; a cut before a long character ends where the text does.
+  destfmt.locale = &from;
+  srcfmt.maxlength = 5;
+  destfmt.maxlength = 4;
+  destfmt.format = CS_DFMT_NULLTERM;
+  std::string dest = "####";
+  CS_INT length = -1;
+  EXPECT_EQ(CS_CVT_TRUNCATED,
+            comn_chartochar(context, &srcfmt, "a😀", &destfmt, dest.data(), &length));
+  EXPECT_EQ(std::string("a\0#\0", 4), dest);
+  EXPECT_EQ(1, length);
 }
 
 // Month names are text of the locale's character set.
 TEST_F(Xlate, DatesOfALocaleInUnicode) {
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context_.load("fr_FR.UTF-8", &entry));
-  CS_LOCALE french{entry, entry, entry, entry, entry, entry, nullptr};
+  CS_LOCALE french = intl_host::all(entry);
   CS_DATAFMT date{}, wide{};
   date.datatype = CS_DATETIME_TYPE;
   wide.datatype = CS_UNICHAR_TYPE;
@@ -302,51 +328,57 @@ TEST(XlateTables, EightThreadsOnAFreshContext) {
   EXPECT_EQ(opened + 4, intl_host::files_opened()) << "each table is read once";
 }
 
-TEST(XlateTables, AllocationsFailInTurn) {
-  const intl_host::ShippedHome home;
-  const std::size_t before = host_alloc::live_blocks();
-  {
-    intl_host::Context context;
-    ASSERT_EQ(CS_SUCCEED, context.init());
-    Sets sets(context);
-    const Encoding set = sets.end("koi8");
-    // Each failure leaves the context as it was, so that the next attempt starts anew; the last one
-    // of the first mode loads the table. The companion library says in its own way that it found no
-    // memory for a file: there is no route then.
-    const std::size_t allocations = host_alloc::sweep([&](auto failed) {
-      const Output output = sets.translate(kUnicode, set, utf16(U'я'));
-      if (!failed()) {
-        EXPECT_EQ(CS_SUCCEED, output.code);
-      } else {
-        EXPECT_TRUE(output.code == CS_MEM_ERROR || output.code == CS_CVT_NOXLATE) << output.code;
-      }
-    });
-    EXPECT_EQ(0U, allocations) << "loaded by then";
-    EXPECT_EQ("\xD1", sets.translate(kUnicode, set, utf16(U'я')).bytes);
-  }
-  EXPECT_EQ(before, host_alloc::live_blocks());
-}
-
-TEST(XlateTables, BrokenFilesLeaveNoRoute) {
+TEST(XlateTables, EveryRefusal) {
+  using namespace comnlib;
+  const intl_host::HomeCopy home;
+  const std::string zeros(4 * 255, '0');
   const struct {
     const char* label;
-    std::string table;
-  } rows[] = {{"a surrogate", "single = 00, D800"},
-              {"half a unit", "single = 00, 00410"},
-              {"beyond the last byte", "single = FF, 00410042"},
-              {"a second byte beyond the last", "double = 81, FF, 00410042"},
-              {"a lead byte of zero", "double = 00, 40, 0041"},
-              {"not hexadecimal", "single = 0G, 0041"},
-              {"unknown entry", "triple = 00, 0041"},
-              {"no units", "single = 00"}};
+    std::string text;
+    CS_RETCODE code;
+  } rows[] = {
+      {"first of two wins", "[table]\nsingle = 41, 00620062\n", CS_SUCCEED},
+      {"all lead bytes", "[table]\nsingle = 41, 00620062\ndouble = 81, 01, " + zeros, CS_SUCCEED},
+      {"no section", "[tables]\n", CS_FAIL},
+      {"unknown key", "[table]\ntriple = 41, 0062\n", CS_FAIL},
+      {"half a unit", "[table]\nsingle = 41, 00620\n", CS_FAIL},
+      {"no digit", "[table]\nsingle = 41, 006g\n", CS_FAIL},
+      {"bad first byte", "[table]\nsingle = 4, 0062\n", CS_FAIL},
+      {"no first digit", "[table]\nsingle = 0G, 0062\n", CS_FAIL},
+      {"behind the last byte", "[table]\nsingle = FF, 00620063\n", CS_FAIL},
+      {"behind the last pair", "[table]\ndouble = 81, FF, 00620063\n", CS_FAIL},
+      {"lead byte 0", "[table]\ndouble = 00, 41, 0062\n", CS_FAIL},
+      {"a surrogate", "[table]\nsingle = 00, D800\n", CS_FAIL},
+      {"no units", "[table]\ndouble = 81, 41\n", CS_FAIL},
+      {"damaged", "[table]\nsingle = 41, \"\n", CS_INTL_LIBERR},
+      {"damaged entry", "[table]\nsingle = 41, 0062\nsingle\n", CS_INTL_LIBERR}};
   for (const auto& row : rows) {
-    const intl_host::HomeCopy home;
-    home.write("charsets/koi8/koi8.ctb", "[table]\n" + row.table + "\n");
+    home.write("charsets/koi8/koi8.ctb", row.text);
     intl_host::Context context;
     ASSERT_EQ(CS_SUCCEED, context.init());
     Sets sets(context);
-    EXPECT_EQ(CS_CVT_NOXLATE, sets.translate(sets.end("koi8"), kUnicode, "a").code) << row.label;
+    const ConvTable* table = nullptr;
+    EXPECT_EQ(row.code, load_table(context.context, "koi8", "koi8", table, {nullptr, 0}))
+        << row.label;
+    EXPECT_EQ(row.code == CS_SUCCEED ? CS_SUCCEED : CS_CVT_NOXLATE,
+              sets.translate(sets.end("koi8"), kUnicode, "A").code)
+        << row.label;
+    if (row.code != CS_SUCCEED) continue;
+    const ConvTable* again = nullptr;
+    EXPECT_EQ(CS_SUCCEED, load_table(context.context, "koi8", "koi8", again, {nullptr, 0}));
+    EXPECT_EQ(table, again);
+    EXPECT_EQ(utf16('b'), sets.translate(sets.end("koi8"), kUnicode, "A").bytes);
+    EXPECT_EQ("A", sets.translate(kUnicode, sets.end("koi8"), utf16('b')).bytes);
+    EXPECT_EQ(CS_CVT_BADXLATE, sets.translate(sets.end("koi8"), kUnicode, "C").code);
   }
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+
+  home.change("charsets/iso15/iso15.cfg", "to = utf8", "to = x");
+  intl_host::Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  Sets sets(context);
+  EXPECT_EQ(CS_CVT_NOXLATE, sets.translate(sets.end("iso15"), kUnicode, "a").code);
+  EXPECT_EQ("a", sets.translate(kUnicode, sets.end("iso15"), utf16('a')).bytes);
 }
 
 }  // namespace

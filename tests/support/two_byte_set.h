@@ -1,6 +1,6 @@
 // A small multibyte character set: ISO 8859-1, but 0x81 begins two-byte characters whose second
 // bytes are their ASCII forms, a second "E" being a currency sign; 0x82 begins two bytes by its
-// class alone, not by its width.
+// class alone, not by its width; 0x83 begins two bytes without an ASCII form.
 #pragma once
 
 #include <algorithm>
@@ -16,8 +16,11 @@ class TwoByteSet {
     types_[0x82] = {1, 0, 0, COMN_CT_LEAD};
     types_[COMN_CS_MAPSIZE + 'E'] = {'E', 'E', COMN_LEX_CURRENCY, COMN_CT_PUNCT};
     types_[COMN_CS_MAPSIZE + ' '] = {' ', ' ', COMN_LEX_SPACE, COMN_CT_SPACE};
+    types_[COMN_CS_MAPSIZE + 'A'] = {'A', 'a', COMN_LEX_LETTER, COMN_CT_UPPER | COMN_CT_GRAPH};
+    types_[COMN_CS_MAPSIZE + 'a'] = {'A', 'a', COMN_LEX_LETTER, COMN_CT_LOWER | COMN_CT_GRAPH};
+    types_[COMN_CS_MAPSIZE + '0'] = {'0', '0', COMN_LEX_DIGIT, COMN_CT_DIGIT | COMN_CT_XDIGIT};
     widths_.fill(0x11);
-    widths_[0x81] = 0x22;
+    widths_[0x81] = widths_[0x83] = 0x22;
     for (std::size_t byte = 0; byte < 128; ++byte) {
       norms_[byte] = norms_[COMN_CS_MAPSIZE + byte] = static_cast<CS_BYTE>(byte);
     }
