@@ -88,7 +88,8 @@ TEST(NumericText, WithMarkers) {
       EXPECT_TRUE(value.precision == left && value.scale == left) << refused;
     }
   };
-  expect(kExactOverflow, {"1e77", "1e99999999999999999999"}, 99);
+  const std::string nines(2000, '9');  // more than any magnitude has room for
+  expect(kExactOverflow, {"1e77", "1e99999999999999999999", nines.c_str()}, 99);
   expect(kExactTruncated, {"1e-78", "-1e-99999999999999999999"}, CS_MAX_PREC);
   expect(kExactSyntax,
          {"", "   ", ".", "-", "- 5", "+-5", "5-", "1.2.3", "1,5", "e5", "1e", "1e+", "1e 5",
@@ -178,6 +179,7 @@ TEST_F(NumericConversion, ToNumbers) {
   expect("9223372036854775807", CS_LONG_TYPE, INT64_MAX);
   expect("-9223372036854775808", CS_LONG_TYPE, INT64_MIN);
   expect("6.99999999999999999999", CS_LONG_TYPE, std::int64_t{6});
+  expect("9223372036854775808", CS_LONG_TYPE, INT64_MAX, kOver);
   expect("9223372036854775807.5", CS_LONG_TYPE, INT64_MAX, kOver);
   expect("-9223372036854775809", CS_LONG_TYPE, INT64_MIN, kOver);
   expect<CS_BIT>("1e-77", CS_BIT_TYPE, 1);
@@ -188,6 +190,8 @@ TEST_F(NumericConversion, ToNumbers) {
   expect<CS_REAL>("-0.1", CS_REAL_TYPE, -0.1f);
   expect<CS_REAL>("-1e40", CS_REAL_TYPE, -std::numeric_limits<CS_REAL>::max(), kOver);
   expect("12.34567", CS_MONEY_TYPE, CS_MONEY{0, 123456});
+  expect("922337203685477.5808", CS_MONEY_TYPE, CS_MONEY{INT32_MAX, UINT32_MAX}, kOver);
+  expect("-922337203685477.5808", CS_MONEY_TYPE, CS_MONEY{INT32_MIN, 0});
   expect("-1e60", CS_MONEY_TYPE, CS_MONEY{INT32_MIN, 0}, kOver);
   expect("1e60", CS_MONEY4_TYPE, CS_MONEY4{INT32_MAX}, kOver);
   expect("214748.36479", CS_MONEY4_TYPE, CS_MONEY4{INT32_MAX});
@@ -259,7 +263,7 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
        "assertion failed"},
       {"record of no bytes", [&] { com__exctnume_needsbyte(&empty_record); }, "assertion failed"},
       {"add null", [&] { comn_numadd(nullptr, &value, &result); }, "Invalid pointer"},
-      {"subtract null", [&] { comn_numsub(&value, &value, nullptr); }, "Invalid pointer"},
+      {"subtract null", [&] { comn_numsub(nullptr, &value, &result); }, "Invalid pointer"},
       {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }, "Invalid pointer"},
       {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }, "Invalid pointer"},
       {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }, "Invalid pointer"},

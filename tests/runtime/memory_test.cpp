@@ -319,6 +319,7 @@ TEST(Uniform, SlabsOfOneSize) {
     // Data that looks like a free node's.
     reinterpret_cast<void**>(one)[0] = one;
     if (row.node >= 12) reinterpret_cast<CS_UINT*>(one)[1] = 0xdeadf4ee;
+    if (other != one) comn_mmfree(pool, other);  // so that there is a free one
     EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, one));
     EXPECT_EQ(one - 4, pool->mmh_pool.uniform.free);
     EXPECT_EQ(row.node, static_cast<CS_INT>(header_of(one)));

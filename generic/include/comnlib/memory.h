@@ -121,7 +121,7 @@ COMN_API CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh
  * the first time; what the lock returned when that failed.
  * A buddy pool whose free blocks could be merged, yet not up to the size that is needed, returns
  * CS_SUCCEED and leaves `*out_ptr` alone; asking again helps. So set `*out_ptr` to null first.
- * A first allocation that fails may have rounded the block size already.
+ * A first allocation that fails leaves the block size as it was set.
  */
 COMN_API CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr);
 
