@@ -311,6 +311,11 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   EXPECT_EQ(-32768, small);
   EXPECT_EQ(comnlib::kNoInteger, com__chtoi2_mb(nullptr, "4x", 2, &small));
   EXPECT_EQ(-32768, small) << "a syntax error stores nothing";
+  CS_TINYINT tiny = 7;
+  CS_INT whole = 7;
+  EXPECT_EQ(comnlib::kOutOfRange, com__chtoi1_mb(nullptr, "-1", 2, &tiny));
+  EXPECT_EQ(comnlib::kScanned, com__chtoi4_mb(nullptr, "-2147483648", 11, &whole));
+  EXPECT_TRUE(tiny == 0 && whole == INT32_MIN);
 
   // A set of single bytes has no widths; its lower-case letters are its ASCII forms.
   charset.char_attrib = const_cast<char_attrib*>(com_get_charattrib());
