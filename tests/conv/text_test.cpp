@@ -1,12 +1,9 @@
 // Text and binary data to every type: each literal as character, varchar and UTF-16 text. Character
 // sets that differ are tested with the localization home.
-#include <cmath>
 #include <limits>
 
 #include "comnlib/locale.h"
-#include "comnlib/numeric.h"
 #include "conv/chscan.h"
-#include "conv/newutils.h"
 #include "conv/textcopy.h"
 #include "conversion.h"
 #include "support/two_byte_set.h"
@@ -43,9 +40,7 @@ Literal integer(const char* text, CS_RETCODE code, CS_INT value) {
   return number(text, CS_INT_TYPE, code, value);
 }
 Literal refused(const char* text, CS_INT type, CS_RETCODE code = CS_CVT_SYNTAX) {
-  CS_DATAFMT to = numeric_format(5, 2, type);
-  to.maxlength = 2;
-  return {text, to, code, ""};
+  return {text, format_of(type, 2), code, ""};
 }
 Literal numeric(const char* text, CS_INT precision, CS_INT scale, CS_RETCODE code,
                 const std::string& bytes) {
