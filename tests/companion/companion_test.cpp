@@ -115,6 +115,7 @@ TEST(Environment, LengthUnsetAndTooLong) {
   text[0] = '#';
   EXPECT_EQ(14, intl_errstr(-31, text, 5));
   EXPECT_STREQ("unkn", text) << "cut to fit";
+  EXPECT_EQ("unknown status", words(0));
   text[0] = '#';
   EXPECT_EQ("the value is longer than its buffer", words(intlgetenv(text, 5, "COMNLIB_TEST")));
   variable.set("");

@@ -113,6 +113,9 @@ TEST(Placement, OfNumbers) {
     EXPECT_EQ(row.bytes, bytes);
     EXPECT_EQ(row.length, result.length);
   }
+  const CS_NUMERIC zero{77, 40, {}};
+  const Result longest = convert(context, CS_NUMERIC_TYPE, zero, format_of(CS_CHAR_TYPE, 42));
+  EXPECT_EQ("0." + std::string(40, '0'), longest.text());
 }
 
 TEST(PaddingDeathTest, NegativeLengthsStop) {

@@ -1,12 +1,9 @@
 // Text and binary data to every type: each literal as character, varchar and UTF-16 text. Character
 // sets that differ are tested with the localization home.
-#include <cmath>
 #include <limits>
 
 #include "comnlib/locale.h"
-#include "comnlib/numeric.h"
 #include "conv/chscan.h"
-#include "conv/newutils.h"
 #include "conv/textcopy.h"
 #include "conversion.h"
 #include "support/two_byte_set.h"
@@ -43,9 +40,7 @@ Literal integer(const char* text, CS_RETCODE code, CS_INT value) {
   return number(text, CS_INT_TYPE, code, value);
 }
 Literal refused(const char* text, CS_INT type, CS_RETCODE code = CS_CVT_SYNTAX) {
-  CS_DATAFMT to = numeric_format(5, 2, type);
-  to.maxlength = 2;
-  return {text, to, code, ""};
+  return {text, format_of(type, 2), code, ""};
 }
 Literal numeric(const char* text, CS_INT precision, CS_INT scale, CS_RETCODE code,
                 const std::string& bytes) {
@@ -311,6 +306,11 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   EXPECT_EQ(-32768, small);
   EXPECT_EQ(comnlib::kNoInteger, com__chtoi2_mb(nullptr, "4x", 2, &small));
   EXPECT_EQ(-32768, small) << "a syntax error stores nothing";
+  CS_TINYINT tiny = 7;
+  CS_INT whole = 7;
+  EXPECT_EQ(comnlib::kOutOfRange, com__chtoi1_mb(nullptr, "-1", 2, &tiny));
+  EXPECT_EQ(comnlib::kScanned, com__chtoi4_mb(nullptr, "-2147483648", 11, &whole));
+  EXPECT_TRUE(tiny == 0 && whole == INT32_MIN);
 
   // A set of single bytes has no widths; its lower-case letters are its ASCII forms.
   charset.char_attrib = const_cast<char_attrib*>(com_get_charattrib());

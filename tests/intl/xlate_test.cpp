@@ -227,6 +227,7 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
   const Encoding sjis = sets_.end("sjis"), plain{nullptr, false};
   EXPECT_EQ(CS_CVT_TRUNCATED, sets_.translate(kUnicode, sjis, utf16(U'ü'), 1).code);
   EXPECT_EQ("\xFF?", sets_.translate(kUnicode, plain, utf16(0xFF) + utf16(0x100)).bytes);
+  EXPECT_EQ(utf16(0xFF), sets_.translate(plain, kUnicode, "\xFF").bytes);
   const CsCharDesc unconfigured{};
   EXPECT_EQ(CS_CVT_NOXLATE, sets_.translate(kUnicode, {&unconfigured, false}, "").code);
 }
@@ -368,6 +369,7 @@ TEST(XlateTables, EveryRefusal) {
     EXPECT_EQ(CS_SUCCEED, load_table(context.context, "koi8", "koi8", again, {nullptr, 0}));
     EXPECT_EQ(table, again);
     EXPECT_EQ(utf16('b'), sets.translate(sets.end("koi8"), kUnicode, "A").bytes);
+    EXPECT_EQ("b", sets.translate(sets.end("koi8"), sets.end("utf8"), "A").bytes);
     EXPECT_EQ("A", sets.translate(kUnicode, sets.end("koi8"), utf16('b')).bytes);
     EXPECT_EQ(CS_CVT_BADXLATE, sets.translate(sets.end("koi8"), kUnicode, "C").code);
   }
