@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "conv/conversion.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -87,12 +88,6 @@ std::string as_text(auto value) {
   return result;
 }
 
-// A varchar or varbinary: the length, the bytes, and the rest of the record as it was.
-Expected as_record(const std::string& bytes) {
-  const std::string record = bytes_of(static_cast<CS_SMALLINT>(bytes.size())) + bytes;
-  return {CS_SUCCEED, record + std::string(258 - record.size(), static_cast<char>(kCanary))};
-}
-
 template <class From>
 void check_family(CS_INT srctype, const std::vector<From>& values) {
   Context context;
@@ -108,15 +103,11 @@ void check_family(CS_INT srctype, const std::vector<From>& values) {
                 {format_of(CS_FLOAT_TYPE), {CS_SUCCEED, bytes_of(static_cast<double>(value))}},
                 {format_of(CS_BIT_TYPE), {CS_SUCCEED, value == 0 ? std::string(1, 0) : "\1"}},
                 {format_of(CS_TEXT_TYPE, 64), {CS_SUCCEED, text}},
-                {format_of(CS_BINARY_TYPE, 20), {CS_SUCCEED, bytes_of(value)}},
-                {format_of(CS_VARCHAR_TYPE), as_record(text + '\0')},
-                {format_of(CS_VARBINARY_TYPE), as_record(bytes_of(value))}};
+                {format_of(CS_BINARY_TYPE, 20), {CS_SUCCEED, bytes_of(value)}}};
     for (const auto& [to, expected] : rows) {
       const Result result = convert(context, srctype, value, to);
-      std::string bytes = result.text();
-      if (to.datatype == CS_VARCHAR_TYPE) bytes[0] = static_cast<char>(bytes[0] + 1);  // the NUL
       ASSERT_EQ(expected.code, result.code) << text << " to " << to.datatype;
-      ASSERT_EQ(expected.bytes, bytes) << text << " to " << to.datatype;
+      ASSERT_EQ(expected.bytes, result.text()) << text << " to " << to.datatype;
     }
   }
 }
@@ -140,14 +131,14 @@ TEST(Numbers, ASignalingNanStaysOne) {
 
 TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {
   Context context;
-  for (const CS_INT desttype : {0, 1, 6, 7, 8, 9, 10, 11, 16, 18, 19, 25}) {
-    for (const CS_BIT value : {CS_BIT{2}, CS_BIT{255}}) {
-      const Result result = convert(context, CS_BIT_TYPE, value, format_of(desttype, 10));
-      EXPECT_EQ(CS_CVT_DOMAIN, result.code) << desttype;
-      EXPECT_TRUE(result.untouched_from(0)) << desttype;
-    }
-    for (const CS_NUMERIC& value : {CS_NUMERIC{0, 0, {}}, {78, 0, {}}, {5, 78, {}}}) {
-      const Result result = convert(context, CS_NUMERIC_TYPE, value, format_of(desttype, 10));
+  std::vector<Encoded> sources;
+  for (const CS_BIT value : {CS_BIT{2}, CS_BIT{255}})
+    sources.push_back({format_of(CS_BIT_TYPE), bytes_of(value)});
+  for (const CS_NUMERIC& value : {CS_NUMERIC{0, 0, {}}, {78, 0, {}}, {5, 78, {}}})
+    sources.push_back({format_of(CS_NUMERIC_TYPE), bytes_of(value)});
+  for (const Encoded& source : sources) {
+    for (const CS_INT desttype : {0, 1, 6, 7, 8, 9, 10, 11, 16, 18, 19, 25}) {
+      const Result result = convert(context, source, format_of(desttype, 10));
       EXPECT_EQ(CS_CVT_DOMAIN, result.code) << desttype;
       EXPECT_TRUE(result.untouched_from(0)) << desttype;
     }
@@ -160,9 +151,11 @@ TEST(Numbers, ToNumericJudgesTheFormatFirst) {
   const struct {
     CS_INT precision, scale;
     CS_RETCODE code;
-  } rows[] = {{0, 0, CS_CVT_PRECISION},   {78, 0, CS_CVT_PRECISION},
-              {266, 0, CS_CVT_PRECISION}, {CS_USE_SRCVALUE, 0, CS_CVT_PRECISION},
-              {5, 78, CS_CVT_SCALE},      {5, -1, CS_CVT_SCALE}};
+  } rows[] = {{0, 0, CS_CVT_PRECISION},
+              {78, 0, CS_CVT_PRECISION},
+              {CS_USE_SRCVALUE, 0, CS_CVT_PRECISION},
+              {5, 78, CS_CVT_SCALE},
+              {5, -1, CS_CVT_SCALE}};
   for (const auto& row : rows) {
     for (const Encoded& source : {Encoded{format_of(CS_INT_TYPE), bytes_of(7)},
                                   {format_of(CS_FLOAT_TYPE), bytes_of(0.5)}}) {
@@ -175,7 +168,9 @@ TEST(Numbers, ToNumericJudgesTheFormatFirst) {
 }
 
 TEST(Numbers, TextIgnoresTheLocale) {
-  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "not installed";
+  const scratch::Variable locales("LOCPATH", COMNLIB_LOCALES);
+  ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
+  ASSERT_STREQ(",", std::localeconv()->decimal_point);
   Context context;
   EXPECT_EQ("1234567.25", convert(context, CS_FLOAT_TYPE, 1234567.25, format_of(0, 30)).text());
   std::setlocale(LC_ALL, "C");

@@ -150,15 +150,6 @@ TEST(CharsetFile, EveryRefusal) {
   EXPECT_EQ(CS_INTL_LIBERR, read(class1(good)));
 }
 
-TEST(CharsetFile, HeaderFieldsThatTheLoaderIgnores) {
-  const auto head = header(0, 0, 1024, 256, 1, 0, 1);
-  EXPECT_EQ(CS_SUCCEED, read(class2(head, {zeros(1024), zeros(256)}), [](const char_attrib& set) {
-              EXPECT_EQ(2, set.cs_class) << "the key's, not the header's";
-              EXPECT_EQ(258, set.cs_status);
-              EXPECT_EQ(2, set.cs_maxcharlen);
-            }));
-}
-
 // A first byte may name a table that the file does not have: it is as good as empty.
 TEST(CharsetFile, TablesThatTheFileLacks) {
   std::string lead = std::string(2048, '7');
