@@ -49,7 +49,6 @@ TEST(Null, ValuesAreCutAndPadded) {
       {"char, clash", format_of(21, 4, CS_DFMT_PADBLANK | CS_DFMT_PADNULL), 4, CS_CVT_FORMAT, ""},
       {"char, no room for the NUL", format_of(2, 0, CS_DFMT_NULLTERM), 0, CS_CVT_OVERFLOW, ""},
       {"binary, NULs", format_of(3, 3, CS_DFMT_PADNULL), 3, CS_SUCCEED, std::string(3, '\0')},
-      {"binary ignores blanks", format_of(1, 3, CS_DFMT_PADBLANK), 3, CS_SUCCEED, ""},
       {"datetime4 is cut", format_of(13), 4, CS_SUCCEED, std::string(4, '\0')},
   };
   for (const auto& row : rows) {

@@ -235,10 +235,7 @@ TEST(Load, EveryRefusal) {
       }
       EXPECT_EQ(nullptr, entry) << row.label;
       EXPECT_EQ(nullptr, context.globals.cmg_lcache) << row.label;
-      if (sets != nullptr) {
-        EXPECT_EQ(sets, context.globals.cmg_chardesc) << row.label;
-      }
-      EXPECT_EQ(0, intl_host::files_open()) << row.label;
+      EXPECT_EQ(sets, context.globals.cmg_chardesc) << row.label;
     }
     EXPECT_EQ(0U, host_alloc::live_blocks()) << row.label;
     home.write(row.file, whole);
@@ -260,35 +257,36 @@ TEST(Load, CharacterSetAlone) {
   home.remove("charsets/cp437/cp437.cfg");
   const struct {
     std::string charset, sortorder;
-    CS_RETCODE result, without_locale;
+    bool has_locale;
+    CS_RETCODE result;
     const char* printed;
-  } rows[] = {{"koi8", "nocase", CS_SUCCEED, CS_SUCCEED, ""},
-              {"cp850", "nocase", CS_INTL_NOFILE, CS_SUCCEED, ""},
-              {"iso15", "none", CS_FAIL, CS_SUCCEED, ""},
-              {"u", "", CS_SUCCEED, CS_SUCCEED, ""},
-              {"cp437", "", CS_INTL_NOFILE, CS_INTL_NOFILE,
+  } rows[] = {{"koi8", "nocase", true, CS_SUCCEED, ""},
+              {"koi8", "nocase", false, CS_SUCCEED, ""},
+              {"cp850", "nocase", true, CS_INTL_NOFILE, ""},
+              {"iso15", "none", true, CS_FAIL, ""},
+              {"iso15", "none", false, CS_SUCCEED, ""},
+              {"u", "", true, CS_SUCCEED, ""},
+              {"cp437", "", false, CS_INTL_NOFILE,
                "Cannot load the conversion configuration of cp437 from "
                "$TALVEN/charsets/cp437/cp437.cfg\n"}};
-  for (const bool has_locale : {true, false}) {
-    for (auto row : rows) {
-      Context context;
-      ASSERT_EQ(CS_SUCCEED, context.init());
-      const CsCharDesc* before = context.globals.cmg_chardesc;
-      CS_LOCALE locale{};
-      context.context.ctxlocale = has_locale ? &locale : nullptr;
-      CsLocCache entry{};
-      entry.charname = row.charset.data();
-      entry.charnamelen = static_cast<CS_INT>(row.charset.size());
-      if (!row.sortorder.empty()) entry.sortname = row.sortorder.data();
-      const CS_RETCODE result = has_locale ? row.result : row.without_locale;
-      testing::internal::CaptureStderr();
-      EXPECT_EQ(result, comn__intl_load_charset(context, 99, &entry, nullptr, 0)) << row.charset;
-      EXPECT_EQ(row.printed, testing::internal::GetCapturedStderr());
-      EXPECT_EQ(result == CS_SUCCEED, entry.locchardesc != nullptr) << row.charset;
-      EXPECT_EQ(result == CS_SUCCEED, before != context.globals.cmg_chardesc) << row.charset;
-      if (entry.locchardesc == nullptr) continue;
-      EXPECT_EQ(has_locale && row.charset == "koi8", entry.locchardesc->sort_order != nullptr);
-    }
+  for (auto row : rows) {
+    SCOPED_TRACE(row.charset + (row.has_locale ? " with a locale" : " alone"));
+    Context context;
+    ASSERT_EQ(CS_SUCCEED, context.init());
+    const CsCharDesc* before = context.globals.cmg_chardesc;
+    CS_LOCALE locale{};
+    context.context.ctxlocale = row.has_locale ? &locale : nullptr;
+    CsLocCache entry{};
+    entry.charname = row.charset.data();
+    entry.charnamelen = static_cast<CS_INT>(row.charset.size());
+    if (!row.sortorder.empty()) entry.sortname = row.sortorder.data();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(row.result, comn__intl_load_charset(context, 99, &entry, nullptr, 0));
+    EXPECT_EQ(row.printed, testing::internal::GetCapturedStderr());
+    EXPECT_EQ(row.result == CS_SUCCEED, entry.locchardesc != nullptr);
+    EXPECT_EQ(row.result == CS_SUCCEED, before != context.globals.cmg_chardesc);
+    if (entry.locchardesc == nullptr) continue;
+    EXPECT_EQ(row.has_locale && row.charset == "koi8", entry.locchardesc->sort_order != nullptr);
   }
   std::filesystem::remove("tlvinit.err");
 }
@@ -336,8 +334,7 @@ TEST_F(Locales, Strings) {
   const struct {
     CS_INT category, item;
     const char* text;
-  } rows[] = {{1, 1, "utf8"},   {2, 1, "sjis"},        {3, 2, "german"},
-              {4, 3, "binary"}, {5, 4, "german.utf8"}, {2, 4, "japanese.sjis"}};
+  } rows[] = {{1, 1, "utf8"}, {2, 4, "japanese.sjis"}, {3, 2, "german"}, {4, 3, "binary"}};
   for (const auto& row : rows) {
     const auto length = static_cast<CS_INT>(std::strlen(row.text));
     std::string buffer(20, '#');
