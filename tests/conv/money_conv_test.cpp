@@ -90,7 +90,6 @@ TEST(MoneyConversion, ToNumericRescales) {
       {"bytes before the scale", 10000, 2, 0, CS_CVT_OVERFLOW, "\2\0\0\0"s},
       {"marker", 1, kOwn, kOwn, CS_SUCCEED, "\x13\4\0\0\0\0\0\0\0\0\1"s},
       {"wide precision", 1, 266, 0, CS_CVT_PRECISION, ""},
-      {"negative scale", 1, 5, -1, CS_CVT_SCALE, ""},
   };
   for (const auto& row : rows) {
     const CS_DATAFMT to = numeric_format(row.precision, row.scale, CS_DECIMAL_TYPE);
