@@ -46,16 +46,19 @@ TEST(Diagnosis, WordsInOrder) {
     missing += "Cannot access " + home.file(file) + " file\n";
     EXPECT_EQ(by_default + missing, diagnosis());
   }
+  const auto named = [&](const std::string& name, const std::string& variable) {
+    return found + "Using locale name \"" + name + "\" defined in environment variable " +
+           variable + "\n";
+  };
+  const auto unknown = [&](const std::string& name) {
+    return "Locale name \"" + name + "\" doesn't exist in your " + table + " file\n";
+  };
   lang.set("xx");
-  EXPECT_EQ(found + "Using locale name \"xx\" defined in environment variable LANG\n" +
-                "Locale name \"xx\" doesn't exist in your " + table + " file\n",
-            diagnosis());
+  EXPECT_EQ(named("xx", "LANG") + unknown("xx"), diagnosis());
   all.set("yy");
-  EXPECT_EQ(found + "Using locale name \"yy\" defined in environment variable LC_ALL\n" +
-                "Locale name \"yy\" doesn't exist in your " + table + " file\n",
-            diagnosis());
+  EXPECT_EQ(named("yy", "LC_ALL") + unknown("yy"), diagnosis());
   home.write("locales/locales.dat", "[linux\n");
-  EXPECT_EQ(found + "Using locale name \"yy\" defined in environment variable LC_ALL\n" +
+  EXPECT_EQ(named("yy", "LC_ALL") +
                 "An intl library error occurs when trying to get local names from file: " + table +
                 ", can't continue!\n",
             diagnosis());

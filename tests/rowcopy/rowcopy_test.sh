@@ -237,27 +237,6 @@ if script -qec true /dev/null >/dev/null 2>&1; then
   grep -qE 'reading: 1[0-9]{5} rows, [0-9]+ %' terminal || fail 'no progress line on a terminal'
 fi
 
-# --- Layouts in the syntax of configuration files
-
-printf 'b,"A  ""b"""\n7,8\n' >t.csv
-printf '[t]\nb = smallint\n' >more.cfg
-cat >t.layout <<'EOF'
-; The last entry of a name counts, sections of one name are one.
-[other]
-x = nonsense
-[t]
-b = char(1)
-a = small\
-int : "A  ""b"""
-include "more.cfg"
-[t]
-a = int : "A  ""b"""
-EOF
-run 'sections, includes, continued lines' 0 --section t --text text t.layout t.csv records
-printf '"b","A  ""b"""\n7,8\n' | sed '1s/"b"/b/' >expected
-same expected text
-size_is records 16
-
 # --- Misuse: standard error says what is wrong, status 2, no record file. The library's own words come
 # first when it has some, the last line is rowcopy's.
 
