@@ -66,6 +66,7 @@ long double value_of(const std::string& number) {
   return std::strtold(number.c_str(), nullptr);
 }
 
+// Whether a type whose conversion from that text succeeds has the number exactly.
 bool holds(CS_INT type, const std::string& number) {
   const long double value = value_of(number);
   if (type == CS_REAL_TYPE) return static_cast<float>(value) == value;
