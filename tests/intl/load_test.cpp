@@ -191,6 +191,7 @@ TEST(Load, EveryRefusal) {
       {"no sort order", order, "", nullptr, CS_INTL_NOFILE},
       {"unknown kind", order, "kind = binary", "kind = x", CS_FAIL},
       {"neither kind nor weights", order, "kind = binary", "", CS_FAIL},
+      {"unknown sort key", order, "kind", "x = y\nkind", CS_FAIL},
       {"damaged sort order", order, "kind = binary", "kind = binary\nx", CS_INTL_LIBERR},
       {"short weights", order, "kind = binary", "kind = weights\nweights = 00", CS_FAIL},
       {"no conventions", common, "", nullptr, CS_INTL_NOFILE},
