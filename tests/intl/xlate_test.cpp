@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -167,30 +168,14 @@ TEST_F(Xlate, Utf8IsStrictBothWays) {
     if (wide.bytes != utf16(code) || narrow.bytes != utf8(code))
       ADD_FAILURE() << static_cast<unsigned>(code);
   }
-  for (const std::string_view bad : {"\x80",
-                                     "\xBF",
-                                     "\xC0\x80",
-                                     "\xC1\xBF",
-                                     "\xC3\xA9\xC1\x81",
-                                     "\xC2",
-                                     "\xC2\x7F",
-                                     "\xC2\xC0",
-                                     "\xE0\x9F\xBF",
-                                     "\xE1\x80",
-                                     "\xE1\x7F\x80",
-                                     "\xE1\x80\xC0",
-                                     "\xED\xA0\x80",
-                                     "\xED\xBF\xBF",
-                                     "\xF0\x8F\xBF\xBF",
-                                     "\xF1\x80\x80",
-                                     "\xF1\xC0\x80\x80",
-                                     "\xF1\x80\x7F\x80",
-                                     "\xF1\x80\x80\xC0",
-                                     "\xF4\x90\x80\x80",
-                                     "\xF5\x80\x80\x80",
-                                     "\xFF"})
-    EXPECT_EQ(CS_CVT_BADXLATE, sets_.translate(set, kUnicode, bad).code)
-        << testing::PrintToString(bad);
+  std::istringstream refused(
+      "\x80 \xBF \xC0\x80 \xC1\xBF \xC3\xA9\xC1\x81 \xC2 \xC2\x7F \xC2\xC0 \xE0\x9F\xBF \xE1\x80 "
+      "\xE1\x7F\x80 \xE1\x80\xC0 \xED\xA0\x80 \xED\xBF\xBF \xF0\x8F\xBF\xBF \xF1\x80\x80 "
+      "\xF1\xC0\x80\x80 \xF1\x80\x7F\x80 \xF1\x80\x80\xC0 \xF4\x90\x80\x80 \xF5\x80\x80\x80 \xFF");
+  for (std::string bad; refused >> bad;)
+    for (const std::string& text : {bad, bad + "text behind it"})
+      EXPECT_EQ(CS_CVT_BADXLATE, sets_.translate(set, kUnicode, text).code)
+          << testing::PrintToString(bad);
 }
 
 TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
