@@ -211,17 +211,17 @@ TEST_F(ShippedSets, MultibyteCharacters) {
               {"cp936", "\xa3\xb9", 2, 2, 0, 1, '9', "\xa3\xb9"},
               {"koi8", "\xc1", 1, 1, 1, 0, 0xc1, "\xe1"}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.set) + ' ' + std::string(row.character));
     const char_attrib* set = load(row.set);
     const auto* ch = reinterpret_cast<const CS_BYTE*>(row.character.data());
     CS_BYTE upper[8] = {};
     comn_toupper(set, ch, upper);
-    EXPECT_EQ(row.width, comn_char_width(set, ch)) << row.set << ' ' << row.character;
-    EXPECT_EQ(row.columns, comn_disp_width(set, ch)) << row.set << ' ' << row.character;
-    EXPECT_EQ(row.letter, comn_isalpha(set, ch) != 0) << row.set << ' ' << row.character;
-    EXPECT_EQ(row.digit, comn_isdigit(set, ch) != 0) << row.set << ' ' << row.character;
-    EXPECT_EQ(row.ascii, comn_to_ascii(set, ch)) << row.set << ' ' << row.character;
-    EXPECT_STREQ(std::string(row.upper).c_str(), reinterpret_cast<const char*>(upper))
-        << row.set << ' ' << row.character;
+    EXPECT_EQ(row.width, comn_char_width(set, ch));
+    EXPECT_EQ(row.columns, comn_disp_width(set, ch));
+    EXPECT_EQ(row.letter, comn_isalpha(set, ch) != 0);
+    EXPECT_EQ(row.digit, comn_isdigit(set, ch) != 0);
+    EXPECT_EQ(row.ascii, comn_to_ascii(set, ch));
+    EXPECT_STREQ(std::string(row.upper).c_str(), reinterpret_cast<const char*>(upper));
   }
 }
 
