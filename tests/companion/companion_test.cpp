@@ -54,7 +54,6 @@ TEST(Sections, SyntaxAndFaults) {
       {"quoted", "[a]\nk = \" v, \"\"w\"\" \" ,\"\",x\n", "[a] k: v, \"w\" ::x"},
       {"quote inside", "[a]\nk = 5\" x\n", "[a] k:5\" x"},
       {"equals in a value", "[a]\nk = a=b\n", "[a] k:a=b"},
-      {"section mark in a value", "[a]\nk = [b]\n", "[a] k:[b]"},
       {"open section", "[a]\n[b\nk = v\n", "[a]!line 2: the section line has no ']'!"},
       {"section tail", "[a] x\n[b]\n",
        "!line 1: text stands behind the ']' of the section line![b]"},

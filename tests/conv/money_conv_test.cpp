@@ -36,6 +36,18 @@ TEST(MoneyConversion, ToFloatByEachRecordsFormula) {
   EXPECT_EQ(1, bit.as<CS_BIT>()) << "the low half is zero";
 }
 
+// Ranges of integers are judged behind the cut of a fraction, but those of numerics before it.
+TEST(MoneyConversion, ToIntegersCutsTheFractionFirst) {
+  Context context;
+  const CS_DATAFMT tiny = format_of(CS_TINYINT_TYPE);
+  EXPECT_EQ(255, from_money(context, 2555000, tiny).as<CS_TINYINT>());
+  EXPECT_EQ(CS_SUCCEED, from_money(context, 2555000, tiny).code);
+  EXPECT_EQ(CS_SUCCEED, from_money(context, -2500, tiny).code);
+  EXPECT_EQ(-1, from_money(context, -5000, format_of(CS_SMALLINT_TYPE)).as<CS_SMALLINT>());
+  for (const CS_NUMERIC& numeric : {CS_NUMERIC{4, 1, {0, 0x09, 0xFB}}, {2, 2, {1, 25}}})
+    EXPECT_EQ(CS_CVT_OVERFLOW, convert(context, CS_NUMERIC_TYPE, numeric, tiny).code);
+}
+
 TEST(MoneyConversion, ToLongOutsideTheMatrix) {
   Context context;
   const CS_DATAFMT from = format_of(CS_MONEY_TYPE), to = format_of(CS_LONG_TYPE, 8);
@@ -78,7 +90,6 @@ TEST(MoneyConversion, ToNumericRescales) {
       {"bytes before the scale", 10000, 2, 0, CS_CVT_OVERFLOW, "\2\0\0\0"s},
       {"marker", 1, kOwn, kOwn, CS_SUCCEED, "\x13\4\0\0\0\0\0\0\0\0\1"s},
       {"wide precision", 1, 266, 0, CS_CVT_PRECISION, ""},
-      {"negative scale", 1, 5, -1, CS_CVT_SCALE, ""},
   };
   for (const auto& row : rows) {
     const CS_DATAFMT to = numeric_format(row.precision, row.scale, CS_DECIMAL_TYPE);
@@ -142,8 +153,6 @@ TEST(MoneyConversion, FromNumbers) {
   };
   check(CS_MONEY_TYPE, wide(-0x80000001LL), -0x80000001LL, CS_SUCCEED, CS_CVT_OVERFLOW);
   check(CS_INT_TYPE, CS_INT{INT32_MIN}, -21474836480000, CS_SUCCEED, CS_CVT_OVERFLOW);
-  check(CS_INT_TYPE, CS_INT{214749}, 2147490000, CS_SUCCEED, CS_CVT_OVERFLOW);
-  check(CS_REAL_TYPE, 0.1F, 1000, CS_SUCCEED, CS_SUCCEED);
   check(CS_FLOAT_TYPE, -0.00005, -1, CS_SUCCEED, CS_SUCCEED);
   check(CS_FLOAT_TYPE, 1e30, INT64_MAX, CS_CVT_OVERFLOW, CS_CVT_OVERFLOW);
   check(CS_NUMERIC_TYPE, CS_NUMERIC{40, 0, {1, 1}}, INT64_MIN, CS_CVT_OVERFLOW, CS_CVT_OVERFLOW);

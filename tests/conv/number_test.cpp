@@ -1,4 +1,5 @@
-// The six number families against wider arithmetic and, for text, the C library's printf.
+// The floating families against wider arithmetic and, for text, the C library's printf; and what
+// the number families refuse.
 #include <array>
 #include <bit>
 #include <climits>
@@ -10,6 +11,7 @@
 #include <utility>
 
 #include "conv/conversion.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -18,38 +20,20 @@ using namespace conversion;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-// Whole numbers around every limit and change of length, then random ones of all lengths; floating
-// types add halves, neighbours, odd values and random bit patterns.
+// Around every limit of the integers, odd values, and random bit patterns.
 template <class T>
 std::vector<T> samples() {
-  std::vector<int64_t> whole;
-  for (const int64_t edge : std::to_array<int64_t>(
-           {0, 10, 100, 127, 255, 9999, 32767, 40000, 65536, 16777216, INT_MAX})) {
-    for (int64_t value = edge - 2; value <= edge + 2; ++value)
-      whole.insert(whole.end(), {value, -value});
+  using Limits = std::numeric_limits<T>;
+  std::vector<T> all{T(kNan), -T(kNan), Limits::max(), Limits::denorm_min()};
+  for (const double edge : {0.0, 0.1, 1.0, 127.0, 255.0, 32767.0, 32768.0, 16777216.0, 2147483647.0,
+                            1e16, 1e17, 1e20, 1e-5, 3.4028234663852889e38, kInfinity}) {
+    for (const T value : {static_cast<T>(edge), static_cast<T>(-edge)})
+      all.insert(all.end(), {value, value + T(0.5), std::nextafter(value, T(kInfinity)),
+                             std::nextafter(value, T(-kInfinity))});
   }
+  using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
   std::mt19937_64 random(1);
-  for (int n = 0; n < 1000; ++n) whole.push_back(static_cast<int32_t>(random()) >> random() % 31);
-
-  std::vector<T> all;
-  if constexpr (std::integral<T>) {
-    for (const int64_t value : whole)
-      if (std::in_range<T>(value)) all.push_back(static_cast<T>(value));
-  } else {
-    using Limits = std::numeric_limits<T>;
-    for (const double odd :
-         {0.1, 0.25, 1 / 3.0, 1e16, 1e17, 1e20, 1e-5, 3.4028234663852889e38, kInfinity})
-      all.insert(all.end(), {static_cast<T>(odd), static_cast<T>(-odd)});
-    all.insert(all.end(), {T(-0.0), T(kNan), -T(kNan), Limits::max(), Limits::lowest(),
-                           Limits::denorm_min(), -Limits::denorm_min()});
-    for (const int64_t value : whole) {
-      const T exact = static_cast<T>(value);
-      all.insert(all.end(), {exact, exact + T(0.5), std::nextafter(exact, T(kInfinity)),
-                             std::nextafter(exact, T(-kInfinity))});
-    }
-    using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
-    for (int n = 0; n < 2000; ++n) all.push_back(std::bit_cast<T>(static_cast<Bits>(random())));
-  }
+  for (int n = 0; n < 2000; ++n) all.push_back(std::bit_cast<T>(static_cast<Bits>(random())));
   return all;
 }
 
@@ -76,21 +60,11 @@ Expected as_single(auto value) {
 
 std::string as_text(auto value) {
   char text[64];
-  if constexpr (std::integral<decltype(value)>) {
-    std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
-    return text;
-  }
   std::snprintf(text, sizeof text, "%.17g", value == 0 ? 0.0 : static_cast<double>(value));
   std::string result = text;
   if (result.starts_with("0.")) result.erase(0, 1);
   if (result.find_first_of(".e") == std::string::npos) result += ".0";
   return result;
-}
-
-// A varchar or varbinary: the length, the bytes, and the rest of the record as it was.
-Expected as_record(const std::string& bytes) {
-  const std::string record = bytes_of(static_cast<CS_SMALLINT>(bytes.size())) + bytes;
-  return {CS_SUCCEED, record + std::string(258 - record.size(), static_cast<char>(kCanary))};
 }
 
 template <class From>
@@ -108,26 +82,18 @@ void check_family(CS_INT srctype, const std::vector<From>& values) {
                 {format_of(CS_FLOAT_TYPE), {CS_SUCCEED, bytes_of(static_cast<double>(value))}},
                 {format_of(CS_BIT_TYPE), {CS_SUCCEED, value == 0 ? std::string(1, 0) : "\1"}},
                 {format_of(CS_TEXT_TYPE, 64), {CS_SUCCEED, text}},
-                {format_of(CS_BINARY_TYPE, 20), {CS_SUCCEED, bytes_of(value)}},
-                {format_of(CS_VARCHAR_TYPE), as_record(text + '\0')},
-                {format_of(CS_VARBINARY_TYPE), as_record(bytes_of(value))}};
+                {format_of(CS_BINARY_TYPE, 20), {CS_SUCCEED, bytes_of(value)}}};
     for (const auto& [to, expected] : rows) {
       const Result result = convert(context, srctype, value, to);
-      std::string bytes = result.text();
-      if (to.datatype == CS_VARCHAR_TYPE) bytes[0] = static_cast<char>(bytes[0] + 1);  // the NUL
       ASSERT_EQ(expected.code, result.code) << text << " to " << to.datatype;
-      ASSERT_EQ(expected.bytes, bytes) << text << " to " << to.datatype;
+      ASSERT_EQ(expected.bytes, result.text()) << text << " to " << to.datatype;
     }
   }
 }
 
 TEST(Numbers, AgreeWithWiderArithmeticAndPrintf) {
-  check_family(CS_TINYINT_TYPE, samples<CS_TINYINT>());
-  check_family(CS_SMALLINT_TYPE, samples<CS_SMALLINT>());
-  check_family(CS_INT_TYPE, samples<CS_INT>());
   check_family(CS_REAL_TYPE, samples<CS_REAL>());
   check_family(CS_FLOAT_TYPE, samples<CS_FLOAT>());
-  check_family(CS_BIT_TYPE, std::vector<CS_BIT>{0, 1});
 }
 
 // It is copied, not computed with.
@@ -140,14 +106,14 @@ TEST(Numbers, ASignalingNanStaysOne) {
 
 TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {
   Context context;
-  for (const CS_INT desttype : {0, 1, 6, 7, 8, 9, 10, 11, 16, 18, 19, 25}) {
-    for (const CS_BIT value : {CS_BIT{2}, CS_BIT{255}}) {
-      const Result result = convert(context, CS_BIT_TYPE, value, format_of(desttype, 10));
-      EXPECT_EQ(CS_CVT_DOMAIN, result.code) << desttype;
-      EXPECT_TRUE(result.untouched_from(0)) << desttype;
-    }
-    for (const CS_NUMERIC& value : {CS_NUMERIC{0, 0, {}}, {78, 0, {}}, {5, 78, {}}}) {
-      const Result result = convert(context, CS_NUMERIC_TYPE, value, format_of(desttype, 10));
+  std::vector<Encoded> sources;
+  for (const CS_BIT value : {CS_BIT{2}, CS_BIT{255}})
+    sources.push_back({format_of(CS_BIT_TYPE), bytes_of(value)});
+  for (const CS_NUMERIC& value : {CS_NUMERIC{0, 0, {}}, {78, 0, {}}, {5, 78, {}}})
+    sources.push_back({format_of(CS_NUMERIC_TYPE), bytes_of(value)});
+  for (const Encoded& source : sources) {
+    for (const CS_INT desttype : {0, 1, 6, 7, 8, 9, 10, 11, 16, 18, 19, 25}) {
+      const Result result = convert(context, source, format_of(desttype, 10));
       EXPECT_EQ(CS_CVT_DOMAIN, result.code) << desttype;
       EXPECT_TRUE(result.untouched_from(0)) << desttype;
     }
@@ -160,9 +126,11 @@ TEST(Numbers, ToNumericJudgesTheFormatFirst) {
   const struct {
     CS_INT precision, scale;
     CS_RETCODE code;
-  } rows[] = {{0, 0, CS_CVT_PRECISION},   {78, 0, CS_CVT_PRECISION},
-              {266, 0, CS_CVT_PRECISION}, {CS_USE_SRCVALUE, 0, CS_CVT_PRECISION},
-              {5, 78, CS_CVT_SCALE},      {5, -1, CS_CVT_SCALE}};
+  } rows[] = {{0, 0, CS_CVT_PRECISION},
+              {78, 0, CS_CVT_PRECISION},
+              {CS_USE_SRCVALUE, 0, CS_CVT_PRECISION},
+              {5, 78, CS_CVT_SCALE},
+              {5, -1, CS_CVT_SCALE}};
   for (const auto& row : rows) {
     for (const Encoded& source : {Encoded{format_of(CS_INT_TYPE), bytes_of(7)},
                                   {format_of(CS_FLOAT_TYPE), bytes_of(0.5)}}) {
@@ -175,7 +143,9 @@ TEST(Numbers, ToNumericJudgesTheFormatFirst) {
 }
 
 TEST(Numbers, TextIgnoresTheLocale) {
-  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "not installed";
+  const scratch::Variable locales("LOCPATH", COMNLIB_LOCALES);
+  ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
+  ASSERT_STREQ(",", std::localeconv()->decimal_point);
   Context context;
   EXPECT_EQ("1234567.25", convert(context, CS_FLOAT_TYPE, 1234567.25, format_of(0, 30)).text());
   std::setlocale(LC_ALL, "C");

@@ -27,7 +27,6 @@ struct Row {
 
 const Row kRows[] = {
     {"blanks and NUL", comn__padchar, "abc", 6, kBlanks | kTerm, 1, {"abc  \0", 6}},
-    {"blanks", comn__padchar, "abc", 5, kBlanks, 1, "abc  "},
     {"NULs", comn__padchar, "abc", 5, kNulls | kTerm, 1, {"abc\0\0", 5}},
     {"NUL is counted", comn__padchar, "abc", 4, kTerm, 1, {"abc\0", 4}},
     {"exact fit", comn__padchar, "abc", 3, kBlanks, 1, "abc"},
@@ -39,7 +38,6 @@ const Row kRows[] = {
     {"nowhere for the NUL", comn__padchar, "", 0, kTerm, CS_CVT_OVERFLOW, ""},
     {"binary NULs", comn__padbin, "abc", 5, kNulls | kBlanks | kTerm, 1, {"abc\0\0", 5}},
     {"binary, other bits", comn__padbin, "abc", 5, kBlanks | kTerm, 1, "abc"},
-    {"binary, full", comn__padbin, "abc", 3, kNulls, 1, "abc"},
     {"units, blanks", comn__padunichar, {"a\0", 2}, 7, kBlanks, 1, {"a\0 \0 \0", 6}},
     {"units, NUL", comn__padunichar, {"a\0", 2}, 4, kTerm, 1, {"a\0\0\0", 4}},
     {"units, half a unit", comn__padunichar, "a", 4, kTerm, 1, {"a\0\0\0", 4}},
@@ -71,28 +69,23 @@ struct Placed {
 };
 
 const Placed kPlaced[] = {
-    {8, -12345, 0, 6, 0, CS_SUCCEED, "-12345", 6},
     {8, -12345, 2, 6, kTerm, CS_CVT_OVERFLOW, {"*\0####", 6}, 2},
     {8, -12345, 4, 8, kBlanks, CS_SUCCEED, "-12345  ", 8},
     {8, -12345, 0, 5, 0, CS_CVT_OVERFLOW, {"*\0###", 5}, 1},
     {8, -12345, 0, 5, kBlanks, CS_CVT_OVERFLOW, "*    ", 5},
-    {8, -12345, 0, 5, kBlanks | kTerm, CS_CVT_OVERFLOW, {"*   \0", 5}, 5},
     {8, -12345, 0, 5, kBlanks | kNulls, CS_CVT_OVERFLOW, {"*\0###", 5}, 1},
     {8, -12345, 0, 2, kNulls, CS_CVT_OVERFLOW, {"*\0", 2}, 2},
     {8, -12345, 0, 1, kBlanks, CS_CVT_OVERFLOW, "#", 1},
     {8, 7, 0, 1, kTerm, CS_CVT_OVERFLOW, "#", 1},
-    {10, -0.5, 0, 4, 0, CS_SUCCEED, "-0.5", 4},
-    {10, -0.0, 0, 3, 0, CS_SUCCEED, "0.0", 3},
     {10, 0.25, 0, 3, 0, CS_SUCCEED, ".25", 3},
-    {10, 1e16, 0, 19, 0, CS_SUCCEED, "10000000000000000.0", 19},
-    {10, 1e17, 0, 5, 0, CS_SUCCEED, "1e+17", 5},
     {10, -HUGE_VAL, 0, 6, 0, CS_SUCCEED, "-inf.0", 6},
     {10, NAN, 0, 5, 0, CS_SUCCEED, "nan.0", 5},
     {10, 0.1, 0, 17, 0, CS_CVT_OVERFLOW, {"*\0###############", 17}, 1},
     {8, 0x41424344, 3, 3, kNulls, CS_CVT_TRUNCATED, "DCB", 3},
-    {8, 0x41424344, 1, 4, 0, CS_SUCCEED, "DCBA", 4},
     {8, 0x41424344, 5, 6, kNulls, CS_SUCCEED, {"DCBA\0\0", 6}, 6},
     {8, 0x41424344, 1, 0, 0, CS_CVT_TRUNCATED, "", 0},
+    {8, -12345, 18, 9, 0, CS_SUCCEED, {"\6\0-12345\0", 9}, 258},
+    {8, 0x41424344, 19, 7, 0, CS_SUCCEED, {"\4\0DCBA#", 7}, 258},
     // A bit has no "*" and always counts its digit.
     {11, 1, 0, 0, kTerm, CS_CVT_OVERFLOW, "", 1},
     {11, 1, 0, 1, kTerm, CS_CVT_OVERFLOW, {"\0", 1}, 1},
