@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <map>
 #include <random>
 
 #include "pools.h"
@@ -18,7 +17,8 @@ int length(const Node* list, Node* Node::*next) {
   return count;
 }
 
-// What a pool has handed out, with a pattern in each block.
+// What a pool has handed out, each block filled with a byte of its own: blocks that overlap spoil
+// it.
 class Shadow {
  public:
   Shadow(MmHandle* pool, CS_INT kind, unsigned run) : pool_(pool), kind_(kind), random_(run) {
@@ -27,73 +27,68 @@ class Shadow {
   void step() {
     const int choice = draw(0, 9);
     if (choice < 5 || blocks_.empty()) return add();
-    const auto block = std::next(blocks_.begin(), draw(0, static_cast<int>(blocks_.size()) - 1));
-    choice < 8 ? remove(block) : resize(block);
+    std::swap(blocks_.back(), blocks_[static_cast<std::size_t>(draw(0, 1 << 20)) % blocks_.size()]);
+    choice < 8 ? remove() : resize();
   }
   void empty() {
-    while (!blocks_.empty() && kind_ != MM_POOL_ALLOCONLY) remove(blocks_.begin());
-    for (const auto& [start, block] : blocks_) expect_pattern(start, block, block.size);
+    while (!blocks_.empty()) remove();
   }
 
  private:
   struct Block {
+    CS_BYTE* start;
     CS_INT size;
-    CS_BYTE fill;
+    CS_BYTE fill = 0;
   };
-  using Blocks = std::map<CS_BYTE*, Block>;
 
   int draw(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
   CS_INT draw_size() {
     if (kind_ == MM_POOL_UNIFORM) return 20;
     return draw(0, 9) == 0 ? draw(1, 9000) : draw(1, 300);
   }
-  static void expect_pattern(const CS_BYTE* start, const Block& block, CS_INT size) {
-    EXPECT_TRUE(std::all_of(start, start + size, [&](CS_BYTE b) { return b == block.fill; }));
+  static void expect_fill(const Block& block) {
+    const auto as_filled = [&](CS_BYTE byte) { return byte == block.fill; };
+    EXPECT_TRUE(std::all_of(block.start, block.start + block.size, as_filled));
   }
   void insert(CS_BYTE* start, CS_INT size) {
     EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(start) % 4);
-    const auto after = blocks_.upper_bound(start);
-    EXPECT_TRUE(after == blocks_.end() || start + size <= after->first) << "overlap";
-    EXPECT_TRUE(after == blocks_.begin() ||
-                std::prev(after)->first + std::prev(after)->second.size <= start)
-        << "overlap";
-    const auto fill = static_cast<CS_BYTE>(draw(0, 255));
-    std::memset(start, fill, static_cast<std::size_t>(size));
-    blocks_[start] = {size, fill};
+    blocks_.push_back({start, size, static_cast<CS_BYTE>(draw(0, 255))});
+    std::memset(start, blocks_.back().fill, static_cast<std::size_t>(size));
   }
   void add() {
     const CS_INT size = draw_size();
     void* memory = nullptr;
     const CS_RETCODE result = comn_mmalloc(pool_, size, &memory);
-    auto* start = static_cast<CS_BYTE*>(memory);
-    if (start == nullptr) {  // no room in caller memory, or a compaction that did not suffice
+    if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
       EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind_ == MM_POOL_BUDDY));
       return;
     }
-    expect_pattern(start, {.size = size, .fill = 0}, size);
-    insert(start, size);
+    expect_fill({static_cast<CS_BYTE*>(memory), size});
+    insert(static_cast<CS_BYTE*>(memory), size);
   }
-  void remove(Blocks::iterator block) {
-    expect_pattern(block->first, block->second, block->second.size);
-    EXPECT_EQ(kind_ == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool_, block->first));
-    if (kind_ != MM_POOL_ALLOCONLY) blocks_.erase(block);
+  // A block that cannot be freed is only forgotten.
+  void remove() {
+    const Block block = blocks_.back();
+    blocks_.pop_back();
+    expect_fill(block);
+    EXPECT_EQ(kind_ == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool_, block.start));
   }
-  void resize(Blocks::iterator block) {
-    const auto [start, old] = *block;
-    void* memory = start;
-    const CS_UINT header = header_of(start);
+  void resize() {
+    const Block old = blocks_.back();
+    const CS_UINT header = header_of(old.start);
     const bool large = (header & comnlib::mm::kLarge) != 0;
     const CS_INT capacity = large ? old.size : 16 << (header & 15);
     CS_INT size = draw_size();
     // The capacity counts the header word: the last four bytes of it are not there.
     if (!large && size > capacity - 4 && size <= capacity) size = capacity - 4;
+    void* memory = old.start;
     const CS_RETCODE result = comn_mmrealloc(pool_, size, &memory);
-    const bool moved = memory != start;
+    const bool moved = memory != old.start;
     EXPECT_TRUE(kind_ == MM_POOL_BUDDY || result == CS_FAIL);
     EXPECT_TRUE(!moved || (result == CS_SUCCEED && size > capacity));
-    expect_pattern(static_cast<CS_BYTE*>(memory), old, std::min(capacity, old.size));
+    expect_fill({static_cast<CS_BYTE*>(memory), old.size, old.fill});
     if (kind_ != MM_POOL_BUDDY || (!moved && size > capacity)) return;
-    blocks_.erase(block);
+    blocks_.pop_back();
     // A large block keeps its stored size.
     insert(static_cast<CS_BYTE*>(memory), large && !moved ? old.size : size);
   }
@@ -101,7 +96,7 @@ class Shadow {
   MmHandle* pool_;
   CS_INT kind_;
   std::mt19937 random_;
-  Blocks blocks_;
+  std::vector<Block> blocks_;
 };
 
 void run_shadow(MmHandle* pool, CS_INT kind, unsigned run, int steps) {

@@ -158,12 +158,6 @@ TEST(Subpools, FormATreeThatForceRemovesFromItsTop) {
 }
 
 TEST(Pools, RequestsThatNoMemoryMeets) {
-  for (const int failing : {1, 2}) {
-    Host host;
-    host.countdown = failing;
-    MmHandle* pool = nullptr;
-    EXPECT_EQ(CS_FAIL, comn_mminit(&host, &pool)) << failing;
-  }
   for (const CS_INT kind : kKinds) {
     Host host;
     const Pool pool(host, kind);

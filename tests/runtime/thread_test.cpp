@@ -299,26 +299,6 @@ TEST(Threads, CoroutineMode) {
   }
 }
 
-template <class Object>
-void expect_failure(CS_RETCODE (*create)(Object**)) {
-  const std::size_t before = host_alloc::live_blocks();
-  const host_alloc::Failing failing(1);
-  auto* object = reinterpret_cast<Object*>(8);
-  EXPECT_EQ(CS_FAIL, create(&object));
-  EXPECT_TRUE(failing.reached() && object == nullptr && host_alloc::live_blocks() == before);
-}
-
-TEST(Threads, CreationWithoutMemoryFails) {
-  expect_failure<COMN_MUTEX>(comn_create_mutex);
-  expect_failure<COMN_EVENT>(comn_create_event);
-  expect_failure<COMN_COND>(comn_create_cond);
-  expect_failure<COMN_SEM>(comn_create_sem);
-  expect_failure<COMN_THREAD>([](COMN_THREAD** handle) {
-    return comn_create_thread_ex(
-        handle, [](void* argument) { return argument; }, nullptr);
-  });
-}
-
 TEST(ThreadsDeathTest, MisuseStops) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   static pthread_t id;
