@@ -60,15 +60,12 @@ void operate(fuzz::Input& input) {
     check(com__exctnume_intcmp(&record, 0) != 0 && result.array[0] == 0);
   }
 
+  const auto scale = input.take<CS_BYTE>();
   const constant record = record_of(a);
   constant target = record_of(result);
-  const auto scale = static_cast<CS_INT>(input.take<std::int8_t>());
   static_cast<void>(com__exctnume_round(&record, scale, &target));
-  target = record_of(result);
-  static_cast<void>(com__exctnume_ceilingfloor(&record, &target, scale & 1));
-  target.scale = input.take<CS_BYTE>();
+  target.scale = scale;
   static_cast<void>(com__exctnume_div(&record, &record, &target, nullptr));
-  static_cast<void>(com__exctnume_mul(&record, &target, &target));
 
   CS_CONTEXT context{};
   CS_DATAFMT from{};

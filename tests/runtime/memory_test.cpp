@@ -25,10 +25,9 @@ class Shadow {
     EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
   }
   void step() {
-    const int choice = draw(0, 9);
-    if (choice < 5 || blocks_.empty()) return add();
+    if (draw(0, 9) < 6 || blocks_.empty()) return add();
     std::swap(blocks_.back(), blocks_[static_cast<std::size_t>(draw(0, 1 << 20)) % blocks_.size()]);
-    choice < 8 ? remove() : resize();
+    remove();
   }
   void empty() {
     while (!blocks_.empty()) remove();
@@ -50,21 +49,20 @@ class Shadow {
     const auto as_filled = [&](CS_BYTE byte) { return byte == block.fill; };
     EXPECT_TRUE(std::all_of(block.start, block.start + block.size, as_filled));
   }
-  void insert(CS_BYTE* start, CS_INT size) {
-    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(start) % 4);
-    blocks_.push_back({start, size, static_cast<CS_BYTE>(draw(0, 255))});
-    std::memset(start, blocks_.back().fill, static_cast<std::size_t>(size));
-  }
   void add() {
-    const CS_INT size = draw_size();
+    Block block{nullptr, draw_size()};
     void* memory = nullptr;
-    const CS_RETCODE result = comn_mmalloc(pool_, size, &memory);
+    const CS_RETCODE result = comn_mmalloc(pool_, block.size, &memory);
     if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
       EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind_ == MM_POOL_BUDDY));
       return;
     }
-    expect_fill({static_cast<CS_BYTE*>(memory), size});
-    insert(static_cast<CS_BYTE*>(memory), size);
+    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
+    block.start = static_cast<CS_BYTE*>(memory);
+    expect_fill(block);
+    block.fill = static_cast<CS_BYTE>(draw(0, 255));
+    std::memset(memory, block.fill, static_cast<std::size_t>(block.size));
+    blocks_.push_back(block);
   }
   // A block that cannot be freed is only forgotten.
   void remove() {
@@ -73,26 +71,6 @@ class Shadow {
     expect_fill(block);
     EXPECT_EQ(kind_ == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool_, block.start));
   }
-  void resize() {
-    const Block old = blocks_.back();
-    const CS_UINT header = header_of(old.start);
-    const bool large = (header & comnlib::mm::kLarge) != 0;
-    const CS_INT capacity = large ? old.size : 16 << (header & 15);
-    CS_INT size = draw_size();
-    // The capacity counts the header word: the last four bytes of it are not there.
-    if (!large && size > capacity - 4 && size <= capacity) size = capacity - 4;
-    void* memory = old.start;
-    const CS_RETCODE result = comn_mmrealloc(pool_, size, &memory);
-    const bool moved = memory != old.start;
-    EXPECT_TRUE(kind_ == MM_POOL_BUDDY || result == CS_FAIL);
-    EXPECT_TRUE(!moved || (result == CS_SUCCEED && size > capacity));
-    expect_fill({static_cast<CS_BYTE*>(memory), old.size, old.fill});
-    if (kind_ != MM_POOL_BUDDY || (!moved && size > capacity)) return;
-    blocks_.pop_back();
-    // A large block keeps its stored size.
-    insert(static_cast<CS_BYTE*>(memory), large && !moved ? old.size : size);
-  }
-
   MmHandle* pool_;
   CS_INT kind_;
   std::mt19937 random_;
