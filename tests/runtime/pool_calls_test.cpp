@@ -122,14 +122,13 @@ TEST(Locks, MutexOfTheContextsThreadTable) {
   host.ctxthread = &table;
   const std::size_t before = host_alloc::live_blocks();
   for (const bool clear : {false, true}) {
-    {
-      const Pool pool(host);
-      auto* mutex = static_cast<COMN_MUTEX*>(pool->mmh_head->mph_lockarg);
-      EXPECT_EQ(17, pool->mmh_head->mph_status);
-      comn_mmfree(pool, allocate(pool, 1));
-      EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)) << "released";
-      if (clear) comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
-    }
+    Pool pool(host);
+    auto* mutex = static_cast<COMN_MUTEX*>(pool->mmh_head->mph_lockarg);
+    EXPECT_EQ(17, pool->mmh_head->mph_status);
+    comn_mmfree(pool, allocate(pool, 1));
+    EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)) << "released";
+    if (clear) comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
+    EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool.release(), CS_UNUSED));
     EXPECT_EQ(before, host_alloc::live_blocks());
   }
   table.create_mutex_fn = [](COMN_MUTEX**) -> CS_RETCODE { return CS_BUSY; };

@@ -145,15 +145,19 @@ struct PoolHost : CS_CONTEXT {
     ctxfree = [](CS_CONTEXT*, CS_VOID* block) { comn_free(block); };
     threads.take_mutex_fn = [](COMN_MUTEX* mutex) { return ++held, comn_take_mutex(mutex); };
     threads.release_mutex_fn = [](COMN_MUTEX* mutex) { return --held, comn_release_mutex(mutex); };
+    ctxthread = &threads;
     held = 0;
   }
   CS_THREAD threads;
   static inline int held = 0;
 };
 
-// Everything that a pool of one discipline offers; its subpools have all of them. Each block is
-// filled with a byte of its own.
-void use_pool(Run& run, MmHandle* pool, CS_INT kind) {
+// A pool, and below it subpools of all disciplines. Each block is filled with a byte of its own.
+void pools(Run& run) {
+  PoolHost host;
+  MmHandle* pool = nullptr;
+  run.step("pool", {made(pool), CS_FAIL}, [&] { return comn_mminit(&host, &pool); });
+  if (run.over()) return;
   std::vector<std::pair<void*, char>> blocks;
   const scenario::State state = [&] {
     std::string text = words(com__mm_validate(pool), PoolHost::held);
@@ -168,57 +172,23 @@ void use_pool(Run& run, MmHandle* pool, CS_INT kind) {
     blocks.emplace_back(block, static_cast<char>('a' + blocks.size()));
     std::memset(block, blocks.back().second, static_cast<std::size_t>(size));
   };
-  const auto set = [](MmHandle* to, CS_INT type) {
-    EXPECT_EQ(CS_SUCCEED, comn_mmproperty(to, CS_SET, MM_PROP_POOLTYPE, &type, CS_UNUSED, nullptr));
-  };
-  set(pool, kind);
-  for (const CS_INT size : {10, 300, 3000, 9000, 50, 5000})
-    allocate(pool, kind == MM_POOL_UNIFORM ? 2000 : size);
-  for (const CS_INT size : {40, 4000, 20'000, 100, 30'000}) {
-    if (kind != MM_POOL_BUDDY) break;
+  for (const CS_INT size : {10, 300, 3000, 9000, 50, 5000}) allocate(pool, size);
+  for (const CS_INT size : {40, 4000, 20'000, 100, 30'000})
     run.step("reallocate", {state}, [&] { return comn_mmrealloc(pool, size, &blocks[0].first); });
-  }
-  for (const std::size_t which : {3, 1}) {
-    if (kind == MM_POOL_ALLOCONLY) break;
+  for (const std::size_t which : {3, 1})
     run.see("free", [&] {
       return words(comn_mmfree(pool, std::exchange(blocks[which].first, nullptr)), state());
     });
-  }
   MmHandle* below = pool;
-  for (const CS_INT type : {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM}) {
+  for (CS_INT type : {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM}) {
     MmHandle* const above = std::exchange(below, nullptr);
     run.step("subpool", {state},
              [&] { return comn_mmproperty(above, CS_GET, MM_PROP_SUBPOOL, &below, 1, nullptr); });
-    if (run.over()) return;
-    set(below, type);
+    if (run.over()) break;
+    comn_mmproperty(below, CS_SET, MM_PROP_POOLTYPE, &type, CS_UNUSED, nullptr);
     for (int i = 0; i < 3; ++i) allocate(below, 3500);
   }
   run.see("busy", [&] { return words(comn_mmdrop(pool, CS_UNUSED), PoolHost::held); });
-}
-
-template <CS_INT Kind>
-void pools(Run& run) {
-  PoolHost host;
-  host.ctxthread = &host.threads;
-  MmHandle* pool = nullptr;
-  run.step("pool", {made(pool), CS_FAIL}, [&] { return comn_mminit(&host, &pool); });
-  if (run.over()) return;
-  use_pool(run, pool, Kind);
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
-}
-
-// An area of the caller's first, then chunks from a source of its own.
-void managed_pool(Run& run) {
-  alignas(4) static std::array<CS_BYTE, 5000> area;
-  const MM_SBREAK_FUNC more = [](MmHandle*, CS_VOID*, CS_INT size) {
-    return comn_malloc(static_cast<std::size_t>(size));
-  };
-  const MM_UNSBREAK_FUNC less = [](MmHandle*, CS_VOID*, CS_VOID* chunk) { comn_free(chunk); };
-  MmHandle* pool = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_mmmanage(area.data(), CS_INT{area.size()}, &pool));
-  comn_mmproperty(pool, CS_SET, MM_PROP_SBREAK, reinterpret_cast<void*>(more), 0, nullptr);
-  comn_mmproperty(pool, CS_SET, MM_PROP_UNSBREAK, reinterpret_cast<void*>(less), 0, nullptr);
-  use_pool(run, pool, MM_POOL_BUDDY);
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, MM_FORCE_DROP));
 }
 
@@ -509,10 +479,7 @@ constexpr std::pair<const char*, void (*)(Run&)> kScenarios[] = {
     {"stack", lists<LM_STACK>},
     {"chained table", lists<LM_CHASH>},
     {"open table", lists<LM_DHASH>},
-    {"buddy pool", pools<MM_POOL_BUDDY>},
-    {"alloc-only pool", pools<MM_POOL_ALLOCONLY>},
-    {"uniform pool", pools<MM_POOL_UNIFORM>},
-    {"managed pool", managed_pool},
+    {"pools", pools},
     {"thread objects", thread_objects},
     {"locales", locales},
     {"conversion tables", conversion_tables},
