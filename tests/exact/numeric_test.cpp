@@ -44,16 +44,6 @@ TEST(NumericTables, FollowTheirRules) {
        {std::pair{0, 0}, {1, 0}, {2, 2}, {3, 4}, {4, 7}, {5, 9}, {6, 12}, {7, 14}, {33, 77}})
     EXPECT_EQ(comn_num_getprec(length), precision) << length;
   for (const std::size_t length : {34, 35, 36}) EXPECT_EQ(Com__Nume_Len_To_Prec[length - 2], 255);
-  for (int exponent = 0; exponent <= CS_MAX_PREC; ++exponent) {
-    const auto& entry = Com__Nume_Byte_Power_Array[static_cast<std::size_t>(exponent)];
-    ASSERT_EQ(entry[0], exponent == 0 ? 2 : comn_num_getlen(exponent)) << exponent;
-    EXPECT_EQ(entry[1], 0) << exponent;
-    std::array<CS_BYTE, 34> bytes{};
-    constant power{entry[0], CS_MAX_PREC, 0, bytes.data()};
-    const std::string digits = "1" + std::string(static_cast<std::size_t>(exponent), '0');
-    com__subchartoexctnume(digits.data(), exponent + 1, &power, 0);
-    EXPECT_TRUE(exponent == CS_MAX_PREC || std::equal(&bytes[0], &bytes[entry[0]], &entry[1]));
-  }
 }
 
 // A marked precision or scale becomes what the text needs; otherwise the value is refused.
@@ -217,7 +207,7 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
   const struct {
     const char* label;
     std::function<void()> call;
-    const char* text;
+    const char* text = "Invalid pointer";
   } rows[] = {
       {"precision 0", [] { comn_num_getlen(0); }, "assertion failed"},
       {"precision 78", [] { comn_num_getlen(78); }, "assertion failed"},
@@ -227,12 +217,12 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
       {"record too long", [&] { com__exctnume_inc(const_cast<constant*>(&long_record)); },
        "assertion failed"},
       {"record of no bytes", [&] { com__exctnume_needsbyte(&empty_record); }, "assertion failed"},
-      {"add null", [&] { comn_numadd(nullptr, &value, &result); }, "Invalid pointer"},
-      {"subtract null", [&] { comn_numsub(nullptr, &value, &result); }, "Invalid pointer"},
-      {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }, "Invalid pointer"},
-      {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }, "Invalid pointer"},
-      {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }, "Invalid pointer"},
-      {"compare null", [&] { comn_numcmp(&value, nullptr); }, "Invalid pointer"},
+      {"add null", [&] { comn_numadd(nullptr, &value, &result); }},
+      {"subtract null", [&] { comn_numsub(nullptr, &value, &result); }},
+      {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }},
+      {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }},
+      {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }},
+      {"compare null", [&] { comn_numcmp(&value, nullptr); }},
       {"source type", [&] { comn_numtonum(&context_, &from, &value, &to, &result, &length_); },
        "com_num.cpp"},
       {"destination type", [&] { comn_numtonum(&context_, &to, &value, &from, &result, &length_); },

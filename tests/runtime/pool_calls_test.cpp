@@ -166,7 +166,7 @@ TEST(Pools, RequestsThatNoMemoryMeets) {
     EXPECT_EQ(nullptr, block);
     EXPECT_EQ(4096, get(pool, MM_PROP_BLOCKSIZE)) << "the first allocation is still to come";
     block = allocate(pool, 8);
-    host.countdown = 1;
+    host.refuses = true;
     void* grown = block;
     EXPECT_EQ(kind == MM_POOL_BUDDY ? CS_MEM_ERROR : CS_FAIL, comn_mmrealloc(pool, 9000, &grown));
     EXPECT_EQ(block, grown) << kind;
