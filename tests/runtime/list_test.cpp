@@ -51,7 +51,7 @@ struct Fixture {
   }
 };
 
-// Four bytes make a number, the missing ones 'Z'; the groups are summed up by threes with 37.
+// Each four bytes, 'Z' for those that the key lacks, are a digit to the base of 37.
 TEST(ListHash, FollowsTheRuleForAllBytes) {
   const struct {
     const char* label;
@@ -257,6 +257,8 @@ TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
     EXPECT_EQ(data, info->table[slot].data);
   }
   EXPECT_EQ(CS_FAIL, op(fixture.list, LM_OP_INSERT, "one more"));
+  EXPECT_EQ(CS_FAIL, lm___dhash_rehash(fixture.list, 10));
+  EXPECT_EQ(CS_SUCCEED, lm___dhash_rehash(fixture.list, 11));
 }
 
 // The sought key's size counts, the stored one's does not, in neither direction.

@@ -250,7 +250,6 @@ TEST(PoolsDeathTest, MisuseStops) {
       {"get added memory", [&] { get_it(MM_PROP_ADDMEMORY); }},
       {"get above", [&] { get_it(MM_PROP_BLOCKSIZE + 1); }},
       {"clear a size", [&] { clear(MM_PROP_CHUNKSIZE); }},
-      {"clear the control size", [&] { clear(MM_PROP_CTLSIZE); }},
       {"unknown kind", [&] { set(fresh, MM_PROP_POOLTYPE, 2239); }},
       {"chunk size 0", [&] { set(fresh, MM_PROP_CHUNKSIZE, 0); }},
       {"null function", [&] { put(fresh, MM_PROP_SBREAK, nullptr); }},

@@ -201,7 +201,7 @@ void thread_objects(Run& run) {
   object<COMN_COND>(run, comn_create_cond, comn_delete_cond);
   object<COMN_SEM>(run, comn_create_sem, comn_delete_sem);
   static const COMN_START_FUNC start = [](void* argument) { return argument; };
-  const auto create = [](COMN_THREAD** id) { return comn_create_thread(id, start, nullptr); };
+  const auto create = [](COMN_THREAD** id) { return comn_create_thread_ex(id, start, nullptr); };
   object<COMN_THREAD>(run, create, comn_join_thread);
   run.step("coroutine mode", {.code = CS_FAIL}, comn_start_coroutine_mode);
   if (run.over()) return;
