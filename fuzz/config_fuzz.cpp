@@ -1,5 +1,6 @@
 // Scanner, parser and store over any bytes. The file is the input itself, handed out in pieces of a
 // size that the input chooses, by readers of this host's own.
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -8,13 +9,9 @@
 
 namespace {
 
-struct File {
-  const std::uint8_t* data;
-  std::size_t size;
-  std::size_t at;
-};
+using Bytes = std::span<const std::uint8_t>;
 
-std::span<const std::uint8_t> contents;
+Bytes contents;
 std::size_t piece = 1;
 
 void scan() {
@@ -61,22 +58,20 @@ extern "C" CS_VOID __wrap_com_perr(const CS_CHAR* text) {
 
 // Whatever a file includes is the same file again, under a path that grows.
 CS_INT intl_iocsfopen(const CS_CHAR*, INTL_HANDLE* handle) {
-  *handle = new File{contents.data(), contents.size(), 0};
+  *handle = new Bytes(contents);
   return 0;
 }
 
 CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer, CS_INT buflen) {
-  auto* file = static_cast<File*>(handle);
-  std::size_t count = file->size - file->at;
-  if (count > piece) count = piece;
-  if (count > static_cast<std::size_t>(buflen)) count = static_cast<std::size_t>(buflen);
-  if (count != 0) std::memcpy(buffer, file->data + file->at, count);
-  file->at += count;
+  auto& rest = *static_cast<Bytes*>(handle);
+  const auto count = std::min({rest.size(), piece, static_cast<std::size_t>(buflen)});
+  if (count != 0) std::memcpy(buffer, rest.data(), count);
+  rest = rest.subspan(count);
   return static_cast<CS_INT>(count);
 }
 
 CS_INT intl_iocsfclose(INTL_HANDLE handle) {
-  delete static_cast<File*>(handle);
+  delete static_cast<Bytes*>(handle);
   return 0;
 }
 

@@ -18,6 +18,7 @@ namespace {
 using fuzz::check;
 
 constexpr std::size_t kGuard = 64;
+constexpr CS_BYTE kCanary = 0xC9;
 constexpr CS_INT kMostRoom = 600;
 
 // A context with its tables and a locale for each of some character sets.
@@ -63,24 +64,6 @@ CS_DATAFMT take_format(fuzz::Input& input, Host& host, CS_INT datatype) {
   format.locale = host.locale(input.take_upto(7));
   return format;
 }
-
-// Bytes with guards around them.
-class Guarded {
- public:
-  Guarded(std::size_t room, CS_BYTE fill) : room_(room), bytes_(room + 2 * kGuard, kCanary) {
-    std::fill_n(bytes_.begin() + kGuard, room, fill);
-  }
-  CS_BYTE* data() { return bytes_.data() + kGuard; }
-  void check_guards() const {
-    for (std::size_t at = 0; at < kGuard; ++at)
-      check(bytes_[at] == kCanary && bytes_[kGuard + room_ + at] == kCanary);
-  }
-
- private:
-  static constexpr CS_BYTE kCanary = 0xC9;
-  std::size_t room_;
-  std::vector<CS_BYTE> bytes_;
-};
 
 // How many of the bytes that a routine reports are the value; the rest of a record stays as it was.
 std::size_t value_length(CS_INT datatype, const CS_BYTE* bytes, std::size_t length) {
@@ -130,13 +113,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                                      : comn_typelen(to, destfmt.maxlength));
   CS_RETCODE codes[2];
   CS_INT lengths[2];
-  Guarded first(room, 0x00), second(room, 0xFF);
-  Guarded* dests[] = {&first, &second};
+  std::vector<CS_BYTE> dests[2];
   for (const std::size_t run : {0U, 1U}) {
+    auto& dest = dests[run];
+    dest.assign(room + 2 * kGuard, kCanary);
+    std::fill_n(dest.data() + kGuard, room, run == 0 ? CS_BYTE{0x00} : CS_BYTE{0xFF});
     lengths[run] = -1;
-    codes[run] =
-        routine(&host.context, &srcfmt, source.get(), &destfmt, dests[run]->data(), &lengths[run]);
-    dests[run]->check_guards();
+    codes[run] = routine(&host.context, &srcfmt, source.get(), &destfmt, dest.data() + kGuard,
+                         &lengths[run]);
+    for (std::size_t at = 0; at < kGuard; ++at)
+      check(dest[at] == kCanary && dest[kGuard + room + at] == kCanary);
   }
   check(codes[0] == codes[1] && lengths[0] == lengths[1] && is_conversion_code(codes[0]));
   // A bit counts its digit even where it has no room.
@@ -146,7 +132,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         from == CS_FLOAT_TYPE);
   if (codes[0] != CS_SUCCEED) return 0;
   const auto written = static_cast<std::size_t>(lengths[0]);
-  const std::size_t compared = value_length(to, first.data(), written < room ? written : room);
-  check(std::memcmp(first.data(), second.data(), compared) == 0);
+  const CS_BYTE* first = dests[0].data() + kGuard;
+  const std::size_t compared = value_length(to, first, written < room ? written : room);
+  check(std::memcmp(first, dests[1].data() + kGuard, compared) == 0);
   return 0;
 }

@@ -2,7 +2,6 @@
 // accepts is written in every lossless style and reads itself. The value's bytes are written too,
 // valid or not.
 #include <array>
-#include <string_view>
 
 #include "fuzz.h"
 #include "time/datetext.h"
@@ -29,8 +28,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, size);
   DateConventions conventions = kUsEnglish;
   conventions.order = static_cast<DateOrder>(input.take_upto(5));
-  const auto bytes = input.rest();
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const std::string_view text = input.text();
 
   CS_DATAFMT format{};
   format.datatype = CS_DATETIME_TYPE;

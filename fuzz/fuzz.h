@@ -8,6 +8,7 @@
 #include <cstring>
 #include <source_location>
 #include <span>
+#include <string_view>
 #include <type_traits>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -44,6 +45,9 @@ class Input {
   }
 
   std::span<const std::uint8_t> rest() const { return rest_; }
+  std::string_view text() const {
+    return {reinterpret_cast<const char*>(rest_.data()), rest_.size()};
+  }
 
  private:
   std::span<const std::uint8_t> rest_;

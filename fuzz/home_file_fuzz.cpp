@@ -81,7 +81,6 @@ void locales_table(Host& host) {
   CsLocNames names;
   const CS_RETCODE result = comn__intl_lookup(&host.context, "x", 1, &names, nullptr, 0);
   check((result == CS_INTL_LIBERR) == (host.context.ctxintlerr < 0));
-  check(result == CS_SUCCEED || result == CS_FAIL || result == CS_INTL_LIBERR);
   if (result != CS_SUCCEED) return;
   check(names.sortorderlen > 0);
   check(std::strlen(names.charset) == static_cast<std::size_t>(names.charsetlen));
@@ -92,11 +91,9 @@ void locales_table(Host& host) {
 void conversion_table(Host& host) {
   const ConvTable* table = nullptr;
   if (load_table(host.context, "x", "x", table, {nullptr, 0}) != CS_SUCCEED) return;
-  const auto unit_of = [table](unsigned bytes) {
-    return bytes < 256 ? table->single[bytes] : table->pairs.at(static_cast<CS_USHORT>(bytes));
-  };
   for (unsigned bytes = 0; bytes <= 0xFFFF; ++bytes) {
-    const CS_USHORT unit = unit_of(bytes);
+    const CS_USHORT unit =
+        bytes < 256 ? table->single[bytes] : table->pairs.at(static_cast<CS_USHORT>(bytes));
     if (unit == kNoCharacter) continue;
     check(unit < 0xD800 || unit > 0xDFFF);
     check(table->reverse.at(unit) != kNoCharacter);

@@ -6,8 +6,6 @@
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "comnlib/convert.h"
 #include "comnlib/diag.h"
@@ -31,26 +29,18 @@ std::string output_of(CS_INT level, auto call) {
 
 // Codes of normal work are left out at level 2.
 TEST(Trace, LevelsAndNames) {
-  using Codes = std::vector<std::pair<CS_RETCODE, std::string>>;
-  const Codes routine = {{1, "CS_SUCCEED"},     {-2, "CS_PENDING"},       {-5, "CS_INTERRUPT"},
-                         {-204, "CS_END_DATA"}, {-205, "CS_END_RESULTS"}, {-206, "CS_END_ITEM"}};
-  const Codes others = {{0, "CS_FAIL"},
-                        {-1, "CS_MEM_ERROR"},
-                        {-3, "CS_QUIET"},
-                        {-4, "CS_BUSY"},
-                        {-202, "CS_CANCELED"},
-                        {-203, "CS_ROW_FAIL"},
-                        {-207, "CS_NOMSG"},
-                        {-208, "CS_TIMED_OUT"},
-                        {-210, "CS_PASSTHRU_EOM"},
-                        {-213, "CS_TRYING"},
-                        {-211, "CS_PASSTHRU_MORE"},
-                        {-101, "-101"},
-                        {-209, "-209"},
-                        {34, "34"}};
-  for (const Codes& codes : {routine, others}) {
-    for (const auto& [code, name] : codes) {
-      const auto trace = [code = code] { EXPECT_EQ(code, com_errtrace(code, "src/x/t.cpp", 42)); };
+  const char* const routine =
+      "1 CS_SUCCEED -2 CS_PENDING -5 CS_INTERRUPT -204 CS_END_DATA -205 CS_END_RESULTS "
+      "-206 CS_END_ITEM";
+  const char* const others =
+      "0 CS_FAIL -1 CS_MEM_ERROR -3 CS_QUIET -4 CS_BUSY -202 CS_CANCELED -203 CS_ROW_FAIL "
+      "-207 CS_NOMSG -208 CS_TIMED_OUT -210 CS_PASSTHRU_EOM -213 CS_TRYING -211 CS_PASSTHRU_MORE "
+      "-101 -101 -209 -209 34 34";
+  for (const char* const codes : {routine, others}) {
+    std::istringstream rows(codes);
+    CS_RETCODE code = 0;
+    for (std::string name; rows >> code >> name;) {
+      const auto trace = [code] { EXPECT_EQ(code, com_errtrace(code, "src/x/t.cpp", 42)); };
       const std::string line = "(" + name + ") file t.cpp, line 42\n";
       EXPECT_EQ("", output_of(1, trace)) << name;
       EXPECT_EQ(codes == routine ? "" : line, output_of(2, trace)) << name;

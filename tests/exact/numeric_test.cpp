@@ -44,16 +44,6 @@ TEST(NumericTables, FollowTheirRules) {
        {std::pair{0, 0}, {1, 0}, {2, 2}, {3, 4}, {4, 7}, {5, 9}, {6, 12}, {7, 14}, {33, 77}})
     EXPECT_EQ(comn_num_getprec(length), precision) << length;
   for (const std::size_t length : {34, 35, 36}) EXPECT_EQ(Com__Nume_Len_To_Prec[length - 2], 255);
-  for (int exponent = 0; exponent <= CS_MAX_PREC; ++exponent) {
-    const auto& entry = Com__Nume_Byte_Power_Array[static_cast<std::size_t>(exponent)];
-    ASSERT_EQ(entry[0], exponent == 0 ? 2 : comn_num_getlen(exponent)) << exponent;
-    EXPECT_EQ(entry[1], 0) << exponent;
-    std::array<CS_BYTE, 34> bytes{};
-    constant power{entry[0], CS_MAX_PREC, 0, bytes.data()};
-    const std::string digits = "1" + std::string(static_cast<std::size_t>(exponent), '0');
-    com__subchartoexctnume(digits.data(), exponent + 1, &power, 0);
-    EXPECT_TRUE(exponent == CS_MAX_PREC || std::equal(&bytes[0], &bytes[entry[0]], &entry[1]));
-  }
 }
 
 // A marked precision or scale becomes what the text needs; otherwise the value is refused.
@@ -126,7 +116,7 @@ TEST(NumericText, Printing) {
   }
 }
 
-// --- the matrix
+// --- the matrix, beyond what its own tests sweep
 
 class NumericConversion : public testing::Test {
  protected:
@@ -134,16 +124,14 @@ class NumericConversion : public testing::Test {
   ~NumericConversion() override { com_conv_free(&context_); }
 
   CS_RETCODE convert(CS_INT srctype, const void* source, CS_INT desttype, void* dest,
-                     CS_INT precision = 0, CS_INT scale = 0, CS_INT maxlength = 0) {
+                     CS_INT precision = 0, CS_INT scale = 0) {
     CS_DATAFMT from{}, to{};
     from.datatype = srctype;
     to.datatype = desttype;
     to.precision = precision;
     to.scale = scale;
-    to.maxlength = maxlength;
     const CS_CONV_FUNC routine =
         desttype == CS_LONG_TYPE ? comn_numtoi8 : com_conv_func(&context_, srctype, desttype);
-    EXPECT_NE(routine, nullptr);
     return routine(&context_, &from, source, &to, dest, &length_);
   }
 
@@ -164,78 +152,45 @@ class NumericConversion : public testing::Test {
 constexpr CS_RETCODE kOver = CS_CVT_OVERFLOW;
 
 TEST_F(NumericConversion, ToNumbers) {
-  expect<CS_TINYINT>("255", CS_TINYINT_TYPE, 255);
-  expect<CS_TINYINT>("255.5", CS_TINYINT_TYPE, 255, kOver);
-  expect<CS_TINYINT>("254.99", CS_TINYINT_TYPE, 254);
-  expect<CS_TINYINT>("-0.5", CS_TINYINT_TYPE, 0, kOver);
   expect<CS_TINYINT>("-0.0", CS_TINYINT_TYPE, 0);
-  expect<CS_SMALLINT>("-32768", CS_SMALLINT_TYPE, -32768);
   expect<CS_SMALLINT>("-32768.00000000001", CS_SMALLINT_TYPE, -32768, kOver);
   expect<CS_SMALLINT>("-6.99999999999999999999", CS_SMALLINT_TYPE, -7);
   expect<CS_SMALLINT>("1e40", CS_SMALLINT_TYPE, 32767, kOver);
   expect<CS_INT>("2147483647.00000000000000000001", CS_INT_TYPE, 2147483647);
-  expect<CS_INT>("2147483647.5", CS_INT_TYPE, 2147483647, kOver);
-  expect<CS_INT>("-2.7", CS_INT_TYPE, -2);
   expect("9223372036854775807", CS_LONG_TYPE, INT64_MAX);
   expect("-9223372036854775808", CS_LONG_TYPE, INT64_MIN);
   expect("6.99999999999999999999", CS_LONG_TYPE, std::int64_t{6});
-  expect("9223372036854775808", CS_LONG_TYPE, INT64_MAX, kOver);
   expect("9223372036854775807.5", CS_LONG_TYPE, INT64_MAX, kOver);
   expect("-9223372036854775809", CS_LONG_TYPE, INT64_MIN, kOver);
   expect<CS_BIT>("1e-77", CS_BIT_TYPE, 1);
-  expect<CS_BIT>("256", CS_BIT_TYPE, 1);
   expect<CS_BIT>("-0.00", CS_BIT_TYPE, 0);
-  expect<CS_FLOAT>("0.1", CS_FLOAT_TYPE, 0.1);
-  expect<CS_FLOAT>("9007199254740993", CS_FLOAT_TYPE, 9007199254740992.0);
-  expect<CS_REAL>("-0.1", CS_REAL_TYPE, -0.1f);
   expect<CS_REAL>("-1e40", CS_REAL_TYPE, -std::numeric_limits<CS_REAL>::max(), kOver);
   expect("12.34567", CS_MONEY_TYPE, CS_MONEY{0, 123456});
-  expect("922337203685477.5808", CS_MONEY_TYPE, CS_MONEY{INT32_MAX, UINT32_MAX}, kOver);
-  expect("-922337203685477.5808", CS_MONEY_TYPE, CS_MONEY{INT32_MIN, 0});
   expect("-1e60", CS_MONEY_TYPE, CS_MONEY{INT32_MIN, 0}, kOver);
   expect("1e60", CS_MONEY4_TYPE, CS_MONEY4{INT32_MAX}, kOver);
   expect("214748.36479", CS_MONEY4_TYPE, CS_MONEY4{INT32_MAX});
 }
 
-TEST_F(NumericConversion, EveryMemberRefusesARecordOutOfRange) {
-  for (const auto& [precision, scale] : {std::pair{0, 0}, {78, 0}, {255, 255}, {5, 78}}) {
-    const CS_NUMERIC source{static_cast<CS_BYTE>(precision), static_cast<CS_BYTE>(scale), {7}};
-    for (CS_INT type = 0; type < CS_BUILTIN_TYPES; ++type) {
-      if (com_conv_func(&context_, CS_NUMERIC_TYPE, type) == nullptr) continue;
-      std::array<CS_BYTE, 258> dest{};
-      EXPECT_EQ(convert(CS_NUMERIC_TYPE, &source, type, dest.data(), 0, 99, 0), CS_CVT_DOMAIN)
-          << type;
-    }
-  }
-}
-
 TEST_F(NumericConversion, NumbersToNumeric) {
   CS_NUMERIC result{};
   const auto expect = [&](CS_INT type, auto value, CS_INT precision, CS_INT scale, CS_RETCODE code,
-                          const std::string& printed = "") {
+                          const std::string& printed) {
     SCOPED_TRACE(printed + " at " + std::to_string(precision) + "," + std::to_string(scale));
     std::memset(&result, 0xEE, sizeof result);
     EXPECT_EQ(convert(type, &value, CS_DECIMAL_TYPE, &result, precision, scale), code);
     EXPECT_EQ(length_, 35);
-    EXPECT_TRUE(printed.empty() || text(result) == printed);
+    EXPECT_EQ(text(result), printed);
   };
   expect(CS_INT_TYPE, CS_INT{-7}, 5, 2, CS_SUCCEED, "-7.00");
   EXPECT_EQ(result.array[comn_num_getlen(5)], 0xEE) << "bytes behind the precision's";
-  expect(CS_INT_TYPE, std::numeric_limits<CS_INT>::min(), 10, 0, CS_SUCCEED, "-2147483648");
   expect(CS_INT_TYPE, CS_INT{100}, 2, 0, kOver, "0");
   expect(CS_SMALLINT_TYPE, CS_SMALLINT{10}, 3, 2, kOver, "0.00");
   expect(CS_TINYINT_TYPE, CS_TINYINT{200}, 77, 74, CS_SUCCEED, "200." + std::string(74, '0'));
-  expect(CS_BIT_TYPE, CS_BIT{1}, 1, 0, CS_SUCCEED, "1");
-  expect(CS_BIT_TYPE, CS_BIT{2}, 1, 0, CS_CVT_DOMAIN);
   expect(CS_REAL_TYPE, 0.1f, 20, 18, CS_SUCCEED, "0.100000001490116120");
-  expect(CS_FLOAT_TYPE, 2.5, 3, 0, CS_SUCCEED, "3");
   expect(CS_FLOAT_TYPE, -2.5, 3, 0, CS_SUCCEED, "-3");
   expect(CS_FLOAT_TYPE, 9.996, 3, 2, kOver, "0.00");
-  expect(CS_FLOAT_TYPE, 1.005, 5, 2, CS_SUCCEED, "1.00");
-  expect(CS_FLOAT_TYPE, HUGE_VAL, 5, 2, CS_CVT_SYNTAX);
-  for (const CS_INT precision : {0, 266, +CS_USE_SRCVALUE})
-    expect(CS_INT_TYPE, CS_INT{7}, precision, 99, CS_CVT_PRECISION);
-  for (const CS_INT scale : {78, -1}) expect(CS_INT_TYPE, CS_INT{7}, 5, scale, CS_CVT_SCALE);
+  const CS_FLOAT infinite = HUGE_VAL;
+  EXPECT_EQ(convert(CS_FLOAT_TYPE, &infinite, CS_DECIMAL_TYPE, &result, 5, 2), CS_CVT_SYNTAX);
 }
 
 using NumericDeathTest = NumericConversion;
@@ -252,7 +207,7 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
   const struct {
     const char* label;
     std::function<void()> call;
-    const char* text;
+    const char* text = "Invalid pointer";
   } rows[] = {
       {"precision 0", [] { comn_num_getlen(0); }, "assertion failed"},
       {"precision 78", [] { comn_num_getlen(78); }, "assertion failed"},
@@ -262,12 +217,12 @@ TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
       {"record too long", [&] { com__exctnume_inc(const_cast<constant*>(&long_record)); },
        "assertion failed"},
       {"record of no bytes", [&] { com__exctnume_needsbyte(&empty_record); }, "assertion failed"},
-      {"add null", [&] { comn_numadd(nullptr, &value, &result); }, "Invalid pointer"},
-      {"subtract null", [&] { comn_numsub(nullptr, &value, &result); }, "Invalid pointer"},
-      {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }, "Invalid pointer"},
-      {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }, "Invalid pointer"},
-      {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }, "Invalid pointer"},
-      {"compare null", [&] { comn_numcmp(&value, nullptr); }, "Invalid pointer"},
+      {"add null", [&] { comn_numadd(nullptr, &value, &result); }},
+      {"subtract null", [&] { comn_numsub(nullptr, &value, &result); }},
+      {"either null", [&] { comn_num_addorsub(nullptr, &value, &result, 0); }},
+      {"multiply null", [&] { comn_nummul(&value, nullptr, &result); }},
+      {"divide into null", [&] { comn_numdivide(&value, &value, nullptr); }},
+      {"compare null", [&] { comn_numcmp(&value, nullptr); }},
       {"source type", [&] { comn_numtonum(&context_, &from, &value, &to, &result, &length_); },
        "com_num.cpp"},
       {"destination type", [&] { comn_numtonum(&context_, &to, &value, &from, &result, &length_); },

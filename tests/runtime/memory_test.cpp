@@ -1,8 +1,7 @@
-// Memory pools: random operations against a shadow model, the fixed layouts and list orders.
+// Memory pools: use at random, the fixed layouts and list orders.
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <map>
 #include <random>
 
 #include "pools.h"
@@ -18,99 +17,49 @@ int length(const Node* list, Node* Node::*next) {
   return count;
 }
 
-// What a pool has handed out, with a pattern in each block.
-class Shadow {
- public:
-  Shadow(MmHandle* pool, CS_INT kind, unsigned run) : pool_(pool), kind_(kind), random_(run) {
-    EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
-  }
-  void step() {
-    const int choice = draw(0, 9);
-    if (choice < 5 || blocks_.empty()) return add();
-    const auto block = std::next(blocks_.begin(), draw(0, static_cast<int>(blocks_.size()) - 1));
-    choice < 8 ? remove(block) : resize(block);
-  }
-  void empty() {
-    while (!blocks_.empty() && kind_ != MM_POOL_ALLOCONLY) remove(blocks_.begin());
-    for (const auto& [start, block] : blocks_) expect_pattern(start, block, block.size);
-  }
-
- private:
+// Allocates and frees at random, each block filled with a byte of its own: blocks that overlap
+// spoil it.
+void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
   struct Block {
+    CS_BYTE* start;
     CS_INT size;
     CS_BYTE fill;
   };
-  using Blocks = std::map<CS_BYTE*, Block>;
-
-  int draw(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
-  CS_INT draw_size() {
-    if (kind_ == MM_POOL_UNIFORM) return 20;
-    return draw(0, 9) == 0 ? draw(1, 9000) : draw(1, 300);
-  }
-  static void expect_pattern(const CS_BYTE* start, const Block& block, CS_INT size) {
-    EXPECT_TRUE(std::all_of(start, start + size, [&](CS_BYTE b) { return b == block.fill; }));
-  }
-  void insert(CS_BYTE* start, CS_INT size) {
-    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(start) % 4);
-    const auto after = blocks_.upper_bound(start);
-    EXPECT_TRUE(after == blocks_.end() || start + size <= after->first) << "overlap";
-    EXPECT_TRUE(after == blocks_.begin() ||
-                std::prev(after)->first + std::prev(after)->second.size <= start)
-        << "overlap";
-    const auto fill = static_cast<CS_BYTE>(draw(0, 255));
-    std::memset(start, fill, static_cast<std::size_t>(size));
-    blocks_[start] = {size, fill};
-  }
-  void add() {
-    const CS_INT size = draw_size();
+  std::vector<Block> blocks;
+  std::mt19937 random(run);
+  const auto draw = [&](int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+  };
+  const auto expect_fill = [](const Block& block) {
+    const auto as_filled = [&](CS_BYTE byte) { return byte == block.fill; };
+    EXPECT_TRUE(std::all_of(block.start, block.start + block.size, as_filled));
+  };
+  const auto add = [&] {
+    const CS_INT size = kind == MM_POOL_UNIFORM ? 20 : draw(1, draw(0, 9) == 0 ? 9000 : 300);
     void* memory = nullptr;
-    const CS_RETCODE result = comn_mmalloc(pool_, size, &memory);
-    auto* start = static_cast<CS_BYTE*>(memory);
-    if (start == nullptr) {  // no room in caller memory, or a compaction that did not suffice
-      EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind_ == MM_POOL_BUDDY));
+    const CS_RETCODE result = comn_mmalloc(pool, size, &memory);
+    if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
+      EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
       return;
     }
-    expect_pattern(start, {.size = size, .fill = 0}, size);
-    insert(start, size);
+    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
+    expect_fill({static_cast<CS_BYTE*>(memory), size, 0});
+    blocks.push_back({static_cast<CS_BYTE*>(memory), size, static_cast<CS_BYTE>(draw(0, 255))});
+    std::memset(memory, blocks.back().fill, static_cast<std::size_t>(size));
+  };
+  const auto remove = [&] {  // a block that cannot be freed is only forgotten
+    std::swap(blocks.back(), blocks[static_cast<std::size_t>(draw(0, 9999)) % blocks.size()]);
+    expect_fill(blocks.back());
+    EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED,
+              comn_mmfree(pool, blocks.back().start));
+    blocks.pop_back();
+  };
+  EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
+  for (int step = 0; step < 3000; ++step) {
+    draw(0, 9) < 6 || blocks.empty() ? add() : remove();
+    ASSERT_TRUE(step % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << step;
   }
-  void remove(Blocks::iterator block) {
-    expect_pattern(block->first, block->second, block->second.size);
-    EXPECT_EQ(kind_ == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool_, block->first));
-    if (kind_ != MM_POOL_ALLOCONLY) blocks_.erase(block);
-  }
-  void resize(Blocks::iterator block) {
-    const auto [start, old] = *block;
-    void* memory = start;
-    const CS_UINT header = header_of(start);
-    const bool large = (header & comnlib::mm::kLarge) != 0;
-    const CS_INT capacity = large ? old.size : 16 << (header & 15);
-    CS_INT size = draw_size();
-    // The capacity counts the header word: the last four bytes of it are not there.
-    if (!large && size > capacity - 4 && size <= capacity) size = capacity - 4;
-    const CS_RETCODE result = comn_mmrealloc(pool_, size, &memory);
-    const bool moved = memory != start;
-    EXPECT_TRUE(kind_ == MM_POOL_BUDDY || result == CS_FAIL);
-    EXPECT_TRUE(!moved || (result == CS_SUCCEED && size > capacity));
-    expect_pattern(static_cast<CS_BYTE*>(memory), old, std::min(capacity, old.size));
-    if (kind_ != MM_POOL_BUDDY || (!moved && size > capacity)) return;
-    blocks_.erase(block);
-    // A large block keeps its stored size.
-    insert(static_cast<CS_BYTE*>(memory), large && !moved ? old.size : size);
-  }
-
-  MmHandle* pool_;
-  CS_INT kind_;
-  std::mt19937 random_;
-  Blocks blocks_;
-};
-
-void run_shadow(MmHandle* pool, CS_INT kind, unsigned run, int steps) {
-  Shadow shadow(pool, kind, run);
-  for (int i = 0; i < steps; ++i) {
-    shadow.step();
-    ASSERT_TRUE(i % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << i;
-  }
-  shadow.empty();
+  while (!blocks.empty()) remove();
   ASSERT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 
@@ -124,7 +73,7 @@ TEST(Pools, RandomOperationsOnAContext) {
     for (CS_INT i = 0; i < 3; ++i) {
       pools[i] = subpool(top, i);
       ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksize));
-      run_shadow(pools[i], kKinds[(i + round) % 3], round, 3000);
+      use_at_random(pools[i], kKinds[(i + round) % 3], round);
     }
     for (const std::size_t i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pools[i], CS_UNUSED));
     EXPECT_EQ(nullptr, top->mmh_head->mph_heap);
@@ -139,7 +88,7 @@ TEST(Pools, RandomOperationsInCallerMemory) {
       auto* buffer = reinterpret_cast<CS_BYTE*>(memory.data() + 1);  // aligned to 4 alone
       MmHandle* pool = nullptr;
       ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, length, &pool));
-      run_shadow(pool, kind, static_cast<unsigned>(kind + length), 3000);
+      use_at_random(pool, kind, static_cast<unsigned>(kind + length));
       EXPECT_EQ(0xab, buffer[length]) << "nothing behind the area is touched";
     }
   }

@@ -13,7 +13,6 @@
 
 namespace pools {
 
-// A context that records the chunks it gives and fails on demand.
 struct Host : CS_CONTEXT {
   Host() : CS_CONTEXT{} {
     ctxversion = 113;
@@ -27,13 +26,13 @@ struct Host : CS_CONTEXT {
   ~Host() { EXPECT_TRUE(live.empty()) << "everything is given back"; }
   void* give(CS_INT size) {
     requests.push_back(size);
-    if (countdown != 0 && --countdown == 0) return nullptr;
+    if (refuses) return nullptr;
     return *live.insert(std::malloc(static_cast<std::size_t>(size))).first;
   }
 
   std::set<void*> live;
   std::vector<CS_INT> requests;
-  int countdown = 0;  // the how-manieth request fails; 0: none
+  bool refuses = false;
 };
 
 inline CS_RETCODE set(MmHandle* pool, CS_INT property, CS_INT value) {

@@ -1,6 +1,9 @@
 // One run of a scenario: its steps are the calls that need memory, of which one may fail.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <filesystem>
 #include <functional>
 #include <sstream>
 #include <string>
@@ -16,6 +19,11 @@ std::string words(const Words&... list) {
   std::ostringstream text;
   ((text << list << ' '), ...);
   return text.str();
+}
+
+inline std::ptrdiff_t open_files() {
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return std::distance(begin(files), end(files));
 }
 
 // What a failed step may leave allocated; progress is what the next attempt or the tear-down finds.
@@ -40,10 +48,34 @@ class Run {
 
   // A call that succeeds when it finds memory. After a failure memory is back and the same call
   // succeeds, or it stays away and the scenario is over but for its tear-down.
-  void step(const char* name, const Failure& failure, const Call& call);
+  void step(const char* name, const Failure& failure, const Call& call) {
+    if (over_) return;
+    SCOPED_TRACE(name);
+    const bool reached_before = reached();
+    const std::string state = failure.state();
+    const std::size_t blocks = host_alloc::live_blocks();
+    const auto files = open_files();
+    CS_RETCODE code = call();
+    if (reached() && !reached_before) {
+      EXPECT_EQ(failure.code, code);
+      EXPECT_EQ(state, failure.state());
+      EXPECT_EQ(files, open_files());
+      EXPECT_TRUE(failure.keeps == Keeps::kProgress || host_alloc::live_blocks() == blocks);
+      over_ = mode_ == Mode::kFromThereOn;
+      if (over_) return;
+      code = call();
+    }
+    EXPECT_EQ(CS_SUCCEED, code);
+    results_ += words(name, failure.state()) + "\n";
+  }
 
   // A look at results, with calls that ask for no memory.
-  void see(const char* name, const State& look);
+  void see(const char* name, const State& look) {
+    if (over_) return;
+    const std::size_t before = host_alloc::allocations();
+    results_ += words(name, look()) + "\n";
+    EXPECT_EQ(before, host_alloc::allocations()) << name;
+  }
 
   bool over() const { return over_; }
   // What all steps and looks told, in their order.
@@ -60,7 +92,28 @@ class Run {
 
 // Runs a scenario without failures, and then with its first, second, ... allocation failing, once
 // and from there on. No run leaves blocks or open files, and one that got its memory in the end
-// tells what the first one told. Returns how many allocations the scenario makes.
-std::size_t sweep(const std::function<void(Run&)>& scenario);
+// tells what the first one told.
+inline void sweep(void (*scenario)(Run&)) {
+  const auto files = open_files();
+  const std::size_t before = host_alloc::allocations();
+  Run whole(nullptr, Run::Mode::kOnce);
+  scenario(whole);
+  const std::size_t count = host_alloc::allocations() - before;
+  EXPECT_LT(0U, count);
+  for (const auto mode : {Run::Mode::kOnce, Run::Mode::kFromThereOn}) {
+    for (std::size_t n = 1; n <= count && !testing::Test::HasFailure(); ++n) {
+      SCOPED_TRACE(testing::Message() << "allocation " << n << " of " << count << " fails"
+                                      << (mode == Run::Mode::kOnce ? "" : ", all later ones too"));
+      const host_alloc::Failing failing(n, mode);
+      Run run(&failing, mode);
+      scenario(run);
+      EXPECT_TRUE(failing.reached());
+      EXPECT_EQ(0U, host_alloc::live_blocks());
+      EXPECT_EQ(files, open_files());
+      EXPECT_EQ(whole.results().substr(0, run.over() ? run.results().size() : std::string::npos),
+                run.results());
+    }
+  }
+}
 
 }  // namespace scenario

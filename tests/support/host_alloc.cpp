@@ -9,19 +9,13 @@ namespace {
 
 std::atomic<std::size_t> live{0};
 std::atomic<std::size_t> asked{0};
-std::atomic<std::size_t> countdown{0};  // 0: nothing fails
+std::atomic<std::size_t> failing{0};  // which one, counted like `asked`; 0: none
 std::atomic<bool> keep_failing{false};
-std::atomic<bool> has_failed{false};
 
 bool fails_now() {
-  ++asked;
-  if (has_failed.load()) return keep_failing.load();
-  std::size_t left = countdown.load();
-  while (left != 0 && !countdown.compare_exchange_weak(left, left - 1)) {
-  }
-  if (left != 1) return false;
-  has_failed.store(true);
-  return true;
+  const std::size_t number = ++asked;
+  const std::size_t first = failing.load();
+  return first != 0 && (number == first || (number > first && keep_failing.load()));
 }
 
 void* counted(void* block) {
@@ -42,19 +36,16 @@ std::size_t allocations() {
 }
 
 Failing::Failing(std::size_t first, Mode mode) {
-  has_failed.store(false);
   keep_failing.store(mode == Mode::kFromThereOn);
-  countdown.store(first);
+  failing.store(asked.load() + first);
 }
 
 Failing::~Failing() {
-  countdown.store(0);
-  has_failed.store(false);
-  keep_failing.store(false);
+  failing.store(0);
 }
 
 bool Failing::reached() const {
-  return has_failed.load();
+  return asked.load() >= failing.load();
 }
 
 }  // namespace host_alloc

@@ -26,23 +26,4 @@ class Failing {
   bool reached() const;
 };
 
-// Runs `attempt` with its first, second, ... allocation failing until a run reaches no failure, in
-// both modes. `attempt(failed)` gets a callable that tells whether an allocation failed in this
-// run. Returns how many allocations a run makes.
-template <class Attempt>
-std::size_t sweep(Attempt attempt) {
-  std::size_t count = 0;
-  for (const auto mode : {Failing::Mode::kOnce, Failing::Mode::kFromThereOn}) {
-    for (std::size_t n = 1;; ++n) {
-      const Failing failing(n, mode);
-      attempt([&failing] { return failing.reached(); });
-      if (!failing.reached()) {
-        count = n - 1;
-        break;
-      }
-    }
-  }
-  return count;
-}
-
 }  // namespace host_alloc
