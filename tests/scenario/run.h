@@ -24,6 +24,12 @@ enum class Keeps { kNothing, kProgress };
 using Call = std::function<CS_RETCODE()>;
 using State = std::function<std::string()>;
 
+// Whether a pointer is there, as the state of a step that makes what it points to.
+template <class Object>
+State made(Object* const& object) {
+  return [&object] { return words(object != nullptr); };
+}
+
 // How a step fails: with this code, the state as it was.
 struct Failure {
   State state = [] { return ""; };
