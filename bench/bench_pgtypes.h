@@ -5,10 +5,17 @@
 #include <benchmark/benchmark.h>
 #include <pgtypes_numeric.h>
 
+#include <string>
+
 namespace bench {
 
-inline void read_pgtypes(char* text) {
-  ::numeric* value = PGTYPESnumeric_from_asc(text, nullptr);
+// libpgtypes takes text that it does not change by plain pointers.
+inline ::numeric* made_by_pgtypes(const std::string& text) {
+  return PGTYPESnumeric_from_asc(const_cast<char*>(text.c_str()), nullptr);
+}
+
+inline void read_pgtypes(const std::string& text) {
+  ::numeric* value = made_by_pgtypes(text);
   benchmark::DoNotOptimize(value);
   PGTYPESnumeric_free(value);
 }

@@ -15,7 +15,7 @@ namespace {
 using namespace bench;
 using namespace comnlib;
 
-// Days from 1902 to 2037, which the C library knows too.
+// Days from 1902 to 2036, which the C library knows too.
 const std::vector<CS_DATETIME>& values() {
   static const auto result = [] {
     std::mt19937 random(1900);

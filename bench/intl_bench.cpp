@@ -27,8 +27,8 @@ const std::string& latin_text() {
   return text;
 }
 
-// Kanji and kana, every fourth character an ASCII one; in SJIS and in the C library's EUC-JP-like
-// double-byte stand-in, UTF-8, which is the multibyte locale that every machine has.
+// Hiragana, every fourth character an ASCII one; in SJIS, and for the C library in UTF-8, which is
+// the multibyte locale that every machine has.
 struct JapaneseText {
   std::string sjis, utf8;
 };
@@ -126,7 +126,7 @@ void multibyte_comnlib(benchmark::State& state) {
   state.SetItemsProcessed(characters);
 }
 
-// mblen tells the length; the class is that of the wide character, which mbtowc gives with it.
+// mbtowc tells the length and gives the wide character, whose class is asked for.
 void multibyte_glibc(benchmark::State& state) {
   const std::string before = std::setlocale(LC_CTYPE, nullptr);
   if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {

@@ -115,6 +115,12 @@ std::size_t argument(const benchmark::State& state) {
 
 // --- one block in, one out
 
+template <class Allocator>
+void free_rest(Allocator& allocator, const std::vector<void*>& blocks) {
+  if constexpr (!Allocator::frees_all)
+    for (void* block : blocks) allocator.free(block);
+}
+
 // Frees a random one of the live blocks and allocates another in its place.
 template <class Allocator>
 void replace(benchmark::State& state, std::size_t live, auto next_size) {
@@ -132,8 +138,7 @@ void replace(benchmark::State& state, std::size_t live, auto next_size) {
     allocator.free(block);
     benchmark::DoNotOptimize(block = allocator.allocate(next_size()));
   }
-  if constexpr (!Allocator::frees_all)
-    for (void* block : blocks) allocator.free(block);
+  free_rest(allocator, blocks);
 }
 
 auto fixed(std::size_t size) {
@@ -173,6 +178,7 @@ void replace_oldest(benchmark::State& state) {
     allocator.free(oldest);
     benchmark::DoNotOptimize(oldest = allocator.allocate(size));
   }
+  free_rest(allocator, blocks);
 }
 
 // --- many blocks

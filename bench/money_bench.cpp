@@ -161,17 +161,16 @@ void comnlib_from_text(benchmark::State& state) {
 }
 
 void pgtypes_to_text(benchmark::State& state) {
-  Texts texts;
+  const Texts texts;
   std::array<numeric*, kValues> values;
-  for (std::size_t at = 0; at < kValues; ++at)
-    values[at] = PGTYPESnumeric_from_asc(texts.text[at].data(), nullptr);
+  for (std::size_t at = 0; at < kValues; ++at) values[at] = made_by_pgtypes(texts.text[at]);
   each(state, [&](std::size_t i) { write_pgtypes(values[i], 2); });
   for (numeric* value : values) PGTYPESnumeric_free(value);
 }
 
 void pgtypes_from_text(benchmark::State& state) {
-  Texts texts;
-  each(state, [&](std::size_t i) { read_pgtypes(texts.text[i].data()); });
+  const Texts texts;
+  each(state, [&](std::size_t i) { read_pgtypes(texts.text[i]); });
 }
 
 // The digits of the count of units: less than an amount needs.

@@ -149,14 +149,12 @@ void float_strtod(benchmark::State& state) {
 }
 
 void numeric_from_text_pgtypes(benchmark::State& state) {
-  Texts all = amounts();
-  each(state, [&](std::size_t i) { read_pgtypes(all[i].data()); });
+  each(state, [&all = amounts()](std::size_t i) { read_pgtypes(all[i]); });
 }
 
 void numeric_to_text_pgtypes(benchmark::State& state) {
   std::vector<numeric*> values;
-  for (std::string text : amounts())
-    values.push_back(PGTYPESnumeric_from_asc(text.data(), nullptr));
+  for (const std::string& text : amounts()) values.push_back(made_by_pgtypes(text));
   each(state, [&](std::size_t i) { write_pgtypes(values[i], -1); });
   for (numeric* value : values) PGTYPESnumeric_free(value);
 }

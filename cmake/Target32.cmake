@@ -8,7 +8,7 @@ if(CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 endif()
 # Places in diagnostics name files from the source tree's root, wherever it was built.
-add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(COMNLIB_SANITIZE)
   add_compile_options(-fsanitize=${COMNLIB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Writes tests/intl/charset_vectors.inc: for each character set of the localization home how many
-characters it has and checksums of its conversions from and to Unicode, from Python's codecs. Run it
-from the repository's root; the output never varies.
+characters it has and checksums of its conversions from and to Unicode, from Python's codecs. The
+output never varies.
 
 A character converts both ways or not at all: of several byte sequences for one character that one
 counts which the character encodes to."""
+import pathlib
 
 CODECS = {"ascii": "ascii", "iso_1": "latin_1", "iso15": "iso8859_15", "cp437": "cp437",
           "cp850": "cp850", "cp1252": "cp1252", "koi8": "koi8_r", "sjis": "shift_jis",
@@ -55,7 +56,8 @@ def checksum(pairs):
     return result
 
 
-with open("tests/intl/charset_vectors.inc", "w", encoding="ascii") as out:
+vectors = pathlib.Path(__file__).parent.parent / "tests/intl/charset_vectors.inc"
+with open(vectors, "w", encoding="ascii") as out:
     out.write("// Written by tools/mkvectors_charset.py.\n")
     for name, codec in CODECS.items():
         characters = list(decoding(codec))

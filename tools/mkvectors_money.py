@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Writes tests/exact/data/money_vectors.inc: expected results of money arithmetic and text, computed with
-Python's integers and decimals. Run it from the repository's root; the output never varies."""
+Python's integers and decimals. The output never varies."""
+import pathlib
 import random
 from decimal import Decimal, ROUND_HALF_UP
 
@@ -128,8 +129,8 @@ def main():
         lines.append(f'FORMAT({literal(value)}, {decimals}, {int(grouped)}, "{text}")')
     for text, status, value in parse_rows(rng):
         lines.append(f'PARSE("{text}", {status}, {literal(value)})')
-    with open("tests/exact/data/money_vectors.inc", "w", encoding="ascii") as out:
-        out.write("\n".join(lines) + "\n")
+    vectors = pathlib.Path(__file__).parent.parent / "tests/exact/data/money_vectors.inc"
+    vectors.write_text("\n".join(lines) + "\n", encoding="ascii")
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <system_error>
 
+#include "chars/decimal.h"
 #include "diag/diag.h"
 
 namespace comnlib {
@@ -13,19 +14,9 @@ namespace {
 // Enough to tell every double from its neighbours.
 constexpr int kSignificantDigits = 17;
 
-// "00" to "99".
-constexpr auto kPairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t n = 0; n < 100; ++n) {
-    pairs[2 * n] = static_cast<char>('0' + n / 10);
-    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
-  }
-  return pairs;
-}();
-
 // Puts two digits in front of `before` and returns where they start.
 char* put_pair(char* before, CS_UINT n) {
-  return std::copy_n(&kPairs[2 * n], 2, before - 2) - 2;
+  return std::copy_n(&kDigitPairs[2 * n], 2, before - 2) - 2;
 }
 
 }  // namespace

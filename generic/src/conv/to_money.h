@@ -10,15 +10,18 @@
 
 namespace comnlib {
 
-struct ToMoney : FixedTarget<CS_MONEY_TYPE, sizeof(CS_MONEY)> {
+// Self::put makes the amount of every source.
+template <class Self, class Amount, CS_INT Datatype>
+struct AmountTarget : FixedTarget<Datatype, sizeof(Amount)> {
   static CS_RETCODE convert(auto value, const Conversion& call) {
-    CS_MONEY money;
-    const CS_INT status = put(value, &money);
+    Amount money;
+    const CS_INT status = Self::put(value, &money);
     store(call.dest, money);
     return exact_code(status);
   }
+};
 
- private:
+struct ToMoney : AmountTarget<ToMoney, CS_MONEY, CS_MONEY_TYPE> {
   static CS_INT put(std::integral auto value, CS_MONEY* m) { return com__inttomny(value, m); }
   static CS_INT put(CS_REAL value, CS_MONEY* m) { return com__flt4tomny(value, m); }
   static CS_INT put(CS_FLOAT value, CS_MONEY* m) { return com__flt8tomny(value, m); }
@@ -26,15 +29,7 @@ struct ToMoney : FixedTarget<CS_MONEY_TYPE, sizeof(CS_MONEY)> {
   static CS_INT put(const CS_MONEY4& value, CS_MONEY* m) { return com__mny4tomny(&value, m); }
 };
 
-struct ToMoney4 : FixedTarget<CS_MONEY4_TYPE, sizeof(CS_MONEY4)> {
-  static CS_RETCODE convert(auto value, const Conversion& call) {
-    CS_MONEY4 money;
-    const CS_INT status = put(value, &money);
-    store(call.dest, money);
-    return exact_code(status);
-  }
-
- private:
+struct ToMoney4 : AmountTarget<ToMoney4, CS_MONEY4, CS_MONEY4_TYPE> {
   static CS_INT put(std::integral auto value, CS_MONEY4* m) { return com__inttomny4(value, m); }
   static CS_INT put(CS_REAL value, CS_MONEY4* m) { return com__flt4tomny4(value, m); }
   static CS_INT put(CS_FLOAT value, CS_MONEY4* m) { return com__flt8tomny4(value, m); }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 
+#include "chars/decimal.h"
 #include "comnlib/money.h"
 #include "diag/diag.h"
 #include "exact/numeaux.h"
@@ -21,15 +22,6 @@ constexpr CS_INT kDefaultDecimals = 2;
 // 10^n for n from 0 to 4.
 constexpr std::array<Limb, kDecimals + 1> kPowers{1, 10, 100, 1000, 10000};
 static_assert(kPowers[kDecimals] == kUnitsOfOne);
-
-constexpr auto kDigitPairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t n = 0; n < 100; ++n) {
-    pairs[2 * n] = static_cast<char>('0' + n / 10);
-    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
-  }
-  return pairs;
-}();
 
 // Writes the last `count` digits of `value`, leading zeros included, in front of `end`.
 CS_CHAR* put_digits(Limb value, int count, CS_CHAR* end) {

@@ -1,0 +1,19 @@
+// Decimal digits in pairs, which text of numbers is written by.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace comnlib {
+
+// "00" to "99".
+inline constexpr auto kDigitPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t n = 0; n < 100; ++n) {
+    pairs[2 * n] = static_cast<char>('0' + n / 10);
+    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+  }
+  return pairs;
+}();
+
+}  // namespace comnlib
