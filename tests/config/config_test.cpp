@@ -171,6 +171,7 @@ TEST_F(Config, Values) {
       {"backslash before a quote", "a = \"c:\\\"", "c:\\\""},
       {"empty", "a = \"\"", ""},
       {"line end in a string", "a = \"one\ntwo\"", "one\ntwo"},
+      {"continued string", "a = \"one\\\ntwo\"", "onetwo"},
       {"continued, touching", "a = one\\\r\ntwo", "onetwo"},
       {"continued, parted", "a = one \\\n  two", "one two"},
       {"continued at once", "a = \\\n one", "one"},

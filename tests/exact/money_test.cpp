@@ -233,8 +233,8 @@ TEST(Money, FromFloatRoundsAUnitAndClamps) {
   }
 }
 
-// Small money has a status of its own.
-TEST(Money, NarrowsToSmallMoney) {
+// Small money has a status of its own; an integer is cut before its range is judged.
+TEST(Money, Narrows) {
   const struct {
     std::int64_t from;
     CS_INT to, status;
@@ -248,6 +248,10 @@ TEST(Money, NarrowsToSmallMoney) {
     EXPECT_EQ(com__mnytomny4(&m, &small), row.status) << row.from;
     EXPECT_EQ(small.mny4, row.to) << row.from;
   }
+  const CS_MONEY least = wide(-21474836489999), less = wide(-21474836490000);
+  CS_INT whole = 0;
+  EXPECT_TRUE(com__mnytoint(&least, &whole) == 0 && whole == kIntMin);
+  EXPECT_TRUE(com__mnytoint(&less, &whole) == 1 && whole == kIntMin);
 }
 
 // --- text

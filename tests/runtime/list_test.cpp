@@ -6,6 +6,7 @@
 #include <functional>
 #include <random>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -248,13 +249,12 @@ TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
   Fixture fixture(LM_DHASH, 11);
   const auto* info = static_cast<DHashInfo*>(fixture.list->list_state);
   std::set<CS_INT> taken;
-  for (char letter = 'a'; letter < 'l'; ++letter) {
-    const Text key(1, letter);
-    CS_INT slot = (lm__api_key_to_hash(&letter, 1, 11) + lm__api_key_to_hash2(&letter, 1, 11)) % 11;
+  char keys[] = "abcdefghijk";
+  for (char& key : std::span(keys, 11)) {
+    CS_INT slot = (lm__api_key_to_hash(&key, 1, 11) + lm__api_key_to_hash2(&key, 1, 11)) % 11;
     while (!taken.insert(slot).second) slot = (slot + 1) % 11;
-    void* const data = reinterpret_cast<void*>(letter);
-    ASSERT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_INSERT, key, data));
-    EXPECT_EQ(data, info->table[slot].data);
+    ASSERT_EQ(CS_SUCCEED, op(fixture.list, LM_OP_INSERT, {&key, 1}, &key));
+    EXPECT_EQ(&key, info->table[slot].data);
   }
   EXPECT_EQ(CS_FAIL, op(fixture.list, LM_OP_INSERT, "one more"));
   EXPECT_EQ(CS_FAIL, lm___dhash_rehash(fixture.list, 10));
