@@ -254,6 +254,36 @@ TEST(Money, Narrows) {
   EXPECT_TRUE(com__mnytoint(&less, &whole) == 1 && whole == kIntMin);
 }
 
+// A negative value that a half or more is cut from goes down by one where nothing is left of it.
+TEST(Money, ToNumbersAndTextFromBothSizes) {
+  const struct {
+    CS_INT from, integer;
+    CS_REAL real;
+    const char* text;
+  } rows[] = {
+      {19999, 1, 1.9999f, "1.9999"},
+      {-7000, -1, -0.7f, "-0.7000"},
+      {-4999, 0, -0.4999f, "-0.4999"},
+      {-17000, -1, -1.7f, "-1.7000"},
+      {kIntMin, -214748, -214748.3648f, "-214748.3648"},
+  };
+  for (const auto& row : rows) {
+    const CS_MONEY m = wide(row.from);
+    const CS_MONEY4 small{row.from};
+    CS_INT integers[2];
+    CS_REAL reals[2];
+    CS_CHAR text[16];
+    EXPECT_EQ(0, com__mnytoint(&m, &integers[0]) + com__mny4toint(&small, &integers[1]));
+    EXPECT_EQ(0, com__mnytoflt4(&m, &reals[0]) + com__mny4toflt4(&small, &reals[1]));
+    EXPECT_STREQ(row.text, com__mnytochar(&m, text, sizeof text, 4 << 8));
+    EXPECT_STREQ(row.text, com__mny4tochar(&small, text, sizeof text, 4 << 8));
+    for (const int size : {0, 1}) {
+      EXPECT_EQ(row.integer, integers[size]) << row.text;
+      EXPECT_EQ(row.real, reals[size]) << row.text;
+    }
+  }
+}
+
 // --- text
 
 TEST(MoneyText, FlagsAndRoom) {

@@ -116,6 +116,40 @@ TEST(NumericText, Printing) {
   }
 }
 
+// --- the kernel, where a record has less room than a value
+
+TEST(NumericKernel, DivisionWithoutRoom) {
+  const CS_NUMERIC large = numeric(std::string(77, '9')), one = numeric("1");
+  const CS_NUMERIC divisor = numeric("1000000");
+  const constant dividend = record_of(large), small = record_of(one),
+                 thousands = record_of(divisor);
+  CS_NUMERIC result = numeric("0.5", 77, 77);
+  constant quotient = record_of(result);
+  EXPECT_EQ(com__exctnume_div(&dividend, &small, &quotient, nullptr), kExactOverflow)
+      << "154 digits before they are cut";
+  EXPECT_EQ(text(result), "0." + std::string(77, '0'));
+  result = numeric("5", 77, 0);
+  quotient = record_of(result);
+  CS_NUMERIC rest = numeric("5", 2, 0);
+  constant remainder = record_of(rest);
+  EXPECT_EQ(com__exctnume_div(&dividend, &thousands, &quotient, &remainder), kExactOverflow)
+      << "a remainder of 999999 in one byte";
+  EXPECT_EQ(text(result), "0");
+  EXPECT_EQ(text(rest), "5");
+}
+
+TEST(NumericKernel, LongIntegers) {
+  CS_NUMERIC value = numeric("0", 19, 0);
+  constant record = record_of(value);
+  EXPECT_EQ(com__longlongtoexctnume(INT64_MIN, &record), kExactOk);
+  EXPECT_EQ(text(value), "-9223372036854775808");
+  value = numeric("0", 10, 0);
+  record = record_of(value);
+  EXPECT_EQ(com__longlongtoexctnume(INT64_MAX, &record), kExactOverflow);
+  EXPECT_EQ(com__longtoexctnume(INT32_MIN, &record), kExactOk);
+  EXPECT_EQ(text(value), "-2147483648");
+}
+
 // --- the matrix, beyond what its own tests sweep
 
 class NumericConversion : public testing::Test {
