@@ -121,18 +121,22 @@ TEST(NumericText, Printing) {
 TEST(NumericKernel, DivisionWithoutRoom) {
   const CS_NUMERIC large = numeric(std::string(77, '9')), one = numeric("1");
   const CS_NUMERIC divisor = numeric("1000000");
-  const constant dividend = record_of(large), small = record_of(one),
-                 thousands = record_of(divisor);
+  const constant dividend = record_of(large), small = record_of(one), million = record_of(divisor);
+  std::array<CS_BYTE, 35> widest;
+  widest.fill(255);
+  const constant beyond{widest.size(), 77, 0, widest.data()};
   CS_NUMERIC result = numeric("0.5", 77, 77);
   constant quotient = record_of(result);
   EXPECT_EQ(com__exctnume_div(&dividend, &small, &quotient, nullptr), kExactOverflow)
       << "154 digits before they are cut";
   EXPECT_EQ(text(result), "0." + std::string(77, '0'));
+  EXPECT_EQ(com__exctnume_div(&beyond, &small, &quotient, nullptr), kExactOverflow)
+      << "more bytes than a division has room for";
   result = numeric("5", 77, 0);
   quotient = record_of(result);
   CS_NUMERIC rest = numeric("5", 2, 0);
   constant remainder = record_of(rest);
-  EXPECT_EQ(com__exctnume_div(&dividend, &thousands, &quotient, &remainder), kExactOverflow)
+  EXPECT_EQ(com__exctnume_div(&dividend, &million, &quotient, &remainder), kExactOverflow)
       << "a remainder of 999999 in one byte";
   EXPECT_EQ(text(result), "0");
   EXPECT_EQ(text(rest), "5");
