@@ -1,7 +1,9 @@
 add_library(comnlib_warnings INTERFACE)
 target_compile_options(
   comnlib_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wundef -Wcast-qual
-                             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wextra-semi>)
+                             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wextra-semi>
+                             # With clang -Wconversion looks at signs too, unlike with gcc.
+                             $<$<C_COMPILER_ID:Clang>:-Wno-sign-conversion>)
 if(COMNLIB_WERROR)
   target_compile_options(comnlib_warnings INTERFACE -Werror)
 endif()

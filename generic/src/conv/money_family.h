@@ -73,9 +73,10 @@ struct MoneyToNumeric : NumericToNumeric {
 // no text fills the buffer.
 class MoneyText {
  public:
-  MoneyText(const auto& value, const CS_DATAFMT& destfmt)
-      : first_(money::format_backwards(money::units(value), buffer_.data(), buffer_.size(),
-                                       money::decimal_flags(destfmt.precision))) {}
+  MoneyText(const auto& value, const CS_DATAFMT& destfmt) {
+    first_ = money::format_backwards(money::units(value), buffer_.data(), buffer_.size(),
+                                     money::decimal_flags(destfmt.precision));
+  }
   MoneyText(const MoneyText&) = delete;
   MoneyText& operator=(const MoneyText&) = delete;
 
