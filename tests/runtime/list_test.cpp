@@ -332,19 +332,14 @@ struct PropertyRow {
 void check_properties(std::initializer_list<PropertyRow> rows, auto call) {
   static CS_INT nine = 9;
   for (const PropertyRow& row : rows) {
-    const auto expect = [&](std::intptr_t expected) {
-      CS_INT value = 0;
-      CS_INT length = 0;
-      EXPECT_EQ(CS_SUCCEED, call(CS_GET, row.property, &value, 4, &length));
-      EXPECT_TRUE(expected == value && length == 4) << row.property;
-    };
-    call(CS_CLEAR, row.property, nullptr, 0, nullptr);
-    expect(row.initial);
-    EXPECT_EQ(row.change, call(CS_SET, row.property, &nine, 4, nullptr)) << row.property;
     const auto set = row.function ? reinterpret_cast<std::intptr_t>(&nine) : 9;
-    expect(row.change == CS_SUCCEED ? set : row.initial);
-    EXPECT_EQ(row.change, call(CS_CLEAR, row.property, nullptr, 0, nullptr)) << row.property;
-    expect(row.initial);
+    for (const CS_INT action : {CS_CLEAR, CS_SET, CS_CLEAR}) {
+      CS_INT value = 0, length = 0;
+      EXPECT_EQ(row.change, call(action, row.property, &nine, 4, nullptr)) << row.property;
+      EXPECT_EQ(CS_SUCCEED, call(CS_GET, row.property, &value, 4, &length));
+      EXPECT_EQ(action == CS_SET && row.change == CS_SUCCEED ? set : row.initial, value);
+      EXPECT_EQ(4, length) << row.property;
+    }
   }
 }
 
@@ -403,40 +398,33 @@ TEST(ListDeathTest, Stops) {
   Fixture table(LM_DHASH);
   Fixture single(LM_DHASH, 1);
   Fixture queue(LM_QUEUE);
-  const struct {
-    const char* what;
-    std::function<void()> misuse;
-    const char* text = "assertion failed";
-  } rows[] = {
-      {"old version", [&] { lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none); }},
-      {"context without name", [&] { lm_initlm(LM_MIN_VERSION, nullptr, 1, &none); }, "Invalid"},
-      {"name of -1", [&] { lm_initlm(LM_MIN_VERSION, "x", -1, &none); }},
-      {"hash into no slots", [] { lm__api_key_to_hash("x", 1, 0); }},
-      {"increment in no slots", [] { lm__api_key_to_hash2("x", 1, 0); }},
-      {"key of -1", [] { lm___api_key_to_uint("x", -1); }},
-      {"null key", [] { lm___api_key_to_uint(nullptr, 1); }, "Invalid pointer"},
-      {"op 19", [&] { op(table.list, 19, "x"); }},
-      {"op 34", [&] { op(table.list, 34, "x"); }},
-      {"first of a table", [&] { op(table.list, LM_OP_FIRST, "x"); }},
-      {"insert after in a table", [&] { op(table.list, LM_OP_INSERT_AFTER, "x"); }},
-      {"insert before in a queue", [&] { op(queue.list, LM_OP_INSERT_BEFORE); }},
-      {"insert without key", [&] { op(table.list, LM_OP_INSERT); }},
-      {"key size -2", [&] { lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr); }},
-      {"print without function", [&] { op(table.list, LM_OP_PRINT_DATA); }, "Invalid pointer"},
-      {"no slots", [&] { set_size(table.list, 0); }},
-      {"rehash a queue", [&] { lm___dhash_rehash(queue.list, 9); }},
-      {"type 12", [&] { lm_list_alloc(table.context, 12, "x", 1, &list); }},
-      {"type 20", [&] { lm_list_alloc(table.context, 20, "x", 1, &list); }},
-      {"dropped list", [&] { queue.list->state = 12, op(queue.list, LM_OP_NONE); }},
-      {"drop a dropped list", [&] { queue.list->state = 12, lm_list_drop(queue.list); }},
-      {"dropped context", [&] { queue.context->state = 12, lm_exit(queue.context); }},
-      {"list in a dropped context",
-       [&] { queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list); }},
-      {"pool without its nodes", [&] { queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT); }},
-      // A table of one slot has no increment: the division by zero is its end.
-      {"increment in one slot", [&] { op(single.list, LM_OP_INSERT, "x"); }, ""},
-  };
-  for (const auto& row : rows) EXPECT_DEATH(row.misuse(), row.text) << row.what;
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none), "assertion failed");
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION, nullptr, 1, &none), "Invalid");
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION, "x", -1, &none), "assertion failed");
+  EXPECT_DEATH(lm__api_key_to_hash("x", 1, 0), "assertion failed");
+  EXPECT_DEATH(lm__api_key_to_hash2("x", 1, 0), "assertion failed");
+  EXPECT_DEATH(lm___api_key_to_uint("x", -1), "assertion failed");
+  EXPECT_DEATH(lm___api_key_to_uint(nullptr, 1), "Invalid pointer");
+  EXPECT_DEATH(op(table.list, 19, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, 34, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_FIRST, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_INSERT_AFTER, "x"), "assertion failed");
+  EXPECT_DEATH(op(queue.list, LM_OP_INSERT_BEFORE), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_INSERT), "assertion failed");
+  EXPECT_DEATH(lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_PRINT_DATA), "Invalid pointer");
+  EXPECT_DEATH(set_size(table.list, 0), "assertion failed");
+  EXPECT_DEATH(lm___dhash_rehash(queue.list, 9), "assertion failed");
+  EXPECT_DEATH(lm_list_alloc(table.context, 12, "x", 1, &list), "assertion failed");
+  EXPECT_DEATH(lm_list_alloc(table.context, 20, "x", 1, &list), "assertion failed");
+  EXPECT_DEATH((queue.list->state = 12, op(queue.list, LM_OP_NONE)), "assertion failed");
+  EXPECT_DEATH((queue.list->state = 12, lm_list_drop(queue.list)), "assertion failed");
+  EXPECT_DEATH((queue.context->state = 12, lm_exit(queue.context)), "assertion failed");
+  EXPECT_DEATH((queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list)),
+               "assertion failed");
+  EXPECT_DEATH((queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT)), "assertion failed");
+  // A table of one slot has no increment: the division by zero is its end.
+  EXPECT_DEATH(op(single.list, LM_OP_INSERT, "x"), "");
   for (const auto& [action, code] : {std::pair{+CS_GET, 0}, {CS_SET, 0}, {CS_GET, 8}, {36, 1}})
     EXPECT_DEATH(lm_property(table.context, action, code, &none, 4, nullptr), "assertion") << code;
   for (const auto& [action, code] : {std::pair{+CS_GET, 0}, {CS_SET, 4}, {CS_GET, 13}, {32, 1}})
