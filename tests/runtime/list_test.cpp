@@ -274,14 +274,10 @@ TEST(NodePool, IsFilledBoundedAndTrimmed) {
   EXPECT_EQ(0, no_pool.list->hdlprop->max_poolsize);
 }
 
-// Both print an element, but the second asks for no more.
+// Prints an element; with CS_FAIL it asks for no more.
+template <CS_RETCODE Result>
 CS_RETCODE print_number(CS_VOID* data) {
-  comn_debug_print("<%d>", *static_cast<int*>(data));
-  return CS_SUCCEED;
-}
-
-CS_RETCODE print_one(CS_VOID* data) {
-  return print_number(data), CS_FAIL;
+  return comn_debug_print("<%d>", *static_cast<int*>(data)), Result;
 }
 
 Text printed(auto action) {
@@ -292,15 +288,14 @@ Text printed(auto action) {
 
 TEST(ListPrint, HeadingsAndStops) {
   static int numbers[] = {1, 2};
-  const auto number = reinterpret_cast<void*>(print_number);
-  const auto one = reinterpret_cast<void*>(print_one);
+  const auto number = reinterpret_cast<void*>(print_number<CS_SUCCEED>);
+  const auto one = reinterpret_cast<void*>(print_number<CS_FAIL>);
   const Text empty = "\n***Chain empty***\n";
   for (const CS_INT type : {LM_DLINK, LM_CHASH, LM_DHASH, LM_QUEUE, LM_STACK}) {
     SCOPED_TRACE(type);
     Fixture fixture(type, 3);
     LM_HANDLE* list = fixture.list;
-    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT));
-    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT_ALL));
+    for (const CS_INT code : {LM_OP_PRINT, LM_OP_PRINT_ALL}) EXPECT_EQ(CS_FAIL, op(list, code));
     EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_NONE));
     lm_list_prop(list, CS_SET, LM_PROP_PRINT_FUNC, number, 0, nullptr);
     EXPECT_EQ(type == LM_CHASH ? empty + empty + empty : empty,

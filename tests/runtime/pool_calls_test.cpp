@@ -192,7 +192,6 @@ TEST(PoolsDeathTest, MisuseStops) {
   MmHandle* const dropped = subpool(managed, 1);
   comn_mmdrop(managed, MM_FORCE_DROP);
   Lock lock;
-  const auto clear = [&](CS_INT code) { comn_mmproperty(buddy, CS_CLEAR, code, &out, 0, nullptr); };
   const auto realloc = [&](MmHandle* pool, void* from, CS_INT size) {
     comn_mmrealloc(pool, size, &from);
   };
@@ -238,7 +237,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   EXPECT_STOP(realloc(fresh, block, 500));
   EXPECT_STOP(realloc(undecided, block, 500));
   EXPECT_STOP(comn_mmproperty(buddy, 36, MM_PROP_CHUNKSIZE, &out, 0, nullptr));
-  EXPECT_STOP(clear(MM_PROP_CHUNKSIZE));
+  EXPECT_STOP(comn_mmproperty(buddy, CS_CLEAR, MM_PROP_CHUNKSIZE, &out, 0, nullptr));
   EXPECT_STOP(set(fresh, MM_PROP_POOLTYPE, 2239));
   EXPECT_STOP(set(fresh, MM_PROP_CHUNKSIZE, 0));
   EXPECT_STOP(put(fresh, MM_PROP_SBREAK, nullptr));
