@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <string>
 #include <string_view>
 
 #include "comnlib/memory.h"
@@ -140,9 +141,38 @@ void object_ids(Host& host) {
   check(std::memcmp(&first, &again, sizeof first) == 0);
 }
 
+// Any walk through the sections ends, and every piece lies in the text with its NUL. Four bytes of
+// choices in front: which entries' values are read, and which sections' entries.
+void sections(Host&) {
+  const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
+  std::string text(bytes.substr(std::min<std::size_t>(4, bytes.size())));
+  companion::SectionedText walked(text.data(), text.size());
+  std::size_t steps = 0;
+  const auto skips = [&] {
+    return bytes.size() > 4 && (bytes[steps / 8 % 4] >> steps % 8 & 1) != 0;
+  };
+  const auto next = [&](auto step) {
+    CS_INT status = 0;
+    char words[100];
+    const char* piece = (walked.*step)(status);
+    check(++steps <= 2 * text.size() + 6);
+    check(piece == nullptr || (status == 0 && piece >= text.data() &&
+                               std::strlen(piece) <= text.size() - (piece - text.data())));
+    check(status == 0 || (status < 0 && intl_errstr(status, words, sizeof words) > 0 &&
+                          std::strcmp(words, "unknown status") != 0));
+    return piece != nullptr || status < 0;
+  };
+  using companion::SectionedText;
+  while (next(&SectionedText::next_section))
+    while (!skips() && next(&SectionedText::next_entry))
+      while (!skips() && next(&SectionedText::next_value)) {
+      }
+}
+
 constexpr std::array kReaders = {
     character_set, locales_table, conversion_table, conversion_configuration,
-    sort_order,    conventions,   messages,         object_ids};
+    sort_order,    conventions,   messages,         object_ids,
+    sections};
 
 }  // namespace
 
@@ -172,6 +202,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   file = {data + 1, size - 1};
   Host host;
-  kReaders[*data % kReaders.size()](host);
+  kReaders[(*data - unsigned{'0'}) % kReaders.size()](host);
   return 0;
 }

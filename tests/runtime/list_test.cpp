@@ -1,12 +1,13 @@
-// Lists: the key hash, every kind against a shadow model, where tables put their elements,
-// printing, properties and stops.
+// Lists: the key hash, scripts for every kind, where tables put their elements, printing,
+// properties and stops.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
-#include <random>
 #include <set>
 #include <span>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,164 +84,97 @@ TEST(ListHash, FollowsTheRuleForAllBytes) {
   }
 }
 
-// Every element in a list's own structures, in walking order, with states and links checked.
-std::vector<void*> contents(LM_HANDLE* list) {
-  std::vector<void*> found;
-  const auto walk = [&found](DLinkNode* node) {
-    DLinkNode* last = nullptr;
+// The letters of the elements in a list's own structures, those of a table sorted, the one at the
+// cursor in upper case. States, links and counts are checked on the way.
+Text contents(LM_HANDLE* list) {
+  Text found;
+  const auto see = [&](const auto& node) {
+    EXPECT_EQ(LM_STATE_IN_USE, node.state);
+    const char letter = *static_cast<const char*>(node.data);
+    found += static_cast<char>(&node == list->cur_ptr ? std::toupper(letter) : letter);
+  };
+  const auto walk = [&](const DLinkNode* node) {
+    const DLinkNode* last = nullptr;
     for (; node != nullptr; last = node, node = node->next) {
-      EXPECT_EQ(LM_STATE_IN_USE, node->state);
       EXPECT_EQ(last, node->previous);
-      found.push_back(node->data);
+      see(*node);
     }
     return last;
   };
+  const CS_INT size = list->hdlprop->max_tablesize;
   if (list->hdlprop->list_type == LM_DHASH) {
     const auto* info = static_cast<DHashInfo*>(list->list_state);
-    EXPECT_EQ(info->table_size, list->hdlprop->max_tablesize);
-    for (CS_INT i = 0; i < info->table_size; ++i) {
-      if (info->table[i].state == LM_STATE_IN_USE)
-        found.push_back(info->table[i].data);
-      else
-        EXPECT_EQ(LM_STATE_READY, info->table[i].state);
-    }
+    EXPECT_EQ(info->table_size, size);
+    for (const auto& slot : std::span(info->table, static_cast<std::size_t>(size)))
+      if (slot.state != LM_STATE_READY) see(slot);
   } else if (list->hdlprop->list_type == LM_CHASH) {
     const auto* info = static_cast<CHashInfo*>(list->list_state);
-    EXPECT_EQ(info->table_size, list->hdlprop->max_tablesize);
-    for (CS_INT i = 0; i < info->table_size; ++i) walk(info->table[i]);
+    EXPECT_EQ(info->table_size, size);
+    for (CS_INT i = 0; i < size; ++i) walk(info->table[i]);
   } else {
     const auto* info = static_cast<DLinkInfo*>(list->list_state);
     EXPECT_EQ(info->tail, walk(info->head));
+    return found;
   }
-  EXPECT_EQ(list->hdlprop->handle_load, static_cast<CS_INT>(found.size()));
-  EXPECT_LE(list->free_nodes, std::max(0, list->hdlprop->max_poolsize));
+  std::ranges::sort(found, {}, [](char letter) { return std::tolower(letter); });
   return found;
 }
 
-// What a list must do, on a plain vector. An element is known by its data pointer.
-struct Model {
-  struct Element {
-    const Text* key;
-    void* data;
+// Each step is an operation, its key, the data given or handed out, whether it succeeds (=) or not
+// (!), and the contents afterwards; 's' sets the size of a table.
+TEST(Lists, FollowTheirScripts) {
+  static char letters[] = "abcdefghijklmnopqrstuvwxyz";
+  constexpr std::string_view kOps = "idfrFL.np...BA";
+  const struct {
+    CS_INT type, table_size;
+    const char* script;
+  } rows[] = {
+      {LM_DLINK, 7,
+       "n..! p..! F..! L..! d..! f..! r.x! iaa=a ibb=ab n.a=Ab n.b=aB n..!aB p.a=Ab p..!Ab fbb=aB "
+       "fc.!aB f.b=aB rac=Cb r.d=Db fad=Db rex!Db B.e=eDb A.g=eDgb dbb=eDg d.d=eg d..!eg r.x!eg "
+       "f..!eg B.h=heg A.k=hegk p.k=hegK A.m=hegKm p.g=heGkm p.e=hEgkm iaa=hEgkma iax=hEgkmax "
+       "faa=hegkmAx daa=hegkmx fax=hegkmX d.x=hegkm F.h=Hegkm B.n=nHegkm d.h=negkm n.n=Negkm "
+       "d.n=egkm da.!egkm L.m=egkM p.k=egKm d.k=egm n.e=Egm d.e=gm L.m=gM d.m=g L.g=G d.g= F..!"},
+      {LM_QUEUE, 7,
+       "d..! F..! iaa=a ibb=ab icc=abc fbb=aBc dca=Bc rbx=Xc n.c=xC p.x=Xc d.x=c n.c=C "
+       "idd=Cd L.d=cD dzc=D d.d= d..!"},
+      {LM_STACK, 7,
+       "d..! L..! iaa=a ibb=ba icc=cba F.c=Cba n.b=cBa r.x=cXa fbx=cXa d.c=Xa L.a=xA n..!xA "
+       "p.x=Xa d.x=a idd=da dzd=a"},
+      {LM_CHASH, 2,
+       "d..! f..! r.x! iaa=a ibb=ab icc=abc idd=abcd iee=abcde fcc=abCde f.c=abCde daa=bCde "
+       "fa.!bCde rax!bCde rbx=cdeX r.b=Bcde s1.=bcde f..!bcde fbb=Bcde fee=bcdE d.e=bcd d..!bcd "
+       "iee=bcde s9.=bcde fee=bcdE dcc=bdE dbb=dE fdd=De d.d=e s3.=e dee= de.!"},
+      {LM_DHASH, 3,
+       "d..! f..! r.x! iaa=a ibb=ab icc=abc idd!abc fd.!abc fcc=abC f.c=abC s2.!abC daa=bC fbb=Bc "
+       "fa.!Bc idd=Bcd rdx=bcX r.d=bcD s7.=bcd d..!bcd iaa=abcd iee=abcde fee=abcdE fbb=aBcde "
+       "d.b=acde s4.=acde ibb!acde fcc=aCde faa=Acde dcc=Ade ibb=Abde dbb=Ade s3.=ade fdd=aDe"},
   };
-  CS_INT type;
-  CS_INT table_size;
-  std::vector<Element> elements;
-  void* cursor = nullptr;
-
-  bool table() const { return type == LM_CHASH || type == LM_DHASH; }
-  int index_of(const Text* key, const void* data) const {
-    const auto matches = [&](const Element& element) {
-      return key == nullptr ? element.data == data : element.key != nullptr && *element.key == *key;
-    };
-    const auto found = std::ranges::find_if(elements, matches);
-    return found == elements.end() ? -1 : static_cast<int>(found - elements.begin());
-  }
-  int at_cursor() const { return index_of(nullptr, cursor); }
-  void insert(int at, const Text* key, void* data) {
-    elements.insert(elements.begin() + at, {key, data});
-  }
-
-  CS_RETCODE run(CS_INT code, const Text* key, void* data, void*& out) {
-    const int count = static_cast<int>(elements.size());
-    int at = index_of(key, cursor);
-    switch (code) {
-      case LM_OP_INSERT:
-        if (type == LM_DHASH && count == table_size) return CS_FAIL;
-        insert(type == LM_STACK ? 0 : count, key, data);
-        return CS_SUCCEED;
-      case LM_OP_INSERT_BEFORE:
-        insert(std::max(0, at_cursor()), key, data);
-        return CS_SUCCEED;
-      case LM_OP_INSERT_AFTER:
-        insert(cursor == nullptr ? count : at_cursor() + 1, key, data);
-        return CS_SUCCEED;
-      case LM_OP_DELETE:
-        if (type == LM_QUEUE || type == LM_STACK) at = count == 0 ? -1 : 0;
-        if (at < 0) return LM_NOTFOUND;
-        out = elements[static_cast<std::size_t>(at)].data;
-        if (out == cursor) cursor = nullptr;
-        elements.erase(elements.begin() + at);
-        return CS_SUCCEED;
-      case LM_OP_FIRST:
-        at = 0;
-        break;
-      case LM_OP_LAST:
-        at = count - 1;
-        break;
-      case LM_OP_NEXT:
-        at = cursor == nullptr ? 0 : at_cursor() + 1;
-        break;
-      case LM_OP_PREVIOUS:
-        at = cursor == nullptr ? count - 1 : at_cursor() - 1;
-        break;
-      default:
-        break;
-    }
-    if (at < 0 || at >= count) return LM_NOTFOUND;
-    auto& element = elements[static_cast<std::size_t>(at)];
-    if (code == LM_OP_REPLACE)
-      element.data = data;
-    else
-      out = element.data;
-    cursor = element.data;
-    return CS_SUCCEED;
-  }
-};
-
-class EachKind : public testing::TestWithParam<CS_INT> {};
-INSTANTIATE_TEST_SUITE_P(Lists, EachKind,
-                         testing::Values(LM_DLINK, LM_CHASH, LM_DHASH, LM_QUEUE, LM_STACK));
-
-TEST_P(EachKind, BehavesAsItsModel) {
-  std::vector<Text> keys;
-  for (int i = 0; i < 30; ++i) keys.push_back("key" + std::to_string(100 + i));
-  std::vector<CS_INT> codes = {20, 20, 21, 22, 23, 24, 25, 27, 28};
-  if (GetParam() == LM_DLINK) codes.insert(codes.end(), {32, 33});
-  if (GetParam() == LM_CHASH || GetParam() == LM_DHASH) codes = {20, 20, 21, 22, 23};
-
-  for (unsigned run = 0; run < 40; ++run) {
-    std::mt19937 random(run);
-    const auto pool = static_cast<CS_INT>(run % 4);
-    Fixture fixture(GetParam(), 12, pool);
-    LM_HANDLE* list = fixture.list;
-    Model model{GetParam(), 12, {}};
-    std::uintptr_t fresh = 0;
-    for (int step = 0; step < 400; ++step) {
-      const CS_INT code = codes[random() % codes.size()];
-      const Text* key = &keys[random() % keys.size()];
-      if (code != LM_OP_INSERT && random() % 3 == 0) key = nullptr;
-      // With equal keys a table may answer with any of them.
-      if (model.table() && code == LM_OP_INSERT && model.index_of(key, nullptr) >= 0) continue;
-
-      void* const data = reinterpret_cast<void*>(++fresh);
-      const bool takes = code == 20 || code == 23 || code >= 32;
-      void* expected = nullptr;
-      void* actual = nullptr;
-      CS_INT length = -1;
-      const CS_RETCODE result = model.run(code, key, data, expected);
-      SCOPED_TRACE(testing::Message() << "run " << run << " step " << step << " op " << code);
-      ASSERT_EQ(result, lm_list_op(list, code, key == nullptr ? nullptr : key->data(), 6,
-                                   takes ? data : &actual, &length));
-      ASSERT_EQ(expected, actual);
-      ASSERT_EQ(!takes && result == CS_SUCCEED ? 4 : -1, length);
-
-      if (model.table() && random() % 20 == 0) {
-        const auto size = static_cast<CS_INT>(2 + random() % 30);
-        const bool fits = GetParam() == LM_CHASH || size >= list->hdlprop->handle_load;
-        ASSERT_EQ(fits ? CS_SUCCEED : CS_FAIL, set_size(list, size));
-        if (fits) model.table_size = size, model.cursor = nullptr;
+  for (const auto& row : rows) {
+    for (const CS_INT pool : {0, 1, 3}) {
+      Fixture fixture(row.type, row.table_size, pool);
+      LM_HANDLE* list = fixture.list;
+      std::istringstream script(row.script);
+      for (Text step; script >> step;) {
+        SCOPED_TRACE(testing::Message() << row.type << ' ' << step << ", pool " << pool);
+        const bool takes = Text("irBAs").find(step[0]) != Text::npos, good = step[3] == '=';
+        const auto letter = [&](char of) { return of == '.' ? nullptr : &letters[of - 'a']; };
+        void* out = nullptr;
+        CS_INT length = -1;
+        const auto code = static_cast<CS_INT>(20 + kOps.find(step[0]));
+        const CS_RETCODE result =
+            step[0] == 's'
+                ? set_size(list, step[1] - '0')
+                : lm_list_op(list, code, letter(step[1]), 1,
+                             takes ? letter(step[2]) : static_cast<void*>(&out), &length);
+        const bool fails = step[0] == 'i' || step[0] == 's';
+        EXPECT_EQ(good ? +CS_SUCCEED : fails ? +CS_FAIL : +LM_NOTFOUND, result);
+        EXPECT_EQ(takes ? nullptr : letter(step[2]), out);
+        EXPECT_EQ(!takes && good ? 4 : -1, length);
+        EXPECT_EQ(step.substr(4), contents(list));
+        EXPECT_EQ(list->hdlprop->handle_load, static_cast<CS_INT>(step.size() - 4));
+        EXPECT_LE(list->free_nodes, std::max(0, list->hdlprop->max_poolsize));
       }
-      std::vector<void*> found = contents(list);
-      std::vector<void*> wanted;
-      for (const auto& element : model.elements) wanted.push_back(element.data);
-      if (model.table()) std::ranges::sort(found), std::ranges::sort(wanted);
-      ASSERT_EQ(wanted, found);
-      const void* cursor = nullptr;
-      if (list->cur_ptr != nullptr)
-        cursor = GetParam() == LM_DHASH ? static_cast<LHashNode*>(list->cur_ptr)->data
-                                        : static_cast<DLinkNode*>(list->cur_ptr)->data;
-      ASSERT_EQ(model.cursor, cursor);
     }
   }
 }
@@ -259,6 +193,13 @@ TEST(OpenAddressing, ProbesFromHomePlusIncrement) {
   EXPECT_EQ(CS_FAIL, op(fixture.list, LM_OP_INSERT, "one more"));
   EXPECT_EQ(CS_FAIL, lm___dhash_rehash(fixture.list, 10));
   EXPECT_EQ(CS_SUCCEED, lm___dhash_rehash(fixture.list, 11));
+  for (char& gone : std::span(keys, 11)) {
+    op(fixture.list, LM_OP_DELETE, {&gone, 1});
+    for (char& key : std::span(keys, 11))
+      EXPECT_EQ(&key == &gone, op(fixture.list, LM_OP_FIND, {&key, 1}) == LM_NOTFOUND)
+          << gone << key;
+    op(fixture.list, LM_OP_INSERT, {&gone, 1}, &gone);
+  }
 }
 
 // The sought key's size counts, the stored one's does not, in neither direction.
@@ -333,14 +274,10 @@ TEST(NodePool, IsFilledBoundedAndTrimmed) {
   EXPECT_EQ(0, no_pool.list->hdlprop->max_poolsize);
 }
 
-// Both print an element, but the second asks for no more.
+// Prints an element; with CS_FAIL it asks for no more.
+template <CS_RETCODE Result>
 CS_RETCODE print_number(CS_VOID* data) {
-  comn_debug_print("<%d>", *static_cast<int*>(data));
-  return CS_SUCCEED;
-}
-
-CS_RETCODE print_one(CS_VOID* data) {
-  return print_number(data), CS_FAIL;
+  return comn_debug_print("<%d>", *static_cast<int*>(data)), Result;
 }
 
 Text printed(auto action) {
@@ -351,15 +288,14 @@ Text printed(auto action) {
 
 TEST(ListPrint, HeadingsAndStops) {
   static int numbers[] = {1, 2};
-  const auto number = reinterpret_cast<void*>(print_number);
-  const auto one = reinterpret_cast<void*>(print_one);
+  const auto number = reinterpret_cast<void*>(print_number<CS_SUCCEED>);
+  const auto one = reinterpret_cast<void*>(print_number<CS_FAIL>);
   const Text empty = "\n***Chain empty***\n";
   for (const CS_INT type : {LM_DLINK, LM_CHASH, LM_DHASH, LM_QUEUE, LM_STACK}) {
     SCOPED_TRACE(type);
     Fixture fixture(type, 3);
     LM_HANDLE* list = fixture.list;
-    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT));
-    EXPECT_EQ(CS_FAIL, op(list, LM_OP_PRINT_ALL));
+    for (const CS_INT code : {LM_OP_PRINT, LM_OP_PRINT_ALL}) EXPECT_EQ(CS_FAIL, op(list, code));
     EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_NONE));
     lm_list_prop(list, CS_SET, LM_PROP_PRINT_FUNC, number, 0, nullptr);
     EXPECT_EQ(type == LM_CHASH ? empty + empty + empty : empty,
@@ -391,19 +327,14 @@ struct PropertyRow {
 void check_properties(std::initializer_list<PropertyRow> rows, auto call) {
   static CS_INT nine = 9;
   for (const PropertyRow& row : rows) {
-    const auto expect = [&](std::intptr_t expected) {
-      CS_INT value = 0;
-      CS_INT length = 0;
-      EXPECT_EQ(CS_SUCCEED, call(CS_GET, row.property, &value, 4, &length));
-      EXPECT_TRUE(expected == value && length == 4) << row.property;
-    };
-    call(CS_CLEAR, row.property, nullptr, 0, nullptr);
-    expect(row.initial);
-    EXPECT_EQ(row.change, call(CS_SET, row.property, &nine, 4, nullptr)) << row.property;
     const auto set = row.function ? reinterpret_cast<std::intptr_t>(&nine) : 9;
-    expect(row.change == CS_SUCCEED ? set : row.initial);
-    EXPECT_EQ(row.change, call(CS_CLEAR, row.property, nullptr, 0, nullptr)) << row.property;
-    expect(row.initial);
+    for (const CS_INT action : {CS_CLEAR, CS_SET, CS_CLEAR}) {
+      CS_INT value = 0, length = 0;
+      EXPECT_EQ(row.change, call(action, row.property, &nine, 4, nullptr)) << row.property;
+      EXPECT_EQ(CS_SUCCEED, call(CS_GET, row.property, &value, 4, &length));
+      EXPECT_EQ(action == CS_SET && row.change == CS_SUCCEED ? set : row.initial, value);
+      EXPECT_EQ(4, length) << row.property;
+    }
   }
 }
 
@@ -462,54 +393,37 @@ TEST(ListDeathTest, Stops) {
   Fixture table(LM_DHASH);
   Fixture single(LM_DHASH, 1);
   Fixture queue(LM_QUEUE);
-  const auto property = [&](CS_INT action, CS_INT code) {
-    lm_property(table.context, action, code, &none, 4, nullptr);
-  };
-  const auto list_property = [&](CS_INT action, CS_INT code) {
-    lm_list_prop(table.list, action, code, &none, 4, nullptr);
-  };
-  const struct {
-    const char* what;
-    std::function<void()> misuse;
-    const char* text = "assertion failed";
-  } rows[] = {
-      {"old version", [&] { lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none); }},
-      {"context without name", [&] { lm_initlm(LM_MIN_VERSION, nullptr, 1, &none); }, "Invalid"},
-      {"name of -1", [&] { lm_initlm(LM_MIN_VERSION, "x", -1, &none); }},
-      {"hash into no slots", [] { lm__api_key_to_hash("x", 1, 0); }},
-      {"increment in no slots", [] { lm__api_key_to_hash2("x", 1, 0); }},
-      {"key of -1", [] { lm___api_key_to_uint("x", -1); }},
-      {"null key", [] { lm___api_key_to_uint(nullptr, 1); }, "Invalid pointer"},
-      {"op 19", [&] { op(table.list, 19, "x"); }},
-      {"op 34", [&] { op(table.list, 34, "x"); }},
-      {"first of a table", [&] { op(table.list, LM_OP_FIRST, "x"); }},
-      {"insert after in a table", [&] { op(table.list, LM_OP_INSERT_AFTER, "x"); }},
-      {"insert before in a queue", [&] { op(queue.list, LM_OP_INSERT_BEFORE); }},
-      {"insert without key", [&] { op(table.list, LM_OP_INSERT); }},
-      {"key size -2", [&] { lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr); }},
-      {"print without function", [&] { op(table.list, LM_OP_PRINT_DATA); }, "Invalid pointer"},
-      {"no slots", [&] { set_size(table.list, 0); }},
-      {"rehash a queue", [&] { lm___dhash_rehash(queue.list, 9); }},
-      {"type 12", [&] { lm_list_alloc(table.context, 12, "x", 1, &list); }},
-      {"type 20", [&] { lm_list_alloc(table.context, 20, "x", 1, &list); }},
-      {"get context 0", [&] { property(CS_GET, 0); }},
-      {"set context 0", [&] { property(CS_SET, 0); }},
-      {"get context 8", [&] { property(CS_GET, 8); }},
-      {"context action", [&] { property(36, 1); }},
-      {"get list 0", [&] { list_property(CS_GET, 0); }},
-      {"set list 4", [&] { list_property(CS_SET, 4); }},
-      {"get list 13", [&] { list_property(CS_GET, 13); }},
-      {"list action", [&] { list_property(32, 1); }},
-      {"dropped list", [&] { queue.list->state = 12, op(queue.list, LM_OP_NONE); }},
-      {"drop a dropped list", [&] { queue.list->state = 12, lm_list_drop(queue.list); }},
-      {"dropped context", [&] { queue.context->state = 12, lm_exit(queue.context); }},
-      {"list in a dropped context",
-       [&] { queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list); }},
-      {"pool without its nodes", [&] { queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT); }},
-      // A table of one slot has no increment: the division by zero is its end.
-      {"increment in one slot", [&] { op(single.list, LM_OP_INSERT, "x"); }, ""},
-  };
-  for (const auto& row : rows) EXPECT_DEATH(row.misuse(), row.text) << row.what;
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION - 1, "x", 1, &none), "assertion failed");
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION, nullptr, 1, &none), "Invalid");
+  EXPECT_DEATH(lm_initlm(LM_MIN_VERSION, "x", -1, &none), "assertion failed");
+  EXPECT_DEATH(lm__api_key_to_hash("x", 1, 0), "assertion failed");
+  EXPECT_DEATH(lm__api_key_to_hash2("x", 1, 0), "assertion failed");
+  EXPECT_DEATH(lm___api_key_to_uint("x", -1), "assertion failed");
+  EXPECT_DEATH(lm___api_key_to_uint(nullptr, 1), "Invalid pointer");
+  EXPECT_DEATH(op(table.list, 19, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, 34, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_FIRST, "x"), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_INSERT_AFTER, "x"), "assertion failed");
+  EXPECT_DEATH(op(queue.list, LM_OP_INSERT_BEFORE), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_INSERT), "assertion failed");
+  EXPECT_DEATH(lm_list_op(table.list, LM_OP_FIND, "x", -2, nullptr, nullptr), "assertion failed");
+  EXPECT_DEATH(op(table.list, LM_OP_PRINT_DATA), "Invalid pointer");
+  EXPECT_DEATH(set_size(table.list, 0), "assertion failed");
+  EXPECT_DEATH(lm___dhash_rehash(queue.list, 9), "assertion failed");
+  EXPECT_DEATH(lm_list_alloc(table.context, 12, "x", 1, &list), "assertion failed");
+  EXPECT_DEATH(lm_list_alloc(table.context, 20, "x", 1, &list), "assertion failed");
+  EXPECT_DEATH((queue.list->state = 12, op(queue.list, LM_OP_NONE)), "assertion failed");
+  EXPECT_DEATH((queue.list->state = 12, lm_list_drop(queue.list)), "assertion failed");
+  EXPECT_DEATH((queue.context->state = 12, lm_exit(queue.context)), "assertion failed");
+  EXPECT_DEATH((queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list)),
+               "assertion failed");
+  EXPECT_DEATH((queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT)), "assertion failed");
+  // A table of one slot has no increment: the division by zero is its end.
+  EXPECT_DEATH(op(single.list, LM_OP_INSERT, "x"), "");
+  for (const auto& [action, code] : {std::pair{+CS_GET, 0}, {CS_SET, 0}, {CS_GET, 8}, {36, 1}})
+    EXPECT_DEATH(lm_property(table.context, action, code, &none, 4, nullptr), "assertion") << code;
+  for (const auto& [action, code] : {std::pair{+CS_GET, 0}, {CS_SET, 4}, {CS_GET, 13}, {32, 1}})
+    EXPECT_DEATH(lm_list_prop(table.list, action, code, &none, 4, nullptr), "assertion") << code;
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // Memory pools: use at random, the fixed layouts and list orders.
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <random>
+#include <span>
 
 #include "pools.h"
 
@@ -20,46 +20,36 @@ int length(const Node* list, Node* Node::*next) {
 // Allocates and frees at random, each block filled with a byte of its own: blocks that overlap
 // spoil it.
 void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
-  struct Block {
-    CS_BYTE* start;
-    CS_INT size;
-    CS_BYTE fill;
-  };
-  std::vector<Block> blocks;
+  std::vector<std::pair<std::span<CS_BYTE>, CS_BYTE>> blocks;
   std::mt19937 random(run);
-  const auto draw = [&](int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(random);
-  };
-  const auto expect_fill = [](const Block& block) {
-    const auto as_filled = [&](CS_BYTE byte) { return byte == block.fill; };
-    EXPECT_TRUE(std::all_of(block.start, block.start + block.size, as_filled));
-  };
-  const auto add = [&] {
-    const CS_INT size = kind == MM_POOL_UNIFORM ? 20 : draw(1, draw(0, 9) == 0 ? 9000 : 300);
-    void* memory = nullptr;
-    const CS_RETCODE result = comn_mmalloc(pool, size, &memory);
-    if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
-      EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
-      return;
-    }
-    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
-    expect_fill({static_cast<CS_BYTE*>(memory), size, 0});
-    blocks.push_back({static_cast<CS_BYTE*>(memory), size, static_cast<CS_BYTE>(draw(0, 255))});
-    std::memset(memory, blocks.back().fill, static_cast<std::size_t>(size));
-  };
-  const auto remove = [&] {  // a block that cannot be freed is only forgotten
-    std::swap(blocks.back(), blocks[static_cast<std::size_t>(draw(0, 9999)) % blocks.size()]);
-    expect_fill(blocks.back());
-    EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED,
-              comn_mmfree(pool, blocks.back().start));
-    blocks.pop_back();
+  const auto expect_fill = [](std::span<CS_BYTE> block, CS_BYTE fill) {
+    EXPECT_EQ(std::ranges::count(block, fill), std::ssize(block));
   };
   EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
-  for (int step = 0; step < 3000; ++step) {
-    draw(0, 9) < 6 || blocks.empty() ? add() : remove();
+  for (int step = 0; step < 3000 || !blocks.empty(); ++step) {
     ASSERT_TRUE(step % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << step;
+    if (step < 3000 && (blocks.empty() || random() % 10 < 6)) {
+      const auto most = random() % 10 == 0 ? 9000U : 300U;
+      const auto size = kind == MM_POOL_UNIFORM ? 20 : static_cast<CS_INT>(1 + random() % most);
+      void* memory = nullptr;
+      const CS_RETCODE result = comn_mmalloc(pool, size, &memory);
+      if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
+        EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
+        continue;
+      }
+      EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
+      const std::span block(static_cast<CS_BYTE*>(memory), static_cast<std::size_t>(size));
+      expect_fill(block, 0);
+      blocks.emplace_back(block, static_cast<CS_BYTE>(random()));
+      std::ranges::fill(block, blocks.back().second);
+    } else {  // a block that cannot be freed is only forgotten
+      std::swap(blocks.back(), blocks[random() % blocks.size()]);
+      const auto [block, fill] = blocks.back();
+      expect_fill(block, fill);
+      EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool, block.data()));
+      blocks.pop_back();
+    }
   }
-  while (!blocks.empty()) remove();
   ASSERT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 
@@ -67,17 +57,16 @@ void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
 TEST(Pools, RandomOperationsOnAContext) {
   Host host;
   const Pool top(host);
-  unsigned round = 0;
-  for (const CS_INT blocksize : {64, 1000, 4096, 100'000}) {
+  for (unsigned round = 0; round < 4; ++round) {
     std::array<MmHandle*, 3> pools = {};
     for (CS_INT i = 0; i < 3; ++i) {
       pools[i] = subpool(top, i);
-      ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksize));
+      const CS_INT blocksizes[] = {64, 1000, 4096, 100'000};
+      ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksizes[round]));
       use_at_random(pools[i], kKinds[(i + round) % 3], round);
     }
     for (const std::size_t i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pools[i], CS_UNUSED));
     EXPECT_EQ(nullptr, top->mmh_head->mph_heap);
-    ++round;
   }
 }
 

@@ -21,39 +21,20 @@ int unless_refused(std::string_view name, Function function, Arguments... argume
 
 }  // namespace
 
-#define REFUSABLE(call, type)                            \
-  extern "C" int __real_##call(type* object);            \
-  extern "C" int __wrap_##call(type* object) {           \
-    return unless_refused(#call, __real_##call, object); \
+#define REFUSABLE(call, parameters, ...)                      \
+  extern "C" int __real_##call parameters;                    \
+  extern "C" int __wrap_##call parameters {                   \
+    return unless_refused(#call, __real_##call, __VA_ARGS__); \
   }
-#define REFUSABLE_INIT(call, type, attributes)                         \
-  extern "C" int __real_##call(type* object, const attributes* with);  \
-  extern "C" int __wrap_##call(type* object, const attributes* with) { \
-    return unless_refused(#call, __real_##call, object, with);         \
-  }
-REFUSABLE_INIT(pthread_mutex_init, pthread_mutex_t, pthread_mutexattr_t)
-REFUSABLE_INIT(pthread_cond_init, pthread_cond_t, pthread_condattr_t)
-REFUSABLE(pthread_mutex_lock, pthread_mutex_t)
-REFUSABLE(pthread_mutex_unlock, pthread_mutex_t)
-REFUSABLE(pthread_cond_broadcast, pthread_cond_t)
-REFUSABLE(pthread_cond_destroy, pthread_cond_t)
+REFUSABLE(pthread_mutex_init, (pthread_mutex_t * mutex, const pthread_mutexattr_t* with), mutex,
+          with)
+REFUSABLE(pthread_cond_init, (pthread_cond_t * cond, const pthread_condattr_t* with), cond, with)
+REFUSABLE(pthread_mutex_lock, (pthread_mutex_t * mutex), mutex)
+REFUSABLE(pthread_mutex_unlock, (pthread_mutex_t * mutex), mutex)
+REFUSABLE(pthread_cond_broadcast, (pthread_cond_t * cond), cond)
+REFUSABLE(pthread_cond_destroy, (pthread_cond_t * cond), cond)
 
 namespace {
-
-class PosixFailure : public testing::Test {
- protected:
-  PosixFailure() {
-    EXPECT_EQ(CS_SUCCEED, comn_create_event(&event_));
-    EXPECT_EQ(CS_SUCCEED, comn_create_sem(&sem_));
-  }
-  ~PosixFailure() override {
-    EXPECT_EQ(CS_SUCCEED, comn_delete_event(event_));
-    EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem_));
-  }
-
-  COMN_EVENT* event_ = nullptr;
-  COMN_SEM* sem_ = nullptr;
-};
 
 template <class Object>
 CS_RETCODE make(CS_RETCODE (*create)(Object**)) {
@@ -63,7 +44,11 @@ CS_RETCODE make(CS_RETCODE (*create)(Object**)) {
   return code;
 }
 
-TEST_F(PosixFailure, IsTold) {
+TEST(PosixFailure, IsTold) {
+  COMN_EVENT* event = nullptr;
+  COMN_SEM* sem = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
   const struct {
     const char* call;
     const char* routine;
@@ -74,12 +59,19 @@ TEST_F(PosixFailure, IsTold) {
       {"pthread_cond_init", "event", [] { return make(comn_create_event); }},
       {"pthread_cond_init", "semaphore", [] { return make(comn_create_sem); }},
       {"pthread_cond_init", "condition", [] { return make(comn_create_cond); }},
-      {"pthread_mutex_lock", "signal", [&] { return comn_signal_event(event_); }},
-      {"pthread_mutex_lock", "reset", [&] { return comn_reset_event(event_); }},
-      {"pthread_mutex_lock", "wait", [&] { return comn_waitfor_event(event_, 0); }},
-      {"pthread_mutex_lock", "release", [&] { return comn_release_sem(sem_); }},
-      {"pthread_cond_broadcast", "signal", [&] { return comn_signal_event(event_); }},
-      {"pthread_cond_destroy", "event", [&] { return comn_delete_event(event_); }},
+      {"pthread_mutex_lock", "signal", [&] { return comn_signal_event(event); }},
+      {"pthread_mutex_lock", "reset", [&] { return comn_reset_event(event); }},
+      {"pthread_mutex_lock", "wait", [&] { return comn_waitfor_event(event, 0); }},
+      {"pthread_mutex_lock", "release", [&] { return comn_release_sem(sem); }},
+      {"pthread_cond_broadcast", "signal", [&] { return comn_signal_event(event); }},
+      {"pthread_mutex_unlock", "signal",
+       [&] {
+         const CS_RETCODE code = comn_signal_event(event);
+         refused = {};
+         EXPECT_EQ(0, pthread_mutex_unlock(&event->pm));
+         return code;
+       }},
+      {"pthread_cond_destroy", "event", [&] { return comn_delete_event(event); }},
   };
   for (const auto& row : rows) {
     const std::size_t before = host_alloc::live_blocks();
@@ -88,18 +80,11 @@ TEST_F(PosixFailure, IsTold) {
     refused = {};
     EXPECT_EQ(CS_FAIL, code) << row.routine << ", " << row.call;
     EXPECT_EQ(before, host_alloc::live_blocks()) << row.routine << ", " << row.call;
-    EXPECT_EQ(0, event_->ev) << row.routine << ", " << row.call;
-    EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event_, 0)) << "the event's mutex is free";
+    EXPECT_EQ(0, event->ev) << row.routine << ", " << row.call;
+    EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 0)) << "the event's mutex is free";
   }
-}
-
-TEST_F(PosixFailure, OfAnUnlockTakesTheSignalBack) {
-  refused = "pthread_mutex_unlock";
-  const CS_RETCODE code = comn_signal_event(event_);
-  refused = {};
-  EXPECT_EQ(CS_FAIL, code);
-  EXPECT_EQ(0, event_->ev);
-  EXPECT_EQ(0, pthread_mutex_unlock(&event_->pm));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
+  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
 }
 
 }  // namespace
