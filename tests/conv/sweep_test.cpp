@@ -100,6 +100,12 @@ void Sweep::number_to(const Encoded& source, const std::string& number, CS_INT t
       EXPECT_DOUBLE_EQ(direct.as<double>(), result.as<double>());
     } else if (direct.code == CS_SUCCEED || among(kIntegers, to)) {
       EXPECT_EQ(direct.text(), result.first(direct.text().size()));
+    } else if (!text && !among(kNumerics, to)) {
+      const std::int64_t limit = number[0] == '-' ? INT64_MIN : INT64_MAX;
+      EXPECT_EQ(static_cast<CS_INT>(limit >> 32), result.as<CS_INT>()) << "money is clamped";
+      if (to == CS_MONEY_TYPE) {
+        EXPECT_EQ(static_cast<CS_INT>(limit), result.as<CS_INT>(4));
+      }
     }
   }
 }
@@ -109,7 +115,7 @@ void Sweep::numbers() {
       "0 1 -1 5 127 255 256 -32768 -32769 32767 32768 16777216 2147483647 -2147483648 2147483648 "
       "-2147483649 0.5 -7.25 254.5 0.0001 12345.6789 214748.3647 214748.3648 -214748.3648 "
       "-214748.3649 922337203685477.5807 922337203685477.5808 -922337203685477.5808 "
-      "-922337203685477.5809 123456789012");
+      "-922337203685477.5809 123456789012 10000000000000000000000 -10000000000000000000000");
   for (std::string text; texts >> text;) {
     for (CS_INT from = 0; from < CS_BUILTIN_TYPES; ++from) {
       Encoded source = text_as(from, text);
@@ -213,7 +219,8 @@ void Sweep::malformed() {
   for (const CS_INT from : kTexts) {
     for (CS_INT to = 0; to < CS_BUILTIN_TYPES; ++to) {
       if (!has(from, to) || among(kTexts, to) || among(kLabels, to)) continue;
-      for (const char* bad : {"x", "1x", "--1", "1 2", "12\x80", "\xFF\xFF", "1'", "0x1g"}) {
+      for (const char* bad :
+           {"x", "1x", "--1", "1..2", "1 2", "12\x80", "\xFF\xFF", "1'", "x12", "0x1g"}) {
         const Result result = run(text_as(from, bad), to);
         EXPECT_EQ(CS_CVT_SYNTAX, result.code) << bad << " from " << from << " to " << to;
         EXPECT_EQ(0, result.length);
