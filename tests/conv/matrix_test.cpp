@@ -42,22 +42,20 @@ const std::map<Pair, const char*> kExceptions = {{{12, 25}, "comn_datetimetounic
                                                  {{25, 4}, "comn_unichartotext"},
                                                  {{25, 5}, "comn_unichartoimage"}};
 
-std::vector<CS_INT> destinations_of(std::size_t column) {
-  if (column == 0) return {0, 2, 4};
-  if (column == 1) return {1, 3, 5};
-  if (column == 12) return {16, 17};
-  return {static_cast<CS_INT>(column < 12 ? column + 4 : column + 5)};
-}
-
 std::map<Pair, std::string> names_by_pair() {
   std::map<Pair, std::string> names;
   for (const auto& row : kRows) {
     std::istringstream cells(row.to);
     std::string cell;
-    for (std::size_t column = 0; cells >> cell; ++column) {
+    for (CS_INT column = 0; cells >> cell; ++column) {
       if (cell == "-") continue;
+      const std::vector<CS_INT> destinations =
+          column == 0    ? std::vector{0, 2, 4}
+          : column == 1  ? std::vector{1, 3, 5}
+          : column == 12 ? std::vector{16, 17}
+                         : std::vector{column < 12 ? column + 4 : column + 5};
       for (const auto& [source, from] : row.sources)
-        for (const CS_INT destination : destinations_of(column))
+        for (const CS_INT destination : destinations)
           names[{source, destination}] = std::string("comn_") + from + "to" + cell;
     }
   }
@@ -75,14 +73,12 @@ TEST(Matrix, LeadsToTheNamedRoutines) {
   const auto names = names_by_pair();
   CS_CONTEXT context{};
   ASSERT_EQ(CS_SUCCEED, call("com_conv_init")(&context));
+  for (const auto& [pair, name] : names)
+    EXPECT_NE(nullptr, dlsym(library, name.c_str())) << name << " is not exported";
   for (CS_INT source = 0; source < CS_BUILTIN_TYPES; ++source) {
     for (CS_INT destination = 0; destination < CS_BUILTIN_TYPES; ++destination) {
       const auto name = names.find({source, destination});
-      const void* expected = nullptr;
-      if (name != names.end()) {
-        expected = dlsym(library, name->second.c_str());
-        EXPECT_NE(nullptr, expected) << name->second << " is not exported";
-      }
+      const void* expected = name == names.end() ? nullptr : dlsym(library, name->second.c_str());
       EXPECT_EQ(expected, reinterpret_cast<void*>(look_up(&context, source, destination)))
           << source << " to " << destination;
     }
@@ -90,12 +86,7 @@ TEST(Matrix, LeadsToTheNamedRoutines) {
   call("com_conv_free")(&context);
 }
 
-CS_RETCODE first(CS_CONTEXT*, const CS_DATAFMT*, const void*, const CS_DATAFMT*, void*, CS_INT*) {
-  return 101;
-}
-CS_RETCODE second(CS_CONTEXT*, const CS_DATAFMT*, const void*, const CS_DATAFMT*, void*, CS_INT*) {
-  return 102;
-}
+constexpr CS_CONV_FUNC first = comn_chartochar, second = comn_chartobin;
 
 TEST(UserConversions, KeepTheOrderOfInstallation) {
   Context context;

@@ -77,6 +77,7 @@ TEST(Path, FitsToTheByte) {
   std::string buffer(30, '#');
   EXPECT_EQ(CS_FAIL, comn__path_msgfile(&context, "french", 6, "file", 4, buffer.data(), 30));
   EXPECT_EQ("/h/locales/message/french" + std::string(5, '\0'), buffer) << "filled with zeros";
+  context.ctxintlerr = 0;
   home.set(nullptr);
   for (const Builder& builder : kBuilders)
     EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 30)) << builder.label;
