@@ -149,7 +149,6 @@ TEST(CharsetFile, TablesThatTheFileLacks) {
 
 class ShippedSets : public testing::Test {
  protected:
-  ShippedSets() { EXPECT_EQ(CS_SUCCEED, context_.init()); }
   const char_attrib* load(const char* charset) {
     CsLocCache* entry = nullptr;
     EXPECT_EQ(CS_SUCCEED, context_.load(charset, charset, "us_english", "binary", &entry))
@@ -157,8 +156,7 @@ class ShippedSets : public testing::Test {
     const CS_LOCALE locale = intl_host::all(entry);
     return com_intl_charattr(&locale);
   }
-  intl_host::ShippedHome home_;
-  intl_host::Context context_;
+  intl_host::ShippedContext context_;
 };
 
 TEST_F(ShippedSets, Iso1IsTheBuiltInSetWithGraphicBits) {

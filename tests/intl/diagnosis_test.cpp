@@ -76,8 +76,7 @@ TEST(Diagnosis, WordsInOrder) {
 }
 
 TEST(Verify, ReadableOrNotOrNoPath) {
-  const intl_host::ShippedHome home;
-  intl_host::Context context;
+  intl_host::ShippedContext context;
   char path[200] = "";
   EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
   EXPECT_EQ(CS_FAIL, com__verify_msgfile(context, "us", 2, "none.loc", 8, path, 200));
@@ -86,7 +85,6 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact))
       << "no room for its NUL";
   EXPECT_STREQ("*", path);
-  ASSERT_EQ(CS_SUCCEED, context.init());
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("french", &entry));
   CS_LOCALE locale{};
@@ -94,7 +92,7 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(context, &locale, "common.loc", path, 200));
   EXPECT_NE(std::string::npos, std::string(path).find("/message/french/common.loc"));
   EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(context, &locale, "other.loc", path, 200));
-  home.set(nullptr);
+  context.set(nullptr);
   EXPECT_EQ(CS_INTL_LIBERR, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
   EXPECT_STREQ("*", path);
 }

@@ -70,6 +70,11 @@ struct ShippedHome : scratch::Variable {
   ShippedHome() : Variable("TALVEN", COMNLIB_HOME) {}
 };
 
+// A context set up in the shipped home.
+struct ShippedContext : ShippedHome, Context {
+  ShippedContext() { EXPECT_EQ(CS_SUCCEED, init()); }
+};
+
 // A copy of the shipped home, to which TALVEN points.
 class HomeCopy {
  public:

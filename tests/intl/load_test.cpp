@@ -19,7 +19,7 @@ namespace {
 using intl_host::all;
 using intl_host::Context;
 using intl_host::HomeCopy;
-using intl_host::ShippedHome;
+using intl_host::ShippedContext;
 
 const std::string kTable = "locales/locales.dat";
 
@@ -75,9 +75,7 @@ TEST(Lookup, LinesOfTheTable) {
 }
 
 TEST(Load, SharesAndCachesAndTakesNamedConventions) {
-  const ShippedHome home;
-  Context context;
-  ASSERT_EQ(CS_SUCCEED, context.init());
+  ShippedContext context;
   CsOid oid = 0;
   EXPECT_EQ(CS_SUCCEED, comn_globalid(context, "charset", "ucs2x", 4, &oid));
   EXPECT_EQ(context.globals.ucs2_oid, oid);
@@ -251,9 +249,7 @@ TEST(Load, CharacterSetAlone) {
 TEST(Load, TakesTheHostsLocks) {
   static int locks_taken;
   locks_taken = 0;
-  const ShippedHome home;
-  Context context;
-  ASSERT_EQ(CS_SUCCEED, context.init());
+  ShippedContext context;
   CS_THREAD table{};
   table.take_mutex_fn = table.release_mutex_fn = [](COMN_MUTEX*) -> CS_RETCODE {
     ++locks_taken;
@@ -276,12 +272,10 @@ TEST(Load, TakesTheHostsLocks) {
 class Locales : public testing::Test {
  protected:
   Locales() {
-    EXPECT_EQ(CS_SUCCEED, context_.init());
     EXPECT_EQ(CS_SUCCEED, context_.load("de_DE.utf8", &german_));
     EXPECT_EQ(CS_SUCCEED, context_.load("ja_JP", &japanese_));
   }
-  ShippedHome home_;
-  Context context_;
+  ShippedContext context_;
   CsLocCache *german_ = nullptr, *japanese_ = nullptr;
 };
 
