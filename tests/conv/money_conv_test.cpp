@@ -52,11 +52,10 @@ TEST(MoneyConversion, ToLongOutsideTheMatrix) {
   const auto check = [](CS_CONV_FUNC routine, CS_INT type, const auto& value, CS_RETCODE code,
                         std::int64_t expected) {
     Context context;
-    const CS_DATAFMT from = format_of(type), to = format_of(CS_LONG_TYPE, 8);
-    std::int64_t result = 0;
-    CS_INT length = 0;
-    EXPECT_EQ(code, routine(&context, &from, &value, &to, &result, &length)) << expected;
-    EXPECT_TRUE(result == expected && length == 8) << expected;
+    ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, type, CS_LONG_TYPE, routine));
+    const Result result = convert(context, type, value, format_of(CS_LONG_TYPE, 8));
+    EXPECT_EQ(code, result.code) << expected;
+    EXPECT_EQ(bytes_of(expected), result.text());
   };
   // The low half of the integer part is zero in the last two.
   for (const auto& [amount, expected] : {std::pair{INT64_MIN, -922337203685477},
@@ -112,8 +111,8 @@ TEST(MoneyConversion, ToCharacterCutsAndPads) {
       {"no room for the NUL", 12300, 2, 4, CS_DFMT_NULLTERM, CS_CVT_OVERFLOW, "1.2\0"s},
       {"both paddings", 12300, 2, 6, CS_DFMT_PADBLANK | CS_DFMT_PADNULL, CS_CVT_FORMAT, "1.23"},
   };
-  for (const auto& row : rows) {
-    for (const CS_INT datatype : {CS_CHAR_TYPE, CS_TEXT_TYPE}) {
+  for (const CS_INT datatype : {CS_CHAR_TYPE, CS_TEXT_TYPE}) {
+    for (const auto& row : rows) {
       CS_DATAFMT to = format_of(datatype, row.room, row.format);
       to.precision = row.precision;
       const Result result = from_money(context, row.amount, to);

@@ -33,9 +33,6 @@ Literal number(const char* text, CS_INT type, CS_RETCODE code, const auto& value
 Literal floating(const char* text, CS_RETCODE code, CS_FLOAT value) {
   return number(text, CS_FLOAT_TYPE, code, value);
 }
-Literal refused(const char* text, CS_INT type, CS_RETCODE code = CS_CVT_SYNTAX) {
-  return {text, format_of(type, 2), code, ""};
-}
 Literal numeric(const char* text, CS_INT precision, CS_INT scale, CS_RETCODE code,
                 const std::string& bytes) {
   return {text, numeric_format(precision, scale), code, bytes};
@@ -47,7 +44,7 @@ Literal binary(const char* text, CS_RETCODE code, const std::string& bytes) {
 TEST(Literals, ValuesRangesAndSyntax) {
   constexpr double kMax = std::numeric_limits<double>::max();
   constexpr CS_INT kOwn = CS_USE_SRCVALUE;
-  const Literal rows[] = {
+  std::vector<Literal> rows{
       number(" 255 ", CS_TINYINT_TYPE, CS_SUCCEED, CS_TINYINT{255}),
       number("-0", CS_TINYINT_TYPE, CS_SUCCEED, CS_TINYINT{0}),
       number("+00000000000000000000000000032767", CS_SMALLINT_TYPE, CS_SUCCEED, CS_SMALLINT{32767}),
@@ -90,16 +87,14 @@ TEST(Literals, ValuesRangesAndSyntax) {
       binary("0X12", CS_SUCCEED, "\x12"),
       binary("123456", CS_CVT_TRUNCATED, "\x12\x34"),
       binary("12345", CS_CVT_TRUNCATED, "\x01\x23"),
-      refused("", CS_INT_TYPE),
-      refused("- 5", CS_INT_TYPE),
-      refused("", CS_FLOAT_TYPE),
-      refused(".", CS_FLOAT_TYPE),
-      refused("1e", CS_FLOAT_TYPE),
-      refused("1,5", CS_FLOAT_TYPE),
-      refused("1900-02-29", CS_DATETIME_TYPE, CS_CVT_OVERFLOW),
-      refused("3000-01-01", CS_DATETIME4_TYPE, CS_CVT_OVERFLOW),
-      refused(" 12", CS_BINARY_TYPE),
-      refused("0x0x1", CS_BINARY_TYPE)};
+      {"1900-02-29", format_of(CS_DATETIME_TYPE), CS_CVT_OVERFLOW, ""},
+      {"3000-01-01", format_of(CS_DATETIME4_TYPE), CS_CVT_OVERFLOW, ""}};
+  const std::pair<const char*, CS_INT> refused[] = {
+      {"", CS_INT_TYPE},       {"- 5", CS_INT_TYPE},     {"", CS_FLOAT_TYPE},
+      {".", CS_FLOAT_TYPE},    {"1e", CS_FLOAT_TYPE},    {"1,5", CS_FLOAT_TYPE},
+      {" 12", CS_BINARY_TYPE}, {"0x0x1", CS_BINARY_TYPE}};
+  for (const auto& [text, type] : refused)
+    rows.push_back({text, format_of(type, 2), CS_CVT_SYNTAX, ""});
   Context context;
   for (const Literal& row : rows) {
     for (const CS_INT type : {CS_CHAR_TYPE, CS_VARCHAR_TYPE, CS_UNICHAR_TYPE}) {

@@ -15,7 +15,6 @@ namespace {
 constexpr const char* kHome = "/h";
 
 struct Builder {
-  const char* label;
   std::string path;
   int spare;  // bytes beyond the path's length that the shortest sufficient buffer has
   std::function<CS_RETCODE(CS_CONTEXT*, CS_CHAR*, CS_INT)> build;
@@ -28,28 +27,23 @@ auto with(auto... pieces) {
 }
 
 const Builder kBuilders[] = {
-    {"anyfile", "/h/abc", 0,
-     [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
-    {"interfaces", "/h/interfaces", 0, com_path_ifile},
-    {"configuration", "/h/config/x.cfg", 0,
+    {"/h/abc", 0, [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
+    {"/h/interfaces", 0, com_path_ifile},
+    {"/h/config/x.cfg", 0,
      [](auto* c, auto* b, auto n) { return com_path_cfgfile(c, "x.cfg", b, n, 0); }},
-    {"locale table", "/h/locales/t", 0, with<com__path_locfile>(nullptr, "ignored", "t")},
-    {"language file", "/h/locales/french/f", 0, with<com__path_locfile>("french", nullptr, "f")},
-    {"charset's file", "/h/locales/us_english/iso_1/f", 0,
-     with<com__path_locfile>("us_english", "iso_1", "f")},
-    {"message file", "/h/locales/message/french/c.loc", 1,
-     with<comn__path_msgfile>("french", 6, "c.locXX", 5)},
-    {"of a leading part", "/h/locales/message/us_english/f", 1,
-     with<comn__path_msgfile>("usXX", 2, "f", 1)},
-    {"of no leading part", "/h/locales/message/us_x/f", 1,
-     with<comn__path_msgfile>("us_x", 4, "f", 1)},
-    {"character set", "/h/charsets/utf8/c.loc", 1,
-     with<com__path_charfile>("utf8", "c.loc", nullptr)},
-    {"extension", "/h/charsets/utf8/x.srt", 0, with<com__path_charfile>("utf8", "x", "srt")},
-    {"no character set", "/h/charsets/x", 1, with<com__path_charfile>(nullptr, "x", nullptr)},
-    {"money", "/h/locales/money/x.mon", 1, with<comn__path_locdata>(4, "x")},
-    {"numeric", "/h/locales/numeric/x.num", 1, with<comn__path_locdata>(5, "x")},
-    {"datetime", "/h/locales/datetime/x.dt", 1, with<comn__path_locdata>(6, "x")},
+    {"/h/locales/t", 0, with<com__path_locfile>(nullptr, "ignored", "t")},
+    {"/h/locales/french/f", 0, with<com__path_locfile>("french", nullptr, "f")},
+    {"/h/locales/us_english/iso_1/f", 0, with<com__path_locfile>("us_english", "iso_1", "f")},
+    {"/h/locales/message/french/c.loc", 1, with<comn__path_msgfile>("french", 6, "c.locXX", 5)},
+    {"/h/locales/message/us_english/f", 1,
+     with<comn__path_msgfile>("usXX", 2, "f", 1)},  // leading part
+    {"/h/locales/message/us_x/f", 1, with<comn__path_msgfile>("us_x", 4, "f", 1)},
+    {"/h/charsets/utf8/c.loc", 1, with<com__path_charfile>("utf8", "c.loc", nullptr)},
+    {"/h/charsets/utf8/x.srt", 0, with<com__path_charfile>("utf8", "x", "srt")},
+    {"/h/charsets/x", 1, with<com__path_charfile>(nullptr, "x", nullptr)},
+    {"/h/locales/money/x.mon", 1, with<comn__path_locdata>(4, "x")},
+    {"/h/locales/numeric/x.num", 1, with<comn__path_locdata>(5, "x")},
+    {"/h/locales/datetime/x.dt", 1, with<comn__path_locdata>(6, "x")},
 };
 
 TEST(Path, FitsToTheByte) {
@@ -61,17 +55,17 @@ TEST(Path, FitsToTheByte) {
       std::string buffer(200, '#');
       const CS_RETCODE result = builder.build(&context, buffer.data(), room);
       EXPECT_EQ(room >= length + builder.spare ? CS_SUCCEED : CS_FAIL, result)
-          << builder.label << " in " << room;
-      EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.label << " in " << room;
+          << builder.path << " in " << room;
+      EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.path << " in " << room;
       if (result != CS_SUCCEED) {
         const std::string held = buffer.substr(0, static_cast<std::size_t>(room)).c_str();
-        EXPECT_TRUE(builder.path.starts_with(held)) << builder.label << ": " << held;
+        EXPECT_TRUE(builder.path.starts_with(held)) << builder.path << ": " << held;
         EXPECT_NE(std::string::npos, std::string("/.").find(builder.path[held.size()]))
-            << builder.label << " holds whole pieces: " << held;
+            << builder.path << " holds whole pieces: " << held;
         continue;
       }
-      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.label;
-      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.label;
+      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.path;
+      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.path;
     }
   }
   std::string buffer(30, '#');
@@ -80,7 +74,7 @@ TEST(Path, FitsToTheByte) {
   context.ctxintlerr = 0;
   home.set(nullptr);
   for (const Builder& builder : kBuilders)
-    EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 30)) << builder.label;
+    EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 30)) << builder.path;
   EXPECT_GT(0, context.ctxintlerr);
 }
 

@@ -73,10 +73,6 @@ std::string utf16(char32_t code) {
   return {reinterpret_cast<const char*>(units.data()), 2 * units.size()};
 }
 
-unsigned unit_of(const std::string& bytes) {
-  return static_cast<unsigned char>(bytes[0]) | static_cast<unsigned char>(bytes[1]) << 8;
-}
-
 void mix(unsigned& checksum, unsigned left, unsigned right) {
   for (const unsigned number : {left, right}) checksum = (checksum ^ number) * 16777619U;
 }
@@ -102,7 +98,8 @@ TEST_F(Xlate, EveryCharacterOfEverySet) {
         return false;
       }
       ++characters;
-      mix(decoding, number, unit_of(unit.bytes));
+      const std::u16string_view units(reinterpret_cast<const char16_t*>(unit.bytes.data()), 1);
+      mix(decoding, number, units[0]);
       return true;
     };
     for (unsigned byte = 0; byte < 256; ++byte) {
