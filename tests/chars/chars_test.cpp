@@ -150,7 +150,6 @@ TEST_F(DoubleByte, CaseAndNormalForm) {
               {"two-byte letter", "\x81\x61", "\x81\x41", "\x81\x61", 'a'},
               {"two-byte zero form", {"\x81\x27", 2}, {"\x81\0", 2}, {"\x81\0", 2}, '\''},
               {"single byte mapped to 0", "\x90", "\x90", "\x90", 0},
-              {"two-byte digit", "\x81\x30", "\x81\x30", "\x81\x30", '0'},
               {"lead without a table", "\x83\x30", "\x83", "\x83", 0}};
   for (const auto& row : rows) {
     char upper[4] = "", lower[4] = "";

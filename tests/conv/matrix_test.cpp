@@ -152,24 +152,21 @@ std::string stop_of(CS_CONV_FUNC routine, CS_INT source, CS_INT destination, int
   });
 }
 
-bool asserts(const std::string& text) {
-  return text.starts_with("\n\rassertion failed, file 'generic/src/conv/com_");
-}
-
 TEST(ConversionsDeathTest, EveryRoutineKnowsItsDatatypes) {
   Context context;
   const std::vector<CS_INT> one_of_each{-1, 0, 1, 6, 7, 8, 9, 10, 11, 14, 16, 18, 19, 24, 25};
+  const std::string place = "\n\rassertion failed, file 'generic/src/conv/com_";
   std::set<CS_CONV_FUNC> seen{comn_voidtovoid};
   for (CS_INT source = 0; source < CS_BUILTIN_TYPES; ++source) {
     for (CS_INT destination = 0; destination < CS_BUILTIN_TYPES; ++destination) {
       const CS_CONV_FUNC routine = com_conv_func(&context, source, destination);
       if (routine == nullptr || !seen.insert(routine).second) continue;
-      EXPECT_TRUE(asserts(stop_of(routine, CS_USHORT_TYPE, destination))) << "from " << source;
+      EXPECT_TRUE(stop_of(routine, CS_USHORT_TYPE, destination).starts_with(place)) << source;
       if (source == CS_VOID_TYPE) continue;
       for (const CS_INT code :
            source == CS_INT_TYPE ? one_of_each : std::vector<CS_INT>{CS_USHORT_TYPE}) {
         if (com_conv_func(&context, source, code) == routine) continue;
-        EXPECT_TRUE(asserts(stop_of(routine, source, code)))
+        EXPECT_TRUE(stop_of(routine, source, code).starts_with(place))
             << source << " to " << destination << " called for " << code;
       }
     }

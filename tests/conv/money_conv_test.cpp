@@ -40,7 +40,7 @@ TEST(MoneyConversion, ToFloatByEachRecordsFormula) {
 TEST(MoneyConversion, ToIntegersCutsTheFractionFirst) {
   Context context;
   const CS_DATAFMT tiny = format_of(CS_TINYINT_TYPE);
-  EXPECT_EQ(255, from_money(context, 2555000, tiny).as<CS_TINYINT>());
+  EXPECT_EQ("\xFF", from_money(context, 2555000, tiny).text());
   EXPECT_EQ(CS_SUCCEED, from_money(context, 2555000, tiny).code);
   EXPECT_EQ(CS_SUCCEED, from_money(context, -2500, tiny).code);
   EXPECT_EQ(-1, from_money(context, -5000, format_of(CS_SMALLINT_TYPE)).as<CS_SMALLINT>());
@@ -78,7 +78,6 @@ TEST(MoneyConversion, ToNumericRescales) {
     CS_RETCODE code;
     std::string bytes;
   } rows[] = {
-      {"scaled up", -12345, 10, 5, CS_SUCCEED, "\x0A\5\1\0\0\1\xE2\x3A"s},
       {"digits dropped", 12345, 3, 2, CS_CVT_TRUNCATED, "\3\2\0\0\x7B"s},
       {"too many digits", 1000, 2, 4, CS_CVT_OVERFLOW, "\2\4\0\0"s},
       {"bytes before the scale", 10000, 2, 0, CS_CVT_OVERFLOW, "\2\0\0\0"s},

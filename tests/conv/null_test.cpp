@@ -43,13 +43,11 @@ TEST(Null, ValuesAreCutAndPadded) {
     CS_INT destlen;
     CS_RETCODE code;
     std::string bytes;
-  } rows[] = {
-      {format_of(0, 4, CS_DFMT_PADBLANK), 4, CS_SUCCEED, "    "},
-      {format_of(21, 4, CS_DFMT_PADBLANK | CS_DFMT_PADNULL), 4, CS_CVT_FORMAT, ""},
-      {format_of(2, 0, CS_DFMT_NULLTERM), 0, CS_CVT_OVERFLOW, ""},
-      {format_of(3, 3, CS_DFMT_PADNULL), 3, CS_SUCCEED, std::string(3, '\0')},
-      {format_of(CS_DATETIME4_TYPE), 4, CS_SUCCEED, std::string(4, '\0')},
-  };
+  } rows[] = {{format_of(0, 4, CS_DFMT_PADBLANK), 4, CS_SUCCEED, "    "},
+              {format_of(21, 4, CS_DFMT_PADBLANK | CS_DFMT_PADNULL), 4, CS_CVT_FORMAT, ""},
+              {format_of(2, 0, CS_DFMT_NULLTERM), 0, CS_CVT_OVERFLOW, ""},
+              {format_of(3, 3, CS_DFMT_PADNULL), 3, CS_SUCCEED, std::string(3, '\0')},
+              {format_of(CS_DATETIME4_TYPE), 4, CS_SUCCEED, std::string(4, '\0')}};
   for (const auto& row : rows) {
     const Result result = null_of(context, row.format, row.destlen);
     EXPECT_EQ(row.code, result.code) << row.format.datatype;

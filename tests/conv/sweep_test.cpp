@@ -101,11 +101,8 @@ void Sweep::number_to(const Encoded& source, const std::string& number, CS_INT t
     } else if (direct.code == CS_SUCCEED || among(kIntegers, to)) {
       EXPECT_EQ(direct.text(), result.first(direct.text().size()));
     } else if (!text && !among(kNumerics, to)) {
-      const std::int64_t limit = number[0] == '-' ? INT64_MIN : INT64_MAX;
-      EXPECT_EQ(static_cast<CS_INT>(limit >> 32), result.as<CS_INT>()) << "money is clamped";
-      if (to == CS_MONEY_TYPE) {
-        EXPECT_EQ(static_cast<CS_INT>(limit), result.as<CS_INT>(4));
-      }
+      const std::uint64_t limit = number[0] == '-' ? 0x80000000 : 0xFFFFFFFF7FFFFFFF;
+      EXPECT_EQ(bytes_of(limit).substr(0, result.text().size()), result.text()) << "a clamp";
     }
   }
 }
@@ -243,9 +240,8 @@ TEST(Matrix, EveryPairConverts) {
   for (CS_INT from = 0; from < CS_BUILTIN_TYPES; ++from) {
     if (from == CS_VOID_TYPE) continue;
     for (CS_INT to = 0; to < CS_BUILTIN_TYPES; ++to) {
-      const bool tried = sweep.tried().contains({from, to});
-      EXPECT_EQ(sweep.has(from, to), tried) << from << " to " << to;
-      gaps += tried ? 0 : 1;
+      EXPECT_EQ(sweep.has(from, to), sweep.tried().contains({from, to})) << from << " to " << to;
+      gaps += sweep.has(from, to) ? 0 : 1;
     }
   }
   EXPECT_EQ(238, gaps);

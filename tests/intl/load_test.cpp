@@ -136,7 +136,6 @@ TEST(Load, SharesAndCachesAndTakesNamedConventions) {
 // names the file and leaves nothing behind. It fails, and by the companion where "!" stands. The
 // character sets' own refusals stand with their loader.
 TEST(Load, EveryRefusal) {
-  const std::string long_table = "|table = iso_1->table = " + std::string(256, 't');
   const std::pair<std::string, std::string> rows[] = {
       {kTable, "locale = default->locale = other"},
       {"config/objectid.dat",
@@ -147,8 +146,8 @@ TEST(Load, EveryRefusal) {
       {"charsets/iso_1/iso_1.cfg",
        "replacement->description|= 3F->= 3G|= 3F->=|= 3F->= 3F3F3F3F3F|table =->x = y\ntable =|"
        "!to = utf8->to|!to = utf8->to = \"utf8|table =->algorithm = utf8\ntable =|"
-       "table = iso_1->algorithm = x" +
-           long_table},
+       "table = iso_1->algorithm = x|table = iso_1->table = " +
+           std::string(256, 't')},
       {"charsets/utf8/utf8.cfg", "to = iso_1->to = iso_x"},
       {"charsets/iso_1/binary.srt",
        "removed|kind = binary->kind = x|kind = binary->|kind->x = y\nkind|"
