@@ -41,37 +41,31 @@ std::string walk(const std::string& path) {
 
 TEST(Sections, SyntaxAndFaults) {
   const struct {
-    const char* label;
     std::string text, seen;
   } rows[] = {
-      {"empty", "", ""},
-      {"whole", "[a]\nk = v, w\n[b]\nx=y\n", "[a] k:v:w[b] x:y"},
-      {"CR LF, no last line end", "[a]\r\nk = v\r\n\r\nl = w", "[a] k:v l:w"},
-      {"trimmed", " [ a b ] \n\t k 1 =\t v w , x \n", "[a b] k 1:v w:x"},
-      {"comments", "; x\n [a]\n ;k = v\nk = v ; w\n", "[a] k:v ; w"},
-      {"entries before a section", "k = v\nnonsense\n[a]\nl = w\n", "[a] l:w"},
-      {"empty values", "[a]\nk =\nl = ,x,\n", "[a] k: l::x:"},
-      {"quoted", "[a]\nk = \" v, \"\"w\"\" \" ,\"\",x\n", "[a] k: v, \"w\" ::x"},
-      {"quote inside", "[a]\nk = 5\" x\n", "[a] k:5\" x"},
-      {"equals in a value", "[a]\nk = a=b\n", "[a] k:a=b"},
-      {"open section", "[a]\n[b\nk = v\n", "[a]!line 2: the section line has no ']'!"},
-      {"section tail", "[a] x\n[b]\n",
-       "!line 1: text stands behind the ']' of the section line![b]"},
-      {"no equals", "[a]\nk\nl = w\n", "[a]!line 2: the entry has no '='! l:w"},
-      {"no key", "[a]\n = v\n", "[a]!line 2: the entry has no name before its '='!"},
-      {"open quote", "[a]\nk = x, \"v\nl = w\n",
-       "[a] k:x!line 2: the quoted value has no closing quote! l:w"},
-      {"quote tail", "[a]\n;\nk = \"v\" x\n",
-       "[a] k!line 3: text stands behind the closing quote of a value!"},
-      {"NUL in an entry", std::string("[a]\nk = v\0w\n", 12),
-       "[a]!line 2: the line holds a NUL byte!"},
-      {"NUL in a section", std::string("[a\0]\n", 5), "!line 1: the line holds a NUL byte!"},
-      {"long", "[a]\nk = " + std::string(100000, 'v') + "," + std::string(9, 'w') + "\n",
-       "[a] k:" + std::string(100000, 'v') + ":" + std::string(9, 'w')},
-  };
+      {"", ""},
+      {"[a]\nk = v, w\n[b]\nx=y\n", "[a] k:v:w[b] x:y"},
+      {"[a]\r\nk = v\r\n\r\nl = w", "[a] k:v l:w"},
+      {" [ a b ] \n\t k 1 =\t v w , x \n", "[a b] k 1:v w:x"},
+      {"; x\n [a]\n ;k = v\nk = v ; w\n", "[a] k:v ; w"},
+      {"k = v\nnonsense\n[a]\nl = w\n", "[a] l:w"},
+      {"[a]\nk =\nl = ,x,\n", "[a] k: l::x:"},
+      {"[a]\nk = \" v, \"\"w\"\" \" ,\"\",x\n", "[a] k: v, \"w\" ::x"},
+      {"[a]\nk = 5\" x\n", "[a] k:5\" x"},
+      {"[a]\nk = a=b\n", "[a] k:a=b"},
+      {"[a]\n[b\nk = v\n", "[a]!line 2: the section line has no ']'!"},
+      {"[a] x\n[b]\n", "!line 1: text stands behind the ']' of the section line![b]"},
+      {"[a]\nk\nl = w\n", "[a]!line 2: the entry has no '='! l:w"},
+      {"[a]\n = v\n", "[a]!line 2: the entry has no name before its '='!"},
+      {"[a]\nk = x, \"v\nl = w\n", "[a] k:x!line 2: the quoted value has no closing quote! l:w"},
+      {"[a]\n;\nk = \"v\" x\n", "[a] k!line 3: text stands behind the closing quote of a value!"},
+      {std::string("[a]\nk = v\0w\n", 12), "[a]!line 2: the line holds a NUL byte!"},
+      {std::string("[a\0]\n", 5), "!line 1: the line holds a NUL byte!"},
+      {"[a]\nk = " + std::string(100000, 'v') + "," + std::string(9, 'w') + "\n",
+       "[a] k:" + std::string(100000, 'v') + ":" + std::string(9, 'w')}};
   const scratch::Directory directory;
   for (const auto& row : rows)
-    EXPECT_EQ(row.seen, walk(directory.write("f", row.text))) << row.label;
+    EXPECT_EQ(row.seen, walk(directory.write("f", row.text))) << row.text;
 }
 
 TEST(Sections, PassedOverTextIsNotChecked) {
@@ -111,16 +105,15 @@ TEST(Environment, LengthUnsetAndTooLong) {
   char text[8] = "#######";
   EXPECT_EQ(5, intlgetenv(text, 6, "COMNLIB_TEST"));
   EXPECT_STREQ("value", text);
-  text[0] = '#';
   EXPECT_EQ(14, intl_errstr(-31, text, 5));
   EXPECT_STREQ("unkn", text) << "cut to fit";
   EXPECT_EQ("unknown status", words(0));
   text[0] = '#';
   EXPECT_EQ("the value is longer than its buffer", words(intlgetenv(text, 5, "COMNLIB_TEST")));
-  variable.set("");
-  EXPECT_EQ(0, intlgetenv(text, 6, "COMNLIB_TEST"));
-  variable.set(nullptr);
-  EXPECT_EQ(0, intlgetenv(text, 6, "COMNLIB_TEST"));
+  for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+    variable.set(none);
+    EXPECT_EQ(0, intlgetenv(text, 6, "COMNLIB_TEST"));
+  }
   EXPECT_EQ('#', text[0]);
 }
 

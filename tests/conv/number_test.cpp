@@ -94,14 +94,9 @@ void check_family(CS_INT srctype, const std::vector<From>& values) {
 TEST(Numbers, AgreeWithWiderArithmeticAndPrintf) {
   check_family(CS_REAL_TYPE, samples<CS_REAL>());
   check_family(CS_FLOAT_TYPE, samples<CS_FLOAT>());
-}
-
-// It is copied, not computed with.
-TEST(Numbers, ASignalingNanStaysOne) {
   Context context;
-  const uint64_t signaling = 0x7FF0000000000001;
-  EXPECT_EQ(bytes_of(signaling),
-            convert(context, CS_FLOAT_TYPE, signaling, format_of(CS_FLOAT_TYPE)).text());
+  const uint64_t nan = 0x7FF0000000000001;  // signals; it is copied, not computed with
+  EXPECT_EQ(bytes_of(nan), convert(context, CS_FLOAT_TYPE, nan, format_of(CS_FLOAT_TYPE)).text());
 }
 
 TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {
@@ -120,24 +115,23 @@ TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {
   }
 }
 
-// They have no precision of their own that a marker could ask for.
+// Numbers have no precision of their own that a marker could ask for; a text has.
 TEST(Numbers, ToNumericJudgesTheFormatFirst) {
   Context context;
-  const struct {
-    CS_INT precision, scale;
-    CS_RETCODE code;
-  } rows[] = {{0, 0, CS_CVT_PRECISION},
-              {78, 0, CS_CVT_PRECISION},
-              {CS_USE_SRCVALUE, 0, CS_CVT_PRECISION},
-              {5, 78, CS_CVT_SCALE},
-              {5, -1, CS_CVT_SCALE}};
-  for (const auto& row : rows) {
-    for (const Encoded& source : {Encoded{format_of(CS_INT_TYPE), bytes_of(7)},
-                                  {format_of(CS_FLOAT_TYPE), bytes_of(0.5)}}) {
-      const Result result = convert(context, source, numeric_format(row.precision, row.scale));
-      EXPECT_EQ(row.code, result.code) << row.precision << ", " << row.scale;
-      EXPECT_EQ(35, result.length);
-      EXPECT_TRUE(result.untouched_from(0)) << row.precision << ", " << row.scale;
+  const CS_DATAFMT wrong[] = {numeric_format(0, 0), numeric_format(78, 0), numeric_format(5, 78),
+                              numeric_format(5, -1), numeric_format(CS_USE_SRCVALUE, 0)};
+  for (const Encoded& source : {Encoded{format_of(CS_INT_TYPE), bytes_of(7)},
+                                {format_of(CS_FLOAT_TYPE), bytes_of(0.5)},
+                                text_as(CS_VARCHAR_TYPE, "1"),
+                                text_as(CS_UNICHAR_TYPE, "1")}) {
+    for (const CS_DATAFMT& to : wrong) {
+      const bool text = source.format.datatype > CS_FLOAT_TYPE;
+      if (text && to.precision == CS_USE_SRCVALUE) continue;
+      const Result result = convert(context, source, to);
+      EXPECT_EQ(to.precision == 5 ? CS_CVT_SCALE : CS_CVT_PRECISION, result.code)
+          << to.precision << ", " << to.scale;
+      EXPECT_EQ(text ? 0 : 35, result.length);
+      EXPECT_TRUE(result.untouched_from(0)) << to.precision << ", " << to.scale;
     }
   }
 }

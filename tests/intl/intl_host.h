@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -16,16 +17,10 @@
 namespace intl_host {
 
 // Sectioned files opened so far, and those open now.
-int files_opened();
-int files_open();
+inline std::atomic<int> files_opened{0}, files_open{0};
 
-// While it lives, every intl_close returns -7, though it closes.
-struct FailingClose {
-  FailingClose();
-  ~FailingClose();
-  FailingClose(const FailingClose&) = delete;
-  FailingClose& operator=(const FailingClose&) = delete;
-};
+// While it is set, every intl_close returns -7, though it closes.
+inline std::atomic<bool> close_fails{false};
 
 // A localization context; its destructor releases everything in the documented order.
 class Context {
@@ -44,7 +39,7 @@ class Context {
     }
     EXPECT_EQ(nullptr, globals.utf8_charset);
     EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(globals.cmg_mtx));
-    EXPECT_EQ(0, files_open());
+    EXPECT_EQ(0, files_open);
   }
   Context(const Context&) = delete;
   Context& operator=(const Context&) = delete;
@@ -73,6 +68,11 @@ inline CS_LOCALE all(CsLocCache* entry) {
 // Sets TALVEN to the shipped home.
 struct ShippedHome : scratch::Variable {
   ShippedHome() : Variable("TALVEN", COMNLIB_HOME) {}
+};
+
+// A context set up in the shipped home.
+struct ShippedContext : ShippedHome, Context {
+  ShippedContext() { EXPECT_EQ(CS_SUCCEED, init()); }
 };
 
 // A copy of the shipped home, to which TALVEN points.

@@ -15,7 +15,6 @@ namespace {
 constexpr const char* kHome = "/h";
 
 struct Builder {
-  const char* label;
   std::string path;
   int spare;  // bytes beyond the path's length that the shortest sufficient buffer has
   std::function<CS_RETCODE(CS_CONTEXT*, CS_CHAR*, CS_INT)> build;
@@ -28,28 +27,23 @@ auto with(auto... pieces) {
 }
 
 const Builder kBuilders[] = {
-    {"anyfile", "/h/abc", 0,
-     [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
-    {"interfaces", "/h/interfaces", 0, com_path_ifile},
-    {"configuration", "/h/config/x.cfg", 0,
+    {"/h/abc", 0, [](auto* c, auto* b, auto n) { return com_path_anyfile(c, b, n, "abcdef", 3); }},
+    {"/h/interfaces", 0, com_path_ifile},
+    {"/h/config/x.cfg", 0,
      [](auto* c, auto* b, auto n) { return com_path_cfgfile(c, "x.cfg", b, n, 0); }},
-    {"locale table", "/h/locales/t", 0, with<com__path_locfile>(nullptr, "ignored", "t")},
-    {"language file", "/h/locales/french/f", 0, with<com__path_locfile>("french", nullptr, "f")},
-    {"charset's file", "/h/locales/us_english/iso_1/f", 0,
-     with<com__path_locfile>("us_english", "iso_1", "f")},
-    {"message file", "/h/locales/message/french/c.loc", 1,
-     with<comn__path_msgfile>("french", 6, "c.locXX", 5)},
-    {"of a leading part", "/h/locales/message/us_english/f", 1,
-     with<comn__path_msgfile>("usXX", 2, "f", 1)},
-    {"of no leading part", "/h/locales/message/us_x/f", 1,
-     with<comn__path_msgfile>("us_x", 4, "f", 1)},
-    {"character set", "/h/charsets/utf8/c.loc", 1,
-     with<com__path_charfile>("utf8", "c.loc", nullptr)},
-    {"extension", "/h/charsets/utf8/x.srt", 0, with<com__path_charfile>("utf8", "x", "srt")},
-    {"no character set", "/h/charsets/x", 1, with<com__path_charfile>(nullptr, "x", nullptr)},
-    {"money", "/h/locales/money/x.mon", 1, with<comn__path_locdata>(4, "x")},
-    {"numeric", "/h/locales/numeric/x.num", 1, with<comn__path_locdata>(5, "x")},
-    {"datetime", "/h/locales/datetime/x.dt", 1, with<comn__path_locdata>(6, "x")},
+    {"/h/locales/t", 0, with<com__path_locfile>(nullptr, "ignored", "t")},
+    {"/h/locales/french/f", 0, with<com__path_locfile>("french", nullptr, "f")},
+    {"/h/locales/us_english/iso_1/f", 0, with<com__path_locfile>("us_english", "iso_1", "f")},
+    {"/h/locales/message/french/c.loc", 1, with<comn__path_msgfile>("french", 6, "c.locXX", 5)},
+    {"/h/locales/message/us_english/f", 1,
+     with<comn__path_msgfile>("usXX", 2, "f", 1)},  // leading part
+    {"/h/locales/message/us_x/f", 1, with<comn__path_msgfile>("us_x", 4, "f", 1)},
+    {"/h/charsets/utf8/c.loc", 1, with<com__path_charfile>("utf8", "c.loc", nullptr)},
+    {"/h/charsets/utf8/x.srt", 0, with<com__path_charfile>("utf8", "x", "srt")},
+    {"/h/charsets/x", 1, with<com__path_charfile>(nullptr, "x", nullptr)},
+    {"/h/locales/money/x.mon", 1, with<comn__path_locdata>(4, "x")},
+    {"/h/locales/numeric/x.num", 1, with<comn__path_locdata>(5, "x")},
+    {"/h/locales/datetime/x.dt", 1, with<comn__path_locdata>(6, "x")},
 };
 
 TEST(Path, FitsToTheByte) {
@@ -61,34 +55,27 @@ TEST(Path, FitsToTheByte) {
       std::string buffer(200, '#');
       const CS_RETCODE result = builder.build(&context, buffer.data(), room);
       EXPECT_EQ(room >= length + builder.spare ? CS_SUCCEED : CS_FAIL, result)
-          << builder.label << " in " << room;
-      EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.label << " in " << room;
+          << builder.path << " in " << room;
+      EXPECT_EQ('#', buffer[static_cast<std::size_t>(room)]) << builder.path << " in " << room;
       if (result != CS_SUCCEED) {
         const std::string held = buffer.substr(0, static_cast<std::size_t>(room)).c_str();
-        EXPECT_TRUE(builder.path.starts_with(held)) << builder.label << ": " << held;
+        EXPECT_TRUE(builder.path.starts_with(held)) << builder.path << ": " << held;
         EXPECT_NE(std::string::npos, std::string("/.").find(builder.path[held.size()]))
-            << builder.label << " holds whole pieces: " << held;
+            << builder.path << " holds whole pieces: " << held;
         continue;
       }
-      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.label;
-      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.label;
+      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.path;
+      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.path;
     }
   }
-  context.ctxintlerr = 0;
-  home.set(nullptr);
-  for (const Builder& builder : kBuilders) {
-    std::string buffer(200, '#');
-    EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 100)) << builder.label;
-  }
-  EXPECT_GT(0, context.ctxintlerr);
-}
-
-TEST(Path, MessageBuilderZeroFills) {
-  const scratch::Variable home("TALVEN", kHome);
-  CS_CONTEXT context{};
   std::string buffer(30, '#');
   EXPECT_EQ(CS_FAIL, comn__path_msgfile(&context, "french", 6, "file", 4, buffer.data(), 30));
-  EXPECT_EQ("/h/locales/message/french" + std::string(5, '\0'), buffer);
+  EXPECT_EQ("/h/locales/message/french" + std::string(5, '\0'), buffer) << "filled with zeros";
+  context.ctxintlerr = 0;
+  home.set(nullptr);
+  for (const Builder& builder : kBuilders)
+    EXPECT_EQ(CS_INTL_LIBERR, builder.build(&context, buffer.data(), 30)) << builder.path;
+  EXPECT_GT(0, context.ctxintlerr);
 }
 
 TEST(Path, NuvIsNeitherCheckedNorCounted) {
@@ -145,7 +132,7 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
   EXPECT_EQ(CS_INTL_NOFILE, com__open_charfile(&context, "x", "z", "srt", &handle, error, 6));
   EXPECT_EQ(path.substr(0, 5), error);
   EXPECT_GT(0, context.ctxintlerr);
-  EXPECT_EQ(0, intl_host::files_open());
+  EXPECT_EQ(0, intl_host::files_open);
   EXPECT_DEATH(com__open_locfile(&context, nullptr, nullptr, "f", &handle, error, 0), "assertion");
   home.set(nullptr);
   EXPECT_EQ(CS_INTL_LIBERR,
@@ -156,10 +143,10 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
 // A path that fills all 1,025 bytes is opened whole.
 TEST(Open, LongestPath) {
   const scratch::Directory directory;
-  const std::string head = directory.path().string() + "/locales/";
+  const std::size_t room = 1025 - (directory.path().string() + "/locales/").size();
   std::string name;
-  while (head.size() + name.size() + 201 < 1025) name += std::string(199, 'd') + "/";
-  name += std::string(1025 - head.size() - name.size(), 'f');
+  while (name.size() + 201 < room) name += std::string(199, 'd') + "/";
+  name.resize(room, 'f');
   directory.write("locales/" + name, "[a]\n");
   const scratch::Variable home("TALVEN", directory.path().c_str());
   CS_CONTEXT context{};
@@ -180,16 +167,17 @@ TEST(Environment, CategoryThenLangThenDefault) {
   for (CS_INT category = 1; category <= 7; ++category) {
     const scratch::Variable variable(names[category - 1], nullptr);
     const scratch::Variable all("LC_ALL", nullptr);
+    const auto expect = [&](const char* expected) {
+      EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
+      EXPECT_STREQ(expected, name) << category;
+    };
     lang.set(nullptr);
-    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
-    EXPECT_STREQ("default", name) << category;
+    expect("default");
     lang.set("of-lang");
-    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
-    EXPECT_STREQ("of-lang", name) << category;
+    expect("of-lang");
     all.set("of-all");
     variable.set("of-category");
-    EXPECT_EQ(CS_SUCCEED, com_intl_envloc(&context, category, name, sizeof name));
-    EXPECT_STREQ("of-category", name) << category;
+    expect("of-category");
   }
   lang.set("longer than the buffer");
   EXPECT_EQ(CS_INTL_LIBERR, com_intl_envloc(&context, 1, name, sizeof name));
