@@ -296,8 +296,10 @@ TEST(MoneyText, FlagsAndRoom) {
   const CS_MONEY4 small{kIntMin};
   CS_CHAR buffer[16];
   EXPECT_STREQ(com_cvtmny4tochar(&small, buffer, sizeof buffer, 4 << 8 | 1), "-214,748.3648");
+  EXPECT_STREQ(com__mny4tochar(&small, buffer, sizeof buffer, 4 << 8), "-214748.3648");
   const CS_MONEY m = wide(-12345);
   EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, 3 << 8, -2562), "-1.23");
+  EXPECT_STREQ(com__mnytochar(&m, buffer, sizeof buffer, 4 << 8), "-1.2345");
 }
 
 TEST(MoneyText, Reads) {
