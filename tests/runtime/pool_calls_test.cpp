@@ -115,6 +115,28 @@ TEST(Locks, EveryCallTakesAndReleases) {
   EXPECT_EQ(0, lock.depth);
 }
 
+// A source that asks the pool while it gives back chunks of a pool that is removed does not wait
+// for the lock that the removal holds.
+TEST(Locks, AreNotTakenDuringRemoval) {
+  Host host;
+  MmHandle* const pool = Pool(host).release();
+  static int taken;
+  taken = 0;
+  const MM_LOCK_FUNC take = [](MmHandle*, CS_VOID*) { return ++taken, CS_RETCODE{CS_SUCCEED}; };
+  const MM_LOCK_FUNC release = [](MmHandle*, CS_VOID*) { return CS_RETCODE{CS_SUCCEED}; };
+  const MM_UNSBREAK_FUNC less = [](MmHandle* handle, CS_VOID* context, CS_VOID* chunk) {
+    get(handle, MM_PROP_CTLSIZE);
+    EXPECT_EQ(1, taken) << "by the drop alone";
+    static_cast<Host*>(context)->ctxfree(static_cast<Host*>(context), chunk);
+  };
+  allocate(pool, 5);
+  put(pool, MM_PROP_UNSBREAK, reinterpret_cast<void*>(less));
+  put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(release));
+  put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(take));
+  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
+  EXPECT_EQ(1, taken);
+}
+
 TEST(Locks, MutexOfTheContextsThreadTable) {
   CS_THREAD table = *comn_thread_table();
   Host host;
