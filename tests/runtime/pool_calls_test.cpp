@@ -125,7 +125,7 @@ TEST(Locks, AreNotTakenDuringRemoval) {
   const MM_LOCK_FUNC take = [](MmHandle*, CS_VOID*) { return ++taken, CS_RETCODE{CS_SUCCEED}; };
   const MM_LOCK_FUNC release = [](MmHandle*, CS_VOID*) { return CS_RETCODE{CS_SUCCEED}; };
   const MM_UNSBREAK_FUNC less = [](MmHandle* handle, CS_VOID* context, CS_VOID* chunk) {
-    get(handle, MM_PROP_CTLSIZE);
+    get(handle, MM_PROP_CHUNKSIZE);
     EXPECT_EQ(1, taken) << "by the drop alone";
     static_cast<Host*>(context)->ctxfree(static_cast<Host*>(context), chunk);
   };
