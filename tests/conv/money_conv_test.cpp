@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "comnlib/money.h"
+#include "comnlib/numeric.h"
 #include "conversion.h"
 
 namespace {
@@ -68,7 +69,7 @@ TEST(MoneyConversion, ToLongOutsideTheMatrix) {
   check(comn_numtoi8, CS_NUMERIC_TYPE, numeric, CS_CVT_OVERFLOW, INT64_MIN);
 }
 
-TEST(MoneyConversion, ToNumericRescales) {
+TEST(MoneyConversion, ToNumericByTheFormat) {
   Context context;
   constexpr CS_INT kOwn = CS_USE_SRCVALUE;
   const struct {
@@ -78,9 +79,6 @@ TEST(MoneyConversion, ToNumericRescales) {
     CS_RETCODE code;
     std::string bytes;
   } rows[] = {
-      {"digits dropped", 12345, 3, 2, CS_CVT_TRUNCATED, "\3\2\0\0\x7B"s},
-      {"too many digits", 1000, 2, 4, CS_CVT_OVERFLOW, "\2\4\0\0"s},
-      {"bytes before the scale", 10000, 2, 0, CS_CVT_OVERFLOW, "\2\0\0\0"s},
       {"marker", 1, kOwn, kOwn, CS_SUCCEED, "\x13\4\0\0\0\0\0\0\0\0\1"s},
       {"wide precision", 1, 266, 0, CS_CVT_PRECISION, ""},
   };
@@ -90,6 +88,51 @@ TEST(MoneyConversion, ToNumericRescales) {
     EXPECT_EQ(row.code, result.code) << row.label;
     EXPECT_EQ(row.bytes, result.text()) << row.label;
     EXPECT_TRUE(result.untouched_from(row.bytes.size())) << row.label;
+  }
+}
+
+// The bytes of a numeric whose magnitude is a decimal text.
+std::string numeric_bytes(CS_INT precision, CS_INT scale, bool negative,
+                          const std::string& magnitude) {
+  std::string bytes(static_cast<std::size_t>(comn_num_getlen(precision)), '\0');
+  for (const char digit : magnitude) {
+    int carry = digit - '0';
+    for (std::size_t at = bytes.size(); at-- > 1; carry >>= 8) {
+      carry += static_cast<unsigned char>(bytes[at]) * 10;
+      bytes[at] = static_cast<char>(carry);
+    }
+  }
+  bytes[0] = negative ? 1 : 0;
+  return std::string{static_cast<char>(precision), static_cast<char>(scale)} + bytes;
+}
+
+// Every precision and scale, against the digits of the amount as text.
+TEST(MoneyConversion, ToNumericWheneverTheResultFits) {
+  Context context;
+  for (const std::int64_t amount :
+       {std::int64_t{0}, std::int64_t{1}, std::int64_t{-99}, std::int64_t{100}, std::int64_t{50000},
+        std::int64_t{123400}, std::int64_t{-70000}, std::int64_t{16777216},
+        std::int64_t{-1234560000}, INT64_MAX, INT64_MIN}) {
+    std::string digits = std::to_string(amount);
+    const bool negative = amount < 0;
+    digits.erase(0, negative ? 1 : 0);
+    for (CS_INT scale = 0; scale <= CS_MAX_SCALE; ++scale) {
+      const auto kept = static_cast<std::size_t>(
+          std::max(static_cast<CS_INT>(digits.size()) - std::max(4 - scale, 0), 0));
+      const bool cut = digits.find_first_not_of('0', kept) != std::string::npos;
+      std::string magnitude = digits.substr(0, kept);
+      if (amount != 0) magnitude.append(static_cast<std::size_t>(std::max(scale - 4, 0)), '0');
+      if (amount == 0) magnitude.clear();
+      for (CS_INT precision = 1; precision <= CS_MAX_PREC; ++precision) {
+        SCOPED_TRACE(std::to_string(amount) + " at " + std::to_string(precision) + "," +
+                     std::to_string(scale));
+        const bool fits = magnitude.size() <= static_cast<std::size_t>(precision);
+        const Result result = from_money(context, amount, numeric_format(precision, scale));
+        EXPECT_EQ(!fits ? CS_CVT_OVERFLOW : cut ? CS_CVT_TRUNCATED : CS_SUCCEED, result.code);
+        EXPECT_EQ(numeric_bytes(precision, scale, fits && negative, fits ? magnitude : ""),
+                  result.text());
+      }
+    }
   }
 }
 

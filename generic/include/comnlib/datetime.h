@@ -74,9 +74,10 @@ COMN_API CS_RETCODE com_datecrack(const CS_DATETIME* dt, CS_DATEREC* rec);
 COMN_API CS_RETCODE com_timecrack(const CS_DATETIME* dt, CS_DATEREC* rec);
 
 /**
- * The part `part` (COM_PART_) of a datetime. `firstday` is read for COM_PART_WEEKDAY alone: 0
- * numbers the days from Sunday (1) on, 1 from Monday, and so on to 6. A code outside
- * COM_PART_YEAR..COM_PART_ISOWEEKDAY stops the process.
+ * The part `part` (COM_PART_) of a datetime. Only COM_PART_WEEKDAY reads `firstday`, the day of the
+ * week that is numbered 1: 0 for Sunday, 1 for Monday, and so on to 6. It is not checked, and any
+ * other number gives weekdays outside 1..7. A code outside COM_PART_YEAR..COM_PART_ISOWEEKDAY stops
+ * the process.
  */
 COMN_API CS_INT com_datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday);
 
@@ -113,9 +114,11 @@ COMN_API CS_RETCODE com_setdatetime(CS_DATETIME* dt, CS_INT days, CS_INT ticks);
  * Calling rules in convert.h; lengths 8 and 4.
  *
  * To the same size the record is copied as it is. comn_date4todate multiplies. comn_datetodate4
- * rounds to the nearest minute, 30 seconds up, into the next day where need be; days outside the
- * small form's range, before or after rounding, and times that are none give CS_CVT_OVERFLOW with
- * nothing written and length 0. */
+ * rounds to the nearest minute, 30 seconds up, and carries into the next day if necessary. Ticks
+ * outside 0..COM_DTTIME_MAX are not refused as such: those of the next day are carried too, and
+ * those less than a minute and a half before midnight count as midnight. A day outside the small
+ * form's range, before or after rounding, and ticks further out give CS_CVT_OVERFLOW with nothing
+ * written and length 0. */
 /**@{*/
 /** Between the sizes. */
 COMN_CONVERSION(comn_datetodate);
@@ -125,14 +128,16 @@ COMN_CONVERSION(comn_date4todate4);
 /**@}*/
 
 /** @name Datetimes to text
- * Calling rules in convert.h. Style, names, order of month, day and year, and the AM/PM texts are
- * those of the date information that the destination format's locale, or else the context's, has
- * loaded; without any they are US English in the default style. A small datetime is formatted as
- * the datetime of equal value. docs/datetime.md shows every form. Text that does not fit becomes
- * "*" by the rule of the number conversions, with CS_CVT_OVERFLOW; other results are those of
- * padding. CS_CVT_STYLE when the style is none of COM_DATESTYLE_, or a name it needs is empty or
- * too long; CS_CVT_DOMAIN when the value is no date and time that exists: nothing is
- * written then and the length is 0 (for a varchar the length is 258 and `len` is 0). */
+ * Calling rules in convert.h. Style, names, order of month, day and year, and the AM/PM texts come
+ * from destfmt->locale, else from the context's locale (category COM_LC_TIME). Without either, or
+ * where locales.dat names the conventions (locdateinfo is null then), they are US English in the
+ * default style. A small datetime is formatted as the datetime of equal value. docs/datetime.md
+ * shows every form. Text that does not fit becomes "*" by the rule of the number conversions, with
+ * CS_CVT_OVERFLOW; other results are those of padding. CS_CVT_STYLE when the style is not one of
+ * COM_DATESTYLE_, or a name it needs is empty or too long (a locale without an AM or PM text cannot
+ * write such times in the default and long styles); CS_CVT_DOMAIN when the value is not a valid
+ * datetime. In both cases nothing is written and the length is 0 (for a varchar the length is 258
+ * and `len` is 0). */
 /**@{*/
 /** From a datetime to text. */
 COMN_CONVERSION(comn_datetochar);
@@ -142,10 +147,10 @@ COMN_CONVERSION(comn_date4tovarchar);
 /**@}*/
 
 /**
- * The style in which the same call of the text routine for srcfmt's datatype (either size) into
- * destfmt (character, varchar or Unicode character) would format. It is stored as a CS_INT at
- * `dest` whatever destfmt->maxlength says; the length is 4. Only the locales are looked at.
- * CS_SUCCEED, or CS_CVT_STYLE when the number stored is none of COM_DATESTYLE_.
+ * Stores the style (COM_DATESTYLE_) that converting a srcfmt value (either size) to destfmt
+ * (character, varchar or Unicode character) would use, as a CS_INT at `dest` whatever
+ * destfmt->maxlength says; the length is 4. The value itself is not read. CS_SUCCEED, or
+ * CS_CVT_STYLE when the number stored is not one of COM_DATESTYLE_.
  */
 COMN_CONVERSION(comn_get_datetochar_fmt);
 

@@ -126,37 +126,33 @@ COMN_API CS_CHAR* com_precmnytochar(const CS_MONEY* m, CS_CHAR* buf, CS_INT bufl
                                     CS_INT decimals);
 /**@}*/
 
-/**
- * An older name: does what the routine with the prefix comn_ does, but returns a status instead of
- * a result code: 0 success, 1 overflow, 3 division by zero. Comparison, com_mnydown, com_mnyinit
- * and com_mnyndigit return what theirs return.
- */
+/** Older names: each does what the routine with the prefix comn_ does and returns the same. */
 /**@{*/
-COMN_API CS_INT com_mnycopy(const CS_MONEY* src, CS_MONEY* dst);
-COMN_API CS_INT com_mnyzero(CS_MONEY* m);
-COMN_API CS_INT com_mnymaxpos(CS_MONEY* m);
-COMN_API CS_INT com_mnymaxneg(CS_MONEY* m);
+COMN_API CS_RETCODE com_mnycopy(const CS_MONEY* src, CS_MONEY* dst);
+COMN_API CS_RETCODE com_mnyzero(CS_MONEY* m);
+COMN_API CS_RETCODE com_mnymaxpos(CS_MONEY* m);
+COMN_API CS_RETCODE com_mnymaxneg(CS_MONEY* m);
 COMN_API CS_INT com_mnycmp(const CS_MONEY* a, const CS_MONEY* b);
-COMN_API CS_INT com_mnyminus(const CS_MONEY* src, CS_MONEY* dst);
-COMN_API CS_INT com_mnyinc(CS_MONEY* m);
-COMN_API CS_INT com_mnydec(CS_MONEY* m);
-COMN_API CS_INT com_mnyadd(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
-COMN_API CS_INT com_mnysub(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
-COMN_API CS_INT com_mnymul(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
-COMN_API CS_INT com_mnydivide(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
-COMN_API CS_INT com_mnyxdiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
+COMN_API CS_RETCODE com_mnyminus(const CS_MONEY* src, CS_MONEY* dst);
+COMN_API CS_RETCODE com_mnyinc(CS_MONEY* m);
+COMN_API CS_RETCODE com_mnydec(CS_MONEY* m);
+COMN_API CS_RETCODE com_mnyadd(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
+COMN_API CS_RETCODE com_mnysub(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
+COMN_API CS_RETCODE com_mnymul(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
+COMN_API CS_RETCODE com_mnydivide(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
+COMN_API CS_RETCODE com_mnyxdiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r);
 COMN_API CS_INT com_mnydown(CS_MONEY* m, CS_INT divisor);
-COMN_API CS_INT com_mnyscale(CS_MONEY* m, CS_INT multiplier, CS_INT addend);
+COMN_API CS_RETCODE com_mnyscale(CS_MONEY* m, CS_INT multiplier, CS_INT addend);
 COMN_API CS_INT com_mnyinit(CS_MONEY* m, CS_INT ndigits);
 COMN_API CS_INT com_mnyndigit(CS_MONEY* m, CS_CHAR* digit);
-COMN_API CS_INT com_mny4copy(const CS_MONEY4* src, CS_MONEY4* dst);
-COMN_API CS_INT com_mny4zero(CS_MONEY4* m);
+COMN_API CS_RETCODE com_mny4copy(const CS_MONEY4* src, CS_MONEY4* dst);
+COMN_API CS_RETCODE com_mny4zero(CS_MONEY4* m);
 COMN_API CS_INT com_mny4cmp(const CS_MONEY4* a, const CS_MONEY4* b);
-COMN_API CS_INT com_mny4minus(const CS_MONEY4* src, CS_MONEY4* dst);
-COMN_API CS_INT com_mny4add(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
-COMN_API CS_INT com_mny4sub(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
-COMN_API CS_INT com_mny4mul(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
-COMN_API CS_INT com_mny4divide(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
+COMN_API CS_RETCODE com_mny4minus(const CS_MONEY4* src, CS_MONEY4* dst);
+COMN_API CS_RETCODE com_mny4add(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
+COMN_API CS_RETCODE com_mny4sub(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
+COMN_API CS_RETCODE com_mny4mul(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
+COMN_API CS_RETCODE com_mny4divide(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r);
 /**@}*/
 
 #ifdef __cplusplus

@@ -1,4 +1,4 @@
-// Decimal digits in pairs, which text of numbers is written by.
+// The strings "00" to "99", for writing numbers two digits at a time.
 #pragma once
 
 #include <array>
@@ -6,7 +6,6 @@
 
 namespace comnlib {
 
-// "00" to "99".
 inline constexpr auto kDigitPairs = [] {
   std::array<char, 200> pairs{};
   for (std::size_t n = 0; n < 100; ++n) {

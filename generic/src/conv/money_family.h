@@ -53,20 +53,14 @@ struct MoneyToBit : FixedTarget<CS_BIT_TYPE, sizeof(CS_BIT)> {
   }
 };
 
-// By way of a numeric of precision 19 and scale 4: what does not fit the destination's bytes at
-// that scale is an overflow, whatever the destination's scale.
+// Markers take the precision and scale that hold every money value.
 struct MoneyToNumeric : NumericToNumeric {
   static CS_RETCODE convert(const auto& value, const Conversion& call) {
+    constexpr CS_INT kPrecisionOfMoney = 19;
     const CS_MONEY wide = money::record(money::units(value));
-    std::array<CS_BYTE, kLengthOfMoney> bytes;
-    constant record{kLengthOfMoney, kPrecisionOfMoney, money::kDecimals, bytes.data()};
-    require(com__mny8toexctnume(&wide, &record) == kExactOk);
-    return NumericToNumeric::convert(record, call);
+    return place_numeric(kPrecisionOfMoney, money::kDecimals, call,
+                         [&](constant& record) { return com__mny8toexctnume(&wide, &record); });
   }
-
- private:
-  static constexpr CS_INT kLengthOfMoney = 9;
-  static constexpr CS_BYTE kPrecisionOfMoney = 19;
 };
 
 // A value as text, with as many decimals as the destination's precision asks for. Without grouping

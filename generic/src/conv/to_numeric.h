@@ -34,26 +34,33 @@ struct ToNumeric {
   }
 };
 
-// Of a working record: precision and scale are brought to what the format asks for, a marker taking
-// the record's own. The bytes of the format's precision are written and counted.
+// Of an exact value: a marker in the format takes the source's precision or scale. The bytes of the
+// format's precision are written and counted. `fill` stores the value in a record of that size.
+template <class Fill>
+CS_RETCODE place_numeric(CS_INT source_precision, CS_INT source_scale, const Conversion& call,
+                         Fill fill) {
+  const CS_DATAFMT& format = *call.destfmt;
+  const CS_INT precision =
+      format.precision == CS_USE_SRCVALUE ? source_precision : format.precision;
+  const CS_INT scale = format.scale == CS_USE_SRCVALUE ? source_scale : format.scale;
+  if (!is_precision(precision)) return CS_CVT_PRECISION;
+  if (!is_scale(scale)) return CS_CVT_SCALE;
+  auto* numeric = static_cast<CS_NUMERIC*>(call.dest);
+  numeric->precision = static_cast<CS_BYTE>(precision);
+  numeric->scale = static_cast<CS_BYTE>(scale);
+  constant record = record_of(*numeric);
+  *call.destlen = static_cast<CS_INT>(offsetof(CS_NUMERIC, array)) + record.len;
+  const CS_INT status = fill(record);
+  return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
+}
+
 struct NumericToNumeric {
   static constexpr CS_INT kLength = 0;
   static constexpr bool serves(CS_INT datatype) { return is_numeric(datatype); }
 
   static CS_RETCODE convert(const constant& value, const Conversion& call) {
-    const CS_DATAFMT& format = *call.destfmt;
-    const CS_INT precision =
-        format.precision == CS_USE_SRCVALUE ? CS_INT{value.prec} : format.precision;
-    const CS_INT scale = format.scale == CS_USE_SRCVALUE ? CS_INT{value.scale} : format.scale;
-    if (!is_precision(precision)) return CS_CVT_PRECISION;
-    if (!is_scale(scale)) return CS_CVT_SCALE;
-    auto* numeric = static_cast<CS_NUMERIC*>(call.dest);
-    numeric->precision = static_cast<CS_BYTE>(precision);
-    numeric->scale = static_cast<CS_BYTE>(scale);
-    constant record = record_of(*numeric);
-    *call.destlen = static_cast<CS_INT>(offsetof(CS_NUMERIC, array)) + record.len;
-    const CS_INT status = rescale(value, record);
-    return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
+    return place_numeric(value.prec, value.scale, call,
+                         [&](constant& record) { return rescale(value, record); });
   }
 };
 

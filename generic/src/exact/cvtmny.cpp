@@ -126,8 +126,7 @@ class Bytes : public Characters {
   void advance() { ++at_; }
 };
 
-// Of other sets, whole characters alone: the class of one that the end of the text cuts is that of
-// no character.
+// Multibyte sets. A character cut off by the end of the text is neither space nor currency sign.
 class WholeCharacters : public Characters {
  public:
   WholeCharacters(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)

@@ -1,4 +1,4 @@
-// Text of money values: what stands behind every routine that formats or reads one.
+// Text of money values: formatting and parsing shared by all money routines.
 #pragma once
 
 #include <string_view>

@@ -20,7 +20,7 @@ using Limbs = std::span<const Limb>;
 
 class Magnitude {
  public:
-  // Holds the product of the two longest records, and one limb more.
+  // The product of the two longest records takes 66 limbs; nothing here is longer.
   static constexpr std::size_t kCapacity = 68;
 
   Magnitude() : size_(0) {}

@@ -1,5 +1,6 @@
-// The one way from a public money routine to the internal one: every pointer argument is checked,
-// then the call is made.
+// Public money routines, current and older names alike: each checks its pointers, calls the
+// internal routine, and turns its status into a result code. The macros define one routine each, so
+// that a stop or a trace names its line.
 #pragma once
 
 #include "diag/diag.h"
@@ -12,7 +13,7 @@ inline void check_argument(const void* pointer, Place place) {
 }
 inline void check_argument(CS_INT /*number*/, Place /*place*/) {}
 
-// What the internal routine returns: a status, or an answer of its own.
+// What the internal routine returns, for those whose return value is an answer and not a status.
 template <auto internal, class... Arguments>
 CS_INT call(Place place, Arguments... arguments) {
   (check_argument(arguments, place), ...);
@@ -26,3 +27,22 @@ CS_RETCODE call_for_code(Place place, Arguments... arguments) {
 }
 
 }  // namespace comnlib::money
+
+// Any arguments; the result is a result code, or the internal routine's answer.
+#define MONEY_ROUTINE(name, internal, parameters, ...)                             \
+  CS_RETCODE name parameters {                                                     \
+    return comnlib::money::call_for_code<internal>(Place::current(), __VA_ARGS__); \
+  }
+#define MONEY_QUESTION(name, internal, parameters, ...)                   \
+  CS_INT name parameters {                                                \
+    return comnlib::money::call<internal>(Place::current(), __VA_ARGS__); \
+  }
+
+// By what the operation takes.
+#define MONEY_IN_PLACE(name, internal, Record) MONEY_ROUTINE(name, internal, (Record * m), m)
+#define MONEY_COPY(name, internal, Record) \
+  MONEY_ROUTINE(name, internal, (const Record* src, Record* dst), src, dst)
+#define MONEY_COMPUTE(name, internal, Record) \
+  MONEY_ROUTINE(name, internal, (const Record* a, const Record* b, Record* r), a, b, r)
+#define MONEY_COMPARE(name, internal, Record) \
+  MONEY_QUESTION(name, internal, (const Record* a, const Record* b), a, b)

@@ -1,4 +1,4 @@
-// The public operations on money: thin routines around mnycnvt.
+// The public operations on money.
 #include "comnlib/money.h"
 #include "exact/mnycall.h"
 #include "exact/mnycnvt.h"
@@ -9,8 +9,8 @@ using namespace comnlib::money;
 
 namespace {
 
-// Addition and subtraction stand here themselves: a call would take longer than they do.
-CS_RETCODE put(std::optional<Units> value, CS_MONEY* r, Place place = Place::current()) {
+// Addition and subtraction are done here: a call would take longer than they do.
+CS_RETCODE store_sum(std::optional<Units> value, CS_MONEY* r, Place place = Place::current()) {
   if (!value) [[unlikely]] {
     *r = record(0);
     return trace(CS_CVT_OVERFLOW, place);
@@ -21,76 +21,37 @@ CS_RETCODE put(std::optional<Units> value, CS_MONEY* r, Place place = Place::cur
 
 }  // namespace
 
-CS_RETCODE comn_mnycopy(const CS_MONEY* src, CS_MONEY* dst) {
-  return call_for_code<com__mnycopy>(Place::current(), src, dst);
-}
-
-CS_RETCODE comn_mnyzero(CS_MONEY* m) {
-  return call_for_code<com__mnyzero>(Place::current(), m);
-}
-
-CS_RETCODE comn_mnymaxpos(CS_MONEY* m) {
-  return call_for_code<com__maxposmny>(Place::current(), m);
-}
-
-CS_RETCODE comn_mnymaxneg(CS_MONEY* m) {
-  return call_for_code<com__maxnegmny>(Place::current(), m);
-}
-
-CS_INT comn_mnycmp(const CS_MONEY* a, const CS_MONEY* b) {
-  return call<com__mnycmp>(Place::current(), a, b);
-}
-
-CS_RETCODE comn_mnyminus(const CS_MONEY* src, CS_MONEY* dst) {
-  return call_for_code<com__mnyminus>(Place::current(), src, dst);
-}
-
-CS_RETCODE comn_mnyinc(CS_MONEY* m) {
-  return call_for_code<com__mnyinc>(Place::current(), m);
-}
-
-CS_RETCODE comn_mnydec(CS_MONEY* m) {
-  return call_for_code<com__mnydec>(Place::current(), m);
-}
+// clang-format off
+MONEY_COPY(comn_mnycopy, com__mnycopy, CS_MONEY)
+MONEY_IN_PLACE(comn_mnyzero, com__mnyzero, CS_MONEY)
+MONEY_IN_PLACE(comn_mnymaxpos, com__maxposmny, CS_MONEY)
+MONEY_IN_PLACE(comn_mnymaxneg, com__maxnegmny, CS_MONEY)
+MONEY_COMPARE(comn_mnycmp, com__mnycmp, CS_MONEY)
+MONEY_COPY(comn_mnyminus, com__mnyminus, CS_MONEY)
+MONEY_IN_PLACE(comn_mnyinc, com__mnyinc, CS_MONEY)
+MONEY_IN_PLACE(comn_mnydec, com__mnydec, CS_MONEY)
+// clang-format on
 
 CS_RETCODE comn_mnyadd(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
   check_pointer(a);
   check_pointer(b);
   check_pointer(r);
-  return put(sum(units(*a), units(*b)), r);
+  return store_sum(sum(units(*a), units(*b)), r);
 }
 
 CS_RETCODE comn_mnysub(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
   check_pointer(a);
   check_pointer(b);
   check_pointer(r);
-  return put(difference(units(*a), units(*b)), r);
+  return store_sum(difference(units(*a), units(*b)), r);
 }
 
-CS_RETCODE comn_mnymul(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return call_for_code<com__mnymul>(Place::current(), a, b, r);
-}
-
-CS_RETCODE comn_mnydivide(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return call_for_code<com__mnydiv>(Place::current(), a, b, r);
-}
-
-CS_RETCODE comn_mnyxdiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return call_for_code<comn__mny16div>(Place::current(), a, b, r);
-}
-
-CS_INT comn_mnydown(CS_MONEY* m, CS_INT divisor) {
-  return call<com__mnydown>(Place::current(), m, divisor);
-}
-
-CS_RETCODE comn_mnyscale(CS_MONEY* m, CS_INT multiplier, CS_INT addend) {
-  return call_for_code<com__mnyscale>(Place::current(), m, multiplier, addend);
-}
-
-CS_INT comn_mnyinit(CS_MONEY* m, CS_INT ndigits) {
-  return call<com__mnyinit>(Place::current(), m, ndigits);
-}
-
-CS_INT comn_mnyndigit(CS_MONEY* m, CS_CHAR* digit) {
-  return call<com__mnyndigit>(Place::current(), m, digit);
-}
+// clang-format off
+MONEY_COMPUTE(comn_mnymul, com__mnymul, CS_MONEY)
+MONEY_COMPUTE(comn_mnydivide, com__mnydiv, CS_MONEY)
+MONEY_COMPUTE(comn_mnyxdiv, comn__mny16div, CS_MONEY)
+MONEY_QUESTION(comn_mnydown, com__mnydown, (CS_MONEY* m, CS_INT divisor), m, divisor)
+MONEY_ROUTINE(comn_mnyscale, com__mnyscale, (CS_MONEY* m, CS_INT multiplier, CS_INT addend), m, multiplier, addend)
+MONEY_QUESTION(comn_mnyinit, com__mnyinit, (CS_MONEY* m, CS_INT ndigits), m, ndigits)
+MONEY_QUESTION(comn_mnyndigit, com__mnyndigit, (CS_MONEY* m, CS_CHAR* digit), m, digit)
+// clang-format on

@@ -1,5 +1,6 @@
-// Money as one native number: records are packed and unpacked here alone, and everything else
-// computes on counts of ten-thousandths. Nothing here knows pointers, contexts or result codes.
+// Money as one native number, a count of ten-thousandths: the records, the four operations and
+// rounding. Only units() and record() know how a CS_MONEY holds its value. Nothing here knows
+// contexts or result codes.
 #pragma once
 
 #include <bit>

@@ -8,11 +8,11 @@
 #include <optional>
 
 #include "exact/kernel.h"
+#include "exact/mnymath.h"
 
 namespace comnlib {
 namespace {
 
-constexpr int kMoneyScale = 4;
 constexpr std::size_t kChunkDigits = 9;
 constexpr Limb kChunk = 1'000'000'000;
 
@@ -25,11 +25,11 @@ CS_INT place(Number& number, int from_scale, constant& dest) {
   return status;
 }
 
-CS_INT place_integer(std::int64_t value, int scale, constant& dest) {
+CS_INT place_integer(std::int64_t value, constant& dest) {
   Number number;
   number.negative = value < 0;
   number.magnitude.assign(number.negative ? -static_cast<Wide>(value) : static_cast<Wide>(value));
-  return place(number, scale, dest);
+  return place(number, 0, dest);
 }
 
 // --- to text
@@ -368,11 +368,11 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
 using namespace comnlib;
 
 CS_INT com__longtoexctnume(CS_INT value, constant* dest) {
-  return place_integer(value, 0, *dest);
+  return place_integer(value, *dest);
 }
 
 CS_INT com__longlongtoexctnume(std::int64_t value, constant* dest) {
-  return place_integer(value, 0, *dest);
+  return place_integer(value, *dest);
 }
 
 CS_INT com__doubletoexctnume(CS_FLOAT value, constant* dest) {
@@ -400,21 +400,23 @@ CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest) {
 CS_INT com__exctnumetomny8(const constant* src, CS_MONEY* dest) {
   Number number;
   read(*src, number);
-  if (src->scale <= kMoneyScale) {
-    scale_up(number.magnitude, kMoneyScale - src->scale);
+  if (src->scale <= money::kDecimals) {
+    scale_up(number.magnitude, money::kDecimals - src->scale);
   } else {
-    static_cast<void>(scale_down(number.magnitude, src->scale - kMoneyScale));
+    static_cast<void>(scale_down(number.magnitude, src->scale - money::kDecimals));
   }
   std::int64_t units = 0;
   if (!as_signed(number, units)) return kExactOverflow;
-  dest->mnyhigh = static_cast<CS_INT>(units >> 32);
-  dest->mnylow = static_cast<CS_UINT>(units);
+  *dest = money::record(units);
   return kExactOk;
 }
 
 CS_INT com__mny8toexctnume(const CS_MONEY* src, constant* dest) {
-  const Wide units = Wide{static_cast<CS_UINT>(src->mnyhigh)} << 32 | src->mnylow;
-  return place_integer(static_cast<std::int64_t>(units), kMoneyScale, *dest);
+  const money::Units units = money::units(*src);
+  Number number;
+  number.negative = units < 0;
+  number.magnitude.assign(money::absolute(units));
+  return finish(number, dest->scale - money::kDecimals, *dest);
 }
 
 CS_INT com__subexctnumetochar(const constant* src, CS_CHAR* buf, CS_INT buflen, CS_INT* outlen) {

@@ -27,8 +27,8 @@ CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest);
 // *dest left alone.
 CS_INT com__exctnumetomny8(const constant* src, CS_MONEY* dest);
 
-// From ten-thousandths; rescaled as numerics are: dropped nonzero digits give truncation with the
-// cut value stored.
+// From ten-thousandths. Overflow when the value at the destination's scale exceeds its precision or
+// length; dropped nonzero digits otherwise give truncation with the cut value stored.
 CS_INT com__mny8toexctnume(const CS_MONEY* src, constant* dest);
 
 // "-" for a set sign byte, at least one integer digit, and for a scale above 0 a "." and exactly

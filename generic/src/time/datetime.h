@@ -38,8 +38,8 @@ enum DateStatus : CS_INT {
   kBadMillisecond = 7,
 };
 
-// Of the years that 25 divides only every 16th is, of the others every 4th. No branch: leap years
-// come too irregularly to be predicted.
+// A year divisible by 25 is a leap year only if 16 divides it too; any other year if 4 does.
+// Branch-free, since the outcome is too irregular to be predicted.
 constexpr bool is_leap(CS_UINT year) {
   return (year & (year % 25 == 0 ? 15U : 3U)) == 0;
 }
