@@ -1,5 +1,6 @@
 // Text and binary data to every type: each literal as character, varchar and UTF-16 text. Character
 // sets that differ are tested with the localization home.
+#include <cmath>
 #include <limits>
 
 #include "comnlib/locale.h"
@@ -43,6 +44,7 @@ Literal binary(const char* text, CS_RETCODE code, const std::string& bytes) {
 
 TEST(Literals, ValuesRangesAndSyntax) {
   constexpr double kMax = std::numeric_limits<double>::max();
+  constexpr double kSmallest = std::numeric_limits<double>::min();
   constexpr CS_INT kOwn = CS_USE_SRCVALUE;
   std::vector<Literal> rows{
       number(" 255 ", CS_TINYINT_TYPE, CS_SUCCEED, CS_TINYINT{255}),
@@ -56,7 +58,11 @@ TEST(Literals, ValuesRangesAndSyntax) {
       floating("0.1", CS_SUCCEED, 0.1),
       floating("+.25", CS_SUCCEED, 0.25),
       floating("5.", CS_SUCCEED, 5),
-      floating("4.9406564584124654e-324", CS_SUCCEED, 4.9406564584124654e-324),
+      floating("2.2250738585072014e-308", CS_SUCCEED, kSmallest),
+      // Below that number, though its nearest double.
+      floating("2.2250738585072012e-308", CS_CVT_UNDERFLOW, kSmallest),
+      floating("-1.5e-310", CS_CVT_UNDERFLOW, -1.5e-310),
+      floating("4.9e-324", CS_CVT_UNDERFLOW, std::numeric_limits<double>::denorm_min()),
       floating("1e309", CS_CVT_OVERFLOW, kMax),
       floating("0.01e+400", CS_CVT_OVERFLOW, kMax),
       floating("-1e99999999999999999999", CS_CVT_OVERFLOW, -kMax),
@@ -64,7 +70,8 @@ TEST(Literals, ValuesRangesAndSyntax) {
       floating("-0.00000001e-320", CS_CVT_UNDERFLOW, -0.0),
       floating("1000000000000e-99999999999999999999", CS_CVT_UNDERFLOW, 0),
       number("-1e39", CS_REAL_TYPE, CS_CVT_OVERFLOW, -std::numeric_limits<float>::max()),
-      number("1e-400", CS_REAL_TYPE, CS_CVT_UNDERFLOW, 0.0F),
+      number("-1e-310", CS_REAL_TYPE, CS_CVT_UNDERFLOW, -0.0F),
+      number("1e-40", CS_REAL_TYPE, CS_SUCCEED, 1e-40F),
       numeric("12.34", 4, 2, CS_SUCCEED, "\4\2\0\4\xD2"s),
       numeric("12.345", 5, 2, CS_CVT_TRUNCATED, "\5\2\0\0\4\xD2"s),
       numeric("12.340", 5, 2, CS_SUCCEED, "\5\2\0\0\4\xD2"s),
@@ -122,13 +129,46 @@ TEST(Literals, NulsAndLength) {
     EXPECT_EQ(42, convert(context, wide, format_of(CS_FLOAT_TYPE)).as<double>());
   }
   for (const CS_INT type : {CS_CHAR_TYPE, CS_UNICHAR_TYPE}) {
-    std::string digits(1024, '0');
-    EXPECT_EQ(CS_SUCCEED, convert(context, text_as(type, digits + ' '), format_of(10)).code);
-    EXPECT_EQ(CS_CVT_SYNTAX, convert(context, text_as(type, digits + '0'), format_of(10)).code)
-        << "a character too many";
+    const CS_DATAFMT to = numeric_format(2, 0);
+    const std::string digits(1024, '0');
+    EXPECT_EQ(CS_SUCCEED, convert(context, text_as(type, digits + ' '), to).code);
+    EXPECT_EQ(CS_CVT_SYNTAX, convert(context, text_as(type, digits + '0'), to).code)
+        << "a digit too many for a numeric";
   }
-  std::string tiny = "0." + std::string(400, '0') + "1e10";
-  EXPECT_EQ(CS_CVT_UNDERFLOW, from_char(context, tiny, format_of(CS_FLOAT_TYPE)).code);
+}
+
+// A float's literal has any length, and every digit of it counts.
+TEST(Literals, LongFloats) {
+  Context context;
+  const std::string zeros(3000, '0');
+  // Halfway between 1 and the next double, and so rounded to 1 unless more follows.
+  const std::string half = "1.00000000000000011102230246251565404236316680908203125";
+  const double next = std::nextafter(1.0, 2.0);
+  const struct {
+    std::string text;
+    CS_RETCODE code;
+    double value;
+  } rows[] = {
+      {half + zeros, CS_SUCCEED, 1},
+      {half + zeros + "1", CS_SUCCEED, next},
+      {zeros + half + zeros + "1e+0" + zeros, CS_SUCCEED, next},
+      {"1" + zeros + "e-3000", CS_SUCCEED, 1},
+      {"-0." + zeros + "25e" + zeros + "3001", CS_SUCCEED, -2.5},
+      {"1" + zeros, CS_CVT_OVERFLOW, std::numeric_limits<double>::max()},
+      {"0." + zeros + "1e10", CS_CVT_UNDERFLOW, 0},
+      {zeros + "e999999999999999999999", CS_SUCCEED, 0},
+      {zeros + "e", CS_CVT_SYNTAX, 0},
+      {zeros + " 1", CS_CVT_SYNTAX, 0},
+  };
+  for (const auto& row : rows) {
+    for (const CS_INT type : {CS_CHAR_TYPE, CS_UNICHAR_TYPE}) {
+      const Result result = convert(context, text_as(type, row.text), format_of(CS_FLOAT_TYPE));
+      EXPECT_EQ(row.code, result.code) << row.text;
+      if (row.code != CS_CVT_SYNTAX) {
+        EXPECT_EQ(row.value, result.as<double>()) << row.text;
+      }
+    }
+  }
 }
 
 TEST(TextToText, PaddingAndTruncation) {
@@ -145,10 +185,13 @@ TEST(TextToText, PaddingAndTruncation) {
       {"abc", 3, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "ab\0"s},
       {"abc", 3, 0, CS_SUCCEED, "abc"},
       {"abc", 6, CS_DFMT_PADBLANK | CS_DFMT_NULLTERM, CS_SUCCEED, "abc  \0"s},
-      {"abc", 5, CS_DFMT_PADNULL | CS_DFMT_PADBLANK, CS_CVT_FORMAT, "abc"},
+      {"abc", 5, CS_DFMT_PADNULL | CS_DFMT_PADBLANK | CS_DFMT_NULLTERM, CS_CVT_FORMAT, "abc"},
       {"abc", 0, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, ""},
       {"it's", 4, kQuotes, CS_CVT_TRUNCATED, "it''"},
       {"it's", 3, kQuotes, CS_CVT_TRUNCATED, "it"},
+      // Only a full destination gives its last byte to the NUL.
+      {"it's", 4, kQuotes | CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "it'\0"s},
+      {"it's", 3, kQuotes | CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "it"},
       {"''", 5, kQuotes | CS_DFMT_NULLTERM, CS_SUCCEED, "''''\0"s},
       // A NUL ends a text that is to be terminated; it gets no second one.
       {ended, 20, kQuotes | CS_DFMT_NULLTERM, CS_SUCCEED, "it''s\0"s},
@@ -165,6 +208,7 @@ TEST(TextToText, PaddingAndTruncation) {
         const Result result = convert(context, text_as(from, row.text), format);
         EXPECT_EQ(row.code, result.code);
         EXPECT_EQ(row.bytes, result.text());
+        EXPECT_TRUE(result.untouched_from(row.bytes.size()));
       }
     }
   }
@@ -205,17 +249,25 @@ TEST(Records, AreFilledAndChecked) {
   EXPECT_TRUE(length == 258 && record.len == 256);
 }
 
+// A locale of one character set.
+struct Charset {
+  explicit Charset(const char_attrib* attrib) {
+    desc.char_attrib = const_cast<char_attrib*>(attrib);
+    entry.locchardesc = &desc;
+    locale.ctypeptr = &entry;
+  }
+  Charset(const Charset&) = delete;
+  CsCharDesc desc{};
+  CsLocCache entry{};
+  CS_LOCALE locale{};
+};
+
 // The set of which 0x81 begins characters by their second bytes' ASCII forms, 0x83 others.
 TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   const TwoByteSet set;
-  CsCharDesc charset{};
-  charset.char_attrib = const_cast<char_attrib*>(set.attrib());
-  CsLocCache entry{};
-  entry.locchardesc = &charset;
-  CS_LOCALE locale{};
-  locale.ctypeptr = &entry;
+  Charset charset(set.attrib());
   Context context;
-  context.ctxlocale = &locale;
+  context.ctxlocale = &charset.locale;
   const std::string text = "a\x83\x40\x83\x41";
   const struct {
     const char* label;
@@ -226,10 +278,18 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   } rows[] = {
       {"no half character", text, 0, 4, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "a\x83\x40"},
       {"exact", text, 0, 5, 0, CS_SUCCEED, text},
+      // What the source itself cuts is not lost, unless the destination is shorter.
+      {"half a character", "ab\x83", 0, 3, 0, CS_SUCCEED, "ab\x83"},
+      {"padded", "ab\x83", 0, 5, CS_DFMT_PADBLANK, CS_SUCCEED, "ab\x83  "},
+      {"sensitivity", "ab\x83", CS_SENSITIVITY_TYPE, 9, 0, CS_SUCCEED, "ab\x83"},
+      {"boundary", "ab\x83", CS_BOUNDARY_TYPE, 2, 0, CS_CVT_TRUNCATED, "ab"},
+      {"varchar", "\x83", CS_VARCHAR_TYPE, 0, 0, CS_SUCCEED,
+       "\1\0\x83"s + std::string(255, static_cast<char>(kCanary))},
       {"a wide quote", "\x81'", 0, 20, CS_DFMT_ESCQUOTE, CS_SUCCEED, "\x81'\x81'"},
       {"a second byte", "\x83'", 0, 20, CS_DFMT_ESCQUOTE, CS_SUCCEED, "\x83'"},
       {"half a quote", "\x81'", 0, 3, CS_DFMT_ESCQUOTE, CS_CVT_TRUNCATED, ""},
-      {"cut by the source", "'\x81", 0, 9, CS_DFMT_ESCQUOTE, CS_SUCCEED, "''"},
+      {"cut by the source", "'\x81", 0, 9, CS_DFMT_ESCQUOTE, CS_SUCCEED, "''\x81"},
+      {"no room for it", "'\x81", 0, 2, CS_DFMT_ESCQUOTE, CS_CVT_TRUNCATED, "''"},
       {"digits", "\x81\x34\x81\x32 ", 8, 0, 0, CS_SUCCEED, bytes_of(CS_INT{42})},
       {"cut digit", "4\x81", 8, 0, 0, CS_CVT_SYNTAX, ""},
       {"no digit", "\x83\x34", 8, 0, 0, CS_CVT_SYNTAX, ""},
@@ -258,12 +318,65 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   EXPECT_TRUE(tiny == 0 && whole == INT32_MIN);
 
   // A set of single bytes has no widths; its lower-case letters are its ASCII forms.
-  charset.char_attrib = const_cast<char_attrib*>(com_get_charattrib());
+  charset.desc.char_attrib = const_cast<char_attrib*>(com_get_charattrib());
   EXPECT_EQ(42, from_char(context, " 42 ", format_of(CS_INT_TYPE)).as<CS_INT>());
   EXPECT_EQ(400, from_char(context, "4E2\0x"s, format_of(CS_FLOAT_TYPE)).as<double>());
   EXPECT_EQ(5, comnb_truncate_chars(set.attrib(), text.data(), 5, 9));
-  EXPECT_EQ(3, comnb_truncate_chars(set.attrib(), text.data(), 4, 9)) << "the source cuts";
+  EXPECT_EQ(4, comnb_truncate_chars(set.attrib(), text.data(), 4, 4)) << "the source cuts";
+  EXPECT_EQ(3, comnb_truncate_chars(set.attrib(), text.data(), 5, 4)) << "the destination cuts";
   EXPECT_EQ(2, comnb_truncate_chars(nullptr, text.data(), 5, 2));
+}
+
+// Descriptors of two contexts, say. Without a number, or with no configuration of their own,
+// nothing leads from one set to the other.
+TEST(TwoByteText, OneObjectIdIsOneCharacterSet) {
+  const TwoByteSet set;
+  Charset first(set.attrib()), second(set.attrib());
+  Context context;
+  const std::string text = "it's \x83";
+  const struct {
+    CsOid first, second;
+    CS_RETCODE code;
+  } rows[] = {{5, 5, CS_SUCCEED}, {5, 6, CS_CVT_NOXLATE}, {0, 0, CS_CVT_NOXLATE}};
+  for (const auto& row : rows) {
+    first.desc.oid = row.first;
+    second.desc.oid = row.second;
+    Encoded source = text_as(CS_CHAR_TYPE, text);
+    source.format.locale = &first.locale;
+    CS_DATAFMT to = format_of(CS_CHAR_TYPE, 9);
+    to.locale = &second.locale;
+    const Result copied = convert(context, source, to);
+    EXPECT_EQ(row.code, copied.code) << row.first;
+    EXPECT_EQ(row.code == CS_SUCCEED ? text : "", copied.text()) << row.first;
+    to.datatype = CS_VARCHAR_TYPE;
+    EXPECT_EQ(row.code, convert(context, source, to).code) << row.first;
+  }
+}
+
+// Within one buffer, as far as it can hold both.
+TEST(InPlace, TheSourceIsReadBeforeItIsOverwritten) {
+  Context context;
+  const struct {
+    CS_CONV_FUNC routine;
+    CS_INT from, to, room, format;
+    std::string source, result;
+  } rows[] = {
+      {comn_chartochar, 0, 0, 9, CS_DFMT_ESCQUOTE, "'a'bc'", "''a''bc''"},
+      {comn_chartovarchar, 0, 18, 0, 0, "abc", "\3\0abc"s},
+      {comn_varchartochar, 18, 0, 9, CS_DFMT_ESCQUOTE, "\3\0'a'"s, "''a''"},
+      {comn_bintochar, 1, 0, 8, CS_DFMT_NULLTERM, "\x12\xAB\xF0", "12ABF0\0"s},
+      {comn_bintounichar, 1, 25, 8, 0, "\x12\xAB", "1\0002\0A\0B\0"s},
+      {comn_i4tovarbin, 8, 19, 0, 0, "abcd", "\4\0abcd"s},
+  };
+  for (const auto& row : rows) {
+    std::string buffer = row.source;
+    buffer.resize(300);
+    const CS_DATAFMT from = format_of(row.from, static_cast<CS_INT>(row.source.size()));
+    const CS_DATAFMT to = format_of(row.to, row.room, row.format);
+    CS_INT length = 0;
+    EXPECT_EQ(CS_SUCCEED, row.routine(&context, &from, buffer.data(), &to, buffer.data(), &length));
+    EXPECT_EQ(row.result, buffer.substr(0, row.result.size()));
+  }
 }
 
 TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
@@ -276,13 +389,39 @@ TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
   EXPECT_EQ("a\0"s, cut.text());
   Encoded odd = utf16_of(u"12");
   odd.format.maxlength = 3;
+  odd.bytes.pop_back();
   for (const Encoded& bad :
        {utf16_of({u'a', 0xD800}), utf16_of({0xDC00, 0xD800}), utf16_of({0xD800, u'z'}), odd}) {
-    for (const CS_INT type : {CS_UNICHAR_TYPE, CS_CHAR_TYPE, CS_INT_TYPE, CS_BINARY_TYPE}) {
+    for (const CS_INT type : {CS_CHAR_TYPE, CS_VARCHAR_TYPE, CS_INT_TYPE, CS_BINARY_TYPE}) {
       const Result result = convert(context, bad, format_of(type, 20));
       EXPECT_EQ(CS_CVT_BADXLATE, result.code) << type;
-      EXPECT_GE(2, result.length) << type;
+      EXPECT_GE(type == CS_VARCHAR_TYPE ? 258 : 2, result.length) << type;
     }
+    // Between Unicode texts nothing is lost where it fits.
+    const CS_INT length = bad.format.maxlength;
+    const Result exact = convert(context, bad, format_of(CS_UNICHAR_TYPE, length));
+    EXPECT_EQ(CS_SUCCEED, exact.code);
+    EXPECT_EQ(bad.bytes, exact.text());
+    for (const CS_INT room : {length - 1, length - 2}) {
+      const Result shorter = convert(context, bad, format_of(CS_UNICHAR_TYPE, room));
+      EXPECT_EQ(CS_CVT_TRUNCATED, shorter.code);
+      EXPECT_EQ(bad.bytes.substr(0, static_cast<std::size_t>(shorter.length)), shorter.text());
+      EXPECT_EQ(0, shorter.length % 2);
+    }
+  }
+  const struct {
+    CS_INT room, format;
+    CS_RETCODE code;
+    std::string bytes;
+  } odd_rows[] = {{3, CS_DFMT_PADBLANK, CS_SUCCEED, "1\0002"s},
+                  {3, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "\0\0"s},
+                  {5, CS_DFMT_NULLTERM, CS_CVT_TRUNCATED, "1\0\0\0"s},
+                  {7, CS_DFMT_NULLTERM, CS_SUCCEED, "1\0002\0\0\0"s},
+                  {7, CS_DFMT_PADBLANK, CS_SUCCEED, "1\0002\0 \0"s}};
+  for (const auto& row : odd_rows) {
+    const Result result = convert(context, odd, format_of(CS_UNICHAR_TYPE, row.room, row.format));
+    EXPECT_EQ(row.code, result.code) << row.room;
+    EXPECT_EQ(row.bytes, result.text()) << row.room;
   }
   const Encoded wide = utf16_of(u"\uFF0D\uFF11\uFF12\u3000");
   EXPECT_EQ(-12, convert(context, wide, format_of(CS_INT_TYPE)).as<CS_INT>());

@@ -13,6 +13,8 @@
  *   value may have been written; `destlen` tells how much.
  * - Formats are only read. A routine keeps no state: calls on different destinations may run in
  *   several threads at once.
+ * - `dest` may be `src`, but for text into CS_VARBINARY and between character sets: what is written
+ *   there may overwrite text that was not read yet. No other overlap is allowed.
  *
  * The tables belong to one context and are not locked: the host serialises changes to them.
  */
@@ -402,23 +404,29 @@ COMN_CONVERSION(comn_varbintounichar);
 /** @name From text
  * From the character family (char), CS_VARCHAR (varchar) and CS_UNICHAR (unichar). Character data
  * is in the character set of the source format's locale, else of the context's; with neither, every
- * byte is a character. A character source has a maxlength of at least 1. A varchar whose `len` is
- * outside 0..256 gives CS_CVT_DOMAIN; UTF-16 of odd length or with an unpaired surrogate gives
- * CS_CVT_BADXLATE; both with length 0. Text that is no literal of the destination's type gives
- * CS_CVT_SYNTAX with length 0, and nothing is written. Digits, signs and points are recognised by
- * their ASCII form, full-width ones included. Blanks may stand around every literal but binary's.
+ * byte is a character. Two character-set descriptors with the same object id, 0 aside, are one
+ * character set. A character source has a maxlength of at least 1. A varchar whose `len` is outside
+ * 0..256 gives CS_CVT_DOMAIN with length 0. UTF-16 of odd length or with an unpaired surrogate
+ * gives CS_CVT_BADXLATE: with length 0, or with what was converted up to there where the
+ * destination is text. Only a CS_UNICHAR destination takes it as it is. Text that is not a literal
+ * of the destination's type gives CS_CVT_SYNTAX with length 0, and nothing is written. Digits,
+ * signs and points are recognised by their ASCII form, full-width ones included. Blanks may
+ * surround every literal but binary's.
  *
  * - toi1, toi2, toi4, toi8: A sign, then digits. A value outside the range stores the limit that it
  *   passed, with CS_CVT_OVERFLOW. Only unichartoi8 converts, to eight bytes; chartoi8 and
  *   varchartoi8 stop the process.
  * - tobit: As toi4; 1 for every value but zero.
  * - toflt4, toflt8: A decimal literal with optional point and exponent, or inf or nan; a NUL ends
- *   the text. CS_CVT_OVERFLOW stores the largest value of the sign, CS_CVT_UNDERFLOW zero.
+ *   the text. CS_CVT_OVERFLOW stores the largest value of the sign. A literal other than zero below
+ *   the smallest normal double gives CS_CVT_UNDERFLOW and stores the nearest double, a denormal
+ *   number or zero, which toflt4 rounds to a single.
  * - tonum: To the destination's precision and scale, either of which may be CS_USE_SRCVALUE: what
  *   the text needs. Further decimals are cut, with CS_CVT_TRUNCATED when one of them is not zero.
  *   With CS_DFMT_NULLTERM in the source format a NUL ends the text. The length is that of the
  *   precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW stores zero,
- *   or nothing, with length 0, when precision or scale was to come of the text.
+ *   or nothing, with length 0, when the precision or scale was to be taken from the text. A literal
+ *   of more than 1,024 characters, blanks around it not counted, gives CS_CVT_SYNTAX.
  * - tomoney, tomny4: docs/money.md shows the text that is read. A value out of range stores the
  * limit that it passed, with CS_CVT_OVERFLOW.
  * - todatetime, todate4: docs/datetime.md shows the text that is read. CS_CVT_OVERFLOW for a date
@@ -426,13 +434,16 @@ COMN_CONVERSION(comn_varbintounichar);
  *   between character sets.
  * - tobin, tovarbin: An optional "0x", then hexadecimal digits, an odd count meaning a leading
  *   zero. Cut with CS_CVT_TRUNCATED.
- * - tochar, tounichar: Copied, or converted when the character sets differ, as far as whole
- *   characters fit; CS_CVT_TRUNCATED when not all of it does. A character that the source itself
- *   cuts is left out. Text that fills maxlength to the last byte loses that byte to a NUL where
- *   CS_DFMT_NULLTERM asks for one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar doubles
- *   single quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination. Between character
- *   sets: CS_CVT_SUBSTITUTED, CS_CVT_BADXLATE, CS_CVT_NOXLATE and, when a set's table is first
- *   needed, CS_MEM_ERROR. CS_CVT_FORMAT when both paddings are asked for.
+ * - tochar, tounichar: Within one character set a text that fits maxlength is copied as it is,
+ *   every byte, even where its end cuts a character or it is malformed. Where the sets differ the
+ *   text is converted. A text that does not fit is cut after its last whole character that does,
+ *   with CS_CVT_TRUNCATED. Text that fills maxlength to the last byte loses that byte to a NUL
+ *   where CS_DFMT_NULLTERM asks for one, with CS_CVT_TRUNCATED. With CS_DFMT_ESCQUOTE tochar
+ *   doubles single quotes; a NUL then ends the text of a CS_DFMT_NULLTERM destination. Where the
+ *   doubling does not fit, the text is cut as above and neither padded nor terminated, unless it
+ *   fills maxlength: its last byte is then the NUL. Between character sets: CS_CVT_SUBSTITUTED,
+ *   CS_CVT_BADXLATE, CS_CVT_NOXLATE and, when a set's table is first needed, CS_MEM_ERROR.
+ *   CS_CVT_FORMAT when both paddings are asked for: nothing is written after the text then.
  * - tovarchar: The same into 256 bytes, without padding or quotes. Length 258. */
 /**@{*/
 /** A conversion from text. */

@@ -127,6 +127,9 @@ class PlainReader {
   bool space() const { return is_default_space(*at_); }
   bool nul() const { return *at_ == 0; }
   void skip() { ++at_; }
+  // What no other reader has: the bytes that are left, and a way past several of them.
+  std::span<const CS_BYTE> rest() const { return {at_, end_}; }
+  void skip(std::size_t count) { at_ += count; }
 
  private:
   const CS_BYTE* at_;

@@ -20,6 +20,10 @@ constexpr bool is_surrogate(char32_t code) {
   return code >= 0xD800 && code <= 0xDFFF;
 }
 
+constexpr bool is_high_surrogate(char32_t code) {
+  return code >= 0xD800 && code <= 0xDBFF;
+}
+
 constexpr bool is_trail(CS_BYTE byte) {
   return (byte & 0xC0) == 0x80;
 }
@@ -87,7 +91,7 @@ inline Decoded decode_utf16(std::span<const CS_BYTE> text) {
   std::memcpy(&high, text.data(), sizeof high);
   if (!is_surrogate(high)) return {high, sizeof high};
   CS_UNICHAR low;
-  if (high >= 0xDC00 || text.size() < 2 * sizeof low) return {0, 0};
+  if (!is_high_surrogate(high) || text.size() < 2 * sizeof low) return {0, 0};
   std::memcpy(&low, text.data() + sizeof high, sizeof low);
   if (low < 0xDC00 || low > 0xDFFF) return {0, 0};
   return {0x10000 + ((char32_t{high} - 0xD800) << 10) + (low - 0xDC00U), 2 * sizeof low};

@@ -35,10 +35,11 @@ struct VarbinarySource {
 };
 
 // Writes as many whole bytes' digits as fit in `room` units; returns the number of units written.
+// From the last byte to the first, so that the digits may replace the bytes themselves.
 template <class Unit>
 std::size_t write_hex(Bytes bytes, CS_BYTE* dest, std::size_t room) {
   const std::size_t whole = std::min(bytes.size(), room / 2);
-  for (std::size_t at = 0; at < whole; ++at) {
+  for (std::size_t at = whole; at-- > 0;) {
     const HexPair digits = hex_of(bytes[at]);
     store(dest + 2 * at * sizeof(Unit), static_cast<Unit>(digits.high));
     store(dest + (2 * at + 1) * sizeof(Unit), static_cast<Unit>(digits.low));

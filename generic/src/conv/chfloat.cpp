@@ -1,65 +1,178 @@
-// Decimal text to double through std::from_chars, which the process's locale does not reach.
+// Decimal text to double through std::from_chars, which the process's locale does not reach. Plain
+// bytes are given to it where they are; any other text is first brought to the digits that decide
+// its value, and so is a literal at an end of double's range, where more than the nearest double
+// has to be known.
 #include "conv/chfloat.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <cmath>
 #include <limits>
+#include <string_view>
 
 #include "comnlib/result.h"
 
 namespace comnlib {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n\v\f\r";
+constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
-std::string_view trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+// Literals below this one, which is a quarter of a unit below the smallest normal number, are out
+// of its range; those above it round to that number. In the form that Decimal gives digits.
+constexpr std::string_view kSmallestNormalDigits =
+    "22250738585072012595738212570207680200770177634";
+constexpr long long kSmallestNormalExponent = -307;
+
+template <class Reader>
+bool at_end(const Reader& reader) {
+  return reader.done() || reader.nul();
 }
 
-// Whether a literal out of double's range is too large rather than too small: the sign of the
-// decimal exponent of its first significant digit. Such a literal has one.
-bool is_too_large(std::string_view literal) {
-  constexpr long long kBeyondAny = 1LL << 40;
-  const std::size_t mark = literal.find_first_of("eE");
-  const std::string_view mantissa = literal.substr(0, mark);
-  long long exponent = 0;
-  if (mark != std::string_view::npos) {
-    std::string_view digits = literal.substr(mark + 1);
-    if (digits.front() == '+') digits.remove_prefix(1);
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-    if (error == std::errc::result_out_of_range)
-      exponent = digits.front() == '-' ? -kBeyondAny : kBeyondAny;
-    exponent = std::clamp(exponent, -kBeyondAny, kBeyondAny);
+template <class Reader>
+bool at_digit(const Reader& reader) {
+  return !at_end(reader) && reader.ascii() >= '0' && reader.ascii() <= '9';
+}
+
+template <class Reader>
+bool skip_if(Reader& reader, char wanted) {
+  if (at_end(reader) || reader.ascii() != wanted) return false;
+  reader.skip();
+  return true;
+}
+
+// Whether the text had a minus sign.
+template <class Reader>
+bool skip_sign(Reader& reader) {
+  if (skip_if(reader, '-')) return true;
+  skip_if(reader, '+');
+  return false;
+}
+
+// A decimal literal as 0.DIGITS times ten to the `exponent`, the first digit not being zero. The
+// value of a double is decided by 768 digits and by whether any digit after them is not zero.
+class Decimal {
+ public:
+  template <class Reader>
+  bool read(Reader& reader) {
+    bool any = take_digits(reader, 1, 0);
+    if (skip_if(reader, '.')) any |= take_digits(reader, 0, -1);
+    if (!any) return false;
+    const bool scientific = skip_if(reader, 'e') || skip_if(reader, 'E');
+    return !scientific || take_exponent(reader);
   }
-  const auto point = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
-  const auto leading = static_cast<long long>(mantissa.find_first_of("123456789"));
-  return exponent + point - leading > 0;
+
+  ParsedFloat value() {
+    if (count_ == 0) return {CS_SUCCEED, 0};
+    char* end = literal_.data() + kPoint.size() + count_;
+    if (more_) *end++ = '1';
+    *end++ = 'e';
+    end = std::to_chars(end, literal_.data() + literal_.size(), exponent_).ptr;
+    double value = 0;
+    if (std::from_chars(literal_.data(), end, value).ec != std::errc{}) {
+      if (exponent_ > 0) return {CS_CVT_OVERFLOW, std::numeric_limits<double>::max()};
+      return {CS_CVT_UNDERFLOW, 0};
+    }
+    return {value <= kSmallestNormal && is_denormal(value) ? CS_CVT_UNDERFLOW : CS_SUCCEED, value};
+  }
+
+ private:
+  static constexpr std::string_view kPoint = "0.";
+  static constexpr std::size_t kDeciding = 800;
+  static constexpr long long kBeyondAny = 1LL << 40;
+
+  // The exponent moves by `leading` for each digit from the first that is not zero, by `zero` for
+  // each zero before it.
+  template <class Reader>
+  bool take_digits(Reader& reader, int digit, int zero) {
+    const bool any = at_digit(reader);
+    for (; at_digit(reader); reader.skip()) {
+      const char next = static_cast<char>(reader.ascii());
+      if (count_ == 0 && next == '0') {
+        exponent_ += zero;
+        continue;
+      }
+      exponent_ += digit;
+      if (count_ < kDeciding)
+        literal_[kPoint.size() + count_++] = next;
+      else
+        more_ |= next != '0';
+    }
+    return any;
+  }
+
+  template <class Reader>
+  bool take_exponent(Reader& reader) {
+    const bool negative = skip_sign(reader);
+    if (!at_digit(reader)) return false;
+    long long exponent = 0;
+    for (; at_digit(reader); reader.skip())
+      exponent = std::min(exponent * 10 + (reader.ascii() - '0'), kBeyondAny);
+    exponent_ += negative ? -exponent : exponent;
+    return true;
+  }
+
+  bool is_denormal(double value) const {
+    if (value < kSmallestNormal) return true;
+    const std::string_view digits(literal_.data() + kPoint.size(), count_);
+    return exponent_ == kSmallestNormalExponent && digits < kSmallestNormalDigits;
+  }
+
+  std::array<char, kPoint.size() + kDeciding + 24> literal_{'0', '.'};
+  std::size_t count_ = 0;
+  bool more_ = false;
+  long long exponent_ = 0;
+};
+
+// A word in ASCII is from_chars' own; none is longer than "infinity" but a NaN with a text, which
+// has no meaning here.
+template <class Reader>
+ParsedFloat read_word(Reader& reader) {
+  std::array<char, 64> word;
+  char* end = word.data();
+  for (; !at_end(reader) && !reader.space(); reader.skip()) {
+    if (end == word.data() + word.size()) return {CS_CVT_SYNTAX, 0};
+    *end++ = static_cast<char>(reader.ascii());
+  }
+  double value = 0;
+  const auto [stop, error] = std::from_chars(word.data(), end, value);
+  return {stop == end && error == std::errc{} ? CS_SUCCEED : CS_CVT_SYNTAX, value};
+}
+
+template <class Reader>
+ParsedFloat read_magnitude(Reader& reader) {
+  if (!at_end(reader) && (reader.ascii() | 0x20) >= 'a') return read_word(reader);
+  Decimal decimal;
+  if (!decimal.read(reader)) return {CS_CVT_SYNTAX, 0};
+  return decimal.value();
+}
+
+// A second sign would be from_chars' own.
+ParsedFloat read_magnitude(PlainReader& reader) {
+  const auto* begin = reinterpret_cast<const char*>(reader.rest().data());
+  const char* end = begin + reader.rest().size();
+  double value = 0;
+  const auto [stop, error] = std::from_chars(begin, end, value);
+  const bool in_range = value > kSmallestNormal || value == 0;
+  if (error != std::errc{} || !in_range || *begin == '-') return read_magnitude<>(reader);
+  reader.skip(static_cast<std::size_t>(stop - begin));
+  return {CS_SUCCEED, value};
+}
+
+template <class Reader>
+ParsedFloat read_float(Reader reader) {
+  skip_blanks(reader);
+  const bool negative = skip_sign(reader);
+  ParsedFloat result = read_magnitude(reader);
+  skip_blanks(reader);
+  if (!at_end(reader)) result.code = CS_CVT_SYNTAX;
+  if (negative) result.value = -result.value;
+  return result;
 }
 
 }  // namespace
 
-ParsedFloat parse_float(std::string_view text) {
-  text = trim(text);
-  const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
-  // A second sign would be from_chars' own.
-  if (text.empty() || text.front() == '-') return {CS_CVT_SYNTAX, 0};
-
-  double magnitude = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, magnitude);
-  if (stop != end || error == std::errc::invalid_argument) return {CS_CVT_SYNTAX, 0};
-  CS_RETCODE code = CS_SUCCEED;
-  if (error == std::errc::result_out_of_range) {
-    const bool large = is_too_large(text);
-    code = large ? CS_CVT_OVERFLOW : CS_CVT_UNDERFLOW;
-    magnitude = large ? std::numeric_limits<double>::max() : 0;
-  }
-  return {code, negative ? -magnitude : magnitude};
+ParsedFloat parse_float(const Text& text) {
+  return with_reader(text, [](auto reader) { return read_float(reader); });
 }
 
 }  // namespace comnlib

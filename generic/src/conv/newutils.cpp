@@ -54,7 +54,7 @@ CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_I
       const std::size_t units = rest.size() - rest.size() % unit_size;
       std::memset(rest.data() + units - unit_size, 0, unit_size);
     }
-    resultlen = room - room % unit;
+    resultlen = std::max(resultlen, room - room % unit);
   } else {
     require(rest.size() >= unit_size);
     std::memset(rest.data(), 0, unit_size);
@@ -104,8 +104,9 @@ CS_RETCODE comn_fixedtovarbin(COMNLIB_CONVERSION_PARAMETERS, CS_INT size) {
   require(destfmt->datatype == CS_VARBINARY_TYPE && size >= 0);
   const CS_INT kept = std::min<CS_INT>(size, CS_MAX_CHAR);
   auto* record = static_cast<CS_BYTE*>(dest);
+  // The value first: it may lie where the length goes.
+  std::memmove(record_bytes(record), src, static_cast<std::size_t>(kept));
   store(record, static_cast<CS_SMALLINT>(kept));
-  std::memmove(record + offsetof(CS_VARBINARY, array), src, static_cast<std::size_t>(kept));
   *destlen = sizeof(CS_VARBINARY);
   return trace(kept < size ? CS_CVT_OVERFLOW : CS_SUCCEED);
 }

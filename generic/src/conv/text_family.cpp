@@ -84,12 +84,6 @@ class AsciiForm {
   bool valid_ = true;
 };
 
-ParsedFloat parse_literal(const Literal& literal) {
-  const AsciiForm form(literal.text, NulBytes::kEndOfText);
-  if (!form.valid()) return {CS_CVT_SYNTAX, 0};
-  return parse_float(form.view());
-}
-
 // By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
 // form that reads as ISO 8859-1, in which currency signs have a place.
 template <class Value, class Parse>
@@ -226,7 +220,7 @@ CS_RETCODE ToBit::convert(const Literal& literal) {
 }
 
 CS_RETCODE ToFloat::convert(const Literal& literal) {
-  const ParsedFloat parsed = parse_literal(literal);
+  const ParsedFloat parsed = parse_float(literal.text);
   if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
   *literal.call.destlen = sizeof(CS_FLOAT);
   store(literal.call.dest, parsed.value);
@@ -234,7 +228,7 @@ CS_RETCODE ToFloat::convert(const Literal& literal) {
 }
 
 CS_RETCODE ToReal::convert(const Literal& literal) {
-  const ParsedFloat parsed = parse_literal(literal);
+  const ParsedFloat parsed = parse_float(literal.text);
   if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
   *literal.call.destlen = sizeof(CS_REAL);
   const CS_RETCODE narrowed = ToFlt4::convert(parsed.value, literal.call);

@@ -13,8 +13,7 @@
 
 namespace comnlib::text_family {
 
-// Source text as it stands. Fails where the value cannot be text: a record's own length is
-// impossible, or UTF-16 has an odd length.
+// Source text as it is. Fails where a record's own length is impossible.
 struct Source {
   CS_RETCODE code;
   Text text;
@@ -49,10 +48,7 @@ struct UnicharSource {
   static Source read(const Conversion& call) {
     require(call.srcfmt->maxlength >= 0);
     const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
-    const bool whole = length % sizeof(CS_UNICHAR) == 0;
-    return {whole ? CS_SUCCEED : CS_CVT_BADXLATE,
-            {{static_cast<const CS_BYTE*>(call.src), length}, nullptr, true},
-            kUtf16};
+    return {CS_SUCCEED, {{static_cast<const CS_BYTE*>(call.src), length}, nullptr, true}, kUtf16};
   }
 };
 

@@ -1,10 +1,13 @@
-// Copies of text. What was cut is always told: by CS_CVT_TRUNCATED, and by the length written.
+// Copies of text. Nothing is lost silently: text is cut only where the destination is shorter, and
+// then CS_CVT_TRUNCATED says so.
 #include "conv/textcopy.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "chars/text.h"
+#include "chars/utf.h"
 #include "conv/newutils.h"
 
 namespace comnlib {
@@ -20,38 +23,54 @@ CS_INT size_of(Bytes bytes) {
   return static_cast<CS_INT>(bytes.size());
 }
 
-bool same_encoding(const Encoding& a, const Encoding& b) {
-  return a.utf16 == b.utf16 && a.charset == b.charset;
+// A context's locales share descriptors; two contexts each have their own of one set.
+bool same_charset(const CsCharDesc* a, const CsCharDesc* b) {
+  if (a == b) return true;
+  return a != nullptr && b != nullptr && a->oid != 0 && a->oid == b->oid;
 }
 
-// Widths alone decide, so the tables of classes and forms are not asked.
-CS_INT whole_characters(Text text, CS_INT room) {
-  const CS_INT limit = std::min(size_of(text.bytes), room);
+bool same_encoding(const Encoding& a, const Encoding& b) {
+  return a.utf16 == b.utf16 && same_charset(a.charset, b.charset);
+}
+
+// The bytes of a text that a room takes: all of them where they fit, a character that the text
+// itself cuts included; else its whole characters. The widths of characters are enough for that.
+CS_INT fitting_bytes(Text text, CS_INT room) {
+  if (size_of(text.bytes) <= room) return size_of(text.bytes);
   const CS_BYTE* widths = text.attrib == nullptr ? nullptr : text.attrib->cs_width_map;
-  if (widths == nullptr) return limit;
+  if (widths == nullptr) return room;
   CS_INT length = 0;
-  while (length < limit) {
+  while (length < room) {
     const int width = std::max(widths[text.bytes[static_cast<std::size_t>(length)]] & 0xF, 1);
-    if (width > limit - length) break;
+    if (width > room - length) break;
     length += width;
   }
   return length;
 }
 
-// A plain copy within one character set. A character that the source itself cuts is left out and
-// is no truncation by the destination.
-Copied copy_whole(Text text, std::span<CS_BYTE> room) {
+// The same of UTF-16, of which no half a unit and no first half of a pair is kept by a cut.
+CS_INT fitting_utf16(Bytes text, CS_INT room) {
+  constexpr CS_INT kUnit = sizeof(CS_UNICHAR);
+  if (size_of(text) <= room) return size_of(text);
+  const CS_INT length = room - room % kUnit;
+  if (length == 0) return 0;
+  const auto last = load<CS_UNICHAR>(text.data() + length - kUnit);
+  return is_high_surrogate(last) ? length - kUnit : length;
+}
+
+// A copy within one encoding.
+Copied copy_text(Text text, std::span<CS_BYTE> room) {
   const auto limit = static_cast<CS_INT>(room.size());
-  CS_INT length = std::min(size_of(text.bytes), limit);
-  if (!is_single_byte(text.attrib)) length = whole_characters(text, limit);
+  const CS_INT needed = size_of(text.bytes);
+  const CS_INT length = text.utf16 ? fitting_utf16(text.bytes, limit) : fitting_bytes(text, limit);
   std::memmove(room.data(), text.bytes.data(), static_cast<std::size_t>(length));
-  const bool fits = size_of(text.bytes) <= limit;
-  return {fits ? CS_SUCCEED : CS_CVT_TRUNCATED, length, size_of(text.bytes)};
+  return {needed <= limit ? CS_SUCCEED : CS_CVT_TRUNCATED, length, needed};
 }
 
 Copied translate_text(Bytes text, const Encoding& from, const Encoding& to, std::span<CS_BYTE> room,
                       CS_CONTEXT* context) {
   if (text.empty()) return {CS_SUCCEED, 0, 0};
+  if (from.utf16 && text.size() % sizeof(CS_UNICHAR) != 0) return {CS_CVT_BADXLATE, 0, 0};
   const Translated result = translate(context, from, to, text, room);
   const auto written = static_cast<CS_INT>(result.written);
   const bool cut = result.code == CS_CVT_TRUNCATED;
@@ -70,13 +89,13 @@ bool is_quote(const TextChar& character) {
   return character.ascii == '\'';
 }
 
+// A character that the end of the text cuts is no quote and is taken like any other.
 Doubling measure_doubling(Text text, std::size_t room, bool nul_ends) {
   Doubling result{0, 0, false, false};
   while (!text.bytes.empty()) {
     const TextChar character = first_char(text);
     const std::size_t width = character.bytes.size();
     const std::size_t output = is_quote(character) ? 2 * width : width;
-    if (character.cut) break;
     if (output > room - result.written) {
       result.cut = true;
       break;
@@ -107,16 +126,15 @@ void write_doubled(Text text, CS_BYTE* dest) {
   }
 }
 
-// Doubles the quotes of the first `length` bytes of the destination in place.
-Doubling double_in_place(std::span<CS_BYTE> room, std::size_t length, const char_attrib* attrib,
-                         bool nul_ends) {
-  const Text text{room.first(length), attrib};
+// Copies the text with its quotes doubled, as far as whole characters fit. The text may lie in the
+// room itself: moved to the end of the bytes that it becomes, each character is read before it is
+// overwritten.
+Doubling copy_doubling(Text text, std::span<CS_BYTE> room, bool nul_ends) {
   const Doubling doubling = measure_doubling(text, room.size(), nul_ends);
-  if (doubling.written == doubling.taken) return doubling;
-  // Moved to the end of its final room, each character is read before it is overwritten.
   CS_BYTE* moved = room.data() + (doubling.written - doubling.taken);
-  std::memmove(moved, room.data(), doubling.taken);
-  write_doubled({{moved, doubling.taken}, attrib}, room.data());
+  std::memmove(moved, text.bytes.data(), doubling.taken);
+  if (doubling.written != doubling.taken)
+    write_doubled({{moved, doubling.taken}, text.attrib}, room.data());
   return doubling;
 }
 
@@ -125,16 +143,13 @@ template <class Unit>
 CS_RETCODE finish(const Copied& copied, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength - call.destfmt->maxlength % kUnit;
-  const bool terminate = terminates(*call.destfmt);
-  auto* dest = static_cast<CS_BYTE*>(call.dest);
   *call.destlen = copied.length;
-  if (terminate && copied.length == room) {
-    if (room > 0) store(dest + room - kUnit, Unit{0});
+  if (terminates(*call.destfmt) && copied.length + copied.length % kUnit >= room) {
+    if (room == 0) return CS_CVT_TRUNCATED;
+    store(static_cast<CS_BYTE*>(call.dest) + room - kUnit, Unit{0});
+    *call.destlen = room;
     return CS_CVT_TRUNCATED;
   }
-  // A cut at a whole character may leave room before the last unit, which alone the padding
-  // terminates.
-  if (terminate) store(dest + copied.length, Unit{0});
   const CS_RETCODE padded =
       kUnit == 1 ? comn__padchar(copied.needed, call.destfmt, call.dest, call.destlen)
                  : comn__padunichar(copied.needed, call.destfmt, call.dest, call.destlen);
@@ -156,22 +171,26 @@ std::span<CS_BYTE> room_of(const Conversion& call) {
   return {static_cast<CS_BYTE*>(call.dest), static_cast<std::size_t>(call.destfmt->maxlength)};
 }
 
-// A text that ended with its own NUL gets no second one.
+// A text that ended with its own NUL gets no second one. A cut is returned as it is, but a full
+// destination still ends in the NUL that was asked for.
 CS_RETCODE finish_doubled(Copied copied, const Doubling& doubling, const Conversion& call) {
   copied.length = static_cast<CS_INT>(doubling.written);
-  if (doubling.cut) return fail(CS_CVT_TRUNCATED, copied, call);
+  const CS_INT room = call.destfmt->maxlength;
+  if (doubling.cut) {
+    if (terminates(*call.destfmt) && copied.length == room)
+      store(static_cast<CS_BYTE*>(call.dest) + room - 1, '\0');
+    return fail(CS_CVT_TRUNCATED, copied, call);
+  }
   constexpr CS_INT kPadding = CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
   const bool padded = (call.destfmt->format & kPadding) != 0;
-  const bool fits = std::max(copied.needed, copied.length) < call.destfmt->maxlength;
+  const bool fits = std::max(copied.needed, copied.length) < room;
   if (!doubling.ended_by_nul || padded || !fits) return finish<CS_CHAR>(copied, call);
   *call.destlen = copied.length;
   return copied.code;
 }
 
 CS_RETCODE copy_doubled(Text text, const Conversion& call) {
-  const std::span<CS_BYTE> room = room_of(call);
-  const Doubling doubling = measure_doubling(text, room.size(), terminates(*call.destfmt));
-  write_doubled({text.bytes.first(doubling.taken), text.attrib}, room.data());
+  const Doubling doubling = copy_doubling(text, room_of(call), terminates(*call.destfmt));
   return finish_doubled({CS_SUCCEED, 0, size_of(text.bytes)}, doubling, call);
 }
 
@@ -181,8 +200,8 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
   Copied copied = translate_text(text, from, to, room, call.context);
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish<CS_CHAR>(copied, call);
-  const Doubling doubling = double_in_place(room, static_cast<std::size_t>(copied.length),
-                                            attributes_of(to), terminates(*call.destfmt));
+  const Text translated{room.first(static_cast<std::size_t>(copied.length)), attributes_of(to)};
+  const Doubling doubling = copy_doubling(translated, room, terminates(*call.destfmt));
   if (copied.code != CS_CVT_TRUNCATED) copied.needed = static_cast<CS_INT>(doubling.written);
   return finish_doubled(copied, doubling, call);
 }
@@ -196,13 +215,14 @@ CS_RETCODE copy_to_character(Bytes text, const Encoding& from, const Conversion&
   if (!same_encoding(from, to)) return copy_translated(text, from, to, call);
   const Text source{text, attributes_of(from)};
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) != 0) return copy_doubled(source, call);
-  return finish<CS_CHAR>(copy_whole(source, room), call);
+  return finish<CS_CHAR>(copy_text(source, room), call);
 }
 
 CS_RETCODE copy_to_unichar(Bytes text, const Encoding& from, const Conversion& call) {
-  std::span<CS_BYTE> room = room_of(call);
-  room = room.first(room.size() - room.size() % sizeof(CS_UNICHAR));
-  const Copied copied = translate_text(text, from, kUtf16, room, call.context);
+  const std::span<CS_BYTE> room = room_of(call);
+  if (from.utf16) return finish<CS_UNICHAR>(copy_text({text, nullptr, true}, room), call);
+  const std::size_t units = room.size() - room.size() % sizeof(CS_UNICHAR);
+  const Copied copied = translate_text(text, from, kUtf16, room.first(units), call.context);
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
   return finish<CS_UNICHAR>(copied, call);
 }
@@ -211,7 +231,7 @@ CS_RETCODE copy_to_varchar(Bytes text, const Encoding& from, const Conversion& c
   const Encoding to = encoding_of(*call.context, *call.destfmt);
   const std::span<CS_BYTE> room(record_bytes(call.dest), CS_MAX_CHAR);
   const Copied copied = same_encoding(from, to)
-                            ? copy_whole({text, attributes_of(from)}, room)
+                            ? copy_text({text, attributes_of(from)}, room)
                             : translate_text(text, from, to, room, call.context);
   store(call.dest, static_cast<CS_SMALLINT>(copied.length));
   *call.destlen = sizeof(CS_VARCHAR);
@@ -227,7 +247,7 @@ CS_INT comnb_truncate_chars(const char_attrib* attrib, const CS_CHAR* src, CS_IN
   check_pointer(src);
   require(srclen >= 0 && destlen >= 0);
   const auto* bytes = reinterpret_cast<const CS_BYTE*>(src);
-  return whole_characters({{bytes, static_cast<std::size_t>(srclen)}, attrib}, destlen);
+  return fitting_bytes({{bytes, static_cast<std::size_t>(srclen)}, attrib}, destlen);
 }
 
 CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, const CS_VOID* src,
@@ -235,9 +255,8 @@ CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, co
   require(srcfmt->maxlength >= 0 && destfmt->maxlength >= 0);
   const Text text{{static_cast<const CS_BYTE*>(src), static_cast<std::size_t>(srcfmt->maxlength)},
                   attrib};
-  const auto room = static_cast<std::size_t>(destfmt->maxlength);
-  const Doubling doubling = measure_doubling(text, room, terminates(*destfmt));
-  write_doubled({text.bytes.first(doubling.taken), attrib}, static_cast<CS_BYTE*>(dest));
+  const std::span room(static_cast<CS_BYTE*>(dest), static_cast<std::size_t>(destfmt->maxlength));
+  const Doubling doubling = copy_doubling(text, room, terminates(*destfmt));
   *destlen = static_cast<CS_INT>(doubling.written);
   return trace(doubling.cut ? CS_CVT_TRUNCATED : CS_SUCCEED);
 }

@@ -11,15 +11,15 @@
 
 extern "C" {
 
-// The number of bytes of the first `srclen` bytes of `src` that are whole characters and end within
-// `destlen` bytes. A character that the source cuts does not count.
+// How many of the `srclen` bytes of `src` go into `destlen` bytes: all of them where they fit, a
+// character that the source itself cuts included, else as many whole characters as do.
 CS_INT comnb_truncate_chars(const char_attrib* attrib, const CS_CHAR* src, CS_INT srclen,
                             CS_INT destlen);
 
 // Copies the srcfmt->maxlength bytes of `src` with every single quote written twice, as far as
 // whole characters fit in destfmt->maxlength; *destlen is what was written. CS_SUCCEED, or
 // CS_CVT_TRUNCATED when not all fit. With CS_DFMT_NULLTERM a NUL in the text ends it and is
-// counted.
+// counted. `dest` may be `src`.
 CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, const CS_VOID* src,
                          const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* destlen);
 }
