@@ -112,11 +112,11 @@ void toupper_glibc(benchmark::State& state) {
 void multibyte_comnlib(benchmark::State& state) {
   Host host;
   const char_attrib* set = host.load("ja_JP")->locchardesc->char_attrib;
-  const std::string& text = japanese_text().sjis;
+  std::string text = japanese_text().sjis;
   std::int64_t characters = 0;
   for (auto _ : state) {
     CS_INT letters = 0;
-    const auto* at = reinterpret_cast<const CS_BYTE*>(text.data());
+    auto* at = reinterpret_cast<CS_BYTE*>(text.data());
     for (const CS_BYTE* end = at + text.size(); at < end; ++characters) {
       letters += comn_isalpha(set, at) != 0 ? 1 : 0;
       comn_inc_char(set, &at);

@@ -9,6 +9,7 @@ install(DIRECTORY generic/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES
 install(FILES companion/intl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
 set(home_dir ${CMAKE_INSTALL_DATADIR}/comnlib/home)
 install(DIRECTORY home/ DESTINATION ${home_dir})
+install(FILES tools/valgrind.supp DESTINATION ${CMAKE_INSTALL_DATADIR}/comnlib)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/comnlib)
 install(

@@ -34,6 +34,12 @@ extern "C" {
 typedef CS_VOID* INTL_HANDLE;
 
 /**
+ * The one status that callers know: memory is out. The library answers it with CS_MEM_ERROR, from a
+ * host's own reader too.
+ */
+#define INTL_NO_MEMORY (-2147483647 - 1)
+
+/**
  * The localization home: the value of the environment variable TALVEN when it is set and not empty,
  * else the home directory of the user "talven". Writes what fits into the `buflen` bytes at
  * `buffer`, with a NUL when there is room. Returns the length of the whole name, or a negative
@@ -50,15 +56,17 @@ COMN_API CS_INT intlgetenv(CS_CHAR* dst, CS_INT dstlen, const CS_CHAR* name);
 
 /**
  * Opens a sectioned file and reads it whole. Stores a handle for intl_close and returns 0, or
- * stores null and returns a negative status.
+ * stores null and returns a negative status. Only regular files of at most 256 MB are opened; a
+ * file that ends before or after its size says is refused, since it is being written.
  */
 COMN_API CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle);
 
 /** @name The sectioned reader's steps
  * Each returns a NUL-terminated text that stays until intl_close, with `status` 0; null with
  * `status` 0 at the end of the file, section or entry; null with a negative `status` for a
- * malformed line, behind which reading may go on. Lines and values that are passed over are not
- * checked. */
+ * malformed line, after which reading may go on. Lines and values that are passed over are not
+ * checked. A host's own reader may keep a text for less long: the library uses none after its next
+ * call for the same file. */
 /**@{*/
 /** The name of the next section, past the rest of the current one. */
 COMN_API const CS_CHAR* intl_nextsection(INTL_HANDLE handle, CS_INT* status);
@@ -81,12 +89,12 @@ COMN_API CS_INT intl_errstr(CS_INT status, CS_CHAR* buffer, CS_INT buflen);
 
 /** @name The plain reader */
 /**@{*/
-/** Opens any file; as intl_open otherwise. */
+/** Opens a regular file of at most 256 MB; stores and returns as intl_open. */
 COMN_API CS_INT intl_iocsfopen(const CS_CHAR* path, INTL_HANDLE* handle);
 
 /**
  * Reads up to `buflen` next bytes; returns how many, 0 at the end of the file, or a negative
- * status.
+ * status, also when the file ends before or after its size says.
  */
 COMN_API CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer, CS_INT buflen);
 

@@ -32,6 +32,12 @@ const char* words(Fault fault) {
       return "text stands behind the closing quote of a value";
     case Fault::kNulByte:
       return "the line holds a NUL byte";
+    case Fault::kNotRegular:
+      return "not a regular file";
+    case Fault::kTooLarge:
+      return "the file is larger than 256 MB";
+    case Fault::kSizeChanged:
+      return "the file is not as long as its size says";
     case Fault::kNone:
     case Fault::kSystem:
       break;

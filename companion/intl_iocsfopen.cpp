@@ -1,10 +1,7 @@
 // Weak default of intl_iocsfopen.
-#include <fcntl.h>
-
 #include "diag/diag.h"
-#include "intl.h"
+#include "file.h"
 #include "plain.h"
-#include "status.h"
 
 using namespace comnlib;
 
@@ -12,8 +9,9 @@ __attribute__((weak)) CS_INT intl_iocsfopen(const CS_CHAR* path, INTL_HANDLE* ha
   check_pointer(path);
   check_pointer(handle);
   *handle = nullptr;
-  const int number = ::open(path, O_RDONLY | O_CLOEXEC);
-  if (number < 0) return companion::system_status();
+  std::size_t size = 0;
+  const int number = companion::open_file(path, size);
+  if (number < 0) return number;
   *handle = companion::handle_of(number);
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "diag/diag.h"
+#include "file.h"
 #include "plain.h"
 #include "status.h"
 
@@ -17,5 +18,7 @@ __attribute__((weak)) CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer,
   do {
     got = ::read(companion::descriptor_of(handle), buffer, static_cast<std::size_t>(buflen));
   } while (got < 0 && errno == EINTR);
-  return got < 0 ? companion::system_status() : static_cast<CS_INT>(got);
+  if (got < 0) return companion::system_status();
+  if (got == 0 && buflen > 0) return companion::check_end(companion::descriptor_of(handle));
+  return static_cast<CS_INT>(got);
 }

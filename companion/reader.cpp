@@ -2,16 +2,15 @@
 // allocated while it is walked; each piece handed out is cut from the text in place.
 #include "reader.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "comnlib/memory.h"
+#include "file.h"
+#include "runtime/hostmemory.h"
 
 namespace comnlib::companion {
 namespace {
@@ -45,7 +44,7 @@ const char* cut(char* begin, char* end) {
 
 class Descriptor {
  public:
-  explicit Descriptor(const char* path) : number_(::open(path, O_RDONLY | O_CLOEXEC)) {}
+  explicit Descriptor(int number) : number_(number) {}
   ~Descriptor() {
     if (number_ >= 0) ::close(number_);
   }
@@ -57,51 +56,48 @@ class Descriptor {
   int number_;
 };
 
-// Reads up to `room` bytes, fewer only at the end of the file; a negative status on failure.
-ssize_t read_up_to(int file, char* to, std::size_t room) {
-  std::size_t held = 0;
-  while (held < room) {
-    const ssize_t got = ::read(file, to + held, room - held);
-    if (got == 0) break;
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return system_status();
-    held += static_cast<std::size_t>(got);
-  }
-  return static_cast<ssize_t>(held);
-}
-
 constexpr std::size_t kHead = sizeof(SectionedText);
-constexpr std::size_t kMaxText = INT32_MAX - kHead - 1;
 
-// What a file's text is given at first: a byte more than its size says, so that its end is seen.
-// Files that tell no size are read into what they turn out to need.
-std::size_t first_room(const struct stat& facts) {
-  constexpr std::size_t kUnknown = 4096;
-  const bool known = facts.st_size > 0 && static_cast<std::uint64_t>(facts.st_size) < kMaxText;
-  return known ? static_cast<std::size_t>(facts.st_size) + 1 : kUnknown;
+// The block of a file's text: room for the walk over it, the text, and a byte to spare.
+class Block {
+ public:
+  ~Block() { release(bytes_); }
+  Block() = default;
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
+
+  // Gives the text `room` bytes; false, with all as it was, when memory is out.
+  bool resize(std::size_t room) {
+    const std::size_t size = kHead + room + 1;
+    void* moved = bytes_ == nullptr ? comn_malloc(size) : comn_realloc(bytes_, size);
+    if (moved != nullptr) bytes_ = static_cast<char*>(moved);
+    return moved != nullptr;
+  }
+  char* text() const { return bytes_ + kHead; }
+  char* hand_over() { return std::exchange(bytes_, nullptr); }
+
+ private:
+  char* bytes_ = nullptr;
+};
+
+// Reads a file whose size is known. A byte more is asked for, so that its end is seen.
+CS_INT read_sized(int file, Block& block, std::size_t size) {
+  if (!block.resize(size + 1)) return make_status(Fault::kNoMemory);
+  const CS_INT got = read_up_to(file, block.text(), size + 1);
+  return got < 0 || static_cast<std::size_t>(got) == size ? got : make_status(Fault::kSizeChanged);
 }
 
-// Reads a file to its end, behind the head of a block that grows with it and has a byte to spare.
-// Null with a negative status on failure.
-char* read_whole(int file, std::size_t room, std::size_t& size, CS_INT& status) {
-  auto* block = static_cast<char*>(comn_malloc(kHead + room + 1));
-  for (size = 0; block != nullptr;) {
-    const ssize_t got = read_up_to(file, block + kHead + size, room - size);
-    if (got < 0) {
-      status = static_cast<CS_INT>(got);
-      comn_free(block);
-      return nullptr;
-    }
-    size += static_cast<std::size_t>(got);
-    if (size < room) return block;
-    const std::size_t wider = room <= kMaxText / 2 ? room * 2 : kMaxText;
-    void* moved = wider == room ? nullptr : comn_realloc(block, kHead + wider + 1);
-    if (moved == nullptr) comn_free(block);
-    block = static_cast<char*>(moved);
-    room = wider;
+// Reads a file that is made while it is read.
+CS_INT read_unsized(int file, Block& block) {
+  std::size_t held = 0;
+  for (std::size_t room = 4096; held <= kMaxFile; room *= 2) {
+    if (!block.resize(room)) return make_status(Fault::kNoMemory);
+    const CS_INT got = read_up_to(file, block.text() + held, room - held);
+    if (got < 0) return got;
+    held += static_cast<std::size_t>(got);
+    if (held < room) return static_cast<CS_INT>(held);
   }
-  status = make_status(Fault::kNoMemory);
-  return nullptr;
+  return make_status(Fault::kTooLarge);
 }
 
 }  // namespace
@@ -211,17 +207,16 @@ const char* SectionedText::quoted_value(CS_INT& status) {
 }
 
 SectionedText* open_sectioned(const char* path, CS_INT& status) {
-  const Descriptor file(path);
-  struct stat facts {};
-  if (file.number() < 0 || ::fstat(file.number(), &facts) != 0) {
-    status = system_status();
-    return nullptr;
-  }
   std::size_t size = 0;
-  char* block = read_whole(file.number(), first_room(facts), size, status);
-  if (block == nullptr) return nullptr;
-  status = 0;
-  return new (block) SectionedText(block + kHead, size);
+  status = open_file(path, size);
+  if (status < 0) return nullptr;
+  const Descriptor file(status);
+  Block block;
+  status = size == 0 ? read_unsized(file.number(), block) : read_sized(file.number(), block, size);
+  if (status < 0) return nullptr;
+  char* const text = block.text();
+  const auto length = static_cast<std::size_t>(std::exchange(status, 0));
+  return new (block.hand_over()) SectionedText(text, length);
 }
 
 void close_sectioned(SectionedText* file) {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "comnlib/types.h"
+#include "intl.h"
 
 namespace comnlib::companion {
 
@@ -22,21 +22,28 @@ enum class Fault : CS_INT {
   kQuoteOpen,
   kQuoteTail,
   kNulByte,
+  kNotRegular,
+  kTooLarge,
+  kSizeChanged,
 };
 
 constexpr CS_INT kFaults = 32;
 constexpr CS_INT kMaxDetail = INT32_MAX / kFaults - 1;
 
-// Line numbers beyond the last that fits stand as that one.
+// Line numbers beyond the last that fits stand as that one. Memory that is out has a status that
+// the library knows.
 constexpr CS_INT make_status(Fault fault, CS_INT detail = 0) {
+  if (fault == Fault::kNoMemory) return INTL_NO_MEMORY;
   return -(std::min(detail, kMaxDetail) * kFaults + static_cast<CS_INT>(fault));
 }
 
 constexpr Fault fault_of(CS_INT status) {
+  if (status == INTL_NO_MEMORY) return Fault::kNoMemory;
   return static_cast<Fault>((0U - static_cast<CS_UINT>(status)) % kFaults);
 }
 
 constexpr CS_INT detail_of(CS_INT status) {
+  if (status == INTL_NO_MEMORY) return 0;
   return static_cast<CS_INT>((0U - static_cast<CS_UINT>(status)) / kFaults);
 }
 

@@ -62,7 +62,7 @@ void character_set(Host& host) {
       CS_BYTE out[16];
       comn_toupper(&set, ch, out);
       static_cast<void>(comn_isalpha(&set, ch));
-      check(comn_char_width(&set, ch) >= 1);
+      check(comn_char_width(&set, ch) <= 0x0F);
       check(comn_to_ascii(&set, ch) <= 255);
       CS_INT whole = 0, partial = 0, excess = 0, count = 0;
       comn_whole_char(&set, ch, ch + 3, &whole, &partial, &excess, &count);

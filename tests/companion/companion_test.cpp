@@ -1,8 +1,12 @@
 // The companion library: home and environment, the sectioned reader with the words of its faults,
 // and the plain reader.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
+#include <optional>
 #include <string>
 
 #include "intl.h"
@@ -10,6 +14,9 @@
 #include "support/scratch.h"
 
 namespace {
+
+// While it is set, every file ends after that many bytes.
+std::optional<std::size_t> early_end;
 
 std::string words(CS_INT status) {
   char text[200];
@@ -96,7 +103,46 @@ TEST(Sections, FilesThatCannotBeRead) {
   };
   const auto before = descriptors();
   EXPECT_EQ("", walk("/proc/self/smaps")) << "a file without a size";
+  const std::string fifo = directory.path() / "fifo", big = directory.write("big", "[a]\n");
+  ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+  std::filesystem::create_symlink("/dev/zero", directory.path() / "endless");
+  constexpr off_t kMost = 256 << 20;
+  const auto refused = [](const std::string& path) {
+    INTL_HANDLE handle = nullptr;
+    const CS_INT status = intl_iocsfopen(path.c_str(), &handle);
+    EXPECT_EQ("open: " + words(status), walk(path)) << "one rule for both readers";
+    return words(status);
+  };
+  EXPECT_EQ("not a regular file", refused(fifo));
+  EXPECT_EQ("not a regular file", refused(directory.path() / "endless"));
+  EXPECT_EQ("Is a directory", refused(directory.path()));
+  ASSERT_EQ(0, truncate(big.c_str(), kMost + 1));
+  EXPECT_EQ("the file is larger than 256 MB", refused(big));
+  ASSERT_EQ(0, truncate(big.c_str(), kMost));
+  INTL_HANDLE handle = nullptr;
+  EXPECT_EQ(0, intl_iocsfopen(big.c_str(), &handle));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
   EXPECT_EQ(before, descriptors());
+  EXPECT_EQ(0U, host_alloc::live_blocks());
+}
+
+// What ends before its size says so is not the whole file.
+TEST(Sections, FilesThatEndEarly) {
+  const scratch::Directory directory;
+  const std::string path = directory.write("f", "[a]\nk = v\n");
+  INTL_HANDLE handle = nullptr;
+  CS_BYTE bytes[20];
+  for (const std::size_t size : {0U, 4U, 9U}) {
+    early_end = size;
+    EXPECT_EQ("open: the file is not as long as its size says", walk(path));
+    ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
+    CS_INT got = size == 0 ? 1 : intl_iocsfread(handle, bytes, sizeof bytes);
+    if (got > 0) got = intl_iocsfread(handle, bytes, sizeof bytes);
+    EXPECT_EQ("the file is not as long as its size says", words(got));
+    EXPECT_EQ(0, intl_iocsfclose(handle));
+  }
+  early_end.reset();
+  EXPECT_EQ("[a] k:v", walk(path));
   EXPECT_EQ(0U, host_alloc::live_blocks());
 }
 
@@ -148,9 +194,15 @@ TEST(Plain, ReadsInPieces) {
   EXPECT_EQ("No such file or directory",
             words(intl_iocsfopen((directory.path() / "none").c_str(), &handle)));
   EXPECT_EQ(nullptr, handle);
-  ASSERT_EQ(0, intl_iocsfopen(directory.path().c_str(), &handle));
-  EXPECT_EQ("Is a directory", words(intl_iocsfread(handle, bytes, 2)));
-  EXPECT_EQ(0, intl_iocsfclose(handle));
 }
 
 }  // namespace
+
+// In place of the C library's.
+extern "C" ssize_t read(int file, void* to, std::size_t room) {
+  if (early_end) {
+    const auto at = static_cast<std::size_t>(lseek(file, 0, SEEK_CUR));
+    room = std::min(room, *early_end - std::min(*early_end, at));
+  }
+  return syscall(SYS_read, file, to, room);
+}

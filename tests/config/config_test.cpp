@@ -288,6 +288,20 @@ TEST_F(Config, Includes) {
   EXPECT_EQ("deep", get("s", "a"));
   write_file("d0", "include d1");
   EXPECT_NE("", complaint("include d0"));
+
+  // 1,000 files with the first one, however they include one another.
+  std::string many = "[s]\na = 1\n", wide = "include leaf\n";
+  write_file("leaf", "[s]\nb = 1\n");
+  for (int i = 0; i < 998; ++i) many += "include leaf\n";
+  ASSERT_EQ(CS_SUCCEED, load(many + wide));
+  comn_drop_cfg(&context_);
+  EXPECT_NE("", complaint(many + wide + wide));
+  for (const char* file : {"w1", "w2", "w3", "w4", "w5", "w6", "w7", "w8"}) {
+    write_file(file, wide);
+    wide.clear();
+    for (int i = 0; i < 8; ++i) wide += "include " + std::string(file) + "\n";
+  }
+  EXPECT_NE("", complaint(wide)) << "millions of files";
 }
 
 TEST_F(Config, DefaultFileLiesBelowTheHome) {

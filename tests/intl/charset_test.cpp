@@ -168,7 +168,7 @@ TEST_F(ShippedSets, Iso1IsTheBuiltInSetWithGraphicBits) {
     EXPECT_EQ(built_in.char_upper, file.char_upper) << byte;
     EXPECT_EQ(built_in.char_lower, file.char_lower) << byte;
     if (soft_hyphen) continue;
-    EXPECT_EQ(built_in.char_lex, file.char_lex) << byte;
+    EXPECT_EQ(built_in.char_lex, file.char_lex & ~COMN_LEX_CURRENCY) << byte;
     EXPECT_EQ(Com_charmap[byte].char_type, file.char_type) << byte;
   }
 }

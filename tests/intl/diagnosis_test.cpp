@@ -82,8 +82,12 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   EXPECT_EQ(CS_FAIL, com__verify_msgfile(context, "us", 2, "none.loc", 8, path, 200));
   EXPECT_EQ(CS_SUCCEED, com__verify_charfile(context, "utf8", "utf8", "cfg", path, 200));
   const auto exact = static_cast<CS_INT>(std::string(path).size());
-  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact))
-      << "no room for its NUL";
+  path[exact] = '#';
+  EXPECT_EQ(CS_SUCCEED, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact));
+  EXPECT_EQ("utf8.cfg#", std::string(path + exact - 8, 9)) << "no room for its NUL";
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfx", path, exact));
+  EXPECT_EQ("utf8.cfx#", std::string(path + exact - 8, 9));
+  EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact - 1));
   EXPECT_STREQ("*", path);
   CsLocCache* entry = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("french", &entry));

@@ -1,5 +1,6 @@
 // A host for the localization tests: a context whose home is the shipped one or a copy to break,
-// and a companion library that counts its files and fails to close them on demand.
+// and a companion library that counts its files, hands out every text in one buffer, and fails to
+// close on demand.
 #pragma once
 
 #include <gtest/gtest.h>

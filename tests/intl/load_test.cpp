@@ -37,6 +37,8 @@ TEST(Lookup, LinesOfTheTable) {
               {"[linux]\nlocales = y\nlocale = x, l, c\n", CS_FAIL},
               {"[linux]\nlocale = x, l, c\nother = y\n", CS_SUCCEED, "l/c/binary///"},
               {"[linux]\nlocale = x, l\n", CS_FAIL},
+              {"[linux]\nlocale = x, , c\n", CS_FAIL},
+              {"[linux]\nlocale = x, l, , s\n", CS_FAIL},
               {"[linux]\nlocale = xy, l, c\n", CS_FAIL},
               {"[linux]\nlocale = y, \"\nlocale = x, l, c\n", CS_SUCCEED, "l/c/binary///"},
               {"[linux]\nlocale = \"y\nlocale = x, l, c\n", CS_INTL_LIBERR},
@@ -101,6 +103,19 @@ TEST(Load, SharesAndCachesAndTakesNamedConventions) {
   CsLocCache* given = nullptr;
   ASSERT_EQ(CS_SUCCEED, context.load("mine", "cp850", "french", "nocase", &given));
   EXPECT_STREQ("cp850", given->charname);
+  const std::array<const char*, 4> names{"mine", "cp850", "french", "nocase"};
+  const std::array<const char*, 4> others{"yours", "iso_1", "us_english", "binary"};
+  for (std::size_t i = 0; i <= names.size(); ++i) {
+    auto asked = names;
+    if (i < names.size()) asked[i] = others[i];
+    CsLocCache* found = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.load(asked[0], asked[1], asked[2], asked[3], &found));
+    EXPECT_EQ(i == names.size(), found == given) << asked[0] << asked[1] << asked[2] << asked[3];
+    EXPECT_STREQ(asked[1], found->charname);
+    EXPECT_STREQ(asked[2], found->langname);
+    ASSERT_EQ(CS_SUCCEED, context.load("mine", &found));
+    EXPECT_EQ(given, found) << "the name alone goes on naming the first";
+  }
   EXPECT_EQ("d\202cembre", given->locdateinfo->conventions.months[11]);
   EXPECT_EQ(",", given->locnuminfo->digits.decimal_point);
   EXPECT_EQ(comnlib::SymbolPlace::kAfter, given->locmoninfo->symbol_place);
@@ -139,7 +154,7 @@ TEST(Load, EveryRefusal) {
   const std::pair<std::string, std::string> rows[] = {
       {kTable, "locale = default->locale = other"},
       {"config/objectid.dat",
-       "removed|![natlang]->[natlang|binary = ->x = |ucs2 = ->x = |iso_1 = 2->iso_x = 2|"
+       "removed|![natlang]->[natlang|[->;|binary = ->x = |ucs2 = ->x = |iso_1 = 2->iso_x = 2|"
        "iso_1 = 2->iso_1 = 2x|iso_1 = 2->iso_1 = 0|iso_1 = 2->iso_1 = 0x80000000"},
       {"locales/message/us_english/comnlib.loc",
        "removed|-101 =->0x-65 =|[messages]->[message]|!-101 =->-101|!-101 = \"->-101 = \"\"x"},
@@ -245,6 +260,46 @@ TEST(Load, CharacterSetAlone) {
   std::filesystem::remove("tlvinit.err");
 }
 
+// An identifier file that is being written holds nothing for a moment.
+TEST(Load, EmptyIdentifiersAreReadAgain) {
+  const HomeCopy home;
+  const std::string whole = home.read("config/objectid.dat");
+  home.write("config/objectid.dat", "");
+  Context context;
+  EXPECT_EQ(CS_FAIL, context.init());
+  home.write("config/objectid.dat", whole);
+  EXPECT_EQ(CS_SUCCEED, context.init());
+}
+
+// A thread that is cancelled while it sets up and loads finishes first, on a stack of 32 KB.
+TEST(Load, CancellationWaitsAndAStackOf32KB) {
+  struct Work {
+    intl_host::ShippedHome home;
+    Context context;
+    CsLocCache* entry = nullptr;
+  } work;
+  pthread_attr_t attributes;
+  ASSERT_EQ(0, pthread_attr_init(&attributes));
+#ifndef __SANITIZE_ADDRESS__
+  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 32 << 10));
+#endif
+  const auto load = [](void* at) -> void* {
+    auto& [home, context, entry] = *static_cast<Work*>(at);
+    pthread_cancel(pthread_self());
+    context.init();
+    context.load("german", &entry);
+    pthread_testcancel();
+    return nullptr;
+  };
+  pthread_t thread;
+  void* result = nullptr;
+  ASSERT_EQ(0, pthread_create(&thread, &attributes, load, &work));
+  ASSERT_EQ(0, pthread_join(thread, &result));
+  EXPECT_EQ(0, pthread_attr_destroy(&attributes));
+  EXPECT_EQ(PTHREAD_CANCELED, result);
+  EXPECT_NE(nullptr, work.entry);
+}
+
 TEST(Load, TakesTheHostsLocks) {
   static int locks_taken;
   locks_taken = 0;
@@ -335,6 +390,7 @@ TEST_F(Locales, Records) {
   EXPECT_EQ(japanese_, second->ctypeptr);
   EXPECT_EQ(first, second->next) << "newest first";
   EXPECT_EQ(second, context_.globals.cmg_locale);
+  context_.context.ctxdeflocale = first;
   CS_LOCALE other{};
   other.next = second;
   EXPECT_EQ(CS_SUCCEED, comn_loc_copy(&other, first));
@@ -343,9 +399,13 @@ TEST_F(Locales, Records) {
   EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, &other));
   EXPECT_EQ(CS_SUCCEED, comn_loc_drop(context_, first));
   EXPECT_EQ(nullptr, context_.context.ctxlocale);
+  EXPECT_EQ(nullptr, context_.context.ctxdeflocale);
+  EXPECT_DEATH(comn_loc_drop(context_, &other), "assertion") << "in no list";
   EXPECT_EQ(CS_FAIL, comn_loc_validate(context_, first));
   EXPECT_EQ(empty, second->next);
-  context_.context.ctxlocale = second;
+  context_.context.ctxlocale = context_.context.ctxdeflocale = second;
+  EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(context_)) << "the default is in the list: freed once";
+  EXPECT_EQ(nullptr, context_.context.ctxdeflocale);
   context_.context.ctxdeflocale = static_cast<CS_LOCALE*>(comn_malloc(sizeof(CS_LOCALE)));
   EXPECT_EQ(CS_SUCCEED, comn_loc_drop_all(context_));
   EXPECT_EQ(nullptr, context_.globals.cmg_locale);

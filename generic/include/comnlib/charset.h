@@ -35,8 +35,8 @@ enum {
 enum {
   COMN_LEX_LETTER = 1,
   COMN_LEX_DIGIT = 2,
-  COMN_LEX_SPACE = 8, /**< white space and controls */
-  COMN_LEX_CURRENCY = 16,
+  COMN_LEX_SPACE = 8,     /**< white space and controls */
+  COMN_LEX_CURRENCY = 16, /**< not in the built-in attributes */
   COMN_LEX_PUNCT = 32
 };
 
@@ -112,8 +112,9 @@ COMN_API CS_RETCODE com_build_char_attrib(CS_INT kind, CS_INT id, const CS_CHAR*
 COMN_API const char_attrib* com_get_charattrib(CS_VOID);
 
 /**
- * The type map of the built-in attributes, 256 entries. Its graphic bit is set nowhere; currency
- * signs ("$" and 0xA2 to 0xA5) carry COMN_LEX_CURRENCY. Static storage.
+ * The type map of the built-in attributes, 256 entries. Its graphic bit and COMN_LEX_CURRENCY are
+ * set nowhere: that "$" and the bytes 0xA2 to 0xA5 are currency signs is known to the readers of
+ * money (money.h) alone. Static storage.
  */
 COMN_API const char_map* com_get_typemap(CS_VOID);
 
@@ -146,11 +147,11 @@ COMN_API CS_VOID comn_toupper(const char_attrib* attrib, const CS_BYTE* ch, CS_B
 COMN_API CS_VOID comn_tolower(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst);
 /**@}*/
 
-/** Bytes of the character, at least 1. */
+/** Bytes of the character: what the width map says of its first byte, 0 included; 1 without one. */
 COMN_API CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch);
 
 /** Advances `*ch` by the bytes of the character, at least 1. */
-COMN_API CS_VOID comn_inc_char(const char_attrib* attrib, const CS_BYTE** ch);
+COMN_API CS_VOID comn_inc_char(const char_attrib* attrib, CS_BYTE** ch);
 
 /** Columns that the character takes on a screen; 0 for marks that take none. */
 COMN_API CS_INT comn_disp_width(const char_attrib* attrib, const CS_BYTE* ch);

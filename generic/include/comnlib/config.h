@@ -41,8 +41,11 @@ enum {
   CFG_SPACE = 270          /**< blanks, or a comment: a line's blanks, ";" and all but its end */
 };
 
-/** Files may include files that include files, and so on, to this depth below the first. */
-enum { CFG_MAX_DEPTH = 16 };
+/**
+ * Limits: files may include files that include files, and so on, to this depth below the first, and
+ * one load reads this many files at most, each as often as it is included.
+ */
+enum { CFG_MAX_DEPTH = 16, CFG_MAX_FILES = 1000 };
 
 /** A parse over one file. Serves one thread at a time. */
 typedef struct _cfgparseinfo CfgParseInfo;

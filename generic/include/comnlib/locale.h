@@ -10,7 +10,7 @@
  *
  * Results are CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_INTL_LIBERR (a call of the companion library
  * failed; its status is in ctxintlerr) and CS_INTL_NOFILE (a file could not be opened; the status
- * is in ctxintlerr).
+ * is in ctxintlerr). A reader that finds no memory gives CS_MEM_ERROR.
  *
  * An error buffer (`errbuf`, `errlen` bytes; null for none) receives the path of the file that was
  * opened last, cut to fit and NUL-terminated, on success too.
@@ -20,8 +20,9 @@
  * up to their NUL.
  *
  * Loading and the routines on locale records hold the context's cmg_mtx, through the context's
- * thread table when it has one; they may be called from several threads. The path builders keep no
- * state. Set-up and end are one thread's work. Records that were handed out are only read.
+ * thread table when it has one; they may be called from several threads. A thread that is cancelled
+ * during set-up or while it holds the mutex finishes that first. The path builders keep no state.
+ * Set-up and end are one thread's work. Records that were handed out are only read.
  */
 #ifndef COMNLIB_LOCALE_H
 #define COMNLIB_LOCALE_H
@@ -204,7 +205,8 @@ COMN_API CS_RETCODE comn_intl_load(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_I
 
 /**
  * comn_intl_load with character set, language and sort order given by the caller and the
- * conventions of their common.loc; a name that is loaded already is handed back as it is.
+ * conventions of their common.loc. Hands back a loaded entry when all four names agree with it; a
+ * second entry of one locale name never takes the place of the first in comn_intl_load.
  */
 COMN_API CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locname,
                                             CS_INT locnamelen, const CS_CHAR* charname,
@@ -265,14 +267,14 @@ COMN_API CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, cons
 COMN_API CS_RETCODE comn_loc_alloc(CS_CONTEXT* ctx, CS_LOCALE** locale);
 
 /**
- * Takes a record out of the list and frees it; the context's ctxlocale is cleared when it is that
- * record.
+ * Takes a record out of the list and frees it; the context's ctxlocale and ctxdeflocale are cleared
+ * when they are that record. A record that is in no list stops the process.
  */
 COMN_API CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale);
 
 /**
- * Frees all records and the context's default locale, which comes from comn_malloc and is in no
- * list.
+ * Frees all records and the context's default locale, which is one of them or a record of the
+ * host's own from comn_malloc. Clears ctxlocale and ctxdeflocale.
  */
 COMN_API CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx);
 
@@ -297,7 +299,7 @@ COMN_API CS_RETCODE comn_lm_exit(LM_CONTEXT* lm);
 
 /**
  * Whether message file `file` of the locale's language can be read: CS_SUCCEED or CS_FAIL, with its
- * path in `pathbuf` ("*" when it does not fit).
+ * path in `pathbuf`, with a NUL when there is room ("*" when it does not fit).
  */
 COMN_API CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* locale,
                                               const CS_CHAR* file, CS_CHAR* pathbuf,

@@ -168,6 +168,7 @@ typedef struct _cs_daterec {
 } CS_DATEREC;
 
 typedef struct _cslocale CS_LOCALE;
+typedef CS_LOCALE CsLocale;
 
 /**
  * Describes one value that a conversion reads or writes. Conversions never change it, so one format

@@ -33,10 +33,13 @@ CS_INT masked(const char_attrib* attrib, const CS_BYTE* ch, CS_INT mask,
   return entry_of(attrib, ch).char_type & mask;
 }
 
-// No width 0 comes out, so that no walk over a text can stand still.
 CS_INT width(const char_attrib& attrib, CS_BYTE first) {
-  if (attrib.cs_width_map == nullptr) return 1;
-  return std::max(attrib.cs_width_map[first] & 0x0F, 1);
+  return attrib.cs_width_map == nullptr ? 1 : attrib.cs_width_map[first] & 0x0F;
+}
+
+// How far a walk over a text goes: a width of 0 would never end it.
+CS_INT step(const char_attrib& attrib, CS_BYTE first) {
+  return std::max(width(attrib, first), 1);
 }
 
 // Case forms that take more than one look-up: two-byte characters, and single bytes of which the
@@ -48,7 +51,7 @@ void copy_case(const char_attrib& set, const char_map& first, const CS_BYTE* ch,
     dst[0] = ch[0];
     dst[1] = second;
   } else {
-    std::memmove(dst, ch, static_cast<std::size_t>(width(set, *ch)));
+    std::memmove(dst, ch, static_cast<std::size_t>(step(set, *ch)));
   }
 }
 
@@ -65,7 +68,7 @@ CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
   if (attrib == nullptr) return *ch;
   const CS_BYTE* tables = attrib->cs_norm_map;
   if (tables == nullptr) return attrib->cs_type_map[*ch].char_lower;
-  if (width(*attrib, *ch) == 1) return tables[*ch];
+  if (width(*attrib, *ch) <= 1) return tables[*ch];
   const CS_INT table = tables[*ch];
   return table == 0 ? 0 : tables[table * COMN_CS_MAPSIZE + ch[1]];
 }
@@ -111,10 +114,10 @@ CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch) {
   return width(or_default(attrib), *ch);
 }
 
-void comn_inc_char(const char_attrib* attrib, const CS_BYTE** ch) {
+void comn_inc_char(const char_attrib* attrib, CS_BYTE** ch) {
   check_pointer(ch);
   check_pointer(*ch);
-  *ch += width(or_default(attrib), **ch);
+  *ch += step(or_default(attrib), **ch);
 }
 
 CS_INT comn_disp_width(const char_attrib* attrib, const CS_BYTE* ch) {
@@ -151,7 +154,7 @@ void comn_whole_char(const char_attrib* attrib, const CS_BYTE* start, const CS_B
   CS_INT last = 0;
   while (at < length) {
     last = at;
-    at += width(set, start[at]);
+    at += step(set, start[at]);
     ++characters;
   }
   if (at > length) {
@@ -176,7 +179,7 @@ CS_INT comn_str_to_ascii(const char_attrib* attrib, const CS_BYTE* src, CS_INT s
   const char_attrib& set = or_default(attrib);
   CS_INT written = 0;
   for (CS_INT at = 0; at < srclen && written < dstlen; ++written) {
-    const CS_INT bytes = width(set, src[at]);
+    const CS_INT bytes = step(set, src[at]);
     if (bytes > srclen - at) break;
     dst[written] = static_cast<CS_BYTE>(normal_form(attrib, src + at));
     at += bytes;

@@ -15,14 +15,14 @@ constexpr bool is(char_map row, int upper, int lower, int lex, int type) {
 static_assert(is(default_entry(0x00), 0, 0, 8, 0));
 static_assert(is(default_entry(0x09), 9, 9, 8, 8));
 static_assert(is(default_entry(0x20), 32, 32, 8, 8));
-static_assert(is(default_entry(0x24), 36, 36, 48, 32));
+static_assert(is(default_entry(0x24), 36, 36, 32, 32));
 static_assert(is(default_entry(0x2E), 46, 46, 32, 32));
 static_assert(is(default_entry(0x30), 48, 48, 2, 20));
 static_assert(is(default_entry(0x41), 65, 97, 1, 17));
 static_assert(is(default_entry(0x5A), 90, 122, 1, 1));
 static_assert(is(default_entry(0x61), 65, 97, 1, 18));
 static_assert(is(default_entry(0x7A), 90, 122, 1, 2));
-static_assert(is(default_entry(0xA5), 165, 165, 48, 32));
+static_assert(is(default_entry(0xA5), 165, 165, 32, 32));
 static_assert(is(default_entry(0xC0), 192, 224, 1, 1));
 static_assert(is(default_entry(0xE0), 192, 224, 1, 2));
 static_assert(is(default_entry(0xFF), 255, 255, 1, 2));

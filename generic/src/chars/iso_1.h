@@ -43,6 +43,7 @@ constexpr bool is_space(int byte) {
 constexpr bool is_control(int byte) {
   return byte < 0x20 || in(byte, 0x7F, 0x9F);
 }
+// For the readers of money: the table has no lexical class of currency signs.
 constexpr bool is_currency(int byte) {
   return byte == '$' || in(byte, 0xA2, 0xA5);
 }
@@ -61,7 +62,7 @@ constexpr int lexical_class(int byte) {
   if ((type & COMN_CT_ALPHA) != 0) return COMN_LEX_LETTER;
   if ((type & COMN_CT_DIGIT) != 0) return COMN_LEX_DIGIT;
   if ((type & COMN_CT_PUNCT) == 0) return COMN_LEX_SPACE;
-  return is_currency(byte) ? COMN_LEX_PUNCT | COMN_LEX_CURRENCY : COMN_LEX_PUNCT;
+  return COMN_LEX_PUNCT;
 }
 
 constexpr char_map entry(int byte, int lex, int type) {

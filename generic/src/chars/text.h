@@ -42,7 +42,8 @@ inline bool is_default_space(CS_BYTE byte) {
 [[gnu::noinline]] inline TextChar first_multibyte_char(Text text) {
   const std::array<CS_BYTE, 2> head = {text.bytes[0],
                                        text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
-  const auto width = static_cast<std::size_t>(comn_char_width(text.attrib, head.data()));
+  const auto width =
+      static_cast<std::size_t>(std::max(comn_char_width(text.attrib, head.data()), CS_INT{1}));
   if (width > text.bytes.size()) return {text.bytes, 0, false, true};
   return {text.bytes.first(width), comn_to_ascii(text.attrib, head.data()),
           comn_isspace(text.attrib, head.data()) != 0, false};

@@ -11,6 +11,7 @@
 
 #include "diag/diag.h"
 #include "runtime/homepath.h"
+#include "runtime/uncancelled.h"
 
 namespace comnlib {
 namespace {
@@ -42,6 +43,7 @@ struct _csconfig {
   comnlib::Slot* slots;
   std::size_t slot_count;  // a power of two, or 0
   std::size_t used_slots;
+  CS_INT files;  // read by the load
 };
 
 namespace comnlib {
@@ -250,6 +252,9 @@ CS_RETCODE cfg__add_include(CfgParseInfo* parse, const CS_CHAR* path, CS_INT len
   const std::string_view included(path, static_cast<std::size_t>(length));
   if (included.empty() || included.find('\0') != included.npos)
     return refuse(*parse, "expected the path of a file, found an empty text or a NUL in it");
+  // Files that include one another many times would take for ever without ever going deep.
+  if (parse->config != nullptr && ++parse->config->files >= CFG_MAX_FILES)
+    return refuse(*parse, "too many files are included");
   if (parse->depth >= CFG_MAX_DEPTH) return refuse(*parse, "files are included too deep");
   ByteBuffer resolved{};
   CS_RETCODE result = CS_MEM_ERROR;
@@ -261,6 +266,7 @@ CS_RETCODE cfg__add_include(CfgParseInfo* parse, const CS_CHAR* path, CS_INT len
 
 CS_RETCODE comn_init_cfg(CS_CONTEXT* context, const CS_CHAR* path) {
   check_pointer(context);
+  const Uncancelled uncancelled;
   CsConfig* config = nullptr;
   CS_RETCODE result = make_store(*context, path, config);
   if (result == CS_SUCCEED && context->ctxconfig != nullptr) {

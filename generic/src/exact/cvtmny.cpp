@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "chars/decimal.h"
+#include "chars/iso_1.h"
 #include "comnlib/money.h"
 #include "diag/diag.h"
 #include "exact/numeaux.h"
@@ -100,7 +101,11 @@ class Characters {
 
   bool done() const { return at_ == end_; }
   bool is_space() const { return has(&comn_isspace, ~0); }
-  bool is_currency() const { return has(&comn_get_lex, COMN_LEX_CURRENCY); }
+  // The lexical classes of the built-in table know no currency.
+  bool is_currency() const {
+    if (charset_.cs_type_map == ISO_1_type_map) return !done() && latin1::is_currency(*at_);
+    return has(&comn_get_lex, COMN_LEX_CURRENCY);
+  }
 
  protected:
   using Query = CS_INT (*)(const char_attrib*, const CS_BYTE*);
@@ -149,7 +154,7 @@ class WholeCharacters : public Characters {
     width_ = 0;
     if (done()) return;
     const CS_INT left = end_ - at_;
-    width_ = comn_char_width(&charset_, at_);
+    width_ = std::max(comn_char_width(&charset_, at_), CS_INT{1});
     if (width_ == 1) {
       ascii_ = *at_;
     } else if (width_ <= left) {

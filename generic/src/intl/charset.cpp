@@ -112,16 +112,15 @@ bool read_field(std::string_view text, CS_INT least, CS_INT most, T& field) {
   return number.has_value();
 }
 
-// One key in front of the image; false for a bad value or a key of another name.
-bool read_key(std::string_view key, std::string_view value, char_attrib& attrib,
-              CS_LONG& image_size) {
+// An entry before the image; false for a bad value or a key of another name.
+bool read_key(std::string_view key, IntlFile& file, char_attrib& attrib, CS_LONG& image_size) {
   if (key == "class")
-    return read_field(value, COMN_CS_SINGLEBYTE, COMN_CS_MULTIBYTE, attrib.cs_class);
-  if (key == "id") return read_field(value, 0, UINT8_MAX, attrib.cs_id);
-  if (key == "status") return read_field(value, 0, UINT16_MAX, attrib.cs_status);
-  if (key == "image_size") return read_field(value, INT32_MIN, INT32_MAX, image_size);
-  if (key == "name") return read_name(value, attrib);
-  return key == "description";
+    return read_field(file.next_text(), COMN_CS_SINGLEBYTE, COMN_CS_MULTIBYTE, attrib.cs_class);
+  if (key == "id") return read_field(file.next_text(), 0, UINT8_MAX, attrib.cs_id);
+  if (key == "status") return read_field(file.next_text(), 0, UINT16_MAX, attrib.cs_status);
+  if (key == "image_size") return read_field(file.next_text(), INT32_MIN, INT32_MAX, image_size);
+  if (key == "name") return read_name(file.next_text(), attrib) && !file.failed();
+  return key == "description" && file.next_value() != nullptr;
 }
 
 CS_RETCODE read_image(CS_CONTEXT* ctx, char_attrib& attrib, CS_LONG image_size, IntlFile& file) {
@@ -145,9 +144,7 @@ CS_RETCODE read_charset(CS_CONTEXT* ctx, IntlFile& file, CsCharDesc& desc) {
   while (const CS_CHAR* key = file.next_entry()) {
     if (std::string_view(key) == "definition")
       return read_image(ctx, *desc.char_attrib, image_size, file);
-    const CS_CHAR* value = file.next_value();
-    if (value == nullptr || !read_key(key, value, *desc.char_attrib, image_size))
-      return file.failure();
+    if (!read_key(key, file, *desc.char_attrib, image_size)) return file.failure();
   }
   return file.failure();
 }

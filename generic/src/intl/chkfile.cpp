@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <climits>
 #include <utility>
 
 #include "diag/diag.h"
@@ -22,13 +23,18 @@ bool is_readable(const CS_CHAR* path) {
   return ::access(path, R_OK) == 0;
 }
 
+// A path that fills its buffer has no NUL there. The system knows no path longer than PATH_MAX.
 CS_RETCODE verify(CS_RETCODE built, CS_CHAR* path, CS_INT pathlen) {
-  const bool whole =
-      built == CS_SUCCEED && std::memchr(path, '\0', static_cast<std::size_t>(pathlen)) != nullptr;
-  if (whole) return is_readable(path) ? CS_SUCCEED : CS_FAIL;
-  path[0] = '*';
-  if (pathlen > 1) path[1] = '\0';
-  return built == CS_SUCCEED ? CS_FAIL : built;
+  if (built != CS_SUCCEED) {
+    path[0] = '*';
+    if (pathlen > 1) path[1] = '\0';
+    return built;
+  }
+  std::array<CS_CHAR, PATH_MAX> whole;
+  const std::string_view text(path, strnlen(path, static_cast<std::size_t>(pathlen)));
+  if (text.size() >= whole.size()) return CS_FAIL;
+  whole[text.copy(whole.data(), text.size())] = '\0';
+  return is_readable(whole.data()) ? CS_SUCCEED : CS_FAIL;
 }
 
 // Restores what the look-ups of the diagnosis would leave in the context.

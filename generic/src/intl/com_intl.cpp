@@ -50,8 +50,8 @@ struct NameField {
   }
 };
 
-// The values behind the locale name of a line. The first two must be there, the rest ends with the
-// first one missing; an empty value counts as given.
+// The values after the locale name of a line. The first two must be there and not be empty; the
+// rest ends with the first one missing.
 CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
   const NameField sortorder{names.sortorder, &names.sortorderlen};
   const std::array<NameField, 6> fields{{{names.lang, &names.langlen},
@@ -60,14 +60,14 @@ CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
                                          {names.datetime, &names.datetimelen},
                                          {names.numeric, &names.numericlen},
                                          {names.money, &names.moneylen}}};
-  constexpr std::size_t kRequired = 2;
   std::size_t given = 0;
   while (given < fields.size()) {
     const CS_CHAR* value = file.next_value();
     if (value == nullptr) break;
     fields[given++].set(value);
   }
-  if (file.failed() || given < kRequired) return file.failure();
+  const bool has_both = names.langlen != 0 && names.charsetlen != 0;
+  if (file.failed() || !has_both) return file.failure();
   if (names.sortorderlen == 0) sortorder.set("binary");
   return CS_SUCCEED;
 }
@@ -82,14 +82,6 @@ CS_RETCODE find_names(IntlFile& file, std::string_view locname, CsLocNames& name
     if (file.failed()) return file.failure();
   }
   return file.failure();
-}
-
-CsLocCache* find_entry(const CsCtxGlobals& globals, std::string_view locname) {
-  CsLocCache* entry = globals.cmg_lcache;
-  while (entry != nullptr &&
-         locname != std::string_view(entry->locname, static_cast<std::size_t>(entry->locnamelen)))
-    entry = entry->locnext;
-  return entry;
 }
 
 // A name of a cache entry and its length.
@@ -116,6 +108,10 @@ CS_RETCODE copy_name(CsLocCache& entry, EntryName name, std::string_view text) {
   return CS_SUCCEED;
 }
 
+std::string_view name_of(const CsLocCache& entry, EntryName name) {
+  return {entry.*name.text, static_cast<std::size_t>(entry.*name.length)};
+}
+
 struct DropEntry {
   void operator()(CsLocCache* entry) const {
     for (const EntryName name : kEntryNames) release(entry->*name.text);
@@ -128,6 +124,27 @@ using OwnedEntry = std::unique_ptr<CsLocCache, DropEntry>;
 struct LocaleNames {
   std::string_view locale, charset, language, sortorder, datetime, numeric, money;
 };
+
+// The first entry of that locale name that agrees with the names beside it.
+template <class Agrees>
+CsLocCache* find_entry(const CsCtxGlobals& globals, std::string_view locname, Agrees agrees) {
+  CsLocCache* entry = globals.cmg_lcache;
+  while (entry != nullptr && (name_of(*entry, kLocaleName) != locname || !agrees(*entry)))
+    entry = entry->locnext;
+  return entry;
+}
+
+CsLocCache* find_entry(const CsCtxGlobals& globals, std::string_view locname) {
+  return find_entry(globals, locname, [](const CsLocCache&) { return true; });
+}
+
+CsLocCache* find_entry(const CsCtxGlobals& globals, const LocaleNames& names) {
+  return find_entry(globals, names.locale, [&names](const CsLocCache& entry) {
+    return name_of(entry, kCharsetName) == names.charset &&
+           name_of(entry, kLanguageName) == names.language &&
+           name_of(entry, kSortName) == names.sortorder;
+  });
+}
 
 // The steps of a load, each of which needs the ones before it.
 class EntryLoader {
@@ -208,8 +225,12 @@ CS_RETCODE load_entry(CS_CONTEXT& ctx, const LocaleNames& names, CsLocCache** lo
     drop_descriptors_until(globals, before);
     return result;
   }
-  entry->locnext = globals.cmg_lcache;
-  globals.cmg_lcache = entry.get();
+  // A second entry of one name goes after the first, which a look-up by the name alone goes on
+  // finding.
+  CsLocCache* first = find_entry(globals, names.locale);
+  CsLocCache** link = first == nullptr ? &globals.cmg_lcache : &first->locnext;
+  entry->locnext = *link;
+  *link = entry.get();
   *loaded = entry.release();
   return CS_SUCCEED;
 }
@@ -358,7 +379,7 @@ CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_I
                           .money = {}};
   const GlobalsLock lock(*ctx);
   if (!lock.taken()) return trace(CS_FAIL);
-  if (CsLocCache* known = find_entry(*ctx->ctxglobals, names.locale)) {
+  if (CsLocCache* known = find_entry(*ctx->ctxglobals, names)) {
     *entry = known;
     return trace(CS_SUCCEED);
   }
@@ -368,6 +389,7 @@ CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_I
 CS_RETCODE comn_intl_init(CS_CONTEXT* ctx, CS_CHAR* errbuf, CS_INT errlen) {
   check_arguments(ctx, errbuf, errlen);
   if (ctx->ctxglobals->utf8_charset != nullptr) return trace(CS_SUCCEED);
+  const Uncancelled uncancelled;
   const CS_RETCODE result = init_globals(*ctx, {errbuf, errlen});
   if (result != CS_SUCCEED) undo_init(*ctx->ctxglobals);
   return trace(result);
@@ -382,14 +404,12 @@ CS_RETCODE com_intl_getstr(const CS_LOCALE* locale, CS_INT category, CS_INT item
   require(item >= COM_LOC_CHARSET && item <= COM_LOC_LANGCHARSET);
   const CsLocCache* entry = entry_of(*locale, category);
   check_pointer(entry);
-  const auto name = [entry](EntryName which) {
-    return std::string_view(entry->*which.text, static_cast<std::size_t>(entry->*which.length));
-  };
   if (item == COM_LOC_LANGCHARSET)
-    return trace(
-        place_language_and_charset(name(kLanguageName), name(kCharsetName), buf, buflen, outlen));
+    return trace(place_language_and_charset(name_of(*entry, kLanguageName),
+                                            name_of(*entry, kCharsetName), buf, buflen, outlen));
   constexpr std::array kItems{kCharsetName, kLanguageName, kSortName};
-  return trace(place_string(name(kItems[static_cast<std::size_t>(item - 1)]), buf, buflen, outlen));
+  const EntryName which = kItems[static_cast<std::size_t>(item - 1)];
+  return trace(place_string(name_of(*entry, which), buf, buflen, outlen));
 }
 
 CS_INT com_intl_loccmp(CS_INT category, CS_INT level, const CS_LOCALE* locale1,
@@ -432,8 +452,7 @@ CS_RETCODE comn__copy_loccache(CS_CONTEXT* ctx, const CsLocCache* src, CsLocCach
   for (const EntryName name : kEntryNames) (*copy).*name.text = nullptr;
   for (const EntryName name : kEntryNames) {
     if (src->*name.text == nullptr) continue;
-    const std::string_view text(src->*name.text, static_cast<std::size_t>(src->*name.length));
-    const CS_RETCODE result = copy_name(*copy, name, text);
+    const CS_RETCODE result = copy_name(*copy, name, name_of(*src, name));
     if (result != CS_SUCCEED) return trace(result);
   }
   *dst = copy.release();

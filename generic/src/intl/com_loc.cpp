@@ -24,7 +24,7 @@ CS_RETCODE open_built(CS_CONTEXT& ctx, CS_RETCODE built, const Buffer& path, INT
   const CS_INT status = intl_open(path.data(), handle);
   if (status >= 0) return CS_SUCCEED;
   ctx.ctxintlerr = status;
-  return CS_INTL_NOFILE;
+  return status == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_INTL_NOFILE;
 }
 
 ErrorBuffer error_buffer(CS_CHAR* errbuf, CS_INT errlen, Place place = Place::current()) {

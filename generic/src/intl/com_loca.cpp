@@ -13,6 +13,12 @@ CS_LOCALE** link_to(CsCtxGlobals& globals, const CS_LOCALE* locale) {
   return *link == nullptr ? nullptr : link;
 }
 
+// A record that is about to be freed is no longer the context's.
+void forget(CS_CONTEXT& ctx, const CS_LOCALE* locale) {
+  if (ctx.ctxlocale == locale) ctx.ctxlocale = nullptr;
+  if (ctx.ctxdeflocale == locale) ctx.ctxdeflocale = nullptr;
+}
+
 void check_context(const CS_CONTEXT* ctx, Place place = Place::current()) {
   check_pointer(ctx, place);
   check_pointer(ctx->ctxglobals, place);
@@ -46,8 +52,10 @@ CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale) {
   {
     const GlobalsLock lock(*ctx);
     if (!lock.taken()) return trace(CS_FAIL);
-    if (CS_LOCALE** link = link_to(*ctx->ctxglobals, locale)) *link = locale->next;
-    if (ctx->ctxlocale == locale) ctx->ctxlocale = nullptr;
+    CS_LOCALE** link = link_to(*ctx->ctxglobals, locale);
+    require(link != nullptr);
+    *link = locale->next;
+    forget(*ctx, locale);
   }
   comn_free(locale);
   return trace(CS_SUCCEED);
@@ -59,6 +67,7 @@ CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx) {
   if (!lock.taken()) return trace(CS_FAIL);
   while (CS_LOCALE* locale = ctx->ctxglobals->cmg_locale) {
     ctx->ctxglobals->cmg_locale = locale->next;
+    forget(*ctx, locale);
     // Zero-filled, so that a late use meets no categories.
     *locale = CS_LOCALE{};
     comn_free(locale);

@@ -41,15 +41,16 @@ CS_RETCODE read_targets(IntlFile& file, CsConvConfig& config) {
   return file.failed() ? file.failure() : CS_SUCCEED;
 }
 
+bool read_value(std::string_view key, IntlFile& file, CsConvConfig& config) {
+  if (key == "replacement") return read_replacement(file.next_text(), config);
+  if (key == "algorithm") return read_algorithm(file.next_text(), config);
+  if (key == "table") return read_table(file.next_text(), config);
+  return key == "description" && file.next_value() != nullptr;
+}
+
 CS_RETCODE read_entry(std::string_view key, IntlFile& file, CsConvConfig& config) {
   if (key == "to") return read_targets(file, config);
-  const CS_CHAR* value = file.next_value();
-  if (value == nullptr) return file.failure();
-  bool good = key == "description";
-  if (key == "replacement") good = read_replacement(value, config);
-  if (key == "algorithm") good = read_algorithm(value, config);
-  if (key == "table") good = read_table(value, config);
-  return good ? CS_SUCCEED : CS_FAIL;
+  return read_value(key, file, config) ? CS_SUCCEED : file.failure();
 }
 
 CS_RETCODE read_config(IntlFile& file, CsConvConfig& config) {

@@ -1,5 +1,6 @@
 // A sectioned localization file that is being read: closes itself, and keeps in the context's
-// ctxintlerr why the companion library failed.
+// ctxintlerr why the companion library failed. A text that a step returned is good until the next
+// step: a host's reader may have one buffer for all.
 #pragma once
 
 #include <optional>
@@ -26,6 +27,12 @@ class IntlFile {
   const CS_CHAR* next_entry() { return next(intl_nextentry); }
   const CS_CHAR* next_value() { return next(intl_nextvalue); }
 
+  // The next value, empty when there is none.
+  std::string_view next_text() {
+    const CS_CHAR* value = next_value();
+    return value == nullptr ? std::string_view() : std::string_view(value);
+  }
+
   // Steps to the next section of that name.
   bool find_section(std::string_view name) {
     const CS_CHAR* section = nullptr;
@@ -37,7 +44,10 @@ class IntlFile {
 
   // What a reader returns that came to an end it did not expect: the companion library's failure if
   // there was one, else plain failure.
-  CS_RETCODE failure() const { return failed_ ? CS_INTL_LIBERR : CS_FAIL; }
+  CS_RETCODE failure() const {
+    if (!failed_) return CS_FAIL;
+    return ctx_.ctxintlerr == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_INTL_LIBERR;
+  }
   bool failed() const { return failed_; }
 
   CS_RETCODE close() {

@@ -61,11 +61,6 @@ bool read_text(IntlFile& file, ConventionTexts& texts, std::string_view& place) 
   return read_texts(file, texts, {&place, 1});
 }
 
-std::string_view value_of(IntlFile& file) {
-  const CS_CHAR* value = file.next_value();
-  return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
 // What each kind has of its own: its section, its list in the globals, its place in a cache entry,
 // and its keys. read() is false for a value that the key does not take and for a key of another
 // name; complete() tells whether all that formatting needs was there.
@@ -82,8 +77,8 @@ struct Date {
     if (key == "days") return read_texts(file, record.texts, to.days);
     if (key == "am") return read_text(file, record.texts, to.am);
     if (key == "pm") return read_text(file, record.texts, to.pm);
-    if (key == "order") return choose(value_of(file), kOrders, to.order);
-    if (key == "style") return choose(value_of(file), kStyles, to.style);
+    if (key == "order") return choose(file.next_text(), kOrders, to.order);
+    if (key == "style") return choose(file.next_text(), kStyles, to.style);
     return false;
   }
   static bool complete(const Record& record) {
@@ -97,7 +92,7 @@ bool read_digits(DigitConventions& to, ConventionTexts& texts, std::string_view 
   if (key == "decimal") return read_text(file, texts, to.decimal_point);
   if (key == "separator") return read_text(file, texts, to.group_separator);
   if (key != "grouping") return false;
-  const auto size = parse_number(value_of(file), 0, 9);
+  const auto size = parse_number(file.next_text(), 0, 9);
   to.group_size = size.value_or(0);
   return size.has_value();
 }
@@ -122,7 +117,7 @@ struct Money {
 
   static bool read(Record& record, std::string_view key, IntlFile& file) {
     if (key == "symbol") return read_text(file, record.texts, record.symbol);
-    if (key == "place") return choose(value_of(file), kPlaces, record.symbol_place);
+    if (key == "place") return choose(file.next_text(), kPlaces, record.symbol_place);
     return read_digits(record.digits, record.texts, key, file);
   }
   static bool complete(const Record& record) { return !record.digits.decimal_point.empty(); }
@@ -209,14 +204,18 @@ struct Common {
 
   CS_RETCODE read(std::string_view name, IntlFile& file) {
     while (const CS_CHAR* section = file.next_section()) {
-      CS_RETCODE result = CS_SUCCEED;
-      if (section == Date::kSection) result = read_record<Date>(name, file, date);
-      if (section == Number::kSection) result = read_record<Number>(name, file, number);
-      if (section == Money::kSection) result = read_record<Money>(name, file, money);
+      const CS_RETCODE result = read_section_of(section, name, file);
       if (result != CS_SUCCEED) return result;
     }
     const bool whole = date != nullptr && number != nullptr && money != nullptr;
     return whole && !file.failed() ? CS_SUCCEED : file.failure();
+  }
+
+  CS_RETCODE read_section_of(std::string_view section, std::string_view name, IntlFile& file) {
+    if (section == Date::kSection) return read_record<Date>(name, file, date);
+    if (section == Number::kSection) return read_record<Number>(name, file, number);
+    if (section == Money::kSection) return read_record<Money>(name, file, money);
+    return CS_SUCCEED;
   }
 
   void hand_over(CsCtxGlobals& globals, CsLocCache& entry) {

@@ -3,11 +3,13 @@
 
 #include "comnlib/locale.h"
 #include "comnlib/thread.h"
+#include "runtime/uncancelled.h"
 
 namespace comnlib {
 
 // Holds cmg_mtx while it lives, taken through the context's thread table when it has one. A table
-// without the function means that its host needs no locks.
+// without the function means that its host needs no locks. The thread cannot be cancelled
+// meanwhile.
 class GlobalsLock {
  public:
   explicit GlobalsLock(const CS_CONTEXT& ctx) : ctx_(ctx), taken_(take() == CS_SUCCEED) {}
@@ -33,6 +35,7 @@ class GlobalsLock {
     }
   }
 
+  Uncancelled uncancelled_;
   const CS_CONTEXT& ctx_;
   bool taken_;
 };

@@ -28,7 +28,8 @@ CS_RETCODE read_ids(IntlFile& file, ObjectIds& ids) {
     const CS_RETCODE result = read_class(file, oidclass, ids);
     if (result != CS_SUCCEED) return result;
   }
-  return file.failed() ? file.failure() : file.close();
+  // Nobody has a home without identifiers: such a file is being written, and is read again later.
+  return file.failed() || ids.entries.count == 0 ? file.failure() : file.close();
 }
 
 CS_RETCODE load_ids(CS_CONTEXT& ctx, ObjectIds& ids, ErrorBuffer error) {

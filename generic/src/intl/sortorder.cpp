@@ -16,29 +16,29 @@
 namespace comnlib {
 namespace {
 
+bool read_entry(std::string_view key, IntlFile& file, CsSortOrder& order, bool& has_weights) {
+  if (key == "kind") {
+    const std::string_view kind = file.next_text();
+    order.is_binary = kind == "binary";
+    return order.is_binary || kind == "weights";
+  }
+  if (key == "weights") return has_weights = decode_hex(file.next_text(), order.weights);
+  return key == "description" && file.next_value() != nullptr;
+}
+
 CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
   if (!file.find_section("sortorder")) return file.failure();
   bool has_weights = false;
-  while (const CS_CHAR* key = file.next_entry()) {
-    const CS_CHAR* value = file.next_value();
-    if (value == nullptr) return file.failure();
-    if (std::string_view(key) == "kind") {
-      order.is_binary = std::string_view(value) == "binary";
-      if (!order.is_binary && std::string_view(value) != "weights") return CS_FAIL;
-    } else if (std::string_view(key) == "weights") {
-      has_weights = decode_hex(value, order.weights);
-      if (!has_weights) return CS_FAIL;
-    } else if (std::string_view(key) != "description") {
-      return CS_FAIL;
-    }
-  }
+  while (const CS_CHAR* key = file.next_entry())
+    if (!read_entry(key, file, order, has_weights)) return file.failure();
   if (file.failed() || order.is_binary == has_weights) return file.failure();
   return file.close();
 }
 
 // The next character of a text that is not empty, its last one as far as it goes.
 std::span<const CS_BYTE> take_character(const char_attrib* attrib, std::span<const CS_BYTE>& text) {
-  const auto width = static_cast<std::size_t>(comn_char_width(attrib, text.data()));
+  const auto width =
+      static_cast<std::size_t>(std::max(comn_char_width(attrib, text.data()), CS_INT{1}));
   const auto character = text.first(std::min(width, text.size()));
   text = text.subspan(character.size());
   return character;
