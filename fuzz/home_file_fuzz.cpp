@@ -99,6 +99,15 @@ void conversion_table(Host& host) {
     check(unit < 0xD800 || unit > 0xDFFF);
     check(table->reverse.at(unit) != kNoCharacter);
   }
+  for (char32_t code = 0x80; code < 0x110000; code += 61) {
+    const CS_UINT value = encode_longer(*table, code);
+    if (value == 0) continue;
+    std::array<CS_BYTE, 4> bytes;
+    const std::size_t length = value > 0xFFFFFF ? 4 : 3;
+    for (std::size_t i = 0; i < length; ++i)
+      bytes[i] = static_cast<CS_BYTE>(value >> 8 * (length - 1 - i));
+    check(decode_longer(*table, std::span(bytes).first(length)).bytes == length);
+  }
 }
 
 void conversion_configuration(Host& host) {

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "comnlib/charset.h"
 #include "comnlib/memory.h"
 #include "intl.h"
 #include "intl/charset.h"
@@ -40,6 +42,22 @@ bool has_named_tables(const char_attrib& set) {
   return true;
 }
 
+// Whether text steps from character to character as its table reads it. The halves of a character
+// of four bytes step as two bytes each.
+bool widths_agree(const char_attrib& set, const ConvTable& table) {
+  for (CS_UINT byte = 0; byte < COMN_CS_MAPSIZE; ++byte) {
+    const auto first = static_cast<CS_BYTE>(byte);
+    const CS_INT width = comn_char_width(&set, &first);
+    if (table.single[byte] != kNoCharacter && width != 1) return false;
+    if (table.triple_lead == byte && byte != 0 && width != 3) return false;
+    bool is_lead = false;
+    for (CS_UINT pair = byte << 8; pair < (byte + 1) << 8; ++pair)
+      is_lead = is_lead || table.pairs.at(static_cast<CS_USHORT>(pair)) != kNoCharacter;
+    if (is_lead && width != 2) return false;
+  }
+  return true;
+}
+
 class Check {
  public:
   explicit Check(std::string home) : home_(std::move(home)) { context_.ctxglobals = &globals_; }
@@ -56,7 +74,7 @@ class Check {
     const auto classes = object_ids();
     const CsConvConfig* utf8 = configuration("utf8");
     for (const std::string& charset : at(classes, "charset"))
-      if (charset != "ucs2") character_set(charset, utf8);
+      if (charset != "ucs2") character_set(charset, utf8, at(classes, "collate"));
     for (const std::string& language : at(classes, "natlang")) messages(language);
     locales(classes);
     if (faults_ == 0) std::printf("checkhome: %zu files, no fault\n", files_.size());
@@ -115,28 +133,36 @@ class Check {
     return configurations_.emplace_back(config);
   }
 
-  void character_set(std::string charset, const CsConvConfig* utf8) {
+  void character_set(std::string charset, const CsConvConfig* utf8, const Names& orders) {
     auto* desc = static_cast<CsCharDesc*>(comn_calloc(1, sizeof(CsCharDesc)));
     CsLocCache entry{};
     entry.charname = charset.data();
     entry.charnamelen = static_cast<CS_INT>(charset.size());
     entry.locchardesc = desc;
-    if (took(comn__get_charset(&context_, &entry, error_, sizeof error_)))
-      attributes(charset, *desc->char_attrib);
-    comn__chardesc_drop(desc);
+    const bool has_attributes = took(comn__get_charset(&context_, &entry, error_, sizeof error_));
+    if (has_attributes) attributes(charset, *desc->char_attrib);
     const CsConvConfig* config = charset == "utf8" ? utf8 : configuration(charset);
     const ConvTable* table = nullptr;
     if (config != nullptr && config->algorithm == nullptr)
       took(load_table(context_, charset.c_str(), config->table.data(), table, error()));
+    if (has_attributes && table != nullptr && !widths_agree(*desc->char_attrib, *table))
+      fault(error_, "charset.loc gives characters other widths");
+    comn__chardesc_drop(desc);
     if (charset != "utf8" && utf8 != nullptr && !converts_to(*utf8, charset))
       fault(home_ + "/charsets/utf8/utf8.cfg", "no conversion to " + charset);
-    sort_order(charset, "binary");
+    for (const std::string& order : orders)
+      if (order == "binary" || has_order(charset, order)) sort_order(charset, order);
   }
 
   void attributes(const std::string& charset, const char_attrib& set) {
     if (charset != std::string(set.cs_name, set.cs_namelen))
       fault(error_, "the name is not that of its directory");
     if (!has_named_tables(set)) fault(error_, "a first byte names a table that is not there");
+  }
+
+  // A set may lack any sort order but the binary one.
+  bool has_order(const std::string& charset, const std::string& name) const {
+    return std::filesystem::exists(home_ + "/charsets/" + charset + '/' + name + ".srt");
   }
 
   void sort_order(std::string charset, std::string name) {

@@ -73,57 +73,96 @@ std::string utf16(char32_t code) {
   return {reinterpret_cast<const char*>(units.data()), 2 * units.size()};
 }
 
-void mix(unsigned& checksum, unsigned left, unsigned right) {
-  for (const unsigned number : {left, right}) checksum = (checksum ^ number) * 16777619U;
+constexpr unsigned kChecksumStart = 2166136261U;
+
+unsigned mix(unsigned checksum, unsigned number) {
+  return (checksum ^ number) * 16777619U;
 }
 
+// Sequences of up to three bytes that are characters, characters of Unicode that have one, and
+// checksums of both ways.
 const struct Vector {
   const char* charset;
-  int characters;
+  int sequences, characters;
   unsigned decoding, encoding;
+  bool all_planes;
 } kVectors[] = {
 #include "charset_vectors.inc"
 };
 
-TEST_F(Xlate, EveryCharacterOfEverySet) {
+std::string_view bytes_of(std::u16string_view units) {
+  return {reinterpret_cast<const char*>(units.data()), 2 * units.size()};
+}
+std::u16string_view units_of(std::string_view bytes) {
+  return {reinterpret_cast<const char16_t*>(bytes.data()), bytes.size() / 2};
+}
+
+TEST_F(Xlate, EverySequenceOfEverySet) {
   for (const Vector& vector : kVectors) {
     SCOPED_TRACE(vector.charset);
     const Encoding set = sets_.end(vector.charset);
-    int characters = 0;
-    unsigned decoding = 2166136261U, encoding = 2166136261U;
-    const auto decode = [&](const std::string& bytes, unsigned number) {
-      const Output unit = sets_.translate(set, kUnicode, bytes);
-      if (unit.code != CS_SUCCEED) {
-        EXPECT_EQ(CS_CVT_BADXLATE, unit.code);
+    int sequences = 0;
+    unsigned checksum = kChecksumStart;
+    const auto is_character = [&](unsigned number, std::size_t length) {
+      const CS_BYTE bytes[] = {static_cast<CS_BYTE>(number >> 16),
+                               static_cast<CS_BYTE>(number >> 8), static_cast<CS_BYTE>(number)};
+      CS_BYTE unit[2];
+      const auto result =
+          comnlib::translate(context_, set, kUnicode, std::span(bytes).last(length), unit);
+      if (result.code != CS_SUCCEED) {
+        if (result.code != CS_CVT_BADXLATE) ADD_FAILURE() << number << ' ' << result.code;
         return false;
       }
-      ++characters;
-      const std::u16string_view units(reinterpret_cast<const char16_t*>(unit.bytes.data()), 1);
-      mix(decoding, number, units[0]);
+      ++sequences;
+      checksum = mix(mix(checksum, number), static_cast<unsigned>(unit[0] | unit[1] << 8));
       return true;
     };
+    const bool has_triples = std::string("eucjp") == vector.charset;
     for (unsigned byte = 0; byte < 256; ++byte) {
-      const char lead = static_cast<char>(byte);
-      if (decode({lead}, byte)) continue;
-      for (unsigned second = 0; second < 256; ++second)
-        decode({lead, static_cast<char>(second)}, byte << 8 | second);
-    }
-    const std::string replacement = std::string("sjis") == vector.charset ? "\x81\xAC" : "?";
-    for (char32_t code = 0; code < 0x10000; ++code) {
-      if (code >= 0xD800 && code < 0xE000) continue;
-      const Output bytes = sets_.translate(kUnicode, set, utf16(code));
-      if (bytes.code == CS_CVT_SUBSTITUTED) {
-        if (replacement != bytes.bytes) ADD_FAILURE() << static_cast<unsigned>(code);
-        continue;
+      if (is_character(byte, 1)) continue;
+      for (unsigned pair = byte << 8; pair < (byte + 1) << 8; ++pair) {
+        if (is_character(pair, 2) || !has_triples || byte != 0x8F) continue;
+        for (unsigned third = 0; third < 256; ++third) is_character(pair << 8 | third, 3);
       }
-      unsigned number = 0;
-      for (const char byte : bytes.bytes) number = number << 8 | static_cast<unsigned char>(byte);
-      mix(encoding, code, number);
     }
-    EXPECT_EQ(replacement, sets_.translate(kUnicode, set, utf16(0x1F600)).bytes);
-    EXPECT_EQ(vector.characters, characters);
-    EXPECT_EQ(vector.decoding, decoding);
-    EXPECT_EQ(vector.encoding, encoding);
+    EXPECT_EQ(vector.sequences, sequences);
+    EXPECT_EQ(vector.decoding, checksum);
+  }
+}
+
+// All characters of Unicode in one text: those that a set lacks are replaced, all others come back.
+TEST_F(Xlate, EveryCharacterThereAndBack) {
+  std::u16string basic, all;
+  for (unsigned unit = 0; unit < 0x10000; ++unit)
+    if (unit < 0xD800 || unit >= 0xE000) basic += static_cast<char16_t>(unit);
+  all = basic;
+  for (char32_t code = 0x10000; code < 0x110000; ++code) all += units_of(utf16(code));
+  for (const Vector& vector : kVectors) {
+    SCOPED_TRACE(vector.charset);
+    const Encoding set = sets_.end(vector.charset);
+    const std::u16string& text = vector.all_planes ? all : basic;
+    const Output there = sets_.translate(kUnicode, set, bytes_of(text), 4 * text.size());
+    EXPECT_EQ(vector.all_planes ? CS_SUCCEED : CS_CVT_SUBSTITUTED, there.code);
+    unsigned checksum = kChecksumStart;
+    for (const char byte : there.bytes) checksum = mix(checksum, static_cast<unsigned char>(byte));
+    EXPECT_EQ(vector.encoding, checksum);
+
+    const Output back = sets_.translate(set, kUnicode, there.bytes, 2 * text.size());
+    EXPECT_EQ(CS_SUCCEED, back.code);
+    const std::u16string_view returned = units_of(back.bytes);
+    const char16_t missing = std::string("sjis") == vector.charset ? u'〓' : u'?';
+    ASSERT_EQ(text.size(), returned.size());
+    int lacking = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      if (returned[at] == text[at]) continue;
+      ++lacking;
+      if (returned[at] != missing) ADD_FAILURE() << static_cast<unsigned>(text[at]);
+    }
+    EXPECT_EQ(vector.all_planes ? 0 : 0xF800 - vector.characters, lacking);
+    if (!vector.all_planes) {
+      EXPECT_EQ(sets_.translate(kUnicode, set, bytes_of({&missing, 1})).bytes,
+                sets_.translate(kUnicode, set, utf16(0x1F600)).bytes);
+    }
   }
 }
 
@@ -298,7 +337,25 @@ TEST(XlateTables, EveryRefusal) {
       {"[table]\nsingle = 41, 00620062\n", CS_SUCCEED},  // "b" is 41
       {"[table]\nsingle = 41, 00620062\ndouble = 81, 01, " + std::string(4 * 255, '0'), CS_SUCCEED},
       {"[tables]\n", CS_FAIL},
-      {"[table]\ntriple = 41, 0062\n", CS_FAIL},
+      {"[table]\nquadruple = 41, 0062\n", CS_FAIL},
+      {"[table]\ntriple = 8F, A1, A1, 0063\ntriple = 8F, A2, A1, 0064\nsingle = 41, 0062\n",
+       CS_SUCCEED},
+      {"[table]\ntriple = 8F, A1, A1, 0063\ntriple = 8E, A2, A1, 0064\n", CS_FAIL},
+      {"[table]\ntriple = 00, A1, A1, 0063\n", CS_FAIL},
+      {"[table]\ntriple = 8F, A1, A1\n", CS_FAIL},
+      {"[table]\nsingle = 41, 0062\nrange = 81308130, 0x80, 9\nrange = FE39FE30, 0x10FFF6, 10\n",
+       CS_SUCCEED},
+      {"[table]\nrange = FE39FE30, 0x10FFF6, 11\n", CS_FAIL},
+      {"[table]\nrange = FE39FE31, 0x80, 10\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0xD7FF, 2\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0xDFFF, 1\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0x80, 0\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0x110000, 1\n", CS_FAIL},
+      {"[table]\nrange = 81308030, 0x80, 1\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0x80, 2\nrange = 81308131, 0x90, 1\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0x80, 2\nrange = 81308132, 0x81, 1\n", CS_FAIL},
+      {"[table]\nrange = 813081, 0x80, 1\n", CS_FAIL},
+      {"[table]\nrange = 81308130, 0x80\n", CS_FAIL},
       {"[table]\nsingle = 41, 00620\n", CS_FAIL},
       {"[table]\nsingle = 41, 006g\n", CS_FAIL},
       {"[table]\nsingle = 4, 0062\n", CS_FAIL},

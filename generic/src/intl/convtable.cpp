@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "chars/hex.h"
-#include "chars/utf.h"
 #include "intl/intlfile.h"
 #include "intl/store.h"
 #include "intl/text.h"
@@ -27,6 +26,7 @@ bool PagedTable::set(CS_USHORT index, CS_USHORT value) {
 namespace {
 
 constexpr std::size_t kUnitDigits = 4;
+constexpr CS_INT kLastCode = 0x10FFFF;
 
 std::optional<CS_USHORT> read_unit(std::string_view digits) {
   std::array<CS_BYTE, kUnitDigits / 2> bytes;
@@ -41,20 +41,56 @@ std::optional<CS_BYTE> read_byte(IntlFile& file) {
   return byte;
 }
 
-CS_RETCODE add_character(ConvTable& table, bool is_double, CS_USHORT bytes, CS_USHORT unit) {
-  // Nothing would read a surrogate on its own.
-  if (is_surrogate(unit)) return CS_FAIL;
-  if (is_double) {
-    if (!table.pairs.set(bytes, unit)) return CS_MEM_ERROR;
-  } else {
-    table.single[bytes] = unit;
+// Bytes that the second to fourth of a sequence run through.
+struct ByteSpan {
+  CS_BYTE least, most;
+
+  bool holds(CS_BYTE byte) const { return byte >= least && byte <= most; }
+  CS_UINT count() const { return CS_UINT{most} - least + 1U; }
+};
+constexpr ByteSpan kLetters{0x81, 0xFE}, kDigits{0x30, 0x39};
+constexpr std::array<ByteSpan, 4> kSequence{kLetters, kDigits, kLetters, kDigits};
+
+// The place of a sequence of four bytes among all of them.
+std::optional<CS_UINT> place_of(std::span<const CS_BYTE> bytes) {
+  CS_UINT place = 0;
+  for (std::size_t i = 0; i < kSequence.size(); ++i) {
+    if (!kSequence[i].holds(bytes[i])) return std::nullopt;
+    place = place * kSequence[i].count() + bytes[i] - kSequence[i].least;
   }
-  if (unit == kNoCharacter || table.reverse.at(unit) != kNoCharacter) return CS_SUCCEED;
-  return table.reverse.set(unit, bytes) ? CS_SUCCEED : CS_MEM_ERROR;
+  return place;
 }
 
-// A run of code units for the byte sequences from `first` on, all with the same lead byte.
-CS_RETCODE read_run(IntlFile& file, ConvTable& table, bool is_double, CS_BYTE lead) {
+constexpr CS_UINT kPlaces = 126 * 10 * 126 * 10;
+
+CS_UINT sequence_at(CS_UINT place) {
+  CS_UINT bytes = 0;
+  for (std::size_t i = kSequence.size(); i-- > 0; place /= kSequence[i].count())
+    bytes |= (place % kSequence[i].count() + kSequence[i].least) << 8 * (3 - i);
+  return bytes;
+}
+
+// Where the characters of a run go.
+struct RunPlaces {
+  CS_USHORT* single;  // null: to the pairs
+  PagedTable* pairs;
+  PagedTable* reverse;
+
+  CS_RETCODE add(CS_USHORT bytes, CS_USHORT unit) const {
+    // Nothing would read a surrogate on its own.
+    if (is_surrogate(unit)) return CS_FAIL;
+    if (single != nullptr) {
+      single[bytes] = unit;
+    } else if (!pairs->set(bytes, unit)) {
+      return CS_MEM_ERROR;
+    }
+    if (unit == kNoCharacter || reverse->at(unit) != kNoCharacter) return CS_SUCCEED;
+    return reverse->set(unit, bytes) ? CS_SUCCEED : CS_MEM_ERROR;
+  }
+};
+
+// A run of code units for the byte sequences from `first` on, all with the same byte before.
+CS_RETCODE read_run(IntlFile& file, const RunPlaces& places, CS_BYTE before) {
   const auto first = read_byte(file);
   const CS_CHAR* value = first ? file.next_value() : nullptr;
   if (value == nullptr) return file.failure();
@@ -64,20 +100,59 @@ CS_RETCODE read_run(IntlFile& file, ConvTable& table, bool is_double, CS_BYTE le
   for (std::size_t i = 0; i < count; ++i, digits.remove_prefix(kUnitDigits)) {
     const auto unit = read_unit(digits.substr(0, kUnitDigits));
     if (!unit) return CS_FAIL;
-    const auto bytes = static_cast<CS_USHORT>(lead << 8 | static_cast<CS_INT>(*first + i));
-    const CS_RETCODE result = add_character(table, is_double, bytes, *unit);
+    const auto bytes = static_cast<CS_USHORT>(before << 8 | static_cast<CS_INT>(*first + i));
+    const CS_RETCODE result = places.add(bytes, *unit);
     if (result != CS_SUCCEED) return result;
   }
   return CS_SUCCEED;
 }
 
-CS_RETCODE read_entry(std::string_view key, IntlFile& file, ConvTable& table) {
-  if (key == "single") return read_run(file, table, false, 0);
-  if (key != "double") return CS_FAIL;
+CS_RETCODE read_double(IntlFile& file, ConvTable& table) {
   const auto lead = read_byte(file);
   if (!lead) return file.failure();
   // A lead byte of 0 would read as a single byte on the way back.
-  return *lead == 0 ? CS_FAIL : read_run(file, table, true, *lead);
+  return *lead == 0 ? CS_FAIL : read_run(file, {nullptr, &table.pairs, &table.reverse}, *lead);
+}
+
+CS_RETCODE read_triple(IntlFile& file, ConvTable& table) {
+  const auto lead = read_byte(file);
+  const auto second = lead ? read_byte(file) : std::nullopt;
+  if (!second) return file.failure();
+  const bool is_other = table.triple_lead != 0 && table.triple_lead != *lead;
+  if (*lead == 0 || is_other) return CS_FAIL;
+  table.triple_lead = *lead;
+  return read_run(file, {nullptr, &table.triples, &table.triple_reverse}, *second);
+}
+
+CS_RETCODE read_range(IntlFile& file, ConvTable& table) {
+  std::array<CS_BYTE, 4> bytes;
+  const CS_CHAR* value = file.next_value();
+  if (value == nullptr || !decode_hex(value, bytes)) return file.failure();
+  const auto first = place_of(bytes);
+  const auto read = [&file] {
+    const CS_CHAR* text = file.next_value();
+    return text == nullptr ? std::nullopt : parse_number(text, 1, kLastCode + 1);
+  };
+  const auto code = read();
+  const auto count = code ? read() : std::nullopt;
+  if (!first || !count) return file.failure();
+  const CodeRange range{*first, static_cast<CS_UINT>(*code), static_cast<CS_UINT>(*count)};
+  const CS_UINT end = range.code + range.count;
+  const bool has_surrogate = range.code <= 0xDFFF && end > 0xD800;
+  if (end > kLastCode + 1 || range.first + range.count > kPlaces || has_surrogate) return CS_FAIL;
+  if (table.ranges.count != 0) {
+    const CodeRange& last = table.ranges.view().back();
+    if (range.first < last.first + last.count || range.code < last.code + last.count)
+      return CS_FAIL;
+  }
+  return table.ranges.push(range) ? CS_SUCCEED : CS_MEM_ERROR;
+}
+
+CS_RETCODE read_entry(std::string_view key, IntlFile& file, ConvTable& table) {
+  if (key == "single") return read_run(file, {table.single.data(), nullptr, &table.reverse}, 0);
+  if (key == "double") return read_double(file, table);
+  if (key == "triple") return read_triple(file, table);
+  return key == "range" ? read_range(file, table) : CS_FAIL;
 }
 
 CS_RETCODE read_table(IntlFile& file, ConvTable& table) {
@@ -98,10 +173,43 @@ bool is_ascii_based(const ConvTable& table) {
 void drop(ConvTable* table) {
   table->pairs.pages.clear();
   table->reverse.pages.clear();
+  table->triples.pages.clear();
+  table->triple_reverse.pages.clear();
+  table->ranges.clear();
   comn_free(table);
 }
 
+// The range that holds a number, which is a place or a code point; null when none does.
+const CodeRange* range_of(const ConvTable& table, CS_UINT CodeRange::*start, CS_UINT number) {
+  const auto ranges = table.ranges.view();
+  const auto behind = std::ranges::upper_bound(ranges, number, {}, start);
+  if (behind == ranges.begin()) return nullptr;
+  const CodeRange& range = *std::prev(behind);
+  return number - range.*start < range.count ? &range : nullptr;
+}
+
 }  // namespace
+
+Decoded decode_longer(const ConvTable& table, std::span<const CS_BYTE> text) {
+  if (text.size() >= 3 && table.triple_lead != 0 && text[0] == table.triple_lead) {
+    const CS_USHORT unit = table.triples.at(static_cast<CS_USHORT>(text[1] << 8 | text[2]));
+    if (unit != kNoCharacter) return {unit, 3};
+  }
+  if (text.size() < kSequence.size()) return {0, 0};
+  const auto place = place_of(text.first(kSequence.size()));
+  const CodeRange* range = place ? range_of(table, &CodeRange::first, *place) : nullptr;
+  if (range == nullptr) return {0, 0};
+  return {range->code + (*place - range->first), kSequence.size()};
+}
+
+CS_UINT encode_longer(const ConvTable& table, char32_t code) {
+  if (code <= 0xFFFF) {
+    const CS_USHORT bytes = table.triple_reverse.at(static_cast<CS_USHORT>(code));
+    if (bytes != kNoCharacter) return CS_UINT{table.triple_lead} << 16 | bytes;
+  }
+  const CodeRange* range = range_of(table, &CodeRange::code, code);
+  return range == nullptr ? 0 : sequence_at(range->first + (code - range->code));
+}
 
 CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* table_name,
                       const ConvTable*& table, ErrorBuffer error) {

@@ -1,10 +1,11 @@
-// Conversion tables: single- and double-byte characters to and from Unicode (.ctb files). A table
-// is read once for a context and only read from then on.
+// Conversion tables: characters of one to four bytes to and from Unicode (.ctb files). A table is
+// read once for a context and only read from then on.
 #pragma once
 
 #include <array>
 #include <span>
 
+#include "chars/utf.h"
 #include "comnlib/locale.h"
 #include "intl/com_loc.h"
 #include "runtime/podvector.h"
@@ -26,14 +27,35 @@ struct PagedTable {
   bool set(CS_USHORT index, CS_USHORT value);  // false when memory is out
 };
 
+// Characters of four bytes: the sequences from one on, in their order, are the code points from one
+// on.
+struct CodeRange {
+  CS_UINT first;  // the place of the first sequence among all of four bytes
+  CS_UINT code;
+  CS_UINT count;
+};
+
 struct ConvTable {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;
   std::array<CS_USHORT, 256> single;  // code unit of each single byte
   PagedTable pairs;                   // code unit of lead byte * 256 + second byte
-  PagedTable reverse;  // of a code unit: a single byte, or lead byte * 256 + second byte
-  bool ascii;          // the bytes below 0x80 stand for themselves, both ways
+  PagedTable reverse;           // of a code unit: a single byte, or lead byte * 256 + second byte
+  CS_BYTE triple_lead;          // first byte of all characters of three bytes; 0: there are none
+  PagedTable triples;           // code unit of second byte * 256 + third byte
+  PagedTable triple_reverse;    // and back
+  PodVector<CodeRange> ranges;  // ascending by sequence and by code point
+  bool ascii;                   // the bytes below 0x80 stand for themselves, both ways
   ConvTable* next;
+
+  bool has_longer() const { return triple_lead != 0 || ranges.count != 0; }
 };
+
+// The character of three or four bytes at the front of a text; 0 bytes when there is none.
+Decoded decode_longer(const ConvTable& table, std::span<const CS_BYTE> text);
+
+// Its bytes in the order of a big-endian number, of which a character of three has the lower three;
+// 0 when the table has no such character.
+CS_UINT encode_longer(const ConvTable& table, char32_t code);
 
 // The table of a character set, from the context's or else from charsets/<charset>/<table>.ctb.
 // The caller holds the context's mutex.

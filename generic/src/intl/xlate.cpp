@@ -84,7 +84,8 @@ struct Latin1Codec {
   }
 };
 
-// A single- or double-byte set by its table.
+// A set by its table. Characters of three and four bytes, which are rare where there are any, go
+// apart.
 struct TableCodec {
   static constexpr std::size_t kAsciiUnit = 1;
   const ConvTable* table;
@@ -95,16 +96,26 @@ struct TableCodec {
     if (single != kNoCharacter) return {single, 1};
     if (text.size() < 2) return {0, 0};
     const CS_USHORT pair = table->pairs.at(static_cast<CS_USHORT>(text[0] << 8 | text[1]));
-    return pair == kNoCharacter ? Decoded{0, 0} : Decoded{pair, 2};
+    if (pair != kNoCharacter) return {pair, 2};
+    return table->has_longer() ? decode_longer(*table, text) : Decoded{0, 0};
   }
   std::size_t encode(char32_t code, Room room) const {
-    if (code > 0xFFFF) return kLacking;
+    if (code > 0xFFFF) return table->has_longer() ? put_longer(code, room) : kLacking;
     const CS_USHORT value = table->reverse.at(static_cast<CS_USHORT>(code));
-    if (value == kNoCharacter) return kLacking;
+    if (value == kNoCharacter) return table->has_longer() ? put_longer(code, room) : kLacking;
     const std::size_t length = value > 0xFF ? 2 : 1;
     if (length > room.size()) return 0;
     if (length == 2) room[0] = static_cast<CS_BYTE>(value >> 8);
     room[length - 1] = static_cast<CS_BYTE>(value & 0xFF);
+    return length;
+  }
+  [[gnu::noinline]] std::size_t put_longer(char32_t code, Room room) const {
+    const CS_UINT value = encode_longer(*table, code);
+    if (value == 0) return kLacking;
+    const std::size_t length = value > 0xFFFFFF ? 4 : 3;
+    if (length > room.size()) return 0;
+    for (std::size_t i = 0; i < length; ++i)
+      room[i] = static_cast<CS_BYTE>(value >> 8 * (length - 1 - i));
     return length;
   }
 };
