@@ -256,6 +256,8 @@ COMN_CONVERSION(comn_bittobin);
 COMN_CONVERSION(comn_bittovarchar);
 COMN_CONVERSION(comn_bittovarbin);
 COMN_CONVERSION(comn_bittoi8);
+COMN_CONVERSION(comn_bittomoney);
+COMN_CONVERSION(comn_bittomny4);
 /**@}*/
 
 /** @name From numerics

@@ -1,36 +1,34 @@
-// The conversions of binary data, one template for the binary family (com_bin) and for varbinary
-// (com_varb). A Source tells which datatypes it serves and where a value's bytes lie.
+// The conversions of binary data, for the binary family and for varbinary.
 #pragma once
 
 #include <algorithm>
-#include <optional>
 #include <span>
+#include <string_view>
 
 #include "chars/hex.h"
-#include "conv/frame.h"
 #include "conv/newutils.h"
+#include "conv/placement.h"
+#include "conv/textcopy.h"
 #include "exact/numeric.h"
 
-namespace comnlib::binary_family {
+namespace comnlib {
 
-using Bytes = std::span<const CS_BYTE>;
-
-// The value's bytes; none for a record whose own length is impossible.
-struct BinarySource {
-  static constexpr bool serves(CS_INT datatype) { return is_binary(datatype); }
-  static std::optional<Bytes> bytes(const Conversion& call) {
-    require(call.srcfmt->maxlength >= 0);
-    return Bytes(static_cast<const CS_BYTE*>(call.src),
-                 static_cast<std::size_t>(call.srcfmt->maxlength));
+struct BinarySource : Binary {
+  using Value = Bytes;
+  static CS_RETCODE read(const Conversion& call, Bytes& bytes) {
+    bytes = {static_cast<const CS_BYTE*>(call.src),
+             static_cast<std::size_t>(call.srcfmt->maxlength)};
+    return CS_SUCCEED;
   }
 };
 
-struct VarbinarySource {
-  static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARBINARY_TYPE; }
-  static std::optional<Bytes> bytes(const Conversion& call) {
+struct VarbinarySource : Varbinary {
+  using Value = Bytes;
+  static CS_RETCODE read(const Conversion& call, Bytes& bytes) {
     const CS_SMALLINT length = record_length(call.src);
-    if (length < 0 || length > CS_MAX_CHAR) return std::nullopt;
-    return Bytes(record_bytes(call.src), static_cast<std::size_t>(length));
+    if (!is_record_length(length)) return CS_CVT_DOMAIN;
+    bytes = {record_bytes(call.src), static_cast<std::size_t>(length)};
+    return CS_SUCCEED;
   }
 };
 
@@ -48,10 +46,9 @@ std::size_t write_hex(Bytes bytes, CS_BYTE* dest, std::size_t room) {
 }
 
 // Hexadecimal text into a padded destination of `Unit`s: cut to whole bytes where it does not fit,
-// with its terminator where one is asked for directly behind the last digit.
+// with its terminator, where one is asked for, directly after the last digit.
 template <class Unit>
 CS_RETCODE to_padded_text(Bytes bytes, const Conversion& call) {
-  require(call.destfmt->maxlength >= 0);
   auto* dest = static_cast<CS_BYTE*>(call.dest);
   const auto room = static_cast<std::size_t>(call.destfmt->maxlength) / sizeof(Unit);
   const bool terminate = terminates(*call.destfmt);
@@ -71,22 +68,20 @@ CS_RETCODE to_padded_text(Bytes bytes, const Conversion& call) {
   return CS_CVT_TRUNCATED;
 }
 
-struct ToCharacter {
-  static constexpr bool serves(CS_INT datatype) { return is_character(datatype); }
+struct BytesToCharacter : Character {
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
     return to_padded_text<CS_CHAR>(bytes, call);
   }
 };
 
-struct ToUnichar {
-  static constexpr bool serves(CS_INT datatype) { return datatype == CS_UNICHAR_TYPE; }
+struct BytesToUnichar : Unichar {
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
     return to_padded_text<CS_UNICHAR>(bytes, call);
   }
 };
 
-struct ToVarchar {
-  static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARCHAR_TYPE; }
+struct BytesToVarchar : Varchar {
+  static constexpr CS_INT kLength = 0;
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
     std::array<CS_BYTE, CS_MAX_CHAR> text;
     const std::size_t length = write_hex<CS_CHAR>(bytes, text.data(), text.size());
@@ -96,10 +91,8 @@ struct ToVarchar {
   }
 };
 
-struct ToBinary {
-  static constexpr bool serves(CS_INT datatype) { return is_binary(datatype); }
+struct BytesToBinary : Binary {
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
-    require(call.destfmt->maxlength >= 0);
     const auto length = static_cast<CS_INT>(bytes.size());
     *call.destlen = std::min(length, call.destfmt->maxlength);
     std::memmove(call.dest, bytes.data(), static_cast<std::size_t>(*call.destlen));
@@ -108,8 +101,8 @@ struct ToBinary {
   }
 };
 
-struct ToVarbinary {
-  static constexpr bool serves(CS_INT datatype) { return datatype == CS_VARBINARY_TYPE; }
+struct BytesToVarbinary : Varbinary {
+  static constexpr CS_INT kLength = 0;
   static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
     const std::size_t kept = std::min<std::size_t>(bytes.size(), CS_MAX_CHAR);
     std::memmove(record_bytes(call.dest), bytes.data(), kept);
@@ -119,78 +112,28 @@ struct ToVarbinary {
   }
 };
 
-template <class Value>
-bool is_valid(const Value&) {
-  return true;
-}
-
-// Stored bytes of a value of type `Value` with datatype code `Code` (`Alias`: a second code of the
-// same layout). Missing bytes are zero; surplus bytes that are not zero do not fit; a value outside
-// its type's domain is not written.
-template <class Value, CS_INT Code, CS_INT Alias = Code, bool (*Valid)(const Value&) = is_valid>
-struct ToFixed {
-  static constexpr bool serves(CS_INT datatype) { return datatype == Code || datatype == Alias; }
-  static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
-    *call.destlen = 0;
-    Value value{};
-    const std::size_t kept = std::min(bytes.size(), sizeof value);
-    if (kept > 0) std::memcpy(&value, bytes.data(), kept);
-    if (!Valid(value)) return CS_CVT_DOMAIN;
-    store(call.dest, value);
-    *call.destlen = sizeof(Value);
-    const auto surplus = bytes.subspan(kept);
-    const bool fits = std::ranges::all_of(surplus, [](CS_BYTE byte) { return byte == 0; });
-    return fits ? CS_SUCCEED : CS_CVT_OVERFLOW;
-  }
-};
-
-inline bool is_valid_bit(const CS_BIT& bit) {
-  return bit <= 1;
-}
-
-inline bool is_valid_numeric(const CS_NUMERIC& numeric) {
-  if (!is_precision(numeric.precision) || !is_scale(numeric.scale)) return false;
+// A sign and a magnitude that fits the precision.
+inline bool is_valid(const CS_NUMERIC& numeric) {
   const constant value = record_of(numeric);
   return numeric.array[0] <= 1 && com__exctnume_checkprecision(&value) == 0;
 }
 
-template <class Source, class Target>
-CS_RETCODE convert(const Conversion& call, Place place = Place::current()) {
-  check_pointers(call, place);
-  require(Source::serves(call.srcfmt->datatype) && Target::serves(call.destfmt->datatype), place);
-  const auto bytes = Source::bytes(call);
-  if (!bytes) {
-    *call.destlen = 0;
-    return trace(CS_CVT_DOMAIN, place);
+// The bytes are the stored bytes of a value. Missing bytes are zero; surplus bytes that are not
+// zero do not fit; a value outside its type's domain is not written.
+template <class Type>
+struct BytesToFixed : Type {
+  static constexpr CS_INT kLength = 0;
+  static CS_RETCODE convert(Bytes bytes, const Conversion& call) {
+    typename Type::Value value{};
+    const std::size_t kept = std::min(bytes.size(), sizeof value);
+    if (kept > 0) std::memcpy(&value, bytes.data(), kept);
+    if (!Type::contains(value)) return CS_CVT_DOMAIN;
+    if constexpr (std::is_same_v<Type, Numeric>)
+      if (!is_valid(value)) return CS_CVT_DOMAIN;
+    const bool fits =
+        std::ranges::all_of(bytes.subspan(kept), [](CS_BYTE byte) { return byte == 0; });
+    return store_result(call, value, fits ? CS_SUCCEED : CS_CVT_OVERFLOW);
   }
-  return trace(Target::convert(*bytes, call), place);
-}
+};
 
-#define COMNLIB_BINARY_MEMBER(routine, Source, ...)              \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {            \
-    return comnlib::binary_family::convert<Source, __VA_ARGS__>( \
-        {context, srcfmt, src, destfmt, dest, destlen});         \
-  }
-
-// The family of conversions from one binary source, under their public names.
-#define COMNLIB_BINARY_FAMILY(source, Source)                                                      \
-  COMNLIB_BINARY_MEMBER(comn_##source##tochar, Source, ToCharacter)                                \
-  COMNLIB_BINARY_MEMBER(comn_##source##tobin, Source, ToBinary)                                    \
-  COMNLIB_BINARY_MEMBER(comn_##source##toi1, Source, ToFixed<CS_TINYINT, CS_TINYINT_TYPE>)         \
-  COMNLIB_BINARY_MEMBER(comn_##source##toi2, Source, ToFixed<CS_SMALLINT, CS_SMALLINT_TYPE>)       \
-  COMNLIB_BINARY_MEMBER(comn_##source##toi4, Source, ToFixed<CS_INT, CS_INT_TYPE>)                 \
-  COMNLIB_BINARY_MEMBER(comn_##source##toflt4, Source, ToFixed<CS_REAL, CS_REAL_TYPE>)             \
-  COMNLIB_BINARY_MEMBER(comn_##source##toflt8, Source, ToFixed<CS_FLOAT, CS_FLOAT_TYPE>)           \
-  COMNLIB_BINARY_MEMBER(comn_##source##tobit, Source,                                              \
-                        ToFixed<CS_BIT, CS_BIT_TYPE, CS_BIT_TYPE, is_valid_bit>)                   \
-  COMNLIB_BINARY_MEMBER(comn_##source##todatetime, Source, ToFixed<CS_DATETIME, CS_DATETIME_TYPE>) \
-  COMNLIB_BINARY_MEMBER(comn_##source##todate4, Source, ToFixed<CS_DATETIME4, CS_DATETIME4_TYPE>)  \
-  COMNLIB_BINARY_MEMBER(comn_##source##tomoney, Source, ToFixed<CS_MONEY, CS_MONEY_TYPE>)          \
-  COMNLIB_BINARY_MEMBER(comn_##source##tomny4, Source, ToFixed<CS_MONEY4, CS_MONEY4_TYPE>)         \
-  COMNLIB_BINARY_MEMBER(comn_##source##tonum, Source,                                              \
-                        ToFixed<CS_NUMERIC, CS_NUMERIC_TYPE, CS_DECIMAL_TYPE, is_valid_numeric>)   \
-  COMNLIB_BINARY_MEMBER(comn_##source##tovarchar, Source, ToVarchar)                               \
-  COMNLIB_BINARY_MEMBER(comn_##source##tovarbin, Source, ToVarbinary)                              \
-  COMNLIB_BINARY_MEMBER(comn_##source##tounichar, Source, ToUnichar)
-
-}  // namespace comnlib::binary_family
+}  // namespace comnlib

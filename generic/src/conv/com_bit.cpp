@@ -1,16 +1,14 @@
 // The conversions from CS_BIT.
 #include "conv/newutils.h"
 #include "conv/number_family.h"
-#include "conv/to_numeric.h"
 
 using namespace comnlib;
+using Source = FixedSource<Bit>;
 
 namespace {
 
-using Source = NumberSource<CS_BIT, CS_BIT_TYPE>;
-
-// A digit alone has no "*" to stand for it: it is counted whether or not there is room for it.
-struct BitToCharacter : ToCharacter {
+// A bit is never replaced by "*"; its digit counts even where it does not fit.
+struct BitToCharacter : Character {
   static CS_RETCODE convert(CS_BIT value, const Conversion& call) {
     *call.destlen = 1;
     if (call.destfmt->maxlength >= 1) store(call.dest, value == 0 ? '0' : '1');
@@ -18,21 +16,34 @@ struct BitToCharacter : ToCharacter {
   }
 };
 
-// Where the member into CS_LONG stops.
-constexpr Place kToLong = Place::current();
-constexpr Place kToOther = Place::current();
-
 }  // namespace
 
-COMNLIB_NUMBER_MEMBER(comn_bittobit, Source, ToBit)
-COMNLIB_NUMBER_MEMBER(comn_bittoi1, Source, ToI1)
-COMNLIB_NUMBER_MEMBER(comn_bittoi2, Source, ToI2)
-COMNLIB_NUMBER_MEMBER(comn_bittoi4, Source, ToI4)
-COMNLIB_NUMBER_MEMBER(comn_bittoflt4, Source, ToFlt4)
-COMNLIB_NUMBER_MEMBER(comn_bittoflt8, Source, ToFlt8)
-COMNLIB_NUMBER_MEMBER(comn_bittonum, Source, ToNumeric)
-COMNLIB_NUMBER_MEMBER(comn_bittochar, Source, BitToCharacter)
-COMNLIB_NUMBER_MEMBER(comn_bittobin, Source, ToBinary)
-COMNLIB_NUMBER_MEMBER(comn_bittovarchar, Source, ToVarchar)
-COMNLIB_NUMBER_MEMBER(comn_bittovarbin, Source, ToVarbinary)
-COMNLIB_REFUSING_MEMBER(comn_bittoi8, Source)
+COMNLIB_MEMBER(comn_bittobit, Source, ToBit)
+COMNLIB_MEMBER(comn_bittoi1, Source, ToInteger<Tinyint>)
+COMNLIB_MEMBER(comn_bittoi2, Source, ToInteger<Smallint>)
+COMNLIB_MEMBER(comn_bittoi4, Source, ToInteger<Integer>)
+COMNLIB_MEMBER(comn_bittoflt4, Source, ToFloat<Real>)
+COMNLIB_MEMBER(comn_bittoflt8, Source, ToFloat<Float>)
+COMNLIB_MEMBER(comn_bittonum, Source, ToNumeric)
+COMNLIB_MEMBER(comn_bittochar, Source, BitToCharacter)
+COMNLIB_MEMBER(comn_bittobin, Source, ToBinary)
+COMNLIB_MEMBER(comn_bittovarchar, Source, ToVarchar<NumberText>)
+COMNLIB_MEMBER(comn_bittovarbin, Source, ToVarbinary)
+
+CS_RETCODE comn_bittoi8(COMNLIB_CONVERSION_PARAMETERS) {
+  check_source<Source>({context, srcfmt, src, destfmt, dest, destlen});
+  if (destfmt->datatype == CS_LONG_TYPE) stop();
+  stop();
+}
+
+CS_RETCODE comn_bittomoney(COMNLIB_CONVERSION_PARAMETERS) {
+  check_source<Source>({context, srcfmt, src, destfmt, dest, destlen});
+  if (destfmt->datatype == CS_MONEY_TYPE) stop();
+  stop();
+}
+
+CS_RETCODE comn_bittomny4(COMNLIB_CONVERSION_PARAMETERS) {
+  check_source<Source>({context, srcfmt, src, destfmt, dest, destlen});
+  if (destfmt->datatype == CS_MONEY4_TYPE) stop();
+  stop();
+}

@@ -1,7 +1,6 @@
 // The context's conversion matrix and its user conversions, the routines that serve CS_VOID
 // sources, and the lengths of the datatypes. A null entry means that the pair is not supported.
 #include <algorithm>
-#include <array>
 #include <cassert>
 
 #include "comnlib/convert.h"
@@ -12,27 +11,6 @@
 
 namespace comnlib {
 namespace {
-
-// Bytes of a value by datatype code; 0 where the caller's length counts.
-constexpr std::array<CS_INT, CS_BUILTIN_TYPES> kFixedLengths = [] {
-  std::array<CS_INT, CS_BUILTIN_TYPES> lengths{};
-  lengths[CS_TINYINT_TYPE] = sizeof(CS_TINYINT);
-  lengths[CS_SMALLINT_TYPE] = sizeof(CS_SMALLINT);
-  lengths[CS_INT_TYPE] = sizeof(CS_INT);
-  lengths[CS_REAL_TYPE] = sizeof(CS_REAL);
-  lengths[CS_FLOAT_TYPE] = sizeof(CS_FLOAT);
-  lengths[CS_BIT_TYPE] = sizeof(CS_BIT);
-  lengths[CS_DATETIME_TYPE] = sizeof(CS_DATETIME);
-  lengths[CS_DATETIME4_TYPE] = sizeof(CS_DATETIME4);
-  lengths[CS_MONEY_TYPE] = sizeof(CS_MONEY);
-  lengths[CS_MONEY4_TYPE] = sizeof(CS_MONEY4);
-  lengths[CS_NUMERIC_TYPE] = sizeof(CS_NUMERIC);
-  lengths[CS_DECIMAL_TYPE] = sizeof(CS_DECIMAL);
-  lengths[CS_VARCHAR_TYPE] = sizeof(CS_VARCHAR);
-  lengths[CS_VARBINARY_TYPE] = sizeof(CS_VARBINARY);
-  lengths[CS_UNICHAR_TYPE] = sizeof(CS_UNICHAR);
-  return lengths;
-}();
 
 constexpr bool is_builtin_pair(CS_INT srctype, CS_INT desttype) {
   return srctype < CS_BUILTIN_TYPES && desttype < CS_BUILTIN_TYPES;
@@ -72,8 +50,7 @@ void free_user_conversions(CsUsrCvtFunc* spine) {
 using namespace comnlib;
 
 CS_INT comn_typelen(CS_INT datatype, CS_INT length) {
-  if (datatype < 0 || datatype >= CS_BUILTIN_TYPES) return length;
-  const CS_INT fixed = kFixedLengths[static_cast<std::size_t>(datatype)];
+  const CS_INT fixed = is_builtin(datatype) ? datatype_of(datatype).size : 0;
   return fixed == 0 ? length : fixed;
 }
 

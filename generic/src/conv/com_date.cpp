@@ -1,6 +1,8 @@
-// The conversions of CS_DATETIME, and what both sizes share: the locale's conventions and the
+// The conversions from CS_DATETIME, and what both sizes share: the locale's conventions and the
 // style.
 #include "conv/com_date.h"
+
+#include <algorithm>
 
 #include "intl/locdata.h"
 
@@ -42,11 +44,30 @@ CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateText
   return result.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
 }
 
+// Only month names go beyond ASCII, in the character set of the conventions that they belong to.
+CS_RETCODE place_wide_date(std::string_view text, const Conversion& call) {
+  const Bytes bytes(reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
+  const bool ascii = std::ranges::all_of(bytes, [](CS_BYTE byte) { return byte < 0x80; });
+  const Encoding encoding =
+      ascii ? Encoding{nullptr, false} : date_encoding(*call.context, *call.destfmt);
+  std::array<CS_UNICHAR, kDateTextRoom> units;
+  const Translated wide = translate(call.context, encoding, kUtf16, bytes,
+                                    {reinterpret_cast<CS_BYTE*>(units.data()), sizeof units});
+  if (wide.code != CS_SUCCEED) return wide.code;
+  return place_text(Units(units).first(wide.written / sizeof(CS_UNICHAR)), call);
+}
+
 }  // namespace comnlib
 
 using namespace comnlib;
+using Source = FixedSource<Datetime>;
 
-COMNLIB_DATE_FAMILY(comn_date, CS_DATETIME)
+COMNLIB_MEMBER(comn_datetodate, Source, DateToDatetime)
+COMNLIB_MEMBER(comn_datetodate4, Source, DateToDatetime4)
+COMNLIB_MEMBER(comn_datetochar, Source, DateToCharacter)
+COMNLIB_MEMBER(comn_datetovarchar, Source, DateToVarchar)
+COMNLIB_MEMBER(comn_datetobin, Source, ToBinary)
+COMNLIB_MEMBER(comn_datetovarbin, Source, ToVarbinary)
 
 CS_RETCODE comn_get_datetochar_fmt(COMNLIB_CONVERSION_PARAMETERS) {
   check_pointers({context, srcfmt, src, destfmt, dest, destlen});

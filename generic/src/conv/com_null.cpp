@@ -18,64 +18,18 @@ namespace {
 constexpr CS_INT kLastReadFromTable = CS_UNICHAR_TYPE;
 constexpr CS_INT kLastSetInTable = CS_USHORT_TYPE;
 
-// A default null value: `size` bytes, all zero but perhaps the first.
-struct Default {
-  CS_INT size;
-  CS_INT padtype;
-  CS_BYTE first = 0;
-};
-
-constexpr CS_BYTE kDefaultPrecision = 18;
 constexpr CS_INT kNumericHead = offsetof(CS_NUMERIC, array);
-
-constexpr std::array<Default, CS_BUILTIN_TYPES> kDefaults = [] {
-  constexpr Default character{0, CS_PAD_CHAR};
-  constexpr Default binary{0, CS_PAD_BINARY};
-  constexpr Default numeric{sizeof(CS_NUMERIC), CS_PAD_NONE, kDefaultPrecision};
-  std::array<Default, CS_BUILTIN_TYPES> values{};
-  values[CS_CHAR_TYPE] = character;
-  values[CS_BINARY_TYPE] = binary;
-  values[CS_LONGCHAR_TYPE] = character;
-  values[CS_LONGBINARY_TYPE] = binary;
-  values[CS_TEXT_TYPE] = character;
-  values[CS_IMAGE_TYPE] = binary;
-  values[CS_TINYINT_TYPE] = {1, CS_PAD_NONE};
-  values[CS_SMALLINT_TYPE] = {2, CS_PAD_NONE};
-  values[CS_INT_TYPE] = {4, CS_PAD_NONE};
-  values[CS_REAL_TYPE] = {4, CS_PAD_NONE};
-  values[CS_FLOAT_TYPE] = {8, CS_PAD_NONE};
-  values[CS_BIT_TYPE] = {1, CS_PAD_NONE};
-  values[CS_DATETIME_TYPE] = {8, CS_PAD_NONE};
-  values[CS_DATETIME4_TYPE] = {8, CS_PAD_NONE};  // longer than the type; cut when it is read
-  values[CS_MONEY_TYPE] = {8, CS_PAD_NONE};
-  values[CS_MONEY4_TYPE] = {8, CS_PAD_NONE};  // likewise
-  values[CS_NUMERIC_TYPE] = numeric;
-  values[CS_DECIMAL_TYPE] = numeric;
-  values[CS_VARCHAR_TYPE] = {sizeof(CS_VARCHAR), CS_PAD_NONE};
-  values[CS_VARBINARY_TYPE] = {sizeof(CS_VARBINARY), CS_PAD_NONE};
-  values[CS_LONG_TYPE] = {4, CS_PAD_NONE};
-  values[CS_SENSITIVITY_TYPE] = character;
-  values[CS_BOUNDARY_TYPE] = character;
-  values[CS_VOID_TYPE] = {4, CS_PAD_NONE};
-  values[CS_USHORT_TYPE] = {2, CS_PAD_NONE};
-  values[CS_UNICHAR_TYPE] = {1, CS_PAD_UNICHAR};
-  return values;
-}();
-
-const Default& default_of(CS_INT datatype) {
-  return kDefaults[static_cast<std::size_t>(datatype)];
-}
 
 // Every entry has a buffer, one of an empty value too.
 constexpr std::size_t buffer_size(CS_INT size) {
   return static_cast<std::size_t>(std::max(size, 1));
 }
 
-void fill_default(CsDefVal& entry, const Default& value) {
-  entry.dvsize = value.size;
-  entry.dvpadtype = value.padtype;
-  std::memset(entry.dventity, 0, static_cast<std::size_t>(value.size));
-  if (value.size > 0) std::memcpy(entry.dventity, &value.first, 1);
+void fill_default(CsDefVal& entry, const Datatype& type) {
+  entry.dvsize = type.null_size;
+  entry.dvpadtype = type.padding;
+  std::memset(entry.dventity, 0, static_cast<std::size_t>(type.null_size));
+  if (type.null_size > 0) std::memcpy(entry.dventity, &type.null_head, 1);
 }
 
 // Replaces a stored value by a copy of `length` bytes, or by none for length 0. A value that cannot
@@ -121,14 +75,14 @@ CS_RETCODE set_user_null(CS_CONTEXT& context, CS_INT datatype, const CS_VOID* va
   return CS_SUCCEED;
 }
 
-CS_RETCODE reinstall_default(CsDefVal& entry, const Default& value) {
+CS_RETCODE reinstall_default(CsDefVal& entry, const Datatype& type) {
   check_pointer(entry.dventity);
-  if (entry.dvsize < value.size) {
-    CS_VOID* grown = comn_realloc(entry.dventity, buffer_size(value.size));
+  if (entry.dvsize < type.null_size) {
+    CS_VOID* grown = comn_realloc(entry.dventity, buffer_size(type.null_size));
     if (grown == nullptr) return CS_MEM_ERROR;
     entry.dventity = grown;
   }
-  fill_default(entry, value);
+  fill_default(entry, type);
   return CS_SUCCEED;
 }
 
@@ -205,14 +159,14 @@ CS_RETCODE com_null_init(CS_CONTEXT* context) {
   check_pointer(context);
   context->ctxusrnulls = nullptr;
   context->ctxnulls = {};
-  auto* table = static_cast<CsDefVal*>(comn_calloc(kDefaults.size(), sizeof(CsDefVal)));
+  auto* table = static_cast<CsDefVal*>(comn_calloc(kDatatypes.size(), sizeof(CsDefVal)));
   if (table == nullptr) return trace(CS_MEM_ERROR);
   context->ctxnulls = {.nullvals = table, .nulldim = CS_BUILTIN_TYPES};
-  for (std::size_t type = 0; type < kDefaults.size(); ++type) {
-    const Default& value = kDefaults[type];
-    table[type].dventity = comn_malloc(buffer_size(value.size));
-    if (table[type].dventity == nullptr) return trace(CS_MEM_ERROR);
-    fill_default(table[type], value);
+  for (const Datatype& type : kDatatypes) {
+    CsDefVal& entry = table[type.code];
+    entry.dventity = comn_malloc(buffer_size(type.null_size));
+    if (entry.dventity == nullptr) return trace(CS_MEM_ERROR);
+    fill_default(entry, type);
   }
   return trace(CS_SUCCEED);
 }
@@ -261,5 +215,5 @@ CS_RETCODE com_null_reinstall(CS_CONTEXT* context, CS_INT datatype) {
     remove_user_null(*context, datatype);
     return trace(CS_SUCCEED);
   }
-  return trace(reinstall_default(table_entry(*context, datatype), default_of(datatype)));
+  return trace(reinstall_default(table_entry(*context, datatype), datatype_of(datatype)));
 }

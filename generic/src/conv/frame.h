@@ -1,24 +1,32 @@
-// The frame of every conversion routine: its arguments, the checks that open it, and the rules by
-// which formatted text is placed in its destination.
+// The frame of every conversion routine, and the shape of the sources and targets that it joins.
+//
+// A Source reads values:
+//   Value                what its targets convert
+//   serves(format)       whether it reads what the format describes
+//   read(call, value)    CS_SUCCEED, or the code of a value that is not valid
+// A Target converts a Source's values:
+//   serves(format)       whether it writes what the format describes
+//   kLength              the length that is stored before the value is read; a conversion that ends
+//                        with another length stores it itself
+//   convert(value, call) writes the result and returns its code
+// Neither knows of null pointers or the trace: they are the core, to which frames give one
+// value at a time.
 #pragma once
 
 #include <cstring>
-#include <span>
-#include <string_view>
 #include <type_traits>
 
-#include "comnlib/convert.h"
+#include "conv/datatypes.h"
 #include "diag/diag.h"
 
 #define COMNLIB_CONVERSION_PARAMETERS                                                           \
   CS_CONTEXT *context, const CS_DATAFMT *srcfmt, const CS_VOID *src, const CS_DATAFMT *destfmt, \
       CS_VOID *dest, CS_INT *destlen
 
-// The refusing member of the family of a module, which says where it stops: kToLong and kToOther.
-#define COMNLIB_REFUSING_MEMBER(routine, Source)                                          \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                     \
-    comnlib::refuse_long<Source>({context, srcfmt, src, destfmt, dest, destlen}, kToLong, \
-                                 kToOther);                                               \
+// Defines a public routine. Each has a source line of its own, which stops and traces name.
+#define COMNLIB_MEMBER(routine, Source, Target)                                                    \
+  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                              \
+    return comnlib::convert_value<Source, Target>({context, srcfmt, src, destfmt, dest, destlen}); \
   }
 
 namespace comnlib {
@@ -41,17 +49,28 @@ inline void check_pointers(const Conversion& call, Place place = Place::current(
   check_pointer(call.destlen, place);
 }
 
-constexpr bool is_character(CS_INT datatype) {
-  return datatype == CS_CHAR_TYPE || datatype == CS_LONGCHAR_TYPE || datatype == CS_TEXT_TYPE ||
-         datatype == CS_SENSITIVITY_TYPE || datatype == CS_BOUNDARY_TYPE;
+// Opens the members that convert nothing, too: after it they stop, at one line for their own
+// destination datatype and at another for every other.
+template <class Source>
+void check_source(const Conversion& call, Place place = Place::current()) {
+  check_pointers(call, place);
+  require(Source::serves(*call.srcfmt), place);
 }
 
-constexpr bool is_binary(CS_INT datatype) {
-  return datatype == CS_BINARY_TYPE || datatype == CS_LONGBINARY_TYPE || datatype == CS_IMAGE_TYPE;
+template <class Source, class Target>
+[[gnu::always_inline]] inline CS_RETCODE convert_core(const Conversion& call) {
+  *call.destlen = Target::kLength;
+  typename Source::Value value;
+  const CS_RETCODE code = Source::read(call, value);
+  if (code != CS_SUCCEED) return code;
+  return Target::convert(value, call);
 }
 
-constexpr bool is_numeric(CS_INT datatype) {
-  return datatype == CS_NUMERIC_TYPE || datatype == CS_DECIMAL_TYPE;
+template <class Source, class Target>
+CS_RETCODE convert_value(const Conversion& call, Place place = Place::current()) {
+  check_source<Source>(call, place);
+  require(Target::serves(*call.destfmt), place);
+  return trace(convert_core<Source, Target>(call), place);
 }
 
 constexpr bool terminates(const CS_DATAFMT& format) {
@@ -73,9 +92,20 @@ void store(void* to, const T& value) {
   std::memcpy(to, &value, sizeof value);
 }
 
-// Parts of a CS_VARCHAR or CS_VARBINARY wherever it stands.
+// Stores a result and its length; returns `code`.
+template <class T>
+CS_RETCODE store_result(const Conversion& call, const T& value, CS_RETCODE code = CS_SUCCEED) {
+  store(call.dest, value);
+  *call.destlen = sizeof value;
+  return code;
+}
+
+// The parts of a CS_VARCHAR or CS_VARBINARY at any address.
 inline CS_SMALLINT record_length(const void* record) {
   return load<CS_SMALLINT>(record);
+}
+inline bool is_record_length(CS_SMALLINT length) {
+  return length >= 0 && length <= CS_MAX_CHAR;
 }
 inline const CS_BYTE* record_bytes(const void* record) {
   return static_cast<const CS_BYTE*>(record) + offsetof(CS_VARBINARY, array);
@@ -84,26 +114,13 @@ inline CS_BYTE* record_bytes(void* record) {
   return static_cast<CS_BYTE*>(record) + offsetof(CS_VARBINARY, array);
 }
 
-// The body of a member into CS_LONG, of a family that does not convert to it: after the checks that
-// all members make it stops, at one place for destination code 20 and at another for every other.
-template <class Source>
-[[noreturn]] void refuse_long(const Conversion& call, Place to_long, Place to_other,
-                              Place place = Place::current()) {
-  check_pointers(call, place);
-  require(Source::serves(call.srcfmt->datatype), place);
-  stop(call.destfmt->datatype == CS_LONG_TYPE ? to_long : to_other);
-}
-
-// Places the text of a number in a character destination and pads it. Text that does not fit, its
-// NUL included where one is asked for, becomes "*" when there are at least two bytes of room, and
-// CS_CVT_OVERFLOW is returned. The caller has checked pointers and datatypes.
-CS_RETCODE place_text(std::string_view text, const Conversion& call);
-
-// The same for a Unicode-character destination.
-CS_RETCODE place_unichar(std::span<const CS_UNICHAR> text, const Conversion& call);
-
-// Places the text of a number in a CS_VARCHAR, with its NUL where one fits in `str`; text of more
-// than 256 characters becomes "*" with CS_CVT_OVERFLOW. The destination length is 258.
-CS_RETCODE place_varchar(std::string_view text, const Conversion& call);
+// A source of fixed length. The value is a copy, so a destination may share the source's bytes.
+template <class Type>
+struct FixedSource : Type {
+  static CS_RETCODE read(const Conversion& call, typename Type::Value& value) {
+    value = load<typename Type::Value>(call.src);
+    return Type::contains(value) ? CS_SUCCEED : CS_CVT_DOMAIN;
+  }
+};
 
 }  // namespace comnlib

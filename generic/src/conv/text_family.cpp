@@ -15,7 +15,7 @@
 #include "exact/numeric.h"
 #include "time/datetext.h"
 
-namespace comnlib::text_family {
+namespace comnlib {
 namespace {
 
 // A number of more characters than this, blanks around it aside, is none.
@@ -87,23 +87,21 @@ class AsciiForm {
 // By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
 // form that reads as ISO 8859-1, in which currency signs have a place.
 template <class Value, class Parse>
-CS_RETCODE convert_money(const Literal& literal, Parse parse) {
+CS_RETCODE text_to_amount(const Text& text, const Conversion& call, Parse parse) {
   Value value{};
   CS_INT status = kExactSyntax;
-  if (literal.text.utf16) {
-    const AsciiForm form(literal.text);
+  if (text.utf16) {
+    const AsciiForm form(text);
     if (form.valid())
       status =
           parse(&value, form.view().data(), static_cast<CS_INT>(form.view().size()), 0, nullptr);
   } else {
-    const Bytes bytes = literal.text.bytes;
+    const Bytes bytes = text.bytes;
     status = parse(&value, reinterpret_cast<const CS_CHAR*>(bytes.data()),
-                   static_cast<CS_INT>(bytes.size()), 0, literal.text.attrib);
+                   static_cast<CS_INT>(bytes.size()), 0, text.attrib);
   }
-  if (status == kExactSyntax) return syntax_error(literal.call);
-  *literal.call.destlen = sizeof(Value);
-  store(literal.call.dest, value);
-  return exact_code(status);
+  if (status == kExactSyntax) return CS_CVT_SYNTAX;
+  return store_result(call, value, exact_code(status));
 }
 
 std::string_view view_of(Bytes bytes) {
@@ -122,23 +120,22 @@ DateLiteral judge(const ParsedDate& parsed) {
 
 // Month names are bytes of the conventions' own character set; digits of another width are read in
 // their ASCII form. Without memory for the table of that set nothing is known of the text.
-DateLiteral read_date(const Literal& literal) {
-  const Conversion& call = literal.call;
+DateLiteral read_date(const Text& text, const Conversion& call) {
   const DateConventions& conventions = date_conventions(*call.context, *call.srcfmt);
   ParsedDate plain{DateText::syntax, {}};
-  if (literal.text.utf16) {
+  if (text.utf16) {
     std::array<CS_BYTE, kLiteralRoom> room;
     const Encoding names = date_encoding(*call.context, *call.srcfmt);
-    const Translated narrow = translate(call.context, kUtf16, names, literal.text.bytes, room);
+    const Translated narrow = translate(call.context, kUtf16, names, text.bytes, room);
     if (narrow.code == CS_MEM_ERROR) return {CS_MEM_ERROR, {}};
     if (narrow.code == CS_SUCCEED)
       plain = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
   } else {
-    plain = parse_datetime(view_of(literal.text.bytes), conventions);
-    if (literal.text.attrib == nullptr) return judge(plain);
+    plain = parse_datetime(view_of(text.bytes), conventions);
+    if (text.attrib == nullptr) return judge(plain);
   }
   if (plain.status != DateText::syntax) return judge(plain);
-  const AsciiForm form(literal.text);
+  const AsciiForm form(text);
   if (!form.valid()) return {CS_CVT_SYNTAX, {}};
   return judge(parse_datetime(form.view(), conventions));
 }
@@ -205,94 +202,71 @@ HexRead read_hex(Text text, std::span<CS_BYTE> room) {
 
 }  // namespace
 
-CS_RETCODE syntax_error(const Conversion& call) {
-  *call.destlen = 0;
-  return CS_CVT_SYNTAX;
-}
-
-CS_RETCODE ToBit::convert(const Literal& literal) {
+CS_RETCODE text_to_bit(const Text& text, const Conversion& call) {
   CS_INT value = 0;
-  const ScanStatus status = scan_integer(literal.text, value);
-  if (status == kNoInteger) return syntax_error(literal.call);
-  *literal.call.destlen = sizeof(CS_BIT);
-  store(literal.call.dest, static_cast<CS_BIT>(value != 0 ? 1 : 0));
-  return status == kOutOfRange ? CS_CVT_OVERFLOW : CS_SUCCEED;
+  const ScanStatus status = scan_integer(text, value);
+  if (status == kNoInteger) return CS_CVT_SYNTAX;
+  const CS_RETCODE code = status == kOutOfRange ? CS_CVT_OVERFLOW : CS_SUCCEED;
+  return store_result(call, static_cast<CS_BIT>(value != 0 ? 1 : 0), code);
 }
 
-CS_RETCODE ToFloat::convert(const Literal& literal) {
-  const ParsedFloat parsed = parse_float(literal.text);
-  if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
-  *literal.call.destlen = sizeof(CS_FLOAT);
-  store(literal.call.dest, parsed.value);
-  return parsed.code;
+CS_RETCODE text_to_float(const Text& text, const Conversion& call) {
+  const ParsedFloat parsed = parse_float(text);
+  if (parsed.code == CS_CVT_SYNTAX) return CS_CVT_SYNTAX;
+  return store_result(call, parsed.value, parsed.code);
 }
 
-CS_RETCODE ToReal::convert(const Literal& literal) {
-  const ParsedFloat parsed = parse_float(literal.text);
-  if (parsed.code == CS_CVT_SYNTAX) return syntax_error(literal.call);
-  *literal.call.destlen = sizeof(CS_REAL);
-  const CS_RETCODE narrowed = ToFlt4::convert(parsed.value, literal.call);
+CS_RETCODE text_to_real(const Text& text, const Conversion& call) {
+  const ParsedFloat parsed = parse_float(text);
+  if (parsed.code == CS_CVT_SYNTAX) return CS_CVT_SYNTAX;
+  *call.destlen = sizeof(CS_REAL);
+  const CS_RETCODE narrowed = ToFloat<Real>::convert(parsed.value, call);
   return parsed.code == CS_SUCCEED ? narrowed : parsed.code;
 }
 
-CS_RETCODE ToMoney::convert(const Literal& literal) {
-  return convert_money<CS_MONEY>(literal, com__mnyfromchar_mb);
+CS_RETCODE text_to_money(const Text& text, const Conversion& call) {
+  return text_to_amount<CS_MONEY>(text, call, com__mnyfromchar_mb);
 }
 
-CS_RETCODE ToMoney4::convert(const Literal& literal) {
-  return convert_money<CS_MONEY4>(literal, com__mny4fromchar_mb);
+CS_RETCODE text_to_money4(const Text& text, const Conversion& call) {
+  return text_to_amount<CS_MONEY4>(text, call, com__mny4fromchar_mb);
 }
 
-CS_RETCODE ToDatetime::convert(const Literal& literal) {
-  const DateLiteral date = read_date(literal);
-  *literal.call.destlen = 0;
-  if (date.code != CS_SUCCEED) return date.code;
-  *literal.call.destlen = sizeof(CS_DATETIME);
-  store(literal.call.dest, date.value);
-  return CS_SUCCEED;
+CS_RETCODE text_to_datetime(const Text& text, const Conversion& call) {
+  const DateLiteral date = read_date(text, call);
+  return date.code == CS_SUCCEED ? DateToDatetime::convert(date.value, call) : date.code;
 }
 
-CS_RETCODE ToDatetime4::convert(const Literal& literal) {
-  const DateLiteral date = read_date(literal);
-  *literal.call.destlen = 0;
-  if (date.code != CS_SUCCEED) return date.code;
-  CS_DATETIME4 small;
-  if (com__dttodate4(&date.value, &small) != 0) return CS_CVT_OVERFLOW;
-  *literal.call.destlen = sizeof(CS_DATETIME4);
-  store(literal.call.dest, small);
-  return CS_SUCCEED;
+CS_RETCODE text_to_datetime4(const Text& text, const Conversion& call) {
+  const DateLiteral date = read_date(text, call);
+  return date.code == CS_SUCCEED ? DateToDatetime4::convert(date.value, call) : date.code;
 }
 
-CS_RETCODE ToBinary::convert(const Literal& literal) {
-  const Conversion& call = literal.call;
-  require(call.destfmt->maxlength >= 0);
+CS_RETCODE text_to_binary(const Text& text, const Conversion& call) {
   const auto room = static_cast<std::size_t>(call.destfmt->maxlength);
-  const HexRead read = read_hex(literal.text, {static_cast<CS_BYTE*>(call.dest), room});
-  if (!read.valid) return syntax_error(call);
+  const HexRead read = read_hex(text, {static_cast<CS_BYTE*>(call.dest), room});
+  if (!read.valid) return CS_CVT_SYNTAX;
   *call.destlen = static_cast<CS_INT>(read.written);
   if (read.written < read.bytes) return CS_CVT_TRUNCATED;
   return comn__padbin(*call.destlen, call.destfmt, call.dest, call.destlen);
 }
 
-CS_RETCODE ToVarbinary::convert(const Literal& literal) {
-  void* record = literal.call.dest;
-  const HexRead read = read_hex(literal.text, {record_bytes(record), CS_MAX_CHAR});
-  if (!read.valid) return syntax_error(literal.call);
+CS_RETCODE text_to_varbinary(const Text& text, const Conversion& call) {
+  void* record = call.dest;
+  const HexRead read = read_hex(text, {record_bytes(record), CS_MAX_CHAR});
+  if (!read.valid) return CS_CVT_SYNTAX;
   store(record, static_cast<CS_SMALLINT>(read.written));
-  *literal.call.destlen = sizeof(CS_VARBINARY);
+  *call.destlen = sizeof(CS_VARBINARY);
   return read.written < read.bytes ? CS_CVT_TRUNCATED : CS_SUCCEED;
 }
 
-CS_RETCODE ToNumeric::convert(const Literal& literal) {
-  const Conversion& call = literal.call;
+CS_RETCODE text_to_numeric(const Text& text, const Conversion& call) {
   const bool own_precision = call.destfmt->precision == CS_USE_SRCVALUE;
   const bool own_scale = call.destfmt->scale == CS_USE_SRCVALUE;
-  *call.destlen = 0;
   if (!own_precision && !is_precision(call.destfmt->precision)) return CS_CVT_PRECISION;
   if (!own_scale && !is_scale(call.destfmt->scale)) return CS_CVT_SCALE;
 
-  const AsciiForm form(literal.text,
-                       terminates(*call.srcfmt) ? NulBytes::kEndOfText : NulBytes::kText);
+  const AsciiForm form(text, terminates(*call.srcfmt) ? NulBytes::kEndOfText : NulBytes::kText);
   if (!form.valid()) return CS_CVT_SYNTAX;
 
   const CS_BYTE precision =
@@ -308,4 +282,4 @@ CS_RETCODE ToNumeric::convert(const Literal& literal) {
   return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
 }
 
-}  // namespace comnlib::text_family
+}  // namespace comnlib

@@ -2,66 +2,63 @@
 #pragma once
 
 #include <concepts>
+#include <span>
 
-#include "conv/number_family.h"
+#include "conv/frame.h"
 #include "exact/numeric.h"
 
 namespace comnlib {
 
-// The whole record is counted, though only the bytes of the format's precision are written. A
-// marker that asks for the source's precision fails the check: these sources have none.
-struct ToNumeric {
-  static constexpr CS_INT kLength = sizeof(CS_NUMERIC);
-  static constexpr bool serves(CS_INT datatype) { return is_numeric(datatype); }
+// Starts the destination's record: CS_CVT_PRECISION or CS_CVT_SCALE where the format's are not
+// valid, with nothing written.
+inline CS_RETCODE open_numeric(CS_INT precision, CS_INT scale, CS_NUMERIC& numeric) {
+  if (!is_precision(precision)) return CS_CVT_PRECISION;
+  if (!is_scale(scale)) return CS_CVT_SCALE;
+  numeric.precision = static_cast<CS_BYTE>(precision);
+  numeric.scale = static_cast<CS_BYTE>(scale);
+  return CS_SUCCEED;
+}
 
+// The whole record is written and counted; after the magnitude it is zero. A marker that asks for
+// the source's precision is not valid: these sources have none.
+struct ToNumeric : Numeric {
   static CS_RETCODE convert(auto value, const Conversion& call) {
-    const CS_DATAFMT& format = *call.destfmt;
-    if (!is_precision(format.precision)) return CS_CVT_PRECISION;
-    if (!is_scale(format.scale)) return CS_CVT_SCALE;
-    auto* numeric = static_cast<CS_NUMERIC*>(call.dest);
-    numeric->precision = static_cast<CS_BYTE>(format.precision);
-    numeric->scale = static_cast<CS_BYTE>(format.scale);
-    constant record = record_of(*numeric);
-    return exact_code(put(value, record));
+    auto& numeric = *static_cast<CS_NUMERIC*>(call.dest);
+    const CS_RETCODE opened = open_numeric(call.destfmt->precision, call.destfmt->scale, numeric);
+    if (opened != CS_SUCCEED) return opened;
+    std::memset(numeric.array, 0, sizeof numeric.array);
+    constant record = record_of(numeric);
+    return exact_code(fill(value, record));
   }
 
  private:
-  static CS_INT put(std::integral auto value, constant& record) {
+  static CS_INT fill(std::integral auto value, constant& record) {
     return com__longtoexctnume(value, &record);
   }
-  static CS_INT put(std::floating_point auto value, constant& record) {
+  static CS_INT fill(std::floating_point auto value, constant& record) {
     return com__doubletoexctnume(CS_FLOAT{value}, &record);
   }
 };
 
-// Of an exact value: a marker in the format takes the source's precision or scale. The bytes of the
-// format's precision are written and counted. `fill` stores the value in a record of that size.
+struct ExactToNumeric : Numeric {
+  static constexpr CS_INT kLength = 0;
+};
+
+// Places an exact value: a marker in the format takes the source's precision or scale. The bytes of
+// the precision are written and counted. `fill` stores the value in a record of that size.
 template <class Fill>
 CS_RETCODE place_numeric(CS_INT source_precision, CS_INT source_scale, const Conversion& call,
                          Fill fill) {
   const CS_DATAFMT& format = *call.destfmt;
-  const CS_INT precision =
-      format.precision == CS_USE_SRCVALUE ? source_precision : format.precision;
-  const CS_INT scale = format.scale == CS_USE_SRCVALUE ? source_scale : format.scale;
-  if (!is_precision(precision)) return CS_CVT_PRECISION;
-  if (!is_scale(scale)) return CS_CVT_SCALE;
-  auto* numeric = static_cast<CS_NUMERIC*>(call.dest);
-  numeric->precision = static_cast<CS_BYTE>(precision);
-  numeric->scale = static_cast<CS_BYTE>(scale);
-  constant record = record_of(*numeric);
+  auto& numeric = *static_cast<CS_NUMERIC*>(call.dest);
+  const CS_RETCODE opened =
+      open_numeric(format.precision == CS_USE_SRCVALUE ? source_precision : format.precision,
+                   format.scale == CS_USE_SRCVALUE ? source_scale : format.scale, numeric);
+  if (opened != CS_SUCCEED) return opened;
+  constant record = record_of(numeric);
   *call.destlen = static_cast<CS_INT>(offsetof(CS_NUMERIC, array)) + record.len;
   const CS_INT status = fill(record);
   return status == kExactTruncated ? CS_CVT_TRUNCATED : exact_code(status);
 }
-
-struct NumericToNumeric {
-  static constexpr CS_INT kLength = 0;
-  static constexpr bool serves(CS_INT datatype) { return is_numeric(datatype); }
-
-  static CS_RETCODE convert(const constant& value, const Conversion& call) {
-    return place_numeric(value.prec, value.scale, call,
-                         [&](constant& record) { return rescale(value, record); });
-  }
-};
 
 }  // namespace comnlib

@@ -1,5 +1,5 @@
-// Placement of formatted text in character and varchar destinations.
-#include "conv/frame.h"
+// Placement of formatted text in character, Unicode-character and varchar destinations.
+#include "conv/placement.h"
 
 #include <algorithm>
 #include <array>
@@ -40,27 +40,26 @@ void write(std::string_view text, CS_BYTE* dest) {
   copy_text(text, dest);
 }
 
-void write(std::span<const CS_UNICHAR> text, CS_BYTE* dest) {
+void write(Units text, CS_BYTE* dest) {
   std::memcpy(dest, text.data(), text.size_bytes());
 }
 
 template <class Unit>
 CS_RETCODE pad(CS_INT length, const Conversion& call) {
-  constexpr CS_INT kFinishing = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
-  if ((call.destfmt->format & kFinishing) == 0) return CS_SUCCEED;
   if constexpr (sizeof(Unit) == sizeof(CS_CHAR))
     return comn__padchar(length, call.destfmt, call.dest, call.destlen);
   else
     return comn__padunichar(length, call.destfmt, call.dest, call.destlen);
 }
 
-// `text` is a view of the destination's units.
+// Places a text of the destination's units, or "*" where it does not fit.
 template <class View>
-CS_RETCODE place(View text, const Conversion& call) {
+CS_RETCODE place_or_star(View text, const Conversion& call) {
   using Unit = typename View::value_type;
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength;
-  require(room >= 0);
+  constexpr CS_INT kFinishing = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+  const bool finished = (call.destfmt->format & kFinishing) == 0;
   const bool terminate = terminates(*call.destfmt);
   const auto length = static_cast<CS_INT>(text.size()) * kUnit;
   auto* dest = static_cast<CS_BYTE*>(call.dest);
@@ -68,27 +67,46 @@ CS_RETCODE place(View text, const Conversion& call) {
   if (length <= room && (!terminate || kUnit <= room - length)) {
     write(text, dest);
     *call.destlen = length;
-    return pad<Unit>(length, call);
+    return finished ? CS_SUCCEED : pad<Unit>(length, call);
   }
   *call.destlen = std::min(room, length);
   if (room >= 2 * kUnit) {
     static constexpr Unit kStar[] = {'*', 0};
     write(View(kStar, 2), dest);
     *call.destlen = kUnit;
-    // Overflow is the answer whatever the padding reports.
+    // The result is an overflow whatever the padding returns.
     static_cast<void>(pad<Unit>(kUnit, call));
   }
   return CS_CVT_OVERFLOW;
 }
 
+template <class View>
+CS_RETCODE place_or_cut(View text, const Conversion& call) {
+  using Unit = typename View::value_type;
+  const auto units = static_cast<std::size_t>(call.destfmt->maxlength) / sizeof(Unit);
+  const auto length = static_cast<CS_INT>(text.size() * sizeof(Unit));
+  const View kept(text.data(), std::min(text.size(), units));
+  write(kept, static_cast<CS_BYTE*>(call.dest));
+  *call.destlen = static_cast<CS_INT>(kept.size() * sizeof(Unit));
+  return pad<Unit>(length, call);
+}
+
 }  // namespace
 
 CS_RETCODE place_text(std::string_view text, const Conversion& call) {
-  return place(text, call);
+  return place_or_star(text, call);
 }
 
-CS_RETCODE place_unichar(std::span<const CS_UNICHAR> text, const Conversion& call) {
-  return place(text, call);
+CS_RETCODE place_text(Units text, const Conversion& call) {
+  return place_or_star(text, call);
+}
+
+CS_RETCODE place_cut(std::string_view text, const Conversion& call) {
+  return place_or_cut(text, call);
+}
+
+CS_RETCODE place_cut(Units text, const Conversion& call) {
+  return place_or_cut(text, call);
 }
 
 CS_RETCODE place_varchar(std::string_view text, const Conversion& call) {

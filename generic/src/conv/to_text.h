@@ -1,0 +1,40 @@
+// The text targets of every family whose values have a textual form. A Form is made of a value and
+// the destination's format and converts to the text, which is ASCII; `kCut` says what becomes of
+// text that does not fit.
+#pragma once
+
+#include <algorithm>
+#include <array>
+
+#include "conv/placement.h"
+
+namespace comnlib {
+
+template <class Form>
+struct ToCharacter : Character {
+  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+    const Form text(value, *call.destfmt);
+    return Form::kCut ? place_cut(text.view(), call) : place_text(text.view(), call);
+  }
+};
+
+template <class Form>
+struct ToVarchar : Varchar {
+  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+    return place_varchar(Form(value, *call.destfmt).view(), call);
+  }
+};
+
+template <class Form>
+struct ToUnichar : Unichar {
+  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+    const Form text(value, *call.destfmt);
+    std::array<CS_UNICHAR, 96> units;
+    require(text.view().size() <= units.size());
+    std::ranges::copy(text.view(), units.begin());
+    const Units wide(units.data(), text.view().size());
+    return Form::kCut ? place_cut(wide, call) : place_text(wide, call);
+  }
+};
+
+}  // namespace comnlib
