@@ -160,13 +160,13 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  * - tonum: The value at the destination format's precision (CS_CVT_PRECISION outside 1..77, the
  *   marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside 0..77). Floating values go
  *   through their 17 significant digits and are rounded at the scale, halves away from zero.
- *   CS_CVT_OVERFLOW stores zero; an infinity or NaN gives CS_CVT_SYNTAX. The length is 35, though
- *   bytes behind those of the precision are left alone.
+ *   CS_CVT_OVERFLOW stores zero, and so does an infinity or NaN with CS_CVT_SYNTAX. The length is
+ *   35, and all 35 bytes are written: those after the magnitude are zero.
  * - tomoney, tomny4: Exact for integers. A floating value is multiplied by 10000 as a double and
  *   rounded to a unit, halves away from zero. A value out of range stores the limit that it passed,
- *   with CS_CVT_OVERFLOW; a NaN stores zero, with the same. There are none from CS_BIT.
- * - toi8: These convert nothing: with valid pointers and source datatype each stops the process.
- *   They are in no matrix. */
+ *   with CS_CVT_OVERFLOW; a NaN stores zero, with the same. Not from CS_BIT.
+ * - toi8, and bittomoney and bittomny4: These convert nothing: with valid pointers and source
+ *   datatype each stops the process. They are in no matrix. */
 /**@{*/
 /** A conversion from an integer, a float or a bit. */
 COMN_CONVERSION(comn_i1tobit);
