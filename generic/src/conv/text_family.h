@@ -51,7 +51,7 @@ struct UnicharSource : Unichar {
 // For targets that read a literal: half a unit or an unpaired surrogate is in none.
 struct UnicharLiteral : UnicharSource {
   static CS_RETCODE read(const Conversion& call, EncodedText& value) {
-    UnicharSource::read(call, value);
+    static_cast<void>(UnicharSource::read(call, value));
     return is_utf16(value.text.bytes) ? CS_SUCCEED : CS_CVT_BADXLATE;
   }
 };
