@@ -136,19 +136,6 @@ TEST(Numbers, ToNumericJudgesTheFormatFirst) {
   }
 }
 
-// All 35 bytes that are reported are written: hosts send them on.
-TEST(Numbers, ToNumericWritesTheWholeRecord) {
-  Context context;
-  const CS_DATAFMT to = numeric_format(5, 2);
-  EXPECT_EQ(bytes_of(CS_NUMERIC{5, 2, {1, 0, 0x02, 0xBC}}),
-            convert(context, CS_INT_TYPE, CS_INT{-7}, to).text());
-  EXPECT_EQ(bytes_of(CS_NUMERIC{5, 2, {0, 0, 0, 50}}),
-            convert(context, CS_FLOAT_TYPE, 0.5, to).text());
-  const Result nan = convert(context, CS_FLOAT_TYPE, kNan, to);
-  EXPECT_EQ(CS_CVT_SYNTAX, nan.code);
-  EXPECT_EQ(bytes_of(CS_NUMERIC{5, 2, {}}), nan.text());
-}
-
 TEST(Numbers, TextIgnoresTheLocale) {
   const scratch::Variable locales("LOCPATH", COMNLIB_LOCALES);
   ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
