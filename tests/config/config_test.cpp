@@ -1,10 +1,13 @@
 // Configuration files: tokens, the grammar and its error reports by example, the store, includes.
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -189,12 +192,11 @@ TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
     const char* report;
   } rows[] = {
       {"\n[s]\nname value\n",
-       "nuv.cfg, line 3: expected '=' behind the entry's name, found ident\n"},
-      {"a = 1\n", "line 1: expected a section header before the first entry"},
-      {"[s\n", "line 1: expected ']' behind the section's name, found newline"},
+       "nuv.cfg, line 3: expected '=' after the entry's name, found ident\n"},
+      {"[s\n", "line 1: expected ']' after the section's name, found newline"},
       {"[]\n", "line 1: expected the name of a section, found ]"},
       {"[s] x\n", "line 1: expected the end of the line, found ident"},
-      {"[s]\na =\n", "line 2: expected a value behind '=', found newline"},
+      {"[s]\na =\n", "line 2: expected a value after '=', found newline"},
       {"[s]\na = b = c", "line 2: expected the end of the line, found ="},
       {"[s]\na = \"cut\n\n", "line 4: expected the closing quote of a string, found end of file"},
       {"[s]\na = 1\\\n2\n]", "line 4: expected a section, an entry, an include or a comment"},
@@ -211,14 +213,50 @@ TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
   }
 }
 
-TEST_F(Config, FilesThatAreNone) {
-  std::filesystem::create_directory("nuv.cfg.d");
-  for (const char* const path : {"nuv.cfg.d", "missing.cfg", ""}) {
+// A FIFO without a writer would hold the load up, the device would never end.
+TEST_F(Config, FilesThatCannotBeRead) {
+  std::filesystem::create_directory("directory");
+  ASSERT_EQ(0, mkfifo("fifo", 0600));
+  for (const char* const path : {"directory", "fifo", "/dev/zero", "missing.cfg", ""}) {
+    context_.ctxintlerr = 0;
     testing::internal::CaptureStderr();
     EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, path)) << path;
     EXPECT_NE("", testing::internal::GetCapturedStderr()) << path;
     EXPECT_GT(0, context_.ctxintlerr) << path;
   }
+  CfgParseInfo* parse = nullptr;
+  write_file("scan.cfg", "[section]\n");
+  ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+  parse->size = (256U << 20) - 9;  // of a file that grows while it is read
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(CS_FAIL, cfg__parse(parse));
+  EXPECT_EQ("scan.cfg, line 1: cannot read on: the file has more than 256 MB\n",
+            testing::internal::GetCapturedStderr());
+  cfg__clean_parse(parse);
+}
+
+// Reading and reporting are cancellation points; what the loader holds there must not be lost.
+TEST_F(Config, IsNotCancelled) {
+  write_file("scan.cfg", "include \"nuv.cfg\"\n= error");
+  write_file("nuv.cfg", "[s]\na = value");
+  const auto load_all = [](void* self) -> void* {
+    CS_CONTEXT& context = *static_cast<CS_CONTEXT*>(self);
+    pthread_cancel(pthread_self());
+    CfgParseInfo* parse = nullptr;
+    EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context, "scan.cfg", &parse));
+    EXPECT_EQ(CFG_INCLUDE, cfg__lex(parse));
+    EXPECT_EQ(CS_FAIL, cfg__parse(parse));
+    EXPECT_EQ(CS_SUCCEED, cfg__clean_parse(parse));
+    EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context, "nuv.cfg"));
+    pthread_testcancel();
+    return nullptr;
+  };
+  testing::internal::CaptureStderr();
+  pthread_t thread{};
+  ASSERT_EQ(0, pthread_create(&thread, nullptr, load_all, &context_));
+  pthread_join(thread, nullptr);
+  EXPECT_NE("", testing::internal::GetCapturedStderr());
+  EXPECT_EQ("value", get("s", "a"));
 }
 
 TEST_F(Config, LookUps) {
@@ -288,20 +326,82 @@ TEST_F(Config, Includes) {
   EXPECT_EQ("deep", get("s", "a"));
   write_file("d0", "include d1");
   EXPECT_NE("", complaint("include d0"));
+}
 
-  // 1,000 files with the first one, however they include one another.
-  std::string many = "[s]\na = 1\n", wide = "include leaf\n";
-  write_file("leaf", "[s]\nb = 1\n");
-  for (int i = 0; i < 998; ++i) many += "include leaf\n";
-  ASSERT_EQ(CS_SUCCEED, load(many + wide));
-  comn_drop_cfg(&context_);
-  EXPECT_NE("", complaint(many + wide + wide));
-  for (const char* file : {"w1", "w2", "w3", "w4", "w5", "w6", "w7", "w8"}) {
-    write_file(file, wide);
-    wide.clear();
-    for (int i = 0; i < 8; ++i) wide += "include " + std::string(file) + "\n";
+TEST_F(Config, ReadsAtMostAThousandFiles) {
+  write_file("leaf.cfg", "");
+  std::string text;
+  for (int i = 1; i < CFG_MAX_FILES; ++i) text += "include leaf.cfg\n";
+  EXPECT_EQ(CS_SUCCEED, load(text));
+  const std::string report = complaint(text + "include leaf.cfg\n");
+  EXPECT_EQ("nuv.cfg, line 1000: too many files are included\n", report);
+}
+
+// Before a section header entries belong to the section that the include line stands in.
+TEST_F(Config, EntriesBeforeTheFirstHeader) {
+  write_file("part.cfg", "b = 2\n[t]\na = 4");
+  ASSERT_EQ(CS_SUCCEED, load("a = 1\ninclude part.cfg\nc = 3\n[s]\ninclude part.cfg\nc = 5"));
+  EXPECT_EQ("1 2 3", get("", "a") + " " + get("", "b") + " " + get("", "c"));
+  EXPECT_EQ("2 5 4", get("s", "b") + " " + get("s", "c") + " " + get("t", "a"));
+}
+
+// What a walk meets, with the places of the entries.
+std::string walk(CS_CONTEXT& context) {
+  std::ostringstream met;
+  const CS_CHAR* section = nullptr;
+  CS_RETCODE result = CS_SUCCEED;
+  for (CS_INT at = 0; (result = comn_next_cfg_section(&context, &at, &section)) == CS_SUCCEED;) {
+    met << '[' << section << "] ";
+    CS_CFGENTRY entry{};
+    CS_INT in = 0;
+    while ((result = comn_next_cfg_entry(&context, section, &in, &entry)) == CS_SUCCEED) {
+      EXPECT_EQ('\0', entry.value[entry.valuelen]);
+      met << entry.name << '='
+          << std::string_view(entry.value, static_cast<std::size_t>(entry.valuelen)) << '@'
+          << entry.file << ':' << entry.line << ' ';
+    }
+    EXPECT_EQ(CS_END_DATA, result);
   }
-  EXPECT_NE("", complaint(wide)) << "millions of files";
+  EXPECT_EQ(CS_END_DATA, result);
+  return met.str();
+}
+
+TEST_F(Config, WalksInTheOrderOfFirstAppearance) {
+  write_file("more.cfg", "d = 4\n\n[t]\n\na = \\\nover\n");
+  ASSERT_EQ(CS_SUCCEED, load("[s]\nb = 1\na = 2\n[t]\nb = 3\n[s]\nb = longer\na =\"\"\n"
+                             "c = \"x\ny\" z\ninclude more.cfg\nb = 10\n[empty]"));
+  EXPECT_EQ(
+      "[s] b=10@nuv.cfg:12 a=@nuv.cfg:8 c=x\ny z@nuv.cfg:9 d=4@more.cfg:1 "
+      "[t] b=3@nuv.cfg:5 a=over@more.cfg:5 [empty] ",
+      walk(context_));
+  CS_INT position = 0;
+  CS_CFGENTRY entry{};
+  EXPECT_EQ(CS_FAIL, comn_next_cfg_entry(&context_, "u", &position, &entry));
+  const CS_CHAR* name = nullptr;
+  ASSERT_EQ(CS_SUCCEED, comn_next_cfg_section(&context_, &position, &name));
+  for (const CS_INT wrong : {position, -1, 1 << 30})
+    EXPECT_DEATH((position = wrong, comn_next_cfg_entry(&context_, "s", &position, &entry)),
+                 "assertion failed");
+  ASSERT_EQ(CS_SUCCEED, load(""));
+  EXPECT_EQ("", walk(context_));
+  comn_drop_cfg(&context_);
+  position = 0;
+  EXPECT_EQ(CS_FAIL, comn_next_cfg_section(&context_, &position, &name));
+  EXPECT_EQ(CS_FAIL, comn_next_cfg_entry(&context_, "s", &position, &entry));
+}
+
+// Without a store includes are only read as lines.
+TEST_F(Config, ChecksWithoutOpeningOtherFiles) {
+  for (const auto& [text, result] :
+       {std::pair("a = 1\ninclude missing.cfg\n[s]", +CS_SUCCEED), {"include \"\"", CS_FAIL}}) {
+    write_file("scan.cfg", text);
+    CfgParseInfo* parse = nullptr;
+    ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(result, cfg__parse(parse)) << text;
+    EXPECT_EQ(result == CS_FAIL, !testing::internal::GetCapturedStderr().empty()) << text;
+    cfg__clean_parse(parse);
+  }
 }
 
 TEST_F(Config, DefaultFileLiesBelowTheHome) {

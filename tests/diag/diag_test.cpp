@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -47,6 +48,20 @@ TEST(Trace, LevelsAndNames) {
       EXPECT_EQ(line, output_of(3, trace)) << name;
     }
   }
+}
+
+// The header is the list of the codes.
+TEST(Trace, EveryCodeHasItsName) {
+  const std::string header = contents(COMNLIB_RESULT_HEADER);
+  const std::regex constant("(CS_\\w+) = (-?\\d+)");
+  int codes = 0;
+  for (std::sregex_iterator at(header.begin(), header.end(), constant), end; at != end; ++at) {
+    EXPECT_EQ((*at)[1], comn_result_name(std::stoi((*at)[2])));
+    ++codes;
+  }
+  EXPECT_EQ(32, codes);
+  EXPECT_STREQ("LM_NOTFOUND", comn_result_name(LM_NOTFOUND));
+  for (const CS_RETCODE none : {2, -109, -209, INT32_MIN}) EXPECT_STREQ("", comn_result_name(none));
 }
 
 // The place is that of the family member, not of the templates behind it.

@@ -9,7 +9,8 @@
  *             pieces
  *     include "other.cfg"
  *
- * docs/file-formats.md has the grammar.
+ * docs/file-formats.md has the grammar. A null pointer stops the process wherever it is not said to
+ * be allowed; so does a negative length.
  */
 #ifndef COMNLIB_CONFIG_H
 #define COMNLIB_CONFIG_H
@@ -41,11 +42,11 @@ enum {
   CFG_SPACE = 270          /**< blanks, or a comment: a line's blanks, ";" and all but its end */
 };
 
-/**
- * Limits: files may include files that include files, and so on, to this depth below the first, and
- * one load reads this many files at most, each as often as it is included.
- */
-enum { CFG_MAX_DEPTH = 16, CFG_MAX_FILES = 1000 };
+/** Limits of one load. */
+enum {
+  CFG_MAX_DEPTH = 16,  /**< files that include files, this deep below the first */
+  CFG_MAX_FILES = 1000 /**< files read, each as often as it is included */
+};
 
 /** A parse over one file. Serves one thread at a time. */
 typedef struct _cfgparseinfo CfgParseInfo;
@@ -58,11 +59,15 @@ COMN_API extern CS_INT cfg__debug;
 
 /**
  * Opens the file and prepares a parse over it, which cfg__clean_parse releases. CS_SUCCEED; CS_FAIL
- * when it cannot be opened, reported, the companion library's status in ctxintlerr; CS_MEM_ERROR.
+ * when it cannot be opened, which com_perr reports, the companion library's status in ctxintlerr;
+ * CS_MEM_ERROR. `*parse` is set on success only.
  */
 COMN_API CS_RETCODE cfg__open_parse(CS_CONTEXT* context, const CS_CHAR* path, CfgParseInfo** parse);
 
-/** The next token. The longest match counts; of equal ones the lower code. */
+/**
+ * The next token. When several tokens match, the longest wins; among equally long ones the one with
+ * the lower code, but at the beginning of a line a comment wins over a value.
+ */
 COMN_API CS_INT cfg__lex(CfgParseInfo* parse);
 
 /**
@@ -72,10 +77,10 @@ COMN_API CS_INT cfg__lex(CfgParseInfo* parse);
 COMN_API const CS_CHAR* cfg__toktext(CfgParseInfo* parse, CS_INT* length);
 
 /**
- * Parses the rest of the file and the files that it includes; over a parse of cfg__open_parse it
- * only checks them.
- * CS_SUCCEED; CS_FAIL for an error in a file or in reading it, CS_MEM_ERROR. Both are reported by
- * com_perr with file, line and what was expected.
+ * Checks the syntax of the rest of the file. Lines that include files are checked too, but no other
+ * file is opened.
+ * CS_SUCCEED; CS_FAIL for an error in the file or in reading it; CS_MEM_ERROR. Both are reported by
+ * com_perr with file, line and what was expected. A file of more than 256 MB is an error.
  */
 COMN_API CS_RETCODE cfg__parse(CfgParseInfo* parse);
 
@@ -83,25 +88,66 @@ COMN_API CS_RETCODE cfg__parse(CfgParseInfo* parse);
 COMN_API CS_RETCODE cfg__clean_parse(CfgParseInfo* parse);
 
 /**
- * Loads a file and what it includes as the context's configuration; null names the file "nuv.cfg"
- * below config/ of the localization home, or of its subdirectory that the environment variable
- * TALVEN_NUV names. Where one is loaded already, the same path shares it. Sections of one name are
- * one section, and of several entries of one name the last counts. CS_SUCCEED; CS_FAIL when another
- * path is loaded, when com_path_cfgfile finds the default one too long for 1,025 bytes, and as
- * cfg__parse and cfg__open_parse; CS_INTL_LIBERR when there is no home, the status in ctxintlerr;
- * CS_MEM_ERROR. Nothing of the file is kept then. The host serialises loading and dropping.
+ * Loads a file and what it includes as the context's configuration. A null path means
+ * $TALVEN/config/nuv.cfg below the localization home, or $TALVEN/$TALVEN_NUV/config/nuv.cfg when
+ * the environment variable TALVEN_NUV is set. Sections of one name are one section, and of several
+ * entries of one name the last counts. Entries before the first section header belong to the
+ * section of the empty name; in an included file, to the section that the include line stands in,
+ * which goes on after it.
+ *
+ * Where a configuration is loaded already, the same path shares it; paths are compared as texts.
+ *
+ * CS_SUCCEED; CS_FAIL when another path is loaded, when the default one is too long
+ * (com_path_cfgfile, 1,025 bytes), and as cfg__parse and cfg__open_parse; CS_INTL_LIBERR, without a
+ * report, when there is no home, the status in ctxintlerr; CS_MEM_ERROR. Nothing of the file is
+ * kept then. A home of more than 1,025 bytes stops the process. The host serialises loading and
+ * dropping. The calling thread is not cancelled meanwhile.
  */
 COMN_API CS_RETCODE comn_init_cfg(CS_CONTEXT* context, const CS_CHAR* path);
 
 /**
- * The value of an entry. Names are exact and NUL-terminated. Copies the value, with a NUL behind it
- * when there is room, and stores its length, which does not count the NUL. CS_SUCCEED; CS_FAIL when
- * there is no such entry, the length then 0, and when `buflen` is below the length, which is stored
- * and nothing copied. `buffer` may be null when `buflen` is 0. Any number of threads may look up
- * while none loads or drops.
+ * The value of an entry. Names are exact and NUL-terminated. Copies the value, with a NUL after it
+ * when there is room, and stores its length, which does not count the NUL. Returns CS_FAIL (a) when
+ * there is no such entry: the stored length is 0; (b) when the value is longer than `buflen`: its
+ * length is stored, nothing is copied. `buffer` may be null when `buflen` is 0. Any number of
+ * threads may look up while none loads or drops.
  */
 COMN_API CS_RETCODE comn_get_cfg(CS_CONTEXT* context, const CS_CHAR* section, const CS_CHAR* entry,
                                  CS_CHAR* buffer, CS_INT buflen, CS_INT* outlen);
+
+/** An entry of a loaded configuration. The texts stay until it is dropped. */
+typedef struct _cscfgentry {
+  const CS_CHAR* name;  /**< NUL-terminated */
+  const CS_CHAR* value; /**< with a NUL after it */
+  CS_INT valuelen;      /**< bytes of the value, which may hold NULs; the last one does not count */
+  const CS_CHAR* file;  /**< path of the file that the value comes from, NUL-terminated */
+  CS_INT line;          /**< where the entry begins in that file */
+} CS_CFGENTRY;
+
+/**
+ * comn_next_cfg_section, comn_next_cfg_entry: walk the loaded configuration: its sections, and the
+ * entries of the section with that name, in the order in which their names first appear in the
+ * files. `*position` is where the walk is: 0 before the first call, after that what the call before
+ * stored. Any number of walks may go on at once, as look-ups may.
+ *
+ *     CS_INT at = 0;
+ *     const CS_CHAR* section;
+ *     while (comn_next_cfg_section(&context, &at, &section) == CS_SUCCEED) {
+ *       CS_INT within = 0;
+ *       CS_CFGENTRY entry;
+ *       while (comn_next_cfg_entry(&context, section, &within, &entry) == CS_SUCCEED)
+ *         printf("%s.%s = %s\n", section, entry.name, entry.value);
+ *     }
+ *
+ * CS_SUCCEED; CS_END_DATA after the last one; CS_FAIL when nothing is loaded or there is no such
+ * section. Only CS_SUCCEED stores anything. A position of another walk stops the process.
+ */
+/**@{*/
+COMN_API CS_RETCODE comn_next_cfg_section(CS_CONTEXT* context, CS_INT* position,
+                                          const CS_CHAR** name);
+COMN_API CS_RETCODE comn_next_cfg_entry(CS_CONTEXT* context, const CS_CHAR* section,
+                                        CS_INT* position, CS_CFGENTRY* entry);
+/**@}*/
 
 /** Frees the context's configuration, if there is one. CS_SUCCEED. */
 COMN_API CS_RETCODE comn_drop_cfg(CS_CONTEXT* context);

@@ -26,12 +26,17 @@ enum {
 
 /**
  * Prints `code` with the place it was returned from, as the trace level asks, and returns it
- * unchanged. `file` is cut after its last "/". The line is "(NAME) file F, line N" with the name of
- * a general code and "(number) file F, line N" otherwise.
- * COM_TRACE_FAULTS leaves out CS_SUCCEED, CS_PENDING, CS_INTERRUPT, CS_END_DATA, CS_END_RESULTS
- * and CS_END_ITEM.
+ * unchanged. Only the part of `file` after its last "/" is printed. The line is "(NAME) file F,
+ * line N" with the name of a general code and "(number) file F, line N" otherwise. COM_TRACE_FAULTS
+ * leaves out CS_SUCCEED, CS_PENDING, CS_INTERRUPT, CS_END_DATA, CS_END_RESULTS and CS_END_ITEM.
  */
 COMN_API CS_RETCODE com_errtrace(CS_RETCODE code, const CS_CHAR* file, CS_INT line);
+
+/**
+ * The name of a result code, such as "CS_CVT_OVERFLOW": of every code of result.h, and of
+ * LM_NOTFOUND. Static text; "" for any other number.
+ */
+COMN_API const CS_CHAR* comn_result_name(CS_RETCODE code);
 
 /** Sets the trace level. Any level but 1, 2 and 3 stops the process. */
 COMN_API CS_VOID com_errset(CS_INT level);

@@ -7,9 +7,10 @@
 #define COMNLIB_RESULT_H
 
 /**
- * Result codes. Diagnostics print the general ones, down to CS_TRYING, by name and every other by
- * number. Of the general codes this library returns CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_BUSY and
- * CS_TIMED_OUT; the others belong to the layers above it.
+ * Result codes. comn_result_name gives their names. The error trace prints the general ones, down
+ * to CS_TRYING, by name and every other by number. Of the general codes this library returns
+ * CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_BUSY, CS_END_DATA and CS_TIMED_OUT; the others belong to
+ * the layers above it.
  */
 enum {
   CS_SUCCEED = 1,    /**< done */
@@ -21,7 +22,7 @@ enum {
   CS_INTERRUPT = -5,
   CS_CANCELED = -202,
   CS_ROW_FAIL = -203,
-  CS_END_DATA = -204,
+  CS_END_DATA = -204, /**< a walk is at its end */
   CS_END_RESULTS = -205,
   CS_END_ITEM = -206,
   CS_NOMSG = -207,

@@ -1,7 +1,7 @@
-// The store. All records lie one behind the other in one block: a section is a record below the
-// root, with an empty value, an entry one below its section, and a single hash table finds a record
-// by the one above it and its name. The table is at most half full and holds the newest record of
-// each name; a section's stays where it is, since its value always fits.
+// The store. All records lie in one block, one after the other. A section is a record below the
+// root, an entry one below its section, and a single hash table finds a record by the one above it
+// and its name. The table is at most half full and holds the newest record of each name. What is
+// below a record is chained in the order in which the names first appeared.
 #include "config/cfgstore.h"
 
 #include <algorithm>
@@ -10,18 +10,33 @@
 #include <cstring>
 
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
 #include "runtime/homepath.h"
-#include "runtime/uncancelled.h"
 
 namespace comnlib {
 namespace {
 
-// Followed by name and value; not aligned.
+// Followed by the name and the value, a NUL after each; not aligned.
 struct Record {
-  CS_UINT above;  // number of the section, that is where its record begins
+  CS_UINT above;   // number of the section, that is where its record begins
+  CS_UINT next;    // the next name below the same record; 0: the last
+  CS_UINT source;  // where the path of its file begins
+  CS_INT line;
   CS_UINT name_length;
   CS_UINT value_length;
   CS_UINT value_room;  // a later value of the same name takes this one's place when it fits
+};
+
+// The value of the root and of each section: the ends of the chain of what is below it.
+struct Chain {
+  CS_UINT first;  // 0: nothing
+  CS_UINT last;
+};
+
+// Where an entry stands.
+struct Origin {
+  CS_UINT source;
+  CS_INT line;
 };
 
 struct Slot {
@@ -29,9 +44,9 @@ struct Slot {
   CS_UINT record;  // 0: empty
 };
 
-constexpr CS_UINT kRoot = 0;
-constexpr std::size_t kFirstRecord = sizeof(Record);  // so that no record has number 0
+constexpr CS_UINT kRoot = 0;  // its record begins the block, so no other has number 0
 constexpr std::size_t kFirstSlots = 64;
+constexpr std::size_t kMostBytes = UINT32_MAX;  // numbers have 32 bits
 constexpr std::string_view kDefaultFile = "nuv.cfg";
 
 }  // namespace
@@ -43,7 +58,7 @@ struct _csconfig {
   comnlib::Slot* slots;
   std::size_t slot_count;  // a power of two, or 0
   std::size_t used_slots;
-  CS_INT files;  // read by the load
+  CS_INT files;  // read so far
 };
 
 namespace comnlib {
@@ -68,14 +83,37 @@ CS_UINT hash_of(CS_UINT above, std::string_view name) {
   return mix(hash, word);
 }
 
-Record record_at(const CsConfig& config, CS_UINT number) {
-  Record record;
-  std::memcpy(&record, config.records.items + number, sizeof record);
-  return record;
+template <class Plain>
+std::string_view bytes_of(const Plain& plain) {
+  return {reinterpret_cast<const char*>(&plain), sizeof plain};
 }
 
-std::string_view text_at(const CsConfig& config, std::size_t start, std::size_t length) {
-  return config.records.text(start, length);
+template <class Plain>
+Plain plain_at(const CsConfig& config, std::size_t start) {
+  Plain plain;
+  std::memcpy(&plain, config.records.items + start, sizeof plain);
+  return plain;
+}
+
+// Writes over bytes of the records.
+void put(CsConfig& config, std::size_t start, std::string_view bytes) {
+  bytes.copy(reinterpret_cast<char*>(config.records.items) + start, bytes.size());
+}
+
+Record record_at(const CsConfig& config, CS_UINT number) {
+  return plain_at<Record>(config, number);
+}
+
+std::string_view name_of(const CsConfig& config, CS_UINT number, const Record& record) {
+  return config.records.text(number + sizeof record, record.name_length);
+}
+
+std::size_t value_start(CS_UINT number, const Record& record) {
+  return number + sizeof record + record.name_length + 1;
+}
+
+std::string_view value_of(const CsConfig& config, CS_UINT number, const Record& record) {
+  return config.records.text(value_start(number, record), record.value_length);
 }
 
 // The slot of a record, or the empty one where it would go. There is always an empty one.
@@ -85,9 +123,7 @@ Slot& slot_of(const CsConfig& config, CS_UINT hash, CS_UINT above, std::string_v
     if (slot.record == 0) return slot;
     if (slot.hash != hash) continue;
     const Record record = record_at(config, slot.record);
-    if (record.above == above &&
-        text_at(config, slot.record + sizeof record, record.name_length) == name)
-      return slot;
+    if (record.above == above && name_of(config, slot.record, record) == name) return slot;
   }
 }
 
@@ -109,49 +145,113 @@ bool grow_slots(CsConfig& config) {
   return true;
 }
 
-// Appends a record; 0 when there is no memory.
-CS_UINT append_record(CsConfig& config, CS_UINT above, std::string_view name,
-                      std::string_view value) {
-  if (config.records.count == 0) {
-    const Record root{};
-    if (!config.records.append({reinterpret_cast<const char*>(&root), sizeof root})) return 0;
-  }
-  if (!config.records.reserve(sizeof(Record) + name.size() + value.size())) return 0;
-  const auto number = static_cast<CS_UINT>(config.records.count);
+// Appends a record; false when there is no memory.
+bool append_record(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value,
+                   const Origin& origin) {
   const auto value_length = static_cast<CS_UINT>(value.size());
-  const Record record{above, static_cast<CS_UINT>(name.size()), value_length, value_length};
-  config.records.append_reserved({reinterpret_cast<const char*>(&record), sizeof record});
-  config.records.append_reserved(name);
-  config.records.append_reserved(value);
-  return number;
-}
-
-// Puts a value in place of a record's; false when it does not fit.
-bool overwrite(CsConfig& config, CS_UINT number, std::string_view value) {
-  Record record = record_at(config, number);
-  if (value.size() > record.value_room) return false;
-  record.value_length = static_cast<CS_UINT>(value.size());
-  CS_BYTE* const place = config.records.items + number;
-  std::memcpy(place, &record, sizeof record);
-  value.copy(reinterpret_cast<char*>(place) + sizeof record + record.name_length, value.size());
+  const Record record{.above = above,
+                      .next = 0,
+                      .source = origin.source,
+                      .line = origin.line,
+                      .name_length = static_cast<CS_UINT>(name.size()),
+                      .value_length = value_length,
+                      .value_room = value_length};
+  ByteBuffer& records = config.records;
+  const std::size_t size = sizeof record + name.size() + value.size() + 2;
+  if (size > kMostBytes - records.count || !records.reserve(size)) return false;
+  records.append_reserved(bytes_of(record));
+  records.append_reserved(name);
+  records.append_reserved({"", 1});
+  records.append_reserved(value);
+  records.append_reserved({"", 1});
   return true;
 }
 
+// Puts a value in place of a record's; false when it does not fit.
+bool overwrite(CsConfig& config, CS_UINT number, std::string_view value, const Origin& origin) {
+  Record record = record_at(config, number);
+  if (value.size() > record.value_room) return false;
+  record.source = origin.source;
+  record.line = origin.line;
+  record.value_length = static_cast<CS_UINT>(value.size());
+  put(config, number, bytes_of(record));
+  put(config, value_start(number, record), value);
+  put(config, value_start(number, record) + value.size(), {"", 1});
+  return true;
+}
+
+// Adds the record of a new name to the chain of the one above it.
+void append_to_chain(CsConfig& config, CS_UINT above, CS_UINT number) {
+  const std::size_t place = value_start(above, record_at(config, above));
+  auto chain = plain_at<Chain>(config, place);
+  if (chain.last == 0) {
+    chain.first = number;
+  } else {
+    Record last = record_at(config, chain.last);
+    last.next = number;
+    put(config, chain.last, bytes_of(last));
+  }
+  chain.last = number;
+  put(config, place, bytes_of(chain));
+}
+
 // The number of the record of that name, new or with a new value; 0 when there is no memory.
-CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value) {
+CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value,
+              const Origin& origin) {
   if (config.used_slots * 2 >= config.slot_count && !grow_slots(config)) return 0;
   const CS_UINT hash = hash_of(above, name);
   Slot& slot = slot_of(config, hash, above, name);
-  if (slot.record != 0 && overwrite(config, slot.record, value)) return slot.record;
-  const CS_UINT number = append_record(config, above, name, value);
-  if (number == 0) return 0;
-  if (slot.record == 0) ++config.used_slots;
+  const bool known = slot.record != 0;
+  if (known && overwrite(config, slot.record, value, origin)) return slot.record;
+  const auto number = static_cast<CS_UINT>(config.records.count);
+  if (!append_record(config, above, name, value, origin)) return 0;
   slot = {hash, number};
+  if (known) return number;  // the older record holds the name's place in the chain
+  ++config.used_slots;
+  append_to_chain(config, above, number);
   return number;
 }
 
 CS_UINT find(const CsConfig& config, CS_UINT above, std::string_view name) {
   return slot_of(config, hash_of(above, name), above, name).record;
+}
+
+// The number of the section of that name, new or known; 0 when there is no memory.
+CS_UINT enter_section(CsConfig& config, std::string_view name) {
+  const CS_UINT known = find(config, kRoot, name);
+  return known != 0 ? known : enter(config, kRoot, name, bytes_of(Chain{}), {});
+}
+
+// Keeps the path of a file that is about to be parsed. CS_FAIL when there are too many.
+CS_RETCODE add_source(CfgParseInfo& parse) {
+  CsConfig& config = *parse.config;
+  if (config.files >= CFG_MAX_FILES) return CS_FAIL;
+  ++config.files;
+  parse.source = static_cast<CS_UINT>(config.records.count);
+  const std::string_view path = parse.path.text();
+  const bool kept = path.size() <= kMostBytes - config.records.count && config.records.append(path);
+  return kept ? CS_SUCCEED : CS_MEM_ERROR;
+}
+
+// The next record in the chain below `above`, after the one that a walk is at.
+CS_UINT next_below(const CsConfig& config, CS_UINT above, CS_INT position) {
+  if (position == 0)
+    return plain_at<Chain>(config, value_start(above, record_at(config, above))).first;
+  const auto number = static_cast<CS_UINT>(position);
+  require(number < config.records.count && config.records.count - number > sizeof(Record));
+  const Record record = record_at(config, number);
+  require(record.above == above && record.next < config.records.count);
+  return record.next;
+}
+
+// What a walk hands out.
+CS_CFGENTRY entry_at(const CsConfig& config, CS_UINT number) {
+  const Record record = record_at(config, number);
+  return {.name = name_of(config, number, record).data(),
+          .value = value_of(config, number, record).data(),
+          .valuelen = static_cast<CS_INT>(record.value_length),
+          .file = config.records.text(record.source, 0).data(),
+          .line = record.line};
 }
 
 void drop_store(CsConfig* config) {
@@ -181,15 +281,25 @@ CS_RETCODE refuse(CfgParseInfo& parse, const char* why) {
   return CS_FAIL;
 }
 
+CS_RETCODE parse_file(CfgParseInfo& parse) {
+  const CS_RETCODE result = cfg__parse(&parse);
+  const CS_RETCODE closed = cfg__clean_parse(&parse);
+  return result == CS_SUCCEED ? closed : result;
+}
+
 CS_RETCODE parse_included(CfgParseInfo& parse, std::string_view path) {
   if (is_open(&parse, path)) return refuse(parse, "the file includes itself");
   CfgParseInfo* included = nullptr;
   CS_RETCODE result = open_parse(parse.context, parse.config, path, &parse, included);
   if (result == CS_FAIL) return refuse(parse, "expected the path of a file that can be opened");
   if (result != CS_SUCCEED) return result;
-  result = cfg__parse(included);
-  const CS_RETCODE closed = cfg__clean_parse(included);
-  return result == CS_SUCCEED ? closed : result;
+  result = add_source(*included);
+  if (result == CS_SUCCEED) {
+    included->section = parse.section;
+    return parse_file(*included);
+  }
+  cfg__clean_parse(included);
+  return result == CS_FAIL ? refuse(parse, "too many files are included") : result;
 }
 
 CS_RETCODE default_path(CS_CONTEXT& context, ByteBuffer& path) {
@@ -201,15 +311,21 @@ CS_RETCODE default_path(CS_CONTEXT& context, ByteBuffer& path) {
   return path.append(text.data()) ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
+// A store with its root.
+bool make_root(CsConfig& config) {
+  return grow_slots(config) && append_record(config, kRoot, {}, bytes_of(Chain{}), {});
+}
+
 // Loads the file that config.path names.
 CS_RETCODE load(CS_CONTEXT& context, CsConfig& config) {
-  if (!grow_slots(config)) return CS_MEM_ERROR;
+  if (!make_root(config)) return CS_MEM_ERROR;
   CfgParseInfo* parse = nullptr;
   CS_RETCODE result = open_parse(&context, &config, config.path.text(), nullptr, parse);
   if (result != CS_SUCCEED) return result;
-  result = cfg__parse(parse);
-  const CS_RETCODE closed = cfg__clean_parse(parse);
-  return result == CS_SUCCEED ? closed : result;
+  result = add_source(*parse);
+  if (result == CS_SUCCEED) return parse_file(*parse);
+  cfg__clean_parse(parse);
+  return result;
 }
 
 // A store with the path of its file, still empty.
@@ -226,11 +342,8 @@ CS_RETCODE make_store(CS_CONTEXT& context, const CS_CHAR* path, CsConfig*& confi
 using namespace comnlib;
 
 CS_RETCODE cfg__add_section(CfgParseInfo* parse, const CS_CHAR* name, CS_INT length) {
-  if (parse->config == nullptr) {
-    parse->section = kFirstRecord;
-    return CS_SUCCEED;
-  }
-  parse->section = enter(*parse->config, kRoot, {name, static_cast<std::size_t>(length)}, {});
+  if (parse->config == nullptr) return CS_SUCCEED;
+  parse->section = enter_section(*parse->config, {name, static_cast<std::size_t>(length)});
   return parse->section == 0 ? CS_MEM_ERROR : CS_SUCCEED;
 }
 
@@ -240,11 +353,12 @@ CS_VOID cfg__check_section(CfgParseInfo* parse) {
 
 CS_RETCODE cfg__add_entry(CfgParseInfo* parse, const CS_CHAR* name, CS_INT name_length,
                           const CS_CHAR* value, CS_INT value_length) {
-  require(parse->section != 0);
   if (parse->config == nullptr) return CS_SUCCEED;
+  if (parse->section == 0) parse->section = enter_section(*parse->config, {});
+  if (parse->section == 0) return CS_MEM_ERROR;
   const CS_UINT number =
       enter(*parse->config, parse->section, {name, static_cast<std::size_t>(name_length)},
-            {value, static_cast<std::size_t>(value_length)});
+            {value, static_cast<std::size_t>(value_length)}, {parse->source, parse->entry_line});
   return number == 0 ? CS_MEM_ERROR : CS_SUCCEED;
 }
 
@@ -252,9 +366,7 @@ CS_RETCODE cfg__add_include(CfgParseInfo* parse, const CS_CHAR* path, CS_INT len
   const std::string_view included(path, static_cast<std::size_t>(length));
   if (included.empty() || included.find('\0') != included.npos)
     return refuse(*parse, "expected the path of a file, found an empty text or a NUL in it");
-  // Files that include one another many times would take for ever without ever going deep.
-  if (parse->config != nullptr && ++parse->config->files >= CFG_MAX_FILES)
-    return refuse(*parse, "too many files are included");
+  if (parse->config == nullptr) return CS_SUCCEED;
   if (parse->depth >= CFG_MAX_DEPTH) return refuse(*parse, "files are included too deep");
   ByteBuffer resolved{};
   CS_RETCODE result = CS_MEM_ERROR;
@@ -299,13 +411,42 @@ CS_RETCODE comn_get_cfg(CS_CONTEXT* context, const CS_CHAR* section, const CS_CH
   const CS_UINT number = above == 0 ? 0 : find(config, above, entry);
   if (number == 0) return trace(CS_FAIL);
 
-  const Record record = record_at(config, number);
-  const std::string_view value =
-      text_at(config, number + sizeof record + record.name_length, record.value_length);
+  const std::string_view value = value_of(config, number, record_at(config, number));
   *outlen = static_cast<CS_INT>(value.size());
   if (*outlen > buflen) return trace(CS_FAIL);
   value.copy(buffer, value.size());
   if (*outlen < buflen) buffer[*outlen] = '\0';
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_next_cfg_section(CS_CONTEXT* context, CS_INT* position, const CS_CHAR** name) {
+  check_pointer(context);
+  check_pointer(position);
+  check_pointer(name);
+  if (context->ctxconfig == nullptr) return trace(CS_FAIL);
+  const CsConfig& config = *context->ctxconfig;
+  const CS_UINT number = next_below(config, kRoot, *position);
+  if (number == 0) return trace(CS_END_DATA);
+  *position = static_cast<CS_INT>(number);
+  *name = name_of(config, number, record_at(config, number)).data();
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_next_cfg_entry(CS_CONTEXT* context, const CS_CHAR* section, CS_INT* position,
+                               CS_CFGENTRY* entry) {
+  check_pointer(context);
+  check_pointer(section);
+  check_pointer(position);
+  check_pointer(entry);
+  if (context->ctxconfig == nullptr) return trace(CS_FAIL);
+  const CsConfig& config = *context->ctxconfig;
+  const CS_UINT above = find(config, kRoot, section);
+  if (above == 0) return trace(CS_FAIL);
+  const CS_UINT number = next_below(config, above, *position);
+  if (number == 0) return trace(CS_END_DATA);
+  *position = static_cast<CS_INT>(number);
+  *entry =
+      entry_at(config, find(config, above, name_of(config, number, record_at(config, number))));
   return trace(CS_SUCCEED);
 }
 

@@ -1,5 +1,6 @@
-// The store of a configuration: sections by name, entries by section and name, the last entry of a
-// name counting. Nothing is ever taken out, so numbers of sections stay good.
+// The store of a configuration: sections by name, entries by section and name, both in the order in
+// which their names first appear; of several entries of one name the last counts. Nothing is ever
+// taken out, so the number of a section stays valid.
 #pragma once
 
 #include <string_view>
@@ -8,16 +9,17 @@
 
 extern "C" {
 
-// The section of that name, new or known already.
+// Makes the section of that name, new or known already, the current one.
 CS_RETCODE cfg__add_section(CfgParseInfo* parse, const CS_CHAR* name, CS_INT length);
 
-// Ends the current section: entries need a new one from here.
+// Ends the current section. An entry without a new one belongs to the section of the empty name.
 CS_VOID cfg__check_section(CfgParseInfo* parse);
 
 // An entry of the current section.
 CS_RETCODE cfg__add_entry(CfgParseInfo* parse, const CS_CHAR* name, CS_INT name_length,
                           const CS_CHAR* value, CS_INT value_length);
 
-// Parses an included file in place. Reports what is wrong with the inclusion.
+// Parses an included file in place; its first entries belong to the current section. Without a
+// store only the path's syntax is checked. Reports what is wrong with the inclusion.
 CS_RETCODE cfg__add_include(CfgParseInfo* parse, const CS_CHAR* path, CS_INT length);
 }

@@ -7,6 +7,8 @@
 #include <cstring>
 
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
+#include "file.h"
 
 namespace comnlib {
 namespace {
@@ -42,6 +44,10 @@ bool fail(CfgParseInfo& parse, CS_RETCODE failure) {
   return false;
 }
 
+CS_RETCODE failure_of(CS_INT status) {
+  return status == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_FAIL;
+}
+
 void report_unopened(CS_INT status, std::string_view path) {
   std::array<char, kWordsRoom> words;
   intl_errstr(status, words.data(), kWordsRoom);
@@ -54,6 +60,7 @@ void report_unopened(CS_INT status, std::string_view path) {
 
 bool refill(CfgParseInfo& parse) {
   if (parse.drained) return false;
+  const Uncancelled uncancelled;
   slide(parse);
   ByteBuffer& window = parse.window;
   // One byte is the sentinel's.
@@ -63,15 +70,18 @@ bool refill(CfgParseInfo& parse) {
   const CS_INT got =
       intl_iocsfread(parse.file, window.items + window.count, static_cast<CS_INT>(room));
   if (got > 0) {
-    require(static_cast<std::size_t>(got) <= room);
-    window.count += static_cast<std::size_t>(got);
+    const auto count = static_cast<std::size_t>(got);
+    require(count <= room);
+    parse.size += count;
+    const bool too_large = parse.size > companion::kMaxFile;
+    if (!too_large) window.count += count;
     set_sentinel(parse);
-    return true;
+    return !too_large || fail(parse, CS_FAIL);
   }
   set_sentinel(parse);
   if (got < 0) {
     parse.read_status = got;
-    return fail(parse, CS_FAIL);
+    return fail(parse, failure_of(got));
   }
   parse.drained = true;
   return false;
@@ -88,9 +98,9 @@ CS_RETCODE open_parse(CS_CONTEXT* context, CsConfig* config, std::string_view pa
   const CS_INT status = intl_iocsfopen(name.text().data(), &file);
   if (status < 0) {
     keep_status(context, status);
-    report_unopened(status, path);
+    if (status != INTL_NO_MEMORY) report_unopened(status, path);
     name.clear();
-    return CS_FAIL;
+    return failure_of(status);
   }
   CfgParseInfo* opened = cfg__init_parse(config, file);
   if (opened == nullptr) {
@@ -133,11 +143,13 @@ CS_RETCODE cfg__open_parse(CS_CONTEXT* context, const CS_CHAR* path, CfgParseInf
   check_pointer(context);
   check_pointer(path);
   check_pointer(parse);
+  const Uncancelled uncancelled;
   return trace(open_parse(context, nullptr, path, nullptr, *parse));
 }
 
 CS_RETCODE cfg__clean_parse(CfgParseInfo* parse) {
   check_pointer(parse);
+  const Uncancelled uncancelled;
   const CS_INT status = intl_iocsfclose(parse->file);
   if (status < 0) keep_status(parse->context, status);
   parse->path.clear();

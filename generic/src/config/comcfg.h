@@ -55,16 +55,19 @@ struct _cfgparseinfo {
   std::size_t token;   // where the token begins
   std::size_t mark;    // where its longest match so far ends
   std::size_t at;      // the next byte to look at
+  std::size_t size;    // bytes read so far
   bool drained;        // the file has no more bytes
   CS_RETCODE failure;  // CS_SUCCEED, or why the file could not be read to its end
-  CS_INT read_status;  // of the companion library
+  CS_INT read_status;  // of the companion library; 0: the file is too large
   comnlib::ScanState state;
   bool line_start;   // the token begins a line
   CS_INT line;       // where the token begins
   CS_INT next_line;  // where it ends
 
-  CS_INT code;      // the parser's current token
-  CS_UINT section;  // the store's number of the current section, 0 for none
+  CS_INT code;        // the parser's current token
+  CS_UINT source;     // the store's number of the file's path
+  CS_UINT section;    // the store's number of the current section, 0 before the first one
+  CS_INT entry_line;  // where the current entry begins
   comnlib::ByteBuffer text;
   std::array<CfgTok, comnlib::kMaxToks> toks;
   std::size_t tok_count;

@@ -17,6 +17,7 @@
 #include "config/cfgstore.h"
 #include "config/comcfg.h"
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
 
 namespace comnlib {
 namespace {
@@ -26,6 +27,8 @@ CS_RETCODE expected(CfgParseInfo& parse, const char* what) {
   std::array<char, 512> text;
   if (parse.failure == CS_SUCCEED) {
     std::snprintf(text.data(), text.size(), "expected %s, found %s", what, token_name(parse.code));
+  } else if (parse.read_status == 0) {
+    std::snprintf(text.data(), text.size(), "cannot read on: the file has more than 256 MB");
   } else {
     std::array<char, 256> words;
     intl_errstr(parse.read_status, words.data(), static_cast<CS_INT>(words.size()));
@@ -120,7 +123,7 @@ CS_RETCODE section(CfgParseInfo& parse) {
   CS_RETCODE result = cfg__cat(&parse, 0);
   if (result != CS_SUCCEED) return result;
   advance_over_space(parse);
-  if (parse.code != CFG_CLOSE) return expected(parse, "']' behind the section's name");
+  if (parse.code != CFG_CLOSE) return expected(parse, "']' after the section's name");
   advance(parse);
   result = end_line(parse);
   if (result != CS_SUCCEED) return result;
@@ -129,13 +132,13 @@ CS_RETCODE section(CfgParseInfo& parse) {
 }
 
 CS_RETCODE entry(CfgParseInfo& parse) {
-  if (parse.section == 0) return expected(parse, "a section header before the first entry");
+  parse.entry_line = parse.line;
   cfg__newtok(&parse);
   CS_RETCODE result = cfg__cat(&parse, 0);
   if (result != CS_SUCCEED) return result;
   advance_over_space(parse);
-  if (parse.code != CFG_EQUALS) return expected(parse, "'=' behind the entry's name");
-  result = value(parse, "a value behind '='");
+  if (parse.code != CFG_EQUALS) return expected(parse, "'=' after the entry's name");
+  result = value(parse, "a value after '='");
   if (result != CS_SUCCEED) return result;
   result = end_line(parse);
   if (result != CS_SUCCEED) return result;
@@ -185,6 +188,7 @@ using namespace comnlib;
 
 CS_RETCODE cfg__parse(CfgParseInfo* parse) {
   check_pointer(parse);
+  const Uncancelled uncancelled;
   CS_RETCODE result = CS_SUCCEED;
   while (result == CS_SUCCEED) result = statement(*parse);
   if (result == CS_MEM_ERROR) cfg__parse_error(parse, "out of memory");

@@ -6,8 +6,11 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
+#include "comnlib/list.h"
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
 
 namespace comnlib {
 
@@ -21,23 +24,35 @@ struct NamedCode {
 };
 
 #define COMNLIB_NAMED(code) \
-  { code, #code }
-constexpr std::array kNamedCodes = {
-    NamedCode COMNLIB_NAMED(CS_SUCCEED),      NamedCode COMNLIB_NAMED(CS_FAIL),
-    NamedCode COMNLIB_NAMED(CS_MEM_ERROR),    NamedCode COMNLIB_NAMED(CS_PENDING),
-    NamedCode COMNLIB_NAMED(CS_QUIET),        NamedCode COMNLIB_NAMED(CS_BUSY),
-    NamedCode COMNLIB_NAMED(CS_INTERRUPT),    NamedCode COMNLIB_NAMED(CS_CANCELED),
-    NamedCode COMNLIB_NAMED(CS_ROW_FAIL),     NamedCode COMNLIB_NAMED(CS_END_DATA),
-    NamedCode COMNLIB_NAMED(CS_END_RESULTS),  NamedCode COMNLIB_NAMED(CS_END_ITEM),
-    NamedCode COMNLIB_NAMED(CS_NOMSG),        NamedCode COMNLIB_NAMED(CS_TIMED_OUT),
-    NamedCode COMNLIB_NAMED(CS_PASSTHRU_EOM), NamedCode COMNLIB_NAMED(CS_PASSTHRU_MORE),
-    NamedCode COMNLIB_NAMED(CS_TRYING),
+  NamedCode {               \
+    code, #code             \
+  }
+// The trace prints these by name.
+constexpr std::array kGeneralCodes = {
+    COMNLIB_NAMED(CS_SUCCEED),       COMNLIB_NAMED(CS_FAIL),        COMNLIB_NAMED(CS_MEM_ERROR),
+    COMNLIB_NAMED(CS_PENDING),       COMNLIB_NAMED(CS_QUIET),       COMNLIB_NAMED(CS_BUSY),
+    COMNLIB_NAMED(CS_INTERRUPT),     COMNLIB_NAMED(CS_CANCELED),    COMNLIB_NAMED(CS_ROW_FAIL),
+    COMNLIB_NAMED(CS_END_DATA),      COMNLIB_NAMED(CS_END_RESULTS), COMNLIB_NAMED(CS_END_ITEM),
+    COMNLIB_NAMED(CS_NOMSG),         COMNLIB_NAMED(CS_TIMED_OUT),   COMNLIB_NAMED(CS_PASSTHRU_EOM),
+    COMNLIB_NAMED(CS_PASSTHRU_MORE), COMNLIB_NAMED(CS_TRYING),
+};
+// And these by number.
+constexpr std::array kOtherCodes = {
+    COMNLIB_NAMED(CS_CVT_OVERFLOW),    COMNLIB_NAMED(CS_CVT_UNDERFLOW),
+    COMNLIB_NAMED(CS_CVT_PRECISION),   COMNLIB_NAMED(CS_CVT_SCALE),
+    COMNLIB_NAMED(CS_CVT_SYNTAX),      COMNLIB_NAMED(CS_CVT_FORMAT),
+    COMNLIB_NAMED(CS_CVT_DOMAIN),      COMNLIB_NAMED(CS_CVT_DIVZERO),
+    COMNLIB_NAMED(CS_CVT_TRUNCATED),   COMNLIB_NAMED(CS_CVT_STYLE),
+    COMNLIB_NAMED(CS_CVT_BADXLATE),    COMNLIB_NAMED(CS_CVT_NOXLATE),
+    COMNLIB_NAMED(CS_CVT_SUBSTITUTED), COMNLIB_NAMED(CS_INTL_LIBERR),
+    COMNLIB_NAMED(CS_INTL_NOFILE),     COMNLIB_NAMED(LM_NOTFOUND),
 };
 #undef COMNLIB_NAMED
 
-const char* name_of(CS_RETCODE code) {
-  const auto* found = std::ranges::find(kNamedCodes, code, &NamedCode::code);
-  return found == kNamedCodes.end() ? nullptr : found->name;
+// Null when the code is not among them.
+const char* name_among(std::span<const NamedCode> codes, CS_RETCODE code) {
+  const auto found = std::ranges::find(codes, code, &NamedCode::code);
+  return found == codes.end() ? nullptr : found->name;
 }
 
 // Codes that belong to normal work and are left out at COM_TRACE_FAULTS.
@@ -55,23 +70,16 @@ const char* base_name(const char* path) {
 pthread_mutex_t debug_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::FILE* debug_file = nullptr;
 
-// In place of std::mutex and std::lock_guard, which report failure by an exception. Output is a
-// cancellation point: a thread that ended there would keep the lock for ever.
+// In place of std::mutex and std::lock_guard, which report failure by an exception.
 class DebugLock {
  public:
-  DebugLock() {
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
-    pthread_mutex_lock(&debug_mutex);
-  }
-  ~DebugLock() {
-    pthread_mutex_unlock(&debug_mutex);
-    pthread_setcancelstate(cancel_state_, nullptr);
-  }
+  DebugLock() { pthread_mutex_lock(&debug_mutex); }
+  ~DebugLock() { pthread_mutex_unlock(&debug_mutex); }
   DebugLock(const DebugLock&) = delete;
   DebugLock& operator=(const DebugLock&) = delete;
 
  private:
-  int cancel_state_ = PTHREAD_CANCEL_ENABLE;
+  Uncancelled uncancelled_;
 };
 
 void close_debug_file() {
@@ -89,13 +97,19 @@ CS_RETCODE com_errtrace(CS_RETCODE code, const CS_CHAR* file, CS_INT line) {
   const CS_INT level = internal::trace_level.load(std::memory_order_relaxed);
   if (level == COM_TRACE_NONE || (level == COM_TRACE_FAULTS && is_routine(code))) return code;
 
-  if (const char* name = name_of(code)) {
+  if (const char* name = name_among(kGeneralCodes, code)) {
     comn_debug_print("(%s) file %s, line %d\n", name, base_name(file), static_cast<int>(line));
   } else {
     comn_debug_print("(%ld) file %s, line %d\n", static_cast<long>(code), base_name(file),
                      static_cast<int>(line));
   }
   return code;
+}
+
+const CS_CHAR* comn_result_name(CS_RETCODE code) {
+  const char* name = name_among(kGeneralCodes, code);
+  if (name == nullptr) name = name_among(kOtherCodes, code);
+  return name == nullptr ? "" : name;
 }
 
 void com_errset(CS_INT level) {

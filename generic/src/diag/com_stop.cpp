@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ void com_panic(const CS_CHAR* text) {
 
 void com_perr(const CS_CHAR* text) {
   comnlib::check_pointer(text);
+  const comnlib::Uncancelled uncancelled;
   std::fputs(text, stderr);
   if (std::FILE* log = std::fopen("tlvinit.err", "a")) {
     std::fputs(text, log);

@@ -3,7 +3,7 @@
 
 #include "comnlib/locale.h"
 #include "comnlib/thread.h"
-#include "runtime/uncancelled.h"
+#include "diag/uncancelled.h"
 
 namespace comnlib {
 
