@@ -285,7 +285,6 @@ layout ':2: column "a": unknown type "decimal\(9,x\)"' '[t]' 'a = decimal(9, x)'
 layout ':2: column "a" has an empty heading' '[t]' 'a = int :'
 layout ':3: column "c": t.csv has no column headed "C"' '[t]' 'a = int' 'c = int : "C"'
 layout ':2: column "a": there is no conversion from datetime to int' '[t]' 'a = datetime/int'
-layout ', line 1: expected a section header' 'a = int'
 layout ': section \[t\] has no columns' '[t]' '; a = int'
 layout ': has no section \[t\]' '[u]' 'a = int' '[v]' 'a = int'
 
