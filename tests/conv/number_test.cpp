@@ -2,15 +2,19 @@
 // the number families refuse.
 #include <array>
 #include <bit>
+#include <bitset>
 #include <climits>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <random>
 #include <utility>
 
 #include "conv/conversion.h"
+#include "conv/number_text.h"
+#include "conv/powers_of_ten.h"
 #include "support/scratch.h"
 
 namespace {
@@ -97,6 +101,62 @@ TEST(Numbers, AgreeWithWiderArithmeticAndPrintf) {
   Context context;
   const uint64_t nan = 0x7FF0000000000001;  // signals; it is copied, not computed with
   EXPECT_EQ(bytes_of(nan), convert(context, CS_FLOAT_TYPE, nan, format_of(CS_FLOAT_TYPE)).text());
+}
+
+// Around every power of ten and of two, and halfway between two texts of 17 digits.
+TEST(Numbers, TextRoundsEveryMagnitude) {
+  std::vector<double> values;
+  for (int n = -323; n <= 308; ++n)
+    values.push_back(std::strtod(("1e" + std::to_string(n)).c_str(), nullptr));
+  for (int n = -1074; n <= 1023; ++n) values.push_back(std::ldexp(1.0, n));
+  for (std::size_t at = values.size(); at-- > 0;)
+    for (const double to : {0.0, kInfinity}) values.push_back(std::nextafter(values[at], to));
+  // 18 digits, the last of them a 5, and 10^17 rounded up to.
+  for (int n = 1; n < 9; n += 2) values.push_back(18982804549 + n / 128.0);
+  values.insert(values.end(), {9.9999999999999995e16, -99999999999999990.0, -0.001, -1e-5});
+  for (const double value : values) {
+    comnlib::NumberBuffer buffer;
+    ASSERT_EQ(as_text(value), comnlib::text_of(value, buffer));
+  }
+}
+
+// Least significant limb first.
+using Integer = std::vector<std::uint32_t>;
+
+Integer multiply(const Integer& a, const Integer& b) {
+  Integer product(a.size() + b.size());
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::uint64_t carry = 0;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      carry += product[i + j] + std::uint64_t{a[i]} * b[j];
+      product[i + j] = static_cast<std::uint32_t>(carry);
+      carry >>= 32;
+    }
+    product[i + b.size()] = static_cast<std::uint32_t>(carry);
+  }
+  return product;
+}
+
+std::string bits_of(const Integer& number) {
+  std::string bits;
+  for (const std::uint32_t limb : number) bits.insert(0, std::bitset<32>(limb).to_string());
+  return bits.substr(bits.find('1'));
+}
+
+// In exact integers: g is the first bits of 1/p where a power of two is between g * p and
+// (g + 1) * p.
+TEST(Numbers, PowersOfTenAreExactInEveryBit) {
+  static constexpr comnlib::PowersOfTen kPowers;
+  Integer power{1};
+  for (int n = 0; n <= kPowers.kLast; ++n, power = multiply(power, {5})) {
+    const std::string bits = bits_of(power);
+    const auto [high, middle, low] = kPowers[n];
+    ASSERT_EQ((bits + std::string(96, '0')).substr(0, 96), bits_of({low, middle, high})) << n;
+    if (n == 0 || -n < kPowers.kFirst) continue;
+    const auto [top, next, last] = kPowers[-n];
+    ASSERT_EQ(bits.size() + 95, bits_of(multiply(power, {last, next, top})).size()) << -n;
+    ASSERT_EQ(bits.size() + 96, bits_of(multiply(power, {last + 1, next, top})).size()) << -n;
+  }
 }
 
 TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {

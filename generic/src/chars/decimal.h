@@ -1,11 +1,15 @@
-// The strings "00" to "99", for writing numbers two digits at a time.
+// Decimal digits from integers: two at a time by a table, sixteen at a time by SSE2.
 #pragma once
+
+#include <emmintrin.h>
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 namespace comnlib {
 
+// The strings "00" to "99".
 inline constexpr auto kDigitPairs = [] {
   std::array<char, 200> pairs{};
   for (std::size_t n = 0; n < 100; ++n) {
@@ -14,5 +18,25 @@ inline constexpr auto kDigitPairs = [] {
   }
   return pairs;
 }();
+
+// The characters of two numbers of eight digits each. Every step splits each number in two at a
+// power of ten, by a product with the inverse of that power.
+inline __m128i sixteen_digits(std::uint32_t first, std::uint32_t second) {
+  const __m128i eights = _mm_set_epi32(0, static_cast<int>(second), 0, static_cast<int>(first));
+  const auto inverse = _mm_set1_epi32(static_cast<int>(0xD1B71759));  // 2^45 / 10^4
+  const __m128i upper_fours = _mm_srli_epi64(_mm_mul_epu32(eights, inverse), 45);
+  const __m128i lower_fours =
+      _mm_sub_epi32(eights, _mm_mul_epu32(upper_fours, _mm_set1_epi32(10'000)));
+  const __m128i fours = _mm_or_si128(upper_fours, _mm_slli_epi64(lower_fours, 32));
+
+  const __m128i upper_pairs = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+  const __m128i lower_pairs =
+      _mm_sub_epi16(fours, _mm_mullo_epi16(upper_pairs, _mm_set1_epi16(100)));
+  const __m128i pairs = _mm_or_si128(upper_pairs, _mm_slli_epi32(lower_pairs, 16));
+
+  const __m128i tens = _mm_mulhi_epu16(pairs, _mm_set1_epi16(6554));  // 2^16 / 10
+  const __m128i ones = _mm_sub_epi16(pairs, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+  return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
+}
 
 }  // namespace comnlib

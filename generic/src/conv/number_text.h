@@ -15,7 +15,7 @@ using NumberBuffer = std::array<char, 63>;
 std::string_view text_of(CS_INT value, NumberBuffer& buffer);
 
 // At most 17 significant digits, as %.17g prints them, but without the zero of a leading "0." and
-// with ".0" behind a text that has neither point nor exponent. Either zero is "0.0".
+// followed by ".0" where it has neither point nor exponent. Either zero is "0.0".
 std::string_view text_of(CS_FLOAT value, NumberBuffer& buffer);
 
 }  // namespace comnlib
