@@ -8,16 +8,13 @@
 #include <new>
 #include <utility>
 
+#include "chars/ascii.h"
 #include "comnlib/memory.h"
 #include "file.h"
 #include "runtime/hostmemory.h"
 
 namespace comnlib::companion {
 namespace {
-
-constexpr bool is_blank(char c) {
-  return c == ' ' || c == '\t';
-}
 
 char* skip_blanks(char* begin, const char* end) {
   while (begin != end && is_blank(*begin)) ++begin;

@@ -11,7 +11,7 @@
 
 #include "diag/diag.h"
 #include "diag/uncancelled.h"
-#include "runtime/homepath.h"
+#include "paths/homepath.h"
 
 namespace comnlib {
 namespace {

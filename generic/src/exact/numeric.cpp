@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 
+#include "chars/ascii.h"
 #include "exact/kernel.h"
 #include "exact/mnymath.h"
 
@@ -69,12 +70,6 @@ class Digits {
 };
 
 // --- from text
-
-constexpr auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
-
-constexpr auto is_white_space = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
-
-constexpr auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
 
 // A number as it stands in the text: its digits around the point, and its exponent.
 struct Literal {

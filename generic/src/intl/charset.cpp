@@ -11,12 +11,12 @@
 #include "diag/diag.h"
 #include "intl/com_loc.h"
 #include "intl/convcfg.h"
-#include "intl/intlfile.h"
+#include "intl/load_once.h"
+#include "intl/loaded.h"
 #include "intl/objectid.h"
+#include "intl/parse_number.h"
 #include "intl/sortorder.h"
-#include "intl/store.h"
 #include "intl/text.h"
-#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -186,27 +186,18 @@ CS_RETCODE comn__intl_load_charset(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache
   check_pointer(ctx);
   check_pointer(cache_entry);
   check_pointer(cache_entry->charname);
-  CsCtxGlobals& globals = *ctx->ctxglobals;
-  for (CsCharDesc* known = globals.cmg_chardesc; known != nullptr; known = known->charnext) {
-    if (known->oid != oid) continue;
-    cache_entry->locchardesc = known;
-    return trace(CS_SUCCEED);
-  }
-  auto* desc = make_record<CsCharDesc>();
-  cache_entry->locchardesc = desc;
-  if (desc == nullptr) return trace(CS_MEM_ERROR);
-  desc->oid = oid;
-
-  CS_RETCODE result = comn__get_charset(ctx, cache_entry, errbuf, errlen);
-  if (result == CS_SUCCEED) result = complete(*ctx, *cache_entry, *desc, {errbuf, errlen});
-  if (result != CS_SUCCEED) {
-    cache_entry->locchardesc = nullptr;
-    static_cast<void>(comn__chardesc_drop(desc));
-    return trace(result);
-  }
-  desc->charnext = globals.cmg_chardesc;
-  globals.cmg_chardesc = desc;
-  return trace(CS_SUCCEED);
+  const auto is_known = [oid](const CsCharDesc& known) { return known.oid == oid; };
+  const auto read = [&](CsCharDesc& desc) {
+    desc.oid = oid;
+    cache_entry->locchardesc = &desc;
+    const CS_RETCODE result = comn__get_charset(ctx, cache_entry, errbuf, errlen);
+    if (result != CS_SUCCEED) return result;
+    return complete(*ctx, *cache_entry, desc, {errbuf, errlen});
+  };
+  const CS_RETCODE result = load_once<&CsCharDesc::charnext>(
+      ctx->ctxglobals->cmg_chardesc, cache_entry->locchardesc, is_known, read);
+  if (result != CS_SUCCEED) cache_entry->locchardesc = nullptr;
+  return trace(result);
 }
 
 CS_RETCODE comn__get_charset(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* errbuf,
@@ -214,12 +205,13 @@ CS_RETCODE comn__get_charset(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* 
   check_pointer(ctx);
   check_pointer(cache_entry);
   check_pointer(cache_entry->locchardesc);
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened = com__open_charfile(ctx, cache_entry->charname, "charset.loc", nullptr,
-                                               &handle, errbuf, errlen);
-  if (opened != CS_SUCCEED) return trace(opened);
-  IntlFile file(*ctx, handle);
-  return trace(read_charset(ctx, file, *cache_entry->locchardesc));
+  const auto open = [&](INTL_HANDLE* handle) {
+    return com__open_charfile(ctx, cache_entry->charname, "charset.loc", nullptr, handle, errbuf,
+                              errlen);
+  };
+  return trace(read_file(*ctx, open, [&](IntlFile& file) {
+    return read_charset(ctx, file, *cache_entry->locchardesc);
+  }));
 }
 
 CS_RETCODE comn__load_charset1(CS_CONTEXT* ctx, char_attrib* attrib, CS_LONG image_size,
@@ -297,11 +289,8 @@ CS_RETCODE com_intl_chardesc_drop(CS_CONTEXT* ctx) {
   check_pointer(ctx);
   check_pointer(ctx->ctxglobals);
   CsCtxGlobals& globals = *ctx->ctxglobals;
-  while (CsCharDesc* desc = globals.cmg_chardesc) {
-    globals.cmg_chardesc = desc->charnext;
-    static_cast<void>(comn__chardesc_drop(desc));
-  }
+  drop_list<&CsCharDesc::charnext>(globals.cmg_chardesc);
   globals.utf8_charset = nullptr;
-  drop_store(globals);
+  drop_loaded(globals);
   return trace(CS_SUCCEED);
 }

@@ -4,6 +4,7 @@
 
 #include "comnlib/locale.h"
 #include "intl.h"
+#include "runtime/hostmemory.h"
 
 extern "C" {
 
@@ -30,4 +31,9 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
 
 // Frees a descriptor with its attributes, their maps, and its conversion configuration.
 CS_RETCODE comn__chardesc_drop(CsCharDesc* desc);
+}
+
+template <>
+inline void comnlib::DropRecord::operator()(CsCharDesc* desc) const {
+  static_cast<void>(comn__chardesc_drop(desc));
 }

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "intl/com_path.h"
-#include "intl/intlfile.h"
 #include "intl/locdata.h"
 #include "intl/text.h"
 
@@ -38,6 +37,13 @@ CS_RETCODE open_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, INTL_HANDLE* handl
                         ErrorBuffer error) {
   CfgPathBuffer path{};
   const CS_RETCODE built = com_path_cfgfile(ctx, name, path.data(), kPathLength, use_nuv);
+  return open_built(*ctx, built, path, handle, error);
+}
+
+CS_RETCODE open_locdata(CS_CONTEXT* ctx, CS_INT kind, const CS_CHAR* name, INTL_HANDLE* handle,
+                        ErrorBuffer error) {
+  PathBuffer path{};
+  const CS_RETCODE built = comn__path_locdata(ctx, kind, name, path.data(), kPathLength);
   return open_built(*ctx, built, path, handle, error);
 }
 
@@ -91,13 +97,5 @@ CS_RETCODE comn__load_locdata(CS_CONTEXT* ctx, CS_INT kind, const CS_CHAR* name,
   const ErrorBuffer error = error_buffer(errbuf, errlen);
   if (kind != COM_LC_MONETARY && kind != COM_LC_NUMERIC && kind != COM_LC_TIME)
     return trace(CS_FAIL);
-  if (find_conventions(*ctx->ctxglobals, kind, name, *cache_entry)) return trace(CS_SUCCEED);
-
-  PathBuffer path{};
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE built = comn__path_locdata(ctx, kind, name, path.data(), kPathLength);
-  const CS_RETCODE opened = open_built(*ctx, built, path, &handle, error);
-  if (opened != CS_SUCCEED) return trace(opened);
-  IntlFile file(*ctx, handle);
-  return trace(read_conventions(*ctx, kind, name, file, *cache_entry));
+  return trace(load_conventions(*ctx, kind, name, *cache_entry, error));
 }

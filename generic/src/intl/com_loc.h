@@ -37,4 +37,8 @@ struct ErrorBuffer {
 CS_RETCODE open_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, INTL_HANDLE* handle, CS_BOOL use_nuv,
                         ErrorBuffer error);
 
+// Opens a file of money, number or date/time conventions.
+CS_RETCODE open_locdata(CS_CONTEXT* ctx, CS_INT kind, const CS_CHAR* name, INTL_HANDLE* handle,
+                        ErrorBuffer error);
+
 }  // namespace comnlib

@@ -2,7 +2,7 @@
 // builders and the rules common to all stand in comnlib/locale.h.
 #pragma once
 
-#include "runtime/homepath.h"
+#include "paths/homepath.h"
 
 extern "C" {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "chars/hex.h"
-#include "intl/intlfile.h"
-#include "intl/store.h"
+#include "intl/load_once.h"
+#include "intl/loaded.h"
 #include "intl/text.h"
 
 namespace comnlib {
@@ -72,21 +72,16 @@ std::span<const SystemAlgorithm> system_algorithms() {
 
 CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfig*& config,
                             ErrorBuffer error) {
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened =
-      com__open_charfile(&ctx, charset, charset, "cfg", &handle, error.path, error.length);
-  if (opened != CS_SUCCEED) return opened;
-  IntlFile file(ctx, handle);
-  auto* made = make_record<CsConvConfig>();
+  OwnedRecord<CsConvConfig> made(make_record<CsConvConfig>());
   if (made == nullptr) return CS_MEM_ERROR;
   const std::string_view name = charset;
   name.copy(made->charset.data(), std::min(name.size(), made->charset.size() - 1));
-  const CS_RETCODE result = read_config(file, *made);
-  if (result == CS_SUCCEED) {
-    config = made;
-  } else {
-    drop_conv_config(made);
-  }
+  const auto open = [&](INTL_HANDLE* handle) {
+    return com__open_charfile(&ctx, charset, charset, "cfg", handle, error.path, error.length);
+  };
+  const CS_RETCODE result =
+      read_file(ctx, open, [&made](IntlFile& file) { return read_config(file, *made); });
+  if (result == CS_SUCCEED) config = made.release();
   return result;
 }
 
@@ -97,10 +92,7 @@ bool converts_to(const CsConvConfig& config, std::string_view charset) {
 }
 
 void drop_conv_config(CsConvConfig* config) {
-  if (config == nullptr) return;
-  config->targets.clear();
-  config->names.clear();
-  comn_free(config);
+  if (config != nullptr) DropRecord()(config);
 }
 
 }  // namespace comnlib
@@ -109,8 +101,8 @@ using namespace comnlib;
 
 CS_RETCODE comn__init_sys_algos_table(CS_CONTEXT* ctx) {
   check_pointer(ctx);
-  Store* store = store_of(*ctx->ctxglobals);
-  if (store == nullptr) return trace(CS_MEM_ERROR);
-  store->algorithms = system_algorithms();
+  LoadedOnce* loaded = loaded_of(*ctx->ctxglobals);
+  if (loaded == nullptr) return trace(CS_MEM_ERROR);
+  loaded->algorithms = system_algorithms();
   return trace(CS_SUCCEED);
 }

@@ -29,11 +29,11 @@ struct _csconvconfig {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;  // whose configuration this is
   std::array<CS_BYTE, 4> replacement;             // stands for characters that the set lacks
   CS_INT replacement_length;
-  const comnlib::SystemAlgorithm* algorithm;    // null: by a table
-  std::array<CS_CHAR, COM_LOC_NAMESIZE> table;  // its file, without ".ctb"
-  const comnlib::ConvTable* loaded_table;       // once it was needed; read atomically
-  comnlib::PodVector<std::size_t> targets;      // names in the pool
-  comnlib::TextPool names;
+  const comnlib::SystemAlgorithm* algorithm;                // null: by a table
+  std::array<CS_CHAR, COM_LOC_NAMESIZE> table;              // its file, without ".ctb"
+  const comnlib::ConvTable* loaded_table;                   // once it was needed; read atomically
+  comnlib::Owned<comnlib::PodVector<std::size_t>> targets;  // names in the pool
+  comnlib::Owned<comnlib::TextPool> names;
 };
 
 namespace comnlib {

@@ -5,8 +5,9 @@
 #include <algorithm>
 
 #include "chars/hex.h"
-#include "intl/intlfile.h"
-#include "intl/store.h"
+#include "intl/load_once.h"
+#include "intl/loaded.h"
+#include "intl/parse_number.h"
 #include "intl/text.h"
 
 namespace comnlib {
@@ -170,15 +171,6 @@ bool is_ascii_based(const ConvTable& table) {
   return true;
 }
 
-void drop(ConvTable* table) {
-  table->pairs.pages.clear();
-  table->reverse.pages.clear();
-  table->triples.pages.clear();
-  table->triple_reverse.pages.clear();
-  table->ranges.clear();
-  comn_free(table);
-}
-
 // The range that holds a number, which is a place or a code point; null when none does.
 const CodeRange* range_of(const ConvTable& table, CS_UINT CodeRange::*start, CS_UINT number) {
   const auto ranges = table.ranges.view();
@@ -214,40 +206,26 @@ CS_UINT encode_longer(const ConvTable& table, char32_t code) {
 CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* table_name,
                       const ConvTable*& table, ErrorBuffer error) {
   const std::string_view name = charset;
-  Store* store = store_of(*ctx.ctxglobals);
-  if (store == nullptr) return CS_MEM_ERROR;
-  for (const ConvTable* known = store->tables; known != nullptr; known = known->next) {
-    if (known->charset.data() != name) continue;
-    table = known;
-    return CS_SUCCEED;
-  }
   if (name.size() >= COM_LOC_NAMESIZE) return CS_FAIL;
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened =
-      com__open_charfile(&ctx, charset, table_name, "ctb", &handle, error.path, error.length);
-  if (opened != CS_SUCCEED) return opened;
-  IntlFile file(ctx, handle);
-  auto* made = make_record<ConvTable>();
-  if (made == nullptr) return CS_MEM_ERROR;
-  made->single.fill(kNoCharacter);
-  name.copy(made->charset.data(), name.size());
-  const CS_RETCODE result = read_table(file, *made);
-  if (result != CS_SUCCEED) {
-    drop(made);
+  LoadedOnce* loaded = loaded_of(*ctx.ctxglobals);
+  if (loaded == nullptr) return CS_MEM_ERROR;
+  const auto is_known = [name](const ConvTable& known) { return known.charset.data() == name; };
+  const auto open = [&](INTL_HANDLE* handle) {
+    return com__open_charfile(&ctx, charset, table_name, "ctb", handle, error.path, error.length);
+  };
+  const auto read = [&](ConvTable& made) {
+    made.single.fill(kNoCharacter);
+    name.copy(made.charset.data(), name.size());
+    const CS_RETCODE result =
+        read_file(ctx, open, [&made](IntlFile& file) { return read_table(file, made); });
+    made.ascii = is_ascii_based(made);
     return result;
-  }
-  made->ascii = is_ascii_based(*made);
-  made->next = store->tables;
-  store->tables = made;
-  table = made;
-  return CS_SUCCEED;
+  };
+  return load_once<&ConvTable::next>(loaded->tables, table, is_known, read);
 }
 
 void drop_tables(ConvTable*& head) {
-  while (ConvTable* table = head) {
-    head = table->next;
-    drop(table);
-  }
+  drop_list<&ConvTable::next>(head);
 }
 
 }  // namespace comnlib

@@ -18,7 +18,7 @@ inline constexpr CS_USHORT kNoCharacter = 0xFFFF;
 // 256 rows of 256 entries, of which only the rows in use take room.
 struct PagedTable {
   std::array<CS_USHORT, 256> rows;  // number of the row's page plus 1; 0: no entries
-  PodVector<CS_USHORT> pages;
+  Owned<PodVector<CS_USHORT>> pages;
 
   CS_USHORT at(CS_USHORT index) const {
     const CS_USHORT page = rows[index >> 8];
@@ -39,12 +39,12 @@ struct ConvTable {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;
   std::array<CS_USHORT, 256> single;  // code unit of each single byte
   PagedTable pairs;                   // code unit of lead byte * 256 + second byte
-  PagedTable reverse;           // of a code unit: a single byte, or lead byte * 256 + second byte
-  CS_BYTE triple_lead;          // first byte of all characters of three bytes; 0: there are none
-  PagedTable triples;           // code unit of second byte * 256 + third byte
-  PagedTable triple_reverse;    // and back
-  PodVector<CodeRange> ranges;  // ascending by sequence and by code point
-  bool ascii;                   // the bytes below 0x80 stand for themselves, both ways
+  PagedTable reverse;         // of a code unit: a single byte, or lead byte * 256 + second byte
+  CS_BYTE triple_lead;        // first byte of all characters of three bytes; 0: there are none
+  PagedTable triples;         // code unit of second byte * 256 + third byte
+  PagedTable triple_reverse;  // and back
+  Owned<PodVector<CodeRange>> ranges;  // ascending by sequence and by code point
+  bool ascii;                          // the bytes below 0x80 stand for themselves, both ways
   ConvTable* next;
 
   bool has_longer() const { return triple_lead != 0 || ranges.count != 0; }

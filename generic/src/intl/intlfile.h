@@ -3,7 +3,6 @@
 // step: a host's reader may have one buffer for all.
 #pragma once
 
-#include <optional>
 #include <string_view>
 
 #include "comnlib/context.h"
@@ -74,8 +73,5 @@ class IntlFile {
   bool open_ = true;
   bool failed_ = false;
 };
-
-// A number written in decimal, or in hexadecimal after "0x", from `least` to `most`.
-std::optional<CS_INT> parse_number(std::string_view text, CS_INT least, CS_INT most);
 
 }  // namespace comnlib

@@ -6,9 +6,9 @@
 #include <span>
 #include <utility>
 
-#include "intl/com_loc.h"
+#include "intl/load_once.h"
+#include "intl/parse_number.h"
 #include "intl/text.h"
-#include "runtime/hostmemory.h"
 
 namespace comnlib {
 
@@ -64,7 +64,7 @@ bool read_text(IntlFile& file, ConventionTexts& texts, std::string_view& place) 
 // What each kind has of its own: its section, its list in the globals, its place in a cache entry,
 // and its keys. read() is false for a value that the key does not take and for a key of another
 // name; complete() tells whether all that formatting needs was there.
-struct Date {
+struct DateKind {
   using Record = CsDateInfo;
   static constexpr std::string_view kSection = "datetime";
   static constexpr auto kList = &CsCtxGlobals::cmg_datetime;
@@ -97,7 +97,7 @@ bool read_digits(DigitConventions& to, ConventionTexts& texts, std::string_view 
   return size.has_value();
 }
 
-struct Number {
+struct NumberKind {
   using Record = CsNumInfo;
   static constexpr std::string_view kSection = "numeric";
   static constexpr auto kList = &CsCtxGlobals::cmg_numeric;
@@ -109,7 +109,7 @@ struct Number {
   static bool complete(const Record& record) { return !record.digits.decimal_point.empty(); }
 };
 
-struct Money {
+struct MoneyKind {
   using Record = CsMonInfo;
   static constexpr std::string_view kSection = "money";
   static constexpr auto kList = &CsCtxGlobals::cmg_money;
@@ -124,20 +124,11 @@ struct Money {
 };
 
 template <class Kind>
-typename Kind::Record* find(const CsCtxGlobals& globals, std::string_view name) {
-  auto* record = globals.*Kind::kList;
-  while (record != nullptr && record->texts.name.data() != name) record = record->next;
-  return record;
+bool has_name(const typename Kind::Record& record, std::string_view name) {
+  return record.texts.name.data() == name;
 }
 
-template <class Kind>
-bool find_for(const CsCtxGlobals& globals, std::string_view name, CsLocCache& entry) {
-  auto* found = find<Kind>(globals, name);
-  if (found != nullptr) entry.*Kind::kPlace = found;
-  return found != nullptr;
-}
-
-// Reads the entries of the section that the file stands in.
+// Reads the entries of the section that the file is in.
 template <class Kind>
 CS_RETCODE read_section(std::string_view name, IntlFile& file, typename Kind::Record& record) {
   if (name.size() >= record.texts.name.size()) return CS_FAIL;
@@ -147,118 +138,101 @@ CS_RETCODE read_section(std::string_view name, IntlFile& file, typename Kind::Re
   return !file.failed() && Kind::complete(record) ? CS_SUCCEED : file.failure();
 }
 
-// Makes a record of the section that the file stands in. Stores null on failure; a record that was
-// there already is a second section of the kind, which no file has.
 template <class Kind>
-CS_RETCODE read_record(std::string_view name, IntlFile& file, typename Kind::Record*& made) {
-  if (made != nullptr) return CS_FAIL;
-  auto* record = make_record<typename Kind::Record>();
-  if (record == nullptr) return CS_MEM_ERROR;
-  const CS_RETCODE result = read_section<Kind>(name, file, *record);
-  if (result == CS_SUCCEED) {
-    made = record;
-  } else {
-    comn_free(record);
-  }
-  return result;
+CS_RETCODE load_named(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
+                      ErrorBuffer error) {
+  using Record = typename Kind::Record;
+  const auto open = [&](INTL_HANDLE* handle) {
+    return open_locdata(&ctx, kind, name, handle, error);
+  };
+  const auto read = [&](Record& record) {
+    return read_file(ctx, open, [&](IntlFile& file) {
+      if (!file.find_section(Kind::kSection)) return file.failure();
+      return read_section<Kind>(name, file, record);
+    });
+  };
+  return load_once<&Record::next>(
+      ctx.ctxglobals->*Kind::kList, entry.*Kind::kPlace,
+      [name](const Record& known) { return has_name<Kind>(known, name); }, read);
 }
 
-template <class Kind>
-void add(CsCtxGlobals& globals, typename Kind::Record* record, CsLocCache& entry) {
-  record->next = globals.*Kind::kList;
-  globals.*Kind::kList = record;
-  entry.*Kind::kPlace = record;
-}
-
-template <class Kind>
-CS_RETCODE read_for(CS_CONTEXT& ctx, std::string_view name, IntlFile& file, CsLocCache& entry) {
-  if (!file.find_section(Kind::kSection)) return file.failure();
-  typename Kind::Record* record = nullptr;
-  const CS_RETCODE result = read_record<Kind>(name, file, record);
-  if (result == CS_SUCCEED) add<Kind>(*ctx.ctxglobals, record, entry);
-  return result;
-}
-
-template <class Kind>
-void drop_list(CsCtxGlobals& globals) {
-  while (auto* record = globals.*Kind::kList) {
-    globals.*Kind::kList = record->next;
-    comn_free(record);
-  }
-}
-
-// The three records of a common.loc, freed again unless they were taken over.
+// The three records of a common.loc, which enter the context's lists together or not at all.
 struct Common {
-  CsDateInfo* date = nullptr;
-  CsNumInfo* number = nullptr;
-  CsMonInfo* money = nullptr;
-
-  Common() = default;
-  Common(const Common&) = delete;
-  Common& operator=(const Common&) = delete;
-  ~Common() {
-    release(date);
-    release(number);
-    release(money);
-  }
-
-  CS_RETCODE read(std::string_view name, IntlFile& file) {
-    while (const CS_CHAR* section = file.next_section()) {
-      const CS_RETCODE result = read_section_of(section, name, file);
-      if (result != CS_SUCCEED) return result;
-    }
-    const bool whole = date != nullptr && number != nullptr && money != nullptr;
-    return whole && !file.failed() ? CS_SUCCEED : file.failure();
-  }
-
-  CS_RETCODE read_section_of(std::string_view section, std::string_view name, IntlFile& file) {
-    if (section == Date::kSection) return read_record<Date>(name, file, date);
-    if (section == Number::kSection) return read_record<Number>(name, file, number);
-    if (section == Money::kSection) return read_record<Money>(name, file, money);
-    return CS_SUCCEED;
-  }
-
-  void hand_over(CsCtxGlobals& globals, CsLocCache& entry) {
-    add<Date>(globals, std::exchange(date, nullptr), entry);
-    add<Number>(globals, std::exchange(number, nullptr), entry);
-    add<Money>(globals, std::exchange(money, nullptr), entry);
-  }
+  OwnedRecord<CsDateInfo> date;
+  OwnedRecord<CsNumInfo> number;
+  OwnedRecord<CsMonInfo> money;
 };
+
+// Makes a record of the section that the file is in. A record that is there already comes from a
+// second section of the kind, which no file has.
+template <class Kind>
+CS_RETCODE read_record(std::string_view name, IntlFile& file,
+                       OwnedRecord<typename Kind::Record>& record) {
+  if (record != nullptr) return CS_FAIL;
+  record.reset(make_record<typename Kind::Record>());
+  return record == nullptr ? CS_RETCODE{CS_MEM_ERROR} : read_section<Kind>(name, file, *record);
+}
+
+CS_RETCODE read_section_of(std::string_view section, std::string_view name, IntlFile& file,
+                           Common& common) {
+  if (section == DateKind::kSection) return read_record<DateKind>(name, file, common.date);
+  if (section == NumberKind::kSection) return read_record<NumberKind>(name, file, common.number);
+  if (section == MoneyKind::kSection) return read_record<MoneyKind>(name, file, common.money);
+  return CS_SUCCEED;
+}
+
+CS_RETCODE read_all_sections(std::string_view name, IntlFile& file, Common& common) {
+  while (const CS_CHAR* section = file.next_section()) {
+    const CS_RETCODE result = read_section_of(section, name, file, common);
+    if (result != CS_SUCCEED) return result;
+  }
+  const bool whole = common.date != nullptr && common.number != nullptr && common.money != nullptr;
+  return whole && !file.failed() ? file.close() : file.failure();
+}
+
+template <class Kind>
+bool find_for(const CsCtxGlobals& globals, std::string_view name, CsLocCache& entry) {
+  auto* record = globals.*Kind::kList;
+  while (record != nullptr && !has_name<Kind>(*record, name)) record = record->next;
+  if (record != nullptr) entry.*Kind::kPlace = record;
+  return record != nullptr;
+}
+
+template <class Kind>
+void add(CsCtxGlobals& globals, OwnedRecord<typename Kind::Record> record, CsLocCache& entry) {
+  record->next = globals.*Kind::kList;
+  entry.*Kind::kPlace = globals.*Kind::kList = record.release();
+}
 
 CS_RETCODE read_common(CS_CONTEXT& ctx, std::string_view name, CsLocCache& entry,
                        ErrorBuffer error) {
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened = com__open_locfile(&ctx, entry.langname, entry.charname, "common.loc",
-                                              &handle, error.path, error.length);
-  if (opened != CS_SUCCEED) return opened;
-  IntlFile file(ctx, handle);
+  const auto open = [&](INTL_HANDLE* handle) {
+    return com__open_locfile(&ctx, entry.langname, entry.charname, "common.loc", handle, error.path,
+                             error.length);
+  };
   Common common;
-  CS_RETCODE result = common.read(name, file);
-  if (result == CS_SUCCEED) result = file.close();
-  if (result == CS_SUCCEED) common.hand_over(*ctx.ctxglobals, entry);
-  return result;
+  const CS_RETCODE result =
+      read_file(ctx, open, [&](IntlFile& file) { return read_all_sections(name, file, common); });
+  if (result != CS_SUCCEED) return result;
+  add<DateKind>(*ctx.ctxglobals, std::move(common.date), entry);
+  add<NumberKind>(*ctx.ctxglobals, std::move(common.number), entry);
+  add<MoneyKind>(*ctx.ctxglobals, std::move(common.money), entry);
+  return CS_SUCCEED;
 }
 
 }  // namespace
 
-bool find_conventions(const CsCtxGlobals& globals, CS_INT kind, std::string_view name,
-                      CsLocCache& entry) {
-  if (kind == COM_LC_MONETARY) return find_for<Money>(globals, name, entry);
-  if (kind == COM_LC_NUMERIC) return find_for<Number>(globals, name, entry);
-  return find_for<Date>(globals, name, entry);
-}
-
-CS_RETCODE read_conventions(CS_CONTEXT& ctx, CS_INT kind, std::string_view name, IntlFile& file,
-                            CsLocCache& entry) {
-  if (kind == COM_LC_MONETARY) return read_for<Money>(ctx, name, file, entry);
-  if (kind == COM_LC_NUMERIC) return read_for<Number>(ctx, name, file, entry);
-  return read_for<Date>(ctx, name, file, entry);
+CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
+                            ErrorBuffer error) {
+  if (kind == COM_LC_MONETARY) return load_named<MoneyKind>(ctx, kind, name, entry, error);
+  if (kind == COM_LC_NUMERIC) return load_named<NumberKind>(ctx, kind, name, entry, error);
+  return load_named<DateKind>(ctx, kind, name, entry, error);
 }
 
 void drop_conventions(CsCtxGlobals& globals) {
-  drop_list<Date>(globals);
-  drop_list<Number>(globals);
-  drop_list<Money>(globals);
+  drop_list<&CsDateInfo::next>(globals.cmg_datetime);
+  drop_list<&CsNumInfo::next>(globals.cmg_numeric);
+  drop_list<&CsMonInfo::next>(globals.cmg_money);
 }
 
 }  // namespace comnlib
@@ -281,8 +255,9 @@ CS_RETCODE comn__read_common(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* 
   const std::string_view name(key.data(), static_cast<std::size_t>(end - key.data()));
 
   const CsCtxGlobals& globals = *ctx->ctxglobals;
-  if (find_for<Date>(globals, name, *cache_entry) &&
-      find_for<Number>(globals, name, *cache_entry) && find_for<Money>(globals, name, *cache_entry))
+  if (find_for<DateKind>(globals, name, *cache_entry) &&
+      find_for<NumberKind>(globals, name, *cache_entry) &&
+      find_for<MoneyKind>(globals, name, *cache_entry))
     return trace(CS_SUCCEED);
   return trace(read_common(*ctx, name, *cache_entry, {errbuf, errlen}));
 }

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "comnlib/locale.h"
-#include "intl/intlfile.h"
+#include "intl/com_loc.h"
 #include "time/dateinfo.h"
 
 namespace comnlib {
@@ -56,15 +56,9 @@ struct _csmoninfo {
 
 namespace comnlib {
 
-// Points the cache entry at the context's conventions of that kind (COM_LC_MONETARY, COM_LC_NUMERIC
-// or COM_LC_TIME) and name, if they are loaded.
-bool find_conventions(const CsCtxGlobals& globals, CS_INT kind, std::string_view name,
-                      CsLocCache& entry);
-
-// Reads the section of that kind from a file at its beginning, adds the conventions to the
-// context's and points the cache entry at them.
-CS_RETCODE read_conventions(CS_CONTEXT& ctx, CS_INT kind, std::string_view name, IntlFile& file,
-                            CsLocCache& entry);
+// comn__load_locdata for one of its three kinds.
+CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
+                            ErrorBuffer error);
 
 // Frees all conventions of a context.
 void drop_conventions(CsCtxGlobals& globals);

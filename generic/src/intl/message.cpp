@@ -4,7 +4,8 @@
 #include <array>
 
 #include "intl/com_loc.h"
-#include "intl/intlfile.h"
+#include "intl/load_once.h"
+#include "intl/parse_number.h"
 #include "intl/text.h"
 
 namespace comnlib {
@@ -28,22 +29,16 @@ CS_RETCODE read_messages(IntlFile& file, MessageFile which, CsMessage& messages)
 CS_RETCODE read_language(CS_CONTEXT& ctx, const CsLocCache& entry, CsMessage& messages,
                          ErrorBuffer error) {
   for (std::size_t i = 0; i < kFileNames.size(); ++i) {
-    INTL_HANDLE handle = nullptr;
-    const CS_RETCODE opened =
-        comn__open_msgfile(&ctx, entry.langname, entry.langnamelen, kFileNames[i].data(),
-                           length_of(kFileNames[i]), &handle, error.path, error.length);
-    if (opened != CS_SUCCEED) return opened;
-    IntlFile file(ctx, handle);
-    const CS_RETCODE result = read_messages(file, static_cast<MessageFile>(i), messages);
+    const auto open = [&](INTL_HANDLE* handle) {
+      return comn__open_msgfile(&ctx, entry.langname, entry.langnamelen, kFileNames[i].data(),
+                                length_of(kFileNames[i]), handle, error.path, error.length);
+    };
+    const CS_RETCODE result = read_file(ctx, open, [&](IntlFile& file) {
+      return read_messages(file, static_cast<MessageFile>(i), messages);
+    });
     if (result != CS_SUCCEED) return result;
   }
   return CS_SUCCEED;
-}
-
-void drop(CsMessage* messages) {
-  messages->messages.clear();
-  messages->texts.clear();
-  comn_free(messages);
 }
 
 }  // namespace
@@ -55,10 +50,7 @@ const CS_CHAR* message_text(const CsMessage& messages, MessageFile file, CS_INT 
 }
 
 void drop_messages(CsCtxGlobals& globals) {
-  while (CsMessage* messages = globals.cmg_message) {
-    globals.cmg_message = messages->next;
-    drop(messages);
-  }
+  drop_list<&CsMessage::next>(globals.cmg_message);
 }
 
 }  // namespace comnlib
@@ -70,22 +62,11 @@ CS_RETCODE comn__intl_load_message(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache
   check_pointer(ctx);
   check_pointer(cache_entry);
   check_pointer(cache_entry->langname);
-  CsCtxGlobals& globals = *ctx->ctxglobals;
-  for (CsMessage* known = globals.cmg_message; known != nullptr; known = known->next) {
-    if (known->oid != oid) continue;
-    cache_entry->locmessage = known;
-    return trace(CS_SUCCEED);
-  }
-  auto* messages = make_record<CsMessage>();
-  if (messages == nullptr) return trace(CS_MEM_ERROR);
-  messages->oid = oid;
-  const CS_RETCODE result = read_language(*ctx, *cache_entry, *messages, {errbuf, errlen});
-  if (result != CS_SUCCEED) {
-    drop(messages);
-    return trace(result);
-  }
-  messages->next = globals.cmg_message;
-  globals.cmg_message = messages;
-  cache_entry->locmessage = messages;
-  return trace(CS_SUCCEED);
+  const auto is_known = [oid](const CsMessage& known) { return known.oid == oid; };
+  const auto read = [&](CsMessage& messages) {
+    messages.oid = oid;
+    return read_language(*ctx, *cache_entry, messages, {errbuf, errlen});
+  };
+  return trace(load_once<&CsMessage::next>(ctx->ctxglobals->cmg_message, cache_entry->locmessage,
+                                           is_known, read));
 }

@@ -20,8 +20,8 @@ struct MessageText {
 
 struct _csmessage {
   CsOid oid;
-  comnlib::PodVector<comnlib::MessageText> messages;
-  comnlib::TextPool texts;
+  comnlib::Owned<comnlib::PodVector<comnlib::MessageText>> messages;
+  comnlib::Owned<comnlib::TextPool> texts;
   CsMessage* next;
 };
 

@@ -1,8 +1,9 @@
 // Reader of config/objectid.dat: a section a class, an entry a name.
 #include "intl/objectid.h"
 
-#include "intl/intlfile.h"
-#include "intl/store.h"
+#include "intl/load_once.h"
+#include "intl/loaded.h"
+#include "intl/parse_number.h"
 #include "intl/text.h"
 
 namespace comnlib {
@@ -33,11 +34,11 @@ CS_RETCODE read_ids(IntlFile& file, ObjectIds& ids) {
 }
 
 CS_RETCODE load_ids(CS_CONTEXT& ctx, ObjectIds& ids, ErrorBuffer error) {
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened = open_cfgfile(&ctx, "objectid.dat", &handle, 0, error);
-  if (opened != CS_SUCCEED) return opened;
-  IntlFile file(ctx, handle);
-  const CS_RETCODE result = read_ids(file, ids);
+  const auto open = [&](INTL_HANDLE* handle) {
+    return open_cfgfile(&ctx, "objectid.dat", handle, 0, error);
+  };
+  const CS_RETCODE result =
+      read_file(ctx, open, [&ids](IntlFile& file) { return read_ids(file, ids); });
   if (result != CS_SUCCEED) drop_ids(ids);
   ids.loaded = result == CS_SUCCEED;
   return result;
@@ -47,9 +48,9 @@ CS_RETCODE load_ids(CS_CONTEXT& ctx, ObjectIds& ids, ErrorBuffer error) {
 
 CS_RETCODE global_id(CS_CONTEXT& ctx, std::string_view oidclass, std::string_view name, CsOid& oid,
                      ErrorBuffer error) {
-  Store* store = store_of(*ctx.ctxglobals);
-  if (store == nullptr) return CS_MEM_ERROR;
-  ObjectIds& ids = store->ids;
+  LoadedOnce* loaded = loaded_of(*ctx.ctxglobals);
+  if (loaded == nullptr) return CS_MEM_ERROR;
+  ObjectIds& ids = loaded->ids;
   if (!ids.loaded) {
     const CS_RETCODE result = load_ids(ctx, ids, error);
     if (result != CS_SUCCEED) return result;

@@ -17,8 +17,8 @@ struct ObjectId {
 };
 
 struct ObjectIds {
-  PodVector<ObjectId> entries;
-  TextPool texts;
+  Owned<PodVector<ObjectId>> entries;
+  Owned<TextPool> texts;
   bool loaded;
 };
 

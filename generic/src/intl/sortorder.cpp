@@ -8,10 +8,9 @@
 
 #include "chars/hex.h"
 #include "intl/com_loc.h"
-#include "intl/intlfile.h"
-#include "intl/store.h"
+#include "intl/load_once.h"
+#include "intl/loaded.h"
 #include "intl/text.h"
-#include "runtime/hostmemory.h"
 
 namespace comnlib {
 namespace {
@@ -74,10 +73,7 @@ CS_INT compare_text(const CsSortOrder& order, const char_attrib* attrib,
 }
 
 void drop_sort_orders(CsSortOrder*& head) {
-  while (CsSortOrder* order = head) {
-    head = order->next;
-    comn_free(order);
-  }
+  drop_list<&CsSortOrder::next>(head);
 }
 
 }  // namespace comnlib
@@ -92,31 +88,22 @@ CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cac
   check_pointer(cache_entry->sortname);
   const std::string_view charset = cache_entry->charname;
   if (charset.size() >= COM_LOC_NAMESIZE) return trace(CS_FAIL);
-  Store* store = store_of(*ctx->ctxglobals);
-  if (store == nullptr) return trace(CS_MEM_ERROR);
-  for (CsSortOrder* known = store->sort_orders; known != nullptr; known = known->next) {
-    if (known->oid != oid || known->charset.data() != charset) continue;
-    cache_entry->locsortorder = known;
-    return trace(CS_SUCCEED);
-  }
-  INTL_HANDLE handle = nullptr;
-  const CS_RETCODE opened = com__open_charfile(ctx, cache_entry->charname, cache_entry->sortname,
-                                               "srt", &handle, errbuf, errlen);
-  if (opened != CS_SUCCEED) return trace(opened);
-  IntlFile file(*ctx, handle);
-  auto* order = make_record<CsSortOrder>();
-  if (order == nullptr) return trace(CS_MEM_ERROR);
-  order->oid = oid;
-  charset.copy(order->charset.data(), charset.size());
-  const CS_RETCODE result = read_sort_order(file, *order);
-  if (result != CS_SUCCEED) {
-    comn_free(order);
-    return trace(result);
-  }
-  order->next = store->sort_orders;
-  store->sort_orders = order;
-  cache_entry->locsortorder = order;
-  return trace(CS_SUCCEED);
+  LoadedOnce* loaded = loaded_of(*ctx->ctxglobals);
+  if (loaded == nullptr) return trace(CS_MEM_ERROR);
+  const auto is_known = [oid, charset](const CsSortOrder& known) {
+    return known.oid == oid && known.charset.data() == charset;
+  };
+  const auto open = [&](INTL_HANDLE* handle) {
+    return com__open_charfile(ctx, cache_entry->charname, cache_entry->sortname, "srt", handle,
+                              errbuf, errlen);
+  };
+  const auto read = [&](CsSortOrder& order) {
+    order.oid = oid;
+    charset.copy(order.charset.data(), charset.size());
+    return read_file(*ctx, open, [&order](IntlFile& file) { return read_sort_order(file, order); });
+  };
+  return trace(load_once<&CsSortOrder::next>(loaded->sort_orders, cache_entry->locsortorder,
+                                             is_known, read));
 }
 
 CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2) {

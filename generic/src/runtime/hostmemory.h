@@ -1,6 +1,7 @@
 // Records in the host's memory.
 #pragma once
 
+#include <memory>
 #include <new>
 
 #include "comnlib/memory.h"
@@ -19,5 +20,17 @@ Record* make_record() {
 inline void release(const void* block) {
   if (block != nullptr) comn_free(const_cast<void*>(block));
 }
+
+struct DropRecord {
+  template <class Record>
+  void operator()(Record* record) const {
+    record->~Record();
+    comn_free(record);
+  }
+};
+
+// A record of make_record's that goes with its owner, unless it is handed on.
+template <class Record>
+using OwnedRecord = std::unique_ptr<Record, DropRecord>;
 
 }  // namespace comnlib

@@ -62,4 +62,13 @@ struct TextPool : PodVector<CS_CHAR> {
   const CS_CHAR* at(std::size_t offset) const { return items + offset; }
 };
 
+// An array that is freed with the record that holds it.
+template <class Vector>
+struct Owned : Vector {
+  Owned() : Vector{} {}
+  ~Owned() { this->clear(); }
+  Owned(const Owned&) = delete;
+  Owned& operator=(const Owned&) = delete;
+};
+
 }  // namespace comnlib

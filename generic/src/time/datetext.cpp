@@ -6,20 +6,12 @@
 
 #include <emmintrin.h>
 
+#include "chars/ascii.h"
 #include "time/datetime.h"
 
 namespace comnlib {
 namespace {
 
-constexpr bool is_blank(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-constexpr bool is_digit_value(int value) {
-  return static_cast<unsigned>(value) <= 9;
-}
-constexpr bool is_digit(char c) {
-  return is_digit_value(c - '0');
-}
 constexpr char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
@@ -62,7 +54,7 @@ class Cursor {
   // True when there was a blank.
   bool skip_blanks() {
     const std::size_t before = rest_.size();
-    while (is_blank(peek())) rest_.remove_prefix(1);
+    while (is_white_space(peek())) rest_.remove_prefix(1);
     return rest_.size() != before;
   }
 

@@ -1,6 +1,6 @@
 // Growing a path, and the one path that the configuration store and the localization services both
 // build.
-#include "runtime/homepath.h"
+#include "paths/homepath.h"
 
 #include <array>
 

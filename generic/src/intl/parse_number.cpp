@@ -1,4 +1,4 @@
-#include "intl/intlfile.h"
+#include "intl/parse_number.h"
 
 #include <charconv>
 #include <cstdint>

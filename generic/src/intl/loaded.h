@@ -10,16 +10,18 @@
 
 namespace comnlib {
 
-struct Store {
+struct LoadedOnce {
+  ~LoadedOnce();
+
   ObjectIds ids;
   CsSortOrder* sort_orders;
   ConvTable* tables;
   std::span<const SystemAlgorithm> algorithms;
 };
 
-// The context's store; null when memory is out.
-Store* store_of(CsCtxGlobals& globals);
+// What the context has; null when memory is out.
+LoadedOnce* loaded_of(CsCtxGlobals& globals);
 
-void drop_store(CsCtxGlobals& globals);
+void drop_loaded(CsCtxGlobals& globals);
 
 }  // namespace comnlib
