@@ -8,6 +8,7 @@
 
 #include "comnlib/datetime.h"
 #include "conv/conversion.h"
+#include "conv/extending.h"
 
 namespace {
 
@@ -127,6 +128,24 @@ TEST(UserConversions, ReplaceBuiltInPairsOfOneContext) {
   EXPECT_EQ(nullptr, context.ctxusrcvttbl);
   EXPECT_EQ(nullptr, com_conv_func(&context, -1, 0));
   EXPECT_EQ(nullptr, com_conv_func(&context, 30, -1));
+}
+
+// The example of docs/extending.md.
+TEST(Extending, GivesADatatypeItsConversions) {
+  Context context;
+  const auto with = [&](CS_CONV_FUNC routine, CS_INT from, const auto& value, CS_INT to) {
+    EXPECT_EQ(CS_SUCCEED, com_conv_install(&context, from, to, routine));
+    return convert(context, from, value, format_of(to, 8));
+  };
+  const CS_USHORT largest = 65535;
+  EXPECT_EQ(65535, with(comn_ushorttoi4, CS_USHORT_TYPE, largest, CS_INT_TYPE).as<CS_INT>());
+  EXPECT_EQ("65535", with(comn_ushorttochar, CS_USHORT_TYPE, largest, CS_CHAR_TYPE).text());
+  const Result clamped = with(comn_i4toushort, CS_INT_TYPE, -1, CS_USHORT_TYPE);
+  EXPECT_EQ(CS_CVT_OVERFLOW, clamped.code);
+  EXPECT_EQ(0, clamped.as<CS_USHORT>());
+  const Result rounded = with(comn_flt8toushort, CS_FLOAT_TYPE, 2.5, CS_USHORT_TYPE);
+  EXPECT_EQ(3, rounded.as<CS_USHORT>());
+  EXPECT_EQ(2, rounded.length);
 }
 
 TEST(TypeLength, FixedOrTheCallers) {

@@ -40,7 +40,7 @@ struct Conversion {
   CS_INT* destlen;
 };
 
-inline void check_pointers(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline void check_pointers(const Conversion& call, Place place = Place::current()) {
   check_pointer(call.context, place);
   check_pointer(call.srcfmt, place);
   check_pointer(call.src, place);
@@ -52,7 +52,7 @@ inline void check_pointers(const Conversion& call, Place place = Place::current(
 // Opens the members that convert nothing, too: after it they stop, at one line for their own
 // destination datatype and at another for every other.
 template <class Source>
-void check_source(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline void check_source(const Conversion& call, Place place = Place::current()) {
   check_pointers(call, place);
   require(Source::serves(*call.srcfmt), place);
 }
@@ -67,7 +67,7 @@ template <class Source, class Target>
 }
 
 template <class Source, class Target>
-CS_RETCODE convert_value(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline CS_RETCODE convert_value(const Conversion& call, Place place = Place::current()) {
   check_source<Source>(call, place);
   require(Target::serves(*call.destfmt), place);
   return trace(convert_core<Source, Target>(call), place);
