@@ -3,14 +3,16 @@
  * Conversion of values: the context's matrix of routines, null values, and the routines themselves.
  *
  * Calling rules of every conversion routine (type CS_CONV_FUNC):
- * - All six pointers are checked; a null one stops the process, and so do a source datatype that
- *   the routine does not serve, a destination datatype that is not its own, and a negative length.
+ * - The process stops, naming the routine's file and line, if one of the six pointers is null, if
+ *   the routine does not serve the source's or the destination's datatype, if a length is negative,
+ *   or if character data has a maxlength of 0 as a source.
  * - The length of a character, binary or Unicode-character source is srcfmt->maxlength; a varchar
  *   or varbinary carries its own; every other source has its type's fixed length.
  * - At most destfmt->maxlength bytes are written to a variable-length destination, and the fixed
- *   length to any other. The number of bytes written is stored through `destlen`.
+ *   length to any other. The length stored through `destlen` is the number of bytes written, except
+ *   where a routine's text says otherwise.
  * - The result is CS_SUCCEED or a CS_CVT_ code of result.h. After a failure code a clamped or cut
- *   value may have been written; `destlen` tells how much.
+ *   value may have been written.
  * - Formats are only read. A routine keeps no state: calls on different destinations may run in
  *   several threads at once.
  * - `dest` may be `src`, but for text into CS_VARBINARY and between character sets: what is written
@@ -42,8 +44,8 @@ COMN_API CS_RETCODE com_conv_init(CS_CONTEXT* context);
 COMN_API CS_RETCODE com_conv_free(CS_CONTEXT* context);
 
 /**
- * The routine for a pair of datatypes, or null when there is none or a code is negative. Pairs with
- * a code of 26 or above are looked up among the user conversions.
+ * The routine for a pair of datatypes, or null when the pair is not supported or a code is
+ * negative. Pairs with a code of 26 or above are looked up among the user conversions.
  */
 COMN_API CS_CONV_FUNC com_conv_func(const CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
 
@@ -76,7 +78,7 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
  * Stores the null value of destfmt->datatype into `dest`, which has room for `destlen` bytes, and
  * the number of bytes through `resultlen`; then pads as destfmt asks, up to destfmt->maxlength.
  * A numeric takes the destination's precision and scale, and its length when the precision is in
- * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL behind it, which
+ * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL after it, which
  * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
  * bytes then. A user type without a null value gives length 0.
  * A negative type or `destlen` stops the process. Returns CS_SUCCEED or the padding's code.
@@ -142,7 +144,7 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  *
  * - toi1, toi2, toi4: A value outside the destination's range stores the limit that it passed, with
  *   CS_CVT_OVERFLOW. A floating value is compared before it is truncated towards zero: 255.5 does
- *   not fit a CS_TINYINT. A NaN is not told apart; it stores what the processor's truncation gives
+ *   not fit a CS_TINYINT. A NaN is not recognised; it stores what the processor's truncation gives
  *   (-2147483648, cut to the destination).
  * - toflt4, toflt8: Copied, widened, or rounded to the nearest single. From flt8, a value beyond
  *   the largest single, infinities included, stores that single with its sign, with
@@ -266,14 +268,15 @@ COMN_CONVERSION(comn_bittomny4);
  * varbinary, and the number of bytes written for character, binary and numeric data.
  *
  * - toi1, toi2, toi4, toi8: A value outside the destination's range stores the limit that it
- *   passed, with CS_CVT_OVERFLOW. The exact value is compared, then truncated towards zero: 255.5
- *   does not fit a CS_TINYINT. toi8 stores eight bytes for a destination of CS_LONG_TYPE; it is in
- *   no matrix.
+ *   passed, with CS_CVT_OVERFLOW. toi1, toi2 and toi4 compare and truncate the nearest double,
+ *   which may be the next integer (6.99999999999999999999 becomes 7); toi8 the exact value. Both
+ *   compare before they truncate towards zero: 255.5 does not fit a CS_TINYINT. toi8 stores eight
+ *   bytes for a destination of CS_LONG_TYPE; it is in no matrix.
  * - tobit: 1 for every value but zero.
  * - toflt4, toflt8: The nearest double, rounded once more for toflt4. A value beyond the largest
  *   single stores that single with its sign, with CS_CVT_OVERFLOW.
  * - tonum: To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE outside 0..77)
- *   of the destination format, CS_USE_SRCVALUE standing for the source's. The digits must fit the
+ *   of the destination format; CS_USE_SRCVALUE takes the source's. The digits must fit the
  *   bytes of the precision before they are scaled: 1.00000000 of (10,8) overflows (2,0).
  *   CS_CVT_OVERFLOW stores zero; dropped decimals that are not zero give CS_CVT_TRUNCATED with the
  *   cut value stored. The length is that of the precision and two.
@@ -313,8 +316,8 @@ COMN_CONVERSION(comn_numtovarbin);
  * - toflt4, toflt8: `mnyhigh * 429496.7296 + mnylow / 10000` in doubles, for small money
  *   `mny4 / 10000`; toflt4 rounds that to a single.
  * - tobit: 1 for every value but zero.
- * - tonum: To the precision and scale of the destination format, CS_USE_SRCVALUE standing for 19
- *   and 4. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped decimals that are not zero give
+ * - tonum: To the precision and scale of the destination format; CS_USE_SRCVALUE means 19 and 4.
+ * CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped decimals that are not zero give
  *   CS_CVT_TRUNCATED with the cut value stored.
  * - tomoney, tomny4: A value beyond the range of CS_MONEY4 stores the limit that it passed, with
  *   CS_CVT_OVERFLOW.
@@ -430,7 +433,7 @@ COMN_CONVERSION(comn_varbintounichar);
  *   or nothing, with length 0, when the precision or scale was to be taken from the text. A literal
  *   of more than 1,024 characters, blanks around it not counted, gives CS_CVT_SYNTAX.
  * - tomoney, tomny4: docs/money.md shows the text that is read. A value out of range stores the
- * limit that it passed, with CS_CVT_OVERFLOW.
+ *   limit that it passed, with CS_CVT_OVERFLOW.
  * - todatetime, todate4: docs/datetime.md shows the text that is read. CS_CVT_OVERFLOW for a date
  *   that does not exist or leaves the range, with length 0; CS_MEM_ERROR, from CS_UNICHAR, as
  *   between character sets.

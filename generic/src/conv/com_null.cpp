@@ -32,8 +32,8 @@ void fill_default(CsDefVal& entry, const Datatype& type) {
   if (type.null_size > 0) std::memcpy(entry.dventity, &type.null_head, 1);
 }
 
-// Replaces a stored value by a copy of `length` bytes, or by none for length 0. A value that cannot
-// be copied leaves the stored one alone.
+// Replaces a stored value by a copy of `length` bytes, or by nothing for length 0. The stored value
+// stays when it cannot be copied.
 CS_RETCODE replace_value(CS_VOID*& entity, CS_INT& size, const CS_VOID* value, CS_INT length) {
   CS_VOID* copy = nullptr;
   if (length > 0) {

@@ -40,7 +40,8 @@ struct Conversion {
   CS_INT* destlen;
 };
 
-[[gnu::always_inline]] inline void check_pointers(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline void check_pointers(const Conversion& call,
+                                                  Place place = Place::current()) {
   check_pointer(call.context, place);
   check_pointer(call.srcfmt, place);
   check_pointer(call.src, place);
@@ -52,7 +53,8 @@ struct Conversion {
 // Opens the members that convert nothing, too: after it they stop, at one line for their own
 // destination datatype and at another for every other.
 template <class Source>
-[[gnu::always_inline]] inline void check_source(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline void check_source(const Conversion& call,
+                                                Place place = Place::current()) {
   check_pointers(call, place);
   require(Source::serves(*call.srcfmt), place);
 }
@@ -67,7 +69,8 @@ template <class Source, class Target>
 }
 
 template <class Source, class Target>
-[[gnu::always_inline]] inline CS_RETCODE convert_value(const Conversion& call, Place place = Place::current()) {
+[[gnu::always_inline]] inline CS_RETCODE convert_value(const Conversion& call,
+                                                       Place place = Place::current()) {
   check_source<Source>(call, place);
   require(Target::serves(*call.destfmt), place);
   return trace(convert_core<Source, Target>(call), place);
@@ -77,7 +80,7 @@ constexpr bool terminates(const CS_DATAFMT& format) {
   return (format.format & CS_DFMT_NULLTERM) != 0;
 }
 
-// Values stand anywhere in a host's row buffer, so they are read and written bytewise.
+// A value may have any address in a host's row buffer, so it is read and written bytewise.
 template <class T>
 T load(const void* from) {
   static_assert(std::is_trivially_copyable_v<T>);

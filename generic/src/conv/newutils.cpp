@@ -20,7 +20,7 @@ void fill_units(std::span<CS_BYTE> room, std::size_t unit, CS_BYTE low) {
 }
 
 // The padding rule of text in units of `unit` bytes. A text that ends in half a unit is completed
-// with a zero byte before anything is written behind it.
+// with a zero byte before anything is written after it.
 CS_RETCODE pad_text(CS_INT length, const CS_DATAFMT& format, CS_BYTE* dest, CS_INT& resultlen,
                     CS_INT unit) {
   const CS_INT room = format.maxlength;
@@ -104,7 +104,7 @@ CS_RETCODE comn_fixedtovarbin(COMNLIB_CONVERSION_PARAMETERS, CS_INT size) {
   require(destfmt->datatype == CS_VARBINARY_TYPE && size >= 0);
   const CS_INT kept = std::min<CS_INT>(size, CS_MAX_CHAR);
   auto* record = static_cast<CS_BYTE*>(dest);
-  // The value first: it may lie where the length goes.
+  // The value is copied first: it may be where the length is stored.
   std::memmove(record_bytes(record), src, static_cast<std::size_t>(kept));
   store(record, static_cast<CS_SMALLINT>(kept));
   *destlen = sizeof(CS_VARBINARY);

@@ -18,10 +18,10 @@
 namespace comnlib {
 namespace {
 
-// A number of more characters than this, blanks around it aside, is none.
+// Longer literals, not counting surrounding blanks, are rejected.
 constexpr std::size_t kLiteralRoom = 1024;
 
-// What stands in an ASCII form for a character that has none: no literal contains it.
+// Replaces a character without an ASCII form. No literal contains it.
 constexpr CS_CHAR kNoAscii = '\x1A';
 
 enum class NulBytes { kText, kEndOfText };
@@ -58,7 +58,7 @@ class AsciiForm {
   bool fill(Reader reader) {
     skip_blanks(reader);
     std::size_t length = 0;
-    std::size_t kept = 0;  // without the blanks behind
+    std::size_t kept = 0;  // without trailing blanks
     for (; !reader.done() && !ends_text(reader.nul()); reader.skip()) {
       const bool space = reader.space();
       if (length == kLiteralRoom) {
@@ -140,7 +140,7 @@ DateLiteral read_date(const Text& text, const Conversion& call) {
   return judge(parse_datetime(form.view(), conventions));
 }
 
-// The hexadecimal digits of a literal, behind an optional "0x".
+// The hexadecimal digits of a literal, after an optional "0x".
 template <class Reader>
 struct HexDigits {
   bool valid;
@@ -185,7 +185,7 @@ void write_bytes(HexDigits<Reader> digits, std::span<CS_BYTE> room) {
 
 struct HexRead {
   bool valid;
-  std::size_t bytes;    // that the digits stand for
+  std::size_t bytes;    // that the digits describe
   std::size_t written;  // as many of them as had room
 };
 
