@@ -75,8 +75,14 @@ class Check {
     const CsConvConfig* utf8 = configuration("utf8");
     for (const std::string& charset : at(classes, "charset"))
       if (charset != "ucs2") character_set(charset, utf8, at(classes, "collate"));
-    for (const std::string& language : at(classes, "natlang")) messages(language);
+    for (const std::string& language : at(classes, "natlang")) {
+      messages(language);
+      for (const std::string& charset : at(classes, "charset"))
+        if (exists("locales/" + language + '/' + charset)) common(language, charset);
+    }
+    named_conventions(classes);
     locales(classes);
+    unread_files();
     if (faults_ == 0) std::printf("checkhome: %zu files, no fault\n", files_.size());
     return faults_ == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
   }
@@ -151,7 +157,8 @@ class Check {
     if (charset != "utf8" && utf8 != nullptr && !converts_to(*utf8, charset))
       fault(home_ + "/charsets/utf8/utf8.cfg", "no conversion to " + charset);
     for (const std::string& order : orders)
-      if (order == "binary" || has_order(charset, order)) sort_order(charset, order);
+      if (order == "binary" || exists("charsets/" + charset + '/' + order + ".srt"))
+        sort_order(charset, order);
   }
 
   void attributes(const std::string& charset, const char_attrib& set) {
@@ -160,10 +167,7 @@ class Check {
     if (!has_named_tables(set)) fault(error_, "a first byte names a table that is not there");
   }
 
-  // A set may lack any sort order but the binary one.
-  bool has_order(const std::string& charset, const std::string& name) const {
-    return std::filesystem::exists(home_ + "/charsets/" + charset + '/' + name + ".srt");
-  }
+  bool exists(const std::string& name) const { return std::filesystem::exists(home_ + '/' + name); }
 
   void sort_order(std::string charset, std::string name) {
     CsLocCache entry{};
@@ -179,8 +183,35 @@ class Check {
     entry.langname = language.data();
     entry.langnamelen = static_cast<CS_INT>(language.size());
     CsOid oid = 0;
-    if (global_id(context_, "natlang", language, oid, error()) == CS_SUCCEED)
-      took(comn__intl_load_message(&context_, oid, &entry, error_, sizeof error_));
+    if (global_id(context_, "natlang", language, oid, error()) == CS_SUCCEED &&
+        took(comn__intl_load_message(&context_, oid, &entry, error_, sizeof error_)))
+      for (const char* file : {"common.loc", "cslib.loc"})  // read before the last one
+        files_.insert(home_ + "/locales/message/" + language + '/' + file);
+  }
+
+  void common(std::string language, std::string charset) {
+    CsLocCache entry{};
+    entry.langname = language.data();
+    entry.charname = charset.data();
+    took(comn__read_common(&context_, &entry, error_, sizeof error_));
+  }
+
+  void named_conventions(const std::map<std::string, Names>& classes) {
+    const std::pair<const char*, CS_INT> kinds[] = {
+        {"datetime", COM_LC_TIME}, {"numeric", COM_LC_NUMERIC}, {"money", COM_LC_MONETARY}};
+    for (const auto& [oidclass, kind] : kinds)
+      for (const std::string& name : at(classes, oidclass)) {
+        CsLocCache entry{};
+        took(comn__load_locdata(&context_, kind, name.c_str(), &entry, error_, sizeof error_));
+      }
+  }
+
+  // What lies about in the home and no name leads to.
+  void unread_files() {
+    for (const char* part : {"charsets", "locales"})
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(home_ + '/' + part))
+        if (entry.is_regular_file() && !files_.contains(entry.path().string()))
+          fault(entry.path().string(), "no name leads to it");
   }
 
   void locales(const std::map<std::string, Names>& classes) {
@@ -200,6 +231,8 @@ class Check {
       while (const char* value = file.next_value()) values.emplace_back(value);
       if (file.failed()) break;
       values.resize(7);
+      if (!locale_names_.insert(values[0]).second)
+        fault(path, "locale " + values[0] + " stands twice");
       locale(path, classes, values);
     }
     if (!file.failed()) return;
@@ -223,22 +256,14 @@ class Check {
     }
     if (!known) return;
     sort_order(values[2], values[3]);
-    CsLocCache entry{};
-    entry.langname = values[1].data();
-    entry.charname = values[2].data();
-    if (values[4].empty()) took(comn__read_common(&context_, &entry, error_, sizeof error_));
-    const CS_INT kinds[] = {COM_LC_TIME, COM_LC_NUMERIC, COM_LC_MONETARY};
-    for (std::size_t i = 0; i < std::size(kinds); ++i)
-      if (!values[4 + i].empty())
-        took(comn__load_locdata(&context_, kinds[i], values[4 + i].c_str(), &entry, error_,
-                                sizeof error_));
+    if (values[4].empty()) common(values[1], values[2]);
   }
 
   std::string home_;
   CS_CONTEXT context_{};
   CsCtxGlobals globals_{};
   char error_[1100] = "";
-  std::set<std::string> files_;
+  std::set<std::string> files_, locale_names_;
   std::vector<CsConvConfig*> configurations_;
   int faults_ = 0;
 };

@@ -148,7 +148,8 @@ constexpr Set kSets[] = {{"ascii", "ASCII"},        {"iso_1", "ISO-8859-1"},
                          {"eucjp", "EUC-JP", true}, {"cp936", "GBK"},
                          {"big5", "BIG5"},          {"gb18030", "GB18030", false, true},
                          {"euckr", "EUC-KR"},       {"big5hkscs", "BIG5-HKSCS"},
-                         {"cp949", "CP949"},        {"utf8", "UTF-8"}};
+                         {"cp949", "CP949"},        {"euctw", "EUC-TW"},
+                         {"utf8", "UTF-8"}};
 
 TEST(ShippedSets, AgreeWithIconv) {
   intl_host::ShippedContext context;

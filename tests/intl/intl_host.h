@@ -76,12 +76,12 @@ struct ShippedContext : ShippedHome, Context {
   ShippedContext() { EXPECT_EQ(CS_SUCCEED, init()); }
 };
 
-// A copy of the shipped home, to which TALVEN points.
+// A copy of the shipped home, to which TALVEN points. Directories in which nothing is changed are
+// links into the shipped one.
 class HomeCopy {
  public:
   HomeCopy() : variable_("TALVEN", directory_.path().c_str()) {
-    using std::filesystem::copy_options;
-    std::filesystem::copy(COMNLIB_HOME, directory_.path(), copy_options::recursive);
+    link_entries(COMNLIB_HOME, directory_.path());
   }
   std::string file(const std::string& name) const { return (directory_.path() / name).string(); }
   std::string read(const std::string& name) const {
@@ -89,8 +89,23 @@ class HomeCopy {
     text << std::ifstream(file(name), std::ios::binary).rdbuf();
     return text.str();
   }
-  void write(const std::string& name, std::string_view text) const { directory_.write(name, text); }
-  void remove(const std::string& name) const { std::filesystem::remove(file(name)); }
+  void write(const std::string& name, std::string_view text) const {
+    remove(name);
+    directory_.write(name, text);
+  }
+  // Only the copy's own link goes, as with any file that is to be written.
+  void remove(const std::string& name) const {
+    auto path = directory_.path();
+    for (const auto& part : std::filesystem::path(name).parent_path()) {
+      path /= part;
+      if (!std::filesystem::is_symlink(path)) continue;
+      const auto shipped = std::filesystem::read_symlink(path);
+      std::filesystem::remove(path);
+      std::filesystem::create_directory(path);
+      link_entries(shipped, path);
+    }
+    std::filesystem::remove(file(name));
+  }
   // Replaces the first `from` in a file, which must hold it.
   void change(const std::string& name, std::string_view from, std::string_view to) const {
     std::string text = read(name);
@@ -100,6 +115,11 @@ class HomeCopy {
   }
 
  private:
+  static void link_entries(const std::filesystem::path& from, const std::filesystem::path& to) {
+    for (const auto& entry : std::filesystem::directory_iterator(from))
+      std::filesystem::create_symlink(entry.path(), to / entry.path().filename());
+  }
+
   scratch::Directory directory_;
   scratch::Variable variable_;
 };

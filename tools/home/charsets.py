@@ -1,4 +1,7 @@
 """Character sets: the files of charsets/, from Python's codecs and Unicode tables."""
+import codecs
+import gzip
+import re
 import struct
 import unicodedata
 from typing import NamedTuple
@@ -7,9 +10,47 @@ SINGLE = 1
 MULTI = 2
 
 
+# Sets for which Python has no codec are read from the C library's tables: their characters of up to
+# two bytes.
+CHARMAPS = {"euc_tw": "/usr/share/i18n/charmaps/EUC-TW.gz"}
+
+
+def charmap_codec(name):
+    if name not in CHARMAPS:
+        return None
+    bytes_of = {}
+    with gzip.open(CHARMAPS[name], "rt", encoding="latin_1") as file:
+        for line in file:
+            found = re.match(r"<U([0-9A-F]{4})> +((?:/x[0-9a-f]{2}){1,2}) ", line)
+            if found:
+                data = bytes.fromhex(found.group(2).replace("/x", ""))
+                bytes_of.setdefault(chr(int(found.group(1), 16)), data)
+    char_of = {data: char for char, data in bytes_of.items()}
+
+    def encode(text, errors="strict"):
+        if any(char not in bytes_of for char in text):
+            raise UnicodeEncodeError(name, text, 0, 1, "no such character")
+        return b"".join(bytes_of[char] for char in text), len(text)
+
+    def decode(data, errors="strict"):
+        data, text, at = bytes(data), "", 0
+        while at < len(data):
+            length = 1 if data[at] < 0x80 else 2
+            char = char_of.get(data[at:at + length])
+            if char is None:
+                raise UnicodeDecodeError(name, data, at, at + 1, "no such character")
+            text, at = text + char, at + length
+        return text, len(data)
+
+    return codecs.CodecInfo(encode, decode, name=name)
+
+
+codecs.register(charmap_codec)
+
+
 class Charset(NamedTuple):
     oid: int  # identifier in objectid.dat
-    codec: str  # Python's
+    codec: str  # Python's, or of CHARMAPS
     kind: int
     iconv: str  # the C library's name for it
 
@@ -61,6 +102,7 @@ CHARSETS = {
     "big5hkscs": Charset(45, "big5hkscs", MULTI, "BIG5-HKSCS"),
     "cp949": Charset(46, "cp949", MULTI, "CP949"),
     "euckr": Charset(47, "euc_kr", MULTI, "EUC-KR"),
+    "euctw": Charset(48, "euc_tw", MULTI, "EUC-TW"),
 }
 UCS2_OID = 11
 # The "id" of charset.loc where it is not the identifier.
@@ -69,6 +111,8 @@ CHARSET_IDS = {"ascii": 2, "iso_1": 1}
 REPLACEMENTS = {"sjis": "〓"}
 # The first byte of characters of three bytes.
 TRIPLE_LEADS = {"euc_jp": 0x8F}
+# The first byte of characters of four bytes, of which the table has none.
+QUADRUPLE_LEADS = {"euc_tw": 0x8E}
 # A codec whose characters of four bytes are in the order of Unicode, but for gaps. Either half of
 # one looks like a character of two bytes, and steps as one.
 QUADRUPLES = "gb18030"
@@ -206,10 +250,10 @@ def multibyte_image(codec):
             single_norm.append(norm_tables.index(norm) if any(norm) else 0)
             is_narrow = is_utf8 or all(unicodedata.east_asian_width(p) == "H" for p in pairs if p)
             widths.append((1 if is_narrow else 2) << 4 | 2)
-        elif byte == TRIPLE_LEADS.get(codec):
+        elif byte in (TRIPLE_LEADS.get(codec), QUADRUPLE_LEADS.get(codec)):
             single_types.append(bytes((0, 0, LEX_LETTER, LOWER | GRAPH)))
             single_norm.append(0)
-            widths.append(2 << 4 | 3)
+            widths.append(2 << 4 | (3 if codec in TRIPLE_LEADS else 4))
         elif is_utf8 and utf8_width(byte) > 2:
             single_types.append(bytes((0, 0, LEX_LETTER, LOWER | GRAPH)))
             single_norm.append(0)

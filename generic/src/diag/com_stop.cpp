@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include "diag/diag.h"
-#include "diag/outfile.h"
 #include "diag/uncancelled.h"
 
 namespace {
@@ -41,7 +40,7 @@ void com_perr(const CS_CHAR* text) {
   comnlib::check_pointer(text);
   const comnlib::Uncancelled uncancelled;
   std::fputs(text, stderr);
-  if (std::FILE* log = comnlib::open_output("tlvinit.err", comnlib::Contents::kKept)) {
+  if (std::FILE* log = std::fopen("tlvinit.err", "a")) {
     std::fputs(text, log);
     std::fclose(log);
   }

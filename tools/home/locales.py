@@ -1,0 +1,124 @@
+"""Locale names: locales.dat."""
+import re
+
+from .charsets import CHARSETS
+from .conventions import CLDR, LANGUAGES, WESTERN
+
+# How systems spell the code sets.
+SPELLINGS = {
+    "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8", "utf8"), "koi8": ("KOI8-R", "koi8r"),
+    "koi8u": ("KOI8-U", "koi8u"), "macroman": ("MACINTOSH",), "sjis": ("SJIS", "sjis", "Shift_JIS"),
+    "eucjp": ("EUC-JP", "eucJP", "eucjp", "ujis"), "gb18030": ("GB18030", "gb18030"),
+    "cp936": ("GBK", "gbk", "GB2312", "gb2312", "eucCN"), "big5": ("BIG5", "big5", "Big5"),
+    "big5hkscs": ("BIG5-HKSCS", "big5hkscs"), "euckr": ("EUC-KR", "eucKR", "euckr"),
+    "euctw": ("EUC-TW", "eucTW", "euctw"),
+    "iso11": ("ISO-8859-11", "ISO8859-11", "iso885911", "TIS-620", "tis620"),
+}
+
+# Names that go before all rules: name: language, character set, sort order and conventions.
+FIXED = {
+    "default": ("us_english", "iso_1", "binary"),
+    "C": ("us_english", "ascii", "binary"),
+    "POSIX": ("us_english", "ascii", "binary"),
+    "C.UTF-8": ("us_english", "utf8", "binary"),
+    "C.utf8": ("us_english", "utf8", "binary"),
+    "us_english.nocase": ("us_english", "iso_1", "nocase"),
+    "us_english.named": ("us_english", "iso_1", "binary", "us_english", "us_english",
+                         "us_english"),
+    "de_DE.CP1252": ("german", "cp1252", "nocase"),
+    "ja_JP": ("japanese", "sjis", "binary"),
+}
+
+
+def spellings(charset):
+    if charset in SPELLINGS:
+        return SPELLINGS[charset]
+    if charset.startswith("iso"):
+        number = charset[3:].lstrip("_")
+        return f"ISO-8859-{number}", f"ISO8859-{number}", f"iso8859{number}"
+    return charset.upper(), charset
+
+
+BY_CODESET = {spelling: charset for charset in CHARSETS for spelling in spellings(charset)}
+
+
+def split(name):
+    """(language and territory, code set, modifier with its @)."""
+    return re.fullmatch(r"([^.@]*)(?:\.([^@]*))?(@.*)?", name).groups(default="")
+
+
+class Locales:
+    def __init__(self, conventions):
+        self.conventions = conventions
+        self.lines = {}
+        self.plain = {}  # language and territory: the set that the name alone asks for
+        for name, codeset in map(str.split, CLDR["supported"]):
+            base, own, modifier = split(name)
+            if not own and modifier != "@euro":
+                self.plain[base + modifier] = BY_CODESET.get(codeset)
+        for name, values in FIXED.items():
+            self.add(name, values)
+        for code in LANGUAGES:
+            self.add_language(code)
+        # Conventions that several territories share have the name of the first.
+        for base, facts in sorted(CLDR["locales"].items(), key=lambda item: item[0] != "en_GB"):
+            if "_" in base:
+                self.add_territory(base, facts)
+        for name, codeset in map(str.split, CLDR["supported"]):
+            self.add_other(name, codeset)
+
+    def add(self, name, values):
+        values = list(values)
+        while not values[-1]:
+            values.pop()
+        self.lines.setdefault(name, values)
+
+    def add_language(self, code):
+        """A language by its own name, and by its code where that is plain."""
+        name, charsets = LANGUAGES[code].name, LANGUAGES[code].charsets
+        usual = {"en": "iso_1", "zh": "cp936", "zh-Hant": "big5", "ru": "iso_5"}.get(
+            code, charsets[0] if charsets else "utf8")
+        self.add(name, (name, usual, "binary"))
+        self.add(f"{name}.utf8", (name, "utf8", "binary"))
+        if "-" not in code:
+            self.add(code, (name, usual, "binary"))
+
+    def add_territory(self, base, facts):
+        territory, _, modifier = split(base)
+        language = LANGUAGES[facts["language"]]
+
+        def line(name, charset):
+            self.add(name, (language.name, charset, "binary",
+                            *self.conventions.of_locale(base, charset)))
+
+        # Every code set goes with US English, the Western ones with other English.
+        charsets = language.charsets
+        if facts["language"] == "en" and base != "en_US":
+            charsets = WESTERN
+        line(base, self.plain.get(base) or "utf8")
+        for charset in ("utf8",) + tuple(charsets):
+            for spelling in spellings(charset):
+                line(f"{territory}.{spelling}{modifier}", charset)
+        if facts["currency"] == "EUR":
+            euro = ("utf8", "iso15") if "iso15" in charsets else ("utf8",)
+            line(f"{base}@euro", euro[-1])
+            for charset in euro:
+                for spelling in spellings(charset):
+                    line(f"{base}.{spelling}@euro", charset)
+
+    def add_other(self, name, codeset):
+        """A locale of a language that is not shipped."""
+        charset = BY_CODESET.get(codeset)
+        if charset is None:
+            return
+        territory, _, modifier = split(name)
+        self.add(name, ("us_english", charset, "binary"))
+        if charset == "utf8":
+            for spelling in spellings(charset):
+                self.add(f"{territory}.{spelling}{modifier}", ("us_english", charset, "binary"))
+
+    def file(self):
+        return ["; locale = name, language, character set"
+                "[, sort order[, date/time[, number[, money]]]]",
+                "[linux]"] + [f"locale = {name}, " + ", ".join(values)
+                              for name, values in self.lines.items()]
