@@ -1,6 +1,11 @@
 // The trace with its three levels, the debug output file, and the stops in child processes.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -102,6 +107,81 @@ TEST(Trace, DebugFileTakesOutputUntilClosed) {
   EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, (first + "/below").c_str(), 1));
   EXPECT_NE("", output_of(COM_TRACE_ALL, trace_busy)) << "standard output again";
   EXPECT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 1));
+}
+
+// The descriptors of this process whose files have that name, and whether exec closes them.
+std::string descriptors_of(const std::filesystem::path& path) {
+  std::string found;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (read_symlink(entry.path(), gone) != path) continue;
+    const int flags = fcntl(std::stoi(entry.path().filename()), F_GETFD);
+    found += (flags & FD_CLOEXEC) != 0 ? "closed " : "inherited ";
+  }
+  return found;
+}
+
+// Diagnostics may go to a directory that others write to.
+TEST(Trace, FilesAreOpenedWithCare) {
+  const scratch::Directory scratch;
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(scratch.path());
+  scratch.write("target", "kept");
+  std::filesystem::create_symlink("target", "link");
+  ASSERT_EQ(0, mkfifo("fifo", 0600));
+  for (const char* const refused : {"link", "fifo"}) {
+    EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, refused, 1)) << refused;
+    std::filesystem::rename(refused, "tlvinit.err");
+    com_perr("");
+    std::filesystem::rename("tlvinit.err", refused);
+  }
+  EXPECT_EQ("kept", contents("target"));
+  for (const char* const name : {"one", "two"}) {
+    ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, name, 1));
+    EXPECT_EQ("closed ", descriptors_of(scratch.path() / name));
+  }
+  EXPECT_EQ("", descriptors_of(scratch.path() / "one")) << "the next file closes it";
+  comn_debug_setfile(nullptr, nullptr, 0);
+  EXPECT_EQ("", descriptors_of(scratch.path() / "two"));
+  std::filesystem::current_path(before);
+}
+
+// A thread that waits in the output has the lock when the process forks.
+TEST(Trace, WorksInAChildOfFork) {
+  const scratch::Directory scratch;
+  const std::string path = scratch.path() / "debug";
+  int full[2];
+  ASSERT_EQ(0, pipe(full));
+  fflush(stdout);
+  const int output = dup(STDOUT_FILENO);
+  dup2(full[1], STDOUT_FILENO);
+  close(full[1]);
+  const auto write = [](void*) -> void* {
+    for (int n = 0; n < 10'000; ++n) comn_debug_print("%s\n", "more than the pipe holds");
+    return nullptr;
+  };
+  pthread_t writer{};
+  ASSERT_EQ(0, pthread_create(&writer, nullptr, write, nullptr));
+  for (int held = 0; held < 60'000; usleep(1000)) ioctl(full[0], FIONREAD, &held);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(10);
+    comn_debug_setfile(nullptr, path.c_str(), 1);
+    com_errset(COM_TRACE_ALL);
+    com_errtrace(CS_BUSY, "a.c", 42);
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(0, status);
+  EXPECT_EQ("(CS_BUSY) file a.c, line 42\n", contents(path));
+  // The writer goes on, to nowhere.
+  dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+  for (char drain[4096]; read(full[0], drain, sizeof drain) > 0;) continue;
+  pthread_join(writer, nullptr);
+  close(full[0]);
+  dup2(output, STDOUT_FILENO);
+  close(output);
 }
 
 // Writers and a thread that changes the file meet, and each writer ends cancelled.

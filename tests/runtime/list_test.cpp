@@ -418,6 +418,14 @@ TEST(ListDeathTest, Stops) {
   EXPECT_DEATH((queue.context->state = 12, lm_list_alloc(queue.context, LM_STACK, "x", 1, &list)),
                "assertion failed");
   EXPECT_DEATH((queue.list->free_nodes = 1, op(queue.list, LM_OP_INSERT)), "assertion failed");
+  for (const CS_INT type : {LM_CHASH, LM_DHASH}) {
+    Fixture damaged(type);
+    const auto spoil = [&damaged, type] {
+      if (type == LM_CHASH) static_cast<CHashInfo*>(damaged.list->list_state)->table_size = 0;
+      if (type == LM_DHASH) static_cast<DHashInfo*>(damaged.list->list_state)->table_size = 0;
+    };
+    EXPECT_DEATH((spoil(), op(damaged.list, LM_OP_FIND, "x")), "assertion failed") << type;
+  }
   // A table of one slot has no increment: the division by zero is its end.
   EXPECT_DEATH(op(single.list, LM_OP_INSERT, "x"), "");
   for (const auto& [action, code] : {std::pair{+CS_GET, 0}, {CS_SET, 0}, {CS_GET, 8}, {36, 1}})

@@ -19,7 +19,7 @@ int length(const Node* list, Node* Node::*next) {
 
 // Allocates and frees at random, each block filled with a byte of its own: blocks that overlap
 // spoil it.
-void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
+void use_at_random(MmHandle* pool, CS_INT kind, unsigned run, std::uintptr_t shift) {
   std::vector<std::pair<std::span<CS_BYTE>, CS_BYTE>> blocks;
   std::mt19937 random(run);
   const auto expect_fill = [](std::span<CS_BYTE> block, CS_BYTE fill) {
@@ -37,7 +37,7 @@ void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
         EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
         continue;
       }
-      EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % 4);
+      EXPECT_EQ(shift, reinterpret_cast<std::uintptr_t>(memory) % 4);
       const std::span block(static_cast<CS_BYTE*>(memory), static_cast<std::size_t>(size));
       expect_fill(block, 0);
       blocks.emplace_back(block, static_cast<CS_BYTE>(random()));
@@ -55,15 +55,15 @@ void use_at_random(MmHandle* pool, CS_INT kind, unsigned run) {
 
 // Subpools of all kinds, filled and dropped in turn, leave nothing behind in the top pool.
 TEST(Pools, RandomOperationsOnAContext) {
-  Host host;
-  const Pool top(host);
   for (unsigned round = 0; round < 4; ++round) {
+    Host host(static_cast<int>(round));  // chunks start at any address
+    const Pool top(host);
     std::array<MmHandle*, 3> pools = {};
     for (CS_INT i = 0; i < 3; ++i) {
       pools[i] = subpool(top, i);
       const CS_INT blocksizes[] = {64, 1000, 4096, 100'000};
       ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksizes[round]));
-      use_at_random(pools[i], kKinds[(i + round) % 3], round);
+      use_at_random(pools[i], kKinds[(i + round) % 3], round, round);
     }
     for (const std::size_t i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pools[i], CS_UNUSED));
     EXPECT_EQ(nullptr, top->mmh_head->mph_heap);
@@ -72,13 +72,17 @@ TEST(Pools, RandomOperationsOnAContext) {
 
 TEST(Pools, RandomOperationsInCallerMemory) {
   for (const CS_INT kind : kKinds) {
-    for (const CS_INT length : {2000, 30'001, 200'002}) {
-      std::vector<CS_UINT> memory(static_cast<std::size_t>(length) / 4 + 3, 0xabababab);
-      auto* buffer = reinterpret_cast<CS_BYTE*>(memory.data() + 1);  // aligned to 4 alone
+    for (const CS_INT length : {2000, 30'001, 200'002, 500'003}) {
+      const auto shift = static_cast<std::size_t>(length % 4);
+      std::vector<CS_BYTE> memory(static_cast<std::size_t>(length) + shift + 1, 0xab);
+      CS_BYTE* const buffer = memory.data() + shift;
       MmHandle* pool = nullptr;
-      ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, length, &pool));
-      use_at_random(pool, kind, static_cast<unsigned>(kind + length));
-      EXPECT_EQ(0xab, buffer[length]) << "nothing behind the area is touched";
+      const CS_INT half = length / 8 * 4;
+      ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, half, &pool));
+      put(pool, MM_PROP_ADDMEMORY, buffer + half, length - half);
+      use_at_random(pool, kind, static_cast<unsigned>(kind + length), shift);
+      EXPECT_EQ(0xab, buffer[length]) << "nothing after the area is touched";
+      for (std::size_t i = 0; i < shift; ++i) EXPECT_EQ(0xab, memory[i]) << "nor before it";
     }
   }
 }
@@ -86,8 +90,9 @@ TEST(Pools, RandomOperationsInCallerMemory) {
 // --- Heaps ---------------------------------------------------------------------------------------
 
 TEST(Heap, SplitsFirstFitAndMergesOnFree) {
-  alignas(4) CS_BYTE control[152];
-  alignas(4) CS_BYTE memory[16 + 4 + 100];
+  alignas(4) CS_BYTE area[1 + 152];
+  CS_BYTE* const control = area + 1;
+  CS_BYTE memory[16 + 4 + 100];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
   EXPECT_EQ(control + 48, reinterpret_cast<CS_BYTE*>(pool));
@@ -116,7 +121,7 @@ TEST(Heap, SplitsFirstFitAndMergesOnFree) {
 TEST(Heap, RestsWithoutRoomForALink) {
   for (const CS_INT tail : {0, 1, 2, 3}) {
     std::vector<CS_BYTE> memory(static_cast<std::size_t>(16 + 4 + 40 + 4 + tail));
-    alignas(4) CS_BYTE control[152];
+    CS_BYTE control[152];
     auto* pool = reinterpret_cast<MmHandle*>(control);
     ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory.data(), static_cast<CS_INT>(memory.size()), &pool));
     MmHeap* heap = pool->mmh_head->mph_heap;
@@ -193,8 +198,8 @@ TEST(Buddy, OrdersAndHeaders) {
   CS_BYTE* large = allocate(pool, 4093);
   EXPECT_EQ(4093u | 0x80000000u, header_of(large));
   EXPECT_EQ(4104u, header_of(large - 8)) << "link, header and bytes, rounded";
-  const std::pair<CS_INT, CS_INT> highest[] = {{16, 0},   {17, 1},       {4096, 8},
-                                               {4097, 9}, {262'145, 15}, {1 << 30, 15}};
+  const std::pair<CS_INT, CS_INT> highest[] = {
+      {16, 0}, {17, 1}, {4096, 8}, {4097, 9}, {524'288, 15}, {524'289, 16}, {1 << 30, 16}};
   for (const auto& [blocksize, bpmax] : highest) {
     const Pool other(host, MM_POOL_BUDDY, blocksize);
     allocate(other, 1);
@@ -236,6 +241,26 @@ TEST(Buddy, MarksWrapAround) {
     blocks.push_back(out);
   for (void* block : blocks) comn_mmfree(pool, block);
   EXPECT_NE(nullptr, allocate(pool, (1 << 18) - 4)) << "merged up to a top-level block";
+  EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
+}
+
+// Headers and lists end at order 15: a top-level block of order 16 enters as two of those.
+TEST(Buddy, HasNoBlockOfOrder16) {
+  Host host(1);
+  const Pool pool(host, MM_POOL_BUDDY, 524'289);
+  constexpr CS_INT kLargest = (1 << 19) - 4;
+  CS_BYTE* const lower = allocate(pool, kLargest);
+  EXPECT_EQ(15U, header_of(lower) & 15);
+  EXPECT_EQ(1'048'580 + 8 + 20 - 4, host.requests.back());
+  EXPECT_EQ(lower + (1 << 19), allocate(pool, 20));
+  for (CS_INT order = 1; order < 15; ++order)
+    EXPECT_EQ(1, length(pool->mmh_pool.buddy.free[order], &MmDList::next)) << order;
+  EXPECT_EQ(0x80000000U | (kLargest + 1), header_of(allocate(pool, kLargest + 1))) << "large";
+  EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
+  EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, lower));
+  EXPECT_EQ(lower, allocate(pool, kLargest));
+  allocate(pool, kLargest);  // a second top-level block
+  EXPECT_EQ(1'048'580, get(pool, MM_PROP_BLOCKSIZE));
   EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 

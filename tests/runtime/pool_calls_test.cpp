@@ -11,7 +11,7 @@ using namespace pools;
 
 TEST(Properties, AreFixedByTheFirstAllocation) {
   Host host;
-  alignas(4) CS_BYTE control[152];
+  CS_BYTE control[152];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mminit(&host, &pool));
   EXPECT_TRUE(host.requests.empty() && control + 48 == reinterpret_cast<CS_BYTE*>(pool));
@@ -111,6 +111,12 @@ TEST(Locks, EveryCallTakesAndReleases) {
     EXPECT_EQ(nullptr, pool->mmh_head->mph_lockarg) << property;
     lock.install(pool);
   }
+  comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
+  lock.depth = 1;  // an unlock function alone is called too
+  put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(Lock::release));
+  put(pool, MM_PROP_LOCKARG, &lock);
+  EXPECT_EQ(CS_BUSY, comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr));
+  EXPECT_EQ(CS_SUCCEED, comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr));
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
   EXPECT_EQ(0, lock.depth);
 }
@@ -150,6 +156,9 @@ TEST(Locks, MutexOfTheContextsThreadTable) {
     EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)) << "released";
     if (clear) comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
     EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool.release(), CS_UNUSED));
+    if (clear) {
+      EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex)) << "its creator's";
+    }
     EXPECT_EQ(before, host_alloc::live_blocks());
   }
   table.create_mutex_fn = [](COMN_MUTEX**) -> CS_RETCODE { return CS_BUSY; };

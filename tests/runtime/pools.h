@@ -14,21 +14,24 @@
 namespace pools {
 
 struct Host : CS_CONTEXT {
-  Host() : CS_CONTEXT{} {
+  // Its chunks start `shift` bytes behind an aligned address.
+  explicit Host(int with_shift = 0) : CS_CONTEXT{}, shift(with_shift) {
     ctxversion = 113;
     ctxmalloc = [](CS_CONTEXT* self, CS_INT size) { return static_cast<Host*>(self)->give(size); };
     ctxfree = [](CS_CONTEXT* self, CS_VOID* block) {
       EXPECT_EQ(1u, static_cast<Host*>(self)->live.erase(block));
-      std::free(block);
+      std::free(static_cast<char*>(block) - static_cast<Host*>(self)->shift);
     };
   }
   Host(const Host&) = delete;
   ~Host() { EXPECT_TRUE(live.empty()) << "everything is given back"; }
   void* give(CS_INT size) {
     requests.push_back(size);
-    return *live.insert(std::malloc(static_cast<std::size_t>(size))).first;
+    auto* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(size + shift)));
+    return *live.insert(block + shift).first;
   }
 
+  int shift;
   std::set<void*> live;
   std::vector<CS_INT> requests;
 };

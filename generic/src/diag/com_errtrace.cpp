@@ -10,6 +10,7 @@
 
 #include "comnlib/list.h"
 #include "diag/diag.h"
+#include "diag/outfile.h"
 #include "diag/uncancelled.h"
 
 namespace comnlib {
@@ -66,9 +67,18 @@ const char* base_name(const char* path) {
   return slash == nullptr ? path : slash + 1;
 }
 
-// Guards debug_file: a writer must not see it closed under its hands.
+// Guards debug_file, which must not be closed while a writer uses it.
 pthread_mutex_t debug_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::FILE* debug_file = nullptr;
+
+// A child of fork has its calling thread alone: a lock that another thread held would never be
+// released there.
+void remake_lock() {
+  debug_mutex = PTHREAD_MUTEX_INITIALIZER;
+}
+[[gnu::constructor]] void remake_lock_after_fork() {
+  pthread_atfork(nullptr, nullptr, remake_lock);
+}
 
 // In place of std::mutex and std::lock_guard, which report failure by an exception.
 class DebugLock {
@@ -121,7 +131,7 @@ CS_RETCODE comn_debug_setfile(CS_VOID*, const CS_CHAR* path, CS_BOOL on) {
   const DebugLock lock;
   close_debug_file();
   if (on == 0 || path == nullptr) return CS_SUCCEED;
-  debug_file = std::fopen(path, "w");
+  debug_file = open_output(path, Contents::kEmptied);
   return debug_file == nullptr ? CS_FAIL : CS_SUCCEED;
 }
 

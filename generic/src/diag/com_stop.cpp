@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "diag/diag.h"
+#include "diag/outfile.h"
 #include "diag/uncancelled.h"
 
 namespace {
@@ -40,7 +41,7 @@ void com_perr(const CS_CHAR* text) {
   comnlib::check_pointer(text);
   const comnlib::Uncancelled uncancelled;
   std::fputs(text, stderr);
-  if (std::FILE* log = std::fopen("tlvinit.err", "a")) {
+  if (std::FILE* log = comnlib::open_output("tlvinit.err", comnlib::Contents::kKept)) {
     std::fputs(text, log);
     std::fclose(log);
   }

@@ -66,14 +66,17 @@ bool has_lock(const MmPoolHead* head) {
 
 // Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
 // head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
-// count here do not change while the handle lives.
-CS_INT status_of(const MmHandle* handle) {
-  return __atomic_load_n(&handle->mmh_status, __ATOMIC_RELAXED);
+// count here do not change while the handle lives. All of them are in the lowest byte, which is
+// aligned wherever the handle lies.
+CS_BYTE status_of(const MmHandle* handle) {
+  return __atomic_load_n(at<CS_BYTE>(handle, offsetof(MmHandle, mmh_status)), __ATOMIC_RELAXED);
 }
 
 void set_in_use(MmHandle* handle) {
-  if ((handle->mmh_status & kInUse) == 0)
-    __atomic_store_n(&handle->mmh_status, handle->mmh_status | kInUse, __ATOMIC_RELAXED);
+  const CS_BYTE status = status_of(handle);
+  if ((status & kInUse) == 0)
+    __atomic_store_n(at<CS_BYTE>(handle, offsetof(MmHandle, mmh_status)),
+                     static_cast<CS_BYTE>(status | kInUse), __ATOMIC_RELAXED);
 }
 
 [[gnu::always_inline]] inline void check_handle(const MmHandle* handle,
@@ -86,7 +89,7 @@ void set_in_use(MmHandle* handle) {
 struct ControlArea {
   MmPoolHead head;
   MmHandle handle;
-};
+} MM_OVERLAY;
 static_assert(sizeof(ControlArea) == MM_CTL_SIZE);
 
 void set_defaults(MmPoolHead* head, MmHandle* handle, CS_INT head_status, CS_INT handle_status) {
@@ -287,50 +290,61 @@ CS_INT discipline_at(const CS_VOID* buffer) {
   return type;
 }
 
-// Sets a field that the first allocation fixes.
-CS_RETCODE set_unless_in_use(const MmHandle* handle, CS_INT& field, CS_INT value) {
+CS_RETCODE set_discipline(MmHandle* handle, CS_INT type) {
   if ((handle->mmh_status & kInUse) != 0) return CS_FAIL;
-  field = value;
+  handle->mmh_type = type;
   return CS_SUCCEED;
 }
 
+CS_RETCODE set_blocksize(MmHandle* handle, CS_INT size) {
+  if ((handle->mmh_status & kInUse) != 0) return CS_FAIL;
+  handle->mmh_blocksize = size;
+  return CS_SUCCEED;
+}
+
+CS_RETCODE set_lock(MmPoolHead* head, MM_LOCK_FUNC lock) {
+  if (head->mph_lock != nullptr) return CS_FAIL;
+  head->mph_lock = lock;
+  return CS_SUCCEED;
+}
+
+// A function is passed as the buffer itself.
 template <class Function>
-CS_RETCODE set_function(Function& field, CS_VOID* buffer) {
-  check_pointer(buffer);
-  field = reinterpret_cast<Function>(buffer);
-  return CS_SUCCEED;
-}
-
-template <class Value>
-CS_RETCODE set_value(Value& field, Value value) {
-  field = value;
-  return CS_SUCCEED;
+Function function_in(CS_VOID* buffer, Place place = Place::current()) {
+  check_pointer(buffer, place);
+  return reinterpret_cast<Function>(buffer);
 }
 
 CS_RETCODE set_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_INT buflen) {
   MmPoolHead* const head = handle->mmh_head;
   switch (property) {
     case MM_PROP_POOLTYPE:
-      return set_unless_in_use(handle, handle->mmh_type, discipline_at(buffer));
+      return set_discipline(handle, discipline_at(buffer));
     case MM_PROP_BLOCKSIZE:
-      return set_unless_in_use(handle, handle->mmh_blocksize, size_at(buffer));
-    case MM_PROP_SBREAK:
-      return set_function(head->mph_sbreak, buffer);
-    case MM_PROP_UNSBREAK:
-      return set_function(head->mph_unsbreak, buffer);
-    case MM_PROP_SBREAKARG:
-      return set_value(head->mph_param, buffer);
+      return set_blocksize(handle, size_at(buffer));
     case MM_PROP_LOCK:
-      check_pointer(buffer);
-      return head->mph_lock != nullptr ? CS_FAIL : set_function(head->mph_lock, buffer);
+      return set_lock(head, function_in<MM_LOCK_FUNC>(buffer));
+    case MM_PROP_SBREAK:
+      head->mph_sbreak = function_in<MM_SBREAK_FUNC>(buffer);
+      return CS_SUCCEED;
+    case MM_PROP_UNSBREAK:
+      head->mph_unsbreak = function_in<MM_UNSBREAK_FUNC>(buffer);
+      return CS_SUCCEED;
     case MM_PROP_UNLOCK:
-      return set_function(head->mph_unlock, buffer);
+      head->mph_unlock = function_in<MM_UNLOCK_FUNC>(buffer);
+      return CS_SUCCEED;
+    case MM_PROP_SBREAKARG:
+      head->mph_param = buffer;
+      return CS_SUCCEED;
     case MM_PROP_LOCKARG:
-      return set_value(head->mph_lockarg, buffer);
+      head->mph_lockarg = buffer;
+      return CS_SUCCEED;
     case MM_PROP_CHUNKSIZE:
-      return set_value(head->mph_chunksize, size_at(buffer));
+      head->mph_chunksize = size_at(buffer);
+      return CS_SUCCEED;
     case MM_PROP_MAXSIZE:
-      return set_value(head->mph_maxsize, size_at(buffer));
+      head->mph_maxsize = size_at(buffer);
+      return CS_SUCCEED;
     case MM_PROP_ADDMEMORY:
       check_pointer(buffer);
       return com___addheap(handle, buffer, buflen, kHeapOfCaller);
@@ -339,13 +353,13 @@ CS_RETCODE set_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_I
   }
 }
 
-// Gives up the lock as a whole; releases it when the call took it.
+// Gives up the lock as a whole. An unlock function is called even where no lock function was; a
+// mutex that the pool made is its creator's from here on.
 CS_RETCODE clear_lock(MmHandle* handle) {
   MmPoolHead* const head = handle->mmh_head;
-  const bool taken = has_lock(head);
   head->mph_lock = nullptr;
-  const CS_RETCODE result = taken ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
-  if (result == CS_SUCCEED) delete_own_mutex(head);
+  const CS_RETCODE result =
+      head->mph_unlock == nullptr ? CS_SUCCEED : head->mph_unlock(handle, head->mph_lockarg);
   head->mph_unlock = nullptr;
   head->mph_lockarg = nullptr;
   head->mph_status &= ~kOwnMutex;
@@ -384,7 +398,6 @@ CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh) {
   check_pointer(ctx);
   check_pointer(mmh);
   require(ctx->ctxversion >= kContextVersion);
-  require(aligned(*mmh));
   MmHandle* const handle = new_pool(ctx, *mmh);
   if (handle == nullptr) return trace(CS_FAIL);
   MmPoolHead* const head = handle->mmh_head;
@@ -404,7 +417,6 @@ CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh) {
 CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh) {
   check_pointer(buffer);
   check_pointer(mmh);
-  require(aligned(buffer) && aligned(*mmh));
   auto* area = reinterpret_cast<ControlArea*>(*mmh);
   if (area != nullptr) {
     set_defaults(&area->head, &area->handle, kHeadOfCaller, kHandleOfCaller);
@@ -520,12 +532,15 @@ CS_RETCODE com___subpool(MmHandle* parent, CS_INT tag, MmHandle** subpool) {
 
 CS_RETCODE com___remove_subpool(MmHandle* handle) {
   require(handle->mmh_parent != nullptr && handle->mmh_child == nullptr);
-  MmHandle** place = &handle->mmh_parent->mmh_child;
-  while (*place != nullptr && *place != handle) place = &(*place)->mmh_sibling;
-  require(*place != nullptr);
-  *place = handle->mmh_sibling;
-
   MmHandle* const parent = handle->mmh_parent;
+  MmHandle* const before = predecessor(parent->mmh_child, handle,
+                                       [](const MmHandle* item) { return item->mmh_sibling; });
+  if (before == nullptr) {
+    parent->mmh_child = handle->mmh_sibling;
+  } else {
+    before->mmh_sibling = handle->mmh_sibling;
+  }
+
   for (MmBlock *block = handle->mmh_blocks, *next = nullptr; block != nullptr; block = next) {
     next = block->next;
     com___putheap(parent, block);

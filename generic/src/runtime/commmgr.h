@@ -6,10 +6,12 @@
 //   block  what one handle took from the heaps: a link (MmBlock) and the bytes, on mmh_blocks
 //   buddy block, uniform node, alloc-only region   what a discipline makes of a block
 //
-// All of it is aligned to 4 and lies in memory that changes its use; other code reads these blocks
-// too, so their layouts and the order of the lists are fixed.
+// All of it lies in memory that changes its use and that may start at any address: within a heap
+// everything is a multiple of a word away from the heap's start. Other code reads these blocks too,
+// so their layouts and the order of the lists are fixed.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -17,8 +19,8 @@
 #include "comnlib/memory.h"
 #include "diag/diag.h"
 
-// The same bytes are header, link and user memory in turn.
-#define MM_OVERLAY __attribute__((may_alias))
+// The same bytes are header, link and user memory in turn, at any address.
+#define MM_OVERLAY __attribute__((packed, may_alias))
 
 struct MmHeap;
 struct MmBlock;
@@ -67,19 +69,19 @@ struct MmDList {
 } MM_OVERLAY;
 
 struct MmBuddyPool {
-  CS_INT bpmax; /* highest order */
+  CS_INT bpmax; /* highest order; 16: see top_order */
   MmDList* free[16];
-};
+} MM_OVERLAY;
 
 struct MmUniformPool {
   CS_INT uniform_size; /* as requested */
   CS_INT node_size;    /* header word included */
   CS_VOID* free;
-};
+} MM_OVERLAY;
 
 struct MmAllocOnlyPool {
   CS_VOID* free; /* regions, newest first */
-};
+} MM_OVERLAY;
 
 struct _mmhandle {
   MmPoolHead* mmh_head;
@@ -91,7 +93,7 @@ struct _mmhandle {
   MmHandle* mmh_parent;
   MmHandle* mmh_child;   /* newest first */
   MmHandle* mmh_sibling; /* next child of the same parent */
-  union {
+  union MM_OVERLAY {
     MmBuddyPool buddy;
     MmUniformPool uniform;
     MmAllocOnlyPool alloconly;
@@ -203,11 +205,17 @@ inline constexpr CS_UINT kFree = 0x40000000;      // on a free list
 inline constexpr CS_UINT kMarkMask = 0x001ffff0;  // base mark: address bits of the top-level block
 inline constexpr CS_UINT kOrderMask = 0x0000000f;
 inline constexpr CS_UINT kAddressMask = 0x0007fffc;  // the address bits that a base mark holds
-inline constexpr CS_INT kMaxOrder = 15;
+inline constexpr CS_INT kMaxOrder = 15;              // of a block: its header has four bits for it
 inline constexpr CS_INT kMinShift = 4;  // a block of order k spans 2^(k + kMinShift) bytes
 
 constexpr CS_INT span_of(CS_INT order) {
   return CS_INT{1} << (order + kMinShift);
+}
+
+// The order in which a pool's top-level blocks enter. A pool whose highest order is 16 has no list
+// for it: its top-level blocks enter as two of order 15.
+inline CS_INT top_order(const MmBuddyPool& pool) {
+  return std::min(pool.bpmax, kMaxOrder);
 }
 
 constexpr CS_INT order_of(CS_UINT header) {
@@ -222,8 +230,9 @@ inline std::uintptr_t address(const void* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
-inline bool aligned(const void* pointer) {
-  return address(pointer) % kWord == 0;
+// Whether a pointer into a heap is a multiple of a word away from the heap's start.
+inline bool aligned(const MmHeap* heap, const void* pointer) {
+  return (address(pointer) - address(heap)) % kWord == 0;
 }
 
 // The record `offset` bytes behind (before) another one.
@@ -259,11 +268,23 @@ inline MmHeap* find_heap(const MmPoolHead* head, const void* pointer) {
   return heap;
 }
 
+// The item in front of `wanted` on a list that begins with `first`; null when it is the first
+// itself. Stops when it is not on the list.
+template <class Item, class Next>
+Item* predecessor(Item* first, const Item* wanted, Next next, Place place = Place::current()) {
+  Item* before = nullptr;
+  for (Item* item = first; item != wanted; item = next(item)) {
+    require(item != nullptr, place);
+    before = item;
+  }
+  return before;
+}
+
 // The heap that holds a user address; stops when there is none.
 inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
                             Place place = Place::current()) {
   MmHeap* const heap = find_heap(head, ptr);
-  require(heap != nullptr && aligned(ptr), place);
+  require(heap != nullptr && aligned(heap, ptr), place);
   require(address(ptr) - address(heap) >= kHeapOverhead + sizeof(MmBlock), place);
   return heap;
 }

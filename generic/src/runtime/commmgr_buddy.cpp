@@ -29,10 +29,12 @@ static_assert(order_for(13) == 1 && order_for(28) == 1);
 static_assert(order_for(29) == 2 && order_for(60) == 2);
 
 constexpr CS_INT highest_order(CS_INT blocksize) {
-  return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - 3, 0, kMaxOrder);
+  return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - 3, 0,
+                    kMaxOrder + 1);
 }
 static_assert(highest_order(4096) == 8 && highest_order(4098) == 9);
-static_assert(highest_order(16) == 0 && highest_order(1 << 30) == kMaxOrder);
+static_assert(highest_order(16) == 0 && highest_order(span_of(kMaxOrder)) == kMaxOrder);
+static_assert(highest_order(span_of(kMaxOrder) + 1) == 16 && highest_order(1 << 30) == 16);
 
 // In the lists of orders that the pool does not have.
 MmDList* no_list() {
@@ -45,8 +47,8 @@ void set_up(MmHandle* handle) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   pool.bpmax = highest_order(handle->mmh_blocksize);
   handle->mmh_blocksize = span_of(pool.bpmax) + kWord;
-  std::fill_n(pool.free, pool.bpmax + 1, nullptr);
-  std::fill(pool.free + pool.bpmax + 1, std::end(pool.free), no_list());
+  for (CS_INT order = 0; order <= kMaxOrder; ++order)
+    pool.free[order] = order <= pool.bpmax ? nullptr : no_list();
 }
 
 void push(MmBuddyPool& pool, MmDList* block, CS_INT order) {
@@ -58,7 +60,11 @@ void push(MmBuddyPool& pool, MmDList* block, CS_INT order) {
 }
 
 void unlink(MmBuddyPool& pool, MmDList* block, CS_INT order) {
-  (block->prev == nullptr ? pool.free[order] : block->prev->next) = block->next;
+  if (block->prev == nullptr) {
+    pool.free[order] = block->next;
+  } else {
+    block->prev->next = block->next;
+  }
   if (block->next != nullptr) block->next->prev = block->prev;
 }
 
@@ -79,7 +85,7 @@ bool plausible(const MmBuddyPool& pool, const MmDList* block) {
   const CS_UINT header = block->size;
   const CS_UINT offset = offset_in_top(block, header);
   return (header & ~(kFree | kMarkMask | kOrderMask)) == 0 && order_of(header) <= pool.bpmax &&
-         offset < static_cast<CS_UINT>(span_of(pool.bpmax)) &&
+         offset < static_cast<CS_UINT>(span_of(top_order(pool))) &&
          offset % static_cast<CS_UINT>(span_of(order_of(header))) == 0;
 }
 
@@ -132,10 +138,15 @@ CS_RETCODE add_top_level(MmHandle* handle) {
   void* memory = nullptr;
   const CS_RETCODE result = com___getblock(handle, handle->mmh_blocksize, &memory);
   if (result != CS_SUCCEED) return result;
-  auto* top = static_cast<MmDList*>(memory);
-  const CS_UINT mark = (static_cast<CS_UINT>(address(top)) & kAddressMask) << 2;
-  top->size = with_order(mark | kFree, pool.bpmax);
-  push(pool, top, pool.bpmax);
+  const CS_INT order = top_order(pool);
+  // The lowest block enters last, to be taken first.
+  for (CS_INT offset = span_of(pool.bpmax); offset > 0;) {
+    offset -= span_of(order);
+    auto* top = at<MmDList>(memory, offset);
+    const CS_UINT mark = (static_cast<CS_UINT>(address(top)) & kAddressMask) << 2;
+    top->size = with_order(mark | kFree, order);
+    push(pool, top, order);
+  }
   return CS_SUCCEED;
 }
 
@@ -146,7 +157,7 @@ CS_RETCODE replenish(MmHandle* handle, CS_INT order) {
   if (com___buddy_split(handle, order) == CS_SUCCEED) return CS_SUCCEED;
   if (compact(pool, order)) return CS_SUCCEED;
   const CS_RETCODE result = add_top_level(handle);
-  if (result == CS_SUCCEED && order < pool.bpmax)
+  if (result == CS_SUCCEED && order < top_order(pool))
     require(com___buddy_split(handle, order) == CS_SUCCEED);
   return result;
 }
@@ -156,9 +167,9 @@ CS_RETCODE allocate_large(MmHandle* handle, CS_INT size, CS_VOID** out) {
   void* memory = nullptr;
   const CS_RETCODE result = com___getblock(handle, size + kWord, &memory);
   if (result != CS_SUCCEED) return result;
-  auto* header = static_cast<CS_UINT*>(memory);
-  *header = static_cast<CS_UINT>(size) | kLarge;
-  *out = header + 1;
+  auto* block = static_cast<MmDList*>(memory);
+  block->size = static_cast<CS_UINT>(size) | kLarge;
+  *out = at<void>(block, kWord);
   return CS_SUCCEED;
 }
 
@@ -167,8 +178,8 @@ CS_RETCODE allocate_large(MmHandle* handle, CS_INT size, CS_VOID** out) {
 CS_RETCODE com___buddy_split(MmHandle* handle, CS_INT order) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   CS_INT from = order + 1;
-  while (from <= pool.bpmax && pool.free[from] == nullptr) ++from;
-  if (from > pool.bpmax) return trace(CS_FAIL);
+  while (from <= top_order(pool) && pool.free[from] == nullptr) ++from;
+  if (from > top_order(pool)) return trace(CS_FAIL);
   for (; from > order; --from) {
     MmDList* const lower = pop(pool, from);
     auto* upper = at<MmDList>(lower, span_of(from - 1));
@@ -184,7 +195,7 @@ CS_RETCODE mm::buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
   if ((handle->mmh_status & kInUse) == 0) set_up(handle);
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   const CS_INT order = order_for(size);
-  if (order > pool.bpmax) return allocate_large(handle, size, out);
+  if (order > top_order(pool)) return allocate_large(handle, size, out);
   if (pool.free[order] == nullptr) {
     const CS_RETCODE result = replenish(handle, order);
     if (pool.free[order] == nullptr) return result;

@@ -12,7 +12,7 @@ bool valid_heap(const MmHeap* heap) {
   const std::uintptr_t end = address(heap) + static_cast<CS_UINT>(heap->size);
   std::uintptr_t before = address(heap) + kHeapHeader - 1;
   for (const MmList* block = heap->free; block != nullptr; block = link_of(block)) {
-    if (!aligned(block) || address(block) <= before || block->size < 0) return false;
+    if (!aligned(heap, block) || address(block) <= before || block->size < 0) return false;
     before = address(block) + kWord + static_cast<CS_UINT>(block->size);
     if (before > end || (block->size < kWord && before != end)) return false;
   }
@@ -31,7 +31,7 @@ bool valid_heaps(const MmPoolHead* head) {
 // The heap block that a handle's block came in, or null when it is not one.
 const MmList* heap_block_of(const MmPoolHead* head, const MmBlock* block) {
   const MmHeap* const heap = find_heap(head, block);
-  if (heap == nullptr || !aligned(block)) return nullptr;
+  if (heap == nullptr || !aligned(heap, block)) return nullptr;
   const auto* in_heap = at<MmList>(block, -kWord);
   const auto offset = static_cast<CS_INT>(address(in_heap) - address(heap));
   const bool fits = offset >= kHeapHeader && in_heap->size >= kWord &&
@@ -45,10 +45,10 @@ bool valid_top_level(const MmBuddyPool& pool, const MmDList* top, CS_INT (&free_
   for (CS_INT offset = 0; offset < span;) {
     const CS_UINT header = at<MmDList>(top, offset)->size;
     const CS_INT order = order_of(header);
-    const bool valid =
-        (header & ~(kFree | kMarkMask | kOrderMask)) == 0 && order <= pool.bpmax &&
-        offset % span_of(order) == 0 &&
-        offset_in_top(at<MmDList>(top, offset), header) == static_cast<CS_UINT>(offset);
+    const bool valid = (header & ~(kFree | kMarkMask | kOrderMask)) == 0 && order <= pool.bpmax &&
+                       offset % span_of(order) == 0 &&
+                       offset_in_top(at<MmDList>(top, offset), header) ==
+                           static_cast<CS_UINT>(offset % span_of(top_order(pool)));
     if (!valid) return false;
     if ((header & kFree) != 0) ++free_blocks[order];
     offset += span_of(order);
@@ -69,13 +69,13 @@ bool valid_free_list(const MmBuddyPool& pool, CS_INT order, CS_INT expected) {
 
 bool valid_buddies(const MmHandle* handle) {
   const MmBuddyPool& pool = handle->mmh_pool.buddy;
-  if (pool.bpmax < 0 || pool.bpmax > kMaxOrder) return false;
+  if (pool.bpmax < 0 || pool.bpmax > kMaxOrder + 1) return false;
   CS_INT free_blocks[16] = {};
   for (const MmBlock* block = handle->mmh_blocks; block != nullptr; block = block->next) {
     const auto* top = at<MmDList>(block, sizeof(MmBlock));
     if ((top->size & kLarge) == 0 && !valid_top_level(pool, top, free_blocks)) return false;
   }
-  for (CS_INT order = 0; order <= pool.bpmax; ++order)
+  for (CS_INT order = 0; order <= top_order(pool); ++order)
     if (!valid_free_list(pool, order, free_blocks[order])) return false;
   return true;
 }

@@ -30,13 +30,21 @@ MmList* split(const MmHeap* heap, MmList* block, CS_INT size) {
   return rest;
 }
 
+// Makes `block` the successor of `before`, or the first when that is null.
+void set_successor(MmHeap* heap, MmList* before, MmList* block) {
+  if (before == nullptr) {
+    heap->free = block;
+  } else {
+    before->link = block;
+  }
+}
+
 // First fit in one heap; null when nothing fits.
 void* take_from(MmHeap* heap, CS_INT size) {
   MmList* before = nullptr;
   for (MmList* block = heap->free; block != nullptr; before = block, block = link_of(block)) {
     if (block->size < size) continue;
-    MmList* const successor = split(heap, block, size);
-    (before == nullptr ? heap->free : before->link) = successor;
+    set_successor(heap, before, split(heap, block, size));
     return at<void>(block, kWord);
   }
   return nullptr;
@@ -61,9 +69,13 @@ bool wholly_free(const MmHeap* heap) {
 
 void give_back(MmHandle* handle, MmHeap* heap) {
   MmPoolHead* const head = handle->mmh_head;
-  MmHeap** place = &head->mph_heap;
-  while (*place != heap) place = &(*place)->next;
-  *place = heap->next;
+  MmHeap* const before =
+      predecessor(head->mph_heap, heap, [](const MmHeap* item) { return item->next; });
+  if (before == nullptr) {
+    head->mph_heap = heap->next;
+  } else {
+    before->next = heap->next;
+  }
   head->mph_unsbreak(handle, head->mph_param, heap);
 }
 
@@ -80,7 +92,6 @@ void merge_with_next(MmList* block) {
 
 CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_INT status) {
   require(length >= 9);
-  require(aligned(memory));
   MmPoolHead* const head = handle->mmh_head;
   // The sum only ever grows; at the largest number it stays.
   head->mph_totalsize = static_cast<CS_INT>(std::min<std::int64_t>(
@@ -136,7 +147,7 @@ CS_RETCODE com___insert_block(MmHeap* heap, MmList* block) {
   require(next == nullptr || address(end_of(block)) <= address(next));
   require(before == nullptr || address(end_of(before)) <= address(block));
 
-  (before == nullptr ? heap->free : before->link) = block;
+  set_successor(heap, before, block);
   block->link = next;
   merge_with_next(block);
   if (before != nullptr) merge_with_next(before);
@@ -174,9 +185,12 @@ CS_RETCODE com___getblock(MmHandle* handle, CS_INT size, CS_VOID** out) {
 
 CS_RETCODE com___putblock(MmHandle* handle, CS_VOID* ptr) {
   MmBlock* const block = static_cast<MmBlock*>(ptr) - 1;
-  MmBlock** place = &handle->mmh_blocks;
-  while (*place != nullptr && *place != block) place = &(*place)->next;
-  require(*place != nullptr);
-  *place = block->next;
+  MmBlock* const before =
+      predecessor(handle->mmh_blocks, block, [](const MmBlock* item) { return item->next; });
+  if (before == nullptr) {
+    handle->mmh_blocks = block->next;
+  } else {
+    before->next = block->next;
+  }
   return trace(com___putheap(handle, block));
 }

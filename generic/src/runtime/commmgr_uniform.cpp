@@ -48,9 +48,8 @@ bool mm::uniform_is_free(const MmHandle* handle, const UniformNode* node) {
   if (free == node) return true;
   if (!uniform_has_key(pool)) {
     const UniformNode* const next = node->next;
-    const bool links =
-        next != nullptr && aligned(next) && find_heap(handle->mmh_head, next) != nullptr;
-    if (!links) return false;
+    const MmHeap* const heap = find_heap(handle->mmh_head, next);
+    if (heap == nullptr || !aligned(heap, next)) return false;
   }
   while (free != nullptr && free != node) free = free->next;
   return free != nullptr;

@@ -10,14 +10,14 @@ namespace comnlib::mm {
 struct UniformNode {
   CS_INT size;        // node_size, in use and free alike
   UniformNode* next;  // while free
+  CS_UINT key;        // while free, in nodes that have room for it: kFreeKey
 } MM_OVERLAY;
 
-// Free nodes with room for a third word carry this there, so that freeing one twice is noticed
-// without a walk over the list. Allocation zeroes it; data that looks like it costs a walk. Shorter
-// nodes cost one only when their word looks like a link; the last node of the list, whose link is
-// null like fresh data, is noticed while it is the first too.
+// Marks free nodes, so that freeing one twice is noticed without a walk over the list. Allocation
+// zeroes it; data that looks like it costs a walk. Shorter nodes cost one only when their word
+// looks like a link; the last node of the list, whose link is null like fresh data, is noticed
+// while it is the first too.
 inline constexpr CS_UINT kFreeKey = 0xdeadf4ee;
-inline constexpr CS_INT kKeyOffset = sizeof(UniformNode);
 
 // Fixes the sizes, on the first request, and gets a slab when no node is free.
 CS_RETCODE uniform_prepare(MmHandle* handle, CS_INT size);
@@ -25,12 +25,12 @@ CS_RETCODE uniform_prepare(MmHandle* handle, CS_INT size);
 bool uniform_is_free(const MmHandle* handle, const UniformNode* node);
 
 inline bool uniform_has_key(const MmUniformPool& pool) {
-  return pool.node_size >= kKeyOffset + kWord;
+  return pool.node_size >= static_cast<CS_INT>(sizeof(UniformNode));
 }
 
 inline void uniform_push(MmUniformPool& pool, UniformNode* node) {
   node->next = static_cast<UniformNode*>(pool.free);
-  if (uniform_has_key(pool)) *at<CS_UINT>(node, kKeyOffset) = kFreeKey;
+  if (uniform_has_key(pool)) node->key = kFreeKey;
   pool.free = node;
 }
 
@@ -43,7 +43,7 @@ inline CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out)
   if (size != pool.uniform_size) return CS_FAIL;
   auto* node = static_cast<UniformNode*>(pool.free);
   pool.free = node->next;
-  *out = &node->next;
+  *out = at<void>(node, kWord);
   return CS_SUCCEED;
 }
 
@@ -51,8 +51,7 @@ inline CS_RETCODE uniform_free(MmHandle* handle, CS_VOID* ptr) {
   MmUniformPool& pool = handle->mmh_pool.uniform;
   auto* node = at<UniformNode>(ptr, -kWord);
   require(node->size == pool.node_size);
-  if (!uniform_has_key(pool) || *at<CS_UINT>(node, kKeyOffset) == kFreeKey)
-    require(!uniform_is_free(handle, node));
+  if (!uniform_has_key(pool) || node->key == kFreeKey) require(!uniform_is_free(handle, node));
   uniform_push(pool, node);
   return CS_SUCCEED;
 }

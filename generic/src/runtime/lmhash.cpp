@@ -126,6 +126,7 @@ struct CHash {
   }
 
   static DLinkNode*& chain_of(const CHashInfo& info, const Key& key) {
+    require(info.table_size >= 1);
     // The usual function is not called but inlined.
     const CS_UINT home = info.home_addr_hfunc == lm__api_key_to_hash
                              ? number_of(key) % static_cast<CS_UINT>(info.table_size)
@@ -194,6 +195,7 @@ struct DHash {
   // Where a search begins. The increment counts for the first probe alone, which is therefore never
   // the home address itself: elements lie where earlier tables put them.
   static CS_UINT start_of(const DHashInfo& info, const Key& key) {
+    require(info.table_size >= 1);
     const auto size = static_cast<CS_UINT>(info.table_size);
     CS_UINT home;
     CS_UINT increment;
