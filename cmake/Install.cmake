@@ -1,26 +1,36 @@
 # Installation: libraries, headers, the localization home, the CMake package and the pkg-config file,
 # all named comnlib. Everything finds the rest from its own place, so that an installed tree may be
 # moved; only a folder that was given as an absolute path stays where it is.
+#
+# The libraries for 32-bit and for 64-bit hosts share a prefix: what both install is the same in both,
+# everything else has the target in its name or lies in the target's folder.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS comnlib comnlib_static EXPORT comnlibTargets)
-install(DIRECTORY generic/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
-        PATTERN "*.h")
-install(FILES companion/intl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
+install(
+  DIRECTORY generic/include/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING
+  PATTERN "*.h"
+  PATTERN "for_*.h" EXCLUDE)
+install(FILES companion/intl.h generic/include/comnlib/for_${COMNLIB_TARGET}.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/comnlib)
 set(home_dir ${CMAKE_INSTALL_DATADIR}/comnlib/home)
 install(DIRECTORY home/ DESTINATION ${home_dir})
 install(FILES tools/valgrind.supp DESTINATION ${CMAKE_INSTALL_DATADIR}/comnlib)
 
-set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/comnlib)
+# One CMake package, with a file of targets for each library.
+set(package_dir lib/cmake/comnlib)
 install(
   EXPORT comnlibTargets
   NAMESPACE comnlib::
+  FILE comnlib-${COMNLIB_TARGET}.cmake
   DESTINATION ${package_dir})
 configure_package_config_file(
   ${CMAKE_CURRENT_LIST_DIR}/comnlibConfig.cmake.in ${PROJECT_BINARY_DIR}/comnlibConfig.cmake
   INSTALL_DESTINATION ${package_dir}
   PATH_VARS home_dir)
-# The pointer size that CMake knows is that of the compiler without -m32, here as in many hosts.
+# The pointer size that CMake knows is that of the compiler without -m32; the package looks itself.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES ${PROJECT_BINARY_DIR}/comnlibConfig.cmake

@@ -14,7 +14,7 @@ namespace {
 std::string_view print(const CS_NUMERIC& value, std::array<char, 80>& buffer) {
   CS_INT length = 0;
   const constant record = record_of(value);
-  check(com__subexctnumetochar(&record, buffer.data(), buffer.size(), &length) == kExactOk);
+  check(com__subexctnumetochar(&record, buffer.data(), CS_INT{80}, &length) == kExactOk);
   return {buffer.data(), static_cast<std::size_t>(length)};
 }
 

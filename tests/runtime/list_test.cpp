@@ -170,7 +170,7 @@ TEST(Lists, FollowTheirScripts) {
         const bool fails = step[0] == 'i' || step[0] == 's';
         EXPECT_EQ(good ? +CS_SUCCEED : fails ? +CS_FAIL : +LM_NOTFOUND, result);
         EXPECT_EQ(takes ? nullptr : letter(step[2]), out);
-        EXPECT_EQ(!takes && good ? 4 : -1, length);
+        EXPECT_EQ(!takes && good ? static_cast<CS_INT>(sizeof out) : -1, length);
         EXPECT_EQ(step.substr(4), contents(list));
         EXPECT_EQ(list->hdlprop->handle_load, static_cast<CS_INT>(step.size() - 4));
         EXPECT_LE(list->free_nodes, std::max(0, list->hdlprop->max_poolsize));
@@ -321,19 +321,21 @@ struct PropertyRow {
   CS_RETCODE change;  // what a set or clear returns
   std::intptr_t initial;
   bool function = false;
+  bool address = function;
 };
 
-// Integers are set to 9, functions to an address.
+// Integers are set to 9, functions to an address, which is as long as a pointer.
 void check_properties(std::initializer_list<PropertyRow> rows, auto call) {
   static CS_INT nine = 9;
   for (const PropertyRow& row : rows) {
     const auto set = row.function ? reinterpret_cast<std::intptr_t>(&nine) : 9;
     for (const CS_INT action : {CS_CLEAR, CS_SET, CS_CLEAR}) {
-      CS_INT value = 0, length = 0;
+      std::intptr_t value = 0;
+      CS_INT length = 0;
       EXPECT_EQ(row.change, call(action, row.property, &nine, 4, nullptr)) << row.property;
       EXPECT_EQ(CS_SUCCEED, call(CS_GET, row.property, &value, 4, &length));
       EXPECT_EQ(action == CS_SET && row.change == CS_SUCCEED ? set : row.initial, value);
-      EXPECT_EQ(4, length) << row.property;
+      EXPECT_EQ(row.address ? sizeof(void*) : sizeof(CS_INT), length) << row.property;
     }
   }
 }
@@ -342,22 +344,23 @@ TEST(ListProperties, GetSetClear) {
   Fixture fixture(LM_CHASH, 7, 2);
   const auto of_handle = std::bind_front(lm_list_prop, fixture.list);
   const auto of_context = std::bind_front(lm_property, fixture.context);
-  check_properties({{LM_PROP_LIST_TYPE, CS_FAIL, LM_CHASH},
-                    {LM_PROP_MAX_TABLESIZE, CS_SUCCEED, 7},
-                    {LM_PROP_MAX_POOLSIZE, CS_SUCCEED, 2},
-                    {LM_PROP_HANDLE_LOAD, CS_FAIL, 0},
-                    {LM_PROP_CONTEXT, CS_FAIL, reinterpret_cast<std::intptr_t>(fixture.context)},
-                    {LM_PROP_PRINT_FUNC, CS_SUCCEED, 0, true},
-                    {LM_PROP_COMP_FUNC, CS_SUCCEED, 0, true}},
-                   of_handle);
   check_properties(
-      {{LM_CTX_LIST_TYPE, CS_SUCCEED, LM_DLINK},
-       {LM_CTX_MAX_TABLESIZE, CS_SUCCEED, 10},
-       {LM_CTX_MAX_POOLSIZE, CS_SUCCEED, 0},
-       {LM_CTX_VERSION, CS_FAIL, LM_MIN_VERSION},
-       {LM_CTX_CONTEXT_LOAD, CS_FAIL, 1},
-       {LM_CTX_CUR_HANDLEADDR, CS_FAIL, reinterpret_cast<std::intptr_t>(fixture.list)}},
-      of_context);
+      {{LM_PROP_LIST_TYPE, CS_FAIL, LM_CHASH},
+       {LM_PROP_MAX_TABLESIZE, CS_SUCCEED, 7},
+       {LM_PROP_MAX_POOLSIZE, CS_SUCCEED, 2},
+       {LM_PROP_HANDLE_LOAD, CS_FAIL, 0},
+       {LM_PROP_CONTEXT, CS_FAIL, reinterpret_cast<std::intptr_t>(fixture.context), false, true},
+       {LM_PROP_PRINT_FUNC, CS_SUCCEED, 0, true},
+       {LM_PROP_COMP_FUNC, CS_SUCCEED, 0, true}},
+      of_handle);
+  check_properties({{LM_CTX_LIST_TYPE, CS_SUCCEED, LM_DLINK},
+                    {LM_CTX_MAX_TABLESIZE, CS_SUCCEED, 10},
+                    {LM_CTX_MAX_POOLSIZE, CS_SUCCEED, 0},
+                    {LM_CTX_VERSION, CS_FAIL, LM_MIN_VERSION},
+                    {LM_CTX_CONTEXT_LOAD, CS_FAIL, 1},
+                    {LM_CTX_CUR_HANDLEADDR, CS_FAIL, reinterpret_cast<std::intptr_t>(fixture.list),
+                     false, true}},
+                   of_context);
 
   LM_HANDLE* plain = nullptr;
   lm_list_alloc(fixture.context, CS_UNUSED, "four", CS_NULLTERM, &plain);

@@ -243,7 +243,7 @@ TEST(Threads, FixedResultsAndIds) {
   pthread_t id[2] = {0, 42};
   CS_INT outlen = 0;
   EXPECT_EQ(CS_SUCCEED, comn_thread_table()->thread_id_fn(id, sizeof id, &outlen));
-  EXPECT_TRUE(outlen == 4 && id[0] == comn_thread_id() && id[1] == 42);
+  EXPECT_TRUE(outlen == sizeof(pthread_t) && id[0] == comn_thread_id() && id[1] == 42);
 }
 
 TEST(Threads, KeysAndSignals) {

@@ -28,7 +28,7 @@
 // What the linker hands over here, see the build file.
 extern "C" {
 void* __real_malloc(std::size_t size);
-void* __real__Znwj(std::size_t size);
+void* real_new(std::size_t size) asm("__real_" OPERATOR_NEW);
 }
 
 namespace {
@@ -520,7 +520,8 @@ extern "C" {
 void* __wrap_malloc(std::size_t size) {
   return ++plain_allocations, __real_malloc(size);
 }
-void* __wrap__Znwj(std::size_t size) {
-  return ++plain_allocations, __real__Znwj(size);
+void* wrapped_new(std::size_t size) asm("__wrap_" OPERATOR_NEW);
+void* wrapped_new(std::size_t size) {
+  return ++plain_allocations, real_new(size);
 }
 }

@@ -202,14 +202,14 @@ COMN_API CS_INT com_isgraph(CS_BYTE byte);
 /**@}*/
 
 COMN_STATIC_ASSERT(sizeof(char_map) == 4);
-COMN_STATIC_ASSERT(sizeof(char_attrib) == 60);
+COMN_STATIC_ASSERT(sizeof(char_attrib) == COMN_BY_HOST(60, 80));
 COMN_STATIC_ASSERT(offsetof(char_attrib, cs_class) == 2);
 COMN_STATIC_ASSERT(offsetof(char_attrib, cs_namelen) == 4);
 COMN_STATIC_ASSERT(offsetof(char_attrib, cs_name) == 6);
 COMN_STATIC_ASSERT(offsetof(char_attrib, cs_maxcharlen) == 36);
 COMN_STATIC_ASSERT(offsetof(char_attrib, cs_nsoundex) == 40);
-COMN_STATIC_ASSERT(offsetof(char_attrib, cs_width_map) == 44);
-COMN_STATIC_ASSERT(offsetof(char_attrib, cs_soundex) == 56);
+COMN_STATIC_ASSERT(offsetof(char_attrib, cs_width_map) == COMN_BY_HOST(44, 48));
+COMN_STATIC_ASSERT(offsetof(char_attrib, cs_soundex) == COMN_BY_HOST(56, 72));
 
 #ifdef __cplusplus
 }

@@ -106,31 +106,31 @@ struct _cscontext {
   CS_VOID* ctxcomerrhan;       /**< host */
 };
 
-COMN_STATIC_ASSERT(sizeof(CsConvertTbl) == 8);
-COMN_STATIC_ASSERT(sizeof(CsUsrCvtFunc) == 20);
-COMN_STATIC_ASSERT(offsetof(CsUsrCvtFunc, nextdest) == 12);
-COMN_STATIC_ASSERT(sizeof(CsDefVal) == 12);
-COMN_STATIC_ASSERT(sizeof(CsNullTbl) == 8);
-COMN_STATIC_ASSERT(sizeof(CsUsrNull) == 16);
-COMN_STATIC_ASSERT(sizeof(CS_CONTEXT) == 108);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxlocale) == 12);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxdeflocale) == 16);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxglobals) == 20);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcvttbl) == 24);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrcvttbl) == 32);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxnulls) == 36);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrnulls) == 44);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxthread) == 48);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxintlerr) == 52);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxctctx) == 56);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcsctx) == 76);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmtx) == 80);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, usercharconv) == 84);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxconfig) == 88);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmalloc) == 92);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxfree) == 96);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxerrfunc) == 100);
-COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcomerrhan) == 104);
+COMN_STATIC_ASSERT(sizeof(CsConvertTbl) == COMN_BY_HOST(8, 16));
+COMN_STATIC_ASSERT(sizeof(CsUsrCvtFunc) == COMN_BY_HOST(20, 32));
+COMN_STATIC_ASSERT(offsetof(CsUsrCvtFunc, nextdest) == COMN_BY_HOST(12, 16));
+COMN_STATIC_ASSERT(sizeof(CsDefVal) == COMN_BY_HOST(12, 16));
+COMN_STATIC_ASSERT(sizeof(CsNullTbl) == COMN_BY_HOST(8, 16));
+COMN_STATIC_ASSERT(sizeof(CsUsrNull) == COMN_BY_HOST(16, 32));
+COMN_STATIC_ASSERT(sizeof(CS_CONTEXT) == COMN_BY_HOST(108, 208));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxlocale) == COMN_BY_HOST(12, 16));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxdeflocale) == COMN_BY_HOST(16, 24));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxglobals) == COMN_BY_HOST(20, 32));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcvttbl) == COMN_BY_HOST(24, 40));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrcvttbl) == COMN_BY_HOST(32, 56));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxnulls) == COMN_BY_HOST(36, 64));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxusrnulls) == COMN_BY_HOST(44, 80));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxthread) == COMN_BY_HOST(48, 88));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxintlerr) == COMN_BY_HOST(52, 96));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxctctx) == COMN_BY_HOST(56, 104));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcsctx) == COMN_BY_HOST(76, 144));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmtx) == COMN_BY_HOST(80, 152));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, usercharconv) == COMN_BY_HOST(84, 160));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxconfig) == COMN_BY_HOST(88, 168));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxmalloc) == COMN_BY_HOST(92, 176));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxfree) == COMN_BY_HOST(96, 184));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxerrfunc) == COMN_BY_HOST(100, 192));
+COMN_STATIC_ASSERT(offsetof(CS_CONTEXT, ctxcomerrhan) == COMN_BY_HOST(104, 200));
 
 #ifdef __cplusplus
 }

@@ -289,20 +289,20 @@ COMN_API CS_RETCODE lm_property(LM_CONTEXT* context, CS_INT action, CS_INT prope
                                 CS_VOID* buffer, CS_INT buflen, CS_INT* outlen);
 /**@}*/
 
-COMN_STATIC_ASSERT(sizeof(DLinkNode) == 24);
-COMN_STATIC_ASSERT(sizeof(LHashNode) == 20);
-COMN_STATIC_ASSERT(sizeof(DLinkInfo) == 12);
-COMN_STATIC_ASSERT(sizeof(CHashInfo) == 16);
-COMN_STATIC_ASSERT(sizeof(DHashInfo) == 20);
-COMN_STATIC_ASSERT(sizeof(LmCxtProp) == 32);
-COMN_STATIC_ASSERT(offsetof(LmCxtProp, cur_handleaddr) == 28);
-COMN_STATIC_ASSERT(sizeof(LM_CONTEXT) == 24);
-COMN_STATIC_ASSERT(offsetof(LM_CONTEXT, first_handle) == 20);
-COMN_STATIC_ASSERT(sizeof(LmHdlProp) == 40);
+COMN_STATIC_ASSERT(sizeof(DLinkNode) == COMN_BY_HOST(24, 48));
+COMN_STATIC_ASSERT(sizeof(LHashNode) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(sizeof(DLinkInfo) == COMN_BY_HOST(12, 24));
+COMN_STATIC_ASSERT(sizeof(CHashInfo) == COMN_BY_HOST(16, 32));
+COMN_STATIC_ASSERT(sizeof(DHashInfo) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(sizeof(LmCxtProp) == COMN_BY_HOST(32, 40));
+COMN_STATIC_ASSERT(offsetof(LmCxtProp, cur_handleaddr) == COMN_BY_HOST(28, 32));
+COMN_STATIC_ASSERT(sizeof(LM_CONTEXT) == COMN_BY_HOST(24, 40));
+COMN_STATIC_ASSERT(offsetof(LM_CONTEXT, first_handle) == COMN_BY_HOST(20, 32));
+COMN_STATIC_ASSERT(sizeof(LmHdlProp) == COMN_BY_HOST(40, 64));
 COMN_STATIC_ASSERT(offsetof(LmHdlProp, handle_load) == 16);
-COMN_STATIC_ASSERT(offsetof(LmHdlProp, comp_func) == 36);
-COMN_STATIC_ASSERT(sizeof(LM_HANDLE) == 28);
-COMN_STATIC_ASSERT(offsetof(LM_HANDLE, cur_ptr) == 20);
+COMN_STATIC_ASSERT(offsetof(LmHdlProp, comp_func) == COMN_BY_HOST(36, 56));
+COMN_STATIC_ASSERT(sizeof(LM_HANDLE) == COMN_BY_HOST(28, 56));
+COMN_STATIC_ASSERT(offsetof(LM_HANDLE, cur_ptr) == COMN_BY_HOST(20, 40));
 
 #ifdef __cplusplus
 }

@@ -311,25 +311,25 @@ COMN_API CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* 
  */
 COMN_API CS_VOID com_intl_verify_ctxloc(CS_CONTEXT* ctx);
 
-COMN_STATIC_ASSERT(sizeof(CsCharDesc) == 20);
-COMN_STATIC_ASSERT(sizeof(CsLocCache) == 84);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locchardesc) == 16);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locsortorder) == 28);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locmessage) == 40);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locdateinfo) == 52);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locnuminfo) == 64);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locmoninfo) == 76);
-COMN_STATIC_ASSERT(offsetof(CsLocCache, locnext) == 80);
-COMN_STATIC_ASSERT(sizeof(CS_LOCALE) == 28);
-COMN_STATIC_ASSERT(offsetof(CS_LOCALE, timeptr) == 20);
+COMN_STATIC_ASSERT(sizeof(CsCharDesc) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(sizeof(CsLocCache) == COMN_BY_HOST(84, 168));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locchardesc) == COMN_BY_HOST(16, 32));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locsortorder) == COMN_BY_HOST(28, 56));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locmessage) == COMN_BY_HOST(40, 80));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locdateinfo) == COMN_BY_HOST(52, 104));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locnuminfo) == COMN_BY_HOST(64, 128));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locmoninfo) == COMN_BY_HOST(76, 152));
+COMN_STATIC_ASSERT(offsetof(CsLocCache, locnext) == COMN_BY_HOST(80, 160));
+COMN_STATIC_ASSERT(sizeof(CS_LOCALE) == COMN_BY_HOST(28, 56));
+COMN_STATIC_ASSERT(offsetof(CS_LOCALE, timeptr) == COMN_BY_HOST(20, 40));
 COMN_STATIC_ASSERT(sizeof(CsLocNames) == 1560);
 COMN_STATIC_ASSERT(offsetof(CsLocNames, charsetlen) == 256);
 COMN_STATIC_ASSERT(offsetof(CsLocNames, money) == 1300);
-COMN_STATIC_ASSERT(sizeof(CsCtxGlobals) == 60);
-COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, cmg_mtx) == 8);
-COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, ucs2_oid) == 20);
-COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, cmg_chardesc) == 28);
-COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, ctxoids) == 56);
+COMN_STATIC_ASSERT(sizeof(CsCtxGlobals) == COMN_BY_HOST(60, 112));
+COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, cmg_mtx) == COMN_BY_HOST(8, 16));
+COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, ucs2_oid) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, cmg_chardesc) == COMN_BY_HOST(28, 48));
+COMN_STATIC_ASSERT(offsetof(CsCtxGlobals, ctxoids) == COMN_BY_HOST(56, 104));
 
 #ifdef __cplusplus
 }

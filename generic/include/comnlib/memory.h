@@ -89,9 +89,9 @@ enum {
 
 /** Sizes and arguments. */
 enum {
-  MM_CTL_SIZE = 152,   /**< bytes of a control area */
-  MM_NO_LIMIT = -9999, /**< MM_PROP_MAXSIZE of a pool without a limit */
-  MM_FORCE_DROP = 300  /**< option of comn_mmdrop */
+  MM_CTL_SIZE = COMN_BY_HOST(152, 280), /**< bytes of a control area: head and handle */
+  MM_NO_LIMIT = -9999,                  /**< MM_PROP_MAXSIZE of a pool without a limit */
+  MM_FORCE_DROP = 300                   /**< option of comn_mmdrop */
 };
 
 /**

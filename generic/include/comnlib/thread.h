@@ -314,19 +314,19 @@ COMN_API CS_RETCODE comn_release_coroutine_control(CS_VOID);
 COMN_API CS_RETCODE comn_end_coroutine_mode(CS_VOID);
 /**@}*/
 
-COMN_STATIC_ASSERT(sizeof(pthread_t) == 4);
-COMN_STATIC_ASSERT(sizeof(COMN_MUTEX) == 36);
-COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, mutex) == 4);
-COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, magic) == 28);
-COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, use_count) == 32);
-COMN_STATIC_ASSERT(sizeof(COMN_EVENT) == 80);
+COMN_STATIC_ASSERT(sizeof(pthread_t) == COMN_BY_HOST(4, 8));
+COMN_STATIC_ASSERT(sizeof(COMN_MUTEX) == COMN_BY_HOST(36, 56));
+COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, mutex) == COMN_BY_HOST(4, 8));
+COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, magic) == COMN_BY_HOST(28, 48));
+COMN_STATIC_ASSERT(offsetof(COMN_MUTEX, use_count) == COMN_BY_HOST(32, 52));
+COMN_STATIC_ASSERT(sizeof(COMN_EVENT) == COMN_BY_HOST(80, 96));
 COMN_STATIC_ASSERT(offsetof(COMN_EVENT, ev) == 4);
 COMN_STATIC_ASSERT(offsetof(COMN_EVENT, pc) == 8);
 COMN_STATIC_ASSERT(offsetof(COMN_EVENT, pm) == 56);
-COMN_STATIC_ASSERT(sizeof(COMN_SEM) == 76);
-COMN_STATIC_ASSERT(offsetof(COMN_SEM, pc) == 4);
-COMN_STATIC_ASSERT(offsetof(COMN_SEM, pm) == 52);
-COMN_STATIC_ASSERT(sizeof(CS_THREAD) == 40);
+COMN_STATIC_ASSERT(sizeof(COMN_SEM) == COMN_BY_HOST(76, 96));
+COMN_STATIC_ASSERT(offsetof(COMN_SEM, pc) == COMN_BY_HOST(4, 8));
+COMN_STATIC_ASSERT(offsetof(COMN_SEM, pm) == COMN_BY_HOST(52, 56));
+COMN_STATIC_ASSERT(sizeof(CS_THREAD) == COMN_BY_HOST(40, 80));
 
 #ifdef __cplusplus
 }

@@ -1,14 +1,32 @@
 /**
  * @file
  * Scalar types, datatype codes, value records and the data format: the vocabulary that every other
- * header shares. All widths and offsets are those of the 32-bit x86 target and are checked at
- * compile time at the end of this file.
+ * header shares. Records without pointers are the same in 32-bit and 64-bit hosts; those with
+ * pointers have the natural layout of each. Both layouts are checked at compile time at the end of
+ * each header.
  */
 #ifndef COMNLIB_TYPES_H
 #define COMNLIB_TYPES_H
 
 #include <stddef.h>
 #include <stdint.h>
+
+/*
+ * The library exists for two kinds of hosts. What a plain x86_64 compiler sees must not be taken
+ * for the 32-bit library's, and the other way round: an installed tree has the mark of each library
+ * that it holds, and both packages say which one they are.
+ */
+#if defined(__i386__)
+#if !__has_include("comnlib/for_i386.h") || defined(COMNLIB_FOR_X86_64)
+#error "comnlib: this package is for 64-bit hosts; compile with -m64 or install the i386 library"
+#endif
+#elif defined(__x86_64__) && defined(__LP64__)
+#if !__has_include("comnlib/for_x86_64.h") || defined(COMNLIB_FOR_I386)
+#error "comnlib: this package is for 32-bit hosts; compile with -m32 or install the x86_64 library"
+#endif
+#else
+#error "comnlib: hosts are for i386 or x86_64"
+#endif
 
 /** COMN_API marks what the shared object exports; tools/exports scans the headers for it. */
 #ifndef COMN_API
@@ -25,6 +43,9 @@ extern "C" {
 /** Checks a condition when the header is compiled. */
 #define COMN_STATIC_ASSERT(condition) _Static_assert(condition, #condition)
 #endif
+
+/** A size or an offset of a record with pointers: in a 32-bit host, and in a 64-bit one. */
+#define COMN_BY_HOST(bits32, bits64) (sizeof(void*) == 4 ? (bits32) : (bits64))
 
 typedef char CS_CHAR;                /**< a byte of text in the locale's character set */
 typedef unsigned char CS_BYTE;       /**< a byte */
@@ -195,7 +216,6 @@ typedef struct _cs_datafmt {
  */
 COMN_API CS_INT comn_typelen(CS_INT datatype, CS_INT length);
 
-COMN_STATIC_ASSERT(sizeof(void*) == 4);
 COMN_STATIC_ASSERT((char)-1 < 0);
 COMN_STATIC_ASSERT(sizeof(CS_REAL) == 4);
 COMN_STATIC_ASSERT(sizeof(CS_FLOAT) == 8);
@@ -213,7 +233,7 @@ COMN_STATIC_ASSERT(offsetof(CS_DATETIME, dttime) == 4);
 COMN_STATIC_ASSERT(sizeof(CS_DATETIME4) == 4);
 COMN_STATIC_ASSERT(offsetof(CS_DATETIME4, minutes) == 2);
 COMN_STATIC_ASSERT(sizeof(CS_DATEREC) == 40);
-COMN_STATIC_ASSERT(sizeof(CS_DATAFMT) == 172);
+COMN_STATIC_ASSERT(sizeof(CS_DATAFMT) == COMN_BY_HOST(172, 176));
 COMN_STATIC_ASSERT(offsetof(CS_DATAFMT, namelen) == 132);
 COMN_STATIC_ASSERT(offsetof(CS_DATAFMT, datatype) == 136);
 COMN_STATIC_ASSERT(offsetof(CS_DATAFMT, format) == 140);

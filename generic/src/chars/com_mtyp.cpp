@@ -141,7 +141,7 @@ void comn_whole_char(const char_attrib* attrib, const CS_BYTE* start, const CS_B
   require(start <= end);
 
   const char_attrib& set = or_default(attrib);
-  const CS_INT length = end - start;
+  const auto length = static_cast<CS_INT>(end - start);
   *partial_len = 0;
   *excess = 0;
   if (set.cs_width_map == nullptr) {

@@ -59,7 +59,8 @@ class MoneyText {
  public:
   static constexpr bool kCut = true;
   MoneyText(const auto& value, const CS_DATAFMT& destfmt)
-      : first_(money::format_backwards(money::units(value), buffer_.data(), buffer_.size(),
+      : first_(money::format_backwards(money::units(value), buffer_.data(),
+                                       static_cast<CS_INT>(buffer_.size()),
                                        money::decimal_flags(destfmt.precision))) {}
   MoneyText(const MoneyText&) = delete;
   MoneyText& operator=(const MoneyText&) = delete;

@@ -72,7 +72,7 @@ CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags
   CS_CHAR digits[kMostDigits];
   CS_CHAR* const digits_end = digits + kMostDigits;
   const CS_CHAR* const integer = put_number(rounded, digits_end);
-  const CS_INT count = digits_end - integer;
+  const auto count = static_cast<CS_INT>(digits_end - integer);
   const CS_INT commas = layout.grouped ? (count - 1) / 3 : 0;
   const CS_INT length = (value < 0) + count + commas + 1 + layout.decimals;
   if (length >= buflen) return nullptr;
@@ -153,7 +153,7 @@ class WholeCharacters : public Characters {
     ascii_ = 0;
     width_ = 0;
     if (done()) return;
-    const CS_INT left = end_ - at_;
+    const auto left = static_cast<CS_INT>(end_ - at_);
     width_ = std::max(comn_char_width(&charset_, at_), CS_INT{1});
     if (width_ == 1) {
       ascii_ = *at_;

@@ -3,6 +3,7 @@
 // (heaps and disciplines) knows of no locks.
 #include <cassert>
 #include <cstring>
+#include <type_traits>
 
 #include "runtime/commmgr.h"
 
@@ -232,7 +233,7 @@ CS_RETCODE get_subpool(MmHandle* parent, CS_INT tag, MmHandle** subpool) {
 
 template <class Value>
 CS_RETCODE store(CS_VOID* buffer, Value value) {
-  static_assert(sizeof value == 4);
+  static_assert(sizeof value == sizeof(CS_INT) || std::is_pointer_v<Value>);
   check_pointer(buffer);
   std::memcpy(buffer, &value, sizeof value);
   return CS_SUCCEED;

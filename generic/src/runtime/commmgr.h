@@ -18,9 +18,16 @@
 
 #include "comnlib/memory.h"
 #include "diag/diag.h"
+#include "machine.h"
 
 // The same bytes are header, link and user memory in turn, at any address.
 #define MM_OVERLAY __attribute__((packed, may_alias))
+// A number that takes a whole word, since a pointer or the user's bytes follow.
+#define MM_WORD(type, name)                   \
+  union {                                     \
+    type name;                                \
+    CS_BYTE name##_bytes[comnlib::kWordSize]; \
+  }
 
 struct MmHeap;
 struct MmBlock;
@@ -32,19 +39,19 @@ struct MmPoolHead {
   MM_LOCK_FUNC mph_lock;
   MM_UNLOCK_FUNC mph_unlock;
   CS_VOID* mph_lockarg;
-  CS_INT mph_chunksize; /* least size of a chunk to obtain */
-  CS_INT mph_totalsize; /* of all chunks ever added; stays at the largest number */
-  CS_INT mph_maxsize;   /* limit of mph_totalsize, or MM_NO_LIMIT */
-  MmHeap* mph_heap;     /* newest first */
-  CS_CONTEXT* mph_ctx;  /* null for a pool in caller memory */
-  CS_INT mph_status;
+  CS_INT mph_chunksize;         /* least size of a chunk to obtain */
+  CS_INT mph_totalsize;         /* of all chunks ever added; stays at the largest number */
+  MM_WORD(CS_INT, mph_maxsize); /* limit of mph_totalsize, or MM_NO_LIMIT */
+  MmHeap* mph_heap;             /* newest first */
+  CS_CONTEXT* mph_ctx;          /* null for a pool in caller memory */
+  MM_WORD(CS_INT, mph_status);
 } MM_OVERLAY;
 
-// A free block of a heap. `size` counts the bytes behind the size word. A block of less than 4
-// bytes has no room for the link; it can only be the last of its heap, where the link is null
+// A free block of a heap. `size` counts the bytes behind the size word. A block of less than a
+// word has no room for the link; it can only be the last of its heap, where the link is null
 // anyway.
 struct MmList {
-  CS_INT size;
+  MM_WORD(CS_INT, size);
   MmList* link;
 } MM_OVERLAY;
 
@@ -63,13 +70,13 @@ struct MmBlock {
 // A buddy block: `size` is the header word (see mm::kLarge and below), the links are valid while it
 // is free.
 struct MmDList {
-  CS_UINT size;
+  MM_WORD(CS_UINT, size);
   MmDList* next;
   MmDList* prev;
 } MM_OVERLAY;
 
 struct MmBuddyPool {
-  CS_INT bpmax; /* highest order; 16: see top_order */
+  MM_WORD(CS_INT, bpmax); /* highest order; 16: see top_order */
   MmDList* free[16];
 } MM_OVERLAY;
 
@@ -100,44 +107,44 @@ struct _mmhandle {
   } mmh_pool;
 } MM_OVERLAY;
 
-static_assert(sizeof(MmPoolHead) == 48);
-static_assert(offsetof(MmPoolHead, mph_unsbreak) == 4);
-static_assert(offsetof(MmPoolHead, mph_param) == 8);
-static_assert(offsetof(MmPoolHead, mph_lock) == 12);
-static_assert(offsetof(MmPoolHead, mph_unlock) == 16);
-static_assert(offsetof(MmPoolHead, mph_lockarg) == 20);
-static_assert(offsetof(MmPoolHead, mph_chunksize) == 24);
-static_assert(offsetof(MmPoolHead, mph_totalsize) == 28);
-static_assert(offsetof(MmPoolHead, mph_maxsize) == 32);
-static_assert(offsetof(MmPoolHead, mph_heap) == 36);
-static_assert(offsetof(MmPoolHead, mph_ctx) == 40);
-static_assert(offsetof(MmPoolHead, mph_status) == 44);
-static_assert(sizeof(MmHandle) == 104);
-static_assert(offsetof(MmHandle, mmh_type) == 4);
-static_assert(offsetof(MmHandle, mmh_blocksize) == 8);
-static_assert(offsetof(MmHandle, mmh_status) == 12);
-static_assert(offsetof(MmHandle, mmh_tagid) == 16);
-static_assert(offsetof(MmHandle, mmh_blocks) == 20);
-static_assert(offsetof(MmHandle, mmh_parent) == 24);
-static_assert(offsetof(MmHandle, mmh_child) == 28);
-static_assert(offsetof(MmHandle, mmh_sibling) == 32);
-static_assert(offsetof(MmHandle, mmh_pool) == 36);
-static_assert(sizeof(MmBuddyPool) == 68);
-static_assert(offsetof(MmBuddyPool, free) == 4);
-static_assert(sizeof(MmUniformPool) == 12);
+static_assert(sizeof(MmPoolHead) == COMN_BY_HOST(48, 88));
+static_assert(offsetof(MmPoolHead, mph_unsbreak) == COMN_BY_HOST(4, 8));
+static_assert(offsetof(MmPoolHead, mph_param) == COMN_BY_HOST(8, 16));
+static_assert(offsetof(MmPoolHead, mph_lock) == COMN_BY_HOST(12, 24));
+static_assert(offsetof(MmPoolHead, mph_unlock) == COMN_BY_HOST(16, 32));
+static_assert(offsetof(MmPoolHead, mph_lockarg) == COMN_BY_HOST(20, 40));
+static_assert(offsetof(MmPoolHead, mph_chunksize) == COMN_BY_HOST(24, 48));
+static_assert(offsetof(MmPoolHead, mph_totalsize) == COMN_BY_HOST(28, 52));
+static_assert(offsetof(MmPoolHead, mph_maxsize) == COMN_BY_HOST(32, 56));
+static_assert(offsetof(MmPoolHead, mph_heap) == COMN_BY_HOST(36, 64));
+static_assert(offsetof(MmPoolHead, mph_ctx) == COMN_BY_HOST(40, 72));
+static_assert(offsetof(MmPoolHead, mph_status) == COMN_BY_HOST(44, 80));
+static_assert(sizeof(MmHandle) == COMN_BY_HOST(104, 192));
+static_assert(offsetof(MmHandle, mmh_type) == COMN_BY_HOST(4, 8));
+static_assert(offsetof(MmHandle, mmh_blocksize) == COMN_BY_HOST(8, 12));
+static_assert(offsetof(MmHandle, mmh_status) == COMN_BY_HOST(12, 16));
+static_assert(offsetof(MmHandle, mmh_tagid) == COMN_BY_HOST(16, 20));
+static_assert(offsetof(MmHandle, mmh_blocks) == COMN_BY_HOST(20, 24));
+static_assert(offsetof(MmHandle, mmh_parent) == COMN_BY_HOST(24, 32));
+static_assert(offsetof(MmHandle, mmh_child) == COMN_BY_HOST(28, 40));
+static_assert(offsetof(MmHandle, mmh_sibling) == COMN_BY_HOST(32, 48));
+static_assert(offsetof(MmHandle, mmh_pool) == COMN_BY_HOST(36, 56));
+static_assert(sizeof(MmBuddyPool) == COMN_BY_HOST(68, 136));
+static_assert(offsetof(MmBuddyPool, free) == COMN_BY_HOST(4, 8));
+static_assert(sizeof(MmUniformPool) == COMN_BY_HOST(12, 16));
 static_assert(offsetof(MmUniformPool, node_size) == 4);
 static_assert(offsetof(MmUniformPool, free) == 8);
-static_assert(sizeof(MmAllocOnlyPool) == 4);
-static_assert(sizeof(MmList) == 8);
-static_assert(offsetof(MmList, link) == 4);
+static_assert(sizeof(MmAllocOnlyPool) == COMN_BY_HOST(4, 8));
+static_assert(sizeof(MmList) == COMN_BY_HOST(8, 16));
+static_assert(offsetof(MmList, link) == COMN_BY_HOST(4, 8));
 static_assert(offsetof(MmHeap, status) == 4);
 static_assert(offsetof(MmHeap, next) == 8);
-static_assert(offsetof(MmHeap, free) == 12);
-static_assert(offsetof(MmHeap, buffer) == 16);
-static_assert(sizeof(MmBlock) == 4);
-static_assert(sizeof(MmDList) == 12);
-static_assert(offsetof(MmDList, next) == 4);
-static_assert(offsetof(MmDList, prev) == 8);
+static_assert(offsetof(MmHeap, free) == COMN_BY_HOST(12, 16));
+static_assert(offsetof(MmHeap, buffer) == COMN_BY_HOST(16, 24));
+static_assert(sizeof(MmBlock) == COMN_BY_HOST(4, 8));
+static_assert(sizeof(MmDList) == COMN_BY_HOST(12, 24));
+static_assert(offsetof(MmDList, next) == COMN_BY_HOST(4, 8));
+static_assert(offsetof(MmDList, prev) == COMN_BY_HOST(8, 16));
 static_assert(sizeof(MmPoolHead) + sizeof(MmHandle) == MM_CTL_SIZE);
 
 extern "C" {
@@ -191,7 +198,7 @@ inline constexpr CS_INT kInUse = 8;  // discipline and block size are fixed
 inline constexpr CS_INT kHeapObtained = 1;
 inline constexpr CS_INT kHeapOfCaller = 2;
 
-inline constexpr CS_INT kWord = 4;
+inline constexpr CS_INT kWord = static_cast<CS_INT>(kWordSize);
 inline constexpr CS_INT kHeapHeader = offsetof(MmHeap, buffer);
 // A heap of one free block: the heap's header and the block's size word.
 inline constexpr CS_INT kHeapOverhead = kHeapHeader + kWord;
@@ -204,9 +211,13 @@ inline constexpr CS_UINT kLarge = 0x80000000;     // from the heap directly; the
 inline constexpr CS_UINT kFree = 0x40000000;      // on a free list
 inline constexpr CS_UINT kMarkMask = 0x001ffff0;  // base mark: address bits of the top-level block
 inline constexpr CS_UINT kOrderMask = 0x0000000f;
-inline constexpr CS_UINT kAddressMask = 0x0007fffc;  // the address bits that a base mark holds
-inline constexpr CS_INT kMaxOrder = 15;              // of a block: its header has four bits for it
-inline constexpr CS_INT kMinShift = 4;  // a block of order k spans 2^(k + kMinShift) bytes
+inline constexpr CS_INT kMaxOrder = 15;  // of a block: its header has four bits for it
+// A block of order k spans 2^(k + kMinShift) bytes; that of order 0 is four words.
+inline constexpr CS_INT kMinShift = kWord == 4 ? 4 : 5;
+// The address bits that a base mark holds, as many as the offsets in the largest block have.
+inline constexpr CS_UINT kAddressMask = (CS_UINT{1} << (kMaxOrder + kMinShift)) - kWord;
+inline constexpr CS_INT kMarkShift = 6 - kMinShift;
+static_assert(kAddressMask << kMarkShift == kMarkMask);
 
 constexpr CS_INT span_of(CS_INT order) {
   return CS_INT{1} << (order + kMinShift);
@@ -246,9 +257,11 @@ const Record* at(const void* base, CS_INT offset) {
 }
 
 // How far a block lies behind the start of its top-level block, which the base mark tells. Marks
-// and addresses are taken modulo 2^19, so a top-level block may cross a boundary of that size.
+// and addresses are taken modulo the largest span, so a top-level block may cross a boundary of
+// that size.
 inline CS_UINT offset_in_top(const void* block, CS_UINT header) {
-  return (static_cast<CS_UINT>(address(block)) - ((header & kMarkMask) >> 2)) & kAddressMask;
+  return (static_cast<CS_UINT>(address(block)) - ((header & kMarkMask) >> kMarkShift)) &
+         kAddressMask;
 }
 
 // The link of a free block of a heap; a block without room for it is the last one.

@@ -8,7 +8,7 @@
 namespace comnlib::mm {
 
 struct AllocOnlyRegion {
-  CS_INT size;  // from the cursor to the region's end
+  MM_WORD(CS_INT, size);  // from the cursor to the region's end
   AllocOnlyRegion* next;
   CS_BYTE* cursor;
 } MM_OVERLAY;

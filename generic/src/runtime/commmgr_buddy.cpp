@@ -22,18 +22,19 @@ constexpr CS_INT floor_log2(CS_UINT value) {
 // The smallest order whose block holds `size` bytes and the header word; beyond every pool's
 // highest order for large ones.
 constexpr CS_INT order_for(CS_INT size) {
-  return floor_log2(static_cast<CS_UINT>(std::max(size, 12)) + 3) - 3;
+  const CS_INT held = std::max(size, span_of(0) - kWord);
+  return floor_log2(static_cast<CS_UINT>(held + kWord - 1)) - (kMinShift - 1);
 }
-static_assert(order_for(0) == 0 && order_for(12) == 0);
-static_assert(order_for(13) == 1 && order_for(28) == 1);
-static_assert(order_for(29) == 2 && order_for(60) == 2);
+static_assert(order_for(0) == 0 && order_for(3 * kWord) == 0);
+static_assert(order_for(3 * kWord + 1) == 1 && order_for(7 * kWord) == 1);
+static_assert(order_for(7 * kWord + 1) == 2 && order_for(15 * kWord) == 2);
 
 constexpr CS_INT highest_order(CS_INT blocksize) {
-  return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - 3, 0,
-                    kMaxOrder + 1);
+  return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - (kMinShift - 1),
+                    0, kMaxOrder + 1);
 }
-static_assert(highest_order(4096) == 8 && highest_order(4098) == 9);
-static_assert(highest_order(16) == 0 && highest_order(span_of(kMaxOrder)) == kMaxOrder);
+static_assert(highest_order(span_of(8)) == 8 && highest_order(span_of(8) + 2) == 9);
+static_assert(highest_order(span_of(0)) == 0 && highest_order(span_of(kMaxOrder)) == kMaxOrder);
 static_assert(highest_order(span_of(kMaxOrder) + 1) == 16 && highest_order(1 << 30) == 16);
 
 // In the lists of orders that the pool does not have.
@@ -143,7 +144,7 @@ CS_RETCODE add_top_level(MmHandle* handle) {
   for (CS_INT offset = span_of(pool.bpmax); offset > 0;) {
     offset -= span_of(order);
     auto* top = at<MmDList>(memory, offset);
-    const CS_UINT mark = (static_cast<CS_UINT>(address(top)) & kAddressMask) << 2;
+    const CS_UINT mark = (static_cast<CS_UINT>(address(top)) & kAddressMask) << kMarkShift;
     top->size = with_order(mark | kFree, order);
     push(pool, top, order);
   }

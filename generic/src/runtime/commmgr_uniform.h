@@ -8,9 +8,9 @@
 namespace comnlib::mm {
 
 struct UniformNode {
-  CS_INT size;        // node_size, in use and free alike
-  UniformNode* next;  // while free
-  CS_UINT key;        // while free, in nodes that have room for it: kFreeKey
+  MM_WORD(CS_INT, size);  // node_size, in use and free alike
+  UniformNode* next;      // while free
+  CS_UINT key;            // while free, in nodes that have room for it: kFreeKey
 } MM_OVERLAY;
 
 // Marks free nodes, so that freeing one twice is noticed without a walk over the list. Allocation

@@ -141,7 +141,7 @@ const KindOps& kind_of(CS_INT list_type);
 // Gets of properties.
 template <class Value>
 CS_RETCODE give_value(Value value, CS_VOID* buffer, CS_INT* outlen) {
-  static_assert(sizeof value == sizeof(CS_INT) && std::is_trivially_copyable_v<Value>);
+  static_assert(sizeof value == sizeof(CS_INT) || std::is_pointer_v<Value>);
   check_pointer(buffer);
   std::memcpy(buffer, &value, sizeof value);
   if (outlen != nullptr) *outlen = sizeof value;

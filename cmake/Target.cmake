@@ -1,0 +1,43 @@
+# The processor that the library is built for: i386, the default, or x86_64. Each has its own binary
+# interface; generic/src/machine.h has what follows from it in the sources.
+set(COMNLIB_TARGET i386 CACHE STRING "Processor to build for: i386 or x86_64")
+set_property(CACHE COMNLIB_TARGET PROPERTY STRINGS i386 x86_64)
+if(COMNLIB_TARGET STREQUAL "i386")
+  # With SSE2, since x87 would round doubles twice.
+  set(COMNLIB_TARGET_OPTION -m32)
+  set(COMNLIB_TARGET_BITS 32)
+  add_compile_options(-m32 -msse2 -mfpmath=sse)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+elseif(COMNLIB_TARGET STREQUAL "x86_64")
+  set(COMNLIB_TARGET_OPTION -m64)
+  set(COMNLIB_TARGET_BITS 64)
+  add_compile_options(-m64)
+else()
+  message(FATAL_ERROR "COMNLIB_TARGET is i386 or x86_64, not \"${COMNLIB_TARGET}\"")
+endif()
+add_link_options(${COMNLIB_TARGET_OPTION})
+# CMake knows the compiler as it is without that option; folders of libraries go by these two.
+math(EXPR CMAKE_SIZEOF_VOID_P "${COMNLIB_TARGET_BITS} / 8")
+set(CMAKE_LIBRARY_ARCHITECTURE ${COMNLIB_TARGET}-linux-gnu)
+# Both libraries may be installed below one prefix.
+set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Folder of the libraries")
+# Places in diagnostics name files from the source tree's root, wherever it was built.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+if(COMNLIB_SANITIZE)
+  add_compile_options(-fsanitize=${COMNLIB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${COMNLIB_SANITIZE})
+endif()
+# Only the library counts, atomically, since tests run it in several threads.
+add_library(comnlib_coverage INTERFACE)
+if(COMNLIB_COVERAGE)
+  target_compile_options(comnlib_coverage INTERFACE --coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
+add_library(comnlib_hardening INTERFACE)
+target_compile_options(comnlib_hardening INTERFACE -fstack-protector-strong)
+if(NOT COMNLIB_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  target_compile_definitions(comnlib_hardening INTERFACE _FORTIFY_SOURCE=2)
+endif()
+target_link_options(comnlib_hardening INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)

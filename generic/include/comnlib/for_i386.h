@@ -1,0 +1,5 @@
+/**
+ * @file
+ * Lies beside the other headers where the library for 32-bit hosts is installed: comnlib/types.h
+ * looks for it, and refuses a host that this installation has no library for.
+ */
