@@ -127,6 +127,31 @@ Result convert(Context& context, CS_INT srctype, const auto& value, const CS_DAT
   return convert(context, {format_of(srctype), bytes_of(value)}, to);
 }
 
+// One conversion and all that it leaves in its room: the length is that of the bytes where none is
+// given.
+struct Row {
+  Encoded source;
+  CS_DATAFMT to;
+  CS_RETCODE code;
+  std::string bytes;
+  CS_INT length = -1;
+};
+
+inline Encoded value_of(CS_INT type, const auto& value) {
+  return {format_of(type), bytes_of(value)};
+}
+
+inline void check(Context& context, const Row& row) {
+  SCOPED_TRACE(testing::Message() << '"' << row.source.bytes << "\" from "
+                                  << row.source.format.datatype << " to " << row.to.datatype
+                                  << " of " << row.to.maxlength << ", format " << row.to.format);
+  const Result result = convert(context, row.source, row.to);
+  EXPECT_EQ(row.code, result.code);
+  EXPECT_EQ(row.bytes, result.first(row.bytes.size()));
+  EXPECT_EQ(row.length < 0 ? static_cast<CS_INT>(row.bytes.size()) : row.length, result.length);
+  EXPECT_TRUE(result.untouched_from(row.bytes.size()));
+}
+
 // What a call that must abort writes to standard error; "" when it returns.
 inline std::string stop_text(auto call) {
   testing::internal::CaptureStderr();

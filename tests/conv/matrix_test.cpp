@@ -15,33 +15,37 @@ namespace {
 using namespace conversion;
 using Pair = std::pair<CS_INT, CS_INT>;
 
-// Sources with the name before "to", and the names behind it: for destinations 0 2 4, 1 3 5, 6 to
-// 15 one by one, 16 17, 18 and so on. "-" is a pair without a routine.
+// Sources by the name before "to", and the names after it: for the character, binary, fixed-length,
+// numeric and further destinations in the order of their codes. "-" is a pair without a routine.
 const struct {
   std::vector<std::pair<CS_INT, const char*>> sources;
   const char* to;
 } kRows[] = {
     // clang-format off
-    {{{0, "char"}, {2, "char"}, {4, "char"}, {18, "varchar"}},
+    {{{CS_CHAR_TYPE, "char"}, {CS_LONGCHAR_TYPE, "char"}, {CS_TEXT_TYPE, "char"}, {CS_VARCHAR_TYPE, "varchar"}},
      "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - char char - - unichar"},
-    {{{1, "bin"}, {3, "bin"}, {5, "bin"}, {19, "varbin"}},
+    {{{CS_BINARY_TYPE, "bin"}, {CS_LONGBINARY_TYPE, "bin"}, {CS_IMAGE_TYPE, "bin"}, {CS_VARBINARY_TYPE, "varbin"}},
      "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin - - - - - unichar"},
-    {{{6, "i1"}, {7, "i2"}, {8, "i4"}, {9, "flt4"}, {10, "flt8"}, {14, "money"}, {15, "mny4"}, {16, "num"}, {17, "num"}},
+    {{{CS_TINYINT_TYPE, "i1"}, {CS_SMALLINT_TYPE, "i2"}, {CS_INT_TYPE, "i4"}, {CS_REAL_TYPE, "flt4"}, {CS_FLOAT_TYPE, "flt8"},
+      {CS_MONEY_TYPE, "money"}, {CS_MONEY4_TYPE, "mny4"}, {CS_NUMERIC_TYPE, "num"}, {CS_DECIMAL_TYPE, "num"}},
      "char bin i1 i2 i4 flt4 flt8 bit - - money mny4 num varchar varbin - - - - - unichar"},
-    {{{11, "bit"}}, "char bin i1 i2 i4 flt4 flt8 bit - - - - num varchar varbin - - - - - unichar"},
-    {{{12, "date"}, {13, "date4"}}, "char - - - - - - - date date4 - - - varchar varbin - - - - - unichar"},
-    {{{21, "char"}}, "char - - - - - - - - - - - - varchar - - char - - - -"},
-    {{{22, "char"}}, "char - - - - - - - - - - - - varchar - - - char - - -"},
-    {{{23, "void"}}, "any any any any any any any any any any any any any any any any any any void any any"},
-    {{{25, "unichar"}}, "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin i8 - - - - unichar"},
+    {{{CS_BIT_TYPE, "bit"}}, "char bin i1 i2 i4 flt4 flt8 bit - - - - num varchar varbin - - - - - unichar"},
+    {{{CS_DATETIME_TYPE, "date"}, {CS_DATETIME4_TYPE, "date4"}},
+     "char - - - - - - - date date4 - - - varchar varbin - - - - - unichar"},
+    {{{CS_SENSITIVITY_TYPE, "char"}}, "char - - - - - - - - - - - - varchar - - char - - - -"},
+    {{{CS_BOUNDARY_TYPE, "char"}}, "char - - - - - - - - - - - - varchar - - - char - - -"},
+    {{{CS_VOID_TYPE, "void"}}, "any any any any any any any any any any any any any any any any any any void any any"},
+    {{{CS_UNICHAR_TYPE, "unichar"}},
+     "char bin i1 i2 i4 flt4 flt8 bit datetime date4 money mny4 num varchar varbin i8 - - - - unichar"},
     // clang-format on
 };
 
-const std::map<Pair, const char*> kExceptions = {{{12, 25}, "comn_datetimetounichar"},
-                                                 {{4, 25}, "comn_texttounichar"},
-                                                 {{5, 25}, "comn_imagetounichar"},
-                                                 {{25, 4}, "comn_unichartotext"},
-                                                 {{25, 5}, "comn_unichartoimage"}};
+const std::map<Pair, const char*> kExceptions = {
+    {{CS_DATETIME_TYPE, CS_UNICHAR_TYPE}, "comn_datetimetounichar"},
+    {{CS_TEXT_TYPE, CS_UNICHAR_TYPE}, "comn_texttounichar"},
+    {{CS_IMAGE_TYPE, CS_UNICHAR_TYPE}, "comn_imagetounichar"},
+    {{CS_UNICHAR_TYPE, CS_TEXT_TYPE}, "comn_unichartotext"},
+    {{CS_UNICHAR_TYPE, CS_IMAGE_TYPE}, "comn_unichartoimage"}};
 
 std::map<Pair, std::string> names_by_pair() {
   std::map<Pair, std::string> names;

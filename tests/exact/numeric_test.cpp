@@ -141,6 +141,22 @@ TEST(NumericKernel, DivisionWithoutRoom) {
   EXPECT_EQ(text(rest), "5");
 }
 
+// 66 bytes by 2 leave 65: with one more byte all of the 132 that a division has. A byte less in the
+// divisor is too much.
+TEST(NumericKernel, DivisionInAllOfItsRoom) {
+  std::array<CS_BYTE, 67> bytes, result{};
+  bytes.fill(255);
+  bytes[0] = 0;
+  std::array<CS_BYTE, 3> divisor{0, 1, 0};
+  const constant dividend{bytes.size(), 77, 0, bytes.data()};
+  constant quotient{result.size(), 77, 0, result.data()};
+  const constant two{3, 4, 0, divisor.data()}, one{2, 2, 0, divisor.data()};
+  EXPECT_EQ(com__exctnume_intdiv(&dividend, &two, &quotient, nullptr), kExactOk);
+  EXPECT_EQ(result[1], 0);
+  EXPECT_EQ(result[2], 255);
+  EXPECT_EQ(com__exctnume_intdiv(&dividend, &one, &quotient, nullptr), kExactOverflow);
+}
+
 TEST(NumericKernel, LongIntegers) {
   CS_NUMERIC value = numeric("0", 19, 0);
   constant record = record_of(value);

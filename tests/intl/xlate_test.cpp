@@ -258,6 +258,7 @@ TEST_F(Xlate, ThroughTheConversionRoutines) {
       {std::string("'\0x", 3), 9, CS_DFMT_ESCQUOTE | CS_DFMT_NULLTERM, CS_SUCCEED,
        std::string("''\0", 3)},
       {"a€", 4, CS_DFMT_PADNULL, CS_CVT_SUBSTITUTED, std::string("a?\0\0", 4)},
+      {"a€", 2, 0, CS_CVT_SUBSTITUTED, "a?"},
       {"aé\xC3", 9, 0, CS_CVT_BADXLATE, "a\xE9"},
   };
   for (const auto& row : rows) {
