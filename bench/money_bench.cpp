@@ -1,5 +1,5 @@
 // Money beside plain 64-bit integers that keep the same overflow and rounding rules, and money text
-// beside libpgtypes, Boost's integers and the digits alone.
+// beside libpgtypes, Boost's integers and the bare digits.
 
 #include <array>
 #include <boost/multiprecision/cpp_int.hpp>

@@ -1,7 +1,7 @@
 // Exact numerics beside three peers: GMP on bare limbs, GMP with our byte layout imported and
 // exported, Boost's fixed-width integers, and libpgtypes. Arguments are decimal digits. The peers
-// do the same arithmetic on the same digits; checks of precision and the rules of scales are ours
-// alone.
+// do the same arithmetic on the same digits; only ours checks precisions and follows the rules of
+// scales.
 #include <gmp.h>
 
 #include <algorithm>
@@ -114,7 +114,7 @@ void gmp_limbs(benchmark::State& state) {
   Limbs power;
   int shift = -1;
   loop(state, sign, [&](const Operand& a, const Operand& b) {
-    // The limbs behind the shorter operand are zero.
+    // The limbs after the shorter operand are zero.
     const mp_size_t common = std::max(a.size, b.size);
     if constexpr (sign == '+') {
       result[static_cast<std::size_t>(common)] =

@@ -2,6 +2,7 @@
 // vectors computed elsewhere and against tables of the rules' edges.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <concepts>
 #include <cstdint>
@@ -63,7 +64,7 @@ void format(std::int64_t value, CS_INT decimals, CS_INT grouped, const char* tex
   EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, grouped, decimals), text);
 }
 
-// The value is looked at on success alone.
+// The value is compared only on success.
 void parse(std::string_view text, CS_INT status, std::int64_t value = 0,
            const char_attrib* charset = nullptr) {
   // The exact size on the heap: a sanitizer sees every byte read beyond.
@@ -109,8 +110,9 @@ TEST(Money, ComparesHighHalvesSignedAndLowHalvesUnsigned) {
   }
   const CS_MONEY4 least{kIntMin}, largest{kIntMax};
   for (const auto compare : {comn_mny4cmp, com_mny4cmp})
-    EXPECT_TRUE(compare(&least, &largest) == -1 && compare(&largest, &least) == 1 &&
-                compare(&least, &least) == 0);
+    EXPECT_EQ((std::array{-1, 1, 0}),
+              (std::array{compare(&least, &largest), compare(&largest, &least),
+                          compare(&least, &least)}));
 }
 
 // An operation on one record `m`, by its current name and its older one; `other` is another record
@@ -248,8 +250,10 @@ TEST(Money, Narrows) {
   }
   const CS_MONEY least = wide(-21474836489999), less = wide(-21474836490000);
   CS_INT whole = 0;
-  EXPECT_TRUE(com__mnytoint(&least, &whole) == 0 && whole == kIntMin);
-  EXPECT_TRUE(com__mnytoint(&less, &whole) == 1 && whole == kIntMin);
+  EXPECT_EQ(0, com__mnytoint(&least, &whole));
+  EXPECT_EQ(kIntMin, whole);
+  EXPECT_EQ(1, com__mnytoint(&less, &whole));
+  EXPECT_EQ(kIntMin, whole);
 }
 
 // A negative value that a half or more is cut from goes down by one where nothing is left of it.
@@ -265,8 +269,8 @@ TEST(Money, ToIntegerAndRealFromBothSizes) {
     CS_REAL reals[2];
     EXPECT_EQ(0, com__mnytoint(&m, &integers[0]) + com__mny4toint(&small, &integers[1]));
     EXPECT_EQ(0, com__mnytoflt4(&m, &reals[0]) + com__mny4toflt4(&small, &reals[1]));
-    EXPECT_TRUE(integers[0] == integer && integers[1] == integer) << from;
-    EXPECT_TRUE(reals[0] == real && reals[1] == real) << from;
+    EXPECT_EQ(std::pair(integer, integer), std::pair(integers[0], integers[1])) << from;
+    EXPECT_EQ(std::pair(real, real), std::pair(reals[0], reals[1])) << from;
   }
 }
 
@@ -282,7 +286,7 @@ TEST(MoneyText, FlagsAndRoom) {
       {"two decimals by default", 1000000, 1, 7, "100.00"},
       {"one comma", 12345678, 1, 9, "1,234.57"},
       {"one comma, one short", 12345678, 1, 8, nullptr},
-      {"no comma behind the sign", -1234567, 1, 8, "-123.46"},
+      {"no comma after the sign", -1234567, 1, 8, "-123.46"},
       {"grouping asks for exactly 1", 12345678, 3, 32, "1234.57"},
       {"decimals beyond the sign bit", 5, -1, 32, "0.0005"},
       {"longest", INT64_MIN, 4 << 8 | 1, 26, "-922,337,203,685,477.5808"},

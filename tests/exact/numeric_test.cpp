@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "comnlib/convert.h"
+#include "exact/limbs.h"
 #include "exact/numemath.h"
 #include "exact/numeric.h"
 
@@ -74,7 +75,8 @@ TEST(NumericText, WithMarkers) {
     for (const char* const refused : texts) {
       CS_NUMERIC value{99, 99, {}};
       EXPECT_EQ(parse_numeric(refused, kFromText, kFromText, false, value), status) << refused;
-      EXPECT_TRUE(value.precision == left && value.scale == left) << refused;
+      EXPECT_EQ(left, value.precision) << refused;
+      EXPECT_EQ(left, value.scale) << refused;
     }
   };
   const std::string nines(2000, '9');  // more than any magnitude has room for
@@ -93,7 +95,7 @@ TEST(NumericText, OneMarkerAlone) {
   CS_NUMERIC value{};
   EXPECT_EQ(parse_numeric("12.987", kFromText, 1, true, value), 0);
   EXPECT_EQ(text(value), "13.0");
-  EXPECT_EQ(value.precision, 5) << "dropped digits stand in the text";
+  EXPECT_EQ(value.precision, 5) << "dropped digits were written";
 }
 
 TEST(NumericText, Printing) {
@@ -249,6 +251,22 @@ TEST_F(NumericConversion, NumbersToNumeric) {
 }
 
 using NumericDeathTest = NumericConversion;
+
+TEST(LimbsDeathTest, BrokenPreconditionsStop) {
+  Magnitude one, two, full, result;
+  one.assign(std::uint64_t{1});
+  two.assign(std::uint64_t{2});
+  full.assign(Limbs(std::array<Limb, Magnitude::kCapacity>{}));
+  EXPECT_DEATH(add(full, one, result), "assertion failed");
+  EXPECT_DEATH(subtract(one, two, result), "assertion failed");
+  EXPECT_DEATH(multiply(one, two, one), "assertion failed");
+  EXPECT_DEATH(multiply(full, one, result), "assertion failed");
+  EXPECT_DEATH(multiply_add(full, 1, 1), "assertion failed");
+  EXPECT_DEATH(divide(one, result, full, two), "assertion failed");
+  EXPECT_DEATH(divide(one, two, two, result), "assertion failed");
+  EXPECT_DEATH(scale_up(one, CS_MAX_PREC + 1), "assertion failed");
+  EXPECT_DEATH(scale_down(one, -1), "assertion failed");
+}
 
 TEST_F(NumericDeathTest, BrokenPreconditionsStop) {
   CS_NUMERIC value = numeric("1");

@@ -1,6 +1,6 @@
 // Exact numerics against vectors from arbitrary-precision integers, which
 // tools/mkvectors_numeric.py writes. Records are built from their text byte by byte, with guard
-// bytes behind the value that no routine may touch.
+// bytes after the value that no routine may touch.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -276,6 +277,25 @@ TEST(NumericVectors, Texts) {
     EXPECT_EQ(status, number(row.at(4)));
     EXPECT_EQ(record.value(), bytes_of(row.at(5), record.record.len));
   });
+}
+
+// Digits at the edges of what limbs and groups of digits hold, and any others; up to a record that
+// no host has.
+TEST(NumericVectors, PrintsWhatWasPut) {
+  std::mt19937 random(9);
+  for (std::size_t count = 1; count <= 160; ++count) {
+    std::string any(count, '1'), sparse(count, '0');
+    for (char& digit : any) digit = static_cast<char>('1' + random() % 9);
+    sparse.front() = sparse[random() % count] = '1';
+    for (const std::string& text :
+         {std::string(count, '9'), "1" + std::string(count - 1, '0'), any, sparse}) {
+      const Record record((count <= CS_MAX_PREC ? "33,77,0," : "133,77,0,") + text);
+      std::string printed(200, '#');
+      CS_INT length = 0;
+      EXPECT_EQ(com__subexctnumetochar(&record.record, printed.data(), 200, &length), 0);
+      EXPECT_EQ(printed.substr(0, static_cast<std::size_t>(length)), text);
+    }
+  }
 }
 
 std::uint64_t bits_of(const std::string& text) {

@@ -60,17 +60,41 @@ TEST(Calendar, EveryDayAgreesWithChronoAndRemakes) {
     const year iso_year = year_month_day{thursday}.year();
     const auto iso_week = (thursday - sys_days{iso_year / January / 1}).count() / 7 + 1;
     CS_DATETIME made{77, 88};
-    ASSERT_TRUE(rec.dateyear == int{date.year()} &&
-                rec.datemonth + 1 == int(unsigned{date.month()}) &&
-                rec.datedmonth == int(unsigned{date.day()}) && rec.datedyear == day_of_year &&
-                rec.datedweek == int(from_sunday) && com__datemake(&made, &rec) == 0 &&
-                made.dtdays == dtdays && made.dttime == 88 && part(COM_PART_WEEK, dtdays) == week &&
-                part(COM_PART_ISOYEAR, dtdays) == int{iso_year} &&
-                part(COM_PART_ISOWEEK, dtdays) == iso_week &&
-                part(COM_PART_ISOWEEKDAY, dtdays) == int(weekday{day}.iso_encoding()) &&
-                leapyear(rec.dateyear - 1753) == (date.year().is_leap() ? 1 : 0))
-        << "dtdays " << dtdays;
-    ASSERT_TRUE(rec.datehour == 1 && rec.datemsecond == 4 && rec.datetzone == 0);
+    const CS_INT status = com__datemake(&made, &rec);
+    using Day = std::array<CS_INT, 16>;
+    const Day seen = {rec.dateyear,
+                      rec.datemonth + 1,
+                      rec.datedmonth,
+                      rec.datedyear,
+                      rec.datedweek,
+                      part(COM_PART_WEEK, dtdays),
+                      part(COM_PART_ISOYEAR, dtdays),
+                      part(COM_PART_ISOWEEK, dtdays),
+                      part(COM_PART_ISOWEEKDAY, dtdays),
+                      leapyear(rec.dateyear - 1753),
+                      status,
+                      made.dtdays,
+                      made.dttime,
+                      rec.datehour,
+                      rec.datemsecond,
+                      rec.datetzone};
+    const Day expected = {int{date.year()},
+                          int(unsigned{date.month()}),
+                          int(unsigned{date.day()}),
+                          int(day_of_year),
+                          int(from_sunday),
+                          week,
+                          int{iso_year},
+                          int(iso_week),
+                          int(weekday{day}.iso_encoding()),
+                          date.year().is_leap() ? 1 : 0,
+                          0,
+                          dtdays,
+                          88,
+                          1,
+                          4,
+                          0};
+    ASSERT_EQ(expected, seen) << "dtdays " << dtdays;
   }
 }
 
@@ -81,12 +105,18 @@ TEST(Calendar, EveryTickCracksAndRemakes) {
     com__timecrack(&dt, &rec);
     const hh_mm_ss clock{floor<milliseconds>(Ticks{tick})};
     CS_DATETIME made{5, 0};
-    ASSERT_TRUE(rec.datehour == clock.hours().count() &&
-                rec.dateminute == clock.minutes().count() &&
-                rec.datesecond == clock.seconds().count() &&
-                rec.datemsecond == clock.subseconds().count() && com__timemake(&made, &rec) == 0 &&
-                made.dttime == tick && made.dtdays == 5)
-        << "tick " << tick;
+    const CS_INT status = com__timemake(&made, &rec);
+    using Time = std::array<std::int64_t, 7>;
+    const Time seen = {rec.datehour, rec.dateminute, rec.datesecond, rec.datemsecond,
+                       status,       made.dttime,    made.dtdays};
+    const Time expected = {clock.hours().count(),
+                           clock.minutes().count(),
+                           clock.seconds().count(),
+                           clock.subseconds().count(),
+                           0,
+                           tick,
+                           5};
+    ASSERT_EQ(expected, seen) << "tick " << tick;
   }
 }
 
@@ -101,13 +131,15 @@ TEST(Calendar, DaysAndTicksOutsideTheRangeCrackWithinBounds) {
       const auto& month = (leapyear(n) ? lmonthdays : monthdays)[rec.datemonth];
       EXPECT_EQ(days, 365LL * n + com__leapcnt(n) + COM_DTDAYS_MIN + rec.datedyear - 1) << days;
       EXPECT_EQ(rec.datedyear, month[1] + rec.datedmonth) << days;
-      EXPECT_TRUE(rec.datedmonth >= 1 && rec.datedmonth <= month[0]) << days;
+      EXPECT_GE(rec.datedmonth, 1) << days;
+      EXPECT_LE(rec.datedmonth, month[0]) << days;
       EXPECT_EQ((ticks & 0x1FFFFFF) / 1080000, rec.datehour) << ticks;
       for (CS_INT code = 0; code <= 13; ++code) com__datepart(code, &dt, kMin);
       CS_DATETIME sum = dt;
       CS_INT diff = 7;
       EXPECT_NE(0, com__date_add(COM_PART_DAY, 0, &sum));
-      EXPECT_TRUE(com__datediff(COM_PART_YEAR, &dt, &dt, &diff) != 0 && diff == 7);
+      EXPECT_NE(0, com__datediff(COM_PART_YEAR, &dt, &dt, &diff));
+      EXPECT_EQ(7, diff);
     }
   }
 }
@@ -163,14 +195,20 @@ TEST(Parts, NumbersAndNames) {
 TEST(Comparing, DaysThenTimeAndTheSmallFormUnsigned) {
   const CS_DATETIME low{kMin, 5}, high{kMax, 4}, later{kMax, 6};
   const CS_DATETIME4 first{1, 9}, last{65535, 0};
-  EXPECT_TRUE(com_datecmp(&low, &high) == -1 && com_datecmp(&later, &high) == 1);
-  EXPECT_TRUE(com_datecmp(&low, &low) == 0 && com__datecmp(&later, &high) == 2);
-  EXPECT_TRUE(com__datecmp(&low, &high) == kMin && com_date4cmp(&first, &last) == -1);
+  EXPECT_EQ(-1, com_datecmp(&low, &high));
+  EXPECT_EQ(1, com_datecmp(&later, &high));
+  EXPECT_EQ(0, com_datecmp(&low, &low));
+  EXPECT_EQ(2, com__datecmp(&later, &high));
+  EXPECT_EQ(kMin, com__datecmp(&low, &high));
+  EXPECT_EQ(-1, com_date4cmp(&first, &last));
   CS_DATETIME dt{};
   CS_DATETIME4 dt4 = first;
-  EXPECT_TRUE(com_setdatetime(&dt, kMin, 5) == CS_SUCCEED && com_datecmp(&dt, &low) == 0);
-  EXPECT_TRUE(com_datezero(&dt) == CS_SUCCEED && dt.dtdays == 0 && dt.dttime == 0);
-  EXPECT_TRUE(com_date4zero(&dt4) == CS_SUCCEED && dt4.days == 0 && dt4.minutes == 0);
+  EXPECT_EQ(CS_SUCCEED, com_setdatetime(&dt, kMin, 5));
+  EXPECT_EQ((Fields{0, kMin, 5}), (Fields{0, dt.dtdays, dt.dttime}));
+  EXPECT_EQ(CS_SUCCEED, com_datezero(&dt));
+  EXPECT_EQ(CS_SUCCEED, com_date4zero(&dt4));
+  EXPECT_EQ((std::array<CS_INT, 4>{}),
+            (std::array<CS_INT, 4>{dt.dtdays, dt.dttime, dt4.days, dt4.minutes}));
 }
 
 TEST(SmallForm, RoundsToTheMinuteAndIsValidated) {
@@ -194,8 +232,9 @@ TEST(SmallForm, RoundsToTheMinuteAndIsValidated) {
       {COM_DTDAYS_MIN - 1, 0}, {COM_DTDAYS_MAX + 1, 0}, {0, -1}, {0, COM_DTTIME_MAX + 1}};
   for (const CS_DATETIME& dt : valid) EXPECT_TRUE(com__valid_datetime(&large, &dt));
   for (const CS_DATETIME& dt : invalid) EXPECT_FALSE(com__valid_datetime(&large, &dt));
-  const CS_DATETIME4 last{65535, 1439}, none{0, 1440};
-  EXPECT_TRUE(com__valid_datetime(&small, &last) && !com__valid_datetime(&small, &none));
+  const CS_DATETIME4 last{65535, 1439}, beyond{0, 1440};
+  EXPECT_TRUE(com__valid_datetime(&small, &last));
+  EXPECT_FALSE(com__valid_datetime(&small, &beyond));
 }
 
 CS_INT uniform(CS_INT low, CS_INT high) {
@@ -235,11 +274,27 @@ TEST(Arithmetic, AddsLikeChrono) {
     const auto day = floor<days>(expected);
     in_range = in_range && day >= sys_days{1753y / 1 / 1} && day < sys_days{year{10000} / 1 / 1};
     CS_DATETIME sum = dt;
-    ASSERT_TRUE(in_range == (com__date_add(code, count, &sum) == 0) &&
-                moment_of(sum) == (in_range ? expected : moment_of(dt)) &&
-                sum.dtdays == floor<days>(moment_of(sum) - kEpoch).count())
+    const CS_INT status = com__date_add(code, count, &sum);
+    const auto moment = (in_range ? expected : moment_of(dt)) - kEpoch;
+    const auto whole_days = floor<days>(moment);
+    ASSERT_EQ(
+        (Fields{in_range ? 0 : 1, int(whole_days.count()), int((moment - whole_days).count())}),
+        (Fields{status, sum.dtdays, sum.dttime}))
         << dt.dtdays << ' ' << dt.dttime << " part " << code << " + " << count;
   }
+}
+
+TEST(Arithmetic, EdgesOfADayAndOfTheRange) {
+  const auto add = [](CS_INT part, CS_INT amount, CS_DATETIME dt) {
+    const CS_INT status = com__date_add(part, amount, &dt);
+    return Fields{status, dt.dtdays, dt.dttime};
+  };
+  EXPECT_EQ((Fields{0, 9, 0}), add(COM_PART_HOUR, -24, {10, 0}));
+  EXPECT_EQ((Fields{0, 9, COM_DTTIME_MAX}), add(COM_PART_MILLISECOND, -3, {10, 0}));
+  EXPECT_EQ((Fields{0, 11, 0}), add(COM_PART_HOUR, 1, {10, 23 * 1080000}));
+  EXPECT_EQ((Fields{1, COM_DTDAYS_MAX, 5}), add(COM_PART_MONTH, 1, {COM_DTDAYS_MAX, 5}));
+  EXPECT_EQ((Fields{1, COM_DTDAYS_MIN, 5}), add(COM_PART_MONTH, -1, {COM_DTDAYS_MIN, 5}));
+  EXPECT_EQ((Fields{1, COM_DTDAYS_MIN, 0}), add(COM_PART_MINUTE, -1, {COM_DTDAYS_MIN, 0}));
 }
 
 // By part, how many boundaries lie between a fixed moment and this one.
@@ -278,12 +333,12 @@ TEST(AddingBoth, NarrowsAndRefuses) {
   CS_DATETIME4 narrow{7, 7};
   EXPECT_EQ(1, com__dateadd_both(COM_PART_MONTH, -1, &large, &dt, &small, &narrow)) << "1899";
   EXPECT_EQ(1, com__dateadd_both(COM_PART_DAY, 1, &small, &narrow, &small, &narrow));
-  EXPECT_TRUE(narrow.days == 7 && narrow.minutes == 7);
-  EXPECT_EQ(0, com__dateadd_both(COM_PART_MONTH, 1, &large, &dt, &small, &narrow));
-  EXPECT_TRUE(narrow.days == 58 && narrow.minutes == 1) << "28 February";
+  EXPECT_EQ((Fields{0, 7, 7}), (Fields{0, narrow.days, narrow.minutes}));
+  CS_INT status = com__dateadd_both(COM_PART_MONTH, 1, &large, &dt, &small, &narrow);
+  EXPECT_EQ((Fields{0, 58, 1}), (Fields{status, narrow.days, narrow.minutes})) << "28 February";
   CS_DATETIME sum{};
-  EXPECT_EQ(0, com__dateadd_both(COM_PART_DAY, -31, &large, &dt, &large, &sum));
-  EXPECT_TRUE(sum.dtdays == -1 && sum.dttime == 9000);
+  status = com__dateadd_both(COM_PART_DAY, -31, &large, &dt, &large, &sum);
+  EXPECT_EQ((Fields{0, -1, 9000}), (Fields{status, sum.dtdays, sum.dttime}));
 }
 
 TEST(CalendarDeathTest, StopsOnNullAndUnknownParts) {

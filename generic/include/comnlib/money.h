@@ -82,8 +82,8 @@ COMN_API CS_RETCODE comn_mnyscale(CS_MONEY* m, CS_INT multiplier, CS_INT addend)
 
 /**
  * Begins digit extraction: makes `m` its magnitude divided by 10^ndigits (a negative number removes
- * none), rounded up when the last removed digit is 5 or more. Returns -1 when `m` was negative and
- * 0 otherwise.
+ * no digits), rounded up when the last removed digit is 5 or more. Returns -1 when `m` was negative
+ * and 0 otherwise.
  */
 COMN_API CS_INT comn_mnyinit(CS_MONEY* m, CS_INT ndigits);
 

@@ -1,4 +1,5 @@
-// Decimal digits from integers: two at a time by a table, sixteen at a time by SSE2.
+// Decimal digits as text, two at a time by a table, sixteen at a time by SSE2: everything that
+// writes the digits of a number does it here.
 #pragma once
 
 #include <emmintrin.h>
@@ -6,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace comnlib {
 
@@ -18,6 +20,24 @@ inline constexpr auto kDigitPairs = [] {
   }
   return pairs;
 }();
+
+// Writes the last `count` digits of `value`, leading zeros included, so that they end at `end`.
+// Returns where they begin.
+inline char* put_digits(std::uint32_t value, int count, char* end) {
+  for (; count >= 2; count -= 2) {
+    end -= 2;
+    std::memcpy(end, &kDigitPairs[2 * (value % 100)], 2);
+    value /= 100;
+  }
+  if (count != 0) *--end = static_cast<char>('0' + value % 10);
+  return end;
+}
+
+// Writes all digits of `value`, at least one, so that they end at `end`. Returns where they begin.
+inline char* put_number(std::uint32_t value, char* end) {
+  for (; value >= 100; value /= 100) end = put_digits(value, 2, end);
+  return put_digits(value, value >= 10 ? 2 : 1, end);
+}
 
 // The characters of two numbers of eight digits each. Every step splits each number in two at a
 // power of ten, by a product with the inverse of that power.
@@ -37,6 +57,11 @@ inline __m128i sixteen_digits(std::uint32_t first, std::uint32_t second) {
   const __m128i tens = _mm_mulhi_epu16(pairs, _mm_set1_epi16(6554));  // 2^16 / 10
   const __m128i ones = _mm_sub_epi16(pairs, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
   return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
+}
+
+// Writes the eight digits of `value`, which is below 10^8, leading zeros included, at `to`.
+inline void put_eight_digits(std::uint32_t value, char* to) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to), sixteen_digits(value, 0));
 }
 
 }  // namespace comnlib

@@ -25,11 +25,6 @@ constexpr int kSignificantDigits = 17;
 
 constexpr PowersOfTen kPowersOfTen;
 
-// Writes two digits before `before` and returns where they start.
-char* put_pair(char* before, CS_UINT n) {
-  return std::copy_n(&kDigitPairs[2 * n], 2, before - 2) - 2;
-}
-
 // A double that is neither zero nor infinite nor a NaN: its magnitude is the significand, of 64
 // bits of which the highest is set, times 2^(exponent - 63).
 struct Binary {
@@ -158,10 +153,10 @@ char* write_scientific(const Decimal& decimal, char* at) {
   at += count == 1 ? 1 : count + 1;
   *at++ = 'e';
   *at++ = decimal.exponent < 0 ? '-' : '+';
-  auto exponent = static_cast<CS_UINT>(std::abs(decimal.exponent));
-  if (exponent >= 100) *at++ = static_cast<char>('0' + exponent / 100);
-  put_pair(at + 2, exponent % 100);
-  return at + 2;
+  const auto exponent = static_cast<CS_UINT>(std::abs(decimal.exponent));
+  char* const end = at + (exponent >= 100 ? 3 : 2);
+  put_digits(exponent, static_cast<int>(end - at), end);
+  return end;
 }
 
 // Writes the digits after a point and some zeros, or with a point among them, and returns their
@@ -207,14 +202,8 @@ std::string_view text_by_library(double value, NumberBuffer& buffer) {
 
 std::string_view text_of(CS_INT value, NumberBuffer& buffer) {
   char* const end = buffer.end();
-  char* begin = end;
-  CS_UINT rest = value < 0 ? -static_cast<CS_UINT>(value) : static_cast<CS_UINT>(value);
-  for (; rest >= 100; rest /= 100) begin = put_pair(begin, rest % 100);
-  if (rest >= 10) {
-    begin = put_pair(begin, rest);
-  } else {
-    *--begin = static_cast<char>('0' + rest);
-  }
+  char* begin =
+      put_number(value < 0 ? -static_cast<CS_UINT>(value) : static_cast<CS_UINT>(value), end);
   if (value < 0) *--begin = '-';
   return {begin, end};
 }

@@ -1,11 +1,10 @@
-// Text of money values, both ways. Formatting rounds once, on the magnitude; reading accumulates
-// the magnitude and looks at the sign at the end alone, but for the smallest value, whose magnitude
-// no positive value has.
+// Text of money values, both ways. Formatting rounds once, on the magnitude. Reading accumulates
+// the magnitude and applies the sign at the end, but it asks for the sign wherever the magnitude of
+// the smallest value comes up, which no positive value has.
 #include "exact/cvtmny.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 
 #include "chars/decimal.h"
@@ -24,23 +23,11 @@ constexpr CS_INT kDefaultDecimals = 2;
 constexpr std::array<Limb, kDecimals + 1> kPowers{1, 10, 100, 1000, 10000};
 static_assert(kPowers[kDecimals] == kUnitsOfOne);
 
-// Writes the last `count` digits of `value`, leading zeros included, in front of `end`.
-CS_CHAR* put_digits(Limb value, int count, CS_CHAR* end) {
-  for (; count >= 2; count -= 2) {
-    end -= 2;
-    std::memcpy(end, &kDigitPairs[2 * (value % 100)], 2);
-    value /= 100;
-  }
-  if (count != 0) *--end = static_cast<CS_CHAR>('0' + value % 10);
-  return end;
-}
-
-CS_CHAR* put_number(Absolute value, CS_CHAR* end) {
+CS_CHAR* put_units(Absolute value, CS_CHAR* end) {
   constexpr Limb kBillion = 1'000'000'000;
-  while (value >= kBillion) end = put_digits(divide_small(value, kBillion), 9, end);
-  auto rest = static_cast<Limb>(value);
-  for (; rest >= 100; rest /= 100) end = put_digits(rest, 2, end);
-  return put_digits(rest, rest >= 10 ? 2 : 1, end);
+  while (value >= kBillion)
+    end = put_digits(static_cast<std::uint32_t>(divide_small(value, kBillion)), 9, end);
+  return put_number(static_cast<std::uint32_t>(value), end);
 }
 
 struct Layout {
@@ -65,13 +52,13 @@ CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags
   Absolute rounded = absolute(value);
   if (const int dropped = kDecimals - layout.decimals; dropped > 0) {
     const Limb power = kPowers[static_cast<std::size_t>(dropped)];
-    if (divide_small(rounded, power) >= power / 2) ++rounded;
+    if (rounds_up(divide_small(rounded, power), power)) ++rounded;
   }
   const Limb fraction = divide_small(rounded, kPowers[static_cast<std::size_t>(layout.decimals)]);
 
   CS_CHAR digits[kMostDigits];
   CS_CHAR* const digits_end = digits + kMostDigits;
-  const CS_CHAR* const integer = put_number(rounded, digits_end);
+  const CS_CHAR* const integer = put_units(rounded, digits_end);
   const auto count = static_cast<CS_INT>(digits_end - integer);
   const CS_INT commas = layout.grouped ? (count - 1) / 3 : 0;
   const CS_INT length = (value < 0) + count + commas + 1 + layout.decimals;
@@ -79,7 +66,7 @@ CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags
 
   CS_CHAR* to = buf + buflen - 1;
   *to = '\0';
-  to = put_digits(fraction, layout.decimals, to);
+  to = put_digits(static_cast<std::uint32_t>(fraction), layout.decimals, to);
   *--to = '.';
   for (CS_INT done = 0; done < count; ++done) {
     if (layout.grouped && done != 0 && done % 3 == 0) *--to = ',';
@@ -123,7 +110,7 @@ class Characters {
 };
 
 // Of a set without widths: each byte is a character.
-class Bytes : public Characters {
+class SingleByteText : public Characters {
  public:
   using Characters::Characters;
 
@@ -132,9 +119,9 @@ class Bytes : public Characters {
 };
 
 // Multibyte sets. A character cut off by the end of the text is neither space nor currency sign.
-class WholeCharacters : public Characters {
+class MultibyteText : public Characters {
  public:
-  WholeCharacters(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
+  MultibyteText(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
       : Characters(text, charset) {
     measure();
   }
@@ -170,17 +157,18 @@ class WholeCharacters : public Characters {
   bool cut_ = false;
 };
 
-template <class Reader>
-class Parser {
+template <class Text>
+class AmountReader {
  public:
-  Parser(std::basic_string_view<CS_CHAR> text, const char_attrib& charset) : text_(text, charset) {}
+  AmountReader(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
+      : text_(text, charset) {}
 
   Parsed run() {
     CS_INT status = read_prefix();
     if (status == kExactOk) status = read_integer();
     if (status == kExactOk) status = read_fraction();
     if (status == kExactOk) status = read_tail();
-    if (status == kExactOk) return finish();
+    if (status == kExactOk) return amount();
     return {signed_value(value_, false), status};
   }
 
@@ -226,7 +214,7 @@ class Parser {
         if (!take_digit()) return kExactOverflow;
       } else if (decimals_ == kDecimals) {
         if (value_ == kSmallestAbsolute && digit() != 0) return kExactOverflow;
-        value_ += digit() >= 5;
+        value_ += rounds_up(digit(), 10);
       }
     }
     return kExactOk;
@@ -239,7 +227,7 @@ class Parser {
     return kExactOk;
   }
 
-  Parsed finish() {
+  Parsed amount() {
     if (decimals_ < kDecimals && !scale(kPowers[static_cast<std::size_t>(kDecimals - decimals_)])) {
       return {signed_value(value_, false), kExactOverflow};
     }
@@ -270,7 +258,7 @@ class Parser {
     return true;
   }
 
-  Reader text_;
+  Text text_;
   Absolute value_ = 0;
   bool negative_ = false;
   int decimals_ = 0;
@@ -280,8 +268,8 @@ class Parser {
 
 Parsed parse(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) {
   const char_attrib& set = charset == nullptr ? *com_get_charattrib() : *charset;
-  return set.cs_width_map == nullptr ? Parser<Bytes>(text, set).run()
-                                     : Parser<WholeCharacters>(text, set).run();
+  return set.cs_width_map == nullptr ? AmountReader<SingleByteText>(text, set).run()
+                                     : AmountReader<MultibyteText>(text, set).run();
 }
 
 }  // namespace comnlib::money

@@ -8,7 +8,7 @@
 
 namespace comnlib::money {
 
-// Formats at the end of the `buflen` bytes at `buf`, as com_cvtmnytochar tells; null when text and
+// Formats at the end of the `buflen` bytes at `buf`, as com_cvtmnytochar does; null when text and
 // NUL do not fit.
 CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags);
 
@@ -21,7 +21,7 @@ struct Parsed {
   CS_INT status;  // kExactOk, kExactSyntax or kExactOverflow
 };
 
-// Reads a value as com__mnyfromchar_mb tells.
+// Reads a value as com__mnyfromchar_mb does.
 Parsed parse(std::basic_string_view<CS_CHAR> text, const char_attrib* charset);
 
 }  // namespace comnlib::money

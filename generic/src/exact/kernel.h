@@ -1,6 +1,6 @@
-// The parts of the kernel that work on magnitudes already read, for the routines of this room that
+// The parts of the kernel that work on unpacked magnitudes, for the routines of this room that
 // would otherwise pass through bytes. Those that close an operation are inlined by force: their
-// working records then never stand in memory.
+// working records then stay out of memory.
 #pragma once
 
 #include "exact/record.h"
@@ -16,27 +16,28 @@ inline CS_INT scale_by(Magnitude& value, int change) {
   return kExactOk;
 }
 
-// The last step of a signed operation: to the result's scale, then checked against its precision
-// and length. Overflow clears the result.
-[[gnu::always_inline]] inline CS_INT finish(Number& number, int change, constant& result) {
-  const CS_INT status = scale_by(number.magnitude, change);
-  if (status == kExactOverflow || exceeds(number.magnitude, result.prec) ||
-      !fits(number.magnitude, result))
-    return overflow(result);
-  write(number.magnitude, number.negative, result);
+// The last step of an operation: to the result's scale, then checked against its precision and
+// length. Overflow clears the result.
+[[gnu::always_inline]] inline CS_INT pack_at_scale(SignedMagnitude& value, int change,
+                                                   constant& result) {
+  const CS_INT status = scale_by(value.magnitude, change);
+  if (status == kExactOverflow || exceeds(value.magnitude, result.prec) ||
+      !fits(value.magnitude, result))
+    return clear_for_overflow(result);
+  pack_record(value.magnitude, value.negative, result);
   return status;
 }
 
 // result := a + b (opn 0) or a - b; see com__exctnume_addorsub. Uses up both operands.
-inline CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn,
-                      constant& result) {
+inline CS_INT add_or_subtract(SignedMagnitude& a, int scale_a, SignedMagnitude& b, int scale_b,
+                              CS_INT opn, constant& result) {
   const bool b_counts_negative = b.negative != (opn != 0);
   if (a.negative == b_counts_negative) {
     add(a.magnitude, b.magnitude, a.magnitude);
   } else {
     const int order = compare(a.magnitude, b.magnitude);
     if (order == 0) {
-      clear(result);
+      clear_record(result);
       return kExactOk;
     }
     if (order < 0) {
@@ -47,26 +48,8 @@ inline CS_INT combine(Number& a, int scale_a, Number& b, int scale_b, CS_INT opn
       subtract(a.magnitude, b.magnitude, a.magnitude);
     }
   }
-  if (!fits(a.magnitude, result)) return overflow(result);
-  return finish(a, result.scale - scale_a, result);
-}
-
-// result := op1 * op2; see com__exctnume_mul.
-[[gnu::always_inline]] inline CS_INT product(const constant& op1, const constant& op2,
-                                             constant& result) {
-  Magnitude a;
-  Magnitude b;
-  Number number;
-  read(op1, a);
-  read(op2, b);
-  multiply(a, b, number.magnitude);
-  const bool is_zero = number.magnitude.is_zero();
-  number.negative = !is_zero && is_negative(op1) != is_negative(op2);
-
-  const int scale = op1.scale + op2.scale;
-  const bool straight = result.prec >= op1.prec + op2.prec && result.scale == scale;
-  if (!straight && byte_length(number.magnitude) >= CS_MAX_NUMLEN) return overflow(result);
-  return finish(number, result.scale - scale, result);
+  if (!fits(a.magnitude, result)) return clear_for_overflow(result);
+  return pack_at_scale(a, result.scale - scale_a, result);
 }
 
 // value := value * 10^change, to be held in `length` bytes, sign included, at `precision`. The

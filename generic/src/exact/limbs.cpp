@@ -4,14 +4,14 @@
 namespace comnlib {
 namespace {
 
-constexpr int kLimbDigits = 9;  // the largest power of ten in a limb
-
 // The sum of the products of one column, in three limbs.
 class Column {
  public:
   void add_product(Limb a, Limb b) {
     Limb high;
-    __asm__("mull %[b]\n\taddl %[a], %[low]\n\tadcl %[high], %[middle]\n\tadcl $0, %[top]"
+    __asm__("mul" COMNLIB_LIMB_SUFFIX
+            " %[b]\n\tadd %[a], %[low]\n\tadc %[high], %[middle]\n\tadc" COMNLIB_LIMB_SUFFIX
+            " $0, %[top]"
             : [a] "+a"(a), [high] "=&d"(high), [low] "+r"(low_), [middle] "+r"(middle_),
               [top] "+rm"(top_)
             : [b] "rm"(b)
@@ -38,9 +38,8 @@ class Column {
 bool subtract_product(Limb* from, const Limb* divisor, std::size_t size, Limb factor) {
   Limb carry = 0;
   for (std::size_t at = 0; at < size; ++at) {
-    const Wide product = Wide{divisor[at]} * factor + carry;
-    const Limb low = static_cast<Limb>(product);
-    carry = static_cast<Limb>(product >> 32) + (from[at] < low);
+    const Limb low = multiply_step(divisor[at], factor, carry);
+    carry += from[at] < low;
     from[at] -= low;
   }
   const bool borrow = from[size] < carry;
@@ -49,56 +48,38 @@ bool subtract_product(Limb* from, const Limb* divisor, std::size_t size, Limb fa
 }
 
 void add_back(Limb* to, const Limb* divisor, std::size_t size) {
-  Limb carry = 0;
-  for (std::size_t at = 0; at < size; ++at) {
-    const Wide sum = Wide{to[at]} + divisor[at] + carry;
-    to[at] = static_cast<Limb>(sum);
-    carry = static_cast<Limb>(sum >> 32);
-  }
+  unsigned char carry = 0;
+  for (std::size_t at = 0; at < size; ++at) to[at] = add_with_carry(to[at], divisor[at], carry);
   to[size] += carry;
 }
 
-// out := value * 2^shift in size + 1 limbs, for shifts of 0 to 31.
+// out := value * 2^shift in size + 1 limbs, for shifts below a limb's bits.
 void shift_left(Limbs value, int shift, Limb* out) {
   Limb carry = 0;
   for (std::size_t at = 0; at < value.size(); ++at) {
     const Wide wide = Wide{value[at]} << shift | carry;
     out[at] = static_cast<Limb>(wide);
-    carry = static_cast<Limb>(wide >> 32);
+    carry = static_cast<Limb>(wide >> kLimbBits);
   }
   out[value.size()] = carry;
 }
 
 void shift_right(Limb* value, std::size_t size, int shift) {
   for (std::size_t at = 0; at + 1 < size; ++at)
-    value[at] = static_cast<Limb>((Wide{value[at + 1]} << 32 | value[at]) >> shift);
+    value[at] = static_cast<Limb>((Wide{value[at + 1]} << kLimbBits | value[at]) >> shift);
   value[size - 1] >>= shift;
 }
 
-// A quotient digit of at most one too many, from the top three limbs at `top` (most significant at
-// top[2]) and the top two of the divisor, whose highest bit is set.
-Limb estimate(const Limb* top, Limb divisor_high, Limb divisor_next) {
-  Limb digit;
-  Limb rest;
-  if (top[2] >= divisor_high) {
-    digit = ~Limb{0};
-    rest = top[1] + divisor_high;
-    if (rest < divisor_high) return digit;
-  } else {
-    digit = divide_wide(top[2], top[1], divisor_high, rest);
-  }
-  while (Wide{digit} * divisor_next > (Wide{rest} << 32 | top[0])) {
-    --digit;
-    rest += divisor_high;
-    if (rest < divisor_high) break;
-  }
-  return digit;
+bool are_apart(Limbs operand, Magnitude& result) {
+  return operand.data() != result.data();
 }
 
 }  // namespace
 
 // Column by column, so that the carries of a column are added up before it is stored.
 void multiply(Limbs a, Limbs b, Magnitude& product) {
+  require(are_apart(a, product) && are_apart(b, product));
+  require(a.size() + b.size() <= Magnitude::kCapacity);
   if (a.empty() || b.empty()) {
     product.trim(0);
     return;
@@ -125,10 +106,13 @@ void multiply(Limbs a, Limbs b, Magnitude& product) {
   product.trim(a.size() + b.size());
 }
 
-// Long division in base 2^32 (Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm
-// D): the divisor is shifted until its top bit is set, then each estimated digit is at most one too
+// Long division by limbs (Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm D):
+// the divisor is shifted until its top bit is set, then each estimated digit is at most one too
 // many, which shows as a borrow and is corrected by adding the divisor back.
 void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remainder) {
+  require(!divisor.empty() && dividend.size() < Magnitude::kCapacity);
+  require(are_apart(dividend, quotient) && are_apart(divisor, quotient) &&
+          are_apart(dividend, remainder) && are_apart(divisor, remainder));
   if (compare(dividend, divisor) < 0) {
     quotient.trim(0);
     remainder.assign(dividend);
@@ -136,7 +120,7 @@ void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remai
   }
   if (divisor.size() == 1) {
     quotient.assign(dividend);
-    remainder.assign(Wide{divide_by(quotient, divisor[0])});
+    remainder.assign(std::uint64_t{divide_by(quotient, divisor[0])});
     return;
   }
   const std::size_t size = divisor.size();
@@ -150,7 +134,7 @@ void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remai
 
   Limb* const out = quotient.data();
   for (std::size_t at = digits; at-- > 0;) {
-    Limb digit = estimate(rest + at + size - 2, by[size - 1], by[size - 2]);
+    Limb digit = estimate_digit(rest + at + size - 2, by[size - 1], by[size - 2]);
     if (subtract_product(rest + at, by, size, digit)) {
       --digit;
       add_back(rest + at, by, size);
@@ -163,25 +147,28 @@ void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remai
 }
 
 void scale_up(Magnitude& value, int exponent) {
-  if (exponent <= kLimbDigits) {
-    multiply_add(value, power_of_ten(exponent)[0], 0);
+  const Limbs power = power_of_ten(exponent);
+  if (power.size() == 1) {
+    multiply_add(value, power[0], 0);
     return;
   }
   Magnitude factor;
   factor.assign(Limbs(value));
-  multiply(factor, power_of_ten(exponent), value);
+  multiply(factor, power, value);
 }
 
 bool scale_down(Magnitude& value, int exponent) {
+  require(exponent >= 0);
   if (value.is_zero()) return false;
   bool dropped = false;
   for (; exponent > CS_MAX_SCALE; exponent -= CS_MAX_SCALE)
     dropped |= scale_down(value, CS_MAX_SCALE);
-  if (exponent <= kLimbDigits) return (divide_by(value, power_of_ten(exponent)[0]) != 0) | dropped;
+  const Limbs power = power_of_ten(exponent);
+  if (power.size() == 1) return (divide_by(value, power[0]) != 0) | dropped;
   Magnitude dividend;
   Magnitude remainder;
   dividend.assign(Limbs(value));
-  divide(dividend, power_of_ten(exponent), value, remainder);
+  divide(dividend, power, value, remainder);
   return !remainder.is_zero() || dropped;
 }
 

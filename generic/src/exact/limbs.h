@@ -1,6 +1,6 @@
-// Arithmetic on magnitudes in 32-bit limbs, least significant first. A Magnitude is normal: its top
-// limb is not zero, and zero has no limbs. Work is sized by the limbs that are there. The byte
-// layout of records is known to unpack and pack alone.
+// Arithmetic on magnitudes in limbs, the processor's words, least significant first. A Magnitude is
+// normal: its top limb is not zero, and zero has no limbs. Work is sized by the limbs that are
+// there. Only unpack and pack know the byte layout of records.
 #pragma once
 
 #include <algorithm>
@@ -8,20 +8,36 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <optional>
 #include <span>
 
-#include "comnlib/types.h"
+#include "diag/diag.h"
+#include "exact/numeaux.h"
+#include "machine.h"
 
 namespace comnlib {
 
-using Limb = std::uint32_t;
-using Wide = std::uint64_t;
 using Limbs = std::span<const Limb>;
+
+inline constexpr std::size_t kLimbBytes = sizeof(Limb);
+inline constexpr int kLimbBits = std::numeric_limits<Limb>::digits;
+// 10 to this power is the largest power of ten in a limb.
+inline constexpr int kLimbDigits = std::numeric_limits<Limb>::digits10;
+
+constexpr std::size_t limbs_for(std::size_t bytes) {
+  return (bytes + kLimbBytes - 1) / kLimbBytes;
+}
+// The longest magnitude of a record, and of a power of ten.
+inline constexpr std::size_t kRecordLimbs = limbs_for(kMaxRecordLength - 1);
+inline constexpr std::size_t kPowerLimbs = limbs_for(CS_MAX_NUMLEN - 1);
 
 class Magnitude {
  public:
-  // The product of the two longest records takes 66 limbs; nothing here is longer.
-  static constexpr std::size_t kCapacity = 68;
+  // The product of the two longest records; a sum or a shifted dividend has one limb more.
+  static constexpr std::size_t kCapacity = 2 * kRecordLimbs + 1;
+  // A record is scaled up, and then shifted for a division.
+  static_assert(kRecordLimbs + kPowerLimbs < kCapacity);
 
   Magnitude() : size_(0) {}
   // Copying would move the whole capacity.
@@ -34,13 +50,14 @@ class Magnitude {
   Limb operator[](std::size_t at) const { return limb_[at]; }
 
   void assign(Limbs from) {
+    require(from.size() <= kCapacity);
     std::ranges::copy(from, limb_);
     size_ = from.size();
   }
-  void assign(Wide value) {
+  void assign(std::uint64_t value) {
     limb_[0] = static_cast<Limb>(value);
-    limb_[1] = static_cast<Limb>(value >> 32);
-    size_ = limb_[1] != 0 ? 2 : limb_[0] != 0 ? 1 : 0;
+    if constexpr (kLimbBytes < sizeof value) limb_[1] = static_cast<Limb>(value >> 32);
+    trim(sizeof value / kLimbBytes);
   }
 
   // For the operations of this module: raw access, and the cut to the normal form.
@@ -55,11 +72,20 @@ class Magnitude {
   Limb limb_[kCapacity];  // beyond size_ never read
 };
 
-// Quotient of high * 2^32 + low by a divisor above `high`. The processor's own division: the
-// compiler would call the 64-bit library routine.
+// Whether a division's remainder is at least half of the divisor. Every rounding of this room, half
+// away from zero on magnitudes, is this.
+constexpr bool rounds_up(Limb remainder, Limb divisor) {
+  return remainder >= divisor - remainder;
+}
+
+// Quotient of high * 2^kLimbBits + low by a divisor above `high`; the processor traps for others.
+// Its own division, since the compiler would call a library routine.
 inline Limb divide_wide(Limb high, Limb low, Limb divisor, Limb& remainder) {
   Limb quotient;
-  __asm__("divl %4" : "=a"(quotient), "=d"(remainder) : "a"(low), "d"(high), "rm"(divisor) : "cc");
+  __asm__("div" COMNLIB_LIMB_SUFFIX " %[divisor]"
+          : "=a"(quotient), "=d"(remainder)
+          : "a"(low), "d"(high), [divisor] "rm"(divisor)
+          : "cc");
   return quotient;
 }
 
@@ -67,7 +93,7 @@ inline Limb divide_wide(Limb high, Limb low, Limb divisor, Limb& remainder) {
 // them sets the processor's carry, which the compiler does not use by itself, and whose built-in
 // routines take every sum through memory.
 inline Limb add_with_carry(Limb a, Limb b, unsigned char& carry) {
-  __asm__("addb $-1, %[carry]\n\tadcl %[b], %[a]\n\tsetc %[carry]"
+  __asm__("addb $-1, %[carry]\n\tadc %[b], %[a]\n\tsetc %[carry]"
           : [a] "+r"(a), [carry] "+&q"(carry)
           : [b] "r"(b)
           : "cc");
@@ -75,48 +101,108 @@ inline Limb add_with_carry(Limb a, Limb b, unsigned char& carry) {
 }
 
 inline Limb subtract_with_borrow(Limb a, Limb b, unsigned char& borrow) {
-  __asm__("addb $-1, %[borrow]\n\tsbbl %[b], %[a]\n\tsetc %[borrow]"
+  __asm__("addb $-1, %[borrow]\n\tsbb %[b], %[a]\n\tsetc %[borrow]"
           : [a] "+r"(a), [borrow] "+&q"(borrow)
           : [b] "r"(b)
           : "cc");
   return a;
 }
 
-inline std::size_t byte_length(Limbs value) {
-  if (value.empty()) return 0;
-  return value.size() * 4 - static_cast<std::size_t>(std::countl_zero(value.back())) / 8;
+// One step of a product: the low limb of a * b + carry, whose high limb becomes the carry.
+inline Limb multiply_step(Limb a, Limb b, Limb& carry) {
+  Limb high;
+  __asm__("mul" COMNLIB_LIMB_SUFFIX " %[b]\n\tadd %[carry], %[a]\n\tadc" COMNLIB_LIMB_SUFFIX
+          " $0, %[high]"
+          : [a] "+a"(a), [high] "=&d"(high)
+          : [b] "rm"(b), [carry] "r"(carry)
+          : "cc");
+  carry = high;
+  return a;
 }
 
-// The magnitude of a record's `count` big-endian bytes.
+inline std::size_t byte_length(Limbs value) {
+  if (value.empty()) return 0;
+  return value.size() * kLimbBytes - static_cast<std::size_t>(std::countl_zero(value.back())) / 8;
+}
+
+// The value, when it is below 2^64.
+inline std::optional<std::uint64_t> to_unsigned(Limbs value) {
+  if (value.size() > sizeof(std::uint64_t) / kLimbBytes) return std::nullopt;
+  std::uint64_t bits = 0;
+  for (std::size_t at = 0; at < value.size(); ++at) bits |= std::uint64_t{value[at]} << (32 * at);
+  return bits;
+}
+
+// --- the big-endian bytes of records
+
+constexpr Limb swap_bytes(Limb value) {
+  if constexpr (kLimbBytes == sizeof(std::uint64_t))
+    return static_cast<Limb>(__builtin_bswap64(value));
+  else
+    return static_cast<Limb>(__builtin_bswap32(static_cast<std::uint32_t>(value)));
+}
+
+inline Limb load_word(const CS_BYTE* from) {
+  Limb raw;
+  std::memcpy(&raw, from, sizeof raw);
+  return swap_bytes(raw);
+}
+
+inline void store_word(CS_BYTE* to, Limb value) {
+  const Limb raw = swap_bytes(value);
+  std::memcpy(to, &raw, sizeof raw);
+}
+
+// The number that fewer bytes than a limb's make.
+inline Limb load_part(const CS_BYTE* from, std::size_t count) {
+  Limb value = 0;
+  if constexpr (kLimbBytes > sizeof(std::uint32_t)) {
+    if (count >= sizeof(std::uint32_t)) {
+      std::uint32_t raw;
+      std::memcpy(&raw, from, sizeof raw);
+      value = __builtin_bswap32(raw);
+      from += sizeof raw;
+      count -= sizeof raw;
+    }
+  }
+  for (; count > 0; --count) value = value << 8 | *from++;
+  return value;
+}
+
+// Stores the low bytes of a limb, fewer than it has.
+inline void store_part(CS_BYTE* to, std::size_t count, Limb value) {
+  if constexpr (kLimbBytes > sizeof(std::uint32_t)) {
+    if (count >= sizeof(std::uint32_t)) {
+      const std::uint32_t raw = __builtin_bswap32(static_cast<std::uint32_t>(value));
+      count -= sizeof raw;
+      std::memcpy(to + count, &raw, sizeof raw);
+      value = static_cast<Limb>(Wide{value} >> 32);
+    }
+  }
+  for (; count > 0; value >>= 8) to[--count] = static_cast<CS_BYTE>(value);
+}
+
+// The magnitude of a record's `count` bytes.
 inline void unpack(const CS_BYTE* bytes, std::size_t count, Magnitude& to) {
+  require(count < kMaxRecordLength);
   Limb* limb = to.data();
   std::size_t size = 0;
-  for (; count >= 4; count -= 4) {
-    Limb raw;
-    std::memcpy(&raw, bytes + count - 4, 4);
-    limb[size++] = __builtin_bswap32(raw);
-  }
-  if (count > 0) {
-    Limb top = 0;
-    for (std::size_t at = 0; at < count; ++at) top = top << 8 | bytes[at];
-    limb[size++] = top;
-  }
+  for (; count >= kLimbBytes; count -= kLimbBytes)
+    limb[size++] = load_word(bytes + count - kLimbBytes);
+  if (count > 0) limb[size++] = load_part(bytes, count);
   to.trim(size);
 }
 
-// Writes the low `count` bytes of a magnitude, big-endian, with leading zeros.
+// Writes the low `count` bytes of a magnitude, with leading zeros.
 inline void pack(Limbs value, CS_BYTE* bytes, std::size_t count) {
-  const std::size_t whole = std::min(count / 4, value.size());
-  CS_BYTE* to = bytes + count;
-  for (std::size_t at = 0; at < whole; ++at) {
-    const Limb raw = __builtin_bswap32(value[at]);
-    to -= 4;
-    std::memcpy(to, &raw, 4);
-  }
-  Limb rest = whole < value.size() ? value[whole] : 0;
-  for (; rest != 0 && to != bytes; rest >>= 8) *--to = static_cast<CS_BYTE>(rest);
-  while (to != bytes) *--to = 0;
+  std::size_t at = 0;
+  for (; count >= kLimbBytes && at < value.size(); count -= kLimbBytes)
+    store_word(bytes + count - kLimbBytes, value[at++]);
+  for (; count >= kLimbBytes; count -= kLimbBytes) store_word(bytes + count - kLimbBytes, 0);
+  store_part(bytes, count, at < value.size() ? value[at] : 0);
 }
+
+// --- arithmetic
 
 inline int compare(Limbs a, Limbs b) {
   if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
@@ -129,6 +215,7 @@ inline int compare(Limbs a, Limbs b) {
 // sum := a + b. `sum` may be either operand.
 inline void add(Limbs a, Limbs b, Magnitude& sum) {
   if (a.size() < b.size()) std::swap(a, b);
+  require(a.size() < Magnitude::kCapacity);
   Limb* out = sum.data();
   unsigned char carry = 0;
   std::size_t at = 0;
@@ -140,11 +227,13 @@ inline void add(Limbs a, Limbs b, Magnitude& sum) {
 
 // difference := a - b for a >= b. `difference` may be either operand.
 inline void subtract(Limbs a, Limbs b, Magnitude& difference) {
+  require(a.size() >= b.size());
   Limb* out = difference.data();
   unsigned char borrow = 0;
   std::size_t at = 0;
   for (; at < b.size(); ++at) out[at] = subtract_with_borrow(a[at], b[at], borrow);
   for (; at < a.size(); ++at) out[at] = subtract_with_borrow(a[at], 0, borrow);
+  require(borrow == 0);
   difference.trim(at);
 }
 
@@ -155,17 +244,14 @@ void multiply(Limbs a, Limbs b, Magnitude& product);
 inline void multiply_add(Magnitude& value, Limb factor, Limb addend) {
   Limb* limb = value.data();
   const std::size_t size = value.size();
+  require(size < Magnitude::kCapacity);
   Limb carry = addend;
-  for (std::size_t at = 0; at < size; ++at) {
-    const Wide digit = Wide{limb[at]} * factor + carry;
-    limb[at] = static_cast<Limb>(digit);
-    carry = static_cast<Limb>(digit >> 32);
-  }
+  for (std::size_t at = 0; at < size; ++at) limb[at] = multiply_step(limb[at], factor, carry);
   limb[size] = carry;
   value.trim(size + 1);
 }
 
-// value := value / divisor; returns the remainder.
+// value := value / divisor, which is not zero; returns the remainder.
 inline Limb divide_by(Magnitude& value, Limb divisor) {
   Limb* limb = value.data();
   Limb remainder = 0;
@@ -175,13 +261,33 @@ inline Limb divide_by(Magnitude& value, Limb divisor) {
   return remainder;
 }
 
+// A quotient digit of at most one too many, from the top three limbs at `top` (most significant at
+// top[2]) and the top two of the divisor, whose highest bit is set. Exact for a divisor of two.
+inline Limb estimate_digit(const Limb* top, Limb divisor_high, Limb divisor_next) {
+  Limb digit;
+  Limb rest;
+  if (top[2] >= divisor_high) {
+    digit = ~Limb{0};
+    rest = top[1] + divisor_high;
+    if (rest < divisor_high) return digit;
+  } else {
+    digit = divide_wide(top[2], top[1], divisor_high, rest);
+  }
+  while (Wide{digit} * divisor_next > (Wide{rest} << kLimbBits | top[0])) {
+    --digit;
+    rest += divisor_high;
+    if (rest < divisor_high) break;
+  }
+  return digit;
+}
+
 // quotient := dividend / divisor, remainder := the rest, for a divisor that is not zero. Neither
 // result is an operand.
 void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remainder);
 
 struct Power {
   std::uint32_t size;
-  std::array<Limb, 8> limb;
+  std::array<Limb, kPowerLimbs> limb;
 };
 
 consteval std::array<Power, CS_MAX_PREC + 1> powers_of_ten() {
@@ -194,7 +300,7 @@ consteval std::array<Power, CS_MAX_PREC + 1> powers_of_ten() {
     for (std::size_t at = 0; at < power.size; ++at) {
       carry += Wide{table[n - 1].limb[at]} * 10;
       power.limb[at] = static_cast<Limb>(carry);
-      carry >>= 32;
+      carry >>= kLimbBits;
     }
     if (carry != 0) power.limb[power.size++] = static_cast<Limb>(carry);
   }
@@ -205,6 +311,7 @@ inline constexpr std::array<Power, CS_MAX_PREC + 1> kPowers = powers_of_ten();
 
 // 10^exponent for exponents of 0 to 77.
 inline Limbs power_of_ten(int exponent) {
+  require(exponent >= 0 && exponent <= CS_MAX_PREC);
   const Power& power = kPowers[static_cast<std::size_t>(exponent)];
   return {power.limb.data(), power.size};
 }

@@ -13,7 +13,7 @@ namespace {
 
 using Operation = CS_INT (*)(const CS_MONEY*, const CS_MONEY*, CS_MONEY*);
 
-CS_INT put(bool overflow, CS_INT value, CS_MONEY4* r) {
+CS_INT store_units(bool overflow, CS_INT value, CS_MONEY4* r) {
   r->mny4 = value;
   return overflow ? kExactOverflow : kExactOk;
 }
@@ -41,11 +41,11 @@ using namespace comnlib;
 using namespace comnlib::money;
 
 CS_INT com__mny4copy(const CS_MONEY4* src, CS_MONEY4* dst) {
-  return put(false, src->mny4, dst);
+  return store_units(false, src->mny4, dst);
 }
 
 CS_INT com__mny4zero(CS_MONEY4* m) {
-  return put(false, 0, m);
+  return store_units(false, 0, m);
 }
 
 CS_INT com__mny4cmp(const CS_MONEY4* a, const CS_MONEY4* b) {
@@ -55,19 +55,19 @@ CS_INT com__mny4cmp(const CS_MONEY4* a, const CS_MONEY4* b) {
 CS_INT com__mny4minus(const CS_MONEY4* src, CS_MONEY4* dst) {
   CS_INT negated;
   const bool overflow = __builtin_sub_overflow(0, src->mny4, &negated);
-  return put(overflow, negated, dst);
+  return store_units(overflow, negated, dst);
 }
 
 CS_INT com__mny4add(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r) {
   CS_INT sum;
   const bool overflow = __builtin_add_overflow(a->mny4, b->mny4, &sum);
-  return put(overflow, overflow ? 0 : sum, r);
+  return store_units(overflow, overflow ? 0 : sum, r);
 }
 
 CS_INT com__mny4sub(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r) {
   CS_INT difference;
   const bool overflow = __builtin_sub_overflow(a->mny4, b->mny4, &difference);
-  return put(overflow, overflow ? 0 : difference, r);
+  return store_units(overflow, overflow ? 0 : difference, r);
 }
 
 CS_INT com__mny4mul(const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r) {

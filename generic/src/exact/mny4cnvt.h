@@ -1,4 +1,4 @@
-// Small money inside the library: the operations behind comnlib/money.h with their statuses, and
+// Small money inside the library: the operations of comnlib/money.h with their statuses, and
 // the conversions. Multiplication, division and text go through the 64-bit forms of mnycnvt.h.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 extern "C" {
 
-// The operations: arguments, results and what is stored on failure as told in comnlib/money.h.
+// The operations: arguments, results and what is stored on failure are those of comnlib/money.h.
 CS_INT com__mny4copy(const CS_MONEY4* src, CS_MONEY4* dst);
 CS_INT com__mny4zero(CS_MONEY4* m);
 CS_INT com__mny4cmp(const CS_MONEY4* a, const CS_MONEY4* b);

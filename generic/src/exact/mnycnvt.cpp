@@ -14,7 +14,7 @@ namespace comnlib::money {
 namespace {
 
 // Results of the four operations: an overflow leaves zero.
-CS_INT put(std::optional<Units> value, CS_MONEY* r) {
+CS_INT store_or_zero(std::optional<Units> value, CS_MONEY* r) {
   if (!value) [[unlikely]] {
     *r = record(0);
     return kExactOverflow;
@@ -23,7 +23,7 @@ CS_INT put(std::optional<Units> value, CS_MONEY* r) {
   return kExactOk;
 }
 
-CS_INT put_wrapped(bool overflow, Units value, CS_MONEY* r) {
+CS_INT store_wrapped(bool overflow, Units value, CS_MONEY* r) {
   *r = record(value);
   return overflow ? kExactOverflow : kExactOk;
 }
@@ -63,31 +63,31 @@ CS_INT com__mnycmp(const CS_MONEY* a, const CS_MONEY* b) {
 CS_INT com__mnyminus(const CS_MONEY* src, CS_MONEY* dst) {
   Units negated;
   const bool overflow = __builtin_sub_overflow(Units{0}, units(*src), &negated);
-  return put_wrapped(overflow, negated, dst);
+  return store_wrapped(overflow, negated, dst);
 }
 
 CS_INT com__mnyinc(CS_MONEY* m) {
   Units next;
   const bool overflow = __builtin_add_overflow(units(*m), Units{1}, &next);
-  return put_wrapped(overflow, next, m);
+  return store_wrapped(overflow, next, m);
 }
 
 CS_INT com__mnydec(CS_MONEY* m) {
   Units next;
   const bool overflow = __builtin_sub_overflow(units(*m), Units{1}, &next);
-  return put_wrapped(overflow, next, m);
+  return store_wrapped(overflow, next, m);
 }
 
 CS_INT com__mnyadd(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return put(sum(units(*a), units(*b)), r);
+  return store_or_zero(sum(units(*a), units(*b)), r);
 }
 
 CS_INT com__mnysub(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return put(difference(units(*a), units(*b)), r);
+  return store_or_zero(difference(units(*a), units(*b)), r);
 }
 
 CS_INT com__mnymul(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
-  return put(product(units(*a), units(*b)), r);
+  return store_or_zero(product(units(*a), units(*b)), r);
 }
 
 CS_INT com__mnydiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
@@ -96,7 +96,7 @@ CS_INT com__mnydiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
     *r = record(0);
     return kExactDivZero;
   }
-  return put(quotient(units(*a), divisor), r);
+  return store_or_zero(quotient(units(*a), divisor), r);
 }
 
 CS_INT comn__mny16div(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY* r) {
@@ -173,9 +173,9 @@ CS_INT com__mnytoflt4(const CS_MONEY* m, CS_REAL* value) {
 CS_INT com__flt8tomny(CS_FLOAT value, CS_MONEY* m) {
   constexpr CS_FLOAT kTwoTo63 = 9223372036854775808.0;
   const CS_FLOAT scaled = value * kUnitsOfOne;
-  if (scaled >= kTwoTo63) return put_wrapped(true, kLargest, m);
-  if (scaled < -kTwoTo63) return put_wrapped(true, kSmallest, m);
-  if (scaled != scaled) return put_wrapped(true, 0, m);
+  if (scaled >= kTwoTo63) return store_wrapped(true, kLargest, m);
+  if (scaled < -kTwoTo63) return store_wrapped(true, kSmallest, m);
+  if (scaled != scaled) return store_wrapped(true, 0, m);
   const auto whole = static_cast<Units>(scaled);
   // Exact: a double with a fraction is below 2^52.
   const CS_FLOAT rest = scaled - static_cast<CS_FLOAT>(whole);

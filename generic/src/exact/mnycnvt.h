@@ -1,4 +1,4 @@
-// Money inside the library: the operations behind comnlib/money.h with their statuses, and the
+// Money inside the library: the operations of comnlib/money.h with their statuses, and the
 // conversions between money and integers, floats and text. Pointers are not checked. Statuses are
 // those of exact/numeaux.h, and kMoneyNarrowed.
 #pragma once
@@ -8,15 +8,15 @@
 
 namespace comnlib {
 
-// Status of com__mnytomny4 alone: the value was clamped to the range of small money. It must not
-// reach exact_code(), which takes it for success.
+// Only com__mnytomny4 returns this status: the value was clamped to the range of small money. It
+// must not reach exact_code(), which takes it for success.
 constexpr CS_INT kMoneyNarrowed = -1;
 
 }  // namespace comnlib
 
 extern "C" {
 
-// The operations: arguments, results and what is stored on failure as told in comnlib/money.h.
+// The operations: arguments, results and what is stored on failure are those of comnlib/money.h.
 CS_INT com__mnycopy(const CS_MONEY* src, CS_MONEY* dst);
 CS_INT com__mnyzero(CS_MONEY* m);
 CS_INT com__maxposmny(CS_MONEY* m);

@@ -49,13 +49,20 @@ constexpr std::optional<Units> checked_value(Absolute absolute, bool negative) {
   return signed_value(absolute, negative);
 }
 
-// value := value / divisor; returns the remainder.
+// value := value / divisor, which is not zero; returns the remainder. On a short word by the
+// processor's own division, since the compiler would call a library routine.
 inline Limb divide_small(Absolute& value, Limb divisor) {
-  Limb remainder = static_cast<Limb>(value >> 32);
-  Limb upper = 0;
-  if (remainder >= divisor) upper = divide_wide(0, remainder, divisor, remainder);
-  const Limb lower = divide_wide(remainder, static_cast<Limb>(value), divisor, remainder);
-  value = Absolute{upper} << 32 | lower;
+  Limb remainder;
+  if constexpr (sizeof(Limb) == sizeof(Absolute)) {
+    remainder = static_cast<Limb>(value % divisor);
+    value /= divisor;
+  } else {
+    remainder = static_cast<Limb>(value >> 32);
+    Limb upper = 0;
+    if (remainder >= divisor) upper = divide_wide(0, remainder, divisor, remainder);
+    const Limb lower = divide_wide(remainder, static_cast<Limb>(value), divisor, remainder);
+    value = Absolute{upper} << 32 | lower;
+  }
   return remainder;
 }
 

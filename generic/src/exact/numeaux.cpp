@@ -70,8 +70,8 @@ int compare_lengths(std::span<const CS_BYTE> a, std::span<const CS_BYTE> b) {
 int compare_scaled(const constant& low, const constant& high) {
   Magnitude a;
   Magnitude b;
-  read(low, a);
-  read(high, b);
+  unpack_record(low, a);
+  unpack_record(high, b);
   const int gap = high.scale - low.scale;
   if (low.prec + high.scale > CS_MAX_PREC) {
     static_cast<void>(scale_down(b, gap));
@@ -108,7 +108,7 @@ CS_INT com__exctnume_cmp(const constant* op1, const constant* op2, CS_INT flag) 
 
 CS_INT com__exctnume_checkprecision(const constant* val) {
   Magnitude magnitude;
-  read(*val, magnitude);
+  unpack_record(*val, magnitude);
   return exceeds(magnitude, val->prec);
 }
 
@@ -120,35 +120,35 @@ CS_INT com__exctnume_intcmp(const constant* val, CS_INT i) {
 }
 
 CS_INT com__exctnume_copy(const constant* in, constant* out) {
-  Number number;
-  read(*in, number);
-  return write_whole(number.magnitude, number.negative, *out);
+  SignedMagnitude value;
+  unpack_record(*in, value);
+  return pack_if_it_fits(value.magnitude, value.negative, *out);
 }
 
 CS_INT com__exctnume_divby10(constant* val) {
-  Number number;
-  read(*val, number);
-  const Limb digit = divide_by(number.magnitude, 10);
-  const auto needed = static_cast<CS_INT>(std::max(1 + byte_length(number.magnitude), kMinLength));
+  SignedMagnitude value;
+  unpack_record(*val, value);
+  const Limb digit = divide_by(value.magnitude, 10);
+  const auto needed = static_cast<CS_INT>(std::max(1 + byte_length(value.magnitude), kMinLength));
   val->len = std::min(val->len, needed);
-  write(number.magnitude, number.negative, *val);
+  pack_record(value.magnitude, value.negative, *val);
   return static_cast<CS_INT>(digit);
 }
 
 CS_INT com__exctnume_mulby10_add(constant* val, CS_INT digit) {
-  Number number;
-  read(*val, number);
-  multiply_add(number.magnitude, 10, static_cast<Limb>(digit));
-  write(number.magnitude, number.negative, *val);
-  return fits(number.magnitude, *val) ? kExactOk : kExactOverflow;
+  SignedMagnitude value;
+  unpack_record(*val, value);
+  multiply_add(value.magnitude, 10, static_cast<Limb>(digit));
+  pack_record(value.magnitude, value.negative, *val);
+  return fits(value.magnitude, *val) ? kExactOk : kExactOverflow;
 }
 
 CS_INT com__exctnume_inc(constant* val) {
-  Number number;
-  read(*val, number);
-  multiply_add(number.magnitude, 1, 1);
-  write(number.magnitude, number.negative, *val);
-  return fits(number.magnitude, *val) ? kExactOk : kExactOverflow;
+  SignedMagnitude value;
+  unpack_record(*val, value);
+  multiply_add(value.magnitude, 1, 1);
+  pack_record(value.magnitude, value.negative, *val);
+  return fits(value.magnitude, *val) ? kExactOk : kExactOverflow;
 }
 
 CS_INT com__exctnume_needsbyte(const constant* val) {

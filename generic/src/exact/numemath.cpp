@@ -25,7 +25,7 @@ CS_INT divide_within_room(Limbs dividend, Limbs divisor, Magnitude& quotient,
 
 // Divides by 10^digits and returns the last digit removed.
 Limb remove_digits(Magnitude& value, int digits) {
-  if (digits <= 0) return 0;
+  if (digits == 0) return 0;
   static_cast<void>(scale_down(value, digits - 1));
   return divide_by(value, 10);
 }
@@ -39,26 +39,26 @@ using namespace comnlib;
 CS_INT com__exctnume_intadd(const constant* op1, const constant* op2, constant* result) {
   Magnitude a;
   Magnitude b;
-  read(*op1, a);
-  read(*op2, b);
+  unpack_record(*op1, a);
+  unpack_record(*op2, b);
   add(a, b, a);
-  write(a, false, *result);
+  pack_record(a, false, *result);
   return fits(a, *result) ? kExactOk : kExactOverflow;
 }
 
 CS_INT com__exctnume_intsub(const constant* op1, const constant* op2, constant* result) {
   Magnitude a;
   Magnitude b;
-  read(*op1, a);
-  read(*op2, b);
+  unpack_record(*op1, a);
+  unpack_record(*op2, b);
   if (compare(a, b) >= 0) {
     subtract(a, b, a);
-    write(a, false, *result);
+    pack_record(a, false, *result);
     return fits(a, *result) ? kExactOk : kExactOverflow;
   }
   // A borrow out of the top leaves the two's complement of b - a in the result's bytes.
   subtract(b, a, a);
-  write(a, false, *result);
+  pack_record(a, false, *result);
   unsigned carry = 1;
   const auto bytes = magnitude_bytes(*result);
   for (std::size_t at = bytes.size(); at-- > 0;) {
@@ -73,10 +73,10 @@ CS_INT com__exctnume_intmul(const constant* op1, const constant* op2, constant* 
   Magnitude a;
   Magnitude b;
   Magnitude product;
-  read(*op1, a);
-  read(*op2, b);
+  unpack_record(*op1, a);
+  unpack_record(*op2, b);
   multiply(a, b, product);
-  return write_whole(product, false, *result);
+  return pack_if_it_fits(product, false, *result);
 }
 
 CS_INT com__exctnume_intdiv(const constant* dividend, const constant* divisor, constant* quot,
@@ -85,85 +85,98 @@ CS_INT com__exctnume_intdiv(const constant* dividend, const constant* divisor, c
   Magnitude b;
   Magnitude quotient;
   Magnitude remainder;
-  read(*divisor, b);
+  unpack_record(*divisor, b);
   if (b.is_zero()) return kExactDivZero;
-  read(*dividend, a);
+  unpack_record(*dividend, a);
   const CS_INT status = divide_within_room(a, b, quotient, remainder);
   if (status != kExactOk) return status;
   if (!fits(quotient, *quot) || (remdr != nullptr && !fits(remainder, *remdr)))
     return kExactOverflow;
-  write(quotient, false, *quot);
-  if (remdr != nullptr) write(remainder, false, *remdr);
+  pack_record(quotient, false, *quot);
+  if (remdr != nullptr) pack_record(remainder, false, *remdr);
   return kExactOk;
 }
 
 CS_INT com__exctnume_addorsub(const constant* op1, const constant* op2, constant* result,
                               CS_INT opn) {
-  Number a;
-  Number b;
-  read(*op1, a);
-  read(*op2, b);
-  return combine(a, op1->scale, b, op2->scale, opn, *result);
+  SignedMagnitude a;
+  SignedMagnitude b;
+  unpack_record(*op1, a);
+  unpack_record(*op2, b);
+  return add_or_subtract(a, op1->scale, b, op2->scale, opn, *result);
 }
 
 CS_INT com__exctnume_mul(const constant* op1, const constant* op2, constant* result) {
-  return product(*op1, *op2, *result);
+  Magnitude a;
+  Magnitude b;
+  SignedMagnitude product;
+  unpack_record(*op1, a);
+  unpack_record(*op2, b);
+  multiply(a, b, product.magnitude);
+  product.negative = !product.magnitude.is_zero() && is_negative(*op1) != is_negative(*op2);
+
+  const int scale = op1->scale + op2->scale;
+  const bool straight = result->prec >= op1->prec + op2->prec && result->scale == scale;
+  if (!straight && byte_length(product.magnitude) >= CS_MAX_NUMLEN)
+    return clear_for_overflow(*result);
+  return pack_at_scale(product, result->scale - scale, *result);
 }
 
 CS_INT com__exctnume_div(const constant* dividend, const constant* divisor, constant* quot,
                          constant* remdr) {
   Magnitude a;
   Magnitude b;
-  Number quotient;
-  Number remainder;
-  read(*divisor, b);
+  SignedMagnitude quotient;
+  SignedMagnitude remainder;
+  unpack_record(*divisor, b);
   if (b.is_zero()) return kExactDivZero;
-  read(*dividend, a);
+  unpack_record(*dividend, a);
   const bool dividend_negative = is_negative(*dividend);
 
   const int shift = quot->scale - dividend->scale + divisor->scale;
-  if (shift > CS_MAX_SCALE || shift < -CS_MAX_SCALE) return overflow(*quot);
+  if (shift > CS_MAX_SCALE || shift < -CS_MAX_SCALE) return clear_for_overflow(*quot);
   if (shift > 0) scale_up(a, shift);
   if (shift < 0) scale_up(b, -shift);
   if (divide_within_room(a, b, quotient.magnitude, remainder.magnitude) != kExactOk)
-    return overflow(*quot);
+    return clear_for_overflow(*quot);
   quotient.negative = !quotient.magnitude.is_zero() && dividend_negative != is_negative(*divisor);
   remainder.negative = !remainder.magnitude.is_zero() && dividend_negative;
-  if (remdr != nullptr && write_whole(remainder.magnitude, remainder.negative, *remdr) != kExactOk)
-    return overflow(*quot);
-  return finish(quotient, 0, *quot);
+  if (remdr != nullptr &&
+      pack_if_it_fits(remainder.magnitude, remainder.negative, *remdr) != kExactOk)
+    return clear_for_overflow(*quot);
+  return pack_at_scale(quotient, 0, *quot);
 }
 
 CS_INT com__exctnume_scale(constant* inval, constant* outval, CS_INT scale) {
-  Number number;
-  read(*inval, number);
-  const CS_INT status = scale_by(number.magnitude, scale);
+  SignedMagnitude value;
+  unpack_record(*inval, value);
+  const CS_INT status = scale_by(value.magnitude, scale);
   constant& out = outval != nullptr ? *outval : *inval;
-  if (status == kExactOverflow || !fits(number.magnitude, out)) return kExactOverflow;
-  write(number.magnitude, number.negative, out);
+  if (status == kExactOverflow || !fits(value.magnitude, out)) return kExactOverflow;
+  pack_record(value.magnitude, value.negative, out);
   return status;
 }
 
 CS_INT com__exctnume_round(const constant* op, CS_INT scale, constant* result) {
-  Number number;
-  read(*op, number);
+  SignedMagnitude value;
+  unpack_record(*op, value);
   // No scale is so low that the digits to remove would have to be counted beyond all precisions.
   int digits = op->scale - std::max<CS_INT>(scale, -std::numeric_limits<CS_BYTE>::max());
   if (scale <= 0) digits = std::min<int>(digits, op->prec);
   digits = std::max(digits, 0);
-  if (remove_digits(number.magnitude, digits) >= 5) multiply_add(number.magnitude, 1, 1);
+  if (rounds_up(remove_digits(value.magnitude, digits), 10)) multiply_add(value.magnitude, 1, 1);
   result->scale = op->scale;
-  if (scale_by(number.magnitude, digits) == kExactOverflow) return kExactOverflow;
-  return write_whole(number.magnitude, number.negative && !number.magnitude.is_zero(), *result);
+  if (scale_by(value.magnitude, digits) == kExactOverflow) return kExactOverflow;
+  return pack_if_it_fits(value.magnitude, value.negative && !value.magnitude.is_zero(), *result);
 }
 
 CS_INT com__exctnume_ceilingfloor(const constant* op, constant* result, CS_INT type) {
-  Number number;
-  read(*op, number);
-  const bool dropped = scale_down(number.magnitude, op->scale);
-  const bool away_from_zero = number.negative == (type == 0);
-  if (dropped && away_from_zero) multiply_add(number.magnitude, 1, 1);
+  SignedMagnitude value;
+  unpack_record(*op, value);
+  const bool dropped = scale_down(value.magnitude, op->scale);
+  const bool away_from_zero = value.negative == (type == 0);
+  if (dropped && away_from_zero) multiply_add(value.magnitude, 1, 1);
   result->prec = op->prec;
   result->scale = 0;
-  return write_whole(number.magnitude, number.negative && !number.magnitude.is_zero(), *result);
+  return pack_if_it_fits(value.magnitude, value.negative && !value.magnitude.is_zero(), *result);
 }

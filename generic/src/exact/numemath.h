@@ -8,9 +8,9 @@
 
 extern "C" {
 
-// Magnitudes alone; a result gets the sign byte 0. Sums and differences that do not fit the
-// result's length give overflow and leave their low bytes; a product or quotient that does not fit
-// gives overflow and leaves the result alone.
+// Magnitudes without their signs; a result gets the sign byte 0. Sums and differences that do not
+// fit the result's length give overflow and leave their low bytes; a product or quotient that does
+// not fit gives overflow and leaves the result alone.
 CS_INT com__exctnume_intadd(const constant* op1, const constant* op2, constant* result);
 CS_INT com__exctnume_intsub(const constant* op1, const constant* op2, constant* result);
 CS_INT com__exctnume_intmul(const constant* op1, const constant* op2, constant* result);

@@ -1,4 +1,4 @@
-// Conversions of exact numerics. Text goes through limbs nine digits at a time, in both directions.
+// Conversions of exact numerics. Text goes through limbs as many digits at a time as one holds.
 #include "exact/numeric.h"
 
 #include <emmintrin.h>
@@ -8,70 +8,24 @@
 #include <optional>
 
 #include "chars/ascii.h"
+#include "exact/digits.h"
 #include "exact/kernel.h"
 #include "exact/mnymath.h"
 
 namespace comnlib {
 namespace {
 
-constexpr std::size_t kChunkDigits = 9;
-constexpr Limb kChunk = 1'000'000'000;
-
-// Places a value of scale `from_scale` at the destination's scale and precision.
-CS_INT place(Number& number, int from_scale, constant& dest) {
-  const CS_INT status = rescale(number.magnitude, dest.scale - from_scale, dest.prec,
-                                static_cast<std::size_t>(dest.len));
-  if (status == kExactOverflow) return overflow(dest);
-  write(number.magnitude, number.negative, dest);
-  return status;
+// Stores an integer that counts 10^-from_scale.
+CS_INT store_integer(std::int64_t value, int from_scale, constant& dest) {
+  SignedMagnitude integer;
+  integer.negative = value < 0;
+  integer.magnitude.assign(money::absolute(value));
+  return pack_at_scale(integer, dest.scale - from_scale, dest);
 }
-
-CS_INT place_integer(std::int64_t value, constant& dest) {
-  Number number;
-  number.negative = value < 0;
-  number.magnitude.assign(number.negative ? -static_cast<Wide>(value) : static_cast<Wide>(value));
-  return place(number, 0, dest);
-}
-
-// --- to text
-
-// The decimal digits of a magnitude, without leading zeros; zero has none.
-class Digits {
- public:
-  explicit Digits(const constant& record) {
-    Magnitude rest;
-    read(record, rest);
-    while (!rest.is_zero()) {
-      const Limb chunk = divide_by(rest, kChunk);
-      first_ -= kChunkDigits;
-      put_chunk(chunk, first_);
-    }
-    while (first_ != end() && *first_ == '0') ++first_;
-  }
-
-  const char* begin() const { return first_; }
-  const char* end() const { return buffer_ + sizeof buffer_; }
-  std::size_t size() const { return static_cast<std::size_t>(end() - first_); }
-
- private:
-  static void put_chunk(Limb chunk, char* to) {
-    for (std::size_t at = kChunkDigits; at > 1; at -= 2) {
-      const Limb pair = chunk % 100;
-      chunk /= 100;
-      to[at - 1] = static_cast<char>('0' + pair % 10);
-      to[at - 2] = static_cast<char>('0' + pair / 10);
-    }
-    to[0] = static_cast<char>('0' + chunk);
-  }
-
-  // Three digits a byte are more than any magnitude has.
-  char buffer_[3 * kMaxRecordLength + kChunkDigits];
-  char* first_ = buffer_ + sizeof buffer_;
-};
 
 // --- from text
 
-// A number as it stands in the text: its digits around the point, and its exponent.
+// A number in a text: its digits around the point, and its exponent.
 struct Literal {
   bool negative = false;
   std::string_view integer;
@@ -79,24 +33,24 @@ struct Literal {
   std::int64_t exponent = 0;
 };
 
-class Scanner {
+class LiteralScanner {
  public:
-  explicit Scanner(std::string_view text) : rest_(text) {}
+  explicit LiteralScanner(std::string_view text) : rest_(text) {}
 
   std::optional<Literal> scan() {
     Literal literal;
-    skip(is_blank);
+    take<is_blank>();
     literal.negative = accept_sign();
-    literal.integer = take(is_digit);
-    if (accept('.')) literal.fraction = take(is_digit);
+    literal.integer = take<is_digit>();
+    if (accept('.')) literal.fraction = take<is_digit>();
     if (literal.integer.empty() && literal.fraction.empty()) return std::nullopt;
     if (accept('e') || accept('E')) {
       const bool negative = accept_sign();
-      const std::string_view digits = take(is_digit);
+      const std::string_view digits = take<is_digit>();
       if (digits.empty()) return std::nullopt;
       literal.exponent = negative ? -exponent_of(digits) : exponent_of(digits);
     }
-    skip(is_white_space);
+    take<is_white_space>();
     if (!rest_.empty()) return std::nullopt;
     return literal;
   }
@@ -123,37 +77,32 @@ class Scanner {
     return false;
   }
 
-  template <class Class>
-  std::string_view take(Class of) {
+  template <auto belongs>
+  std::string_view take() {
     std::size_t count = 0;
-    while (count < rest_.size() && of(rest_[count])) ++count;
+    while (count < rest_.size() && belongs(rest_[count])) ++count;
     const std::string_view taken = rest_.substr(0, count);
     rest_.remove_prefix(count);
     return taken;
-  }
-
-  template <class Class>
-  void skip(Class of) {
-    take(of);
   }
 
   std::string_view rest_;
 };
 
 // The number that eight digits make: pairs, then fours, then all of them.
-Limb eight_digits(const char* text) {
+std::uint32_t eight_digits(const char* text) {
   const __m128i characters = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(text));
   const __m128i digits =
       _mm_unpacklo_epi8(_mm_sub_epi8(characters, _mm_set1_epi8('0')), _mm_setzero_si128());
   const __m128i pairs = _mm_madd_epi16(digits, _mm_set1_epi32(1 << 16 | 10));
   const __m128i fours =
       _mm_madd_epi16(_mm_packs_epi32(pairs, pairs), _mm_set1_epi32(1 << 16 | 100));
-  const auto high = static_cast<Limb>(_mm_cvtsi128_si32(fours));
-  const auto low = static_cast<Limb>(_mm_cvtsi128_si32(_mm_srli_si128(fours, 4)));
+  const auto high = static_cast<std::uint32_t>(_mm_cvtsi128_si32(fours));
+  const auto low = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(fours, 4)));
   return high * 10'000 + low;
 }
 
-// The digits of a literal, which outlives it, in order, whatever side of the point they stand on.
+// The digits of a literal in order, on both sides of the point. The literal outlives it.
 class DigitRun {
  public:
   explicit DigitRun(const Literal& literal)
@@ -191,13 +140,11 @@ class DigitRun {
  private:
   static void append(std::string_view digits, Magnitude& value) {
     while (!digits.empty()) {
-      const std::size_t count = std::min(digits.size(), kChunkDigits);
+      const auto count = std::min<std::size_t>(digits.size(), kLimbDigits);
       Limb chunk = 0;
       std::size_t at = 0;
-      if (count >= 8) {
-        chunk = eight_digits(digits.data());
-        at = 8;
-      }
+      for (; at + 8 <= count; at += 8)
+        chunk = chunk * 100'000'000 + eight_digits(digits.data() + at);
       for (; at < count; ++at) chunk = chunk * 10 + static_cast<Limb>(digits[at] - '0');
       multiply_add(value, power_of_ten(static_cast<int>(count))[0], chunk);
       digits.remove_prefix(count);
@@ -208,7 +155,7 @@ class DigitRun {
   const std::string_view& fraction_;
 };
 
-// Decimal digits of a magnitude; 78 stands for any number above 77.
+// Decimal digits of a magnitude; 78 for all larger numbers.
 int decimal_digits(Limbs value) {
   int digits = 0;
   while (digits <= CS_MAX_PREC && compare(value, power_of_ten(digits)) >= 0) ++digits;
@@ -217,7 +164,7 @@ int decimal_digits(Limbs value) {
 
 // The value of a literal at a scale, with what had to be left out of it.
 struct Scaled {
-  Number number;
+  SignedMagnitude number;
   bool fits = true;
   bool truncated = false;
 };
@@ -239,8 +186,9 @@ void scale_literal(const Literal& literal, int scale, bool rounding, Scaled& to)
   Magnitude& value = to.number.magnitude;
   run.accumulate(first, kept, value);
   if (surplus > 0) {
-    // With more decimals than digits, the first one dropped is a zero that does not stand there.
-    if (rounding && surplus <= count && run[kept] >= '5') multiply_add(value, 1, 1);
+    // With more decimals than digits, the first one dropped is a zero that was not written.
+    if (rounding && surplus <= count && rounds_up(static_cast<Limb>(run[kept] - '0'), 10))
+      multiply_add(value, 1, 1);
     to.truncated = !rounding && !run.all_zero_from(kept);
   } else if (decimals < scale && !value.is_zero()) {
     to.fits = scale - decimals <= CS_MAX_SCALE;
@@ -253,29 +201,29 @@ int scale_of(const Literal& literal) {
   return static_cast<int>(std::clamp<std::int64_t>(decimals, 0, CS_MAX_SCALE));
 }
 
-// Every digit that stands in the text counts, dropped ones included, but never more than there can
-// be; an exponent or the scale may make the value need more.
+// Every digit that was written counts, dropped ones included, up to the most that a numeric can
+// have. An exponent or the scale may make the value need more.
 int precision_of(const Literal& literal, int scale, Limbs value) {
   const DigitRun run(literal);
-  const auto standing = std::min<std::size_t>(run.size() - run.leading_zeros(), CS_MAX_PREC);
-  return std::max({1, scale, static_cast<int>(standing), decimal_digits(value)});
+  const auto written = std::min<std::size_t>(run.size() - run.leading_zeros(), CS_MAX_PREC);
+  return std::max({1, scale, static_cast<int>(written), decimal_digits(value)});
 }
 
 CS_INT parse(std::string_view text, constant& dest, bool rounding) {
-  const std::optional<Literal> literal = Scanner(text).scan();
+  const std::optional<Literal> literal = LiteralScanner(text).scan();
   if (!literal) return kExactSyntax;
   const int scale = dest.scale == kFromText ? scale_of(*literal) : dest.scale;
   Scaled scaled;
   scale_literal(*literal, scale, rounding, scaled);
   const Magnitude& value = scaled.number.magnitude;
-  if (!scaled.fits || !fits(value, dest)) return overflow(dest);
+  if (!scaled.fits || !fits(value, dest)) return clear_for_overflow(dest);
   const int precision =
       dest.prec == kFromText ? precision_of(*literal, scale, value) : int{dest.prec};
-  if (precision > CS_MAX_PREC || exceeds(value, precision)) return overflow(dest);
+  if (precision > CS_MAX_PREC || exceeds(value, precision)) return clear_for_overflow(dest);
 
   dest.prec = static_cast<CS_BYTE>(precision);
   dest.scale = static_cast<CS_BYTE>(scale);
-  write(value, scaled.number.negative, dest);
+  pack_record(value, scaled.number.negative, dest);
   return scaled.truncated ? kExactTruncated : kExactOk;
 }
 
@@ -287,28 +235,24 @@ constexpr std::array<CS_FLOAT, 23> kExactPowers = [] {
   for (std::size_t n = 1; n < powers.size(); ++n) powers[n] = powers[n - 1] * 10;
   return powers;
 }();
-constexpr Wide kExactIntegers = Wide{1} << 53;
+constexpr std::uint64_t kExactIntegers = std::uint64_t{1} << 53;
 
 // With both operands exact, the processor's division rounds correctly.
 std::optional<CS_FLOAT> divide_exactly(Limbs magnitude, CS_BYTE scale) {
-  if (magnitude.size() > 2 || scale >= kExactPowers.size()) return std::nullopt;
-  Wide value = 0;
-  for (std::size_t at = magnitude.size(); at-- > 0;) value = value << 32 | magnitude[at];
-  if (value > kExactIntegers) return std::nullopt;
-  return static_cast<CS_FLOAT>(value) / kExactPowers[scale];
+  const std::optional<std::uint64_t> value = to_unsigned(magnitude);
+  if (!value || *value > kExactIntegers || scale >= kExactPowers.size()) return std::nullopt;
+  return static_cast<CS_FLOAT>(*value) / kExactPowers[scale];
 }
 
 // --- to integers
 
 // The signed 64-bit value of a number; false when it is outside that range.
-bool as_signed(const Number& number, std::int64_t& value) {
-  const Magnitude& magnitude = number.magnitude;
-  if (magnitude.size() > 2) return false;
-  Wide bits = 0;
-  for (std::size_t at = magnitude.size(); at-- > 0;) bits = bits << 32 | magnitude[at];
-  if (bits > (Wide{1} << 63) - (number.negative ? 0 : 1)) return false;
-  value = static_cast<std::int64_t>(number.negative ? -bits : bits);
-  return true;
+bool as_signed(const SignedMagnitude& number, std::int64_t& value) {
+  const std::optional<std::uint64_t> absolute = to_unsigned(number.magnitude);
+  if (!absolute) return false;
+  const std::optional<money::Units> checked = money::checked_value(*absolute, number.negative);
+  if (checked) value = *checked;
+  return checked.has_value();
 }
 
 // Room for the text of any record: a sign, "0.", and digits up to the largest scale.
@@ -317,14 +261,18 @@ constexpr std::size_t kMaxText = 3 * kMaxRecordLength + 256;
 }  // namespace
 
 CS_INT rescale(const constant& src, constant& dest) {
-  Number number;
-  read(src, number);
-  return place(number, src.scale, dest);
+  SignedMagnitude number;
+  unpack_record(src, number);
+  const CS_INT status = rescale(number.magnitude, dest.scale - src.scale, dest.prec,
+                                static_cast<std::size_t>(dest.len));
+  if (status == kExactOverflow) return clear_for_overflow(dest);
+  pack_record(number.magnitude, number.negative, dest);
+  return status;
 }
 
 CS_INT to_integer(const constant& src, std::int64_t& value) {
-  Number number;
-  read(src, number);
+  SignedMagnitude number;
+  unpack_record(src, number);
   const bool fraction = scale_down(number.magnitude, src.scale);
   using Limits = std::numeric_limits<std::int64_t>;
   const std::int64_t limit = number.negative ? Limits::min() : Limits::max();
@@ -352,9 +300,9 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
   dest.precision = record.prec;
   dest.scale = record.scale;
   constant front = record_of(dest);
-  Number number;
-  read(record, number);
-  write(number.magnitude, number.negative, front);
+  SignedMagnitude number;
+  unpack_record(record, number);
+  pack_record(number.magnitude, number.negative, front);
   return status;
 }
 
@@ -363,11 +311,11 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
 using namespace comnlib;
 
 CS_INT com__longtoexctnume(CS_INT value, constant* dest) {
-  return place_integer(value, *dest);
+  return store_integer(value, 0, *dest);
 }
 
 CS_INT com__longlongtoexctnume(std::int64_t value, constant* dest) {
-  return place_integer(value, *dest);
+  return store_integer(value, 0, *dest);
 }
 
 CS_INT com__doubletoexctnume(CS_FLOAT value, constant* dest) {
@@ -380,7 +328,7 @@ CS_INT com__doubletoexctnume(CS_FLOAT value, constant* dest) {
 
 CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest) {
   Magnitude magnitude;
-  read(*src, magnitude);
+  unpack_record(*src, magnitude);
   if (const auto quotient = divide_exactly(magnitude, src->scale)) {
     *dest = is_negative(*src) ? -*quotient : *quotient;
     return kExactOk;
@@ -393,8 +341,8 @@ CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest) {
 }
 
 CS_INT com__exctnumetomny8(const constant* src, CS_MONEY* dest) {
-  Number number;
-  read(*src, number);
+  SignedMagnitude number;
+  unpack_record(*src, number);
   if (src->scale <= money::kDecimals) {
     scale_up(number.magnitude, money::kDecimals - src->scale);
   } else {
@@ -407,15 +355,13 @@ CS_INT com__exctnumetomny8(const constant* src, CS_MONEY* dest) {
 }
 
 CS_INT com__mny8toexctnume(const CS_MONEY* src, constant* dest) {
-  const money::Units units = money::units(*src);
-  Number number;
-  number.negative = units < 0;
-  number.magnitude.assign(money::absolute(units));
-  return finish(number, dest->scale - money::kDecimals, *dest);
+  return store_integer(money::units(*src), money::kDecimals, *dest);
 }
 
 CS_INT com__subexctnumetochar(const constant* src, CS_CHAR* buf, CS_INT buflen, CS_INT* outlen) {
-  const Digits digits(*src);
+  Magnitude magnitude;
+  unpack_record(*src, magnitude);
+  const DecimalDigits digits(magnitude);
   const std::size_t scale = src->scale;
   const std::size_t decimals = std::min(digits.size(), scale);
   const std::size_t integers = digits.size() - decimals;

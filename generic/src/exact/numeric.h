@@ -1,8 +1,8 @@
 // Conversions of exact numerics to and from integers, doubles, money and text, and the one
 // rescaling that arithmetic and the conversion between numerics share. Each returns a kernel
 // status. Destination records come with their length, precision and scale set; the value is kept
-// and brought to that scale. Overflow zeroes a destination record's bytes, a syntax error leaves
-// them alone.
+// and brought to that scale. Overflow zeroes a destination record's bytes, a syntax error does
+// not touch them.
 #pragma once
 
 #include <algorithm>

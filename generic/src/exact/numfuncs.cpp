@@ -57,16 +57,10 @@ Size quotient_size(Size dividend, Size divisor) {
 }
 
 // Gives the result its size; the record over it may share its bytes with an operand's.
-constant start(CS_NUMERIC& result, Size size) {
+constant sized_result(CS_NUMERIC& result, Size size) {
   result.precision = static_cast<CS_BYTE>(size.precision);
   result.scale = static_cast<CS_BYTE>(size.scale);
   return record_of(result);
-}
-
-CS_INT to_size(Number& number, const CS_NUMERIC& from, Size size) {
-  if (size_of(from) == size) return kExactOk;
-  return rescale(number.magnitude, size.scale - from.scale, size.precision,
-                 Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
 }
 
 bool same_size(const CS_NUMERIC& a, const CS_NUMERIC& b) {
@@ -79,14 +73,14 @@ std::size_t magnitude_length(int precision) {
 
 // Gives the result of operands of one size its own: one digit more, as far as that goes, and so
 // their length or one byte more. Returns the length of its magnitude.
-std::size_t start_sum(const CS_NUMERIC& operand, CS_NUMERIC& result) {
+std::size_t size_sum(const CS_NUMERIC& operand, CS_NUMERIC& result) {
   const int precision = std::min(operand.precision + 1, int{CS_MAX_PREC});
   result.precision = static_cast<CS_BYTE>(precision);
   result.scale = operand.scale;
   return magnitude_length(precision);
 }
 
-CS_RETCODE overflow(CS_NUMERIC& result, std::size_t length) {
+CS_RETCODE overflowed(CS_NUMERIC& result, std::size_t length) {
   std::memset(result.array, 0, length + 1);
   return CS_CVT_OVERFLOW;
 }
@@ -98,7 +92,7 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
   const CS_BYTE* const limit = Com__Nume_Byte_Power_Array[result.precision].data() + 2;
   // The first byte decides nearly always. A word here would have to wait for stores of other sizes.
   if (result.array[1] >= limit[0] && compare_bytes(result.array + 1, limit, length) >= 0)
-    return overflow(result, length);
+    return overflowed(result, length);
   result.array[0] = negative ? 1 : 0;
   return CS_SUCCEED;
 }
@@ -109,13 +103,13 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
                                             CS_NUMERIC& result) {
   const bool negative = op1.array[0] != 0;
   const std::size_t count = magnitude_length(op1.precision);
-  const std::size_t length = start_sum(op1, result);
+  const std::size_t length = size_sum(op1, result);
   const std::size_t surplus = length - count;
   const CS_BYTE carry = add_bytes(op1.array + 1, op2.array + 1, result.array + 1 + surplus, count);
   if (surplus > 0) {
     result.array[1] = carry;
   } else if (carry != 0) {
-    return overflow(result, length);
+    return overflowed(result, length);
   }
   return finish_sum(result, length, negative);
 }
@@ -125,7 +119,7 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
                                                  CS_NUMERIC& result) {
   bool negative = op1.array[0] != 0;
   const std::size_t count = magnitude_length(op1.precision);
-  const std::size_t length = start_sum(op1, result);
+  const std::size_t length = size_sum(op1, result);
   const std::size_t surplus = length - count;
   const CS_BYTE* greater = op1.array + 1;
   const CS_BYTE* smaller = op2.array + 1;
@@ -143,24 +137,79 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
   return finish_sum(result, length, negative);
 }
 
+// --- operands of any sizes, whose result has room for every digit
+
+void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
+  unpack(operand.array + 1, magnitude_length(operand.precision), to);
+}
+
+// Operands of any content may have brought the value beyond the precision.
+CS_RETCODE pack_result(Limbs value, bool negative, int precision, int scale, CS_NUMERIC& result) {
+  result.precision = static_cast<CS_BYTE>(precision);
+  result.scale = static_cast<CS_BYTE>(scale);
+  const std::size_t length = magnitude_length(precision);
+  if (exceeds(value, precision)) return overflowed(result, length);
+  pack(value, result.array + 1, length);
+  result.array[0] = negative ? 1 : 0;
+  return CS_SUCCEED;
+}
+
+CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
+                        CS_NUMERIC& result) {
+  Magnitude a;
+  Magnitude b;
+  unpack_operand(op1, a);
+  unpack_operand(op2, b);
+  const bool negative = op1.array[0] != 0;
+  const bool b_counts_negative = (op2.array[0] != 0) != (opn != COMN_NUM_ADD);
+  if (op1.scale < size.scale) scale_up(a, size.scale - op1.scale);
+  if (op2.scale < size.scale) scale_up(b, size.scale - op2.scale);
+  if (negative == b_counts_negative) {
+    add(a, b, a);
+    return pack_result(a, negative, size.precision, size.scale, result);
+  }
+  const int order = compare(a, b);
+  Magnitude& larger = order < 0 ? b : a;
+  // An operand too large by itself is an overflow, whatever the difference is.
+  if (!exceeds(larger, size.precision)) subtract(larger, order < 0 ? a : b, larger);
+  const bool sign = order < 0 ? b_counts_negative : order > 0 && negative;
+  return pack_result(larger, sign, size.precision, size.scale, result);
+}
+
+// --- results that 77 digits limit
+
+CS_INT to_size(SignedMagnitude& value, const CS_NUMERIC& from, Size size) {
+  if (size_of(from) == size) return kExactOk;
+  return rescale(value.magnitude, size.scale - from.scale, size.precision,
+                 Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
+}
+
 // What keeps an operand from the common size is the operation's result; a cut there is truncation
-// and not the overflow that a cut in the kernel is. Out of line, so that sums of one size do not
-// pay for its limbs.
-[[gnu::noinline]] CS_RETCODE mixed_size_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
-                                            CS_NUMERIC& result, CS_INT opn) {
-  const Size size = sum_size(size_of(op1), size_of(op2));
-  Number a;
-  Number b;
-  read(record_of(op1), a);
-  read(record_of(op2), b);
+// and not the overflow that a cut in the kernel is.
+CS_RETCODE capped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
+                      CS_NUMERIC& result) {
+  SignedMagnitude a;
+  SignedMagnitude b;
+  unpack_record(record_of(op1), a);
+  unpack_record(record_of(op2), b);
   CS_INT status = to_size(a, op1, size);
   if (status == kExactOk) status = to_size(b, op2, size);
-  constant record = start(result, size);
+  constant record = sized_result(result, size);
   if (status != kExactOk) {
-    clear(record);
+    clear_record(record);
     return status == kExactTruncated ? CS_CVT_TRUNCATED : CS_CVT_OVERFLOW;
   }
-  return exact_code(combine(a, size.scale, b, size.scale, opn, record));
+  return exact_code(add_or_subtract(a, size.scale, b, size.scale, opn, record));
+}
+
+// Out of line, so that sums of one size do not pay for its limbs.
+[[gnu::noinline]] CS_RETCODE unlike_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                        CS_NUMERIC& result, CS_INT opn) {
+  const int scale = std::max(op1.scale, op2.scale);
+  const int digits = std::max(op1.precision - op1.scale, op2.precision - op2.scale);
+  const Size size = {scale + digits + 1, scale};
+  if (size.precision <= CS_MAX_PREC) return uncapped_sum(op1, op2, size, opn, result);
+  return capped_sum(op1, op2, sum_size(size_of(op1), size_of(op2)), opn, result);
 }
 
 inline CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result,
@@ -172,22 +221,34 @@ inline CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERI
                                              : subtract_magnitudes(op1, op2, result);
   }
   if (!in_domain(op2)) return CS_CVT_DOMAIN;
-  return mixed_size_sum(op1, op2, result, opn);
+  return unlike_sum(op1, op2, result, opn);
 }
 
 CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
   if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
+  const int precision = op1.precision + op2.precision + 1;
+  const int scale = op1.scale + op2.scale;
+  if (precision <= CS_MAX_PREC && scale <= CS_MAX_SCALE) [[likely]] {
+    Magnitude a;
+    Magnitude b;
+    Magnitude product;
+    unpack_operand(op1, a);
+    unpack_operand(op2, b);
+    multiply(a, b, product);
+    const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
+    return pack_result(product, opposite && !product.is_zero(), precision, scale, result);
+  }
   const constant a = record_of(op1);
   const constant b = record_of(op2);
-  constant record = start(result, product_size(size_of(op1), size_of(op2)));
-  return exact_code(product(a, b, record));
+  constant record = sized_result(result, product_size(size_of(op1), size_of(op2)));
+  return exact_code(com__exctnume_mul(&a, &b, &record));
 }
 
 CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
   if (!in_domain(dividend) || !in_domain(divisor)) return CS_CVT_DOMAIN;
   const constant a = record_of(dividend);
   const constant b = record_of(divisor);
-  constant record = start(result, quotient_size(size_of(dividend), size_of(divisor)));
+  constant record = sized_result(result, quotient_size(size_of(dividend), size_of(divisor)));
   return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
 }
 

@@ -7,7 +7,7 @@
 
 namespace comnlib {
 
-struct Number {
+struct SignedMagnitude {
   Magnitude magnitude;
   bool negative;
 };
@@ -21,13 +21,13 @@ inline bool is_negative(const constant& record) {
   return record.value[0] != 0;
 }
 
-inline void read(const constant& record, Magnitude& to) {
+inline void unpack_record(const constant& record, Magnitude& to) {
   const auto bytes = magnitude_bytes(record);
   unpack(bytes.data(), bytes.size(), to);
 }
 
-inline void read(const constant& record, Number& to) {
-  read(record, to.magnitude);
+inline void unpack_record(const constant& record, SignedMagnitude& to) {
+  unpack_record(record, to.magnitude);
   to.negative = is_negative(record);
 }
 
@@ -36,26 +36,26 @@ inline bool fits(Limbs value, const constant& record) {
 }
 
 // Stores the low bytes that the record has room for, with sign.
-inline void write(Limbs value, bool negative, constant& record) {
+inline void pack_record(Limbs value, bool negative, constant& record) {
   const auto bytes = magnitude_bytes(record);
   pack(value, bytes.data(), bytes.size());
   record.value[0] = negative ? 1 : 0;
 }
 
 // Stores a value that fits; otherwise leaves the record alone.
-inline CS_INT write_whole(Limbs value, bool negative, constant& record) {
+inline CS_INT pack_if_it_fits(Limbs value, bool negative, constant& record) {
   if (!fits(value, record)) return kExactOverflow;
-  write(value, negative, record);
+  pack_record(value, negative, record);
   return kExactOk;
 }
 
 // A positive zero.
-inline void clear(constant& record) {
+inline void clear_record(constant& record) {
   std::memset(record.value, 0, static_cast<std::size_t>(record.len));
 }
 
-inline CS_INT overflow(constant& cleared) {
-  clear(cleared);
+inline CS_INT clear_for_overflow(constant& record) {
+  clear_record(record);
   return kExactOverflow;
 }
 

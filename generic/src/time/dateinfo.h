@@ -19,8 +19,8 @@ enum class DateOrder : CS_BYTE {
   day_year_month
 };
 
-// Texts are bytes of the locale's character set, of which ASCII is a part. Case is ignored in ASCII
-// letters alone.
+// Texts are bytes of the locale's character set, of which ASCII is a part. Case is ignored only in
+// ASCII letters.
 struct DateConventions {
   std::array<std::string_view, 12> months;        // January first
   std::array<std::string_view, 12> short_months;  // written, and accepted beside the full names

@@ -1,5 +1,5 @@
-// Reading and writing datetime text. A Cursor never moves past the text it was given, and no value
-// leaves here that is not a valid datetime.
+// Reading and writing datetime text. A DateCursor never moves past the text it was given, and no
+// value leaves here that is not a valid datetime.
 #include "time/datetext.h"
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 
 #include "chars/ascii.h"
+#include "chars/decimal.h"
 #include "time/datetime.h"
 
 namespace comnlib {
@@ -24,7 +25,7 @@ constexpr bool is_separator(char c) {
 }
 
 // A run of digits; `value` is meaningful up to nine of them.
-struct Number {
+struct Numeral {
   CS_INT value = 0;
   std::size_t digits = 0;
 
@@ -33,14 +34,14 @@ struct Number {
   bool is_year() const { return digits == 2 || digits == 4; }
 };
 
-constexpr CS_INT year_of(const Number& number) {
+constexpr CS_INT year_of(const Numeral& number) {
   if (number.digits == 4) return number.value;
   return number.value + (number.value < 50 ? 2000 : 1900);
 }
 
-class Cursor {
+class DateCursor {
  public:
-  explicit Cursor(std::string_view text) : rest_(text) {}
+  explicit DateCursor(std::string_view text) : rest_(text) {}
 
   bool done() const { return rest_.empty(); }
   char peek() const { return rest_.empty() ? '\0' : rest_.front(); }
@@ -58,8 +59,8 @@ class Cursor {
     return rest_.size() != before;
   }
 
-  Number number() {
-    Number result;
+  Numeral number() {
+    Numeral result;
     for (const char c : rest_) {
       if (!is_digit(c)) break;
       if (result.digits < 9) result.value = result.value * 10 + (c - '0');
@@ -69,7 +70,7 @@ class Cursor {
     return result;
   }
 
-  // How far the text here spells `word`, ignoring case: its length, or 0. A letter behind it makes
+  // How far the text here spells `word`, ignoring case: its length, or 0. A letter after it makes
   // it another word.
   std::size_t spells(std::string_view word) const {
     if (word.empty() || word.size() > rest_.size()) return 0;
@@ -99,7 +100,7 @@ struct Reading {
   Meridiem meridiem = Meridiem::none;
   bool iso_date = false;  // a "T" may follow
 
-  bool set_date(const Number& y, const Number& m, const Number& d) {
+  bool set_date(const Numeral& y, const Numeral& m, const Numeral& d) {
     if (!y.is_year() || !m.is_short() || !d.is_short()) return false;
     year = year_of(y);
     month = m.value;
@@ -108,22 +109,22 @@ struct Reading {
   }
 };
 
-// Where year, month and day stand in each order.
-struct Places {
+// The positions of year, month and day in each order.
+struct FieldOrder {
   CS_BYTE year, month, day;
 };
-constexpr std::array<Places, 6> kPlaces = {
+constexpr std::array<FieldOrder, 6> kFieldOrders = {
     {{2, 0, 1}, {2, 1, 0}, {0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}}};
 
-constexpr const Places& places_of(DateOrder order) {
-  return kPlaces[static_cast<std::size_t>(order)];
+constexpr const FieldOrder& fields_in(DateOrder order) {
+  return kFieldOrders[static_cast<std::size_t>(order)];
 }
 
 // Three numbers with two equal separators. Four digits in front are the year, and month and day
 // follow in this order unless the locale writes year, day, month; "yyyy-mm-dd" is the same
 // anywhere.
-bool scan_numeric_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
-  std::array<Number, 3> numbers;
+bool scan_numeric_date(DateCursor& in, const DateConventions& conventions, Reading& reading) {
+  std::array<Numeral, 3> numbers;
   numbers[0] = in.number();
   const char separator = in.peek();
   if (!is_separator(separator)) return false;
@@ -136,12 +137,12 @@ bool scan_numeric_date(Cursor& in, const DateConventions& conventions, Reading& 
     reading.iso_date = separator == '-';
     if (reading.iso_date || order != DateOrder::year_day_month) order = DateOrder::year_month_day;
   }
-  const Places& at = places_of(order);
+  const FieldOrder& at = fields_in(order);
   return reading.set_date(numbers[at.year], numbers[at.month], numbers[at.day]);
 }
 
-// 0 when no month's name stands here, else its number. The longest name wins.
-CS_INT scan_month(Cursor& in, const DateConventions& conventions) {
+// The number of the month whose name comes next, 0 without one. The longest name wins.
+CS_INT scan_month(DateCursor& in, const DateConventions& conventions) {
   std::size_t longest = 0;
   CS_INT month = 0;
   for (std::size_t i = 0; i < 12; ++i) {
@@ -155,8 +156,8 @@ CS_INT scan_month(Cursor& in, const DateConventions& conventions) {
   return month;
 }
 
-// Between the elements of a named date: one of "/-." alone, or blanks and at most one comma.
-void skip_between(Cursor& in) {
+// Between the elements of a named date: one of "/-.", or blanks and at most one comma.
+void skip_between(DateCursor& in) {
   if (is_separator(in.peek())) {
     in.skip(1);
     return;
@@ -168,18 +169,18 @@ void skip_between(Cursor& in) {
 
 // Whether the first of two numbers beside a month's name is the day. Four digits are a year; of two
 // numbers that leave it open the locale's order decides.
-bool day_comes_first(const Number& a, const Number& b, DateOrder order) {
+bool day_comes_first(const Numeral& a, const Numeral& b, DateOrder order) {
   if (a.is_full_year() || b.is_full_year()) return b.is_full_year();
   const bool a_is_day = a.value <= 31;
   const bool b_is_day = b.value <= 31;
   if (a.digits != b.digits) return b.digits == 2;
   if (a_is_day != b_is_day) return a_is_day;
-  return places_of(order).day < places_of(order).year;
+  return fields_in(order).day < fields_in(order).year;
 }
 
-// "AM" or "PM", behind blanks or not; nothing is taken when neither stands here.
-Meridiem scan_meridiem(Cursor& in, const DateConventions& conventions) {
-  Cursor ahead = in;
+// "AM" or "PM", after blanks or not; takes nothing when neither comes next.
+Meridiem scan_meridiem(DateCursor& in, const DateConventions& conventions) {
+  DateCursor ahead = in;
   ahead.skip_blanks();
   const std::size_t am = ahead.spells(conventions.am);
   const std::size_t pm = ahead.spells(conventions.pm);
@@ -190,14 +191,14 @@ Meridiem scan_meridiem(Cursor& in, const DateConventions& conventions) {
 }
 
 // Whether a time such as "3:05" or "3 PM" begins here.
-bool at_time(Cursor ahead, const DateConventions& conventions) {
+bool at_time(DateCursor ahead, const DateConventions& conventions) {
   if (ahead.number().digits == 0) return false;
   return ahead.peek() == ':' || scan_meridiem(ahead, conventions) != Meridiem::none;
 }
 
 // A month's name with day and year, in any order.
-bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
-  std::array<Number, 2> numbers;
+bool scan_named_date(DateCursor& in, const DateConventions& conventions, Reading& reading) {
+  std::array<Numeral, 2> numbers;
   std::size_t found = 0;
   CS_INT month = 0;
   for (std::size_t element = 0; element < 3; ++element) {
@@ -208,14 +209,14 @@ bool scan_named_date(Cursor& in, const DateConventions& conventions, Reading& re
     numbers[found++] = in.number();
   }
   const bool day_first = day_comes_first(numbers[0], numbers[1], conventions.order);
-  const Number& year = numbers[day_first ? 1 : 0];
-  const Number& day = numbers[day_first ? 0 : 1];
+  const Numeral& year = numbers[day_first ? 1 : 0];
+  const Numeral& day = numbers[day_first ? 0 : 1];
   return reading.set_date(year, {month, 2}, day);
 }
 
 // "yyyymmdd", "yymmdd" or "yyyy".
-bool scan_compact_date(Cursor& in, const DateConventions&, Reading& reading) {
-  const Number number = in.number();
+bool scan_compact_date(DateCursor& in, const DateConventions&, Reading& reading) {
+  const Numeral number = in.number();
   if (number.is_full_year()) return reading.set_date(number, {1, 2}, {1, 2});
   if (number.digits != 6 && number.digits != 8) return false;
   reading.iso_date = number.digits == 8;
@@ -223,9 +224,9 @@ bool scan_compact_date(Cursor& in, const DateConventions&, Reading& reading) {
                           {number.value % 100, 2});
 }
 
-bool scan_date(Cursor& in, const DateConventions& conventions, Reading& reading) {
+bool scan_date(DateCursor& in, const DateConventions& conventions, Reading& reading) {
   for (auto* const form : {scan_numeric_date, scan_named_date, scan_compact_date}) {
-    Cursor ahead = in;
+    DateCursor ahead = in;
     Reading attempt;
     if (!form(ahead, conventions, attempt)) continue;
     in = ahead;
@@ -241,9 +242,9 @@ constexpr auto kPowersOf10 = [] {
   return powers;
 }();
 
-// The digits behind the point of a second as ticks, or -1 unless there are one to nine. Like 999
+// The digits after the point of a second as ticks, or -1 unless there are one to nine. Like 999
 // milliseconds, a fraction never becomes the next second.
-CS_INT ticks_of_fraction(const Number& fraction) {
+CS_INT ticks_of_fraction(const Numeral& fraction) {
   if (fraction.digits < 1 || fraction.digits > 9) return -1;
   const CS_UINT nanoseconds =
       static_cast<CS_UINT>(fraction.value) * kPowersOf10[9 - fraction.digits];
@@ -251,16 +252,16 @@ CS_INT ticks_of_fraction(const Number& fraction) {
   return static_cast<CS_INT>(std::min<CS_UINT>(ticks, kTicksPerSecond - 1));
 }
 
-bool scan_milliseconds(Cursor& in, Reading& reading) {
-  const Number number = in.number();
+bool scan_milliseconds(DateCursor& in, Reading& reading) {
+  const Numeral number = in.number();
   if (number.digits < 1 || number.digits > 3) return false;
   reading.ticks = static_cast<CS_INT>(ticks_of_milliseconds(number.value));
   return true;
 }
 
-bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading) {
+bool scan_time(DateCursor& in, const DateConventions& conventions, Reading& reading) {
   const auto scan_short = [&in](CS_INT& value) {
-    const Number number = in.number();
+    const Numeral number = in.number();
     value = number.value;
     return number.is_short();
   };
@@ -283,7 +284,7 @@ bool scan_time(Cursor& in, const DateConventions& conventions, Reading& reading)
   return true;
 }
 
-bool scan(Cursor& in, const DateConventions& conventions, Reading& reading) {
+bool scan(DateCursor& in, const DateConventions& conventions, Reading& reading) {
   in.skip_blanks();
   if (in.done()) return true;
   if (!at_time(in, conventions)) {
@@ -308,7 +309,7 @@ bool resolve_meridiem(Reading& reading) {
 
 DateText make(const Reading& reading, CS_DATETIME& value) {
   CS_INT days = 0;
-  if (make_days(reading.year, reading.month - 1, reading.day, days) != kDateDone ||
+  if (make_days(reading.year, reading.month - 1, reading.day, days) != kFieldsDone ||
       reading.hour > 23 || reading.minute > 59 || reading.second > 59)
     return DateText::overflow;
   value = {days, reading.hour * kTicksPerHour + reading.minute * kTicksPerMinute +
@@ -321,7 +322,7 @@ DateText make(const Reading& reading, CS_DATETIME& value) {
                                      CS_DATETIME& value) {
   value = {};
   Reading reading;
-  Cursor in(text);
+  DateCursor in(text);
   if (!scan(in, conventions, reading)) return DateText::syntax;
   if (!resolve_meridiem(reading)) return DateText::overflow;
   return make(reading, value);
@@ -329,9 +330,9 @@ DateText make(const Reading& reading, CS_DATETIME& value) {
 
 constexpr std::size_t kIsoSeconds = std::string_view("yyyy-mm-ddThh:mm:ss").size();
 
-// Adds the fraction that ends an ISO timestamp; false when it is none.
+// Adds the fraction that ends an ISO timestamp; false when it is not valid.
 [[gnu::noinline]] bool add_iso_fraction(std::string_view text, CS_DATETIME& value) {
-  Cursor in(text);
+  DateCursor in(text);
   if (!in.take('.')) return false;
   const CS_INT ticks = ticks_of_fraction(in.number());
   value.dttime += ticks;
@@ -339,13 +340,13 @@ constexpr std::size_t kIsoSeconds = std::string_view("yyyy-mm-ddThh:mm:ss").size
 }
 
 // "yyyy-mm-ddThh:mm:ss" with a blank or "T" and perhaps a fraction: the text of interchange files,
-// told apart from all others by its layout. False leaves it to parse_any(), which reads it the same
-// way or knows what is wrong with it.
+// recognised by its layout. False leaves it to parse_any(), which reads it the same way or knows
+// what is wrong with it.
 bool read_iso(std::string_view text, CS_DATETIME& value) {
   if (text.size() < kIsoSeconds) return false;
   const char* const at = text.data();
-  // All but the day and "T" at once, as "yyyy-mm-hh:mm:ss". Each byte less the lowest that may
-  // stand there must not exceed the distance to the highest.
+  // All but the day and "T" at once, as "yyyy-mm-hh:mm:ss". Each byte less the lowest that is valid
+  // there must not exceed the distance to the highest.
   const auto low =
       _mm_setr_epi8('0', '0', '0', '0', '-', '0', '0', '-', '0', '0', ':', '0', '0', ':', '0', '0');
   const auto distance = _mm_setr_epi8(9, 9, 9, 9, 0, 9, 9, 0, 9, 9, 0, 9, 9, 0, 9, 9);
@@ -353,7 +354,7 @@ bool read_iso(std::string_view text, CS_DATETIME& value) {
                                         _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at + 11)));
   const auto digits = _mm_sub_epi8(bytes, low);
   const auto in_layout = _mm_cmpeq_epi8(_mm_min_epu8(digits, distance), digits);
-  // Two digits as a number stand in the byte of the first of them; month and minute are moved so
+  // Two digits make a number in the byte of the first of them; month and minute are moved so
   // that each has a word to itself: century, year, month, 0, hour, minute, 0, second.
   const auto pairs =
       _mm_add_epi8(_mm_mullo_epi16(digits, _mm_set1_epi16(10)), _mm_srli_si128(digits, 1));
@@ -372,25 +373,29 @@ bool read_iso(std::string_view text, CS_DATETIME& value) {
   const CS_INT year = _mm_cvtsi128_si32(sums);
   const CS_INT month = _mm_cvtsi128_si32(_mm_srli_si128(sums, 4));
   const auto day = static_cast<CS_INT>(tens_of_day * 10 + ones_of_day);
-  if (make_days(year, month - 1, day, value.dtdays) != kDateDone) return false;
+  if (make_days(year, month - 1, day, value.dtdays) != kFieldsDone) return false;
   value.dttime = kTicksPerSecond * (_mm_cvtsi128_si32(_mm_srli_si128(sums, 8)) +
                                     _mm_cvtsi128_si32(_mm_srli_si128(sums, 12)));
   return text.size() == kIsoSeconds || add_iso_fraction(text.substr(kIsoSeconds), value);
 }
 
 // Writes into room that was measured beforehand.
-class Writer {
+class DateWriter {
  public:
-  explicit Writer(char* at) : at_(at) {}
+  explicit DateWriter(char* at) : at_(at) {}
 
   void text(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
-  void put(char c) { *at_++ = c; }
+  void character(char c) { *at_++ = c; }
 
-  // In exactly `width` columns, which the value does not exceed.
-  void number(CS_INT value, int width, char fill = '0') {
-    for (int column = width; column-- > 0; value /= 10)
-      at_[column] = value != 0 || column == width - 1 ? static_cast<char>('0' + value % 10) : fill;
+  // In exactly `width` digits, which the value does not exceed.
+  void number(CS_INT value, int width) {
     at_ += width;
+    put_digits(static_cast<std::uint32_t>(value), width, at_);
+  }
+  // In two columns, with a blank for a leading zero.
+  void padded(CS_INT value) {
+    number(value, 2);
+    if (value < 10) at_[-2] = ' ';
   }
 
  private:
@@ -401,43 +406,43 @@ constexpr std::size_t kIsoLength = std::string_view("yyyy-mm-ddThh:mm:ss.mmm").s
 constexpr std::size_t kDefaultLength = std::string_view(" dd yyyy hh:mm").size();
 constexpr std::size_t kLongLength = std::string_view(" dd yyyy hh:mm:ss:mmm").size();
 
-void write_iso(const CS_DATEREC& rec, Writer& out) {
+void write_iso(const CS_DATEREC& rec, DateWriter& out) {
   out.number(rec.dateyear, 4);
-  out.put('-');
+  out.character('-');
   out.number(rec.datemonth + 1, 2);
-  out.put('-');
+  out.character('-');
   out.number(rec.datedmonth, 2);
-  out.put('T');
+  out.character('T');
   out.number(rec.datehour, 2);
-  out.put(':');
+  out.character(':');
   out.number(rec.dateminute, 2);
-  out.put(':');
+  out.character(':');
   out.number(rec.datesecond, 2);
-  out.put('.');
+  out.character('.');
   out.number(rec.datemsecond, 3);
 }
 
 void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view meridiem,
-                 const DateConventions& conventions, Writer& out) {
-  const Places& at = places_of(conventions.order);
+                 const DateConventions& conventions, DateWriter& out) {
+  const FieldOrder& at = fields_in(conventions.order);
   for (CS_BYTE place = 0; place < 3; ++place) {
     if (place == at.year) {
       out.number(rec.dateyear, 4);
     } else if (place == at.month) {
       out.text(month);
     } else {
-      out.number(rec.datedmonth, 2, ' ');
+      out.padded(rec.datedmonth);
     }
-    out.put(' ');
+    out.character(' ');
   }
   const CS_INT hour = rec.datehour % 12;
-  out.number(hour == 0 ? 12 : hour, 2, ' ');
-  out.put(':');
+  out.padded(hour == 0 ? 12 : hour);
+  out.character(':');
   out.number(rec.dateminute, 2);
   if (conventions.style == COM_DATESTYLE_LONG) {
-    out.put(':');
+    out.character(':');
     out.number(rec.datesecond, 2);
-    out.put(':');
+    out.character(':');
     out.number(rec.datemsecond, 3);
   }
   out.text(meridiem);
@@ -460,7 +465,7 @@ FormattedDate format_datetime(const CS_DATETIME& value, const DateConventions& c
   if (rec.dateyear < kFirstYear || rec.dateyear > kLastYear || rec.datehour > 23)
     return {DateText::domain, 0};
 
-  Writer out(room.data());
+  DateWriter out(room.data());
   if (conventions.style == COM_DATESTYLE_ISO) {
     if (room.size() < kIsoLength) return {DateText::style, 0};
     write_iso(rec, out);

@@ -12,9 +12,9 @@ namespace comnlib {
 
 enum class DateText {
   done,
-  syntax,    // the text has none of the accepted forms
+  syntax,    // the text is not in any of the accepted forms
   overflow,  // it has, but names a date or time that does not exist or leaves the range
-  domain,    // the value is no date and time that exists
+  domain,    // the value is not a valid datetime
   style      // the style is unknown, a name it needs is empty, or the text exceeds the room
 };
 

@@ -116,7 +116,7 @@ struct IsoWeek {
   CS_INT week;
 };
 
-// Works on years alone, so that the last days of the range need no date beyond it.
+// Works on years only, so that the last days of the range need no date beyond it.
 IsoWeek iso_week(CS_INT dtdays) {
   CS_INT n = locate(dtdays).n;
   if (dtdays < week_one(n)) {
@@ -184,17 +184,18 @@ CS_INT add_months(std::int64_t months, CS_DATETIME& dt) {
   CS_DATEREC rec{};
   com__datecrack(&dt, &rec);
   const std::int64_t target = std::int64_t{rec.dateyear} * 12 + rec.datemonth + months;
-  if (target < kFirstYear * 12 || target >= (kLastYear + 1) * 12) return kDateOverflow;
+  if (target < kFirstYear * 12 || target >= (kLastYear + 1) * 12) return kDateFailed;
   rec.dateyear = static_cast<CS_INT>(target / 12);
   rec.datemonth = static_cast<CS_INT>(target % 12);
   const bool leap = is_leap(static_cast<CS_UINT>(rec.dateyear));
   rec.datedmonth = std::min(rec.datedmonth, month_length(rec.datemonth, leap));
-  return com__datemake(&dt, &rec);
+  require(com__datemake(&dt, &rec) == kFieldsDone);
+  return kDateDone;
 }
 
 CS_INT add_days(std::int64_t days, CS_DATETIME& dt) {
   const std::int64_t sum = dt.dtdays + days;
-  if (!date_in_range(sum)) return kDateOverflow;
+  if (!date_in_range(sum)) return kDateFailed;
   dt.dtdays = static_cast<CS_INT>(sum);
   return kDateDone;
 }
@@ -203,7 +204,7 @@ CS_INT add_ticks(std::int64_t ticks, CS_DATETIME& dt) {
   const std::int64_t sum = dt.dttime + ticks;
   std::int64_t days = sum / kTicksPerDay;
   if (sum % kTicksPerDay < 0) --days;
-  if (add_days(days, dt) != kDateDone) return kDateOverflow;
+  if (add_days(days, dt) != kDateDone) return kDateFailed;
   dt.dttime = static_cast<CS_INT>(sum - days * kTicksPerDay);
   return kDateDone;
 }
@@ -221,7 +222,7 @@ std::int64_t position(const Step& step, const CS_DATETIME& dt) {
   return step.unit == Step::ticks ? ticks / step.size : ticks * 10 / 3;
 }
 
-CS_INT place_name(const CS_CHAR* const* names, CS_INT index, CS_CHAR* text) {
+CS_INT copy_name(const CS_CHAR* const* names, CS_INT index, CS_CHAR* text) {
   if (names == nullptr || names[index] == nullptr) return 0;
   const std::size_t length = strnlen(names[index], COM_DATENAME_SIZE);
   std::memcpy(text, names[index], length);
@@ -229,7 +230,7 @@ CS_INT place_name(const CS_CHAR* const* names, CS_INT index, CS_CHAR* text) {
   return static_cast<CS_INT>(length);
 }
 
-CS_INT place_number(CS_INT number, CS_CHAR* text) {
+CS_INT number_text(CS_INT number, CS_CHAR* text) {
   char* const end = std::to_chars(text, text + COM_DATENAME_SIZE - 1, number).ptr;
   *end = '\0';
   return static_cast<CS_INT>(end - text);
@@ -273,7 +274,7 @@ CS_VOID com__timecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
 }
 
 CS_INT com__datemake(CS_DATETIME* dt, const CS_DATEREC* rec) {
-  const DateStatus status = make_days(rec->dateyear, rec->datemonth, rec->datedmonth, dt->dtdays);
+  const FieldStatus status = make_days(rec->dateyear, rec->datemonth, rec->datedmonth, dt->dtdays);
   if (status == kBadYear) dt->dtdays = 0;
   return status;
 }
@@ -288,7 +289,7 @@ CS_INT com__timemake(CS_DATETIME* dt, const CS_DATEREC* rec) {
                              std::int64_t{rec->datesecond} * kTicksPerSecond +
                              ticks_of_milliseconds(rec->datemsecond);
   dt->dttime = static_cast<CS_INT>(ticks);
-  return kDateDone;
+  return kFieldsDone;
 }
 
 CS_INT com__datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday) {
@@ -333,10 +334,10 @@ CS_INT com__datename(CS_INT part, const CS_DATETIME* dt, CS_CHAR* text,
                      const CS_CHAR* const* months, const CS_CHAR* const* days) {
   if (!is_part(part)) return 0;
   const CS_DATEREC rec = crack(*dt);
-  if (part == COM_PART_MONTH) return place_name(months, rec.datemonth, text);
+  if (part == COM_PART_MONTH) return copy_name(months, rec.datemonth, text);
   if (part == COM_PART_WEEKDAY || part == COM_PART_ISOWEEKDAY)
-    return place_name(days, rec.datedweek, text);
-  return place_number(com__datepart(part, dt, 0), text);
+    return copy_name(days, rec.datedweek, text);
+  return number_text(com__datepart(part, dt, 0), text);
 }
 
 CS_INT com__datecmp(const CS_DATETIME* a, const CS_DATETIME* b) {
@@ -350,16 +351,16 @@ CS_INT com__datecmp(const CS_DATETIME* a, const CS_DATETIME* b) {
 CS_INT com__dttodate4(const CS_DATETIME* src, CS_DATETIME4* dst) {
   constexpr CS_INT kLastDay = std::numeric_limits<CS_USHORT>::max();
   CS_INT days = src->dtdays;
-  if (days < 0 || days > kLastDay) return kDateOverflow;
+  if (days < 0 || days > kLastDay) return kDateFailed;
   auto minutes =
       static_cast<CS_INT>((std::int64_t{src->dttime} + kTicksPerMinute / 2) / kTicksPerMinute);
   if (minutes >= 24 * 60) {
-    if (days == kLastDay) return kDateOverflow;
+    if (days == kLastDay) return kDateFailed;
     ++days;
     minutes -= 24 * 60;
   }
   // Left over only from ticks that are no time of day.
-  if (minutes < 0 || minutes >= 24 * 60) return kDateOverflow;
+  if (minutes < 0 || minutes >= 24 * 60) return kDateFailed;
   *dst = {static_cast<CS_USHORT>(days), static_cast<CS_USHORT>(minutes)};
   return kDateDone;
 }
@@ -379,14 +380,14 @@ CS_INT com__valid_datetime(const CS_DATAFMT* format, const CS_VOID* value) {
     require(format->datatype == CS_DATETIME_TYPE);
     std::memcpy(&dt, value, sizeof dt);
   }
-  // A part of the date looks at the date alone, one of the time at the time too.
+  // Adding a part of the date checks only the date; a part of the time checks the time too.
   return com__date_add(COM_PART_YEAR, 0, &dt) == kDateDone &&
          com__date_add(COM_PART_MINUTE, 0, &dt) == kDateDone;
 }
 
 CS_INT com__date_add(CS_INT part, CS_INT amount, CS_DATETIME* dt) {
   const Step& step = step_of(part);
-  if (!valid_for(step, *dt)) return kDateOverflow;
+  if (!valid_for(step, *dt)) return kDateFailed;
   const std::int64_t count = std::int64_t{amount} * step.size;
   switch (step.unit) {
     case Step::months:
@@ -403,26 +404,27 @@ CS_INT com__date_add(CS_INT part, CS_INT amount, CS_DATETIME* dt) {
 
 CS_INT com__dateadd_both(CS_INT part, CS_INT amount, const CS_DATAFMT* srcfmt,
                          const CS_VOID* source, const CS_DATAFMT* destfmt, CS_VOID* destination) {
-  if (srcfmt->datatype != CS_DATETIME_TYPE) return 1;
+  if (srcfmt->datatype != CS_DATETIME_TYPE) return kDateFailed;
   CS_DATETIME dt;
   std::memcpy(&dt, source, sizeof dt);
-  if (com__date_add(part, amount, &dt) != kDateDone) return 1;
+  if (com__date_add(part, amount, &dt) != kDateDone) return kDateFailed;
   if (destfmt->datatype == CS_DATETIME_TYPE) {
     std::memcpy(destination, &dt, sizeof dt);
     return kDateDone;
   }
   CS_DATETIME4 small;
-  if (destfmt->datatype != CS_DATETIME4_TYPE || com__dttodate4(&dt, &small) != kDateDone) return 1;
+  if (destfmt->datatype != CS_DATETIME4_TYPE || com__dttodate4(&dt, &small) != kDateDone)
+    return kDateFailed;
   std::memcpy(destination, &small, sizeof small);
   return kDateDone;
 }
 
 CS_INT com__datediff(CS_INT part, const CS_DATETIME* from, const CS_DATETIME* to, CS_INT* diff) {
   const Step& step = step_of(part);
-  if (!valid_for(step, *from) || !valid_for(step, *to)) return 1;
+  if (!valid_for(step, *from) || !valid_for(step, *to)) return kDateFailed;
   const std::int64_t difference = position(step, *to) - position(step, *from);
   const auto narrow = static_cast<CS_INT>(difference);
-  if (narrow != difference) return 1;
+  if (narrow != difference) return kDateFailed;
   *diff = narrow;
   return kDateDone;
 }

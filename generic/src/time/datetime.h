@@ -25,10 +25,12 @@ constexpr std::int64_t ticks_of_milliseconds(std::int64_t ms) {
   return (ms * 3 + (ms < 0 ? -5 : 5)) / 10;
 }
 
-// Statuses of making, adding and narrowing; 0 is success.
-enum DateStatus : CS_INT {
-  kDateDone = 0,
-  kDateOverflow = 1,
+// Statuses of adding, narrowing and differences.
+enum DateStatus : CS_INT { kDateDone = 0, kDateFailed = 1 };
+
+// Statuses of making a date or a time: the first field out of range.
+enum FieldStatus : CS_INT {
+  kFieldsDone = 0,
   kBadYear = 1,
   kBadMonth = 2,
   kBadDay = 3,
@@ -55,8 +57,9 @@ constexpr CS_UINT leaps_through(CS_UINT year) {
   return year / 4 - year / 100 + year / 400;
 }
 
-// The day number of a date by the rules of com__datemake: kDateDone with dtdays set, or the status.
-DateStatus make_days(CS_INT year, CS_INT month, CS_INT day, CS_INT& dtdays);
+// The day number of a date by the rules of com__datemake: kFieldsDone with dtdays set, or the
+// status.
+FieldStatus make_days(CS_INT year, CS_INT month, CS_INT day, CS_INT& dtdays);
 
 }  // namespace comnlib
 
@@ -94,9 +97,9 @@ CS_INT com__timemake(CS_DATETIME* dt, const CS_DATEREC* rec);
 // a - b in days, or in ticks when the days are equal; held at the limits of CS_INT.
 CS_INT com__datecmp(const CS_DATETIME* a, const CS_DATETIME* b);
 
-// Narrows with rounding to the minute: 0, or kDateOverflow with *dst left alone.
+// Narrows with rounding to the minute: kDateDone, or kDateFailed with *dst left alone.
 CS_INT com__dttodate4(const CS_DATETIME* src, CS_DATETIME4* dst);
-// Widens; always 0.
+// Widens; always kDateDone.
 CS_INT com__date4todt(const CS_DATETIME4* src, CS_DATETIME* dst);
 
 // Nonzero when the value, of either size as format->datatype says, is a valid datetime. Another
@@ -105,23 +108,24 @@ CS_INT com__valid_datetime(const CS_DATAFMT* format, const CS_VOID* value);
 
 // Adds `amount` parts in place. Years, quarters and months keep the day, cut to the target month's
 // last; the parts of the time carry into the days; milliseconds count whole seconds and the rest by
-// ticks_of_milliseconds. 0, or nonzero with *dt left alone when the date, or for a part of the time
-// also the time, is not valid before or after. A code that is no part stops the process.
+// ticks_of_milliseconds. kDateDone, or kDateFailed with *dt left alone when the date, or for a part
+// of the time also the time, is not valid before or after. A code that is not a part stops the
+// process.
 CS_INT com__date_add(CS_INT part, CS_INT amount, CS_DATETIME* dt);
 
 // com__date_add of an 8-byte source into a destination of either size, which is left alone on
-// failure: 0 or 1. A source or destination of another datatype is a failure.
+// failure. A source or destination of another datatype is a failure.
 CS_INT com__dateadd_both(CS_INT part, CS_INT amount, const CS_DATAFMT* srcfmt,
                          const CS_VOID* source, const CS_DATAFMT* destfmt, CS_VOID* destination);
 
 // The signed number of boundaries of the part that lie between two values; weeks begin on Sunday.
-// 0, or 1 with *diff left alone when a value is not valid, as for com__date_add, or the number does
-// not fit. A code that is no part stops the process.
+// kDateDone, or kDateFailed with *diff left alone when a value is not valid, as for com__date_add,
+// or the number does not fit. A code that is not a part stops the process.
 CS_INT com__datediff(CS_INT part, const CS_DATETIME* from, const CS_DATETIME* to, CS_INT* diff);
 }
 
-inline comnlib::DateStatus comnlib::make_days(CS_INT year, CS_INT month, CS_INT day,
-                                              CS_INT& dtdays) {
+inline comnlib::FieldStatus comnlib::make_days(CS_INT year, CS_INT month, CS_INT day,
+                                               CS_INT& dtdays) {
   if (year < kFirstYear || year > kLastYear) return kBadYear;
   if (month < 0 || month > 11) return kBadMonth;
   if (day < 1) return kBadDay;
@@ -133,5 +137,5 @@ inline comnlib::DateStatus comnlib::make_days(CS_INT year, CS_INT month, CS_INT 
   constexpr CS_INT kDayZero = 365 * 1900 + leaps_through(1899) + 1;
   const CS_UINT leaps = leaps_through(static_cast<CS_UINT>(year - (month < 2 ? 1 : 0)));
   dtdays = 365 * year + static_cast<CS_INT>(leaps) + monthdays[month][1] + day - kDayZero;
-  return kDateDone;
+  return kFieldsDone;
 }
