@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes tools/home/cldr.json: what the localization home takes of Unicode's locale data.
+"""Writes tools/home/cldr.json, what the localization home takes of Unicode's locale data, and
+tests/home/words.txt, which the test of its sort orders takes.
 
 usage: tools/mkcldr.py NODE_MODULES
 
@@ -111,6 +112,27 @@ def conventions(locale, territory):
     }
 
 
+# Languages of each script and group of character sets, with the set of their words.
+WORD_SETS = {"en": "iso_1", "de": "iso_1", "es": "iso_1", "fr": "iso15", "it": "iso_1", "nl": "iso_1",
+             "pt": "iso_1", "sv": "iso_1", "cs": "iso_2", "hu": "iso_2", "pl": "iso_2", "ro": "iso16",
+             "lt": "iso13", "tr": "iso_9", "ru": "iso_5", "uk": "koi8u", "bg": "cp1251",
+             "el": "iso_7", "he": "iso_8", "ar": "iso_6", "th": "iso11", "vi": "cp1258"}
+
+
+def words(locale):
+    """The words of the names of months, days and currencies."""
+    texts = []
+    calendar = load(f"cldr-dates-full/main/{locale}/ca-gregorian.json")
+    calendar = calendar["main"][locale]["dates"]["calendars"]["gregorian"]
+    for names in (calendar["months"], calendar["days"]):
+        texts += names["format"]["wide"].values()
+    money = load(f"cldr-numbers-full/main/{locale}/currencies.json")
+    money = money["main"][locale]["numbers"]["currencies"]
+    for facts in money.values():
+        texts += [text for key, text in facts.items() if key.startswith("displayName")]
+    return sorted({word for text in texts for word in re.split(r"[\s\d()/.,:–-]+", text) if word})
+
+
 def main():
     languages = chosen_languages()
     locales = {"": {}}
@@ -129,6 +151,10 @@ def main():
     data = {"version": version, "locales": dict(sorted(locales.items())), "supported": names}
     target = pathlib.Path(__file__).parent / "home/cldr.json"
     target.write_text(json.dumps(data, ensure_ascii=False, indent=0) + "\n", encoding="utf-8")
+    target = pathlib.Path(__file__).parent.parent / "tests/home/words.txt"
+    lines = [f"{language} {charset} {' '.join(words(language))}"
+             for language, charset in WORD_SETS.items()]
+    target.write_text("\n".join(lines) + "\n", encoding="utf-8")
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes the localization home, home/: character sets from Python's codecs and Unicode tables,
-conventions and locale names from tools/home/cldr.json.
+conventions and locale names from tools/home/cldr.json, sort orders from tools/home/collation.json.
 
 usage: tools/mkhome.py [DIRECTORY]
 
@@ -15,8 +15,8 @@ import sys
 from home.charsets import CHARSETS, UCS2_OID, charset_loc, conversion_cfg, conversion_table
 from home.conventions import LANGUAGES, Conventions, common_loc, of_language
 from home.locales import Locales
-from home.messages import MESSAGE_FILES, message_file
-from home.sortorders import SORT_ORDERS, sort_order
+from home.messages import FILES, message_file
+from home.sortorders import SORT_ORDERS, has_order, sort_order
 
 COMMITTED = pathlib.Path(__file__).parent.parent / "home"
 
@@ -66,11 +66,11 @@ def main():
         write(f"charsets/{name}/{name}.cfg", conversion_cfg(name))
         if name != "utf8":
             write(f"charsets/{name}/{name}.ctb", conversion_table(name))
-        for order in SORT_ORDERS:
+        for order in filter(lambda order: has_order(name, order), SORT_ORDERS):
             write(f"charsets/{name}/{order}.srt", sort_order(name, order))
     for code, language in LANGUAGES.items():
-        for file, texts in MESSAGE_FILES.items():
-            write(f"locales/message/{language.name}/{file}", message_file(texts, language.name),
+        for file in FILES:
+            write(f"locales/message/{language.name}/{file}", message_file(language.name, file),
                   "utf_8")
         for charset in ("utf8",) + language.charsets:
             write(f"locales/{language.name}/{charset}/common.loc", common_loc(code, charset),

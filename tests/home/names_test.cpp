@@ -1,5 +1,5 @@
-// The names of the shipped home: those of the C library's list of locales, what the locales behind
-// them write and read, and what a context costs.
+// The names of the shipped home: those of the C library's list of locales, what the locales
+// with them write and read, and what a context costs.
 #include <gtest/gtest.h>
 
 #include <malloc.h>

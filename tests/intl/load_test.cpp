@@ -166,7 +166,13 @@ TEST(Load, EveryRefusal) {
       {"charsets/utf8/utf8.cfg", "to = iso_1->to = iso_x"},
       {"charsets/iso_1/binary.srt",
        "removed|kind = binary->kind = x|kind = binary->|kind->x = y\nkind|"
-       "!kind = binary->kind = binary\nx|kind = binary->kind = weights\nweights = 00"},
+       "!kind = binary->kind = binary\nx|kind = binary->kind = weights\nweights = 00|"
+       "kind = binary->kind = binary\nfold = 1, 1, 1, 2|"
+       "kind = binary->kind = folded\nfold = 2, 1, 1, 3|"
+       "kind = binary->kind = folded\nfold = 1, 2, 0, 3|"
+       "kind = binary->kind = folded\nfold = 1, 2, 1|"
+       "kind = binary->kind = folded\nfold = 1, 2, 1, 0x10FFFF|"
+       "kind = binary->kind = folded\nfold = 5, 6, 1, 8\nfold = 6, 7, 1, 9"},
       {"locales/us_english/iso_1/common.loc",
        "removed|January, ->|months = ->;|days = ->;|order = mdy->order = mmm|style = ->styles = |"
        "style = default->style = x|grouping = 3->grouping = -1|grouping = 3->grouping = 10|"
@@ -451,15 +457,32 @@ TEST_F(Locales, SortOrders) {
   ASSERT_EQ(CS_SUCCEED, context_.load("us_english.nocase", &nocase));
   ASSERT_EQ(CS_SUCCEED, context_.load("us_english", &binary));
   ASSERT_EQ(CS_SUCCEED, context_.load("s", "sjis", "japanese", "nocase", &sjis));
+  CsLocCache *latin = nullptr, *unicode = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context_.load("d", "iso_1", "french", "dictionary", &latin));
+  ASSERT_EQ(CS_SUCCEED, context_.load("u", "utf8", "russian", "dictionary", &unicode));
   const CS_LOCALE folding = all(nocase), bytes = all(binary), pairs = all(sjis), none{};
+  const CS_LOCALE alphabet = all(latin), codes = all(unicode);
   const struct {
     const CS_LOCALE* locale;
     std::string_view text1, text2;
     int sign;
-  } rows[] = {{&bytes, "a", "B", 1},         {&bytes, "a", "aB", -1},
-              {&folding, "a", "B", -1},      {&folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
-              {&folding, "ab", "abc", -1},   {&pairs, "\x81\x61", "\x81\x41", 1},
-              {&pairs, "z", "\x81\x40", -1}, {&pairs, "\x81", "\x81\x40", -1},
+  } rows[] = {{&bytes, "a", "B", 1},
+              {&bytes, "a", "aB", -1},
+              {&folding, "a", "B", -1},
+              {&folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
+              {&folding, "ab", "abc", -1},
+              {&pairs, "\x81\x61", "\x81\x41", 1},
+              {&pairs, "z", "\x81\x40", -1},
+              {&pairs, "\x81", "\x81\x40", -1},
+              {&alphabet, "c\xF4te", "COTE", 0},
+              {&alphabet, "\xE9t\xE9", "etude", -1},
+              {&alphabet, "z", "\xE0", 1},
+              {&codes, "\u00c9t\u00e9 \u0420\u042f", "\u00e9T\u00c9 \u0440\u044f", 0},
+              {&codes, "\u0100x", "\u0101Y", -1},
+              {&codes, "\u0102", "\u0101", 1},
+              {&codes, "[", "a", -1},
+              {&codes, "\xE9", "\U0010FFFF", 1},
+              {&codes, "a", "A\xE9", -1},
               {&none, "a", "B", 1}};
   for (const auto& row : rows) {
     const auto compare = [&](std::string_view a, std::string_view b) {

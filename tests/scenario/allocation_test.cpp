@@ -301,6 +301,7 @@ void locales(Run& run) {
   CsLocCache* const german = context.load("de_DE.CP1252");
   CsLocCache* const named = context.load("us_english.named");
   CsLocCache* const given = context.load("cp850", "french", "nocase");
+  context.load("utf8", "french", "dictionary");
   context.load("japanese");
   for (const CS_INT kind : {COM_LC_NUMERIC, COM_LC_TIME})
     context.step("conventions", [&] {

@@ -307,7 +307,7 @@ def conversion_cfg(name):
 
 
 def table_runs(codec, prefix, preferred):
-    """(first byte, code units) of each run of characters behind the prefix."""
+    """(first byte, code units) of each run of characters after the prefix."""
     run, first = "", 0
     for byte in range(257):
         data = prefix + bytes((byte % 256,))

@@ -184,7 +184,7 @@ class Conventions:
         return name
 
     def of_locale(self, base, charset):
-        """What a line of locales.dat says behind the sort order: nothing where the language's own
+        """What a line of locales.dat says after the sort order: nothing where the language's own
         conventions hold."""
         here = of_locale(base)
         language = of_language(here["language"])

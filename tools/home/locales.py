@@ -3,6 +3,7 @@ import re
 
 from .charsets import CHARSETS
 from .conventions import CLDR, LANGUAGES, WESTERN
+from .sortorders import has_order
 
 # How systems spell the code sets.
 SPELLINGS = {
@@ -80,6 +81,8 @@ class Locales:
             code, charsets[0] if charsets else "utf8")
         self.add(name, (name, usual, "binary"))
         self.add(f"{name}.utf8", (name, "utf8", "binary"))
+        sorted_set = usual if has_order(usual, "dictionary") else "utf8"
+        self.add(f"{name}.dictionary", (name, sorted_set, "dictionary"))
         if "-" not in code:
             self.add(code, (name, usual, "binary"))
 

@@ -174,9 +174,9 @@ bool is_ascii_based(const ConvTable& table) {
 // The range that holds a number, which is a place or a code point; null when none does.
 const CodeRange* range_of(const ConvTable& table, CS_UINT CodeRange::*start, CS_UINT number) {
   const auto ranges = table.ranges.view();
-  const auto behind = std::ranges::upper_bound(ranges, number, {}, start);
-  if (behind == ranges.begin()) return nullptr;
-  const CodeRange& range = *std::prev(behind);
+  const auto after = std::ranges::upper_bound(ranges, number, {}, start);
+  if (after == ranges.begin()) return nullptr;
+  const CodeRange& range = *std::prev(after);
   return number - range.*start < range.count ? &range : nullptr;
 }
 

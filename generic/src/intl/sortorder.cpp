@@ -7,31 +7,60 @@
 #include <string_view>
 
 #include "chars/hex.h"
+#include "chars/utf.h"
 #include "intl/com_loc.h"
 #include "intl/load_once.h"
 #include "intl/loaded.h"
+#include "intl/parse_number.h"
 #include "intl/text.h"
 
 namespace comnlib {
 namespace {
 
-bool read_entry(std::string_view key, IntlFile& file, CsSortOrder& order, bool& has_weights) {
-  if (key == "kind") {
-    const std::string_view kind = file.next_text();
-    order.is_binary = kind == "binary";
-    return order.is_binary || kind == "weights";
+constexpr CS_INT kLastCode = 0x10FFFF;
+
+bool read_kind(std::string_view text, SortKind& kind) {
+  if (text == "binary") kind = SortKind::kBinary;
+  if (text == "weights") kind = SortKind::kWeights;
+  if (text == "folded") kind = SortKind::kFolded;
+  return kind != SortKind::kNone;
+}
+
+CS_RETCODE read_fold(IntlFile& file, CsSortOrder& order) {
+  std::array<CS_UINT, 4> fields{};
+  for (CS_UINT& field : fields) {
+    const auto number = parse_number(file.next_text(), 0, kLastCode);
+    if (!number) return file.failure();
+    field = static_cast<CS_UINT>(*number);
   }
-  if (key == "weights") return has_weights = decode_hex(file.next_text(), order.weights);
-  return key == "description" && file.next_value() != nullptr;
+  const FoldRun run{fields[0], fields[1], fields[2], fields[3]};
+  const auto known = order.folds.view();
+  const bool ascends = known.empty() || run.first > known.back().last;
+  if (!ascends || run.first > run.last || run.step == 0) return CS_FAIL;
+  if (run.to + (run.last - run.first) > kLastCode) return CS_FAIL;
+  return order.folds.push(run) ? CS_SUCCEED : CS_MEM_ERROR;
+}
+
+CS_RETCODE read_entry(std::string_view key, IntlFile& file, CsSortOrder& order, bool& has_weights) {
+  if (key == "fold") return read_fold(file, order);
+  bool good = false;
+  if (key == "kind") good = read_kind(file.next_text(), order.kind);
+  if (key == "weights") good = has_weights = decode_hex(file.next_text(), order.weights);
+  if (key == "description") good = file.next_value() != nullptr;
+  return good ? CS_SUCCEED : file.failure();
 }
 
 CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
   if (!file.find_section("sortorder")) return file.failure();
   bool has_weights = false;
-  while (const CS_CHAR* key = file.next_entry())
-    if (!read_entry(key, file, order, has_weights)) return file.failure();
-  if (file.failed() || order.is_binary == has_weights) return file.failure();
-  return file.close();
+  while (const CS_CHAR* key = file.next_entry()) {
+    const CS_RETCODE result = read_entry(key, file, order, has_weights);
+    if (result != CS_SUCCEED) return result;
+  }
+  const bool has_kind = order.kind != SortKind::kNone;
+  const bool fits = has_weights == (order.kind == SortKind::kWeights) &&
+                    (order.folds.count == 0 || order.kind == SortKind::kFolded);
+  return has_kind && fits && !file.failed() ? file.close() : file.failure();
 }
 
 // The next character of a text that is not empty, its last one as far as it goes.
@@ -58,11 +87,41 @@ CS_INT compare_characters(const CsSortOrder& order, std::span<const CS_BYTE> cha
   return compare_bytes(character1, character2);
 }
 
+CS_UINT folded(const CsSortOrder& order, CS_UINT code) {
+  const auto folds = order.folds.view();
+  const auto after = std::ranges::upper_bound(folds, code, {}, &FoldRun::first);
+  if (after == folds.begin()) return code;
+  const FoldRun& run = *std::prev(after);
+  const bool holds = code <= run.last && (code - run.first) % run.step == 0;
+  return holds ? run.to + (code - run.first) : code;
+}
+
+// What the next character of a text that is not empty counts as. A byte that begins none comes
+// after all characters.
+CS_UINT take_folded(const CsSortOrder& order, std::span<const CS_BYTE>& text) {
+  const Decoded character = decode_utf8(text);
+  const CS_UINT code =
+      character.bytes == 0 ? CS_UINT{kLastCode} + 1 + text[0] : folded(order, character.code);
+  text = text.subspan(std::max<std::size_t>(character.bytes, 1));
+  return code;
+}
+
+CS_INT compare_folded(const CsSortOrder& order, std::span<const CS_BYTE> text1,
+                      std::span<const CS_BYTE> text2) {
+  while (!text1.empty() && !text2.empty()) {
+    const CS_UINT code1 = take_folded(order, text1);
+    const CS_UINT code2 = take_folded(order, text2);
+    if (code1 != code2) return code1 < code2 ? -1 : 1;
+  }
+  return static_cast<CS_INT>(!text1.empty()) - static_cast<CS_INT>(!text2.empty());
+}
+
 }  // namespace
 
 CS_INT compare_text(const CsSortOrder& order, const char_attrib* attrib,
                     std::span<const CS_BYTE> text1, std::span<const CS_BYTE> text2) {
-  if (order.is_binary) return compare_bytes(text1, text2);
+  if (order.kind == SortKind::kBinary) return compare_bytes(text1, text2);
+  if (order.kind == SortKind::kFolded) return compare_folded(order, text1, text2);
   while (!text1.empty() && !text2.empty()) {
     const auto character1 = take_character(attrib, text1);
     const auto character2 = take_character(attrib, text2);

@@ -5,14 +5,31 @@
 #include <span>
 
 #include "comnlib/locale.h"
+#include "runtime/podvector.h"
 
-// One sort order of one character set. Texts compare character by character: single bytes by their
-// weights, longer characters by their bytes and behind every single byte.
+namespace comnlib {
+
+enum class SortKind : CS_BYTE {
+  kNone,
+  kBinary,   // every byte weighs what it is, alone or within a character
+  kWeights,  // single bytes by their weights, longer characters by their bytes and after them
+  kFolded    // UTF-8 by code points, of which some count as others
+};
+
+// Code points from `first` to `last`, each `step`-th, count as those from `to` on.
+struct FoldRun {
+  CS_UINT first, last, step, to;
+};
+
+}  // namespace comnlib
+
+// One sort order of one character set. Texts compare character by character.
 struct _cssortorder {
   CsOid oid;
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;
   std::array<CS_BYTE, 256> weights;
-  bool is_binary;  // every byte weighs what it is, alone or within a character
+  comnlib::SortKind kind;
+  comnlib::Owned<comnlib::PodVector<comnlib::FoldRun>> folds;  // ascending
   CsSortOrder* next;
 };
 
