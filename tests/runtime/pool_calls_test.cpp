@@ -14,8 +14,10 @@ TEST(Properties, AreFixedByTheFirstAllocation) {
   CS_BYTE control[152];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mminit(&host, &pool));
-  EXPECT_TRUE(host.requests.empty() && control + 48 == reinterpret_cast<CS_BYTE*>(pool));
-  EXPECT_TRUE(pool->mmh_status == 2 && pool->mmh_head->mph_status == 2);
+  EXPECT_EQ(0U, host.requests.size());
+  EXPECT_EQ(control + 48, reinterpret_cast<CS_BYTE*>(pool));
+  EXPECT_EQ(2, pool->mmh_status);
+  EXPECT_EQ(2, pool->mmh_head->mph_status);
   const struct {
     CS_INT property, initial, value;
     bool fixed;
@@ -217,6 +219,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   const Pool alloconly(host, MM_POOL_ALLOCONLY);
   CS_BYTE* const block = allocate(buddy, 24);
   CS_BYTE* const other = allocate(buddy, 24);
+  CS_BYTE* const large = allocate(buddy, 50'000);
   CS_BYTE* const node = allocate(uniform, 24);
   allocate(alloconly, 24);
   comn_mmmanage(outside, sizeof outside, &managed);
@@ -252,12 +255,16 @@ TEST(PoolsDeathTest, MisuseStops) {
   EXPECT_STOP(comn_mmfree(alloconly, block));
   EXPECT_STOP(free_twice(buddy, 24, false));
   EXPECT_STOP(free_twice(buddy, 50'000, false));
-  EXPECT_STOP(free_twice(uniform, 24, true));
-  EXPECT_STOP(free_twice(tiny, 4, true));
+  for (const bool another_between : {false, true}) {
+    EXPECT_STOP(free_twice(uniform, 24, another_between));
+    EXPECT_STOP(free_twice(tiny, 4, another_between));
+  }
   EXPECT_STOP(header_of(block + 8) = header_of(block), comn_mmfree(buddy, block + 8));
   EXPECT_STOP(header_of(block) |= 15, comn_mmfree(buddy, block));
   EXPECT_STOP(header_of(block) ^= 0x100000, comn_mmfree(buddy, block));
   EXPECT_STOP(header_of(block) |= 0x80000000, comn_mmfree(buddy, block));
+  for (const CS_UINT damage : {4U, 12U, 0U - 12U})  // a size that the heap did not give
+    EXPECT_STOP(header_of(large) += damage, comn_mmfree(buddy, large)) << damage;
   EXPECT_STOP(comn_mmfree(buddy, block), header_of(other) ^= 0x10000, compact());
   EXPECT_STOP(comn_mmfree(buddy, block), header_of(block) ^= 1, compact());
   EXPECT_STOP(comn_mmfree(buddy, block), header_of(block) = 0x20202020, allocate(buddy, 24));

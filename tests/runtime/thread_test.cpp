@@ -71,7 +71,7 @@ TEST(Mutex, CountsTheTakesOfItsOwner) {
 }
 
 TEST(Event, AutoAndManualReset) {
-  for (const CS_INT autoreset : {1, 0}) {
+  for (const CS_INT autoreset : {1, 0, 2, -1}) {  // only 1 resets
     COMN_EVENT* event = nullptr;
     ASSERT_EQ(CS_SUCCEED, comn_create_event_ex(&event, autoreset));
     EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 0));
@@ -239,11 +239,14 @@ TEST(Threads, FixedResultsAndIds) {
   for (const CS_RETCODE none :
        {comn_detach_thread(nullptr), comn_lock_global(), comn_unlock_global()})
     EXPECT_EQ(CS_FAIL, none);
-  EXPECT_TRUE(comn_start_thread(nullptr) == CS_SUCCEED && comn_set_priority(nullptr, 1) == 1);
+  EXPECT_EQ(CS_SUCCEED, comn_start_thread(nullptr));
+  EXPECT_EQ(CS_SUCCEED, comn_set_priority(nullptr, 1));
   pthread_t id[2] = {0, 42};
   CS_INT outlen = 0;
   EXPECT_EQ(CS_SUCCEED, comn_thread_table()->thread_id_fn(id, sizeof id, &outlen));
-  EXPECT_TRUE(outlen == sizeof(pthread_t) && id[0] == comn_thread_id() && id[1] == 42);
+  EXPECT_EQ(static_cast<CS_INT>(sizeof(pthread_t)), outlen);
+  EXPECT_EQ(comn_thread_id(), id[0]);
+  EXPECT_EQ(42U, id[1]);
 }
 
 TEST(Threads, KeysAndSignals) {

@@ -2,7 +2,7 @@
  * @file
  * Configuration files: the scanner, the parser, and the store of a context's configuration.
  *
- *     ; a comment: nothing but blanks may stand before the ";"
+ *     ; a comment: only blanks may come before the ";"
  *     [section]
  *     name = value
  *     other = "quoted, with "" and line ends" and.more\
@@ -10,7 +10,8 @@
  *     include "other.cfg"
  *
  * docs/file-formats.md has the grammar. A null pointer stops the process wherever it is not said to
- * be allowed; so does a negative length.
+ * be allowed; so does a negative length. intl_errstr of intl.h, which is installed beside this
+ * header, gives the words of a status in ctxintlerr.
  */
 #ifndef COMNLIB_CONFIG_H
 #define COMNLIB_CONFIG_H
@@ -92,7 +93,7 @@ COMN_API CS_RETCODE cfg__clean_parse(CfgParseInfo* parse);
  * $TALVEN/config/nuv.cfg below the localization home, or $TALVEN/$TALVEN_NUV/config/nuv.cfg when
  * the environment variable TALVEN_NUV is set. Sections of one name are one section, and of several
  * entries of one name the last counts. Entries before the first section header belong to the
- * section of the empty name; in an included file, to the section that the include line stands in,
+ * section of the empty name; in an included file, to the section of the include line,
  * which goes on after it.
  *
  * Where a configuration is loaded already, the same path shares it; paths are compared as texts.

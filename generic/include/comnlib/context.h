@@ -1,8 +1,11 @@
 /**
  * @file
  * The context record. The host creates it (zero-filled), sets ctxversion, its allocator and its
- * opaque hooks, and passes it first to nearly every operation. The library fills the fields marked
- * with their header through the initialisers declared there and reads the rest only where said.
+ * opaque hooks, and passes it first to nearly every operation.
+ *
+ * The host sets the fields marked "host" before the calls that need them; the library writes none
+ * of them, but clears ctxlocale and ctxdeflocale when it frees the locale there. The other fields
+ * are set by the routine that they name and are not the host's to change.
  */
 #ifndef COMNLIB_CONTEXT_H
 #define COMNLIB_CONTEXT_H
@@ -31,8 +34,8 @@ typedef struct _csconverttbl {
 } CsConvertTbl;
 
 /**
- * A user-installed conversion. The spine (nextsrc) has one node for each source type, each heading
- * the chain (nextdest) of its destinations.
+ * A user-installed conversion. The nodes form a list of lists: nextsrc links the first nodes of all
+ * source types, nextdest the destinations of one source type.
  */
 typedef struct _csusrcvtfunc {
   CS_INT srctype;                 /**< source datatype */
@@ -79,18 +82,18 @@ typedef CS_RETCODE (*CS_ERROR_FUNC)(CS_CONTEXT* context, CS_VOID* message);
 
 /** The context of a host. */
 struct _cscontext {
-  CS_INT ctxtag;               /**< host */
-  CS_INT ctxstatus;            /**< host */
-  CS_INT ctxversion;           /**< host: interface version */
-  CS_LOCALE* ctxlocale;        /**< locale.h: used where a data format has none */
-  CS_LOCALE* ctxdeflocale;     /**< locale.h: ctxlocale is reset from it */
-  CsCtxGlobals* ctxglobals;    /**< locale.h */
-  CsConvertTbl ctxcvttbl;      /**< convert.h */
-  CsUsrCvtFunc* ctxusrcvttbl;  /**< convert.h */
-  CsNullTbl ctxnulls;          /**< convert.h */
-  CsUsrNull* ctxusrnulls;      /**< convert.h */
-  CS_THREAD* ctxthread;        /**< thread.h: thread primitives in use, or null */
-  int ctxintlerr;              /**< last status of the companion localization-file library */
+  CS_INT ctxtag;            /**< host */
+  CS_INT ctxstatus;         /**< host */
+  CS_INT ctxversion;        /**< host: 113 or above for pools; nothing else reads it */
+  CS_LOCALE* ctxlocale;     /**< host, by locale.h: used where a data format has none */
+  CS_LOCALE* ctxdeflocale;  /**< host, by locale.h: kept for the host, comn_loc_drop_all frees it */
+  CsCtxGlobals* ctxglobals; /**< host: what locale.h keeps for this context */
+  CsConvertTbl ctxcvttbl;   /**< convert.h: set by com_conv_init */
+  CsUsrCvtFunc* ctxusrcvttbl;  /**< convert.h: set by com_conv_install */
+  CsNullTbl ctxnulls;          /**< convert.h: set by com_null_init */
+  CsUsrNull* ctxusrnulls;      /**< convert.h: set by com_null_set */
+  CS_THREAD* ctxthread;        /**< host: the thread functions to lock with (thread.h), or null */
+  int ctxintlerr;              /**< set on failure: last status of the companion library (intl.h) */
   CS_VOID* ctxctctx;           /**< host */
   CS_VOID* ctxnetwork;         /**< host */
   CS_VOID* ctxdsctx;           /**< host */
@@ -99,7 +102,7 @@ struct _cscontext {
   CS_VOID* ctxcsctx;           /**< host */
   COMN_MUTEX* ctxmtx;          /**< host: lock of this context */
   CS_VOID* usercharconv;       /**< host: user character-conversion data */
-  CsConfig* ctxconfig;         /**< config.h */
+  CsConfig* ctxconfig;         /**< config.h: set by comn_init_cfg */
   CS_CTXMALLOC_FUNC ctxmalloc; /**< host: where pools take their chunks from */
   CS_CTXFREE_FUNC ctxfree;     /**< host: where pools give them back */
   CS_ERROR_FUNC ctxerrfunc;    /**< host */

@@ -3,7 +3,7 @@
  * Diagnostics: the error trace, debug output, and the stops for broken preconditions.
  *
  * The trace level and the debug output file are process-wide; both may be changed and used from any
- * thread.
+ * thread, and in a child of fork. A null text, format or file name stops the process.
  */
 #ifndef COMNLIB_DIAG_H
 #define COMNLIB_DIAG_H
@@ -42,11 +42,11 @@ COMN_API const CS_CHAR* comn_result_name(CS_RETCODE code);
 COMN_API CS_VOID com_errset(CS_INT level);
 
 /**
- * Sends trace and debug output to the file `path`, created or emptied, when `on` is true; with `on`
- * false or a null path closes the open file, and output goes to standard output again. An open file
- * is closed first. `handle` is not used and may be null.
- * Returns CS_SUCCEED, or CS_FAIL when the file cannot be opened (output then goes to standard
- * output).
+ * Sends trace and debug output to the file `path`, created or emptied, when `on` is true. With `on`
+ * false or a null path it closes the open file, and output goes to standard output again. A file
+ * that is open is closed first. `handle` is not used and may be null. The file is opened without
+ * following a link and without waiting, and is closed by exec. CS_SUCCEED; CS_FAIL when the file
+ * cannot be opened: output then goes to standard output.
  */
 COMN_API CS_RETCODE comn_debug_setfile(CS_VOID* handle, const CS_CHAR* path, CS_BOOL on);
 
@@ -69,12 +69,15 @@ COMN_API CS_VOID com_chkptr(const CS_VOID* pointer, const CS_CHAR* file, CS_INT 
 /** Writes the place to standard error, closes standard error and aborts. */
 COMN_API COMN_NORETURN CS_VOID com_bomb(const CS_CHAR* file, CS_INT line);
 
-/** Writes `text` to standard error and exits with status -1. */
+/**
+ * Writes "\nINTERNAL ERROR: unrecoverable error: TEXT\n" to standard error and exits with status
+ * -1, which a shell shows as 255.
+ */
 COMN_API COMN_NORETURN CS_VOID com_panic(const CS_CHAR* text);
 
 /**
  * Writes `text`, taken as it is, to standard error and appends it to the file "tlvinit.err" in the
- * current directory (left out when that cannot be written).
+ * current directory, unless that is a link or cannot be written.
  */
 COMN_API CS_VOID com_perr(const CS_CHAR* text);
 

@@ -10,7 +10,8 @@
  * shared between contexts. Memory comes from comn_malloc and comn_calloc.
  *
  * Every structure begins with its state. A dropped structure is zeroed, stamped LM_STATE_DROPPED
- * and freed; a call that meets any state but the one it expects stops the process.
+ * and freed; a call that meets any state but the one it expects stops the process. So does a null
+ * handle, context, name or result address, where a routine does not say otherwise.
  */
 #ifndef COMNLIB_LIST_H
 #define COMNLIB_LIST_H
@@ -34,7 +35,7 @@ enum {
   LM_STATE_IN_USE = 16  /**< a node or slot that holds an element */
 };
 
-/** List types. 15 is none and stops the process; allocating a list of type 17 gives CS_FAIL. */
+/** List types. Allocating a list of type 17 gives CS_FAIL; any other number stops the process. */
 enum {
   LM_DLINK = 13, /**< doubly linked list */
   LM_CHASH = 14, /**< hash table of chains */
@@ -161,11 +162,11 @@ typedef struct _lmcxtprop {
 
 /** A list context. */
 struct _lmcontext {
-  CS_INT state;          /**< LM_STATE_ */
-  CS_CHAR* context_name; /**< owned copy */
-  CS_INT length;         /**< of the name */
-  CS_BOOL lmchkparam; /**< parameters are checked on every call, whatever stands here; 0 at first */
-  LmCxtProp* cxtprop; /**< owned */
+  CS_INT state;            /**< LM_STATE_ */
+  CS_CHAR* context_name;   /**< owned copy */
+  CS_INT length;           /**< of the name */
+  CS_BOOL lmchkparam;      /**< has no effect: parameters are always checked */
+  LmCxtProp* cxtprop;      /**< owned */
   LM_HANDLE* first_handle; /**< newest first */
 };
 
@@ -209,8 +210,10 @@ COMN_API CS_RETCODE lm_exit(LM_CONTEXT* context);
  * Makes an empty list, which becomes the context's newest and current handle. `list_type` CS_UNUSED
  * takes the context's; so do table size and, but for LM_DHASH, pool size. An LM_CHASH with a pool
  * size above 0 begins with that many free nodes. The name is copied as by lm_initlm.
- * CS_SUCCEED; CS_FAIL for a null context and for type 17; CS_MEM_ERROR, with nothing allocated. Any
- * other type that is none, and a hash table of a size below 1, stop the process.
+ * CS_SUCCEED; CS_FAIL for a null context and for type 17; CS_MEM_ERROR, with nothing allocated. A
+ * number that is no list type, and a table size below 1 for a hash table, stop the process. Do not
+ * make an LM_DHASH of size 1: it has no place to probe, and its first insert or find ends the
+ * process by a division by zero.
  */
 COMN_API CS_RETCODE lm_list_alloc(LM_CONTEXT* context, CS_INT list_type, const CS_CHAR* name,
                                   CS_INT namelen, LM_HANDLE** handle_out);
@@ -222,10 +225,11 @@ COMN_API CS_RETCODE lm_list_alloc(LM_CONTEXT* context, CS_INT list_type, const C
 COMN_API CS_RETCODE lm_list_drop(LM_HANDLE* handle);
 
 /**
- * One operation. A key is given when `key` is not null and `key_size`, in bytes, is not CS_UNUSED;
- * any other negative size stops the process. "Returns the data": `data_inout`, when not null, is
- * the address of a CS_VOID* that receives the element's data, and `outlen`, when not null, receives
- * 4. A call that does not return CS_SUCCEED stores nothing.
+ * One operation. To pass no key, set `key` to null or `key_size` to CS_UNUSED. `key_size` is in
+ * bytes; negative sizes other than CS_UNUSED, CS_NULLTERM too, stop the process. "Returns the
+ * data": `data_inout`, when not null, is the address of a CS_VOID* that receives the element's
+ * data, and `outlen`, when not null, receives the size of a pointer. A call that does not return
+ * CS_SUCCEED stores nothing.
  *
  * - LM_OP_INSERT: adds key and `data_inout`, the data itself: at the tail of a list or queue, at
  *   the head of a stack, at the key's place in a table (which needs a key). CS_MEM_ERROR; CS_FAIL
@@ -241,23 +245,26 @@ COMN_API CS_RETCODE lm_list_drop(LM_HANDLE* handle);
  *   LM_OP_FIRST, LM_OP_LAST. At the end the cursor stays.
  * - LM_OP_NONE: CS_SUCCEED, nothing changes.
  * - LM_OP_PRINT: hands the data of the key's element, which becomes the cursor, or of the cursor's
- *   to the handle's print function (CS_FAIL when it has none); without a cursor prints `\nNULL\n`.
+ *   to the handle's print function. CS_FAIL when it has none, whether or not there is an element.
+ *   Without a key and without a cursor it prints `\nNULL\n` and returns LM_NOTFOUND.
  * - LM_OP_PRINT_ALL: for each chain prints `\nKeys:\n`, the keys as text, one a line, `\nData:\n`
  *   and, through the handle's print function (CS_FAIL when it has none), the data; or
  *   `\n***Chain empty***\n`. All kinds but LM_CHASH are one chain. A key ends at a NUL.
  * - LM_OP_PRINT_DATA: hands every element's data, from head to tail or by ascending table index, to
  *   the LM_PRINT_FUNC passed as `data_inout` itself.
+ *   What these three print themselves goes to the debug output (comn_debug_print).
  * - LM_OP_INSERT_BEFORE, LM_OP_INSERT_AFTER: as LM_OP_INSERT, beside the cursor, which stays;
  *   without a cursor at head, tail. LM_DLINK only.
  *
  * A table has no order: LM_OP_FIRST, _LAST, _NEXT and _PREVIOUS stop the process on LM_CHASH and
- * LM_DHASH; any operation that a kind lacks does.
+ * LM_DHASH. So does every other operation that the kind of list does not have (LM_OP_INSERT_BEFORE
+ * on a queue, for example).
  *
  * Keys are equal when sizes and bytes are, or when the handle's compare function says so. LM_DHASH
- * never calls that function and compares the sought key with as many bytes at the stored key,
- * whatever that one's size: bytes behind it are read while all before them agree, so keys of one
- * LM_DHASH have one length or end in a NUL. Equal keys may be inserted twice; the first from the
- * head is found (in a table: any). Absent keys cost an LM_DHASH a look at every slot.
+ * ignores the compare function and the stored size: it compares key_size bytes, so it may read past
+ * a shorter stored key. Use keys of one length, or include a final NUL in the key. Equal keys may
+ * be inserted twice; the first from the head is found (in a table: any). Looking for an absent key
+ * visits every slot of an LM_DHASH.
  *
  * CS_SUCCEED, also when a print function stopped the walk; LM_NOTFOUND; CS_FAIL also for a null
  * handle. The cursor is cleared when its element is deleted or the table rebuilt.
@@ -268,19 +275,20 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
 /**
  * lm_list_prop, lm_property: get (CS_GET), set (CS_SET) or reset to the default (CS_CLEAR; `buffer`
  * and `buflen` are not looked at) a property of a handle or a context. Integers and addresses are
- * read and written at `buffer`; a function to set is passed as `buffer` itself, and stored at
- * `buffer` by a get. Names are copied without a terminator when `buflen` has room (else CS_FAIL,
- * nothing copied). A get stores the number of bytes through `outlen` when that is not null.
+ * read and written at `buffer`, whatever `buflen` says; a function to set is passed as `buffer`
+ * itself, and stored at `buffer` by a get. Names are copied without a terminator when `buflen` has
+ * room (else CS_FAIL, nothing copied). A get stores the number of bytes through `outlen` when that
+ * is not null: 4 for an integer, the size of a pointer for an address or a function.
  *
  * Settable: of a handle LM_PROP_MAX_TABLESIZE, LM_PROP_MAX_POOLSIZE (cleared to the context's),
  * LM_PROP_PRINT_FUNC, LM_PROP_COMP_FUNC (cleared to null); of a context LM_CTX_LIST_TYPE,
  * LM_CTX_MAX_TABLESIZE and LM_CTX_MAX_POOLSIZE, which are judged when a list takes them. CS_FAIL
  * for the rest. An unknown property or action stops the process.
  *
- * A new table size rebuilds a hash table: CS_FAIL for the other kinds and when an LM_DHASH holds
- * more elements; CS_MEM_ERROR. On a failure the table is as it was; any other size below 1 stops
- * the process. A pool size below the number of free nodes frees the surplus; on an LM_DHASH it
- * stays 0.
+ * A new table size rebuilds a hash table. Returns CS_FAIL for lists that are not tables and for an
+ * LM_DHASH with more elements than the new size, CS_MEM_ERROR when memory is short; the table is
+ * then unchanged. Otherwise a size below 1 stops the process. Any pool size is taken; free nodes
+ * beyond it are freed, and a negative size is as 0. On an LM_DHASH it stays 0.
  */
 /**@{*/
 COMN_API CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,

@@ -26,7 +26,7 @@ COMN_API CS_VOID* comn_malloc(size_t size);
 /** A zero-filled block for `count` elements of `size` bytes, or null. */
 COMN_API CS_VOID* comn_calloc(size_t count, size_t size);
 
-/** The block with another size and its contents, moved where need be; null leaves it alone. */
+/** The block with another size and its contents, moved if need be; null: the block is unchanged. */
 COMN_API CS_VOID* comn_realloc(CS_VOID* block, size_t size);
 
 /** Gives a block back; nothing for a null one. */
@@ -42,9 +42,13 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  * blocks of its own, that share the chunks: a subpool's memory goes back all at once when it is
  * dropped. A pool and its subpools are a family.
  *
- * Every address handed out is a multiple of 4. Sizes are in bytes; a negative size stops the
- * process, and so does what only a broken caller can bring about: a dropped handle, a pointer that
- * the pool did not hand out or has taken back, a damaged block header.
+ * A new pool is a buddy pool with a block size of 4096, a chunk size of 4120 and no limit; a
+ * subpool takes discipline and block size from its parent.
+ *
+ * Sizes are in bytes. Chunks and areas of the caller's may start at any address; every address
+ * handed out is a multiple of 4 bytes away from the start of its chunk. A null pointer or a
+ * negative size stops the process, and so does what only a broken caller can bring about: a dropped
+ * handle, a pointer that the pool did not hand out or has taken back, a damaged block header.
  *
  * Thread safety: with a lock installed, each call on any handle of the family runs under it.
  * comn_mminit installs one by itself when the context has a thread table. Without a lock the host
@@ -53,18 +57,21 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  */
 typedef struct _mmhandle MmHandle;
 
-/** Obtains a chunk of `size` bytes, aligned to 4; null when there is none. */
+/** Obtains a chunk of `size` bytes; null when there is none. */
 typedef CS_VOID* (*MM_SBREAK_FUNC)(MmHandle* handle, CS_VOID* param, CS_INT size);
 /** Gives a chunk back. */
 typedef CS_VOID (*MM_UNSBREAK_FUNC)(MmHandle* handle, CS_VOID* param, CS_VOID* chunk);
-/** Takes the lock of a family. The handle is that of the call, or the family's top. */
+/**
+ * Takes the lock of a family. The handle is that of the call, or the family's top. Any result but
+ * CS_SUCCEED is a failure: the call returns it and does nothing.
+ */
 typedef CS_RETCODE (*MM_LOCK_FUNC)(MmHandle* handle, CS_VOID* lockarg);
-/** Releases the lock of a family. */
+/** Releases the lock of a family. Only clearing the lock looks at the result, and returns it. */
 typedef CS_RETCODE (*MM_UNLOCK_FUNC)(MmHandle* handle, CS_VOID* lockarg);
 
 /** Disciplines. */
 enum {
-  MM_POOL_NONE = 2235,      /**< nothing can be allocated */
+  MM_POOL_NONE = 2235,      /**< not chosen yet: allocating stops the process */
   MM_POOL_BUDDY = 2236,     /**< power-of-two blocks; the default */
   MM_POOL_ALLOCONLY = 2237, /**< no single block is given back, only the whole pool */
   MM_POOL_UNIFORM = 2238    /**< all blocks of one size, that of the first request */
@@ -95,71 +102,83 @@ enum {
 };
 
 /**
- * Creates a pool on a context (ctxversion 113 or above) whose ctxmalloc and ctxfree give and take
- * the chunks. When `*mmh` is not null it is a control area of MM_CTL_SIZE bytes, aligned to 4, that
- * outlives the pool; else the pool allocates one from the context. The handle is stored through
- * `mmh`. When the context has a thread table the pool makes a mutex of its own and locks with it.
+ * Creates a pool on a context whose ctxmalloc and ctxfree give and take the chunks; both must be
+ * there, and ctxversion must be 113 or above, else the process stops. When `*mmh` is not null it is
+ * a control area of MM_CTL_SIZE bytes that outlives the pool; else the pool allocates one from the
+ * context. The handle is stored through `mmh`. When the context has a thread table the pool makes a
+ * mutex with its create_mutex_fn and locks with it.
  * CS_FAIL when the context has no memory; otherwise what creating the mutex returned. `*mmh` is
  * then as before.
  */
 COMN_API CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh);
 
 /**
- * Creates a pool in the `buflen` bytes at `buffer` (aligned to 4), which outlive it. When `*mmh` is
- * not null it is a control area as above and all of the buffer is the pool's memory; else the first
- * MM_CTL_SIZE bytes of the buffer become the control area. The handle is stored through `mmh`. The
- * pool has no lock and cannot grow, unless its properties say otherwise.
- * CS_FAIL when the buffer has to hold the control area and is shorter than 104 bytes. A length of
- * 104 to 151 stops the process, and so does memory of 1 to 8 bytes: callers are tuned to that.
- * The heap's own overhead is 20 bytes.
+ * Creates a pool in the `buflen` bytes at `buffer`, which outlive it. When `*mmh` is not null it is
+ * a control area as above and all of the buffer is the pool's memory; else the first MM_CTL_SIZE
+ * bytes of the buffer become the control area. The handle is stored through `mmh`. The pool has no
+ * lock and cannot grow, unless its properties say otherwise. CS_FAIL when the buffer has to hold
+ * the control area and is shorter than 104 bytes. Lengths of 104 to 151 and 153 to 160 stop the
+ * process; so do lengths below 9 with a control area of the caller's. The pool's own overhead is 20
+ * bytes a chunk. A buddy pool takes its blocks from top-level blocks of the block size, so with the
+ * default one it needs a chunk of 4,124 bytes, 4,276 with the control area: set MM_PROP_BLOCKSIZE
+ * lower first where there is less.
  */
 COMN_API CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh);
 
 /**
- * Stores the address of `size` zeroed bytes through `out_ptr`. CS_MEM_ERROR when neither the chunks
- * nor the source of chunks have room; CS_FAIL when a uniform pool is asked for another size than
- * the first time; what the lock returned when that failed.
- * A buddy pool whose free blocks could be merged, yet not up to the size that is needed, returns
- * CS_SUCCEED and leaves `*out_ptr` alone; asking again helps. So set `*out_ptr` to null first.
- * A first allocation that fails leaves the block size as it was set.
+ * Stores the address of `size` zeroed bytes through `out_ptr`; a size of 0 gives a block too.
+ * CS_MEM_ERROR when neither the chunks nor the source of chunks have room; CS_FAIL when a uniform
+ * pool is asked for another size than the first time; what the lock returned when that failed.
+ * Buddy pools: CS_SUCCEED can come without a block. The pool has then merged free blocks but made
+ * none that is large enough, and `*out_ptr` is unchanged. Set `*out_ptr` to null first and call
+ * again. A first allocation that fails leaves the block size as it was set.
  */
 COMN_API CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr);
 
 /**
- * Takes back a block that this handle handed out. CS_FAIL for an alloc-only pool. A lock that
- * cannot be taken stops the process. Searches the family's chunks, newest first.
+ * Takes back a block that this handle handed out; null stops the process. CS_FAIL for an alloc-only
+ * pool. A lock that cannot be taken stops the process. Searches the family's chunks, newest first.
+ * A chunk from a source goes back to it when all of it is free. Only blocks that are larger than
+ * the block size, and all blocks of a subpool that is dropped, become free in that sense: the
+ * smaller blocks of a buddy or uniform pool stay with their handle for its next allocations.
  */
 COMN_API CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr);
 
 /**
- * Makes the block at `*ptr_inout`, of a buddy pool, hold `new_size` bytes; it may move. Bytes
- * beyond the old contents are not cleared. CS_FAIL for the other disciplines; CS_MEM_ERROR, and
- * success without a block, as for comn_mmalloc: pointer and block are then as before.
- * The capacity that decides whether a block moves counts the 4 bytes of its header: asking for more
- * than 12, 28, 60, ... bytes and at most 16, 32, 64, ... of a block that has just that order leaves
- * the block where it is, with 4 bytes less than asked. Callers that need all of them ask for 4
+ * Makes the block at `*ptr_inout`, of a buddy pool, hold `new_size` bytes; it may move. A null
+ * block stops the process; a size of 0 keeps the block. Bytes beyond the old contents are not
+ * cleared. CS_FAIL for the other disciplines; CS_MEM_ERROR, and success without a block, as for
+ * comn_mmalloc: pointer and block are then as before. Known limit: a block of 12 (28, 60, ...)
+ * usable bytes is taken to hold 16 (32, 64, ...). A request of 13 to 16 (29 to 32, ...) bytes
+ * therefore succeeds without moving the block, although up to 4 bytes are missing. Ask for 4 bytes
  * more.
  */
 COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout);
 
 /**
  * Gets (CS_GET), sets (CS_SET) or clears (CS_CLEAR) a property. Numbers, addresses and handles are
- * read and written through `buffer`; a function or an opaque argument to set is `buffer` itself. A
- * successful get stores 4 through `outlen` when that is not null.
+ * read and written through `buffer`; a function or an opaque argument to set is `buffer` itself.
+ * `buflen` counts only where a property names it. A successful get stores 4 through `outlen` when
+ * that is not null.
  *
  * - MM_PROP_POOLTYPE, MM_PROP_BLOCKSIZE: the discipline; the size of a top-level buddy block, of a
  *   slab of uniform nodes, the least size of an alloc-only region. Set before the first allocation
- *   only, else CS_FAIL.
+ *   only, else CS_FAIL. That allocation adapts the block size: a buddy pool rounds it up to a power
+ *   of two, 1,048,576 at most, and adds 4 (4096 reads 4100 then); a uniform pool cuts it down to
+ *   whole nodes.
  * - MM_PROP_CHUNKSIZE: least size of a chunk to obtain.
  * - MM_PROP_MAXSIZE: limit for the sum of all chunks ever obtained, those given back included.
  * - MM_PROP_SBREAK, MM_PROP_UNSBREAK, MM_PROP_SBREAKARG: where chunks come from and go, and their
  *   argument (getting the argument writes nothing).
  * - MM_PROP_LOCK, MM_PROP_UNLOCK, MM_PROP_LOCKARG: the lock and its argument (getting that writes
- *   nothing). A lock function is not replaced: CS_FAIL. Clearing any of the three gives up the lock
- *   as a whole and returns what unlocking returned. Every call but a successful set of the lock
- *   function unlocks on its way out when both functions are there: so set the unlock function and
- *   the argument first and the lock function last.
- * - MM_PROP_ADDMEMORY: set: gives the pool the `buflen` bytes at `buffer` as a further chunk.
+ *   nothing). The lock works only when both functions are set. Set the unlock function and the
+ *   argument first and the lock function last: as soon as both are there every call unlocks when it
+ *   ends, but for the one that sets the lock function. A lock function is not replaced: CS_FAIL.
+ *   Clearing any of the three clears all of them. It calls the unlock function, if there is one,
+ * and returns its result. A mutex that the pool has made is not deleted then; it belongs to the
+ *   create_mutex_fn that made it.
+ * - MM_PROP_ADDMEMORY: set: gives the pool the `buflen` bytes at `buffer` as a further chunk, which
+ *   outlives the pool. Less than 9 bytes stop the process. It cannot be got: that stops too.
  * - MM_PROP_CTLSIZE: get: MM_CTL_SIZE. Needs no lock. Set: CS_FAIL.
  * - MM_PROP_SUBPOOL: get: the handle of the subpool with the tag `buflen`, created when there is
  *   none (CS_MEM_ERROR when it cannot be). Set: CS_FAIL.

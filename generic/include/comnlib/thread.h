@@ -4,7 +4,7 @@
  *
  * Results are CS_SUCCEED and CS_FAIL, and CS_TIMED_OUT from event waits. Misuse stops the process:
  * a null or unstamped object, releasing a mutex that one does not own, deleting one that is held,
- * and every POSIX call that fails where no correct program can make it fail. Objects come from
+ * and a failing POSIX call that can only fail through a mistake of the host. Objects come from
  * comn_malloc and go back through comn_free. Every routine may be called from any thread; the
  * exceptions are named with their routines.
  */
@@ -60,7 +60,8 @@ typedef CS_VOID* (*COMN_START_FUNC)(CS_VOID* argument);
 
 /**
  * The thread functions that a host installs in a context (ctxthread) for the library's own locks. A
- * member may be null: what needs it is then left out. The table outlives the context.
+ * null member switches that service off: without take_mutex_fn, for example, the library takes no
+ * lock. The table outlives the context.
  */
 struct _cs_thread {
   CS_RETCODE (*create_mutex_fn)(COMN_MUTEX** mutex); /**< as comn_create_mutex */
@@ -99,8 +100,8 @@ COMN_API CS_RETCODE comn_delete_mutex(COMN_MUTEX* mutex);
 COMN_API CS_RETCODE comn_take_mutex(COMN_MUTEX* mutex);
 
 /**
- * Takes the mutex without waiting. That it is free, or the caller's own, is the caller's promise:
- * when another thread holds it, the process stops. CS_SUCCEED.
+ * Takes the mutex without waiting. Call it only when no other thread can hold the mutex: if another
+ * thread does, the process stops. CS_SUCCEED.
  */
 COMN_API CS_RETCODE comn_try_mutex(COMN_MUTEX* mutex);
 
@@ -118,8 +119,8 @@ COMN_API CS_RETCODE comn_check_mutex(const COMN_MUTEX* mutex);
 /**@{*/
 /**
  * Stores a new unsignalled event through `event`, null when that fails (CS_FAIL). With `autoreset`
- * 1 each wait that succeeds clears the event, so one signal releases one waiter; with 0 it stays
- * signalled until comn_reset_event.
+ * 1 each wait that succeeds clears the event, so one signal releases one waiter; with any other
+ * value it stays signalled until comn_reset_event.
  */
 COMN_API CS_RETCODE comn_create_event_ex(COMN_EVENT** event, CS_INT autoreset);
 
@@ -132,20 +133,22 @@ COMN_API CS_RETCODE comn_create_event(COMN_EVENT** event);
  */
 COMN_API CS_RETCODE comn_delete_event(COMN_EVENT* event);
 
-/** Sets the event and wakes the waiters. CS_FAIL leaves it cleared. */
+/**
+ * Sets the event and wakes the waiters. CS_FAIL when the system refuses: the event is then cleared.
+ */
 COMN_API CS_RETCODE comn_signal_event(COMN_EVENT* event);
 
-/** Clears the event. */
+/** Clears the event. CS_FAIL when the system refuses. */
 COMN_API CS_RETCODE comn_reset_event(COMN_EVENT* event);
 
 /**
  * Waits until the event is set. `timeout` is in milliseconds: 0 polls, a negative value waits
  * without limit. CS_TIMED_OUT when the time is over, CS_FAIL on a failure of the system.
  *
- * The deadline is the current whole second plus the timeout, so a wait lasts up to a second less
- * than asked, and a wake-up that finds the event cleared starts the timeout again. The wait is a
- * cancellation point even for a thread that has cancellation disabled; a cancelled waiter leaves
- * the event usable.
+ * The timeout is counted from the start of the current second, so a wait may end up to one second
+ * early. If the thread is woken but another thread has taken the signal, the full timeout starts
+ * anew. The wait is a cancellation point even for a thread that has cancellation disabled; a
+ * cancelled waiter leaves the event usable.
  */
 COMN_API CS_RETCODE comn_waitfor_event(COMN_EVENT* event, CS_INT timeout);
 /**@}*/
@@ -160,16 +163,16 @@ COMN_API CS_RETCODE comn_create_cond(COMN_COND** cond);
  */
 COMN_API CS_RETCODE comn_delete_cond(COMN_COND* cond);
 
-/** Wakes one waiter. */
+/** Wakes one waiter. CS_FAIL when the system refuses. */
 COMN_API CS_RETCODE comn_signal_cond(COMN_COND* cond);
 
-/** Wakes all waiters. */
+/** Wakes all waiters. CS_FAIL when the system refuses. */
 COMN_API CS_RETCODE comn_broadcast_cond(COMN_COND* cond);
 
 /**
- * Gives up `mutex`, which the caller holds, however often it was taken, waits on the condition, and
- * holds the mutex as before when it returns. Wake-ups may be spurious. A waiter that is cancelled
- * holds the mutex in its cleanup handlers, which release it.
+ * The caller holds `mutex`. Releases it completely (even if taken several times), waits, then takes
+ * it again the same number of times. Wake-ups may be spurious. When a waiter is cancelled, its own
+ * cleanup handlers run with the mutex held and must release it. CS_SUCCEED.
  */
 COMN_API CS_RETCODE comn_wait_cond(COMN_COND* cond, COMN_MUTEX* mutex);
 /**@}*/
@@ -222,7 +225,9 @@ COMN_API CS_RETCODE comn_create_thread_ex(COMN_THREAD** handle, COMN_START_FUNC 
  */
 COMN_API CS_RETCODE comn_join_thread(COMN_THREAD* handle);
 
-/** Asks the thread to cancel itself; it is still to be joined. */
+/**
+ * Asks the thread to cancel itself; it is still to be joined. CS_FAIL when the system refuses.
+ */
 COMN_API CS_RETCODE comn_kill_thread(COMN_THREAD* handle);
 
 /** Ends the calling thread with a null result. */
@@ -250,15 +255,18 @@ COMN_API pthread_t comn_threadid(CS_VOID);
 COMN_API pthread_t comn_thread_id(CS_VOID);
 
 /**
- * Copies the caller's id into the first 4 bytes of `buffer`; `buflen` is at least 4; `outlen`, when
- * not null, becomes 4.
+ * Copies the caller's id into the first 4 bytes of `buffer`; a `buflen` below 4 stops the process.
+ * `outlen`, when not null, becomes 4. CS_SUCCEED.
  */
 COMN_API CS_RETCODE comn_get_tid(CS_VOID* buffer, CS_INT buflen, CS_INT* outlen);
 
 /** Acts on a pending cancellation, even where cancellation is disabled, and yields. */
 COMN_API CS_VOID comn_yield(CS_VOID);
 
-/** Disables cancellation of the calling thread. */
+/**
+ * Disables cancellation of the calling thread; nothing in this library enables it again. CS_FAIL
+ * when the system refuses.
+ */
 COMN_API CS_RETCODE comn_set_cancelstate(CS_VOID);
 
 /** Stops the process. */
@@ -271,7 +279,7 @@ COMN_API CS_VOID comn_thread_cleanup(CS_VOID);
 /** Makes a key without destructor: values are their owners' to free. */
 COMN_API CS_RETCODE comn_create_key(pthread_key_t* key);
 
-/** Gives a key back. Values are left alone. */
+/** Gives a key back. The values are not freed. */
 COMN_API CS_RETCODE comn_drop_key(pthread_key_t key);
 
 /** The calling thread's value, null without one. The key CS_UNUSED yields null. */
@@ -301,7 +309,10 @@ COMN_API CS_RETCODE comn_signal_thread(pthread_t threadid, CS_INT signo);
  * One lock for the process that lets cooperating threads run one at a time. Starting and ending the
  * mode is for one thread while no other uses the lock. */
 /**@{*/
-/** Starts the mode. CS_FAIL when it is on already or the lock cannot be made. */
+/**
+ * Starts the mode, without taking the lock. CS_FAIL when it is on already or the lock cannot be
+ * made.
+ */
 COMN_API CS_RETCODE comn_start_coroutine_mode(CS_VOID);
 
 /** Takes the lock; does nothing when the mode is off. CS_SUCCEED. */
@@ -310,7 +321,10 @@ COMN_API CS_RETCODE comn_take_coroutine_control(CS_VOID);
 /** Releases the lock; does nothing when the mode is off. CS_SUCCEED. */
 COMN_API CS_RETCODE comn_release_coroutine_control(CS_VOID);
 
-/** Releases the lock, which the caller holds once, and ends the mode; nothing when it is off. */
+/**
+ * Ends the mode. The caller must have taken the lock exactly once (otherwise the process stops); it
+ * is released. Does nothing when the mode is off. CS_SUCCEED.
+ */
 COMN_API CS_RETCODE comn_end_coroutine_mode(CS_VOID);
 /**@}*/
 

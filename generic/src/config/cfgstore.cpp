@@ -18,7 +18,7 @@ namespace {
 
 // Followed by the name and the value, a NUL after each; not aligned.
 struct Record {
-  CS_UINT above;   // number of the section, that is where its record begins
+  CS_UINT above;   // number of the section: where its record begins
   CS_UINT next;    // the next name below the same record; 0: the last
   CS_UINT source;  // where the path of its file begins
   CS_INT line;
@@ -28,12 +28,12 @@ struct Record {
 };
 
 // The value of the root and of each section: the ends of the chain of what is below it.
-struct Chain {
+struct ChainEnds {
   CS_UINT first;  // 0: nothing
   CS_UINT last;
 };
 
-// Where an entry stands.
+// The place of an entry.
 struct Origin {
   CS_UINT source;
   CS_INT line;
@@ -96,7 +96,7 @@ Plain plain_at(const CsConfig& config, std::size_t start) {
 }
 
 // Writes over bytes of the records.
-void put(CsConfig& config, std::size_t start, std::string_view bytes) {
+void write_at(CsConfig& config, std::size_t start, std::string_view bytes) {
   bytes.copy(reinterpret_cast<char*>(config.records.items) + start, bytes.size());
 }
 
@@ -174,25 +174,25 @@ bool overwrite(CsConfig& config, CS_UINT number, std::string_view value, const O
   record.source = origin.source;
   record.line = origin.line;
   record.value_length = static_cast<CS_UINT>(value.size());
-  put(config, number, bytes_of(record));
-  put(config, value_start(number, record), value);
-  put(config, value_start(number, record) + value.size(), {"", 1});
+  write_at(config, number, bytes_of(record));
+  write_at(config, value_start(number, record), value);
+  write_at(config, value_start(number, record) + value.size(), {"", 1});
   return true;
 }
 
 // Adds the record of a new name to the chain of the one above it.
 void append_to_chain(CsConfig& config, CS_UINT above, CS_UINT number) {
   const std::size_t place = value_start(above, record_at(config, above));
-  auto chain = plain_at<Chain>(config, place);
-  if (chain.last == 0) {
-    chain.first = number;
+  auto ends = plain_at<ChainEnds>(config, place);
+  if (ends.last == 0) {
+    ends.first = number;
   } else {
-    Record last = record_at(config, chain.last);
+    Record last = record_at(config, ends.last);
     last.next = number;
-    put(config, chain.last, bytes_of(last));
+    write_at(config, ends.last, bytes_of(last));
   }
-  chain.last = number;
-  put(config, place, bytes_of(chain));
+  ends.last = number;
+  write_at(config, place, bytes_of(ends));
 }
 
 // The number of the record of that name, new or with a new value; 0 when there is no memory.
@@ -219,7 +219,7 @@ CS_UINT find(const CsConfig& config, CS_UINT above, std::string_view name) {
 // The number of the section of that name, new or known; 0 when there is no memory.
 CS_UINT enter_section(CsConfig& config, std::string_view name) {
   const CS_UINT known = find(config, kRoot, name);
-  return known != 0 ? known : enter(config, kRoot, name, bytes_of(Chain{}), {});
+  return known != 0 ? known : enter(config, kRoot, name, bytes_of(ChainEnds{}), {});
 }
 
 // Keeps the path of a file that is about to be parsed. CS_FAIL when there are too many.
@@ -236,7 +236,7 @@ CS_RETCODE add_source(CfgParseInfo& parse) {
 // The next record in the chain below `above`, after the one that a walk is at.
 CS_UINT next_below(const CsConfig& config, CS_UINT above, CS_INT position) {
   if (position == 0)
-    return plain_at<Chain>(config, value_start(above, record_at(config, above))).first;
+    return plain_at<ChainEnds>(config, value_start(above, record_at(config, above))).first;
   const auto number = static_cast<CS_UINT>(position);
   require(number < config.records.count && config.records.count - number > sizeof(Record));
   const Record record = record_at(config, number);
@@ -261,8 +261,8 @@ void drop_store(CsConfig* config) {
   comn_free(config);
 }
 
-// The path as the including file means it, behind `from`, without "." steps at its beginning, which
-// would hide that two paths are one.
+// The path as the including file `from` means it, without "." steps at its beginning, which would
+// hide that two paths are the same.
 bool resolve(ByteBuffer& path, std::string_view from, std::string_view included) {
   const std::size_t slash = from.rfind('/');
   const bool relative = !included.starts_with('/') && slash != from.npos;
@@ -313,7 +313,7 @@ CS_RETCODE default_path(CS_CONTEXT& context, ByteBuffer& path) {
 
 // A store with its root.
 bool make_root(CsConfig& config) {
-  return grow_slots(config) && append_record(config, kRoot, {}, bytes_of(Chain{}), {});
+  return grow_slots(config) && append_record(config, kRoot, {}, bytes_of(ChainEnds{}), {});
 }
 
 // Loads the file that config.path names.

@@ -10,7 +10,7 @@
 #include "intl.h"
 #include "runtime/podvector.h"
 
-// A text that is collected piece by piece: a part of the parse's text buffer.
+// A text that is collected piece by piece, as a part of the parse's text buffer.
 struct CfgTok {
   std::size_t start;
   std::size_t length;
@@ -41,8 +41,8 @@ inline constexpr std::size_t kMaxToks = 2;
 
 }  // namespace comnlib
 
-// The window holds file bytes [token, end); token <= mark <= at <= end. A line feed always stands
-// at window.items[end], so that no run over characters goes beyond it unnoticed.
+// The window holds file bytes [token, end); token <= mark <= at <= end. window.items[end] is
+// always a line feed, so that no run over characters goes beyond it unnoticed.
 struct _cfgparseinfo {
   CS_CONTEXT* context;  // null: the status of a failed read is not kept
   CsConfig* config;     // null: the file is checked only
@@ -85,7 +85,7 @@ CS_VOID cfg__lexstate(CfgParseInfo* parse, CS_INT state);
 // The next byte, or -1 at the file's end. Refills the window, which doubles when a token fills it.
 CS_INT cfg__getc(CfgParseInfo* parse);
 
-// The token matched ends here, as far as known.
+// The longest match so far ends here.
 CS_VOID cfg__marktok(CfgParseInfo* parse);
 
 // The next token begins where the last one ended.
@@ -97,7 +97,7 @@ CS_VOID cfg__newtok(CfgParseInfo* parse);
 // Appends bytes to the newest collected text. CS_SUCCEED or CS_MEM_ERROR.
 CS_RETCODE cfg__catbuf(CfgParseInfo* parse, const CS_CHAR* bytes, CS_INT length);
 
-// Appends the scanner's token to the newest collected text, behind one blank when `blank` is not 0.
+// Appends the scanner's token to the newest collected text, after one blank when `blank` is not 0.
 CS_RETCODE cfg__cat(CfgParseInfo* parse, CS_BOOL blank);
 
 // Reports `text` with the place of the current token.

@@ -27,8 +27,8 @@ enum Class : CS_BYTE {
   kBlank = 1,
   kLetter = 2,
   kIdent = 4,  // may continue an identifier
-  kPlain = 8,  // may stand in a value by itself: neither stopper nor backslash
-  kText = 16,  // may stand in a string by itself; a line feed may as well
+  kPlain = 8,  // may be part of a value by itself: neither stopper nor backslash
+  kText = 16,  // may be part of a string by itself, as a line feed may
 };
 
 constexpr std::array<CS_BYTE, 256> make_classes() {
@@ -54,7 +54,7 @@ bool is(CS_INT byte, Class wanted) {
   return byte >= 0 && (kClasses[static_cast<CS_BYTE>(byte)] & wanted) != 0;
 }
 
-// A byte that goes on with a value, be it behind a backslash or not.
+// Whether the byte can continue a value, with or without a preceding backslash.
 bool continues_value(CS_INT byte) {
   return is(byte, kPlain) || byte == '\\';
 }

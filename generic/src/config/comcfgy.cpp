@@ -9,8 +9,8 @@
 //   piece    = ident | include | value | string
 //   string   = start { string-value | escaped-quote | continuation } end
 //
-// Space may stand between any two tokens, a continuation anywhere in a value, and the file's end
-// for a newline. The first error ends the parse.
+// Space may occur between any two tokens, a continuation anywhere in a value, and the end of the
+// file in place of a newline. The first error ends the parse.
 #include <array>
 #include <cstdio>
 
@@ -22,7 +22,7 @@
 namespace comnlib {
 namespace {
 
-CS_RETCODE expected(CfgParseInfo& parse, const char* what) {
+CS_RETCODE fail_expecting(CfgParseInfo& parse, const char* what) {
   if (parse.failure == CS_MEM_ERROR) return CS_MEM_ERROR;
   std::array<char, 512> text;
   if (parse.failure == CS_SUCCEED) {
@@ -53,11 +53,11 @@ CS_RETCODE end_line(CfgParseInfo& parse) {
   if (parse.code == CFG_SPACE) advance_over_space(parse);
   const bool ended =
       parse.code == CFG_NEWLINE || (parse.code == CFG_END && parse.failure == CS_SUCCEED);
-  return ended ? CS_SUCCEED : expected(parse, "the end of the line");
+  return ended ? CS_SUCCEED : fail_expecting(parse, "the end of the line");
 }
 
-// Behind its opening quote. The string's text is appended to the newest collected text.
-CS_RETCODE string_piece(CfgParseInfo& parse) {
+// After its opening quote. The string's text is appended to the newest collected text.
+CS_RETCODE parse_string(CfgParseInfo& parse) {
   for (;;) {
     advance(parse);
     CS_RETCODE result = CS_SUCCEED;
@@ -73,19 +73,20 @@ CS_RETCODE string_piece(CfgParseInfo& parse) {
       case CFG_STRING_END:
         return CS_SUCCEED;
       default:
-        return expected(parse, "the closing quote of a string");
+        return fail_expecting(parse, "the closing quote of a string");
     }
     if (result != CS_SUCCEED) return result;
   }
 }
 
-CS_RETCODE quoted(CfgParseInfo& parse, bool blank) {
+CS_RETCODE parse_quoted(CfgParseInfo& parse, bool blank) {
   if (blank && cfg__catbuf(&parse, " ", 1) != CS_SUCCEED) return CS_MEM_ERROR;
-  return string_piece(parse);
+  return parse_string(parse);
 }
 
-// Collects a value, from the token before it; ends at the first token that is no part of it.
-CS_RETCODE value(CfgParseInfo& parse, const char* what) {
+// Collects a value, starting at the token before it; ends at the first token that is not part of
+// it.
+CS_RETCODE parse_value(CfgParseInfo& parse, const char* what) {
   cfg__newtok(&parse);
   bool any = false;
   bool blank = false;
@@ -104,10 +105,10 @@ CS_RETCODE value(CfgParseInfo& parse, const char* what) {
         result = cfg__cat(&parse, blank);
         break;
       case CFG_STRING_START:
-        result = quoted(parse, blank);
+        result = parse_quoted(parse, blank);
         break;
       default:
-        return any ? CS_SUCCEED : expected(parse, what);
+        return any ? CS_SUCCEED : fail_expecting(parse, what);
     }
     if (result != CS_SUCCEED) return result;
     any = true;
@@ -115,15 +116,15 @@ CS_RETCODE value(CfgParseInfo& parse, const char* what) {
   }
 }
 
-CS_RETCODE section(CfgParseInfo& parse) {
+CS_RETCODE parse_section(CfgParseInfo& parse) {
   cfg__check_section(&parse);
   advance_over_space(parse);
-  if (parse.code != CFG_IDENT) return expected(parse, "the name of a section");
+  if (parse.code != CFG_IDENT) return fail_expecting(parse, "the name of a section");
   cfg__newtok(&parse);
   CS_RETCODE result = cfg__cat(&parse, 0);
   if (result != CS_SUCCEED) return result;
   advance_over_space(parse);
-  if (parse.code != CFG_CLOSE) return expected(parse, "']' after the section's name");
+  if (parse.code != CFG_CLOSE) return fail_expecting(parse, "']' after the section's name");
   advance(parse);
   result = end_line(parse);
   if (result != CS_SUCCEED) return result;
@@ -131,14 +132,14 @@ CS_RETCODE section(CfgParseInfo& parse) {
   return cfg__add_section(&parse, name.data(), static_cast<CS_INT>(name.size()));
 }
 
-CS_RETCODE entry(CfgParseInfo& parse) {
+CS_RETCODE parse_entry(CfgParseInfo& parse) {
   parse.entry_line = parse.line;
   cfg__newtok(&parse);
   CS_RETCODE result = cfg__cat(&parse, 0);
   if (result != CS_SUCCEED) return result;
   advance_over_space(parse);
-  if (parse.code != CFG_EQUALS) return expected(parse, "'=' after the entry's name");
-  result = value(parse, "a value after '='");
+  if (parse.code != CFG_EQUALS) return fail_expecting(parse, "'=' after the entry's name");
+  result = parse_value(parse, "a value after '='");
   if (result != CS_SUCCEED) return result;
   result = end_line(parse);
   if (result != CS_SUCCEED) return result;
@@ -148,8 +149,8 @@ CS_RETCODE entry(CfgParseInfo& parse) {
                         static_cast<CS_INT>(text.size()));
 }
 
-CS_RETCODE include(CfgParseInfo& parse) {
-  CS_RETCODE result = value(parse, "the path of the file to include");
+CS_RETCODE parse_include(CfgParseInfo& parse) {
+  CS_RETCODE result = parse_value(parse, "the path of the file to include");
   if (result != CS_SUCCEED) return result;
   const CS_INT line = parse.line;
   result = end_line(parse);
@@ -160,7 +161,7 @@ CS_RETCODE include(CfgParseInfo& parse) {
 }
 
 // One line of meaning. CS_END_DATA at the end of the file.
-CS_RETCODE statement(CfgParseInfo& parse) {
+CS_RETCODE parse_statement(CfgParseInfo& parse) {
   parse.text.count = 0;
   parse.tok_count = 0;
   advance_over_space(parse);
@@ -168,16 +169,16 @@ CS_RETCODE statement(CfgParseInfo& parse) {
     case CFG_NEWLINE:
       return CS_SUCCEED;
     case CFG_OPEN:
-      return section(parse);
+      return parse_section(parse);
     case CFG_IDENT:
-      return entry(parse);
+      return parse_entry(parse);
     case CFG_INCLUDE:
-      return include(parse);
+      return parse_include(parse);
     case CFG_END:
       if (parse.failure == CS_SUCCEED) return CS_END_DATA;
       [[fallthrough]];
     default:
-      return expected(parse, "a section, an entry, an include or a comment");
+      return fail_expecting(parse, "a section, an entry, an include or a comment");
   }
 }
 
@@ -190,7 +191,7 @@ CS_RETCODE cfg__parse(CfgParseInfo* parse) {
   check_pointer(parse);
   const Uncancelled uncancelled;
   CS_RETCODE result = CS_SUCCEED;
-  while (result == CS_SUCCEED) result = statement(*parse);
+  while (result == CS_SUCCEED) result = parse_statement(*parse);
   if (result == CS_MEM_ERROR) cfg__parse_error(parse, "out of memory");
   if (result != CS_END_DATA) return trace(result);
   cfg__check_section(parse);

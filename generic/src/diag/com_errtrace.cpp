@@ -71,7 +71,7 @@ const char* base_name(const char* path) {
 pthread_mutex_t debug_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::FILE* debug_file = nullptr;
 
-// A child of fork has its calling thread alone: a lock that another thread held would never be
+// A child of fork has only the calling thread: a lock that another thread held would never be
 // released there.
 void remake_lock() {
   debug_mutex = PTHREAD_MUTEX_INITIALIZER;

@@ -1,5 +1,5 @@
 // The stops: pointer check, assertion failure and panic, and the set-up diagnostic com_perr. Their
-// texts are contracts with the hosts' log scanners.
+// texts never change, since log scanners of hosts look for them.
 #include <array>
 #include <cstdarg>
 #include <cstdio>

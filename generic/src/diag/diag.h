@@ -1,6 +1,5 @@
 // What every other room needs of the diagnostics: thin inline checks around the public routines.
-// The place they report is the caller's, so they stand directly in the routine that states the
-// precondition.
+// The place they report is the caller's, so a routine that states a precondition calls them itself.
 #pragma once
 
 #include <atomic>

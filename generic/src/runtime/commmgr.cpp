@@ -67,8 +67,8 @@ bool has_lock(const MmPoolHead* head) {
 
 // Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
 // head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
-// count here do not change while the handle lives. All of them are in the lowest byte, which is
-// aligned wherever the handle lies.
+// count here do not change while the handle lives. All of them are in the lowest byte, which
+// is aligned at any address of the handle.
 CS_BYTE status_of(const MmHandle* handle) {
   return __atomic_load_n(at<CS_BYTE>(handle, offsetof(MmHandle, mmh_status)), __ATOMIC_RELAXED);
 }
@@ -256,7 +256,7 @@ CS_RETCODE get_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_I
       return store(buffer, head->mph_unlock);
     case MM_PROP_SBREAKARG:
     case MM_PROP_LOCKARG:
-      return CS_SUCCEED;  // the arguments are not told
+      return CS_SUCCEED;  // arguments are not given out
     case MM_PROP_CHUNKSIZE:
       return store(buffer, head->mph_chunksize);
     case MM_PROP_MAXSIZE:

@@ -47,7 +47,7 @@ struct MmPoolHead {
   MM_WORD(CS_INT, mph_status);
 } MM_OVERLAY;
 
-// A free block of a heap. `size` counts the bytes behind the size word. A block of less than a
+// A free block of a heap. `size` counts the bytes after the size word. A block of less than a
 // word has no room for the link; it can only be the last of its heap, where the link is null
 // anyway.
 struct MmList {
@@ -158,7 +158,7 @@ CS_RETCODE com___getheap(MmHandle* handle, CS_INT size, CS_VOID** out);
 CS_RETCODE com___sbreak(MmHandle* handle, CS_INT size);
 // Adds memory of at least 9 bytes as a heap.
 CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_INT status);
-// Takes back what com___getheap handed out; gives back a chunk that is wholly free then.
+// Takes back what com___getheap handed out; gives the chunk back when all of it is free then.
 CS_RETCODE com___putheap(MmHandle* handle, CS_VOID* ptr);
 // Puts a block on its heap's list and merges it with its neighbours.
 CS_RETCODE com___insert_block(MmHeap* heap, MmList* block);
@@ -246,7 +246,7 @@ inline bool aligned(const MmHeap* heap, const void* pointer) {
   return (address(pointer) - address(heap)) % kWord == 0;
 }
 
-// The record `offset` bytes behind (before) another one.
+// The record `offset` bytes after another one, or before it when that is negative.
 template <class Record>
 Record* at(void* base, CS_INT offset) {
   return reinterpret_cast<Record*>(static_cast<CS_BYTE*>(base) + offset);
@@ -256,9 +256,8 @@ const Record* at(const void* base, CS_INT offset) {
   return reinterpret_cast<const Record*>(static_cast<const CS_BYTE*>(base) + offset);
 }
 
-// How far a block lies behind the start of its top-level block, which the base mark tells. Marks
-// and addresses are taken modulo the largest span, so a top-level block may cross a boundary of
-// that size.
+// How far a block is from the start of its top-level block, by the base mark. Marks and addresses
+// are taken modulo the largest span, so a top-level block may cross a boundary of that size.
 inline CS_UINT offset_in_top(const void* block, CS_UINT header) {
   return (static_cast<CS_UINT>(address(block)) - ((header & kMarkMask) >> kMarkShift)) &
          kAddressMask;
@@ -302,7 +301,7 @@ inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
   return heap;
 }
 
-// The disciplines. `allocate` leaves `out` alone when it hands out nothing; the pointers to free
+// The disciplines. `allocate` does not change `out` when it hands out nothing; the pointers to free
 // and to reallocate lie in a heap.
 CS_RETCODE buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
 CS_RETCODE buddy_free(MmHandle* handle, CS_VOID* ptr);

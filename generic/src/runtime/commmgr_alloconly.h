@@ -1,6 +1,5 @@
 // The alloc-only discipline: regions that are handed out from front to back and given back only
-// with their pool. The path that hosts take for every block stands here, for the entry points to
-// take in.
+// with their pool. The per-block fast path is defined here so that the entry point inlines it.
 #pragma once
 
 #include "runtime/commmgr.h"

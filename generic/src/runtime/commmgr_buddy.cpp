@@ -42,8 +42,8 @@ MmDList* no_list() {
   return reinterpret_cast<MmDList*>(~std::uintptr_t{0});
 }
 
-// The block size becomes that of a top-level block, with a word more: a reallocation copies the
-// capacity, and of the last buddy that ends a word behind it.
+// The block size becomes that of a top-level block, and a word: a reallocation copies as many bytes
+// as the capacity says, which end a word after the last buddy.
 void set_up(MmHandle* handle) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   pool.bpmax = highest_order(handle->mmh_blocksize);
@@ -81,7 +81,7 @@ CS_UINT with_order(CS_UINT header, CS_INT order) {
   return (header & ~kOrderMask) | static_cast<CS_UINT>(order);
 }
 
-// Whether a header that is not of a large block can stand where it does.
+// Whether a header that is not of a large block is possible at its address.
 bool plausible(const MmBuddyPool& pool, const MmDList* block) {
   const CS_UINT header = block->size;
   const CS_UINT offset = offset_in_top(block, header);
@@ -90,8 +90,8 @@ bool plausible(const MmBuddyPool& pool, const MmDList* block) {
          offset % static_cast<CS_UINT>(span_of(order_of(header))) == 0;
 }
 
-// The size that a large block was asked for. What the heap gave for it, behind the handle's link,
-// is hardly more; anything else is no large block.
+// The requested size of a large block. The heap gave hardly more than that, after the handle's
+// link; anything else is not a large block.
 CS_INT size_of_large(const MmDList* block) {
   const auto size = static_cast<CS_INT>(block->size & ~kLarge);
   const std::int64_t room = std::int64_t{at<MmList>(block, -2 * kWord)->size} - 2 * kWord;

@@ -39,7 +39,7 @@ const MmList* heap_block_of(const MmPoolHead* head, const MmBlock* block) {
   return fits ? in_heap : nullptr;
 }
 
-// The buddies of a top-level block stand side by side and fill it; counts the free ones by order.
+// The buddies of a top-level block follow one another and fill it; counts the free ones by order.
 bool valid_top_level(const MmBuddyPool& pool, const MmDList* top, CS_INT (&free_blocks)[16]) {
   const CS_INT span = span_of(pool.bpmax);
   for (CS_INT offset = 0; offset < span;) {

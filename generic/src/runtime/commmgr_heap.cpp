@@ -14,8 +14,8 @@ MmList* end_of(MmList* block) {
 }
 
 // What stays on the free list in place of `block` when its first `size` bytes are handed out: the
-// rest, or its successor when there is no rest. A rest too short for a link stands only at the end
-// of its heap, where none follows; elsewhere the caller gets it along with the block.
+// rest, or its successor when there is no rest. A rest too short for a link is made only at the
+// end of its heap, where nothing follows; elsewhere the caller gets it along with the block.
 MmList* split(const MmHeap* heap, MmList* block, CS_INT size) {
   MmList* const next = link_of(block);
   const CS_INT rest_size = block->size - size - kWord;

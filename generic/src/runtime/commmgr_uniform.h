@@ -1,6 +1,6 @@
 // The uniform discipline: slabs cut into nodes of one size. A node is its size word, which stays,
-// and the user's bytes; a free node links to the next one behind that word. The paths that hosts
-// take for every block stand here, for the entry points to take in.
+// and the user's bytes, where a free node has its link. Per-block fast paths, defined here so that
+// the entry points inline them.
 #pragma once
 
 #include "runtime/commmgr.h"

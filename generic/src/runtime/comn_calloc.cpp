@@ -1,4 +1,5 @@
-// Weak default of the host allocator's comn_calloc, alone in its module so that a host's own wins.
+// Weak default of the host allocator's comn_calloc, in a module of its own so that a host's
+// definition wins.
 #include <cstdlib>
 
 #include "comnlib/memory.h"

@@ -74,7 +74,7 @@ void unlock_cancelled(void* mutex) {
   pthread_mutex_unlock(static_cast<pthread_mutex_t*>(mutex));
 }
 
-// Waits once, until the deadline when there is one. Cancellation is acted on in here alone,
+// Waits once, until the deadline when there is one. A cancellation takes effect only in here,
 // whatever the caller's own state is.
 int wait_cancellable(pthread_cond_t* cond, pthread_mutex_t* mutex, const timespec* deadline) {
   int before = PTHREAD_CANCEL_DISABLE;
@@ -109,7 +109,7 @@ CS_RETCODE wait_for_flag(COMN_EVENT& event, CS_INT timeout) {
   return CS_SUCCEED;
 }
 
-// Makes the condition and the mutex of an event or a semaphore: both or none.
+// Makes the condition and the mutex of an event or a semaphore: both, or neither on a failure.
 template <class Object>
 bool init_guard(Object& object) {
   if (pthread_mutex_init(&object.pm, nullptr) != 0) return false;

@@ -54,8 +54,7 @@ inline CS_UINT number_of(const CS_BYTE* bytes, std::size_t left) {
   return tail + number * kFactor;
 }
 
-// The divisor is hidden from the compiler, which must not see a division by zero and drop its
-// fault: that is the end of a caller who wants the increment of a table of one slot.
+// Hidden from the optimiser: for a table of one slot the division must really trap.
 inline CS_UINT increment_of(CS_UINT number, CS_UINT table_size) {
   CS_UINT divisor = table_size - 1;
   asm("" : "+r"(divisor));
@@ -93,7 +92,7 @@ Info* build_info(const LM_HANDLE& handle) {
   return nullptr;
 }
 
-// Chained hash table. New elements stand at the head of their chain.
+// Chained hash table. New elements go to the head of their chain.
 struct CHash {
   using Info = CHashInfo;
   using Node = DLinkNode;
@@ -192,7 +191,7 @@ struct DHash {
     drop_record(&info);
   }
 
-  // Where a search begins. The increment counts for the first probe alone, which is therefore never
+  // Where a search begins. The increment counts only for the first probe, which is therefore never
   // the home address itself: elements lie where earlier tables put them.
   static CS_UINT start_of(const DHashInfo& info, const Key& key) {
     require(info.table_size >= 1);
@@ -208,7 +207,7 @@ struct DHash {
       increment = ask(info.incr_hfunc, key, info.table_size);
     }
     const CS_UINT sum = home + increment;
-    return sum - (sum >= size) * size;  // no branch: which way it goes is anyone's guess
+    return sum - (sum >= size) * size;  // branch-free: the outcome is unpredictable
   }
 
   // The first slot, in probe order, for which `wanted` holds; null when none does.
@@ -232,8 +231,8 @@ struct DHash {
   }
 
   // The stored key's own size does not count: callers seek with a NUL that they stored without, and
-  // the other way round. Behind that size bytes are read one by one, to the first that differs and
-  // never beyond, which no library call promises.
+  // the other way round. After that size bytes are read one by one, up to the first that differs
+  // and never further, which no library call promises.
   static bool begins_with(const Key& stored, const Key& sought) {
     const std::size_t common = std::min(stored.length(), sought.length());
     if (!same_bytes(stored.bytes, sought.bytes, common)) return false;

@@ -1,5 +1,5 @@
-// The hash of a key, and the two hash-table kinds. The hash values are a contract: tables that
-// other code reads are laid out by them.
+// The hash of a key, and the two hash-table kinds. The hash values never change: tables
+// that other code reads are laid out by them.
 #pragma once
 
 #include "runtime/lmutils.h"

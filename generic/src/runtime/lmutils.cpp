@@ -1,5 +1,5 @@
 // Names, property values and the free-node pool. The pool's count and its chain always agree, and
-// every parked node is zero but for its state and link.
+// every parked node is zero except its state and link.
 #include "runtime/lmutils.h"
 
 #include <algorithm>

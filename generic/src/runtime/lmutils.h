@@ -129,8 +129,9 @@ inline constexpr std::size_t kOps = LM_OP_INSERT_AFTER - LM_OP_INSERT + 1;
 
 // What a list type does. An operation that it lacks is null.
 struct KindOps {
-  CS_RETCODE (*build)(LM_HANDLE& handle);  // makes list_state; CS_MEM_ERROR leaves it alone
-  void (*drop)(LM_HANDLE& handle);         // frees list_state with its elements
+  CS_RETCODE (*build)
+  (LM_HANDLE& handle);              // makes list_state; CS_MEM_ERROR: list_state is unchanged
+  void (*drop)(LM_HANDLE& handle);  // frees list_state with its elements
   CS_RETCODE (*rebuild)(LM_HANDLE& handle, CS_INT table_size);  // null where there is no table
   std::array<Operation, kOps> operations;
 };
@@ -151,7 +152,7 @@ CS_RETCODE give_value(Value value, CS_VOID* buffer, CS_INT* outlen) {
 CS_RETCODE give_name(const CS_CHAR* name, CS_INT length, CS_VOID* buffer, CS_INT buflen,
                      CS_INT* outlen);
 
-// Integer of a set: what stands at `buffer`.
+// The integer at `buffer`, of a set.
 inline CS_INT integer_at(const CS_VOID* buffer) {
   check_pointer(buffer);
   CS_INT value;
