@@ -7,6 +7,7 @@
 #include "conv/chscan.h"
 #include "conv/textcopy.h"
 #include "conversion.h"
+#include "intl/convcfg.h"
 #include "support/two_byte_set.h"
 
 namespace {
@@ -222,6 +223,34 @@ TEST(TextToText, PaddingAndTruncation) {
   EXPECT_EQ("it''", std::string(dest, static_cast<std::size_t>(length)));
 }
 
+// Short copies and fills are words that overlap.
+TEST(TextToText, EveryLengthAndRoom) {
+  Context context;
+  const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  constexpr CS_INT kTerm = CS_DFMT_NULLTERM;
+  for (std::size_t length = 1; length < 40; ++length) {
+    const Encoded source = text_as(CS_CHAR_TYPE, letters.substr(0, length));
+    EXPECT_EQ(source.bytes,
+              convert(context, source, format_of(CS_VARCHAR_TYPE)).text().substr(2, length));
+    for (std::size_t spare = 1; spare < 40; ++spare) {
+      const std::pair<CS_INT, std::string> rows[] = {
+          {0, ""},
+          {kTerm, "\0"s},
+          {CS_DFMT_PADNULL, std::string(spare, '\0')},
+          {CS_DFMT_PADNULL | kTerm, std::string(spare, '\0')},
+          {CS_DFMT_PADBLANK, std::string(spare, ' ')},
+          {CS_DFMT_PADBLANK | kTerm, std::string(spare - 1, ' ') + '\0'}};
+      for (const auto& [format, end] : rows) {
+        const auto room = static_cast<CS_INT>(length + spare);
+        const Result result = convert(context, source, format_of(CS_CHAR_TYPE, room, format));
+        ASSERT_EQ(CS_SUCCEED, result.code);
+        ASSERT_EQ(source.bytes + end, result.text()) << room << ", " << format;
+        ASSERT_TRUE(result.untouched_from(source.bytes.size() + end.size()));
+      }
+    }
+  }
+}
+
 // Records take 256 bytes, whatever the format says, and may lie about their length.
 TEST(Records, AreFilledAndChecked) {
   Context context;
@@ -327,6 +356,48 @@ TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   EXPECT_EQ(4, comnb_truncate_chars(set.attrib(), text.data(), 4, 4)) << "the source cuts";
   EXPECT_EQ(3, comnb_truncate_chars(set.attrib(), text.data(), 5, 4)) << "the destination cuts";
   EXPECT_EQ(2, comnb_truncate_chars(nullptr, text.data(), 5, 2));
+}
+
+// ASCII goes by blocks where the set has it. One other character, at any place in them, is read,
+// cut and doubled by the tables.
+TEST(TwoByteText, AmongAsciiAtEveryPlace) {
+  const TwoByteSet set;
+  Charset charset(set.attrib());
+  CsConvConfig config{};
+  config.ascii_based = true;
+  charset.desc.conv_config = &config;
+  Context context;
+  context.ctxlocale = &charset.locale;
+  for (std::size_t place = 0; place < 40; ++place) {
+    for (const std::size_t behind : {0, 2, 5, 20}) {
+      const std::string zeros(behind, '0');
+      const std::string text = std::string(place, '0') + "\x81\x34" + zeros;
+      const Result number = from_char(context, text, format_of(CS_FLOAT_TYPE));
+      ASSERT_EQ(std::stod("4" + zeros), number.as<double>()) << place;
+    }
+    for (const std::string other : {"\x81'", "'", "\x83'"}) {
+      std::vector<std::string> characters(40, "a");
+      characters[place] = other;
+      std::string text;
+      for (const std::string& each : characters) text += each;
+      for (const std::size_t room : {15, 16, 17, 31, 32, 33, 38, 39}) {
+        const auto expect = [&](CS_INT format) {
+          std::string expected;
+          for (std::string each : characters) {
+            if (format != 0 && each.back() == '\'' && each != "\x83'") each += each;
+            if (expected.size() + each.size() > room) break;
+            expected += each;
+          }
+          const auto fits = static_cast<CS_INT>(room);
+          const Result result = from_char(context, text, format_of(CS_CHAR_TYPE, fits, format));
+          ASSERT_EQ(CS_CVT_TRUNCATED, result.code) << place << " in " << room;
+          ASSERT_EQ(expected, result.text()) << place << " in " << room;
+        };
+        expect(0);
+        expect(CS_DFMT_ESCQUOTE);
+      }
+    }
+  }
 }
 
 // Descriptors of two contexts, say. Without a number, or with no configuration of their own,

@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "chars/com_attr.h"
 #include "chars/iso_1.h"
 #include "comnlib/memory.h"
 #include "intl/charset.h"
+#include "intl/convcfg.h"
 #include "intl_host.h"
 #include "support/host_alloc.h"
 
@@ -171,6 +173,36 @@ TEST_F(ShippedSets, Iso1IsTheBuiltInSetWithGraphicBits) {
     EXPECT_EQ(built_in.char_lex, file.char_lex & ~COMN_LEX_CURRENCY) << byte;
     EXPECT_EQ(Com_charmap[byte].char_type, file.char_type) << byte;
   }
+}
+
+TEST_F(ShippedSets, BeginWithAsciiInEveryTable) {
+  for (const char* name : {"iso_1", "utf8", "sjis"}) {
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context_.load(name, name, "us_english", "binary", &entry));
+    EXPECT_TRUE(comnlib::is_ascii_based(entry->locchardesc)) << name;
+  }
+  const char_attrib& utf8 = *load("utf8");
+  using Types = std::array<char_map, COMN_CS_MAPSIZE>;
+  using Bytes = std::array<CS_BYTE, COMN_CS_MAPSIZE>;
+  const auto is_ascii_with = [&utf8](auto change) {
+    Types types;
+    Bytes widths, norms;
+    std::copy_n(utf8.cs_type_map, types.size(), types.begin());
+    std::copy_n(utf8.cs_width_map, widths.size(), widths.begin());
+    std::copy_n(utf8.cs_norm_map, norms.size(), norms.begin());
+    change(types, widths, norms);
+    char_attrib set = utf8;
+    set.cs_type_map = types.data();
+    set.cs_width_map = widths.data();
+    set.cs_norm_map = norms.data();
+    return comnlib::is_ascii_based(set);
+  };
+  EXPECT_TRUE(is_ascii_with([](Types&, Bytes&, Bytes& norms) { norms['E'] = 'e'; }));
+  EXPECT_FALSE(is_ascii_with([](Types&, Bytes&, Bytes& norms) { norms[0x7F] = 0; }));
+  EXPECT_FALSE(is_ascii_with([](Types&, Bytes& widths, Bytes&) { widths['~'] = 0x12; }));
+  EXPECT_FALSE(is_ascii_with([](Types& types, auto&, auto&) { types[1].char_type = 128; }));
+  EXPECT_FALSE(is_ascii_with([](Types& types, auto&, auto&) { types[' '].char_type = 0; }));
+  EXPECT_FALSE(is_ascii_with([](Types& types, auto&, auto&) { types['$'].char_lex = 32; }));
 }
 
 TEST_F(ShippedSets, MultibyteCharacters) {

@@ -35,6 +35,17 @@ constexpr char_attrib iso_1_attributes() {
   return attrib;
 }
 
+bool is_plain(const char_attrib& attrib, CS_BYTE byte) {
+  const CS_BYTE text[] = {byte, 0};
+  if (comn_char_width(&attrib, text) > 1) return false;
+  if ((attrib.cs_type_map[byte].char_type & COMN_CT_LEAD) != 0) return false;
+  const auto form = static_cast<CS_BYTE>(comn_to_ascii(&attrib, text));
+  const bool space = comn_isspace(&attrib, text) != 0;
+  const bool currency = (comn_get_lex(&attrib, text) & COMN_LEX_CURRENCY) != 0;
+  return com_tolower(form) == com_tolower(byte) && space == latin1::is_space(byte) &&
+         currency == latin1::is_currency(byte);
+}
+
 const CS_BYTE* map_in(const CS_BYTE* image, ImageMap map) {
   return map.size == 0 ? nullptr : image + map.offset;
 }
@@ -64,6 +75,12 @@ ImageHeader read_image_header(const CS_BYTE* image) {
   header.type = map_at(image + 28);
   header.soundex = map_at(image + 36);
   return header;
+}
+
+bool is_ascii_based(const char_attrib& attrib) {
+  for (CS_BYTE byte = 0; byte < 0x80; ++byte)
+    if (!is_plain(attrib, byte)) return false;
+  return true;
 }
 
 void set_counts(char_attrib& attrib, const ImageHeader& header) {

@@ -26,6 +26,10 @@ struct ImageHeader {
 // Reads a header from the COMN_CS_IMAGE2_HEADER bytes at `image`.
 ImageHeader read_image_header(const CS_BYTE* image);
 
+// Whether the first 128 bytes of a set are characters by themselves and are read as plain bytes
+// are: by their forms (in either case), blanks and currency signs.
+bool is_ascii_based(const char_attrib& attrib);
+
 // Takes the lengths and counts of a header, or those of every single-byte set, into `attrib`.
 void set_counts(char_attrib& attrib, const ImageHeader& header);
 void set_single_byte_counts(char_attrib& attrib);

@@ -1,8 +1,11 @@
 // Text in a character set, walked character by character without reading past its end.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <span>
 
@@ -17,7 +20,38 @@ struct Text {
   std::span<const CS_BYTE> bytes;
   const char_attrib* attrib;
   bool utf16 = false;
+  bool ascii_based = false;  // as is_ascii_based says of the attributes
 };
+
+// Whether every byte is below 0x80. Short texts are looked at as two words that may overlap.
+inline bool is_ascii(std::span<const CS_BYTE> bytes) {
+  const auto ends_are_ascii = [bytes]<class Word>(Word) {
+    Word first, last;
+    std::memcpy(&first, bytes.data(), sizeof first);
+    std::memcpy(&last, bytes.data() + bytes.size() - sizeof last, sizeof last);
+    return ((first | last) & static_cast<Word>(0x8080808080808080)) == 0;
+  };
+  constexpr std::size_t kBlock = sizeof(__m128i);
+  if (bytes.size() < kBlock) {
+    if (bytes.size() >= 8) return ends_are_ascii(std::uint64_t{});
+    if (bytes.size() >= 4) return ends_are_ascii(std::uint32_t{});
+    return std::ranges::all_of(bytes, [](CS_BYTE byte) { return byte < 0x80; });
+  }
+  const auto block = [bytes](std::size_t at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data() + at));
+  };
+  __m128i all = block(bytes.size() - kBlock);
+  for (std::size_t at = 0; at + kBlock < bytes.size(); at += kBlock)
+    all = _mm_or_si128(all, block(at));
+  return _mm_movemask_epi8(all) == 0;
+}
+
+// Whether a text is read as plain bytes: it has no character set, or no character of the set that
+// plain bytes have not.
+inline bool is_plain(const Text& text) {
+  if (text.attrib == nullptr) return !text.utf16;
+  return text.ascii_based && is_ascii(text.bytes);
+}
 
 // Whether every byte is a character by itself.
 inline bool is_single_byte(const char_attrib* attrib) {
@@ -176,8 +210,8 @@ void skip_blanks(Reader& reader) {
 // Calls `use` with the reader that suits the text.
 template <class Use>
 [[gnu::always_inline]] inline auto with_reader(const Text& text, Use use) {
+  if (is_plain(text)) return use(PlainReader(text.bytes));
   if (text.utf16) return use(Utf16Reader(text.bytes));
-  if (text.attrib == nullptr) return use(PlainReader(text.bytes));
   const bool single = text.attrib->cs_width_map == nullptr;
   return single ? use(SingleByteReader(text)) : use(TableReader(text));
 }

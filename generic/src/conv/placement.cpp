@@ -2,42 +2,16 @@
 #include "conv/placement.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "conv/newutils.h"
+#include "conv/short_bytes.h"
 
 namespace comnlib {
 namespace {
 
-// Copies a text of Size to 2 * Size bytes as its first and its last Size, which may overlap.
-template <std::size_t Size>
-void copy_ends(std::string_view text, CS_BYTE* dest) {
-  std::array<char, Size> head;
-  std::array<char, Size> tail;
-  std::memcpy(head.data(), text.data(), Size);
-  std::memcpy(tail.data(), text.end() - Size, Size);
-  std::memcpy(dest, head.data(), Size);
-  std::memcpy(dest + text.size() - Size, tail.data(), Size);
-}
-
-// Numbers are short: a call of memcpy would take as long as their digits do.
-void copy_text(std::string_view text, CS_BYTE* dest) {
-  if (text.size() > 32) {
-    std::memcpy(dest, text.data(), text.size());
-  } else if (text.size() >= 16) {
-    copy_ends<16>(text, dest);
-  } else if (text.size() >= 8) {
-    copy_ends<8>(text, dest);
-  } else if (text.size() >= 4) {
-    copy_ends<4>(text, dest);
-  } else {
-    for (const char each : text) *dest++ = static_cast<CS_BYTE>(each);
-  }
-}
-
 void write(std::string_view text, CS_BYTE* dest) {
-  copy_text(text, dest);
+  copy_bytes(dest, reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
 }
 
 void write(Units text, CS_BYTE* dest) {

@@ -30,7 +30,7 @@ enum class NulBytes { kText, kEndOfText };
 class AsciiForm {
  public:
   explicit AsciiForm(const Text& text, NulBytes nul = NulBytes::kText) : nul_(nul) {
-    if (text.attrib == nullptr && !text.utf16)
+    if (is_plain(text))
       view_ = trim(text.bytes);
     else
       valid_ = with_reader(text, [this](auto reader) { return fill(reader); });
@@ -98,7 +98,7 @@ CS_RETCODE text_to_amount(const Text& text, const Conversion& call, Parse parse)
   } else {
     const Bytes bytes = text.bytes;
     status = parse(&value, reinterpret_cast<const CS_CHAR*>(bytes.data()),
-                   static_cast<CS_INT>(bytes.size()), 0, text.attrib);
+                   static_cast<CS_INT>(bytes.size()), 0, is_plain(text) ? nullptr : text.attrib);
   }
   if (status == kExactSyntax) return CS_CVT_SYNTAX;
   return store_result(call, value, exact_code(status));

@@ -10,28 +10,21 @@
 
 namespace comnlib {
 
-// A source text as it is stored, and how it is encoded.
-struct EncodedText {
-  Text text;
-  Encoding encoding;
-};
-
-inline EncodedText text_from(const Conversion& call, const CS_BYTE* bytes, CS_INT length) {
-  const Encoding encoding = encoding_of(*call.context, *call.srcfmt);
-  return {{{bytes, static_cast<std::size_t>(length)}, attributes_of(encoding)}, encoding};
+inline Text text_from(const Conversion& call, const CS_BYTE* bytes, CS_INT length) {
+  return text_in(source_encoding(false, call), {bytes, static_cast<std::size_t>(length)});
 }
 
 struct CharacterSource : Sized<Family::character, 1> {
-  using Value = EncodedText;
-  static CS_RETCODE read(const Conversion& call, EncodedText& value) {
+  using Value = Text;
+  static CS_RETCODE read(const Conversion& call, Text& value) {
     value = text_from(call, static_cast<const CS_BYTE*>(call.src), call.srcfmt->maxlength);
     return CS_SUCCEED;
   }
 };
 
 struct VarcharSource : Varchar {
-  using Value = EncodedText;
-  static CS_RETCODE read(const Conversion& call, EncodedText& value) {
+  using Value = Text;
+  static CS_RETCODE read(const Conversion& call, Text& value) {
     const CS_SMALLINT length = record_length(call.src);
     if (!is_record_length(length)) return CS_CVT_DOMAIN;
     value = text_from(call, record_bytes(call.src), length);
@@ -40,19 +33,19 @@ struct VarcharSource : Varchar {
 };
 
 struct UnicharSource : Unichar {
-  using Value = EncodedText;
-  static CS_RETCODE read(const Conversion& call, EncodedText& value) {
+  using Value = Text;
+  static CS_RETCODE read(const Conversion& call, Text& value) {
     const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
-    value = {{{static_cast<const CS_BYTE*>(call.src), length}, nullptr, true}, kUtf16};
+    value = {{static_cast<const CS_BYTE*>(call.src), length}, nullptr, true};
     return CS_SUCCEED;
   }
 };
 
 // For targets that read a literal: half a unit or an unpaired surrogate is in none.
 struct UnicharLiteral : UnicharSource {
-  static CS_RETCODE read(const Conversion& call, EncodedText& value) {
+  static CS_RETCODE read(const Conversion& call, Text& value) {
     static_cast<void>(UnicharSource::read(call, value));
-    return is_utf16(value.text.bytes) ? CS_SUCCEED : CS_CVT_BADXLATE;
+    return is_utf16(value.bytes) ? CS_SUCCEED : CS_CVT_BADXLATE;
   }
 };
 
@@ -60,11 +53,8 @@ struct UnicharLiteral : UnicharSource {
 template <class Type, auto kConvert>
 struct TextTarget : Type {
   static constexpr CS_INT kLength = 0;
-  static CS_RETCODE convert(const EncodedText& source, const Conversion& call) {
-    if constexpr (requires { kConvert(source.text, call); })
-      return kConvert(source.text, call);
-    else
-      return kConvert(source.text.bytes, source.encoding, call);
+  [[gnu::always_inline]] static CS_RETCODE convert(const Text& text, const Conversion& call) {
+    return kConvert(text, call);
   }
 };
 

@@ -2,8 +2,11 @@
 // then CS_CVT_TRUNCATED says so.
 #include "conv/textcopy.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <limits>
 
 #include "chars/text.h"
@@ -23,14 +26,28 @@ CS_INT size_of(Bytes bytes) {
   return static_cast<CS_INT>(bytes.size());
 }
 
-// A context's locales share descriptors; two contexts each have their own of one set.
-bool same_charset(const CsCharDesc* a, const CsCharDesc* b) {
-  if (a == b) return true;
-  return a != nullptr && b != nullptr && a->oid != 0 && a->oid == b->oid;
-}
-
-bool same_encoding(const Encoding& a, const Encoding& b) {
-  return a.utf16 == b.utf16 && same_charset(a.charset, b.charset);
+// How many bytes at the front of a text are characters by themselves, of which none is a quote or a
+// NUL. Not all of them may count.
+std::size_t simple_bytes(const Text& text) {
+  if (text.attrib != nullptr && !text.ascii_based) return 0;
+  const bool any_byte = text.attrib == nullptr;
+  constexpr std::size_t kBlock = sizeof(__m128i);
+  const std::size_t size = text.bytes.size();
+  const CS_BYTE* bytes = text.bytes.data();
+  std::size_t at = 0;
+  for (; size - at >= kBlock; at += kBlock) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    const __m128i stops = _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('\'')),
+                                       _mm_cmpeq_epi8(block, _mm_setzero_si128()));
+    const int stopped = _mm_movemask_epi8(any_byte ? stops : _mm_or_si128(stops, block));
+    if (stopped != 0)
+      return at + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(stopped)));
+  }
+  const auto is_simple = [any_byte](CS_BYTE byte) {
+    return byte != '\'' && byte != 0 && (any_byte || byte < 0x80);
+  };
+  while (at < size && is_simple(bytes[at])) ++at;
+  return at;
 }
 
 // The bytes of a text that a room takes: all of them where they fit, a character that the text
@@ -39,7 +56,9 @@ CS_INT fitting_bytes(Text text, CS_INT room) {
   if (size_of(text.bytes) <= room) return size_of(text.bytes);
   const CS_BYTE* widths = text.attrib == nullptr ? nullptr : text.attrib->cs_width_map;
   if (widths == nullptr) return room;
-  CS_INT length = 0;
+  const Text fitting{text.bytes.first(static_cast<std::size_t>(room)), text.attrib, false,
+                     text.ascii_based};
+  auto length = static_cast<CS_INT>(simple_bytes(fitting));
   while (length < room) {
     const int width = std::max(widths[text.bytes[static_cast<std::size_t>(length)]] & 0xF, 1);
     if (width > room - length) break;
@@ -92,7 +111,12 @@ bool is_quote(const TextChar& character) {
 // A character that the end of the text cuts is no quote and is taken like any other.
 Doubling measure_doubling(Text text, std::size_t room, bool nul_ends) {
   Doubling result{0, 0, false, false};
-  while (!text.bytes.empty()) {
+  while (true) {
+    const std::size_t simple = std::min(simple_bytes(text), room - result.written);
+    result.taken += simple;
+    result.written += simple;
+    text.bytes = text.bytes.subspan(simple);
+    if (text.bytes.empty()) break;
     const TextChar character = first_char(text);
     const std::size_t width = character.bytes.size();
     const std::size_t output = is_quote(character) ? 2 * width : width;
@@ -114,7 +138,12 @@ Doubling measure_doubling(Text text, std::size_t room, bool nul_ends) {
 // Writes the text with its quotes doubled. `dest` may lie before the text in one buffer, as far as
 // the doubling needs.
 void write_doubled(Text text, CS_BYTE* dest) {
-  while (!text.bytes.empty()) {
+  while (true) {
+    const std::size_t simple = simple_bytes(text);
+    std::memmove(dest, text.bytes.data(), simple);
+    dest += simple;
+    text.bytes = text.bytes.subspan(simple);
+    if (text.bytes.empty()) break;
     const TextChar character = first_char(text);
     const std::size_t width = character.bytes.size();
     const bool quote = is_quote(character);
@@ -134,7 +163,7 @@ Doubling copy_doubling(Text text, std::span<CS_BYTE> room, bool nul_ends) {
   CS_BYTE* moved = room.data() + (doubling.written - doubling.taken);
   std::memmove(moved, text.bytes.data(), doubling.taken);
   if (doubling.written != doubling.taken)
-    write_doubled({{moved, doubling.taken}, text.attrib}, room.data());
+    write_doubled({{moved, doubling.taken}, text.attrib, false, text.ascii_based}, room.data());
   return doubling;
 }
 
@@ -200,7 +229,7 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
   Copied copied = translate_text(text, from, to, room, call.context);
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish<CS_CHAR>(copied, call);
-  const Text translated{room.first(static_cast<std::size_t>(copied.length)), attributes_of(to)};
+  const Text translated = text_in(to, room.first(static_cast<std::size_t>(copied.length)));
   const Doubling doubling = copy_doubling(translated, room, terminates(*call.destfmt));
   if (copied.code != CS_CVT_TRUNCATED) copied.needed = static_cast<CS_INT>(doubling.written);
   return finish_doubled(copied, doubling, call);
@@ -208,30 +237,33 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
 
 }  // namespace
 
-CS_RETCODE copy_to_character(Bytes text, const Encoding& from, const Conversion& call) {
-  const Encoding to = encoding_of(*call.context, *call.destfmt);
+CS_RETCODE internal::copy_any_to_character(Bytes text, bool utf16, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
   if (text.empty() || room.empty()) return finish<CS_CHAR>({CS_SUCCEED, 0, size_of(text)}, call);
+  const Encoding from = source_encoding(utf16, call);
+  const Encoding to = encoding_of(*call.context, *call.destfmt);
   if (!same_encoding(from, to)) return copy_translated(text, from, to, call);
-  const Text source{text, attributes_of(from)};
+  const Text source = text_in(from, text);
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) != 0) return copy_doubled(source, call);
   return finish<CS_CHAR>(copy_text(source, room), call);
 }
 
-CS_RETCODE copy_to_unichar(Bytes text, const Encoding& from, const Conversion& call) {
+CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
-  if (from.utf16) return finish<CS_UNICHAR>(copy_text({text, nullptr, true}, room), call);
+  if (text.utf16) return finish<CS_UNICHAR>(copy_text(text, room), call);
   const std::size_t units = room.size() - room.size() % sizeof(CS_UNICHAR);
-  const Copied copied = translate_text(text, from, kUtf16, room.first(units), call.context);
+  const Encoding from = source_encoding(false, call);
+  const Copied copied = translate_text(text.bytes, from, kUtf16, room.first(units), call.context);
   if (is_failure(copied.code)) return fail(copied.code, copied, call);
   return finish<CS_UNICHAR>(copied, call);
 }
 
-CS_RETCODE copy_to_varchar(Bytes text, const Encoding& from, const Conversion& call) {
+CS_RETCODE internal::copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call) {
+  const Encoding from = source_encoding(utf16, call);
   const Encoding to = encoding_of(*call.context, *call.destfmt);
   const std::span<CS_BYTE> room(record_bytes(call.dest), CS_MAX_CHAR);
   const Copied copied = same_encoding(from, to)
-                            ? copy_text({text, attributes_of(from)}, room)
+                            ? copy_text(text_in(from, text), room)
                             : translate_text(text, from, to, room, call.context);
   store(call.dest, static_cast<CS_SMALLINT>(copied.length));
   *call.destlen = sizeof(CS_VARCHAR);

@@ -5,8 +5,11 @@
 
 #include <span>
 
+#include "chars/text.h"
 #include "conv/frame.h"
+#include "conv/short_bytes.h"
 #include "intl/com_intl.h"
+#include "intl/convcfg.h"
 #include "intl/xlate.h"
 
 extern "C" {
@@ -36,14 +39,88 @@ inline Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format)
 }
 inline constexpr Encoding kUtf16 = {nullptr, true};
 
-inline const char_attrib* attributes_of(const Encoding& encoding) {
-  return encoding.charset == nullptr ? nullptr : encoding.charset->char_attrib;
+// Bytes as text in an encoding.
+inline Text text_in(const Encoding& encoding, Bytes bytes) {
+  if (encoding.charset == nullptr) return {bytes, nullptr, encoding.utf16};
+  return {bytes, encoding.charset->char_attrib, false, is_ascii_based(encoding.charset)};
 }
 
+// A context's locales share descriptors; two contexts each have their own of one set.
+inline bool same_encoding(const Encoding& a, const Encoding& b) {
+  if (a.utf16 != b.utf16) return false;
+  if (a.charset == b.charset) return true;
+  return a.charset != nullptr && b.charset != nullptr && a.charset->oid != 0 &&
+         a.charset->oid == b.charset->oid;
+}
+
+// The encoding of the source text of a call.
+inline Encoding source_encoding(bool utf16, const Conversion& call) {
+  return utf16 ? kUtf16 : encoding_of(*call.context, *call.srcfmt);
+}
+
+// Whether a source text is in the encoding of the call's character destination.
+[[gnu::always_inline]] inline bool keeps_encoding(bool utf16, const Conversion& call) {
+  if (!utf16 && call.srcfmt->locale == call.destfmt->locale) return true;
+  return same_encoding(source_encoding(utf16, call), encoding_of(*call.context, *call.destfmt));
+}
+
+namespace internal {
+// The whole rules, for text that does not simply fit.
+CS_RETCODE copy_any_to_character(Bytes text, bool utf16, const Conversion& call);
+CS_RETCODE copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call);
+
+// Calls them with arguments that the caller need not have in memory.
+template <auto kRules>
+[[gnu::cold, gnu::noinline]] CS_RETCODE by_the_rules(const CS_BYTE* bytes, std::size_t size,
+                                                     bool utf16, COMNLIB_CONVERSION_PARAMETERS) {
+  return kRules({bytes, size}, utf16, {context, srcfmt, src, destfmt, dest, destlen});
+}
+
+template <auto kRules>
+[[gnu::always_inline]] inline CS_RETCODE by_the_rules(const Text& text, const Conversion& call) {
+  return by_the_rules<kRules>(text.bytes.data(), text.bytes.size(), text.utf16, call.context,
+                              call.srcfmt, call.src, call.destfmt, call.dest, call.destlen);
+}
+}  // namespace internal
+
 // Text into a padded character destination (comn__padchar), a padded Unicode-character destination
-// (comn__padunichar), or a CS_VARCHAR, from the encoding `from`. Codes as in convert.h.
-CS_RETCODE copy_to_character(Bytes text, const Encoding& from, const Conversion& call);
-CS_RETCODE copy_to_unichar(Bytes text, const Encoding& from, const Conversion& call);
-CS_RETCODE copy_to_varchar(Bytes text, const Encoding& from, const Conversion& call);
+// (comn__padunichar), or a CS_VARCHAR. Codes as in convert.h.
+CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
+
+[[gnu::always_inline]] inline CS_RETCODE copy_to_character(const Text& text,
+                                                           const Conversion& call) {
+  // The quotes' bit and both paddings make larger numbers than a blank-padded text with its NUL.
+  constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+  constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
+  const CS_INT padding = call.destfmt->format & (kPadding | CS_DFMT_ESCQUOTE);
+  const CS_INT room = call.destfmt->maxlength;
+  const auto length = static_cast<CS_INT>(text.bytes.size());
+  const CS_INT nul = padding & CS_DFMT_NULLTERM;
+  static_assert(CS_DFMT_NULLTERM == 1);
+  if (padding > kSimple || room - nul < length || !keeps_encoding(text.utf16, call)) [[unlikely]]
+    return internal::by_the_rules<internal::copy_any_to_character>(text, call);
+
+  auto* dest = static_cast<CS_BYTE*>(call.dest);
+  copy_bytes(dest, text.bytes.data(), text.bytes.size());
+  if ((padding & ~CS_DFMT_NULLTERM) != 0) {
+    const CS_BYTE fill = (padding & CS_DFMT_PADNULL) != 0 ? 0 : ' ';
+    fill_bytes(dest + length, fill, static_cast<std::size_t>(room - length));
+    if (nul != 0) dest[room - 1] = 0;
+    *call.destlen = room;
+    return CS_SUCCEED;
+  }
+  if (nul != 0) dest[length] = 0;
+  *call.destlen = length + nul;
+  return CS_SUCCEED;
+}
+
+[[gnu::always_inline]] inline CS_RETCODE copy_to_varchar(const Text& text, const Conversion& call) {
+  if (text.bytes.size() > CS_MAX_CHAR || !keeps_encoding(text.utf16, call)) [[unlikely]]
+    return internal::by_the_rules<internal::copy_any_to_varchar>(text, call);
+  copy_bytes(record_bytes(call.dest), text.bytes.data(), text.bytes.size());
+  store(call.dest, static_cast<CS_SMALLINT>(text.bytes.size()));
+  *call.destlen = sizeof(CS_VARCHAR);
+  return CS_SUCCEED;
+}
 
 }  // namespace comnlib

@@ -158,6 +158,7 @@ CS_RETCODE complete(CS_CONTEXT& ctx, CsLocCache& entry, CsCharDesc& desc, ErrorB
                 name, name, name);
     return result;
   }
+  desc.conv_config->ascii_based = is_ascii_based(*desc.char_attrib);
   // The name is compared over its own length, so a leading part of "utf8" passes as well.
   const std::string_view charset(name, static_cast<std::size_t>(entry.charnamelen));
   const bool is_utf8 = std::string_view("utf8").starts_with(charset);

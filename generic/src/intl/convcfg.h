@@ -27,6 +27,7 @@ std::span<const SystemAlgorithm> system_algorithms();
 
 struct _csconvconfig {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;  // whose configuration this is
+  bool ascii_based;                               // as is_ascii_based says of its attributes
   std::array<CS_BYTE, 4> replacement;             // stands for characters that the set lacks
   CS_INT replacement_length;
   const comnlib::SystemAlgorithm* algorithm;                // null: by a table
@@ -44,6 +45,11 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
 
 // Whether the configuration has a conversion to that character set.
 bool converts_to(const CsConvConfig& config, std::string_view charset);
+
+// Whether ASCII text in a loaded character set is read as plain bytes are; false of null.
+inline bool is_ascii_based(const CsCharDesc* charset) {
+  return charset != nullptr && charset->conv_config != nullptr && charset->conv_config->ascii_based;
+}
 
 // Null is no configuration.
 void drop_conv_config(CsConvConfig* config);
