@@ -11,6 +11,7 @@
 
 #include "comnlib/charset.h"
 #include "comnlib/memory.h"
+#include "comnlib/thread.h"
 #include "intl.h"
 #include "intl/charset.h"
 #include "intl/com_intl.h"
@@ -22,6 +23,7 @@
 #include "intl/message.h"
 #include "intl/objectid.h"
 #include "intl/sortorder.h"
+#include "intl/xlate.h"
 
 using namespace comnlib;
 
@@ -60,12 +62,17 @@ bool widths_agree(const char_attrib& set, const ConvTable& table) {
 
 class Check {
  public:
-  explicit Check(std::string home) : home_(std::move(home)) { context_.ctxglobals = &globals_; }
+  explicit Check(std::string home) : home_(std::move(home)) {
+    context_.ctxglobals = &globals_;
+    comn_create_mutex(&globals_.cmg_mtx);
+  }
 
   ~Check() {
     for (CsConvConfig* config : configurations_) drop_conv_config(config);
     com_intl_loccache_drop(&context_);
     com_intl_chardesc_drop(&context_);
+    if (globals_.lm != nullptr) comn_lm_exit(globals_.lm);
+    comn_delete_mutex(globals_.cmg_mtx);
   }
   Check(const Check&) = delete;
   Check& operator=(const Check&) = delete;
@@ -81,7 +88,7 @@ class Check {
         if (exists("locales/" + language + '/' + charset)) common(language, charset);
     }
     named_conventions(classes);
-    locales(classes);
+    if (comn_intl_init(&context_, error_, sizeof error_) == CS_SUCCEED) locales(classes);
     unread_files();
     if (faults_ == 0) std::printf("checkhome: %zu files, no fault\n", files_.size());
     return faults_ == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -256,7 +263,46 @@ class Check {
     }
     if (!known) return;
     sort_order(values[2], values[3]);
-    if (values[4].empty()) common(values[1], values[2]);
+    texts(path, values);
+  }
+
+  // Whether the texts of a locale's conventions are text of its character set.
+  void texts(const std::string& path, Names& values) {
+    CsLocCache* entry = nullptr;
+    if (!took(comn_intl_load(&context_, values[0].c_str(), CS_NULLTERM, &entry, error_,
+                             sizeof error_)))
+      return;
+    CsLocCache with = *entry;
+    const std::pair<CS_INT, const std::string&> named[] = {{COM_LC_TIME, values[4]},
+                                                           {COM_LC_NUMERIC, values[5]}};
+    for (const auto& [kind, name] : named)
+      if (!name.empty() &&
+          !took(comn__load_locdata(&context_, kind, name.c_str(), &with, error_, sizeof error_)))
+        return;
+    std::vector<std::string_view> texts;
+    const auto add = [&texts](auto... more) { (texts.push_back(more), ...); };
+    if (with.locdateinfo != nullptr) {
+      const DateConventions& dates = with.locdateinfo->conventions;
+      for (const std::string_view name : dates.months) add(name);
+      for (const std::string_view name : dates.short_months) add(name);
+      for (const std::string_view name : dates.days) add(name);
+      add(dates.am, dates.pm);
+    }
+    if (with.locnuminfo != nullptr)
+      add(with.locnuminfo->digits.decimal_point, with.locnuminfo->digits.group_separator);
+    if (with.locmoninfo != nullptr)
+      add(with.locmoninfo->digits.decimal_point, with.locmoninfo->digits.group_separator,
+          with.locmoninfo->symbol);
+    for (const std::string_view text : texts) {
+      const std::span bytes(reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
+      std::vector<CS_BYTE> room(4 * text.size());
+      const Encoding unicode{nullptr, true};
+      if (translate(&context_, {entry->locchardesc, false}, unicode, bytes, room).code ==
+          CS_SUCCEED)
+        continue;
+      fault(path,
+            "locale " + values[0] + ": \"" + std::string(text) + "\" is no text of " + values[2]);
+    }
   }
 
   std::string home_;

@@ -13,7 +13,7 @@ import pathlib
 import sys
 
 from home.charsets import CHARSETS, UCS2_OID, charset_loc, conversion_cfg, conversion_table
-from home.conventions import LANGUAGES, Conventions, common_loc, of_language
+from home.conventions import ISO, LANGUAGES, Conventions, common_loc, of_language
 from home.locales import Locales
 from home.messages import FILES, message_file
 from home.sortorders import SORT_ORDERS, has_order, sort_order
@@ -51,6 +51,7 @@ def main():
     conventions = Conventions(known_ids())
     for kind in Conventions.KINDS:
         conventions.add(kind, "us_english", of_language("en"), "ascii")
+        conventions.add(kind, "iso", ISO, "ascii")
     locales = Locales(conventions)
 
     def write(path, content, codec="ascii"):

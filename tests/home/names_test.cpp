@@ -12,7 +12,9 @@
 
 #include "comnlib/charset.h"
 #include "comnlib/convert.h"
+#include "comnlib/diag.h"
 #include "intl/com_intl.h"
+#include "intl/message.h"
 #include "intl_host.h"
 
 namespace {
@@ -137,6 +139,32 @@ TEST(ShippedNames, DatesThereAndBack) {
       EXPECT_EQ(value.dtdays, back.dtdays);
       EXPECT_EQ(value.dttime, back.dttime);
     }
+  }
+}
+
+// Every result code that has a name has a message, and every message's number a name.
+TEST(ShippedMessages, OfEveryResultCode) {
+  using comnlib::MessageFile;
+  intl_host::ShippedContext context;
+  for (const char* language :
+       {"us_english", "chinese", "chinese_traditional", "french", "german", "italian", "japanese",
+        "korean", "polish", "portuguese", "russian", "spanish", "turkish"}) {
+    SCOPED_TRACE(language);
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.load(language, "utf8", language, "binary", &entry));
+    std::set<std::string> texts;
+    int named = 0;
+    for (CS_RETCODE code = -2000; code < 2000; ++code) {
+      const CS_CHAR* text =
+          comnlib::message_text(*entry->locmessage, MessageFile::kCommonServices, code);
+      EXPECT_EQ(*comn_result_name(code) != '\0', text != nullptr) << code;
+      if (text == nullptr) continue;
+      ++named;
+      texts.insert(text);
+    }
+    EXPECT_EQ(named, static_cast<int>(texts.size())) << "one text stands for two codes";
+    for (CS_INT severity = 1; severity <= 4; ++severity)
+      EXPECT_NE(nullptr, comnlib::message_text(*entry->locmessage, MessageFile::kCommon, severity));
   }
 }
 

@@ -76,6 +76,11 @@ def has_field(left, right, fields):
     return all(left[field] == right[field] for field in fields)
 
 
+# ISO 8601: no locale's but the one of that name.
+ISO = CLDR["locales"]["en"] | {"order": "ymd", "style": "iso", "separator": "", "grouping": 0,
+                               "symbol": "", "currency": ""}
+
+
 def of_language(code):
     return CLDR["locales"][code] | OLDER.get(code, {})
 
@@ -134,12 +139,12 @@ def date_section(data, codec):
 
     return ["[datetime]", line("months", data["months"]), line("shortmonths", data["short"]),
             line("days", data["days"]), line("am", [data["am"]]), line("pm", [data["pm"]]),
-            f"order = {data['order']}", "style = default"]
+            f"order = {data['order']}", f"style = {data.get('style', 'default')}"]
 
 
 def digit_entries(data, codec):
     return [f"decimal = {quoted(written(data['decimal'], codec))}",
-            f"separator = {quoted(written(data['separator'], codec))}",
+            f"separator = {quoted(written(data['separator'], codec))}".rstrip(),
             f"grouping = {data['grouping']}"]
 
 
@@ -152,7 +157,7 @@ def money_section(data, codec):
         symbol = written(data["symbol"], codec)
     except NotInCharset:
         symbol = data["currency"]
-    return ["[money]", f"symbol = {quoted(symbol)}", f"place = {data['place']}"] + \
+    return ["[money]", f"symbol = {quoted(symbol)}".rstrip(), f"place = {data['place']}"] + \
         digit_entries(data, codec)
 
 

@@ -23,6 +23,8 @@ FIXED = {
     "POSIX": ("us_english", "ascii", "binary"),
     "C.UTF-8": ("us_english", "utf8", "binary"),
     "C.utf8": ("us_english", "utf8", "binary"),
+    "iso": ("us_english", "iso_1", "binary", "iso", "iso", "iso"),
+    "iso.utf8": ("us_english", "utf8", "binary", "iso", "iso", "iso"),
     "us_english.nocase": ("us_english", "iso_1", "nocase"),
     "us_english.named": ("us_english", "iso_1", "binary", "us_english", "us_english",
                          "us_english"),

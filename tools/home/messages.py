@@ -42,6 +42,7 @@ TEXTS = {
             -213: "another attempt is being made",
             -301: "a localization file is damaged",
             -414: "a localization file could not be opened",
+            34: "the element was not found",
         },
     },
     "french": {
@@ -83,6 +84,7 @@ TEXTS = {
             -213: "une nouvelle tentative est en cours",
             -301: "un fichier de localisation est endommagé",
             -414: "un fichier de localisation n'a pas pu être ouvert",
+            34: "l'élément n'a pas été trouvé",
         },
     },
     "german": {
@@ -124,6 +126,7 @@ TEXTS = {
             -213: "ein weiterer Versuch läuft",
             -301: "eine Lokalisierungsdatei ist beschädigt",
             -414: "eine Lokalisierungsdatei konnte nicht geöffnet werden",
+            34: "das Element wurde nicht gefunden",
         },
     },
     "japanese": {
@@ -165,6 +168,7 @@ TEXTS = {
             -213: "再試行しています",
             -301: "ローカライズファイルが壊れています",
             -414: "ローカライズファイルを開けませんでした",
+            34: "要素が見つかりませんでした",
         },
     },
     "spanish": {
@@ -206,6 +210,7 @@ TEXTS = {
             -213: "se está haciendo otro intento",
             -301: "un archivo de localización está dañado",
             -414: "no se pudo abrir un archivo de localización",
+            34: "no se encontró el elemento",
         },
     },
     "portuguese": {
@@ -247,6 +252,7 @@ TEXTS = {
             -213: "uma nova tentativa está em andamento",
             -301: "um arquivo de localização está danificado",
             -414: "não foi possível abrir um arquivo de localização",
+            34: "o elemento não foi encontrado",
         },
     },
     "italian": {
@@ -288,6 +294,7 @@ TEXTS = {
             -213: "è in corso un altro tentativo",
             -301: "un file di localizzazione è danneggiato",
             -414: "impossibile aprire un file di localizzazione",
+            34: "l'elemento non è stato trovato",
         },
     },
     "polish": {
@@ -329,6 +336,7 @@ TEXTS = {
             -213: "trwa kolejna próba",
             -301: "plik lokalizacji jest uszkodzony",
             -414: "nie udało się otworzyć pliku lokalizacji",
+            34: "nie znaleziono elementu",
         },
     },
     "russian": {
@@ -370,6 +378,7 @@ TEXTS = {
             -213: "выполняется новая попытка",
             -301: "файл локализации повреждён",
             -414: "не удалось открыть файл локализации",
+            34: "элемент не найден",
         },
     },
     "turkish": {
@@ -411,6 +420,7 @@ TEXTS = {
             -213: "yeni bir deneme yapılıyor",
             -301: "bir yerelleştirme dosyası bozuk",
             -414: "bir yerelleştirme dosyası açılamadı",
+            34: "öğe bulunamadı",
         },
     },
     "chinese": {
@@ -449,6 +459,7 @@ TEXTS = {
             -213: "正在重试",
             -301: "本地化文件已损坏",
             -414: "无法打开本地化文件",
+            34: "未找到该元素",
         },
     },
     "chinese_traditional": {
@@ -487,6 +498,7 @@ TEXTS = {
             -213: "正在重試",
             -301: "本地化檔案已損壞",
             -414: "無法開啟本地化檔案",
+            34: "找不到該元素",
         },
     },
     "korean": {
@@ -525,6 +537,7 @@ TEXTS = {
             -213: "다시 시도하고 있습니다",
             -301: "현지화 파일이 손상되었습니다",
             -414: "현지화 파일을 열 수 없습니다",
+            34: "요소를 찾을 수 없습니다",
         },
     },
 }
