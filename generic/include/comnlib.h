@@ -7,7 +7,7 @@
  *
  * - types.h, result.h, context.h: scalar types, value records, the data format, result codes, the
  *   context
- * - convert.h: the matrix of conversions, null values
+ * - convert.h, column.h: the matrix of conversions, null values; conversion of whole columns
  * - numeric.h, money.h, datetime.h: exact arithmetic, dates
  * - locale.h, charset.h, intl.h: localization, character sets, the companion library of file
  * readers
@@ -25,6 +25,7 @@
 #define COMNLIB_H
 
 #include "comnlib/charset.h"
+#include "comnlib/column.h"
 #include "comnlib/config.h"
 #include "comnlib/context.h"
 #include "comnlib/convert.h"

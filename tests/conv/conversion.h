@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "comnlib/column.h"
 #include "comnlib/convert.h"
 
 namespace conversion {
@@ -122,6 +123,112 @@ inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT&
   EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;
   return result;
 }
+
+constexpr bool has_length(CS_INT type) {
+  return type <= CS_IMAGE_TYPE || type == CS_SENSITIVITY_TYPE || type == CS_BOUNDARY_TYPE ||
+         type == CS_UNICHAR_TYPE;
+}
+
+// A column of one value, some times over, as a source and as a destination.
+class Column {
+ public:
+  static constexpr int kCount = 12;  // more than a byte of bits
+
+  Column(const Encoded& source, const CS_DATAFMT& to, const Result& single)
+      : value_(source), to_(to), single_(single) {
+    source_.format = &value_.format;
+    dest_.format = &to_;
+    dest_.stride = static_cast<CS_INT>(single.bytes.size());
+    room_.assign(kCount * single.bytes.size() + 1, kCanary);
+    dest_.values = room_.data() + 1;
+  }
+
+  // Values at odd addresses, every fourth one null by its length or by its bit.
+  void with_lengths(Context& context, bool bits) {
+    fill(value_.bytes.size() + 3);
+    lengths_.assign(kCount, static_cast<CS_INT>(value_.bytes.size()));
+    std::array<CS_BYTE, 2> valid{0xFF, 0xFF};
+    for (int at = 3; at < kCount; at += 4) {
+      if (bits)
+        valid[static_cast<std::size_t>(at) / 8] ^= static_cast<CS_BYTE>(1 << at % 8);
+      else
+        lengths_[static_cast<std::size_t>(at)] = -1;
+    }
+    value_.format.maxlength = -9;  // not looked at
+    source_.lengths = lengths_.data();
+    source_.valid = valid.data();
+    std::array<CS_BYTE, 2> written{0x88, 0xF8};
+    dest_.valid = written.data();
+    dest_.nulls = COMN_NULLS_AS_NULLS;
+    run(context, 4);
+    EXPECT_EQ(0x77, written[0]);
+    EXPECT_EQ(0xF7, written[1]) << "bits after the last value stay";
+  }
+
+  // A text of all values; where the destination has a length, a text too.
+  void with_offsets(Context& context) {
+    fill(value_.bytes.size());
+    std::array<CS_INT, kCount + 1> from{}, to{};
+    for (int at = 0; at <= kCount; ++at)
+      from[static_cast<std::size_t>(at)] = 1 + at * source_.stride;
+    source_.values = static_cast<const CS_BYTE*>(source_.values) - 1;
+    source_.offsets = from.data();
+    if (has_length(to_.datatype)) dest_.offsets = to.data();
+    run(context, 0);
+  }
+
+  // Values that follow each other, and nothing else asked for.
+  void dense(Context& context) {
+    fill(value_.bytes.size());
+    dest_.stride = comn_typelen(to_.datatype, to_.maxlength);
+    CS_INT faults = -1;
+    EXPECT_EQ(CS_SUCCEED, comn_conv_column(&context, &source_, &dest_, kCount, nullptr, &faults));
+    EXPECT_EQ(single_.code == CS_SUCCEED ? 0 : kCount, faults);
+    const auto size = static_cast<std::size_t>(dest_.stride);
+    for (std::size_t at = 0; at < kCount; ++at)
+      EXPECT_EQ(0, std::memcmp(&room_[1 + at * size], single_.bytes.data(), size)) << at;
+  }
+
+ private:
+  void fill(std::size_t stride) {
+    source_.stride = static_cast<CS_INT>(stride);
+    held_.assign(kCount * stride + 1, kCanary);
+    for (std::size_t at = 0; at < kCount; ++at)
+      std::ranges::copy(value_.bytes, held_.begin() + static_cast<std::ptrdiff_t>(1 + at * stride));
+    source_.values = held_.data() + 1;
+  }
+
+  void run(Context& context, int null_step) {
+    std::vector<CS_INT> lengths(kCount, 99);
+    std::vector<CS_RETCODE> codes(kCount, 99);
+    dest_.lengths = lengths.data();
+    CS_INT faults = -1, failed = 0;
+    EXPECT_EQ(CS_SUCCEED,
+              comn_conv_column(&context, &source_, &dest_, kCount, codes.data(), &faults));
+    std::vector<CS_BYTE> untouched(single_.bytes.size(), kCanary);
+    for (std::size_t at = 0; at < kCount; ++at) {
+      const bool null = null_step != 0 && static_cast<int>(at) % null_step == 3;
+      const bool texts = dest_.offsets != nullptr;
+      const std::size_t begin = texts ? static_cast<std::size_t>(dest_.offsets[at])
+                                      : at * static_cast<std::size_t>(dest_.stride);
+      const std::size_t size = texts ? static_cast<std::size_t>(single_.length) : untouched.size();
+      EXPECT_EQ(null ? CS_SUCCEED : single_.code, codes[at]) << at;
+      EXPECT_EQ(null ? -1 : single_.length, lengths[at]) << at;
+      EXPECT_EQ(0, std::memcmp(&room_[1 + begin], (null ? untouched : single_.bytes).data(), size))
+          << at;
+      failed += codes[at] == CS_SUCCEED ? 0 : 1;
+    }
+    EXPECT_EQ(failed, faults);
+  }
+
+  Encoded value_;
+  CS_DATAFMT to_;
+  const Result& single_;
+  CsColumnSource source_{};
+  CsColumnDest dest_{};
+  std::vector<CS_INT> lengths_;
+  std::vector<CS_BYTE> held_, room_;
+};
 
 Result convert(Context& context, CS_INT srctype, const auto& value, const CS_DATAFMT& to) {
   return convert(context, {format_of(srctype), bytes_of(value)}, to);

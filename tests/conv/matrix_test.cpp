@@ -175,11 +175,6 @@ std::string stop_of(CS_CONV_FUNC routine, CS_INT source, CS_INT destination, int
   });
 }
 
-constexpr bool has_length(CS_INT type) {
-  return type <= CS_IMAGE_TYPE || type == CS_SENSITIVITY_TYPE || type == CS_BOUNDARY_TYPE ||
-         type == CS_UNICHAR_TYPE;
-}
-
 // Members that no cell of the matrix leads to, with their datatypes.
 const struct {
   CS_CONV_FUNC routine;

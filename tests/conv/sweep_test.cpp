@@ -1,6 +1,6 @@
 // All 676 pairs of the matrix: telling values go from every source into every destination that the
-// source has. A number's text says what each type makes of it; in the end no pair with a routine is
-// left out, but those from CS_VOID, which have one routine.
+// source has, one by one and as columns. A number's text says what each type makes of it; in the
+// end no pair with a routine is left out, but those from CS_VOID, which have one routine.
 #include <set>
 #include <sstream>
 
@@ -31,7 +31,9 @@ class Sweep {
     CS_DATAFMT format = numeric_format(among(kNumerics, to) ? 30 : 4, 4, to);
     format.maxlength = 60;
     tried_.insert({source.format.datatype, to});
-    return convert(context_, source, format);
+    const Result single = convert(context_, source, format);
+    as_columns(source, format, single);
+    return single;
   }
   bool has(CS_INT from, CS_INT to) { return com_conv_func(&context_, from, to) != nullptr; }
   const std::set<std::pair<CS_INT, CS_INT>>& tried() const { return tried_; }
@@ -57,6 +59,15 @@ class Sweep {
   void malformed();
 
  private:
+  // The same values in a column, in each of its layouts.
+  void as_columns(const Encoded& source, const CS_DATAFMT& to, const Result& single) {
+    SCOPED_TRACE(testing::Message()
+                 << source.format.datatype << " to " << to.datatype << " as a column");
+    for (const bool bits : {true, false}) Column(source, to, single).with_lengths(context_, bits);
+    Column(source, to, single).with_offsets(context_);
+    if (!has_length(source.format.datatype) && !has_length(to.datatype))
+      Column(source, to, single).dense(context_);
+  }
   void number_to(const Encoded& source, const std::string& number, CS_INT to);
   Context context_;
   std::set<std::pair<CS_INT, CS_INT>> tried_;

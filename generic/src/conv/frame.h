@@ -9,13 +9,14 @@
 //   kLength              the length that is stored before the value is read; a conversion that ends
 //                        with another length stores it itself
 //   convert(value, call) writes the result and returns its code
-// Neither knows of null pointers or the trace: they are the core, to which frames give one
-// value at a time.
+// Neither knows of null pointers or the trace: they are the core, to which two frames give one
+// value at a time, that of a routine here and that of a column in com_column.cpp.
 #pragma once
 
 #include <cstring>
 #include <type_traits>
 
+#include "conv/column.h"
 #include "conv/datatypes.h"
 #include "diag/diag.h"
 
@@ -23,11 +24,15 @@
   CS_CONTEXT *context, const CS_DATAFMT *srcfmt, const CS_VOID *src, const CS_DATAFMT *destfmt, \
       CS_VOID *dest, CS_INT *destlen
 
-// Defines a public routine. Each has a source line of its own, which stops and traces name.
-#define COMNLIB_MEMBER(routine, Source, Target)                                                    \
-  CS_RETCODE routine(COMNLIB_CONVERSION_PARAMETERS) {                                              \
+// Defines a public routine and its column form. Each has a source line of its own, which stops and
+// traces name.
+#define COMNLIB_MEMBER(routine_name, Source, Target)                                               \
+  CS_RETCODE routine_name(COMNLIB_CONVERSION_PARAMETERS) {                                         \
     return comnlib::convert_value<Source, Target>({context, srcfmt, src, destfmt, dest, destlen}); \
-  }
+  }                                                                                                \
+  template <>                                                                                      \
+  struct comnlib::MemberOf<routine_name> : comnlib::Member<Source, Target> {};                     \
+  template struct comnlib::ColumnForm<routine_name>;
 
 namespace comnlib {
 
@@ -75,6 +80,44 @@ template <class Source, class Target>
   require(Target::serves(*call.destfmt), place);
   return trace(convert_core<Source, Target>(call), place);
 }
+
+// Whether every value of source and target has the same length, so that a loop over values that
+// follow each other needs nothing but their addresses.
+template <class Source, class Target>
+inline constexpr bool kHasDenseLoop =
+    Source::kLength == sizeof(typename Source::Value) && Target::kLength != 0;
+
+template <class Source, class Target>
+CS_INT convert_dense(const ColumnCall& column) {
+  const auto* __restrict src = static_cast<const CS_BYTE*>(column.source->values);
+  auto* __restrict dest = static_cast<CS_BYTE*>(column.destination->values);
+  CS_INT faults = 0;
+  for (CS_INT at = 0; at < column.count; ++at) {
+    CS_INT length = 0;
+    const CS_RETCODE code = convert_core<Source, Target>(
+        {column.context, column.source->format, src + std::ptrdiff_t{at} * Source::kLength,
+         column.destination->format, dest + std::ptrdiff_t{at} * Target::kLength, &length});
+    faults += code == CS_SUCCEED ? 0 : 1;
+  }
+  return faults;
+}
+
+template <class Source, class Target>
+struct Member {
+  static constexpr ColumnRoutine column_routine() {
+    ColumnRoutine routine{Source::serves, Target::serves,  convert_core<Source, Target>,
+                          nullptr,        Source::kLength, Target::kLength};
+    if constexpr (kHasDenseLoop<Source, Target>) routine.dense = convert_dense<Source, Target>;
+    return routine;
+  }
+};
+
+// What COMNLIB_MEMBER joined under a name.
+template <CS_CONV_FUNC kRoutine>
+struct MemberOf;
+
+template <CS_CONV_FUNC kRoutine>
+constinit const ColumnRoutine ColumnForm<kRoutine>::routine = MemberOf<kRoutine>::column_routine();
 
 constexpr bool terminates(const CS_DATAFMT& format) {
   return (format.format & CS_DFMT_NULLTERM) != 0;

@@ -1,0 +1,40 @@
+// The frame around a whole column: what it needs of each routine to convert without calling it.
+#pragma once
+
+#include "comnlib/column.h"
+#include "comnlib/context.h"
+
+namespace comnlib {
+
+struct Conversion;
+
+struct ColumnCall {
+  CS_CONTEXT* context;
+  const CsColumnSource* source;
+  const CsColumnDest* destination;
+  CS_INT count;
+  CS_RETCODE* codes;  // or null
+};
+
+struct ColumnRoutine {
+  // Whether the source or the destination, whose datatype is the routine's, has a valid length.
+  bool (*serves_source)(const CS_DATAFMT& format);
+  bool (*serves_destination)(const CS_DATAFMT& format);
+  CS_RETCODE (*core)(const Conversion& call);
+  // Of values of fixed length that follow each other, without nulls: the number of faults. Null
+  // where the routine has no such loop.
+  CS_INT (*dense)(const ColumnCall& column);
+  CS_INT source_size;
+  CS_INT destination_size;
+};
+
+// The column form of a member. COMNLIB_MEMBER instantiates it, from the same source and target.
+template <CS_CONV_FUNC kRoutine>
+struct ColumnForm {
+  static const ColumnRoutine routine;
+};
+
+// The column form of a pair of built-in datatypes, or null when `routine` is not its default one.
+const ColumnRoutine* column_routine(CS_INT srctype, CS_INT desttype, CS_CONV_FUNC routine);
+
+}  // namespace comnlib
