@@ -13,7 +13,7 @@ cd "$scratch"
 echo 'locale = moved, german, utf8' >>"moved/$data/comnlib/home/locales/locales.dat"
 printf '[prices]\nname = char(8)\nprice = numeric(6,2)\nsold = smalldatetime\n' >prices.layout
 printf 'name,price,sold\nwing,12.5,Nov 21 2026 7:05PM\n"a ""b""",-0.07,\n' >prices.csv
-LANG=moved "moved/$bin/rowcopy" --text text prices.layout prices.csv records
+LANG=moved "moved/$bin/rowcopy" --locale-dates --text text prices.layout prices.csv records
 diff - text <<'END'
 name,price,sold
 wing,12.50,21 Nov 2026  7:05PM

@@ -1,0 +1,522 @@
+#include "copy.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+
+#include "context.h"
+#include "converter.h"
+#include "csv_reader.h"
+#include "csv_writer.h"
+#include "fatal.h"
+#include "output.h"
+#include "progress.h"
+#include "records.h"
+#include "rejects.h"
+#include "schema.h"
+
+namespace rowcopy {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Rows go through in batches, column by column: what a batch takes fits the processor's cache.
+constexpr std::size_t kBatchBytes = 1 << 17;
+constexpr std::size_t kBatchRows = 256;
+
+// An output that is one of the other files would destroy it before it is read.
+void require_distinct(const std::string& output, const std::string& other) {
+  std::error_code error;
+  const bool same = output == "-" || other == "-" || !std::filesystem::exists(output, error)
+                        ? output == other
+                        : output == other || std::filesystem::equivalent(output, other, error);
+  if (same) throw Fatal(output + " is also " + other + "; it would be overwritten");
+}
+
+// "#3": the position of a column; nothing for any other text, or a column that there is not.
+std::optional<std::size_t> numbered_column(std::string_view heading, std::size_t width) {
+  if (heading.starts_with('#')) heading.remove_prefix(1);
+  std::size_t number = 0;
+  const auto [end, error] =
+      std::from_chars(heading.data(), heading.data() + heading.size(), number);
+  if (error != std::errc{} || end != heading.data() + heading.size()) return std::nullopt;
+  if (number < 1 || number > width) return std::nullopt;
+  return number - 1;
+}
+
+// Where a column of the layout is in a row of the file.
+std::size_t locate_column(const Column& column, const std::vector<std::string>& first_row,
+                          const Job& job, const std::string& csv_name) {
+  const auto fail = [&](const std::string& what) -> std::size_t {
+    throw Fatal(column.place + ": column \"" + column.name + "\": " + csv_name + what);
+  };
+  const bool is_numbered = job.no_header || column.heading.starts_with('#');
+  const auto numbered =
+      is_numbered ? numbered_column(column.heading, first_row.size()) : std::nullopt;
+  const auto begin = job.no_header ? first_row.end() : first_row.begin();
+  const auto found = std::find(begin, first_row.end(), column.heading);
+  if (found == first_row.end()) {
+    if (numbered) return *numbered;
+    const std::string count = std::to_string(first_row.size());
+    return is_numbered ? fail(" has no column \"" + column.heading + "\"; a row has " + count +
+                              " columns, which \": 1\" to \": " + count + "\" name")
+                       : fail(" has no column headed \"" + column.heading + "\"");
+  }
+  if (std::find(found + 1, first_row.end(), column.heading) != first_row.end())
+    fail(" has two columns headed \"" + column.heading + "\"; \": #" +
+         std::to_string(found - first_row.begin() + 1) + "\" names the first of them");
+  return static_cast<std::size_t>(found - first_row.begin());
+}
+
+std::size_t text_size(const Layout& layout) {
+  std::size_t size = 0;
+  for (const Column& column : layout.columns)
+    size += static_cast<std::size_t>(column.type.text_size);
+  return size;
+}
+
+// Room for the texts of a batch of records: every column's text at a fixed place of its row.
+class TextBatch {
+ public:
+  TextBatch(const Layout& layout, std::size_t rows)
+      : row_size_(text_size(layout)),
+        bytes_(rows * row_size_ + kSpecialSlack),
+        fields_(rows * layout.columns.size()) {
+    std::size_t offset = 0;
+    for (const Column& column : layout.columns) {
+      offsets_.push_back(offset);
+      offset += static_cast<std::size_t>(column.type.text_size);
+    }
+  }
+
+  std::size_t row_size() const { return row_size_; }
+  // Of a column, in the first row: the room for its text, and the field of it. Those of the next
+  // row are row_size() bytes and a row of fields further on.
+  char* room(std::size_t column) { return &bytes_[offsets_[column]]; }
+  Field* column(std::size_t at) { return &fields_[at]; }
+  const std::vector<Field>& fields() const { return fields_; }
+
+ private:
+  std::size_t row_size_;
+  std::vector<std::size_t> offsets_;
+  std::vector<char> bytes_;
+  std::vector<Field> fields_;
+};
+
+// What all threads of a copy share and only read.
+struct Plan {
+  CS_CONTEXT* context;
+  const Job& job;
+  const Layout& layout;
+  Locales locales;
+  std::string csv_name;
+  std::size_t width = 0;                    // fields of a row
+  std::vector<std::size_t> positions = {};  // of the layout's columns among them
+  std::vector<std::string> headings = {};   // of these columns
+  RecordLayout records{layout.columns};
+
+  std::size_t batch_rows() const {
+    const std::size_t row = std::max(records.size(), text_size(layout));
+    return std::clamp<std::size_t>(kBatchBytes / row, 1, kBatchRows);
+  }
+};
+
+// Takes batches of rows to records and texts. Each thread has one of its own.
+class Worker {
+ public:
+  explicit Worker(const Plan& plan)
+      : rows(plan.width),
+        plan_(plan),
+        layout_(plan.layout),
+        records_(plan.records, plan.batch_rows()),
+        texts_(layout_, plan.batch_rows()),
+        text_writer_(plan.job.dialect),
+        reject_writer_(Dialect{}) {
+    const TextStyle style{plan.job.locale_dates, plan.job.short_floats};
+    for (const Column& column : layout_.columns)
+      converters_.emplace_back(plan.context, column, plan.locales, style);
+    report_.columns.resize(layout_.columns.size());
+  }
+
+  // Makes records and texts of `rows`, and the report of just these.
+  void convert() {
+    report_.clear_rows();
+    rejects_.clear();
+    text_writer_.clear();
+    reject_writer_.clear();
+    report_misfits();
+    make_records();
+    make_texts();
+    report_.rows_read = rows.size() + rows.misfits().size();
+    report_.rows_copied = records_.size();
+    write_rejects(rejects_, reject_writer_);
+  }
+
+  const Report& report() const { return report_; }
+  std::span<const char> records() const { return records_.bytes(); }
+  const std::string& texts() const { return text_writer_.text(); }
+  const std::string& rejects() const { return reject_writer_.text(); }
+
+  Batch rows;
+
+ private:
+  // Calls `convert` for each column, and counts the time as that of the conversions.
+  template <class Convert>
+  void for_each_column(Convert convert) {
+    const auto begin = Clock::now();
+    for (std::size_t column = 0; column < layout_.columns.size(); ++column) convert(column);
+    report_.conversion_seconds += std::chrono::duration<double>(Clock::now() - begin).count();
+  }
+
+  std::string place(std::size_t line) const {
+    return plan_.csv_name + ":" + std::to_string(line) + ": ";
+  }
+
+  void reject(std::size_t line, const std::string& column, const std::string& code,
+              const std::string& reason, std::string_view row) {
+    if (plan_.job.rejects_path.empty()) return;
+    rejects_.push_back({line, column, code, reason, row});
+  }
+
+  void report_misfits() {
+    for (const Batch::Misfit& row : rows.misfits()) {
+      const std::string reason = row.fault != nullptr
+                                     ? row.fault
+                                     : std::to_string(row.fields) + " fields where the " +
+                                           (plan_.job.no_header ? "first row" : "heading") +
+                                           " has " + std::to_string(plan_.width);
+      report_.rows.add([&] { return place(row.line) + reason; });
+      reject(row.line, "", row.fault != nullptr ? "quotes" : "fields", reason, row.raw);
+    }
+  }
+
+  // Converts every column of every row, whatever became of the others, so that all faults are
+  // counted; the rows without one become the records.
+  void make_records() {
+    records_.clear(rows.size());
+    good_.assign(rows.size(), 1);
+    for_each_column([&](std::size_t column) { convert_column(column); });
+    records_.keep(good_);
+    kept_.clear();
+    for (std::size_t row = 0; row < rows.size(); ++row)
+      if (good_[row] != 0) kept_.push_back(row);
+  }
+
+  void convert_column(std::size_t column) {
+    ColumnReport& report = report_.columns[column];
+    ColumnConverter& converter = converters_[column];
+    if (rows.size() == 0) return;
+    const Field* field = rows.column(plan_.positions[column]);
+    char* value = records_.column(column);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      CS_INT length = 0;
+      const auto [code, verdict] = converter.to_record(*field, value, length);
+      Records::set_length(value, length);
+      report.to_record.add(code);
+      report.nulls += field->null ? 1 : 0;
+      if (code != CS_SUCCEED || verdict != Verdict::kSame)
+        judge(column, row, *field, code, verdict, value, length);
+      field += rows.width();
+      value += plan_.records.size();
+    }
+  }
+
+  // A value that is not simply the same.
+  void judge(std::size_t column, std::size_t row, const Field& field, CS_RETCODE code,
+             Verdict verdict, const char* value, CS_INT length) {
+    ColumnReport& report = report_.columns[column];
+    std::string name = "changed";
+    std::string reason;
+    if (code != CS_SUCCEED) {
+      name = code_name(code);
+      reason = field.text.empty() && code == CS_CVT_SYNTAX ? "the type has no empty value"
+                                                           : code_reason(code);
+    } else if (verdict == Verdict::kFilledIn) {
+      ++report.filled_in;
+      return;
+    } else if (verdict == Verdict::kInexact) {
+      ++report.inexact;
+      return;
+    } else if (verdict == Verdict::kNoValue) {
+      reason = "gives no value";
+      name = "no value";
+    } else {
+      ++report.changed;
+      if (report.faults.is_full() && plan_.job.rejects_path.empty()) {
+        reason.clear();
+      } else {
+        reason = "stored as " + show_value(text_of(column, value, length));
+      }
+      if (plan_.job.allow_changes) {
+        report.changes.add([&] { return describe(row, field.text, reason); });
+        return;
+      }
+    }
+    good_[row] = 0;
+    report.faults.add([&] {
+      return describe(row, field.text, code == CS_SUCCEED ? reason : name + " (" + reason + ")");
+    });
+    reject(rows.line(row), layout_.columns[column].name, name, reason, rows.raw(row));
+  }
+
+  std::string describe(std::size_t row, std::string_view field, const std::string& fault) const {
+    return place(rows.line(row)) + show_value(field) + ": " + fault;
+  }
+
+  std::string text_of(std::size_t column, const char* value, CS_INT length) {
+    std::string text(static_cast<std::size_t>(layout_.columns[column].type.text_size), '\0');
+    CS_INT size = 0;
+    converters_[column].to_text(value, length, text.data(), size);
+    text.resize(static_cast<std::size_t>(size));
+    return text;
+  }
+
+  void make_texts() {
+    for_each_column([&](std::size_t column) { text_of_column(column); });
+    if (plan_.job.text_path.empty()) return;
+    const Field* field = texts_.fields().data();
+    for (std::size_t row = 0; row < records_.size(); ++row) {
+      for (std::size_t column = 0; column < layout_.columns.size(); ++column)
+        text_writer_.add(*field++);
+      text_writer_.end_row();
+    }
+  }
+
+  // The texts of a column of the records, each checked by reading it again.
+  void text_of_column(std::size_t column) {
+    const char* value = records_.column(column);
+    char* room = texts_.room(column);
+    Field* text = texts_.column(column);
+    for (const std::size_t row : kept_) {
+      const CS_INT length = Records::length(value);
+      *text = length == kNull ? Field{{}, true} : make_text(value, length, room, column, row);
+      value += plan_.records.size();
+      room += texts_.row_size();
+      text += layout_.columns.size();
+    }
+  }
+
+  Field make_text(const char* value, CS_INT length, char* room, std::size_t column,
+                  std::size_t row) {
+    ColumnReport& report = report_.columns[column];
+    const Field& field = rows.column(plan_.positions[column])[row * rows.width()];
+    CS_INT text_length = 0;
+    const CS_RETCODE code = converters_[column].to_text(value, length, room, text_length);
+    report.to_text.add(code);
+    const std::string_view text(room, static_cast<std::size_t>(text_length));
+    if (code != CS_SUCCEED || !converters_[column].reads_as(text, field, value, length)) {
+      report.faults.add([&] {
+        return describe(row, field.text,
+                        code == CS_SUCCEED
+                            ? "its text " + show_value(text) + " reads as another value"
+                            : "no text, " + code_name(code));
+      });
+    }
+    return {text, false};
+  }
+
+  const Plan& plan_;
+  const Layout& layout_;
+  Records records_;
+  TextBatch texts_;
+  CsvWriter text_writer_;
+  CsvWriter reject_writer_;
+  std::vector<ColumnConverter> converters_;
+  std::vector<char> good_;         // for each row of a batch, whether every column converted
+  std::vector<std::size_t> kept_;  // the rows of the records
+  std::vector<Reject> rejects_;
+  Report report_;
+};
+
+// What a copy writes.
+class Outputs {
+ public:
+  explicit Outputs(const Job& job) : records_(job.record_path) {
+    if (!job.text_path.empty()) texts_.emplace(job.text_path);
+    if (!job.rejects_path.empty()) rejects_.emplace(job.rejects_path);
+    if (!job.schema_path.empty()) schema_.emplace(job.schema_path);
+  }
+
+  void write_heading(const Plan& plan) {
+    if (texts_ && !plan.job.no_header) {
+      CsvWriter writer(plan.job.dialect);
+      for (const std::string& original : plan.headings) {
+        std::string heading = translate(plan.context, original, plan.locales);
+        const std::size_t size = heading.size();
+        heading.resize(size + kSpecialSlack);
+        writer.add({std::string_view(heading).substr(0, size), false});
+      }
+      writer.end_row();
+      texts_->write(writer.text());
+    }
+    if (rejects_) {
+      CsvWriter writer{Dialect{}};
+      write_reject_heading(writer);
+      rejects_->write(writer.text());
+    }
+  }
+
+  void write(const Worker& worker) {
+    records_.write(worker.records());
+    if (texts_) texts_->write(worker.texts());
+    if (rejects_) rejects_->write(worker.rejects());
+  }
+
+  // Everything when the copy is whole, else the rejects alone.
+  void close(const Plan& plan, const Report& report) {
+    std::vector<Output*> outputs;
+    if (rejects_) outputs.push_back(&*rejects_);
+    if (!report.stopped) {
+      if (schema_) {
+        schema_->write(describe_records(plan.layout, plan.records, charset_of(plan.locales.to),
+                                        report.rows_copied));
+        outputs.push_back(&*schema_);
+      }
+      if (texts_) outputs.push_back(&*texts_);
+      outputs.push_back(&records_);
+    }
+    for (Output* const output : outputs) output->finish();
+    publish(outputs);
+  }
+
+ private:
+  Output records_;
+  std::optional<Output> texts_;
+  std::optional<Output> rejects_;
+  std::optional<Output> schema_;
+};
+
+// Batches are read in order by whichever thread is free, converted side by side, and written in
+// order again.
+class Copy {
+ public:
+  Copy(const Plan& plan, CsvReader& csv, Outputs& outputs)
+      : plan_(plan), csv_(csv), outputs_(outputs), progress_(csv.source().size(), !plan.job.quiet) {
+    report_.columns.resize(plan.layout.columns.size());
+    report_.record_size = plan.records.size();
+    report_.jobs = plan.job.jobs;
+  }
+
+  Report run() {
+    const auto begin = Clock::now();
+    {
+      std::vector<std::jthread> helpers;
+      for (std::size_t job = 1; job < plan_.job.jobs; ++job)
+        helpers.emplace_back([this] { work(); });
+      work();
+    }
+    if (failure_) std::rethrow_exception(failure_);
+    report_.blank_lines = csv_.blank_lines();
+    report_.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    return std::move(report_);
+  }
+
+ private:
+  void work() {
+    try {
+      Worker worker(plan_);
+      for (bool more = true; more;) {
+        std::size_t turn = 0;
+        std::uint64_t taken = 0;
+        if (!read(worker, turn, taken, more)) return;
+        worker.convert();
+        if (!write(worker, turn, taken)) return;
+      }
+    } catch (...) {
+      const std::scoped_lock lock(reading_, writing_);
+      if (!failure_) failure_ = std::current_exception();
+      ended_ = true;
+      turn_came_.notify_all();
+    }
+  }
+
+  bool read(Worker& worker, std::size_t& turn, std::uint64_t& taken, bool& more) {
+    const std::scoped_lock lock(reading_);
+    if (ended_) return false;
+    more = csv_.next(worker.rows, plan_.batch_rows());
+    if (plan_.job.jobs > 1) worker.rows.keep_bytes();
+    ended_ = !more;
+    turn = turns_++;
+    taken = csv_.source().bytes_taken();
+    return true;
+  }
+
+  // False when the copy has come to its end.
+  bool write(const Worker& worker, std::size_t turn, std::uint64_t taken) {
+    std::unique_lock lock(writing_);
+    turn_came_.wait(lock, [&] { return turn == next_turn_ || failure_; });
+    if (failure_ || report_.stopped) return pass(false);
+    outputs_.write(worker);
+    report_.add(worker.report());
+    report_.stopped = report_.faults() > plan_.job.max_errors;
+    progress_.update(report_.rows_read, taken);
+    return pass(!report_.stopped);
+  }
+
+  bool pass(bool go_on) {
+    ++next_turn_;
+    turn_came_.notify_all();
+    return go_on;
+  }
+
+  const Plan& plan_;
+  CsvReader& csv_;
+  Outputs& outputs_;
+  Progress progress_;
+  Report report_;
+
+  std::mutex reading_;  // the file, and the next two
+  bool ended_ = false;
+  std::size_t turns_ = 0;  // batches that were read
+
+  std::mutex writing_;  // the outputs, the report, and what follows
+  std::condition_variable turn_came_;
+  std::size_t next_turn_ = 0;  // batches that were written
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+void require_distinct_files(const Job& job) {
+  std::vector<std::string> others = {job.csv_path, job.layout_path};
+  for (const std::string& output :
+       {job.record_path, job.text_path, job.rejects_path, job.schema_path}) {
+    if (output.empty()) continue;
+    for (const std::string& other : others)
+      if (output != "-" || &other != &others.front()) require_distinct(output, other);
+    others.push_back(output);
+  }
+}
+
+Report copy_rows(CS_CONTEXT* context, const Job& job, const Layout& layout, Locales locales,
+                 Source& source) {
+  CsvReader csv(source, job.dialect);
+  const auto first_row = csv.next_row();
+  if (first_row.empty())
+    throw Fatal(source.name() + ": is empty" +
+                (job.no_header ? "" : "; its first row names the columns"));
+  if (job.no_header) csv.unread_row();
+  Plan plan{context, job, layout, locales, source.name(), first_row.size()};
+  for (const Column& column : layout.columns) {
+    const std::size_t position = locate_column(column, first_row, job, source.name());
+    plan.positions.push_back(position);
+    plan.headings.push_back(first_row[position]);
+  }
+
+  Outputs outputs(job);
+  outputs.write_heading(plan);
+  const Report report = Copy(plan, csv, outputs).run();
+  outputs.close(plan, report);
+  return report;
+}
+
+}  // namespace rowcopy

@@ -1,0 +1,15 @@
+// What a date's text says, read without the library to check what it made of it.
+#pragma once
+
+#include <string_view>
+
+#include "comnlib.h"
+#include "fidelity.h"
+
+namespace rowcopy {
+
+// Whether every part of a date and time that the text gives is that of the value. The order of the
+// parts is the locale's affair and left open here.
+Verdict compare_date(std::string_view text, const CS_DATETIME& value);
+
+}  // namespace rowcopy

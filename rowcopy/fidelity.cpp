@@ -1,0 +1,207 @@
+#include "fidelity.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "date_words.h"
+#include "decimal.h"
+#include "iso_date.h"
+
+namespace rowcopy {
+namespace {
+
+template <class T>
+T load(const char* value) {
+  T loaded{};
+  std::memcpy(&loaded, value, sizeof loaded);
+  return loaded;
+}
+
+Decimal whole(std::int64_t number, int exponent) {
+  Decimal decimal;
+  decimal.negative = number < 0;
+  decimal.magnitude =
+      number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
+  decimal.exponent = exponent;
+  decimal.has_digits = true;
+  return decimal;
+}
+
+Decimal numeric(const CS_NUMERIC& value) {
+  Decimal decimal;
+  const auto length = static_cast<std::size_t>(comn_num_getlen(value.precision));
+  for (std::size_t at = 1; at < length; ++at) {
+    decimal.wide |= decimal.magnitude >> 56 != 0;
+    decimal.magnitude = decimal.magnitude << 8 | value.array[at];
+  }
+  decimal.negative = value.array[0] != 0;
+  decimal.exponent = -value.scale;
+  decimal.has_digits = true;
+  return decimal;
+}
+
+Decimal stored_number(CS_INT code, const char* value) {
+  constexpr int kMoneyScale = -4;
+  switch (code) {
+    case CS_TINYINT_TYPE:
+    case CS_BIT_TYPE:
+      return whole(load<CS_TINYINT>(value), 0);
+    case CS_SMALLINT_TYPE:
+      return whole(load<CS_SMALLINT>(value), 0);
+    case CS_INT_TYPE:
+      return whole(load<CS_INT>(value), 0);
+    case CS_MONEY_TYPE: {
+      const auto money = load<CS_MONEY>(value);
+      return whole(
+          static_cast<std::int64_t>(money.mnyhigh) * (std::int64_t{1} << 32) + money.mnylow,
+          kMoneyScale);
+    }
+    case CS_MONEY4_TYPE:
+      return whole(load<CS_MONEY4>(value).mny4, kMoneyScale);
+    default:
+      return numeric(load<CS_NUMERIC>(value));
+  }
+}
+
+// A double has at most 767 of them.
+std::string all_digits(double number) {
+  std::array<char, 800> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number,
+                                 std::chars_format::scientific, 767);
+  return {text.data(), end.ptr};
+}
+
+// A field's hexadecimal digits without what only introduces them.
+std::string_view bare_digits(std::string_view text) {
+  if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
+  return text;
+}
+
+constexpr int hex_value(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+bool same_bytes(std::string_view digits, std::string_view bytes) {
+  const std::size_t odd = digits.size() % 2;
+  if ((digits.size() + odd) / 2 != bytes.size()) return false;
+  for (std::size_t at = 0; at < digits.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(bytes[(at + odd) / 2]);
+    if (hex_value(digits[at]) != ((at + odd) % 2 == 0 ? byte >> 4 : byte & 0xF)) return false;
+  }
+  return odd == 0 || static_cast<unsigned char>(bytes[0]) >> 4 == 0;
+}
+
+// The bytes of a character or binary value, without the count of a varying one.
+std::string_view data_of(CS_INT code, const char* value, CS_INT length) {
+  if (!is_varying(code)) return {value, static_cast<std::size_t>(length)};
+  return {value + sizeof(CS_SMALLINT), static_cast<CS_USHORT>(load<CS_SMALLINT>(value))};
+}
+
+bool is_ascii(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Full-width forms are those of ASCII, any other character is none that a number is made of.
+char plain_character(CS_UNICHAR unit) {
+  constexpr CS_UNICHAR kFirstFullWidth = 0xFF01;
+  constexpr CS_UNICHAR kLastFullWidth = 0xFF5E;
+  if (unit < 0x80) return static_cast<char>(unit);
+  if (unit < kFirstFullWidth || unit > kLastFullWidth) return ' ';
+  return static_cast<char>(unit - kFirstFullWidth + '!');
+}
+
+bool same_charsets(Locales locales) {
+  return locales.from == locales.to ||
+         (locales.from != nullptr && locales.to != nullptr &&
+          com_intl_loccmp(COM_LC_CTYPE, COM_LOCCMP_CHARSET, locales.from, locales.to) == 0);
+}
+
+}  // namespace
+
+CS_DATAFMT text_format(CS_INT code, CS_LOCALE* locale) {
+  CS_DATAFMT format = format_of(kText, locale);
+  format.datatype = code;
+  return format;
+}
+
+Fidelity::Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales)
+    : type_(type),
+      same_charset_(same_charsets(locales)),
+      to_unicode_(context, text_format(CS_CHAR_TYPE, locales.from),
+                  text_format(CS_UNICHAR_TYPE, locales.from)),
+      back_(context, format_of(type, locales.to), text_format(CS_CHAR_TYPE, locales.from)) {}
+
+Verdict Fidelity::compare(const Field& field, const char* value, CS_INT length) {
+  switch (type_.kind) {
+    case Kind::kText:
+      return compare_text(field.text, value, length);
+    case Kind::kBinary:
+      return same_bytes(bare_digits(plain(field.text)), data_of(type_.code, value, length))
+                 ? Verdict::kSame
+                 : Verdict::kChanged;
+    case Kind::kDate:
+      return compare_date(plain(field.text), widen_date(type_.code, value));
+    default:
+      return compare_number(field.text, value, length);
+  }
+}
+
+Verdict Fidelity::compare_number(std::string_view text, const char* value, CS_INT length) {
+  Decimal said = read_decimal(text);
+  if (said.foreign) {
+    text = plain(text);
+    said = read_decimal(text);
+  }
+  if (type_.kind == Kind::kFloat) {
+    const bool narrow = type_.code == CS_REAL_TYPE;
+    const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
+    if (!std::isfinite(stored)) return Verdict::kSame;
+    const bool exact =
+        said.wide ? same_digits(text, all_digits(stored)) : is_binary(said, narrow ? 24 : 53);
+    return exact ? Verdict::kSame : Verdict::kInexact;
+  }
+  if (!said.has_digits) return Verdict::kNoValue;
+  const Decimal stored = stored_number(type_.code, value);
+  const bool same = said.wide || stored.wide ? same_digits(text, text_of(value, length))
+                                             : same_number(said, stored);
+  return same ? Verdict::kSame : Verdict::kChanged;
+}
+
+Verdict Fidelity::compare_text(std::string_view text, const char* value, CS_INT length) {
+  const bool as_it_is = same_charset_ && type_.code != CS_UNICHAR_TYPE;
+  const bool same =
+      as_it_is ? data_of(type_.code, value, length) == text : text_of(value, length) == text;
+  return same ? Verdict::kSame : Verdict::kChanged;
+}
+
+// The text of a value in the character set of the fields; empty where it has none.
+std::string Fidelity::text_of(const char* value, CS_INT length) {
+  constexpr std::size_t kGrowth = 4;  // bytes of the longest character
+  text_.resize(kGrowth * static_cast<std::size_t>(type_.text_size));
+  CS_INT size = 0;
+  if (!back_ || length == 0 ||
+      back_.into(text_.size(), value, static_cast<std::size_t>(length), text_.data(), size) !=
+          CS_SUCCEED)
+    return {};
+  return {text_.data(), static_cast<std::size_t>(size)};
+}
+
+std::string_view Fidelity::plain(std::string_view text) {
+  if (is_ascii(text)) return text;
+  units_.resize(text.size());
+  CS_INT size = 0;
+  to_unicode_.into(units_.size() * sizeof(CS_UNICHAR), text.data(), text.size(), units_.data(),
+                   size);
+  plain_.clear();
+  for (std::size_t at = 0; at < static_cast<std::size_t>(size) / sizeof(CS_UNICHAR); ++at)
+    plain_ += plain_character(units_[at]);
+  return plain_;
+}
+
+}  // namespace rowcopy
