@@ -79,6 +79,18 @@ std::size_t value_length(CS_INT datatype, const CS_BYTE* bytes, std::size_t leng
   return length;
 }
 
+bool is_character(CS_INT datatype) {
+  return datatype == CS_CHAR_TYPE || datatype == CS_LONGCHAR_TYPE || datatype == CS_TEXT_TYPE ||
+         datatype == CS_SENSITIVITY_TYPE || datatype == CS_BOUNDARY_TYPE;
+}
+
+// Whether source and destination are text of one encoding, as far as the formats show it.
+bool is_plain_copy(const CS_DATAFMT& from, const CS_DATAFMT& to) {
+  if (from.datatype == CS_UNICHAR_TYPE) return to.datatype == CS_UNICHAR_TYPE;
+  return is_character(from.datatype) && is_character(to.datatype) && from.locale == to.locale &&
+         (to.format & CS_DFMT_ESCQUOTE) == 0;
+}
+
 bool is_conversion_code(CS_RETCODE code) {
   return code == CS_SUCCEED || (code <= CS_CVT_OVERFLOW && code >= CS_CVT_SUBSTITUTED);
 }
@@ -130,6 +142,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   check(lengths[0] >= 0 && static_cast<std::size_t>(lengths[0]) <= most);
   check(codes[0] != CS_CVT_SYNTAX || lengths[0] == 0 || from == CS_REAL_TYPE ||
         from == CS_FLOAT_TYPE);
+  // Whatever its bytes are, text of one encoding that has room is copied whole.
+  if (is_plain_copy(srcfmt, destfmt) && source_size <= room) {
+    const bool terminated = (destfmt.format & CS_DFMT_NULLTERM) != 0;
+    check(codes[0] != CS_CVT_TRUNCATED || (terminated && source_size + 2 > room));
+    check(codes[0] == CS_CVT_TRUNCATED ||
+          std::memcmp(dests[0].data() + kGuard, source.get(), source_size) == 0);
+  }
   if (codes[0] != CS_SUCCEED) return 0;
   const auto written = static_cast<std::size_t>(lengths[0]);
   const CS_BYTE* first = dests[0].data() + kGuard;
