@@ -1,4 +1,7 @@
 // Conversions of single values, each beside the least that could do the same work.
+#define FMT_HEADER_ONLY
+#include <fmt/format.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -122,6 +125,27 @@ void float_to_chars(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
   });
 }
 
+// The shortest text that reads back as the value, which is another text.
+void float_to_chars_shortest(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
+  std::array<char, 64> text;
+  each(state, [&, &from = all()](std::size_t i) {
+    return std::to_chars(text.begin(), text.end(), from[i]);
+  });
+}
+
+void float_fmt(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
+  std::array<char, 64> text;
+  each(state, [&, &from = all()](std::size_t i) {
+    return fmt::format_to(text.begin(), "{:.17g}", from[i]);
+  });
+}
+
+void float_fmt_shortest(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
+  std::array<char, 64> text;
+  each(state,
+       [&, &from = all()](std::size_t i) { return fmt::format_to(text.begin(), "{}", from[i]); });
+}
+
 void float_snprintf(benchmark::State& state, const Values<CS_FLOAT>& (*all)()) {
   std::array<char, 64> text;
   each(state, [&, &from = all()](std::size_t i) {
@@ -139,6 +163,9 @@ const Registration registered([] {
     measure(operation + "/comnlib", float_to_char, all);
     measure(operation + "/snprintf", float_snprintf, all);
     measure(operation + "/std::to_chars", float_to_chars, all);
+    measure(operation + "/std::to_chars, shortest", float_to_chars_shortest, all);
+    measure(operation + "/fmt", float_fmt, all);
+    measure(operation + "/fmt, shortest", float_fmt_shortest, all);
   };
   floats("conversion/float to text, measurements", measurements);
   floats("conversion/float to text, amounts", amounts);

@@ -1,16 +1,19 @@
-// Text to values and back beside the C library and PostgreSQL's client library, and the conversion
-// between character sets beside iconv(3).
+// Text to values and back beside the C library, std::from_chars, fast_float and PostgreSQL's client
+// library, and the conversion between character sets beside iconv(3).
+#include <fast_float/fast_float.h>
 #include <iconv.h>
 #include <pgtypes_timestamp.h>
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "bench.h"
@@ -136,6 +139,35 @@ auto parse_copy(const std::string& text, bool& good) {
   return value;
 }
 
+// A column of names: 12 bytes into 20, with blanks.
+constexpr std::string_view kName = "Seattle, WA.";
+constexpr CS_INT kColumn = 20;
+
+void text_to_text(benchmark::State& state, const char* charset) {
+  Host& on = host();
+  CS_DATAFMT source = format_of(CS_CHAR_TYPE, static_cast<CS_INT>(kName.size()));
+  CS_DATAFMT destination = format_of(CS_CHAR_TYPE, kColumn);
+  destination.format = CS_DFMT_PADBLANK;
+  source.locale = destination.locale = locale(charset);
+  const CS_CONV_FUNC routine = com_conv_func(&on.context, CS_CHAR_TYPE, CS_CHAR_TYPE);
+  std::array<char, kColumn> room;
+  CS_INT length = 0;
+  each(state, [&](std::size_t) {
+    return routine(&on.context, &source, kName.data(), &destination, room.data(), &length);
+  });
+}
+
+// What the copy alone costs where the compiler does not know the lengths.
+void text_to_text_bare(benchmark::State& state) {
+  std::array<char, kColumn> room;
+  std::size_t length = kName.size();
+  benchmark::DoNotOptimize(length);
+  each(state, [&](std::size_t) {
+    std::memcpy(room.data(), kName.data(), length);
+    std::memset(room.data() + length, ' ', room.size() - length);
+  });
+}
+
 void int_strtol(benchmark::State& state) {
   bool good = false;
   constexpr auto parse = [](const char* text, char** end) { return std::strtol(text, end, 10); };
@@ -146,6 +178,28 @@ void float_strtod(benchmark::State& state) {
   bool good = false;
   each(state,
        [&](std::size_t i) { return parse_copy<std::strtod>(measurements()[i], good) + good; });
+}
+
+// These read a text by its length, but neither blanks nor a plus sign before a number.
+void float_reader(benchmark::State& state, auto read) {
+  each(state, [read, &all = measurements()](std::size_t i) {
+    const std::string& text = all[i];
+    double value = 0;
+    const auto [end, error] = read(text.data(), text.data() + text.size(), value);
+    return value + (end == text.data() + text.size() && error == std::errc{} ? 1 : 0);
+  });
+}
+
+void float_from_chars(benchmark::State& state) {
+  float_reader(state, [](const char* begin, const char* end, double& value) {
+    return std::from_chars(begin, end, value);
+  });
+}
+
+void float_fast_float(benchmark::State& state) {
+  float_reader(state, [](const char* begin, const char* end, double& value) {
+    return fast_float::from_chars(begin, end, value);
+  });
 }
 
 void numeric_from_text_pgtypes(benchmark::State& state) {
@@ -253,15 +307,15 @@ void charset_iconv(benchmark::State& state, std::string_view sentence, const Cha
 }
 
 using Peer = void (*)(benchmark::State&);
+using Peers = std::vector<std::pair<std::string, Peer>>;
 
 // A datatype's reading, by every kind of locale, beside the peers'.
-void reading(const std::string& name, const Texts& (*all)(), CS_INT datatype,
-             const std::string& peer, Peer measured) {
+void reading(const std::string& name, const Texts& (*all)(), CS_INT datatype, const Peers& peers) {
   const std::string operation = "text/text to " + name;
   measure(operation + "/comnlib plain bytes", from_text, all, datatype, nullptr);
-  measure(operation + "/comnlib iso_1", from_text, all, datatype, "iso_1");
-  measure(operation + "/comnlib utf8", from_text, all, datatype, "utf8");
-  measure(operation + "/" + peer, measured);
+  for (const char* charset : {"iso_1", "utf8", "sjis"})
+    measure(operation + "/comnlib " + charset, from_text, all, datatype, charset);
+  for (const auto& [peer, measured] : peers) measure(operation + "/" + peer, measured);
 }
 
 void writing(const std::string& name, const Texts& (*all)(), CS_INT datatype,
@@ -280,11 +334,18 @@ void charset(const std::string& name, std::string_view sentence, const Charset& 
 }
 
 const Registration registered([] {
-  reading("int", integers, CS_INT_TYPE, "strtol", int_strtol);
-  reading("float", measurements, CS_FLOAT_TYPE, "strtod", float_strtod);
-  reading("numeric", amounts, CS_NUMERIC_TYPE, "pgtypes", numeric_from_text_pgtypes);
-  reading("money", amounts, CS_MONEY_TYPE, "pgtypes", numeric_from_text_pgtypes);
-  reading("datetime", dates, CS_DATETIME_TYPE, "pgtypes", datetime_from_text_pgtypes);
+  reading("int", integers, CS_INT_TYPE, {{"strtol", int_strtol}});
+  reading("float", measurements, CS_FLOAT_TYPE,
+          {{"strtod", float_strtod},
+           {"std::from_chars", float_from_chars},
+           {"fast_float", float_fast_float}});
+  reading("numeric", amounts, CS_NUMERIC_TYPE, {{"pgtypes", numeric_from_text_pgtypes}});
+  reading("money", amounts, CS_MONEY_TYPE, {{"pgtypes", numeric_from_text_pgtypes}});
+  reading("datetime", dates, CS_DATETIME_TYPE, {{"pgtypes", datetime_from_text_pgtypes}});
+  measure("text/text to text/comnlib plain bytes", text_to_text, nullptr);
+  for (const char* charset : {"iso_1", "utf8", "sjis"})
+    measure(std::string("text/text to text/comnlib ") + charset, text_to_text, charset);
+  measure("text/text to text/memcpy and memset", text_to_text_bare);
   writing("numeric", amounts, CS_NUMERIC_TYPE, "pgtypes", numeric_to_text_pgtypes);
   writing("money", amounts, CS_MONEY_TYPE, "pgtypes", numeric_to_text_pgtypes);
   writing("datetime", dates, CS_DATETIME_TYPE, "pgtypes", datetime_to_text_pgtypes);
