@@ -116,7 +116,7 @@ TEST(Literals, ValuesRangesAndSyntax) {
   }
 }
 
-// A NUL ends a float's text, and a numeric's where its format says so; nothing behind it counts.
+// A NUL ends a float's text, and a numeric's where its format says so; nothing after it counts.
 TEST(Literals, NulsAndLength) {
   Context context;
   const std::string ended("42\0junk", 7);
@@ -369,8 +369,8 @@ TEST(TwoByteText, AmongAsciiAtEveryPlace) {
   Context context;
   context.ctxlocale = &charset.locale;
   for (std::size_t place = 0; place < 40; ++place) {
-    for (const std::size_t behind : {0, 2, 5, 20}) {
-      const std::string zeros(behind, '0');
+    for (const std::size_t after : {0, 2, 5, 20}) {
+      const std::string zeros(after, '0');
       const std::string text = std::string(place, '0') + "\x81\x34" + zeros;
       const Result number = from_char(context, text, format_of(CS_FLOAT_TYPE));
       ASSERT_EQ(std::stod("4" + zeros), number.as<double>()) << place;
@@ -452,7 +452,7 @@ TEST(InPlace, TheSourceIsReadBeforeItIsOverwritten) {
   }
 }
 
-TEST(UnicharText, PairsStayWholeAndMalformedTextIsTold) {
+TEST(UnicharText, PairsStayWholeAndMalformedTextIsReported) {
   Context context;
   const Encoded text = utf16_of(u"a\U0001F600b");
   EXPECT_EQ(text.bytes + "\0\0"s,

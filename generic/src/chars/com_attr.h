@@ -26,8 +26,8 @@ struct ImageHeader {
 // Reads a header from the COMN_CS_IMAGE2_HEADER bytes at `image`.
 ImageHeader read_image_header(const CS_BYTE* image);
 
-// Whether the first 128 bytes of a set are characters by themselves and are read as plain bytes
-// are: by their forms (in either case), blanks and currency signs.
+// Whether the first 128 bytes are single characters that are read as plain bytes are: with the same
+// ASCII forms (in either case), the same blanks and the same currency sign.
 bool is_ascii_based(const char_attrib& attrib);
 
 // Takes the lengths and counts of a header, or those of every single-byte set, into `attrib`.

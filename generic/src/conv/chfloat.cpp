@@ -1,7 +1,7 @@
-// Decimal text to double through std::from_chars, which the process's locale does not reach. Plain
-// bytes are given to it where they are; any other text is first brought to the digits that decide
-// its value, and so is a literal at an end of double's range, where more than the nearest double
-// has to be known.
+// Decimal text to double through std::from_chars, which does not depend on the process's locale. It
+// reads plain bytes in place. From any other text the digits that decide the value are collected
+// first, and also from a literal at an end of double's range: its result code depends on more than
+// the nearest double.
 #include "conv/chfloat.h"
 
 #include <algorithm>
@@ -17,8 +17,8 @@ namespace {
 
 constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
-// Literals below this one, which is a quarter of a unit below the smallest normal number, are out
-// of its range; those above it round to that number. In the form that Decimal gives digits.
+// The number a quarter of a unit below the smallest normal one, in the form of Decimal. A literal
+// below it is in the denormal range, even where its nearest double is the smallest normal one.
 constexpr std::string_view kSmallestNormalDigits =
     "22250738585072012595738212570207680200770177634";
 constexpr long long kSmallestNormalExponent = -307;
@@ -40,7 +40,7 @@ bool skip_if(Reader& reader, char wanted) {
   return true;
 }
 
-// Whether the text had a minus sign.
+// Skips a sign; true for a minus sign.
 template <class Reader>
 bool skip_sign(Reader& reader) {
   if (skip_if(reader, '-')) return true;
@@ -80,8 +80,8 @@ class Decimal {
   static constexpr std::size_t kDeciding = 800;
   static constexpr long long kBeyondAny = 1LL << 40;
 
-  // The exponent moves by `leading` for each digit from the first that is not zero, by `zero` for
-  // each zero before it.
+  // Adds `zero` to the exponent for each zero before the first other digit, then `digit` for each
+  // digit.
   template <class Reader>
   bool take_digits(Reader& reader, int digit, int zero) {
     const bool any = at_digit(reader);
@@ -123,8 +123,7 @@ class Decimal {
   long long exponent_ = 0;
 };
 
-// A word in ASCII is from_chars' own; none is longer than "infinity" but a NaN with a text, which
-// has no meaning here.
+// "inf", "infinity" or "nan", as from_chars reads them.
 template <class Reader>
 ParsedFloat read_word(Reader& reader) {
   std::array<char, 64> word;
@@ -146,7 +145,7 @@ ParsedFloat read_magnitude(Reader& reader) {
   return decimal.value();
 }
 
-// A second sign would be from_chars' own.
+// A second sign is an error, though from_chars would read it.
 ParsedFloat read_magnitude(PlainReader& reader) {
   const auto* begin = reinterpret_cast<const char*>(reader.rest().data());
   const char* end = begin + reader.rest().size();

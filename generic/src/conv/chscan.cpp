@@ -10,7 +10,7 @@
 namespace comnlib {
 namespace {
 
-// A magnitude stops growing once it is larger than any integer's.
+// What a magnitude becomes that is larger than any integer's.
 constexpr std::uint64_t kSaturated = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
@@ -18,7 +18,7 @@ std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
   return magnitude > kLastSafe ? kSaturated : magnitude * 10 + digit;
 }
 
-// The digits from where the reader stands. As long as one register holds them, one is used.
+// The digits that the reader is at, in one register as long as it holds them.
 template <class Reader>
 [[gnu::always_inline]] inline std::uint64_t scan_digits(Reader& reader, bool& any) {
   const auto next = [&reader] {

@@ -20,7 +20,7 @@
 namespace comnlib {
 namespace {
 
-// Enough to tell every double from its neighbours.
+// Enough to distinguish every double from its neighbours.
 constexpr int kSignificantDigits = 17;
 
 constexpr PowersOfTen kPowersOfTen;
@@ -68,8 +68,8 @@ std::uint64_t product(std::uint32_t a, std::uint32_t b) {
 }
 
 // The decimal exponent of a magnitude, rounded down. Between two powers of two there is at most one
-// power of ten. One that agrees with it in 64 bits may be larger, but not by as much as the digits
-// show.
+// power of ten. A power that agrees with the magnitude in 64 bits may be larger, but by less than
+// the digits show.
 int decimal_exponent(const Binary& value) {
   const int exponent = floor_log10_of_power_of_two(value.exponent);
   const int next = exponent + 1;
@@ -120,7 +120,7 @@ struct SplitDigits {
   std::uint32_t eight;
 };
 
-SplitDigits split(std::uint64_t digits) {
+SplitDigits split_digits(std::uint64_t digits) {
   constexpr std::uint32_t kInverse = (std::uint64_t{1} << 57) / kEightDigits;
   SplitDigits parts{high_half(product(low_half(digits >> 25), kInverse)), 0};
   parts.eight = low_half(digits) - parts.nine * kEightDigits;
@@ -134,7 +134,7 @@ SplitDigits split(std::uint64_t digits) {
 // Writes the 17 digits, and 16 zeros after them. Returns how many digits there are without the
 // zeros at their end.
 int write_digits(std::uint64_t digits, char* to) {
-  const SplitDigits parts = split(digits);
+  const SplitDigits parts = split_digits(digits);
   const std::uint32_t first = parts.nine / kEightDigits;
   const __m128i rest = sixteen_digits(parts.nine - first * kEightDigits, parts.eight);
   const __m128i zeros = _mm_set1_epi8('0');
@@ -159,8 +159,8 @@ char* write_scientific(const Decimal& decimal, char* at) {
   return end;
 }
 
-// Writes the digits after a point and some zeros, or with a point among them, and returns their
-// end. Bytes written after the end mean nothing.
+// Writes the digits after a point and zeros, or with a point among them, and returns their end.
+// Bytes written after the end mean nothing.
 char* write_fixed(const Decimal& decimal, char* at) {
   if (decimal.exponent < 0) {
     std::memcpy(at, ".000", 4);
@@ -174,7 +174,7 @@ char* write_fixed(const Decimal& decimal, char* at) {
   return at + std::max(count, decimal.exponent + 2) + 1;
 }
 
-std::string_view write(bool negative, const Decimal& decimal, NumberBuffer& buffer) {
+std::string_view write_decimal(bool negative, const Decimal& decimal, NumberBuffer& buffer) {
   char* at = buffer.data();
   if (negative) *at++ = '-';
   if (decimal.exponent < -4 || decimal.exponent >= kSignificantDigits)
@@ -212,7 +212,7 @@ std::string_view text_of(CS_FLOAT value, NumberBuffer& buffer) {
   if (value == 0) return "0.0";
   if (std::isfinite(value))
     if (const auto decimal = decimal_of(binary_of(value)))
-      return write(std::signbit(value), *decimal, buffer);
+      return write_decimal(std::signbit(value), *decimal, buffer);
   return text_by_library(value, buffer);
 }
 

@@ -15,8 +15,8 @@ struct Significand {
   std::uint32_t low;
 };
 
-// Rounded down: the exponents of two of a power of ten and of ten of a power of two. Good for every
-// exponent that a double has.
+// The binary logarithm of 10^n and the decimal one of 2^n, rounded down, for every exponent of a
+// double.
 constexpr int floor_log2_of_power_of_ten(int n) {
   return (n * 1741647) >> 19;
 }
@@ -34,9 +34,8 @@ class PowersOfTen {
     return all_[static_cast<std::size_t>(n - kFirst)];
   }
 
-  // 10^n has the bits of 5^n. Each power is exact before it is cut: the positive ones by products,
-  // the negative ones since a quotient rounded down, divided and rounded down again, is that of the
-  // product of the divisors.
+  // 10^n has the bits of 5^n. The positive powers are exact products. The negative ones are exact
+  // quotients, rounded down: to divide by 5 and round down n times is to divide by 5^n once.
   constexpr PowersOfTen() {
     Number power{};
     power[0] = 1;

@@ -1,5 +1,5 @@
-// Copies and fills of as few bytes as most values have: a call of memmove or memset would take
-// longer than they do. Up to twice the size of a word they are two words, which may overlap.
+// Copies and fills of a few bytes, for which a call of memmove or memset would take longer than the
+// work. Up to twice the size of a word they are done by two words, which may overlap.
 #pragma once
 
 #include <emmintrin.h>
@@ -31,7 +31,7 @@ void fill_ends(CS_BYTE* dest, Word word, std::size_t size) {
 
 }  // namespace internal
 
-// The two may overlap.
+// Source and destination may overlap.
 [[gnu::always_inline]] inline void copy_bytes(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
   if (size > 32) {
     std::memmove(dest, src, size);

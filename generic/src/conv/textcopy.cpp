@@ -19,15 +19,15 @@ namespace {
 struct Copied {
   CS_RETCODE code;  // CS_SUCCEED, CS_CVT_SUBSTITUTED, CS_CVT_TRUNCATED or a failure
   CS_INT length;    // bytes written
-  CS_INT needed;    // bytes of the whole text; more than the room when it was cut
+  CS_INT needed;    // bytes of the whole text: more than the room when it was cut
 };
 
 CS_INT size_of(Bytes bytes) {
   return static_cast<CS_INT>(bytes.size());
 }
 
-// How many bytes at the front of a text are characters by themselves, of which none is a quote or a
-// NUL. Not all of them may count.
+// How many bytes at the front of a text are single-byte characters other than quotes and NULs. The
+// result may be too small, but never too large.
 std::size_t simple_bytes(const Text& text) {
   if (text.attrib != nullptr && !text.ascii_based) return 0;
   const bool any_byte = text.attrib == nullptr;
@@ -50,8 +50,8 @@ std::size_t simple_bytes(const Text& text) {
   return at;
 }
 
-// The bytes of a text that a room takes: all of them where they fit, a character that the text
-// itself cuts included; else its whole characters. The widths of characters are enough for that.
+// How many bytes of a text go into `room` bytes: all of them where they fit, even if the last
+// character is cut off by the end of the text; else as many whole characters as do.
 CS_INT fitting_bytes(Text text, CS_INT room) {
   if (size_of(text.bytes) <= room) return size_of(text.bytes);
   const CS_BYTE* widths = text.attrib == nullptr ? nullptr : text.attrib->cs_width_map;
@@ -67,7 +67,7 @@ CS_INT fitting_bytes(Text text, CS_INT room) {
   return length;
 }
 
-// The same of UTF-16, of which no half a unit and no first half of a pair is kept by a cut.
+// The same of UTF-16. A cut keeps neither half a unit nor the first half of a pair.
 CS_INT fitting_utf16(Bytes text, CS_INT room) {
   constexpr CS_INT kUnit = sizeof(CS_UNICHAR);
   if (size_of(text) <= room) return size_of(text);
@@ -77,7 +77,7 @@ CS_INT fitting_utf16(Bytes text, CS_INT room) {
   return is_high_surrogate(last) ? length - kUnit : length;
 }
 
-// A copy within one encoding.
+// Copies text within one encoding.
 Copied copy_text(Text text, std::span<CS_BYTE> room) {
   const auto limit = static_cast<CS_INT>(room.size());
   const CS_INT needed = size_of(text.bytes);
@@ -108,7 +108,7 @@ bool is_quote(const TextChar& character) {
   return character.ascii == '\'';
 }
 
-// A character that the end of the text cuts is no quote and is taken like any other.
+// A character that is cut off by the end of the text is not a quote and is copied like any other.
 Doubling measure_doubling(Text text, std::size_t room, bool nul_ends) {
   Doubling result{0, 0, false, false};
   while (true) {
@@ -135,8 +135,8 @@ Doubling measure_doubling(Text text, std::size_t room, bool nul_ends) {
   return result;
 }
 
-// Writes the text with its quotes doubled. `dest` may lie before the text in one buffer, as far as
-// the doubling needs.
+// Writes the text with its quotes doubled. `dest` may be before the text in the same buffer, by as
+// many bytes as the doubling adds.
 void write_doubled(Text text, CS_BYTE* dest) {
   while (true) {
     const std::size_t simple = simple_bytes(text);
@@ -155,9 +155,9 @@ void write_doubled(Text text, CS_BYTE* dest) {
   }
 }
 
-// Copies the text with its quotes doubled, as far as whole characters fit. The text may lie in the
-// room itself: moved to the end of the bytes that it becomes, each character is read before it is
-// overwritten.
+// Copies the text with its quotes doubled, as far as whole characters fit. The text may be in the
+// room itself: it is first moved to the end of the bytes that it becomes, so that each character is
+// read before it is overwritten.
 Doubling copy_doubling(Text text, std::span<CS_BYTE> room, bool nul_ends) {
   const Doubling doubling = measure_doubling(text, room.size(), nul_ends);
   CS_BYTE* moved = room.data() + (doubling.written - doubling.taken);
@@ -167,9 +167,9 @@ Doubling copy_doubling(Text text, std::span<CS_BYTE> room, bool nul_ends) {
   return doubling;
 }
 
-// The last steps of a text destination of units of `Unit`: `needed` decides what fits.
+// Terminates and pads a text destination of `Unit`s; copied.needed decides whether the text fits.
 template <class Unit>
-CS_RETCODE finish(const Copied& copied, const Conversion& call) {
+CS_RETCODE finish_text(const Copied& copied, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength - call.destfmt->maxlength % kUnit;
   *call.destlen = copied.length;
@@ -190,7 +190,7 @@ bool is_failure(CS_RETCODE code) {
   return code != CS_SUCCEED && code != CS_CVT_SUBSTITUTED && code != CS_CVT_TRUNCATED;
 }
 
-CS_RETCODE fail(CS_RETCODE code, const Copied& copied, const Conversion& call) {
+CS_RETCODE store_length(CS_RETCODE code, const Copied& copied, const Conversion& call) {
   *call.destlen = copied.length;
   return code;
 }
@@ -208,12 +208,12 @@ CS_RETCODE finish_doubled(Copied copied, const Doubling& doubling, const Convers
   if (doubling.cut) {
     if (terminates(*call.destfmt) && copied.length == room)
       store(static_cast<CS_BYTE*>(call.dest) + room - 1, '\0');
-    return fail(CS_CVT_TRUNCATED, copied, call);
+    return store_length(CS_CVT_TRUNCATED, copied, call);
   }
   constexpr CS_INT kPadding = CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
   const bool padded = (call.destfmt->format & kPadding) != 0;
   const bool fits = std::max(copied.needed, copied.length) < room;
-  if (!doubling.ended_by_nul || padded || !fits) return finish<CS_CHAR>(copied, call);
+  if (!doubling.ended_by_nul || padded || !fits) return finish_text<CS_CHAR>(copied, call);
   *call.destlen = copied.length;
   return copied.code;
 }
@@ -227,8 +227,8 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
                            const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
   Copied copied = translate_text(text, from, to, room, call.context);
-  if (is_failure(copied.code)) return fail(copied.code, copied, call);
-  if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish<CS_CHAR>(copied, call);
+  if (is_failure(copied.code)) return store_length(copied.code, copied, call);
+  if ((call.destfmt->format & CS_DFMT_ESCQUOTE) == 0) return finish_text<CS_CHAR>(copied, call);
   const Text translated = text_in(to, room.first(static_cast<std::size_t>(copied.length)));
   const Doubling doubling = copy_doubling(translated, room, terminates(*call.destfmt));
   if (copied.code != CS_CVT_TRUNCATED) copied.needed = static_cast<CS_INT>(doubling.written);
@@ -239,23 +239,24 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
 
 CS_RETCODE internal::copy_any_to_character(Bytes text, bool utf16, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
-  if (text.empty() || room.empty()) return finish<CS_CHAR>({CS_SUCCEED, 0, size_of(text)}, call);
+  if (text.empty() || room.empty())
+    return finish_text<CS_CHAR>({CS_SUCCEED, 0, size_of(text)}, call);
   const Encoding from = source_encoding(utf16, call);
   const Encoding to = encoding_of(*call.context, *call.destfmt);
   if (!same_encoding(from, to)) return copy_translated(text, from, to, call);
   const Text source = text_in(from, text);
   if ((call.destfmt->format & CS_DFMT_ESCQUOTE) != 0) return copy_doubled(source, call);
-  return finish<CS_CHAR>(copy_text(source, room), call);
+  return finish_text<CS_CHAR>(copy_text(source, room), call);
 }
 
 CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
-  if (text.utf16) return finish<CS_UNICHAR>(copy_text(text, room), call);
+  if (text.utf16) return finish_text<CS_UNICHAR>(copy_text(text, room), call);
   const std::size_t units = room.size() - room.size() % sizeof(CS_UNICHAR);
   const Encoding from = source_encoding(false, call);
   const Copied copied = translate_text(text.bytes, from, kUtf16, room.first(units), call.context);
-  if (is_failure(copied.code)) return fail(copied.code, copied, call);
-  return finish<CS_UNICHAR>(copied, call);
+  if (is_failure(copied.code)) return store_length(copied.code, copied, call);
+  return finish_text<CS_UNICHAR>(copied, call);
 }
 
 CS_RETCODE internal::copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call) {

@@ -14,8 +14,9 @@
 
 extern "C" {
 
-// How many of the `srclen` bytes of `src` go into `destlen` bytes: all of them where they fit, a
-// character that the source itself cuts included, else as many whole characters as do.
+// How many of the `srclen` bytes of `src` go into `destlen` bytes: all of them where they fit,
+// even if the last character is cut off by the end of the source; else as many whole characters as
+// do.
 CS_INT comnb_truncate_chars(const char_attrib* attrib, const CS_CHAR* src, CS_INT srclen,
                             CS_INT destlen);
 
@@ -45,7 +46,7 @@ inline Text text_in(const Encoding& encoding, Bytes bytes) {
   return {bytes, encoding.charset->char_attrib, false, is_ascii_based(encoding.charset)};
 }
 
-// A context's locales share descriptors; two contexts each have their own of one set.
+// Descriptors of one character set differ where they belong to different contexts.
 inline bool same_encoding(const Encoding& a, const Encoding& b) {
   if (a.utf16 != b.utf16) return false;
   if (a.charset == b.charset) return true;
@@ -65,21 +66,21 @@ inline Encoding source_encoding(bool utf16, const Conversion& call) {
 }
 
 namespace internal {
-// The whole rules, for text that does not simply fit.
+// The general case: text that does not fit, has quotes to double or changes its encoding.
 CS_RETCODE copy_any_to_character(Bytes text, bool utf16, const Conversion& call);
 CS_RETCODE copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call);
 
-// Calls them with arguments that the caller need not have in memory.
-template <auto kRules>
-[[gnu::cold, gnu::noinline]] CS_RETCODE by_the_rules(const CS_BYTE* bytes, std::size_t size,
-                                                     bool utf16, COMNLIB_CONVERSION_PARAMETERS) {
-  return kRules({bytes, size}, utf16, {context, srcfmt, src, destfmt, dest, destlen});
+// Calls them with the call's members as arguments, so that their caller keeps these in registers.
+template <auto kCopy>
+[[gnu::cold, gnu::noinline]] CS_RETCODE copy_in_general(const CS_BYTE* bytes, std::size_t size,
+                                                        bool utf16, COMNLIB_CONVERSION_PARAMETERS) {
+  return kCopy({bytes, size}, utf16, {context, srcfmt, src, destfmt, dest, destlen});
 }
 
-template <auto kRules>
-[[gnu::always_inline]] inline CS_RETCODE by_the_rules(const Text& text, const Conversion& call) {
-  return by_the_rules<kRules>(text.bytes.data(), text.bytes.size(), text.utf16, call.context,
-                              call.srcfmt, call.src, call.destfmt, call.dest, call.destlen);
+template <auto kCopy>
+[[gnu::always_inline]] inline CS_RETCODE copy_in_general(const Text& text, const Conversion& call) {
+  return copy_in_general<kCopy>(text.bytes.data(), text.bytes.size(), text.utf16, call.context,
+                                call.srcfmt, call.src, call.destfmt, call.dest, call.destlen);
 }
 }  // namespace internal
 
@@ -89,7 +90,7 @@ CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
 
 [[gnu::always_inline]] inline CS_RETCODE copy_to_character(const Text& text,
                                                            const Conversion& call) {
-  // The quotes' bit and both paddings make larger numbers than a blank-padded text with its NUL.
+  // Every larger number has the bit for quotes or both paddings.
   constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
   constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
   const CS_INT padding = call.destfmt->format & (kPadding | CS_DFMT_ESCQUOTE);
@@ -98,7 +99,7 @@ CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
   const CS_INT nul = padding & CS_DFMT_NULLTERM;
   static_assert(CS_DFMT_NULLTERM == 1);
   if (padding > kSimple || room - nul < length || !keeps_encoding(text.utf16, call)) [[unlikely]]
-    return internal::by_the_rules<internal::copy_any_to_character>(text, call);
+    return internal::copy_in_general<internal::copy_any_to_character>(text, call);
 
   auto* dest = static_cast<CS_BYTE*>(call.dest);
   copy_bytes(dest, text.bytes.data(), text.bytes.size());
@@ -116,7 +117,7 @@ CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
 
 [[gnu::always_inline]] inline CS_RETCODE copy_to_varchar(const Text& text, const Conversion& call) {
   if (text.bytes.size() > CS_MAX_CHAR || !keeps_encoding(text.utf16, call)) [[unlikely]]
-    return internal::by_the_rules<internal::copy_any_to_varchar>(text, call);
+    return internal::copy_in_general<internal::copy_any_to_varchar>(text, call);
   copy_bytes(record_bytes(call.dest), text.bytes.data(), text.bytes.size());
   store(call.dest, static_cast<CS_SMALLINT>(text.bytes.size()));
   *call.destlen = sizeof(CS_VARCHAR);
