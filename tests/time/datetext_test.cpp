@@ -101,9 +101,10 @@ TEST(DateText, SeparatesImpossibleDatesFromOtherText) {
   EXPECT_EQ("syntax", read(std::string("2026\0", 5), kUsEnglish));
 }
 
-// The path of ISO timestamps against the general reader, to which a blank in front leads.
-TEST(DateText, ReadsIsoTimestampsLikeAllOtherText) {
-  for (const std::string good : {"2024-02-29T15:05:09.250", "1999-12-31 23:59:59"}) {
+// The paths of known layouts against the general reader, to which a blank in front leads.
+TEST(DateText, ReadsKnownLayoutsLikeAllOtherText) {
+  for (const std::string good : {"2024-02-29T15:05:09.250", "1999-12-31 23:59:59",
+                                 "Jul  4 2026  3:05PM", "May 31 1999 12:59am"}) {
     EXPECT_EQ(DateText::done, parse_datetime(good, kUsEnglish).status);
     for (std::size_t at = 0; at < good.size(); ++at) {
       for (int byte = 0; byte < 256; ++byte) {

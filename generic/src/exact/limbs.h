@@ -204,6 +204,10 @@ inline void pack(Limbs value, CS_BYTE* bytes, std::size_t count) {
 
 // --- arithmetic
 
+inline bool is_zero(Limbs value) {
+  return value.empty();
+}
+
 inline int compare(Limbs a, Limbs b) {
   if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
   for (std::size_t at = a.size(); at-- > 0;) {

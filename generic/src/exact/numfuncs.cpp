@@ -6,6 +6,7 @@
 #include "exact/kernel.h"
 #include "exact/numemath.h"
 #include "exact/numeric.h"
+#include "exact/short.h"
 
 namespace comnlib {
 namespace {
@@ -137,6 +138,60 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
   return finish_sum(result, length, negative);
 }
 
+// --- short operands
+
+// Two operands of at most 19 digits, neither with more digits than its precision.
+struct ShortPair {
+  std::uint64_t a;
+  std::uint64_t b;
+};
+
+[[gnu::always_inline]] inline bool unpack_short(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                                ShortPair& pair) {
+  if (op1.precision > kShortPrecision || op2.precision > kShortPrecision) return false;
+  pair.a = load_short(op1, magnitude_length(op1.precision));
+  pair.b = load_short(op2, magnitude_length(op2.precision));
+  return pair.a < kShortPowers[op1.precision] && pair.b < kShortPowers[op2.precision];
+}
+
+// The pair at the larger one of two scales that are not too far apart.
+struct AlignedPair {
+  DoubleWord a;
+  DoubleWord b;
+};
+
+[[gnu::always_inline]] inline bool unpack_aligned(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                                  AlignedPair& aligned) {
+  const int gap = op1.scale - op2.scale;
+  ShortPair pair;
+  if (!unpack_short(op1, op2, pair) || gap > kShortPrecision || gap < -kShortPrecision)
+    return false;
+  aligned.a = {0, pair.a};
+  aligned.b = {0, pair.b};
+  if (gap < 0) aligned.a = multiply_words(pair.a, kShortPowers[static_cast<std::size_t>(-gap)]);
+  if (gap > 0) aligned.b = multiply_words(pair.b, kShortPowers[static_cast<std::size_t>(gap)]);
+  return true;
+}
+
+// The result of such operands always has room for the value.
+[[gnu::always_inline]] inline CS_RETCODE store_short_result(DoubleWord value, bool negative,
+                                                            Size size, CS_NUMERIC& result) {
+  store_short(value, result, magnitude_length(size.precision));
+  result.precision = static_cast<CS_BYTE>(size.precision);
+  result.scale = static_cast<CS_BYTE>(size.scale);
+  result.array[0] = negative ? 1 : 0;
+  return CS_SUCCEED;
+}
+
+CS_RETCODE short_sum(const AlignedPair& pair, bool a_negative, bool b_negative, Size size,
+                     CS_NUMERIC& result) {
+  if (a_negative == b_negative)
+    return store_short_result(sum(pair.a, pair.b), a_negative, size, result);
+  const int order = compare(pair.a, pair.b);
+  if (order < 0) return store_short_result(difference(pair.b, pair.a), b_negative, size, result);
+  return store_short_result(difference(pair.a, pair.b), a_negative && order > 0, size, result);
+}
+
 // --- operands of any sizes, whose result has room for every digit
 
 void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
@@ -144,11 +199,11 @@ void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
 }
 
 // Operands of any content may have brought the value beyond the precision.
-CS_RETCODE pack_result(Limbs value, bool negative, int precision, int scale, CS_NUMERIC& result) {
-  result.precision = static_cast<CS_BYTE>(precision);
-  result.scale = static_cast<CS_BYTE>(scale);
-  const std::size_t length = magnitude_length(precision);
-  if (exceeds(value, precision)) return overflowed(result, length);
+CS_RETCODE pack_result(Limbs value, bool negative, Size size, CS_NUMERIC& result) {
+  result.precision = static_cast<CS_BYTE>(size.precision);
+  result.scale = static_cast<CS_BYTE>(size.scale);
+  const std::size_t length = magnitude_length(size.precision);
+  if (exceeds(value, size.precision)) return overflowed(result, length);
   pack(value, result.array + 1, length);
   result.array[0] = negative ? 1 : 0;
   return CS_SUCCEED;
@@ -156,24 +211,44 @@ CS_RETCODE pack_result(Limbs value, bool negative, int precision, int scale, CS_
 
 CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
                         CS_NUMERIC& result) {
+  const bool negative = op1.array[0] != 0;
+  const bool b_counts_negative = (op2.array[0] != 0) != (opn != COMN_NUM_ADD);
+  AlignedPair pair;
+  if (unpack_aligned(op1, op2, pair))
+    return short_sum(pair, negative, b_counts_negative, size, result);
   Magnitude a;
   Magnitude b;
   unpack_operand(op1, a);
   unpack_operand(op2, b);
-  const bool negative = op1.array[0] != 0;
-  const bool b_counts_negative = (op2.array[0] != 0) != (opn != COMN_NUM_ADD);
   if (op1.scale < size.scale) scale_up(a, size.scale - op1.scale);
   if (op2.scale < size.scale) scale_up(b, size.scale - op2.scale);
   if (negative == b_counts_negative) {
     add(a, b, a);
-    return pack_result(a, negative, size.precision, size.scale, result);
+    return pack_result(a, negative, size, result);
   }
   const int order = compare(a, b);
   Magnitude& larger = order < 0 ? b : a;
   // An operand too large by itself is an overflow, whatever the difference is.
   if (!exceeds(larger, size.precision)) subtract(larger, order < 0 ? a : b, larger);
   const bool sign = order < 0 ? b_counts_negative : order > 0 && negative;
-  return pack_result(larger, sign, size.precision, size.scale, result);
+  return pack_result(larger, sign, size, result);
+}
+
+CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                            CS_NUMERIC& result) {
+  const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
+  ShortPair pair;
+  if (unpack_short(op1, op2, pair)) {
+    const DoubleWord product = multiply_words(pair.a, pair.b);
+    return store_short_result(product, opposite && !is_zero(product), size, result);
+  }
+  Magnitude a;
+  Magnitude b;
+  Magnitude product;
+  unpack_operand(op1, a);
+  unpack_operand(op2, b);
+  multiply(a, b, product);
+  return pack_result(product, opposite && !product.is_zero(), size, result);
 }
 
 // --- results that 77 digits limit
@@ -228,16 +303,8 @@ CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& 
   if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
   const int precision = op1.precision + op2.precision + 1;
   const int scale = op1.scale + op2.scale;
-  if (precision <= CS_MAX_PREC && scale <= CS_MAX_SCALE) [[likely]] {
-    Magnitude a;
-    Magnitude b;
-    Magnitude product;
-    unpack_operand(op1, a);
-    unpack_operand(op2, b);
-    multiply(a, b, product);
-    const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
-    return pack_result(product, opposite && !product.is_zero(), precision, scale, result);
-  }
+  if (precision <= CS_MAX_PREC && scale <= CS_MAX_SCALE) [[likely]]
+    return uncapped_product(op1, op2, {precision, scale}, result);
   const constant a = record_of(op1);
   const constant b = record_of(op2);
   constant record = sized_result(result, product_size(size_of(op1), size_of(op2)));
@@ -252,11 +319,44 @@ CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS
   return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
 }
 
+// Whether the operand with the smaller scale can be brought to the larger one. Otherwise decimals
+// of the other operand do not count.
+bool can_be_aligned(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  return (op1.scale <= op2.scale ? op1.precision + op2.scale : op2.precision + op1.scale) <=
+         CS_MAX_PREC;
+}
+
+// The order of two values from that of their magnitudes.
+template <class Value>
+CS_INT order_with_signs(bool negative1, const Value& a, bool negative2, const Value& b) {
+  if (negative1 == negative2) return negative1 ? compare(b, a) : compare(a, b);
+  if (is_zero(a) && is_zero(b)) return 0;
+  return negative1 ? -1 : 1;
+}
+
+[[gnu::noinline]] CS_INT compare_any(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  const int gap = op1.scale - op2.scale;
+  if (!in_domain(op1) || !in_domain(op2) || (gap != 0 && !can_be_aligned(op1, op2))) {
+    const constant a = record_of(op1);
+    const constant b = record_of(op2);
+    return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
+  }
+  Magnitude a;
+  Magnitude b;
+  unpack_operand(op1, a);
+  unpack_operand(op2, b);
+  if (gap < 0) scale_up(a, -gap);
+  if (gap > 0) scale_up(b, gap);
+  return order_with_signs(op1.array[0] != 0, a, op2.array[0] != 0, b);
+}
+
 // Values of different sizes or signs.
 [[gnu::noinline]] CS_INT compare_unlike(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
-  const constant a = record_of(op1);
-  const constant b = record_of(op2);
-  return com__exctnume_cmp(&a, &b, kCompareSigns | kCompareScales);
+  AlignedPair pair;
+  if (std::max(op1.scale, op2.scale) <= CS_MAX_PREC - kShortPrecision &&
+      unpack_aligned(op1, op2, pair))
+    return order_with_signs(op1.array[0] != 0, pair.a, op2.array[0] != 0, pair.b);
+  return compare_any(op1, op2);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Products and quotients of 128 bits, which money passes through.
+// Numbers of 128 bits, which money and short numerics pass through.
 #pragma once
 
 #include "exact/limbs.h"
@@ -23,12 +23,31 @@ constexpr std::uint64_t join(Limb high, Limb low) {
   return std::uint64_t{high} << 32 | low;
 }
 
+constexpr bool is_zero(DoubleWord value) {
+  return (value.high | value.low) == 0;
+}
+
+constexpr int compare(DoubleWord a, DoubleWord b) {
+  if (a.high != b.high) return a.high < b.high ? -1 : 1;
+  return (a.low > b.low) - (a.low < b.low);
+}
+
+// a + b and a - b, modulo 2^128.
+constexpr DoubleWord sum(DoubleWord a, DoubleWord b) {
+  const std::uint64_t low = a.low + b.low;
+  return {a.high + b.high + (low < a.low), low};
+}
+constexpr DoubleWord difference(DoubleWord a, DoubleWord b) {
+  return {a.high - b.high - (a.low < b.low), a.low - b.low};
+}
+
 inline DoubleWord multiply_words(std::uint64_t a, std::uint64_t b) {
   if constexpr (!kLimbIsHalf) {
     const Wide product = Wide{a} * b;
     return {static_cast<std::uint64_t>(product >> 32 >> 32), static_cast<std::uint64_t>(product)};
   }
   const std::uint64_t low = std::uint64_t{low_half(a)} * low_half(b);
+  if ((high_half(a) | high_half(b)) == 0) return {0, low};
   const std::uint64_t cross = std::uint64_t{high_half(a)} * low_half(b) + high_half(low);
   const std::uint64_t middle = std::uint64_t{low_half(a)} * high_half(b) + low_half(cross);
   return {std::uint64_t{high_half(a)} * high_half(b) + high_half(cross) + high_half(middle),

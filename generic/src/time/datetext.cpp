@@ -70,17 +70,24 @@ class DateCursor {
     return result;
   }
 
+  // Whether the text here may spell `word`: what most names fail, and cheap. A letter's case is one
+  // bit.
+  bool may_spell(std::string_view word) const {
+    return !word.empty() && ((word.front() ^ peek()) & ~('a' ^ 'A')) == 0;
+  }
+
   // How far the text here spells `word`, ignoring case: its length, or 0. A letter after it makes
   // it another word.
   std::size_t spells(std::string_view word) const {
     if (word.empty() || word.size() > rest_.size()) return 0;
-    const auto same = [](char a, char b) { return lower(a) == lower(b); };
+    const auto same = [](char a, char b) { return a == b || lower(a) == lower(b); };
     if (!std::equal(word.begin(), word.end(), rest_.begin(), same)) return 0;
     if (word.size() < rest_.size() && is_letter(rest_[word.size()])) return 0;
     return word.size();
   }
 
   void skip(std::size_t count) { rest_.remove_prefix(count); }
+  std::string_view rest() const { return rest_; }
 
  private:
   std::string_view rest_;
@@ -145,12 +152,16 @@ bool scan_numeric_date(DateCursor& in, const DateConventions& conventions, Readi
 CS_INT scan_month(DateCursor& in, const DateConventions& conventions) {
   std::size_t longest = 0;
   CS_INT month = 0;
-  for (std::size_t i = 0; i < 12; ++i) {
-    const std::size_t length =
-        std::max(in.spells(conventions.months[i]), in.spells(conventions.short_months[i]));
-    if (length <= longest) continue;
+  const auto try_name = [&](std::string_view name, std::size_t index) {
+    if (!in.may_spell(name)) return;
+    const std::size_t length = in.spells(name);
+    if (length <= longest) return;
     longest = length;
-    month = static_cast<CS_INT>(i) + 1;
+    month = static_cast<CS_INT>(index) + 1;
+  };
+  for (std::size_t i = 0; i < 12; ++i) {
+    try_name(conventions.months[i], i);
+    try_name(conventions.short_months[i], i);
   }
   in.skip(longest);
   return month;
@@ -379,12 +390,54 @@ bool read_iso(std::string_view text, CS_DATETIME& value) {
   return text.size() == kIsoSeconds || add_iso_fraction(text.substr(kIsoSeconds), value);
 }
 
+// The number of two characters, the first of which may be a blank; -1 for any other characters.
+CS_INT two_columns(const char* at) {
+  if (!is_digit(at[1]) || !(is_digit(at[0]) || at[0] == ' ')) return -1;
+  return (at[0] == ' ' ? 0 : (at[0] - '0') * 10) + (at[1] - '0');
+}
+
+// "mmm dd yyyy hh:mmAM", the default style where the month comes first, with a name of any length:
+// text that begins with a letter. False leaves it to parse_any(), as above.
+bool read_default(std::string_view text, const DateConventions& conventions, CS_DATETIME& value) {
+  constexpr std::string_view kAfterMonth = " dd yyyy hh:mm";
+  // Names that begin with a digit might be taken for numbers.
+  const auto has_letters = [](std::string_view name) {
+    return !name.empty() && is_letter(name[0]);
+  };
+  if (!has_letters(conventions.am) || !has_letters(conventions.pm)) return false;
+  DateCursor in(text);
+  Reading reading;
+  reading.month = scan_month(in, conventions);
+  const std::string_view rest = in.rest();
+  if (reading.month == 0 || rest.size() <= kAfterMonth.size()) return false;
+  const char* const at = rest.data();
+  const CS_INT century = two_columns(at + 4);
+  const CS_INT year = two_columns(at + 6);
+  reading.day = two_columns(at + 1);
+  reading.hour = two_columns(at + 9);
+  reading.minute = two_columns(at + 12);
+  if ((century | year | reading.day | reading.hour | reading.minute) < 0) return false;
+  for (const std::size_t blank : {0, 3, 8}) {
+    if (at[blank] != ' ') return false;
+  }
+  // Only the day and the hour may have a blank for a leading zero.
+  if (at[11] != ':' || at[4] == ' ' || at[6] == ' ' || at[12] == ' ') return false;
+  reading.year = century * 100 + year;
+  in.skip(kAfterMonth.size());
+  reading.meridiem = scan_meridiem(in, conventions);
+  return reading.meridiem != Meridiem::none && in.done() && resolve_meridiem(reading) &&
+         make(reading, value) == DateText::done;
+}
+
 // Writes into room that was measured beforehand.
 class DateWriter {
  public:
   explicit DateWriter(char* at) : at_(at) {}
 
-  void text(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
+  // Byte by byte, since names are short.
+  void text(std::string_view text) {
+    for (const char c : text) *at_++ = c;
+  }
   void character(char c) { *at_++ = c; }
 
   // In exactly `width` digits, which the value does not exceed.
@@ -452,8 +505,10 @@ void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view
 
 ParsedDate parse_datetime(std::string_view text, const DateConventions& conventions) {
   ParsedDate result;
-  result.status =
-      read_iso(text, result.value) ? DateText::done : parse_any(text, conventions, result.value);
+  const bool known_layout = !text.empty() && is_letter(text[0])
+                                ? read_default(text, conventions, result.value)
+                                : read_iso(text, result.value);
+  result.status = known_layout ? DateText::done : parse_any(text, conventions, result.value);
   return result;
 }
 

@@ -1,0 +1,59 @@
+// Numerics of at most 19 digits, whose magnitudes are words of 64 bits. Words are read from and
+// written to the record as they end with the magnitude; up to three bytes in front of it are the
+// record's own too.
+#pragma once
+
+#include <cstddef>
+
+#include "comnlib/numeric.h"
+#include "exact/wide.h"
+
+namespace comnlib {
+
+inline constexpr int kShortPrecision = 19;
+
+inline constexpr auto kShortPowers = [] {
+  std::array<std::uint64_t, kShortPrecision + 1> powers{1};
+  for (std::size_t n = 1; n < powers.size(); ++n) powers[n] = powers[n - 1] * 10;
+  return powers;
+}();
+
+inline std::uint32_t load_quarter(const CS_BYTE* from) {
+  std::uint32_t raw;
+  std::memcpy(&raw, from, sizeof raw);
+  return __builtin_bswap32(raw);
+}
+
+inline void store_quarter(CS_BYTE* to, std::uint64_t value) {
+  const std::uint32_t raw = __builtin_bswap32(static_cast<std::uint32_t>(value));
+  std::memcpy(to, &raw, sizeof raw);
+}
+
+constexpr std::size_t kMagnitudeOffset = offsetof(CS_NUMERIC, array) + 1;
+static_assert(kMagnitudeOffset == 3);
+
+// A magnitude of one to eight bytes.
+inline std::uint64_t load_short(const CS_NUMERIC& from, std::size_t length) {
+  require(length >= 1 && length <= sizeof(std::uint64_t));
+  const auto* const end = reinterpret_cast<const CS_BYTE*>(&from) + kMagnitudeOffset + length;
+  constexpr std::uint32_t kAll = ~std::uint32_t{0};
+  if (length <= 4) return load_quarter(end - 4) & kAll >> 8 * (4 - length);
+  const std::uint32_t upper = load_quarter(end - 8) & kAll >> 8 * (8 - length);
+  return std::uint64_t{upper} << 32 | load_quarter(end - 4);
+}
+
+// Stores a magnitude in up to 17 bytes. The caller sets the record's other bytes afterwards.
+inline void store_short(DoubleWord value, CS_NUMERIC& to, std::size_t length) {
+  require(length >= 1 && length <= 2 * sizeof(std::uint64_t) + 1);
+  CS_BYTE* const end = reinterpret_cast<CS_BYTE*>(&to) + kMagnitudeOffset + length;
+  store_quarter(end - 4, value.low);
+  if (length <= 4) return;
+  store_quarter(end - 8, value.low >> 32);
+  if (length <= 8) return;
+  store_quarter(end - 12, value.high);
+  if (length <= 12) return;
+  store_quarter(end - 16, value.high >> 32);
+  if (length > 16) end[-17] = 0;
+}
+
+}  // namespace comnlib
