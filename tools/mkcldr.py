@@ -9,8 +9,8 @@ NODE_MODULES holds the npm packages cldr-core, cldr-dates-full and cldr-numbers-
     npm install --prefix /tmp/cldr cldr-core cldr-dates-full cldr-numbers-full
 
 The languages are those with at least forty million speakers which Unicode's data cover fully and for
-which the C library has locales (/usr/share/i18n/SUPPORTED); Chinese and Punjabi, Urdu and the others
-in each of the scripts that these locales write them in.
+which the C library has locales (/usr/share/i18n/SUPPORTED), in each of the scripts that these locales
+write them in.
 """
 import json
 import pathlib
@@ -135,17 +135,17 @@ def words(locale):
 
 def main():
     languages = chosen_languages()
-    locales = {"": {}}
+    locales = {}
     for name, _ in supported():
         if language_of(name) not in languages:
             continue
         base = re.sub(r"\.[^@]*|@euro", "", name)
         locale, language, territory = unicode_name(base)
         locales[base] = {"language": language, **conventions(locale, territory)}
-    for language in sorted({facts["language"] for name, facts in locales.items() if name}):
+    for language in {facts["language"] for facts in locales.values()}:
         territory = LIKELY[language].split("-")[2]
-        locales[language] = {"language": language, **conventions(language, territory)}
-    del locales[""]
+        locales[language] = {"language": language, "territory": territory,
+                             **conventions(language, territory)}
     version = load("cldr-core/package.json")["version"]
     names = [f"{name} {codeset}" for name, codeset in supported()]
     data = {"version": version, "locales": dict(sorted(locales.items())), "supported": names}

@@ -72,7 +72,7 @@ NUMBER_FIELDS = ("decimal", "separator", "grouping")
 MONEY_FIELDS = ("symbol", "currency", "place") + NUMBER_FIELDS
 
 
-def has_field(left, right, fields):
+def agree(left, right, fields):
     return all(left[field] == right[field] for field in fields)
 
 
@@ -193,10 +193,10 @@ class Conventions:
         conventions hold."""
         here = of_locale(base)
         language = of_language(here["language"])
-        if has_field(here, language, DATE_FIELDS + MONEY_FIELDS):
+        if agree(here, language, DATE_FIELDS + MONEY_FIELDS):
             return ()
         money = self.add("money", base, here, charset)
-        if has_field(here, language, DATE_FIELDS + NUMBER_FIELDS):
+        if agree(here, language, DATE_FIELDS + NUMBER_FIELDS):
             return "", "", money
         return (self.add("datetime", base, here, charset), self.add("numeric", base, here, charset),
                 money)

@@ -79,8 +79,8 @@ class Locales:
     def add_language(self, code):
         """A language by its own name, and by its code where that is plain."""
         name, charsets = LANGUAGES[code].name, LANGUAGES[code].charsets
-        usual = {"en": "iso_1", "zh": "cp936", "zh-Hant": "big5", "ru": "iso_5"}.get(
-            code, charsets[0] if charsets else "utf8")
+        base = f"{code.split('-')[0]}_{CLDR['locales'][code]['territory']}"
+        usual = self.plain.get(base, charsets[0] if charsets else "utf8")
         self.add(name, (name, usual, "binary"))
         self.add(f"{name}.utf8", (name, "utf8", "binary"))
         sorted_set = usual if has_order(usual, "dictionary") else "utf8"
