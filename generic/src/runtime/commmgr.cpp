@@ -9,7 +9,10 @@
 
 #include "comnlib/thread.h"
 #include "runtime/commmgr_alloconly.h"
+#include "runtime/commmgr_buddy.h"
+#include "runtime/commmgr_index.h"
 #include "runtime/commmgr_uniform.h"
+#include "runtime/mutex.h"
 
 using namespace comnlib;
 using namespace comnlib::mm;
@@ -65,6 +68,48 @@ bool has_lock(const MmPoolHead* head) {
   return has_lock(head) ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
 }
 
+// The lock of a call that hosts make for every block. Where the context locks by this library's own
+// routines, and no trace asks for their codes, the mutex is taken and released in line.
+class Lock {
+ public:
+  [[gnu::always_inline]] explicit Lock(MmHandle* handle) {
+    const MmPoolHead* const head = handle->mmh_head;
+    if (head->mph_lock == nullptr) [[likely]]
+      return;
+    mutex_ = mutex_of(head);
+    if (mutex_ != nullptr) {
+      take_mutex<pthread_mutex_lock>(mutex_);
+    } else {
+      result_ = lock(handle);
+    }
+  }
+
+  [[gnu::always_inline]] void release(MmHandle* handle) const {
+    if (mutex_ != nullptr) {
+      give_up_mutex(mutex_);
+    } else if (handle->mmh_head->mph_lock != nullptr) {
+      unlock(handle);
+    }
+  }
+
+  CS_RETCODE result() const { return result_; }
+
+ private:
+  [[gnu::always_inline]] static COMN_MUTEX* mutex_of(const MmPoolHead* head) {
+    if (head->mph_lock != context_lock || head->mph_unlock != context_unlock ||
+        (head->mph_status & kRemoving) != 0)
+      return nullptr;
+    const CS_THREAD* const threads = head->mph_ctx->ctxthread;
+    const bool own = threads != nullptr && threads->take_mutex_fn == comn_take_mutex &&
+                     threads->release_mutex_fn == comn_release_mutex &&
+                     internal::trace_level.load(std::memory_order_relaxed) == COM_TRACE_NONE;
+    return own ? static_cast<COMN_MUTEX*>(head->mph_lockarg) : nullptr;
+  }
+
+  COMN_MUTEX* mutex_ = nullptr;  // held in line
+  CS_RETCODE result_ = CS_SUCCEED;
+};
+
 // Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
 // head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
 // count here do not change while the handle lives. All of them are in the lowest byte, which
@@ -80,11 +125,13 @@ void set_in_use(MmHandle* handle) {
                      static_cast<CS_BYTE>(status | kInUse), __ATOMIC_RELAXED);
 }
 
-[[gnu::always_inline]] inline void check_handle(const MmHandle* handle,
-                                                Place place = Place::current()) {
+[[gnu::always_inline]] inline CS_BYTE check_handle(const MmHandle* handle,
+                                                   Place place = Place::current()) {
   check_pointer(handle, place);
-  require((status_of(handle) & (kHandleAllocated | kHandleOfCaller)) != 0, place);
+  const CS_BYTE status = status_of(handle);
+  require((status & (kHandleAllocated | kHandleOfCaller)) != 0, place);
   require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, place);
+  return status;
 }
 
 struct ControlArea {
@@ -158,21 +205,39 @@ void delete_own_mutex(const MmPoolHead* head) {
     threads->delete_mutex_fn(static_cast<COMN_MUTEX*>(head->mph_lockarg));
 }
 
-// Zeroes `size` bytes; small blocks, the most of them, without a call.
+// Zeroes `size` bytes; small blocks, which are most of them, without a call. Stores overlap.
 inline void clear(void* memory, CS_INT size) {
-  constexpr CS_INT kStep = 16;
+  constexpr CS_INT kStep = 64;
   auto* bytes = static_cast<CS_BYTE*>(memory);
-  if (size < kStep) {
+  if (size < kStep / 4) {
     // Blocks end at a word.
     for (CS_INT i = 0; i < size; i += kWord) std::memset(bytes + i, 0, kWord);
-    return;
-  }
-  if (size > 16 * kStep) {
+  } else if (size <= kStep / 2) {
+    std::memset(bytes, 0, kStep / 4);
+    std::memset(bytes + size - kStep / 4, 0, kStep / 4);
+  } else if (size <= kStep) {
+    std::memset(bytes, 0, kStep / 2);
+    std::memset(bytes + size - kStep / 2, 0, kStep / 2);
+  } else if (size <= 8 * kStep) {
+    for (CS_INT i = 0; i < size - kStep; i += kStep) std::memset(bytes + i, 0, kStep);
+    std::memset(bytes + size - kStep, 0, kStep);
+  } else {
     std::memset(memory, 0, static_cast<std::size_t>(size));
-    return;
   }
-  for (CS_INT i = 0; i < size - kStep; i += kStep) std::memset(bytes + i, 0, kStep);
-  std::memset(bytes + size - kStep, 0, kStep);
+}
+
+// A block by the discipline's fast path, or null.
+[[gnu::always_inline]] inline void* take(MmHandle* handle, CS_INT size) {
+  switch (handle->mmh_type) {
+    case MM_POOL_BUDDY:
+      return buddy_take(handle, size);
+    case MM_POOL_ALLOCONLY:
+      return alloconly_take(handle, size);
+    case MM_POOL_UNIFORM:
+      return uniform_take(handle, size);
+    default:
+      return nullptr;
+  }
 }
 
 CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
@@ -188,13 +253,31 @@ CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
   }
 }
 
+[[gnu::noinline]] CS_RETCODE allocate_and_unlock(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  void* memory = nullptr;
+  const CS_INT blocksize = handle->mmh_blocksize;
+  const CS_RETCODE result = allocate(handle, size, &memory);
+  if (result == CS_SUCCEED) {
+    set_in_use(handle);
+  } else if ((handle->mmh_status & kInUse) == 0) {
+    // The next allocation is the first one again, and adapts the block size anew.
+    handle->mmh_blocksize = blocksize;
+  }
+  unlock(handle);
+  if (memory != nullptr) {
+    clear(memory, size);
+    *out = memory;
+  }
+  return result;
+}
+
 CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
   switch (handle->mmh_type) {
     case MM_POOL_BUDDY:
       heap_of_user(handle->mmh_head, ptr);
       return buddy_free(handle, ptr);
     case MM_POOL_ALLOCONLY:
-      require(find_heap(handle->mmh_head, ptr) != nullptr);
+      require(Chunks::find(handle->mmh_head, ptr) != nullptr);
       return CS_FAIL;
     case MM_POOL_UNIFORM:
       heap_of_user(handle->mmh_head, ptr);
@@ -367,6 +450,14 @@ CS_RETCODE clear_lock(MmHandle* handle) {
   return result;
 }
 
+// Bytes of a property's value: of a number, or of an address.
+constexpr CS_INT length_of(CS_INT property) {
+  const bool number = property == MM_PROP_POOLTYPE || property == MM_PROP_CHUNKSIZE ||
+                      property == MM_PROP_MAXSIZE || property == MM_PROP_CTLSIZE ||
+                      property == MM_PROP_BLOCKSIZE;
+  return number ? sizeof(CS_INT) : sizeof(CS_VOID*);
+}
+
 CS_RETCODE control_size(CS_INT action, CS_VOID* buffer) {
   require(action != CS_CLEAR);
   return action == CS_GET ? store(buffer, CS_INT{MM_CTL_SIZE}) : CS_FAIL;
@@ -427,7 +518,7 @@ CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh) {
   }
   if (buflen < kLeastManaged) return trace(CS_FAIL);
   const CS_INT rest = buflen - MM_CTL_SIZE;
-  require(rest == 0 || rest >= 9);  // before anything is written beyond a short buffer
+  require(rest == 0 || rest >= kLeastHeap);  // before anything is written beyond a short buffer
   area = static_cast<ControlArea*>(buffer);
   set_defaults(&area->head, &area->handle, kHeadAllocated, kHandleAllocated);
   if (rest != 0) com___addheap(&area->handle, area + 1, rest, kHeapOfCaller);
@@ -439,32 +530,25 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   check_handle(handle);
   check_pointer(out_ptr);
   require(size >= 0);
-  const CS_RETCODE locked = lock(handle);
-  if (locked != CS_SUCCEED) return trace(locked);
-  void* memory = nullptr;
-  const CS_INT blocksize = handle->mmh_blocksize;
-  const CS_RETCODE result = allocate(handle, size, &memory);
-  if (result == CS_SUCCEED) {
-    set_in_use(handle);
-  } else if ((handle->mmh_status & kInUse) == 0) {
-    // The next allocation is the first one again, and adapts the block size anew.
-    handle->mmh_blocksize = blocksize;
-  }
-  unlock(handle);
-  if (memory != nullptr) {
+  const Lock lock(handle);
+  if (lock.result() != CS_SUCCEED) return trace(lock.result());
+  if (void* const memory = take(handle, size)) {
+    lock.release(handle);
     clear(memory, size);
     *out_ptr = memory;
+    return trace(CS_SUCCEED);
   }
-  return trace(result);
+  return trace(allocate_and_unlock(handle, size, out_ptr));
 }
 
 CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
-  check_handle(handle);
+  const CS_BYTE status = check_handle(handle);
   check_pointer(ptr);
-  require((status_of(handle) & kInUse) != 0);
-  require(lock(handle) == CS_SUCCEED);
+  require((status & kInUse) != 0);
+  const Lock lock(handle);
+  require(lock.result() == CS_SUCCEED);
   const CS_RETCODE result = free_one(handle, ptr);
-  unlock(handle);
+  lock.release(handle);
   return trace(result);
 }
 
@@ -487,7 +571,7 @@ CS_RETCODE comn_mmproperty(MmHandle* mmh, CS_INT action, CS_INT property, CS_VOI
   const CS_RETCODE result = property == MM_PROP_CTLSIZE
                                 ? control_size(action, buffer)
                                 : property_under_lock(mmh, action, property, buffer, buflen);
-  if (action == CS_GET && result == CS_SUCCEED && outlen != nullptr) *outlen = sizeof(CS_INT);
+  if (action == CS_GET && result == CS_SUCCEED && outlen != nullptr) *outlen = length_of(property);
   return trace(result);
 }
 

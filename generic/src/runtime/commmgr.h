@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "comnlib/memory.h"
 #include "diag/diag.h"
@@ -32,6 +33,29 @@
 struct MmHeap;
 struct MmBlock;
 
+// With words of 8 bytes the records have room for what makes finding a chunk, and taking a chunk or
+// a block off its list, independent of how many there are: commmgr_index.h. With words of 4 their
+// layouts leave none, and the lists are walked.
+inline constexpr bool kMmIndexed = comnlib::kWordSize == 8;
+
+struct MmNoIndex {};
+
+struct MmHeadIndex {
+  MmHeap* root; /* of the tree of chunks by address */
+} MM_OVERLAY;
+
+struct MmHeapIndex {
+  MmHeap* previous; /* on the list of the head */
+  MmHeap* child[2]; /* below and above in the tree */
+} MM_OVERLAY;
+
+struct MmBlockIndex {
+  MmBlock* previous;
+} MM_OVERLAY;
+
+template <class Index>
+using MmIndex = std::conditional_t<kMmIndexed, Index, MmNoIndex>;
+
 struct MmPoolHead {
   MM_SBREAK_FUNC mph_sbreak;
   MM_UNSBREAK_FUNC mph_unsbreak;
@@ -45,6 +69,7 @@ struct MmPoolHead {
   MmHeap* mph_heap;             /* newest first */
   CS_CONTEXT* mph_ctx;          /* null for a pool in caller memory */
   MM_WORD(CS_INT, mph_status);
+  [[no_unique_address]] MmIndex<MmHeadIndex> index;
 } MM_OVERLAY;
 
 // A free block of a heap. `size` counts the bytes after the size word. A block of less than a
@@ -60,11 +85,13 @@ struct MmHeap {
   CS_INT status;
   MmHeap* next;
   MmList* free; /* by address */
+  [[no_unique_address]] MmIndex<MmHeapIndex> index;
   CS_BYTE buffer[4];
 } MM_OVERLAY;
 
 struct MmBlock {
   MmBlock* next;
+  [[no_unique_address]] MmIndex<MmBlockIndex> index;
 } MM_OVERLAY;
 
 // A buddy block: `size` is the header word (see mm::kLarge and below), the links are valid while it
@@ -107,7 +134,7 @@ struct _mmhandle {
   } mmh_pool;
 } MM_OVERLAY;
 
-static_assert(sizeof(MmPoolHead) == COMN_BY_HOST(48, 88));
+static_assert(sizeof(MmPoolHead) == COMN_BY_HOST(48, 96));
 static_assert(offsetof(MmPoolHead, mph_unsbreak) == COMN_BY_HOST(4, 8));
 static_assert(offsetof(MmPoolHead, mph_param) == COMN_BY_HOST(8, 16));
 static_assert(offsetof(MmPoolHead, mph_lock) == COMN_BY_HOST(12, 24));
@@ -140,8 +167,8 @@ static_assert(offsetof(MmList, link) == COMN_BY_HOST(4, 8));
 static_assert(offsetof(MmHeap, status) == 4);
 static_assert(offsetof(MmHeap, next) == 8);
 static_assert(offsetof(MmHeap, free) == COMN_BY_HOST(12, 16));
-static_assert(offsetof(MmHeap, buffer) == COMN_BY_HOST(16, 24));
-static_assert(sizeof(MmBlock) == COMN_BY_HOST(4, 8));
+static_assert(offsetof(MmHeap, buffer) == COMN_BY_HOST(16, 48));
+static_assert(sizeof(MmBlock) == COMN_BY_HOST(4, 16));
 static_assert(sizeof(MmDList) == COMN_BY_HOST(12, 24));
 static_assert(offsetof(MmDList, next) == COMN_BY_HOST(4, 8));
 static_assert(offsetof(MmDList, prev) == COMN_BY_HOST(8, 16));
@@ -156,7 +183,7 @@ CS_RETCODE com___getheap(MmHandle* handle, CS_INT size, CS_VOID** out);
 // Obtains a chunk of exactly `size` bytes and adds it. CS_FAIL without a source, beyond the limit
 // and when the source has none.
 CS_RETCODE com___sbreak(MmHandle* handle, CS_INT size);
-// Adds memory of at least 9 bytes as a heap.
+// Adds memory of at least kLeastHeap bytes as a heap.
 CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_INT status);
 // Takes back what com___getheap handed out; gives the chunk back when all of it is free then.
 CS_RETCODE com___putheap(MmHandle* handle, CS_VOID* ptr);
@@ -202,9 +229,12 @@ inline constexpr CS_INT kWord = static_cast<CS_INT>(kWordSize);
 inline constexpr CS_INT kHeapHeader = offsetof(MmHeap, buffer);
 // A heap of one free block: the heap's header and the block's size word.
 inline constexpr CS_INT kHeapOverhead = kHeapHeader + kWord;
+inline constexpr CS_INT kLeastHeap = 2 * kWord + 1;
+// The link of a handle's block.
+inline constexpr CS_INT kBlockLink = sizeof(MmBlock);
 inline constexpr CS_INT kRegionHeader = 24;
 // Larger requests cannot be met; below it no sum of a size and its overheads overflows.
-inline constexpr CS_INT kMaxRequest = std::numeric_limits<CS_INT>::max() - 64;
+inline constexpr CS_INT kMaxRequest = std::numeric_limits<CS_INT>::max() - 16 * kWord;
 
 // The header word of a buddy block.
 inline constexpr CS_UINT kLarge = 0x80000000;     // from the heap directly; the rest is the size
@@ -272,40 +302,5 @@ inline MmList* link_of(const MmList* block) {
 inline bool contains(const MmHeap* heap, const void* pointer) {
   return address(pointer) - address(heap) <= static_cast<CS_UINT>(heap->size);
 }
-
-// The heap that holds an address, or null.
-inline MmHeap* find_heap(const MmPoolHead* head, const void* pointer) {
-  MmHeap* heap = head->mph_heap;
-  while (heap != nullptr && !contains(heap, pointer)) heap = heap->next;
-  return heap;
-}
-
-// The item in front of `wanted` on a list that begins with `first`; null when it is the first
-// itself. Stops when it is not on the list.
-template <class Item, class Next>
-Item* predecessor(Item* first, const Item* wanted, Next next, Place place = Place::current()) {
-  Item* before = nullptr;
-  for (Item* item = first; item != wanted; item = next(item)) {
-    require(item != nullptr, place);
-    before = item;
-  }
-  return before;
-}
-
-// The heap that holds a user address; stops when there is none.
-inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
-                            Place place = Place::current()) {
-  MmHeap* const heap = find_heap(head, ptr);
-  require(heap != nullptr && aligned(heap, ptr), place);
-  require(address(ptr) - address(heap) >= kHeapOverhead + sizeof(MmBlock), place);
-  return heap;
-}
-
-// The disciplines. `allocate` does not change `out` when it hands out nothing; the pointers to free
-// and to reallocate lie in a heap.
-CS_RETCODE buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
-CS_RETCODE buddy_free(MmHandle* handle, CS_VOID* ptr);
-CS_RETCODE buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new_size,
-                            CS_VOID** ptr_inout);
 
 }  // namespace comnlib::mm

@@ -13,25 +13,24 @@ struct AllocOnlyRegion {
 } MM_OVERLAY;
 static_assert(sizeof(AllocOnlyRegion) <= kRegionHeader);
 
-// Puts a new region with room for `size` bytes in front of the others.
-CS_RETCODE alloconly_add_region(MmHandle* handle, CS_INT size);
-
-inline CS_RETCODE alloconly_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
-  MmAllocOnlyPool& pool = handle->mmh_pool.alloconly;
-  if ((handle->mmh_status & kInUse) == 0) pool.free = nullptr;
-  if (size > kMaxRequest) return CS_MEM_ERROR;
-  const CS_INT rounded = round_to_word(size);
-  auto* region = static_cast<AllocOnlyRegion*>(pool.free);
-  while (region != nullptr && region->size < rounded) region = region->next;
-  if (region == nullptr) [[unlikely]] {
-    const CS_RETCODE result = alloconly_add_region(handle, rounded);
-    if (result != CS_SUCCEED) return result;
-    region = static_cast<AllocOnlyRegion*>(pool.free);
-  }
-  *out = region->cursor;
-  region->cursor += rounded;
-  region->size -= rounded;
-  return CS_SUCCEED;
+// Bytes from the front of a region, which has that many.
+inline void* alloconly_cut(AllocOnlyRegion* region, CS_INT size) {
+  CS_BYTE* const bytes = region->cursor;
+  region->cursor = bytes + size;
+  region->size -= size;
+  return bytes;
 }
+
+// Bytes from the first region that has as many; null when the slow path has to decide.
+inline void* alloconly_take(MmHandle* handle, CS_INT size) {
+  if ((handle->mmh_status & kInUse) == 0 || size > kMaxRequest) return nullptr;
+  const CS_INT rounded = round_to_word(size);
+  auto* region = static_cast<AllocOnlyRegion*>(handle->mmh_pool.alloconly.free);
+  while (region != nullptr && region->size < rounded) region = region->next;
+  return region == nullptr ? nullptr : alloconly_cut(region, rounded);
+}
+
+// The slow path: a further region, in front of the others.
+CS_RETCODE alloconly_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
 
 }  // namespace comnlib::mm

@@ -5,29 +5,14 @@
 // Every buddy block starts with its header word. The list of order k holds the free blocks of that
 // order, last freed first.
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
-#include "runtime/commmgr.h"
+#include "runtime/commmgr_buddy.h"
 
 using namespace comnlib;
 using namespace comnlib::mm;
 
 namespace {
-
-constexpr CS_INT floor_log2(CS_UINT value) {
-  return static_cast<CS_INT>(std::bit_width(value)) - 1;
-}
-
-// The smallest order whose block holds `size` bytes and the header word; beyond every pool's
-// highest order for large ones.
-constexpr CS_INT order_for(CS_INT size) {
-  const CS_INT held = std::max(size, span_of(0) - kWord);
-  return floor_log2(static_cast<CS_UINT>(held + kWord - 1)) - (kMinShift - 1);
-}
-static_assert(order_for(0) == 0 && order_for(3 * kWord) == 0);
-static_assert(order_for(3 * kWord + 1) == 1 && order_for(7 * kWord) == 1);
-static_assert(order_for(7 * kWord + 1) == 2 && order_for(15 * kWord) == 2);
 
 constexpr CS_INT highest_order(CS_INT blocksize) {
   return std::clamp(floor_log2(static_cast<CS_UINT>(std::max(blocksize, 2)) - 1) - (kMinShift - 1),
@@ -52,14 +37,6 @@ void set_up(MmHandle* handle) {
     pool.free[order] = order <= pool.bpmax ? nullptr : no_list();
 }
 
-void push(MmBuddyPool& pool, MmDList* block, CS_INT order) {
-  MmDList* const first = pool.free[order];
-  block->next = first;
-  block->prev = nullptr;
-  if (first != nullptr) first->prev = block;
-  pool.free[order] = block;
-}
-
 void unlink(MmBuddyPool& pool, MmDList* block, CS_INT order) {
   if (block->prev == nullptr) {
     pool.free[order] = block->next;
@@ -69,32 +46,16 @@ void unlink(MmBuddyPool& pool, MmDList* block, CS_INT order) {
   if (block->next != nullptr) block->next->prev = block->prev;
 }
 
-MmDList* pop(MmBuddyPool& pool, CS_INT order) {
-  MmDList* const block = pool.free[order];
-  require((block->size & (kLarge | kFree | kOrderMask)) == (kFree | static_cast<CS_UINT>(order)));
-  pool.free[order] = block->next;
-  if (block->next != nullptr) block->next->prev = nullptr;
-  return block;
-}
-
 CS_UINT with_order(CS_UINT header, CS_INT order) {
   return (header & ~kOrderMask) | static_cast<CS_UINT>(order);
-}
-
-// Whether a header that is not of a large block is possible at its address.
-bool plausible(const MmBuddyPool& pool, const MmDList* block) {
-  const CS_UINT header = block->size;
-  const CS_UINT offset = offset_in_top(block, header);
-  return (header & ~(kFree | kMarkMask | kOrderMask)) == 0 && order_of(header) <= pool.bpmax &&
-         offset < static_cast<CS_UINT>(span_of(top_order(pool))) &&
-         offset % static_cast<CS_UINT>(span_of(order_of(header))) == 0;
 }
 
 // The requested size of a large block. The heap gave hardly more than that, after the handle's
 // link; anything else is not a large block.
 CS_INT size_of_large(const MmDList* block) {
   const auto size = static_cast<CS_INT>(block->size & ~kLarge);
-  const std::int64_t room = std::int64_t{at<MmList>(block, -2 * kWord)->size} - 2 * kWord;
+  const auto* in_heap = at<MmList>(block, -kBlockLink - kWord);
+  const std::int64_t room = std::int64_t{in_heap->size} - kBlockLink - kWord;
   require(size <= room && room - size < 3 * kWord);
   return size;
 }
@@ -111,7 +72,7 @@ bool merge_pairs(MmBuddyPool& pool, CS_INT order) {
   bool merged = false;
   for (MmDList *block = pool.free[order], *next = nullptr; block != nullptr; block = next) {
     next = block->next;
-    require(plausible(pool, block) && order_of(block->size) == order);
+    require(plausible(pool, block, block->size) && order_of(block->size) == order);
     MmDList* const buddy = buddy_of(block);
     require((buddy->size & kSameTop) == (block->size & kSameTop));
     require(order_of(buddy->size) <= order_of(block->size));
@@ -201,32 +162,22 @@ CS_RETCODE mm::buddy_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
     const CS_RETCODE result = replenish(handle, order);
     if (pool.free[order] == nullptr) return result;
   }
-  MmDList* const block = pop(pool, order);
-  block->size &= ~kFree;
-  *out = at<void>(block, kWord);
+  *out = pop_for_user(pool, order);
   return CS_SUCCEED;
 }
 
-CS_RETCODE mm::buddy_free(MmHandle* handle, CS_VOID* ptr) {
-  MmBuddyPool& pool = handle->mmh_pool.buddy;
-  auto* block = at<MmDList>(ptr, -kWord);
-  if ((block->size & kLarge) != 0) {
-    // No longer large; the free bit makes freeing it again stop.
-    block->size = static_cast<CS_UINT>(size_of_large(block)) | kFree;
-    return com___putblock(handle, block);
-  }
-  require((block->size & kFree) == 0);  // freed twice
-  require(plausible(pool, block));
-  block->size |= kFree;
-  push(pool, block, order_of(block->size));
-  return CS_SUCCEED;
+CS_RETCODE mm::buddy_free_large(MmHandle* handle, MmDList* block) {
+  // No longer large; the free bit makes freeing it again stop.
+  block->size = static_cast<CS_UINT>(size_of_large(block)) | kFree;
+  return com___putblock(handle, block);
 }
 
 CS_RETCODE mm::buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new_size,
                                 CS_VOID** ptr_inout) {
   const auto* block = at<MmDList>(*ptr_inout, -kWord);
   const bool large = (block->size & kLarge) != 0;
-  require(large || ((block->size & kFree) == 0 && plausible(handle->mmh_pool.buddy, block)));
+  require(large ||
+          ((block->size & kFree) == 0 && plausible(handle->mmh_pool.buddy, block, block->size)));
   // Of a buddy block the header word counts too; callers depend on when a block moves.
   const CS_INT capacity = large ? size_of_large(block) : span_of(order_of(block->size));
   if (new_size <= capacity) return CS_SUCCEED;

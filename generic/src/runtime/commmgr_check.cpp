@@ -1,5 +1,6 @@
 // The memory manager's invariants, checked by walking everything that a family owns.
-#include "runtime/commmgr.h"
+#include "runtime/commmgr_buddy.h"
+#include "runtime/commmgr_index.h"
 
 using namespace comnlib;
 using namespace comnlib::mm;
@@ -22,7 +23,7 @@ bool valid_heap(const MmHeap* heap) {
 bool valid_heaps(const MmPoolHead* head) {
   std::int64_t total = 0;
   for (const MmHeap* heap = head->mph_heap; heap != nullptr; heap = heap->next) {
-    if (!valid_heap(heap)) return false;
+    if (!valid_heap(heap) || Chunks::find(head, heap->buffer) != heap) return false;
     total += heap->size;
   }
   return total <= head->mph_totalsize;
@@ -30,7 +31,7 @@ bool valid_heaps(const MmPoolHead* head) {
 
 // The heap block that a handle's block came in, or null when it is not one.
 const MmList* heap_block_of(const MmPoolHead* head, const MmBlock* block) {
-  const MmHeap* const heap = find_heap(head, block);
+  const MmHeap* const heap = Chunks::find(head, block);
   if (heap == nullptr || !aligned(heap, block)) return nullptr;
   const auto* in_heap = at<MmList>(block, -kWord);
   const auto offset = static_cast<CS_INT>(address(in_heap) - address(heap));

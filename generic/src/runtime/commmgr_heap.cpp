@@ -2,7 +2,7 @@
 // that each handle took from them. Free blocks of a heap never touch one another.
 #include <algorithm>
 
-#include "runtime/commmgr.h"
+#include "runtime/commmgr_index.h"
 
 using namespace comnlib;
 using namespace comnlib::mm;
@@ -69,13 +69,7 @@ bool wholly_free(const MmHeap* heap) {
 
 void give_back(MmHandle* handle, MmHeap* heap) {
   MmPoolHead* const head = handle->mmh_head;
-  MmHeap* const before =
-      predecessor(head->mph_heap, heap, [](const MmHeap* item) { return item->next; });
-  if (before == nullptr) {
-    head->mph_heap = heap->next;
-  } else {
-    before->next = heap->next;
-  }
+  Chunks::remove(head, heap);
   head->mph_unsbreak(handle, head->mph_param, heap);
 }
 
@@ -91,7 +85,7 @@ void merge_with_next(MmList* block) {
 }  // namespace
 
 CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_INT status) {
-  require(length >= 9);
+  require(length >= kLeastHeap);
   MmPoolHead* const head = handle->mmh_head;
   // The sum only ever grows; at the largest number it stays.
   head->mph_totalsize = static_cast<CS_INT>(std::min<std::int64_t>(
@@ -101,9 +95,8 @@ CS_RETCODE com___addheap(MmHandle* handle, CS_VOID* memory, CS_INT length, CS_IN
   auto* heap = static_cast<MmHeap*>(memory);
   heap->size = length;
   heap->status = status;
-  heap->next = head->mph_heap;
   heap->free = nullptr;
-  head->mph_heap = heap;
+  Chunks::add(head, heap);
   if (length < kHeapOverhead + kWord) return trace(CS_SUCCEED);  // no room for a linkable block
 
   heap->free = at<MmList>(heap, kHeapHeader);
@@ -156,7 +149,7 @@ CS_RETCODE com___insert_block(MmHeap* heap, MmList* block) {
 
 CS_RETCODE com___putheap(MmHandle* handle, CS_VOID* ptr) {
   auto* block = at<MmList>(ptr, -kWord);
-  MmHeap* const heap = find_heap(handle->mmh_head, block);
+  MmHeap* const heap = Chunks::find(handle->mmh_head, block);
   require(heap != nullptr);
   const auto offset = static_cast<CS_INT>(address(block) - address(heap));
   require(offset >= kHeapHeader && offset % kWord == 0);
@@ -173,24 +166,16 @@ CS_RETCODE com___getblock(MmHandle* handle, CS_INT size, CS_VOID** out) {
   require(size >= 0);
   if (size > kMaxRequest) return trace(CS_MEM_ERROR);
   void* memory = nullptr;
-  const CS_RETCODE result =
-      com___getheap(handle, size + static_cast<CS_INT>(sizeof(MmBlock)), &memory);
+  const CS_RETCODE result = com___getheap(handle, size + kBlockLink, &memory);
   if (result != CS_SUCCEED) return trace(result);
   auto* block = static_cast<MmBlock*>(memory);
-  block->next = handle->mmh_blocks;
-  handle->mmh_blocks = block;
+  Blocks::add(handle, block);
   *out = block + 1;
   return trace(CS_SUCCEED);
 }
 
 CS_RETCODE com___putblock(MmHandle* handle, CS_VOID* ptr) {
   MmBlock* const block = static_cast<MmBlock*>(ptr) - 1;
-  MmBlock* const before =
-      predecessor(handle->mmh_blocks, block, [](const MmBlock* item) { return item->next; });
-  if (before == nullptr) {
-    handle->mmh_blocks = block->next;
-  } else {
-    before->next = block->next;
-  }
+  Blocks::remove(handle, block);
   return trace(com___putheap(handle, block));
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "runtime/commmgr_index.h"
+
 using namespace comnlib;
 using namespace comnlib::mm;
 
@@ -34,12 +36,18 @@ CS_RETCODE add_slab(MmHandle* handle) {
 
 }  // namespace
 
-CS_RETCODE mm::uniform_prepare(MmHandle* handle, CS_INT size) {
-  if ((handle->mmh_status & kInUse) != 0)
-    return size == handle->mmh_pool.uniform.uniform_size ? add_slab(handle) : CS_FAIL;
+CS_RETCODE mm::uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
+  const bool first = (handle->mmh_status & kInUse) == 0;
+  if (!first && size != handle->mmh_pool.uniform.uniform_size) return CS_FAIL;
   if (size > kMaxRequest) return CS_MEM_ERROR;
-  set_up(handle, size);
-  return add_slab(handle);
+  if (first) set_up(handle, size);
+  const CS_RETCODE result = add_slab(handle);
+  if (result != CS_SUCCEED) return result;
+  MmUniformPool& pool = handle->mmh_pool.uniform;
+  auto* node = static_cast<UniformNode*>(pool.free);
+  pool.free = node->next;
+  *out = at<void>(node, kWord);
+  return CS_SUCCEED;
 }
 
 bool mm::uniform_is_free(const MmHandle* handle, const UniformNode* node) {
@@ -48,7 +56,7 @@ bool mm::uniform_is_free(const MmHandle* handle, const UniformNode* node) {
   if (free == node) return true;
   if (!uniform_has_key(pool)) {
     const UniformNode* const next = node->next;
-    const MmHeap* const heap = find_heap(handle->mmh_head, next);
+    const MmHeap* const heap = Chunks::find(handle->mmh_head, next);
     if (heap == nullptr || !aligned(heap, next)) return false;
   }
   while (free != nullptr && free != node) free = free->next;

@@ -19,8 +19,8 @@ struct UniformNode {
 // while it is the first too.
 inline constexpr CS_UINT kFreeKey = 0xdeadf4ee;
 
-// Fixes the sizes, on the first request, and gets a slab when no node is free.
-CS_RETCODE uniform_prepare(MmHandle* handle, CS_INT size);
+// The slow path: fixes the sizes, on the first request, and gets a slab when no node is free.
+CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
 // Whether a node whose contents do not rule that out is on the free list.
 bool uniform_is_free(const MmHandle* handle, const UniformNode* node);
 
@@ -34,17 +34,15 @@ inline void uniform_push(MmUniformPool& pool, UniformNode* node) {
   pool.free = node;
 }
 
-inline CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
+// A node from the list; null when the slow path has to decide.
+inline void* uniform_take(MmHandle* handle, CS_INT size) {
   MmUniformPool& pool = handle->mmh_pool.uniform;
-  if ((handle->mmh_status & kInUse) == 0 || pool.free == nullptr) [[unlikely]] {
-    const CS_RETCODE result = uniform_prepare(handle, size);
-    if (result != CS_SUCCEED) return result;
-  }
-  if (size != pool.uniform_size) return CS_FAIL;
+  if ((handle->mmh_status & kInUse) == 0 || pool.free == nullptr || size != pool.uniform_size)
+      [[unlikely]]
+    return nullptr;
   auto* node = static_cast<UniformNode*>(pool.free);
   pool.free = node->next;
-  *out = at<void>(node, kWord);
-  return CS_SUCCEED;
+  return at<void>(node, kWord);
 }
 
 inline CS_RETCODE uniform_free(MmHandle* handle, CS_VOID* ptr) {

@@ -1,5 +1,4 @@
-// Threads and synchronisation over POSIX threads. A mutex is free exactly when its owner is
-// COMN_NO_OWNER and its use count 0; both change only in the thread that holds the pthread mutex.
+// Threads and synchronisation over POSIX threads.
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -11,6 +10,7 @@
 #include "comnlib/thread.h"
 #include "diag/diag.h"
 #include "runtime/hostmemory.h"
+#include "runtime/mutex.h"
 
 using namespace comnlib;
 
@@ -21,53 +21,6 @@ COMN_MUTEX* coroutine_lock = nullptr;
 
 constexpr CS_RETCODE result_of(int posix_status) {
   return posix_status == 0 ? CS_SUCCEED : CS_FAIL;
-}
-
-// A thread that asks whether it is the owner may do so without the lock: nobody else can make the
-// answer true or false. The accesses are atomic so that the asking is no data race.
-pthread_t owner_of(const COMN_MUTEX& mutex) {
-  return __atomic_load_n(&mutex.owner, __ATOMIC_RELAXED);
-}
-
-void set_owner(COMN_MUTEX& mutex, pthread_t owner) {
-  __atomic_store_n(&mutex.owner, owner, __ATOMIC_RELAXED);
-}
-
-// The caller's id. A thread's id is the address of its control block here, which the compiler
-// reaches without a call; every lock asks for it.
-pthread_t self() {
-#if defined(__GLIBC__) && __has_builtin(__builtin_thread_pointer)
-  return reinterpret_cast<pthread_t>(__builtin_thread_pointer());
-#else
-  return pthread_self();
-#endif
-}
-
-bool owned_by_caller(const COMN_MUTEX& mutex) {
-  return owner_of(mutex) == self();
-}
-
-bool is_free(const COMN_MUTEX& mutex) {
-  return owner_of(mutex) == COMN_NO_OWNER && mutex.use_count == 0;
-}
-
-void check_stamp(const COMN_MUTEX* mutex, Place place = Place::current()) {
-  require(mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC), place);
-}
-
-template <int (*Lock)(pthread_mutex_t*)>
-CS_RETCODE take(COMN_MUTEX* mutex, Place place) {
-  check_stamp(mutex, place);
-  if (owned_by_caller(*mutex)) {
-    require(mutex->use_count != 0, place);
-    ++mutex->use_count;
-    return CS_SUCCEED;
-  }
-  require(Lock(&mutex->mutex) == 0, place);
-  require(is_free(*mutex), place);
-  set_owner(*mutex, self());
-  mutex->use_count = 1;
-  return CS_SUCCEED;
 }
 
 void unlock_cancelled(void* mutex) {
@@ -227,21 +180,20 @@ CS_RETCODE comn_delete_mutex(COMN_MUTEX* mutex) {
 }
 
 CS_RETCODE comn_take_mutex(COMN_MUTEX* mutex) {
-  return trace(take<pthread_mutex_lock>(mutex, Place::current()));
+  take_mutex<pthread_mutex_lock>(mutex);
+  return trace(CS_SUCCEED);
 }
 
 CS_RETCODE comn_try_mutex(COMN_MUTEX* mutex) {
-  return trace(take<pthread_mutex_trylock>(mutex, Place::current()));
+  take_mutex<pthread_mutex_trylock>(mutex);
+  return trace(CS_SUCCEED);
 }
 
 CS_RETCODE comn_release_mutex(COMN_MUTEX* mutex) {
   check_stamp(mutex);
   require(owned_by_caller(*mutex));
   require(mutex->use_count != 0);
-  if (--mutex->use_count == 0) {
-    set_owner(*mutex, COMN_NO_OWNER);
-    require(pthread_mutex_unlock(&mutex->mutex) == 0);
-  }
+  give_up_mutex(mutex);
   return trace(CS_SUCCEED);
 }
 

@@ -129,7 +129,7 @@ inline constexpr std::size_t kOps = LM_OP_INSERT_AFTER - LM_OP_INSERT + 1;
 
 // What a list type does. An operation that it lacks is null.
 struct KindOps {
-  CS_RETCODE (*build)
+  CS_RETCODE(*build)
   (LM_HANDLE& handle);              // makes list_state; CS_MEM_ERROR: list_state is unchanged
   void (*drop)(LM_HANDLE& handle);  // frees list_state with its elements
   CS_RETCODE (*rebuild)(LM_HANDLE& handle, CS_INT table_size);  // null where there is no table

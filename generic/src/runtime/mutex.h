@@ -1,0 +1,66 @@
+// Taking and releasing a mutex, in line: pools do both for every call. A mutex is free exactly when
+// its owner is COMN_NO_OWNER and its use count 0; both change only in the thread that holds the
+// pthread mutex.
+#pragma once
+
+#include <pthread.h>
+
+#include "comnlib/thread.h"
+#include "diag/diag.h"
+
+namespace comnlib {
+
+// A thread that asks whether it is the owner may do so without the lock: nobody else can make the
+// answer true or false. The accesses are atomic so that the asking is no data race.
+inline pthread_t owner_of(const COMN_MUTEX& mutex) {
+  return __atomic_load_n(&mutex.owner, __ATOMIC_RELAXED);
+}
+
+inline void set_owner(COMN_MUTEX& mutex, pthread_t owner) {
+  __atomic_store_n(&mutex.owner, owner, __ATOMIC_RELAXED);
+}
+
+// The caller's id. A thread's id is the address of its control block here, which the compiler
+// reaches without a call; every lock asks for it.
+inline pthread_t self() {
+#if defined(__GLIBC__) && __has_builtin(__builtin_thread_pointer)
+  return reinterpret_cast<pthread_t>(__builtin_thread_pointer());
+#else
+  return pthread_self();
+#endif
+}
+
+inline bool owned_by_caller(const COMN_MUTEX& mutex) {
+  return owner_of(mutex) == self();
+}
+
+inline bool is_free(const COMN_MUTEX& mutex) {
+  return owner_of(mutex) == COMN_NO_OWNER && mutex.use_count == 0;
+}
+
+inline void check_stamp(const COMN_MUTEX* mutex, Place place = Place::current()) {
+  require(mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC), place);
+}
+
+template <int (*Lock)(pthread_mutex_t*)>
+inline void take_mutex(COMN_MUTEX* mutex, Place place = Place::current()) {
+  check_stamp(mutex, place);
+  if (owned_by_caller(*mutex)) {
+    require(mutex->use_count != 0, place);
+    ++mutex->use_count;
+    return;
+  }
+  require(Lock(&mutex->mutex) == 0, place);
+  require(is_free(*mutex), place);
+  set_owner(*mutex, self());
+  mutex->use_count = 1;
+}
+
+// Undoes one take of the caller's.
+inline void give_up_mutex(COMN_MUTEX* mutex, Place place = Place::current()) {
+  if (--mutex->use_count != 0) return;
+  set_owner(*mutex, COMN_NO_OWNER);
+  require(pthread_mutex_unlock(&mutex->mutex) == 0, place);
+}
+
+}  // namespace comnlib
