@@ -4,6 +4,8 @@
 #include <random>
 #include <span>
 
+#include <sys/mman.h>
+
 #include "pools.h"
 
 namespace {
@@ -37,7 +39,7 @@ void use_at_random(MmHandle* pool, CS_INT kind, unsigned run, std::uintptr_t shi
         EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
         continue;
       }
-      EXPECT_EQ(shift, reinterpret_cast<std::uintptr_t>(memory) % 4);
+      EXPECT_EQ(shift, reinterpret_cast<std::uintptr_t>(memory) % kWord);
       const std::span block(static_cast<CS_BYTE*>(memory), static_cast<std::size_t>(size));
       expect_fill(block, 0);
       blocks.emplace_back(block, static_cast<CS_BYTE>(random()));
@@ -77,7 +79,7 @@ TEST(Pools, RandomOperationsInCallerMemory) {
       std::vector<CS_BYTE> memory(static_cast<std::size_t>(length) + shift + 1, 0xab);
       CS_BYTE* const buffer = memory.data() + shift;
       MmHandle* pool = nullptr;
-      const CS_INT half = length / 8 * 4;
+      const CS_INT half = length / 16 * 8;
       ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, half, &pool));
       put(pool, MM_PROP_ADDMEMORY, buffer + half, length - half);
       use_at_random(pool, kind, static_cast<unsigned>(kind + length), shift);
@@ -90,54 +92,54 @@ TEST(Pools, RandomOperationsInCallerMemory) {
 // --- Heaps ---------------------------------------------------------------------------------------
 
 TEST(Heap, SplitsFirstFitAndMergesOnFree) {
-  alignas(4) CS_BYTE area[1 + 152];
+  alignas(kWord) CS_BYTE area[1 + kControlSize];
   CS_BYTE* const control = area + 1;
-  CS_BYTE memory[16 + 4 + 100];
+  CS_BYTE memory[kOverhead + 25 * kWord];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
-  EXPECT_EQ(control + 48, reinterpret_cast<CS_BYTE*>(pool));
+  EXPECT_EQ(control + kHeadSize, reinterpret_cast<CS_BYTE*>(pool));
   MmHeap* heap = pool->mmh_head->mph_heap;
   std::array<void*, 5> blocks = {};
-  const CS_INT sizes[] = {16, 5, 16, 20, 12};
-  const CS_INT offsets[] = {0, 20, 32, 52, 76};  // rounded, a size word before each
+  const CS_INT sizes[] = {4 * kWord, 2 * kWord - 3, 4 * kWord, 5 * kWord, 3 * kWord};
+  const CS_INT offsets[] = {0, 5, 8, 13, 19};  // words: rounded, a size word before each
   for (std::size_t i = 0; i < 5; ++i) {
     ASSERT_EQ(CS_SUCCEED, com___getheap(pool, sizes[i], &blocks[i]));
-    EXPECT_EQ(memory + 20 + offsets[i], blocks[i]);
+    EXPECT_EQ(memory + kOverhead + offsets[i] * kWord, blocks[i]);
   }
   void* none = nullptr;
-  EXPECT_EQ(CS_MEM_ERROR, com___getheap(pool, 9, &none));
+  EXPECT_EQ(CS_MEM_ERROR, com___getheap(pool, 2 * kWord + 1, &none));
   const struct {
     std::size_t freed;
     int blocks;
-    CS_INT first;
-  } rows[] = {{2, 2, 16}, {0, 3, 16}, {1, 2, 48}, {4, 2, 48}, {3, 1, 100}};
+    CS_INT first;  // words
+  } rows[] = {{2, 2, 4}, {0, 3, 4}, {1, 2, 12}, {4, 2, 12}, {3, 1, 25}};
   for (const auto& row : rows) {
     com___putheap(pool, blocks[row.freed]);
     EXPECT_EQ(row.blocks, length(heap->free, &MmList::link)) << row.freed;
-    EXPECT_EQ(row.first, heap->free->size) << row.freed;
+    EXPECT_EQ(row.first * kWord, heap->free->size) << row.freed;
   }
 }
 
 TEST(Heap, RestsWithoutRoomForALink) {
-  for (const CS_INT tail : {0, 1, 2, 3}) {
-    std::vector<CS_BYTE> memory(static_cast<std::size_t>(16 + 4 + 40 + 4 + tail));
-    CS_BYTE control[152];
+  for (CS_INT tail = 0; tail < kWord; ++tail) {
+    std::vector<CS_BYTE> memory(static_cast<std::size_t>(kOverhead + 11 * kWord + tail));
+    CS_BYTE control[kControlSize];
     auto* pool = reinterpret_cast<MmHandle*>(control);
     ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory.data(), static_cast<CS_INT>(memory.size()), &pool));
     MmHeap* heap = pool->mmh_head->mph_heap;
     void* whole = nullptr;
-    ASSERT_EQ(CS_SUCCEED, com___getheap(pool, 40, &whole));
+    ASSERT_EQ(CS_SUCCEED, com___getheap(pool, 10 * kWord, &whole));
     ASSERT_NE(nullptr, heap->free) << "at the end of a heap it stays on the list";
     EXPECT_EQ(tail, heap->free->size);
     com___putheap(pool, whole);
-    EXPECT_EQ(44 + tail, heap->free->size);
+    EXPECT_EQ(11 * kWord + tail, heap->free->size);
     void* first = nullptr;
     void* second = nullptr;
-    com___getheap(pool, 20, &first);
-    com___getheap(pool, 20, &second);
+    com___getheap(pool, 5 * kWord, &first);
+    com___getheap(pool, 5 * kWord, &second);
     com___putheap(pool, first);
-    com___getheap(pool, 16, &first);  // in front of a block no such rest is made
-    EXPECT_EQ(20u, header_of(first));
+    com___getheap(pool, 4 * kWord, &first);  // in front of a block no such rest is made
+    EXPECT_EQ(5U * kWord, header_of(first));
   }
 }
 
@@ -148,15 +150,16 @@ TEST(Heap, ChunksHaveTheStatedSizesAndGoBackWhole) {
   void* exact = nullptr;
   com___getheap(pool, 10, &small);
   com___getheap(pool, 4101, &exact);
-  EXPECT_EQ((std::vector<CS_INT>{48, 104, 4120, 4104 + 20}), host.requests);
-  EXPECT_EQ(4124, pool->mmh_head->mph_heap->size) << "newest first";
+  constexpr CS_INT kSecond = 4104 + kOverhead;
+  EXPECT_EQ((std::vector<CS_INT>{kHeadSize, kHandleSize, 4120, kSecond}), host.requests);
+  EXPECT_EQ(kSecond, pool->mmh_head->mph_heap->size) << "newest first";
   com___putheap(pool, small);
   com___putheap(pool, exact);
   EXPECT_EQ(2u, host.live.size());
-  EXPECT_EQ(8244, pool->mmh_head->mph_totalsize) << "never decreased";
-  set(pool, MM_PROP_MAXSIZE, 8244 + 4119);
+  EXPECT_EQ(4120 + kSecond, pool->mmh_head->mph_totalsize) << "never decreased";
+  set(pool, MM_PROP_MAXSIZE, 4120 + kSecond + 4119);
   EXPECT_EQ(CS_MEM_ERROR, com___getheap(pool, 10, &small));
-  set(pool, MM_PROP_MAXSIZE, 8244 + 4120);
+  set(pool, MM_PROP_MAXSIZE, 4120 + kSecond + 4120);
   EXPECT_EQ(CS_SUCCEED, com___getheap(pool, 10, &small));
 }
 
@@ -165,8 +168,12 @@ TEST(Heap, LengthsOfManagedMemory) {
     CS_INT length;
     CS_RETCODE result;
     CS_INT free;  // usable bytes, -1: no free block, -2: no heap
-  } rows[] = {{-1, CS_FAIL, 0},      {103, CS_FAIL, 0},     {152, CS_SUCCEED, -2},
-              {161, CS_SUCCEED, -2}, {175, CS_SUCCEED, -1}, {176, CS_SUCCEED, 4}};
+  } rows[] = {{-1, CS_FAIL, 0},
+              {kHandleSize - 1, CS_FAIL, 0},
+              {kControlSize, CS_SUCCEED, -2},
+              {kControlSize + 2 * kWord + 1, CS_SUCCEED, -2},
+              {kControlSize + kOverhead + kWord - 1, CS_SUCCEED, -1},
+              {kControlSize + kOverhead + kWord, CS_SUCCEED, kWord}};
   for (const auto& row : rows) {
     std::vector<CS_BYTE> memory(static_cast<std::size_t>(std::max(row.length, 1)));
     MmHandle* pool = nullptr;
@@ -174,7 +181,7 @@ TEST(Heap, LengthsOfManagedMemory) {
     if (row.result != CS_SUCCEED) continue;
     const MmHeap* heap = pool->mmh_head->mph_heap;
     EXPECT_EQ(row.free, heap == nullptr ? -2 : heap->free == nullptr ? -1 : heap->free->size);
-    EXPECT_EQ(row.length - 152, pool->mmh_head->mph_totalsize);
+    EXPECT_EQ(row.length - kControlSize, pool->mmh_head->mph_totalsize);
   }
 }
 
@@ -184,75 +191,86 @@ TEST(Buddy, OrdersAndHeaders) {
   Host host;
   const Pool pool(host);
   CS_BYTE* first = allocate(pool, 0);
-  EXPECT_EQ((std::vector<CS_INT>{48, 104, 4124}), host.requests);
-  for (int order = 0; order < 8; ++order)
+  const CS_INT top_level = rounded(4096 + kWord + kLink) + kOverhead;
+  EXPECT_EQ((std::vector<CS_INT>{kHeadSize, kHandleSize, top_level}), host.requests);
+  constexpr int kTop = kWord == 4 ? 8 : 7;  // 4096 bytes
+  for (int order = 0; order < kTop; ++order)
     EXPECT_EQ(1, length(pool->mmh_pool.buddy.free[order], &MmDList::next)) << order;
-  EXPECT_EQ(reinterpret_cast<MmDList*>(-1), pool->mmh_pool.buddy.free[9]);
-  const auto top = static_cast<CS_UINT>(reinterpret_cast<std::uintptr_t>(first - 4));
-  EXPECT_EQ((top & 0x7fffc) << 2, header_of(first));
-  EXPECT_EQ(first + 16, allocate(pool, 5)) << "the lower half first, then its other half";
-  const std::pair<CS_INT, CS_UINT> orders[] = {{12, 0}, {13, 1},   {28, 1},   {29, 2},
-                                               {60, 2}, {2044, 7}, {2045, 8}, {4092, 8}};
+  EXPECT_EQ(reinterpret_cast<MmDList*>(-1), pool->mmh_pool.buddy.free[kTop + 1]);
+  const auto top = static_cast<CS_UINT>(reinterpret_cast<std::uintptr_t>(first - kWord));
+  EXPECT_EQ(kWord == 4 ? (top & 0x7fffc) << 2 : (top & 0xffff8) << 1, header_of(first));
+  EXPECT_EQ(first + 4 * kWord, allocate(pool, 5)) << "the lower half first, then its other half";
+  const std::pair<CS_INT, CS_UINT> orders[] = {{3 * kWord, 0},
+                                               {3 * kWord + 1, 1},
+                                               {7 * kWord, 1},
+                                               {7 * kWord + 1, 2},
+                                               {15 * kWord, 2},
+                                               {most(kTop - 1), kTop - 1},
+                                               {most(kTop - 1) + 1, kTop},
+                                               {most(kTop), kTop}};
   for (const auto& [size, order] : orders)
     EXPECT_EQ(order, header_of(allocate(pool, size)) & 15) << size;
-  CS_BYTE* large = allocate(pool, 4093);
-  EXPECT_EQ(4093u | 0x80000000u, header_of(large));
-  EXPECT_EQ(4104u, header_of(large - 8)) << "link, header and bytes, rounded";
+  CS_BYTE* large = allocate(pool, most(kTop) + 1);
+  EXPECT_EQ(static_cast<CS_UINT>(most(kTop) + 1) | 0x80000000U, header_of(large));
+  EXPECT_EQ(static_cast<CS_UINT>(rounded(most(kTop) + 1 + kWord + kLink)),
+            header_of(large - kWord - kLink))
+      << "link, header and bytes, rounded";
   const std::pair<CS_INT, CS_INT> highest[] = {
-      {16, 0}, {17, 1}, {4096, 8}, {4097, 9}, {524'288, 15}, {524'289, 16}, {1 << 30, 16}};
+      {span(0), 0},   {span(0) + 1, 1},   {span(8), 8}, {span(8) + 1, 9},
+      {span(15), 15}, {span(15) + 1, 16}, {1 << 30, 16}};
   for (const auto& [blocksize, bpmax] : highest) {
     const Pool other(host, MM_POOL_BUDDY, blocksize);
     allocate(other, 1);
     EXPECT_EQ(bpmax, other->mmh_pool.buddy.bpmax) << blocksize;
-    EXPECT_EQ((16 << bpmax) + 4, get(other, MM_PROP_BLOCKSIZE)) << "a top-level block and a word";
+    EXPECT_EQ(span(bpmax) + kWord, get(other, MM_PROP_BLOCKSIZE)) << "a top-level block and a word";
   }
 }
 
 TEST(Buddy, MergesOnlyWhenItRunsOut) {
   Host host;
-  const Pool pool(host, MM_POOL_BUDDY, 64);
+  const Pool pool(host, MM_POOL_BUDDY, span(2));
   std::array<CS_BYTE*, 4> quarters = {};
-  for (CS_BYTE*& quarter : quarters) quarter = allocate(pool, 12);
+  for (CS_BYTE*& quarter : quarters) quarter = allocate(pool, most(0));
   comn_mmfree(pool, quarters[0]);
   comn_mmfree(pool, quarters[1]);
   EXPECT_EQ(2, length(pool->mmh_pool.buddy.free[0], &MmDList::next));
 
   // One pair becomes an order 1; order 2 was needed: success, and nothing is handed out.
   void* out = &host;
-  EXPECT_EQ(CS_SUCCEED, comn_mmalloc(pool, 60, &out));
+  EXPECT_EQ(CS_SUCCEED, comn_mmalloc(pool, most(2), &out));
   EXPECT_EQ(&host, out);
   void* grown = quarters[2];
-  EXPECT_EQ(CS_SUCCEED, comn_mmrealloc(pool, 16, &grown)) << "counts the header";
+  EXPECT_EQ(CS_SUCCEED, comn_mmrealloc(pool, span(0), &grown)) << "counts the header";
   EXPECT_EQ(quarters[2], grown);
-  EXPECT_EQ(CS_SUCCEED, comn_mmrealloc(pool, 60, &grown)) << "a second top-level block";
+  EXPECT_EQ(CS_SUCCEED, comn_mmrealloc(pool, most(2), &grown)) << "a second top-level block";
   EXPECT_NE(quarters[2], grown);
   EXPECT_NE(0u, header_of(quarters[2]) & 0x40000000u) << "the old block is free";
-  EXPECT_EQ(quarters[0], allocate(pool, 28));
+  EXPECT_EQ(quarters[0], allocate(pool, most(1)));
 }
 
 // Addresses whose marks wrap around: the top-level blocks cross the boundary.
 TEST(Buddy, MarksWrapAround) {
-  std::vector<CS_BYTE> memory(std::size_t{3} << 19);
+  std::vector<CS_BYTE> memory(std::size_t{3} * span(15));
   MmHandle* pool = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory.data(), static_cast<CS_INT>(memory.size()), &pool));
-  set(pool, MM_PROP_BLOCKSIZE, 1 << 18);
+  set(pool, MM_PROP_BLOCKSIZE, span(14));
   std::vector<void*> blocks;
   for (void* out = nullptr; comn_mmalloc(pool, 1000, &out) == CS_SUCCEED; out = nullptr)
     blocks.push_back(out);
   for (void* block : blocks) comn_mmfree(pool, block);
-  EXPECT_NE(nullptr, allocate(pool, (1 << 18) - 4)) << "merged up to a top-level block";
+  EXPECT_NE(nullptr, allocate(pool, most(14))) << "merged up to a top-level block";
   EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 
 // Headers and lists end at order 15: a top-level block of order 16 enters as two of those.
 TEST(Buddy, HasNoBlockOfOrder16) {
   Host host(1);
-  const Pool pool(host, MM_POOL_BUDDY, 524'289);
-  constexpr CS_INT kLargest = (1 << 19) - 4;
+  const Pool pool(host, MM_POOL_BUDDY, span(15) + 1);
+  constexpr CS_INT kLargest = most(15);
   CS_BYTE* const lower = allocate(pool, kLargest);
   EXPECT_EQ(15U, header_of(lower) & 15);
-  EXPECT_EQ(1'048'580 + 8 + 20 - 4, host.requests.back());
-  EXPECT_EQ(lower + (1 << 19), allocate(pool, 20));
+  EXPECT_EQ(span(16) + kWord + kLink + kOverhead, host.requests.back());
+  EXPECT_EQ(lower + span(15), allocate(pool, most(0) + 1));
   for (CS_INT order = 1; order < 15; ++order)
     EXPECT_EQ(1, length(pool->mmh_pool.buddy.free[order], &MmDList::next)) << order;
   EXPECT_EQ(0x80000000U | (kLargest + 1), header_of(allocate(pool, kLargest + 1))) << "large";
@@ -260,14 +278,17 @@ TEST(Buddy, HasNoBlockOfOrder16) {
   EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, lower));
   EXPECT_EQ(lower, allocate(pool, kLargest));
   allocate(pool, kLargest);  // a second top-level block
-  EXPECT_EQ(1'048'580, get(pool, MM_PROP_BLOCKSIZE));
+  EXPECT_EQ(span(16) + kWord, get(pool, MM_PROP_BLOCKSIZE));
   EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
 }
 
 TEST(Uniform, SlabsOfOneSize) {
   const struct {
     CS_INT size, blocksize, node, slab;
-  } rows[] = {{10, 4096, 16, 4096}, {13, 4096, 20, 4080}, {5000, 4096, 5004, 5004}, {0, 10, 8, 8}};
+  } rows[] = {{3 * kWord - 2, 4096, 4 * kWord, 4096},
+              {3 * kWord + 1, 4096, 5 * kWord, 4096 / (5 * kWord) * 5 * kWord},
+              {5000, 4096, 5000 + kWord, 5000 + kWord},
+              {0, 10, 2 * kWord, 2 * kWord}};
   for (const auto& row : rows) {
     Host host;
     const Pool pool(host, MM_POOL_UNIFORM, row.blocksize);
@@ -281,10 +302,10 @@ TEST(Uniform, SlabsOfOneSize) {
     }
     // Data that looks like a free node's.
     reinterpret_cast<void**>(one)[0] = one;
-    if (row.node >= 12) reinterpret_cast<CS_UINT*>(one)[1] = 0xdeadf4ee;
+    if (row.node > 2 * kWord) *reinterpret_cast<CS_UINT*>(one + kWord) = 0xdeadf4ee;
     if (other != one) comn_mmfree(pool, other);  // so that there is a free one
     EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, one));
-    EXPECT_EQ(one - 4, pool->mmh_pool.uniform.free);
+    EXPECT_EQ(one - kWord, pool->mmh_pool.uniform.free);
     EXPECT_EQ(row.node, static_cast<CS_INT>(header_of(one)));
     EXPECT_EQ(one, allocate(pool, row.size)) << "last freed first";
   }
@@ -292,13 +313,57 @@ TEST(Uniform, SlabsOfOneSize) {
 
 TEST(AllocOnly, BumpsThroughRegions) {
   Host host;
-  const Pool pool(host, MM_POOL_ALLOCONLY, 124);
+  const Pool pool(host, MM_POOL_ALLOCONLY, 128);
   CS_BYTE* first = allocate(pool, 5);
-  EXPECT_EQ(reinterpret_cast<CS_BYTE*>(pool->mmh_blocks) + 4 + 24, first) << "link and header";
-  EXPECT_EQ(first + 8, allocate(pool, 60));
+  EXPECT_EQ(reinterpret_cast<CS_BYTE*>(pool->mmh_blocks) + kLink + 24, first) << "link and header";
+  EXPECT_EQ(first + 8, allocate(pool, 64));
   CS_BYTE* other = allocate(pool, 40);  // 32 are left: a new region
-  EXPECT_EQ(other + 40, allocate(pool, 60)) << "newest first";
-  EXPECT_EQ(first + 68, allocate(pool, 32));
+  EXPECT_EQ(other + 40, allocate(pool, 64)) << "newest first";
+  EXPECT_EQ(first + 72, allocate(pool, 32));
+}
+
+// Chunks on both sides of 4 GiB, and some that differ only above the low half of their addresses.
+TEST(Pools, AddressesAreComparedWhole) {
+  if (kWord == 4) GTEST_SKIP() << "addresses have 32 bits";
+  constexpr std::size_t kSize = 600'000;
+  const std::uint64_t border = std::uint64_t{1} << 32;
+  std::vector<CS_BYTE*> areas;
+  for (const std::uint64_t start : {2 * border, border - (2 << 20), border, 2 * border - (2 << 20),
+                                    3 * border, 3 * border - (2 << 20)}) {
+    void* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(start));
+    void* const area = mmap(wanted, kSize, PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+    if (area == wanted) areas.push_back(static_cast<CS_BYTE*>(area));
+  }
+  ASSERT_LT(3U, areas.size());
+  for (const CS_INT kind : kKinds) {
+    MmHandle* pool = nullptr;
+    ASSERT_EQ(CS_SUCCEED, comn_mmmanage(areas[0], kSize, &pool));
+    for (std::size_t i = 1; i < areas.size(); ++i)
+      ASSERT_EQ(CS_SUCCEED, put(pool, MM_PROP_ADDMEMORY, areas[i], kSize));
+    EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
+    use_at_random(pool, kind, static_cast<unsigned>(kind), 0);
+  }
+  for (CS_BYTE* area : areas) munmap(area, kSize);
+}
+
+// Many chunks that come and go in no order, each with one large block.
+TEST(Pools, FindManyChunks) {
+  Host host;
+  const Pool pool(host);
+  std::mt19937 random(1);
+  std::vector<CS_BYTE*> blocks;
+  for (int step = 0; step < 3000; ++step) {
+    if (blocks.empty() || random() % 5 < 3) {
+      blocks.push_back(allocate(pool, 5000));
+    } else {
+      std::swap(blocks.back(), blocks[random() % blocks.size()]);
+      ASSERT_EQ(CS_SUCCEED, comn_mmfree(pool, blocks.back()));
+      blocks.pop_back();
+    }
+    ASSERT_TRUE(step % 100 != 0 || com__mm_validate(pool) == CS_SUCCEED) << step;
+    ASSERT_EQ(blocks.size() + 2, host.live.size());
+  }
 }
 
 }  // namespace

@@ -11,11 +11,11 @@ using namespace pools;
 
 TEST(Properties, AreFixedByTheFirstAllocation) {
   Host host;
-  CS_BYTE control[152];
+  CS_BYTE control[kControlSize];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mminit(&host, &pool));
   EXPECT_EQ(0U, host.requests.size());
-  EXPECT_EQ(control + 48, reinterpret_cast<CS_BYTE*>(pool));
+  EXPECT_EQ(control + kHeadSize, reinterpret_cast<CS_BYTE*>(pool));
   EXPECT_EQ(2, pool->mmh_status);
   EXPECT_EQ(2, pool->mmh_head->mph_status);
   const struct {
@@ -33,11 +33,12 @@ TEST(Properties, AreFixedByTheFirstAllocation) {
   allocate(pool, 1);
   for (const auto& row : rows)
     EXPECT_EQ(row.fixed ? CS_FAIL : CS_SUCCEED, set(pool, row.property, row.value));
-  EXPECT_EQ(152, get(pool, MM_PROP_CTLSIZE));
+  EXPECT_EQ(kControlSize, get(pool, MM_PROP_CTLSIZE));
   for (const CS_INT refused : {MM_PROP_CTLSIZE, MM_PROP_SUBPOOL})
     EXPECT_EQ(CS_FAIL, set(pool, refused, 160));
   for (const CS_INT untold : {MM_PROP_SBREAKARG, MM_PROP_LOCKARG, MM_PROP_LOCK})
-    EXPECT_EQ(0, get(pool, untold)) << "an argument is not told, a function is not there";
+    EXPECT_EQ(nullptr, get<void*>(pool, untold))
+        << "an argument is not told, a function is not there";
   void* nothing = nullptr;
   EXPECT_EQ(CS_FAIL, comn_mmrealloc(pool, 100, &nothing)) << "not of this kind";
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
@@ -193,7 +194,7 @@ TEST(Pools, RequestsThatNoMemoryMeets) {
     Host host;
     const Pool pool(host, kind);
     void* block = nullptr;
-    for (const CS_INT size : {0x7fffffff, 0x7fffffff - 20, 0x7fffffff - 64})
+    for (const CS_INT size : {0x7fffffff, 0x7fffffff - 20, 0x7fffffff - 16 * kWord})
       EXPECT_EQ(CS_MEM_ERROR, comn_mmalloc(pool, size, &block)) << kind << ' ' << size;
     EXPECT_EQ(nullptr, block);
     EXPECT_EQ(4096, get(pool, MM_PROP_BLOCKSIZE)) << "the first allocation is still to come";
@@ -263,7 +264,8 @@ TEST(PoolsDeathTest, MisuseStops) {
   EXPECT_STOP(header_of(block) |= 15, comn_mmfree(buddy, block));
   EXPECT_STOP(header_of(block) ^= 0x100000, comn_mmfree(buddy, block));
   EXPECT_STOP(header_of(block) |= 0x80000000, comn_mmfree(buddy, block));
-  for (const CS_UINT damage : {4U, 12U, 0U - 12U})  // a size that the heap did not give
+  for (const CS_UINT damage :
+       {1U * kWord, 3U * kWord, 0U - 3U * kWord})  // a size that the heap did not give
     EXPECT_STOP(header_of(large) += damage, comn_mmfree(buddy, large)) << damage;
   EXPECT_STOP(comn_mmfree(buddy, block), header_of(other) ^= 0x10000, compact());
   EXPECT_STOP(comn_mmfree(buddy, block), header_of(block) ^= 1, compact());
@@ -279,7 +281,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   EXPECT_STOP(set(fresh, MM_PROP_POOLTYPE, 2239));
   EXPECT_STOP(set(fresh, MM_PROP_CHUNKSIZE, 0));
   EXPECT_STOP(put(fresh, MM_PROP_SBREAK, nullptr));
-  EXPECT_STOP(put(fresh, MM_PROP_ADDMEMORY, outside, 8));
+  EXPECT_STOP(put(fresh, MM_PROP_ADDMEMORY, outside, 2 * kWord));
   EXPECT_STOP(com___putblock(buddy, block));
   EXPECT_STOP(com___remove_subpool(fresh));
   EXPECT_STOP(comn_mmdiag());
@@ -288,7 +290,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   EXPECT_STOP(com___getheap(fresh, 16, &out), header_of(out) = 0, com___putheap(fresh, out));
   EXPECT_STOP(com___getheap(fresh, 16, &out), header_of(out) = 100'000, com___putheap(fresh, out));
   EXPECT_STOP(lock.install(buddy), lock.result = CS_FAIL, comn_mmfree(buddy, block));
-  for (const CS_INT size : {104, 151, 160})
+  for (const CS_INT size : {kHandleSize, kControlSize - 1, kControlSize + 2 * kWord})
     EXPECT_STOP(comn_mmmanage(outside, size, &none)) << size;
   for (const CS_INT code : {MM_PROP_POOLTYPE - 1, +MM_PROP_ADDMEMORY, MM_PROP_BLOCKSIZE + 1})
     EXPECT_STOP(comn_mmproperty(buddy, CS_GET, code, &out, 0, nullptr)) << code;

@@ -13,6 +13,25 @@
 
 namespace pools {
 
+// Sizes that go by the word.
+inline constexpr CS_INT kWord = sizeof(void*);
+inline constexpr CS_INT kHeadSize = kWord == 4 ? 48 : 96;
+inline constexpr CS_INT kHandleSize = kWord == 4 ? 104 : 192;
+inline constexpr CS_INT kControlSize = kHeadSize + kHandleSize;
+inline constexpr CS_INT kOverhead = kWord == 4 ? 20 : 56;  // of a chunk
+inline constexpr CS_INT kLink = kWord == 4 ? 4 : 16;       // of a handle's block
+
+constexpr CS_INT rounded(CS_INT size) {
+  return (size + kWord - 1) / kWord * kWord;
+}
+// Bytes of a buddy block of that order, its header included, and the most that a user gets of it.
+constexpr CS_INT span(CS_INT order) {
+  return (4 * kWord) << order;
+}
+constexpr CS_INT most(CS_INT order) {
+  return span(order) - kWord;
+}
+
 struct Host : CS_CONTEXT {
   // Its chunks start `shift` bytes behind an aligned address.
   explicit Host(int with_shift = 0) : CS_CONTEXT{}, shift(with_shift) {
@@ -64,7 +83,7 @@ Value get(MmHandle* pool, CS_INT property, CS_INT buflen = CS_UNUSED) {
   Value value = {};
   CS_INT outlen = 0;
   EXPECT_EQ(CS_SUCCEED, comn_mmproperty(pool, CS_GET, property, &value, buflen, &outlen));
-  EXPECT_EQ(4, outlen);
+  EXPECT_EQ(static_cast<CS_INT>(sizeof value), outlen);
   return value;
 }
 
@@ -79,7 +98,7 @@ inline CS_BYTE* allocate(MmHandle* pool, CS_INT size) {
 }
 
 inline CS_UINT& header_of(void* user) {
-  return static_cast<CS_UINT*>(user)[-1];
+  return *reinterpret_cast<CS_UINT*>(static_cast<CS_BYTE*>(user) - kWord);
 }
 
 inline constexpr CS_INT kKinds[] = {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM};

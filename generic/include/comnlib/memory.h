@@ -46,9 +46,11 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  * subpool takes discipline and block size from its parent.
  *
  * Sizes are in bytes. Chunks and areas of the caller's may start at any address; every address
- * handed out is a multiple of 4 bytes away from the start of its chunk. A null pointer or a
- * negative size stops the process, and so does what only a broken caller can bring about: a dropped
- * handle, a pointer that the pool did not hand out or has taken back, a damaged block header.
+ * handed out is a multiple of a word away from the start of its chunk. A word has the size of a
+ * pointer, 4 or 8 bytes; of the numbers that follow from it those of a 64-bit host are in brackets.
+ * A null pointer or a negative size stops the process, and so does what only a broken caller can
+ * bring about: a dropped handle, a pointer that the pool did not hand out or has taken back, a
+ * damaged block header.
  *
  * Thread safety: with a lock installed, each call on any handle of the family runs under it.
  * comn_mminit installs one by itself when the context has a thread table. Without a lock the host
@@ -96,7 +98,7 @@ enum {
 
 /** Sizes and arguments. */
 enum {
-  MM_CTL_SIZE = COMN_BY_HOST(152, 280), /**< bytes of a control area: head and handle */
+  MM_CTL_SIZE = COMN_BY_HOST(152, 288), /**< bytes of a control area: head and handle */
   MM_NO_LIMIT = -9999,                  /**< MM_PROP_MAXSIZE of a pool without a limit */
   MM_FORCE_DROP = 300                   /**< option of comn_mmdrop */
 };
@@ -116,12 +118,15 @@ COMN_API CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh);
  * Creates a pool in the `buflen` bytes at `buffer`, which outlive it. When `*mmh` is not null it is
  * a control area as above and all of the buffer is the pool's memory; else the first MM_CTL_SIZE
  * bytes of the buffer become the control area. The handle is stored through `mmh`. The pool has no
- * lock and cannot grow, unless its properties say otherwise. CS_FAIL when the buffer has to hold
- * the control area and is shorter than 104 bytes. Lengths of 104 to 151 and 153 to 160 stop the
- * process; so do lengths below 9 with a control area of the caller's. The pool's own overhead is 20
- * bytes a chunk. A buddy pool takes its blocks from top-level blocks of the block size, so with the
- * default one it needs a chunk of 4,124 bytes, 4,276 with the control area: set MM_PROP_BLOCKSIZE
- * lower first where there is less.
+ * lock and cannot grow, unless its properties say otherwise.
+ *
+ * CS_FAIL when the buffer has to hold the control area and is shorter than 104 [192] bytes. Lengths
+ * from there to 151 and from 153 to 160 [287, 289 to 304] stop the process; so do lengths below 9
+ * [17] with a control area of the caller's.
+ *
+ * The pool's own overhead is 20 [56] bytes a chunk. A buddy pool takes its blocks from top-level
+ * blocks of the block size, so with the default one it needs a chunk of 4,124 [4,176] bytes, 4,276
+ * [4,464] with the control area: set MM_PROP_BLOCKSIZE lower first where there is less.
  */
 COMN_API CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh);
 
@@ -129,6 +134,7 @@ COMN_API CS_RETCODE comn_mmmanage(CS_VOID* buffer, CS_INT buflen, MmHandle** mmh
  * Stores the address of `size` zeroed bytes through `out_ptr`; a size of 0 gives a block too.
  * CS_MEM_ERROR when neither the chunks nor the source of chunks have room; CS_FAIL when a uniform
  * pool is asked for another size than the first time; what the lock returned when that failed.
+ *
  * Buddy pools: CS_SUCCEED can come without a block. The pool has then merged free blocks but made
  * none that is large enough, and `*out_ptr` is unchanged. Set `*out_ptr` to null first and call
  * again. A first allocation that fails leaves the block size as it was set.
@@ -137,7 +143,9 @@ COMN_API CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_pt
 
 /**
  * Takes back a block that this handle handed out; null stops the process. CS_FAIL for an alloc-only
- * pool. A lock that cannot be taken stops the process. Searches the family's chunks, newest first.
+ * pool. A lock that cannot be taken stops the process. A 32-bit host's pool searches the family's
+ * chunks, newest first, and for a block larger than the block size the handle's blocks.
+ *
  * A chunk from a source goes back to it when all of it is free. Only blocks that are larger than
  * the block size, and all blocks of a subpool that is dropped, become free in that sense: the
  * smaller blocks of a buddy or uniform pool stay with their handle for its next allocations.
@@ -148,24 +156,25 @@ COMN_API CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr);
  * Makes the block at `*ptr_inout`, of a buddy pool, hold `new_size` bytes; it may move. A null
  * block stops the process; a size of 0 keeps the block. Bytes beyond the old contents are not
  * cleared. CS_FAIL for the other disciplines; CS_MEM_ERROR, and success without a block, as for
- * comn_mmalloc: pointer and block are then as before. Known limit: a block of 12 (28, 60, ...)
- * usable bytes is taken to hold 16 (32, 64, ...). A request of 13 to 16 (29 to 32, ...) bytes
- * therefore succeeds without moving the block, although up to 4 bytes are missing. Ask for 4 bytes
- * more.
+ * comn_mmalloc: pointer and block are then as before.
+ *
+ * Known limit: a block of 12, 28, 60, ... [24, 56, ...] usable bytes is taken to hold 16, 32, 64,
+ * ... [32, 64, ...]. A request of 13 to 16, 29 to 32, ... [25 to 32, ...] bytes therefore succeeds
+ * without moving the block, although up to a word is missing. Ask for a word more.
  */
 COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout);
 
 /**
  * Gets (CS_GET), sets (CS_SET) or clears (CS_CLEAR) a property. Numbers, addresses and handles are
  * read and written through `buffer`; a function or an opaque argument to set is `buffer` itself.
- * `buflen` counts only where a property names it. A successful get stores 4 through `outlen` when
- * that is not null.
+ * `buflen` counts only where a property names it. A successful get stores the size of the value
+ * through `outlen` when that is not null: 4 for a number, the size of a pointer for the others.
  *
  * - MM_PROP_POOLTYPE, MM_PROP_BLOCKSIZE: the discipline; the size of a top-level buddy block, of a
  *   slab of uniform nodes, the least size of an alloc-only region. Set before the first allocation
  *   only, else CS_FAIL. That allocation adapts the block size: a buddy pool rounds it up to a power
- *   of two, 1,048,576 at most, and adds 4 (4096 reads 4100 then); a uniform pool cuts it down to
- *   whole nodes.
+ *   of two, 1,048,576 [2,097,152] at most, and adds a word (4096 reads 4100 [4104] then); a uniform
+ *   pool cuts it down to whole nodes.
  * - MM_PROP_CHUNKSIZE: least size of a chunk to obtain.
  * - MM_PROP_MAXSIZE: limit for the sum of all chunks ever obtained, those given back included.
  * - MM_PROP_SBREAK, MM_PROP_UNSBREAK, MM_PROP_SBREAKARG: where chunks come from and go, and their
@@ -175,10 +184,10 @@ COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** 
  *   argument first and the lock function last: as soon as both are there every call unlocks when it
  *   ends, but for the one that sets the lock function. A lock function is not replaced: CS_FAIL.
  *   Clearing any of the three clears all of them. It calls the unlock function, if there is one,
- * and returns its result. A mutex that the pool has made is not deleted then; it belongs to the
+ *   and returns its result. A mutex that the pool has made is not deleted then; it belongs to the
  *   create_mutex_fn that made it.
  * - MM_PROP_ADDMEMORY: set: gives the pool the `buflen` bytes at `buffer` as a further chunk, which
- *   outlives the pool. Less than 9 bytes stop the process. It cannot be got: that stops too.
+ *   outlives the pool. Less than 9 [17] bytes stop the process. A get stops it too.
  * - MM_PROP_CTLSIZE: get: MM_CTL_SIZE. Needs no lock. Set: CS_FAIL.
  * - MM_PROP_SUBPOOL: get: the handle of the subpool with the tag `buflen`, created when there is
  *   none (CS_MEM_ERROR when it cannot be). Set: CS_FAIL.

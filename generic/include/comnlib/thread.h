@@ -255,8 +255,9 @@ COMN_API pthread_t comn_threadid(CS_VOID);
 COMN_API pthread_t comn_thread_id(CS_VOID);
 
 /**
- * Copies the caller's id into the first 4 bytes of `buffer`; a `buflen` below 4 stops the process.
- * `outlen`, when not null, becomes 4. CS_SUCCEED.
+ * Copies the caller's id, a pthread_t, into the first 4 bytes of `buffer`, 8 in a 64-bit host; a
+ * lower `buflen` stops the process. `outlen`, when not null, becomes the number of bytes.
+ * CS_SUCCEED.
  */
 COMN_API CS_RETCODE comn_get_tid(CS_VOID* buffer, CS_INT buflen, CS_INT* outlen);
 
