@@ -11,16 +11,25 @@ struct Alias {
   const char* home_name;
 };
 
+// Names that no rule leads to.
 constexpr std::array kAliases = {
-    Alias{"ASCII", "ascii"},        Alias{"USASCII", "ascii"}, Alias{"ANSIX3.41968", "ascii"},
-    Alias{"ISO646US", "ascii"},     Alias{"UTF8", "utf8"},     Alias{"ISO88591", "iso_1"},
-    Alias{"LATIN1", "iso_1"},       Alias{"L1", "iso_1"},      Alias{"ISO885915", "iso15"},
-    Alias{"LATIN9", "iso15"},       Alias{"CP437", "cp437"},   Alias{"IBM437", "cp437"},
-    Alias{"CP850", "cp850"},        Alias{"IBM850", "cp850"},  Alias{"CP1252", "cp1252"},
-    Alias{"WINDOWS1252", "cp1252"}, Alias{"KOI8R", "koi8"},    Alias{"KOI8", "koi8"},
-    Alias{"SJIS", "sjis"},          Alias{"SHIFTJIS", "sjis"}, Alias{"CP932", "sjis"},
-    Alias{"GBK", "cp936"},          Alias{"CP936", "cp936"},   Alias{"UTF16", "utf8"},
-    Alias{"UTF16LE", "utf8"},       Alias{"UTF16BE", "utf8"},
+    Alias{"USASCII", "ascii"}, Alias{"ANSIX3.41968", "ascii"}, Alias{"ISO646US", "ascii"},
+    Alias{"LATIN5", "iso_9"},  Alias{"LATIN6", "iso10"},       Alias{"LATIN7", "iso13"},
+    Alias{"LATIN8", "iso14"},  Alias{"LATIN9", "iso15"},       Alias{"LATIN10", "iso16"},
+    Alias{"SHIFTJIS", "sjis"}, Alias{"GBK", "cp936"},          Alias{"UHC", "cp949"},
+    Alias{"KOI8R", "koi8"},    Alias{"MACINTOSH", "macroman"}, Alias{"UTF16", "utf8"},
+    Alias{"UTF16LE", "utf8"},  Alias{"UTF16BE", "utf8"},
+};
+
+// The home's names begin with one thing where others begin with another.
+struct Prefix {
+  std::string_view squeezed;
+  std::size_t digits;  // that follow
+  const char* home_prefix;
+};
+constexpr std::array kPrefixes = {
+    Prefix{"ISO8859", 1, "iso_"}, Prefix{"ISO8859", 2, "iso"}, Prefix{"LATIN", 1, "iso_"},
+    Prefix{"IBM", 3, "cp"},       Prefix{"WINDOWS", 3, "cp"},  Prefix{"WINDOWS", 4, "cp"},
 };
 
 }  // namespace
@@ -35,8 +44,16 @@ std::string squeeze(std::string_view name) {
 }
 
 std::string home_charset(const std::string& name) {
-  const auto* found = std::ranges::find(kAliases, squeeze(name), &Alias::squeezed);
-  return found == kAliases.end() ? name : found->home_name;
+  std::string text = squeeze(name);
+  const auto* found = std::ranges::find(kAliases, text, &Alias::squeezed);
+  if (found != kAliases.end()) return found->home_name;
+  for (const Prefix& prefix : kPrefixes)
+    if (text.starts_with(prefix.squeezed) && text.size() == prefix.squeezed.size() + prefix.digits)
+      return prefix.home_prefix + text.substr(prefix.squeezed.size());
+  std::ranges::transform(text, text.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return text;
 }
 
 }  // namespace rowcopy

@@ -9,7 +9,8 @@ namespace rowcopy {
 // A name in capitals without "-", "_" and blanks: "utf-8" is "UTF8".
 std::string squeeze(std::string_view name);
 
-// The home's name of a character set that is usually called that, or the name itself.
+// What the home calls a character set of that name, if it has it: "latin1", "ISO-8859-1" and
+// "ISO8859-1" are "iso_1".
 std::string home_charset(const std::string& name);
 
 }  // namespace rowcopy

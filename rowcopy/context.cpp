@@ -141,9 +141,10 @@ CS_LOCALE* Context::locale(const std::string& name) {
   CS_RETCODE code =
       comn_intl_load(&context_, name.data(), length_of(name), &entry, path.data(), path.size());
   if (code == CS_MEM_ERROR) throw std::bad_alloc();
-  if (code == CS_FAIL)
-    code = load_charset(home_charset(name), name_of(context_.ctxlocale, COM_LOC_LANGUAGE),
-                        name_of(context_.ctxlocale, COM_LOC_SORTORDER), entry);
+  const std::string language = name_of(context_.ctxlocale, COM_LOC_LANGUAGE);
+  const std::string order = name_of(context_.ctxlocale, COM_LOC_SORTORDER);
+  for (const std::string& charset : {name, home_charset(name)})
+    if (code != CS_SUCCEED) code = load_charset(charset, language, order, entry);
   if (code != CS_SUCCEED)
     throw Fatal("\"" + name + "\" is no locale and no character set of the home " +
                 std::getenv("TALVEN"));

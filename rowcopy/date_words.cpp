@@ -102,15 +102,30 @@ std::optional<Verdict> compare_day(std::span<const Number> numbers, const CS_DAT
   return std::nullopt;
 }
 
-// `clock12`: the hour may be one of a clock that has twelve.
-bool same_hour(const Number& number, bool clock12, const CS_DATEREC& rec) {
-  if (!number.is_short()) return false;
-  return number.value == rec.datehour || (clock12 && number.value >= 1 && number.value <= 12 &&
-                                          number.value % 12 == rec.datehour % 12);
+// What a text ends in, if that may say which half of the day it is. Other languages have other
+// words than these two, which leave it open.
+enum class Half { kNone, kMorning, kAfternoon, kEither };
+
+Half half_of(std::string_view text) {
+  const char last = text.back();
+  if (is_digit(last)) return Half::kNone;
+  if (text.size() < 2 || (last != 'm' && last != 'M')) return Half::kEither;
+  const char before = text[text.size() - 2];
+  if (before == 'a' || before == 'A') return Half::kMorning;
+  return before == 'p' || before == 'P' ? Half::kAfternoon : Half::kEither;
 }
 
-bool same_clock(std::span<const Number> time, bool clock12, const CS_DATEREC& rec) {
-  if (time.size() > 4 || !same_hour(time[0], clock12, rec)) return false;
+bool same_hour(const Number& number, Half half, const CS_DATEREC& rec) {
+  if (!number.is_short()) return false;
+  if (half == Half::kNone) return number.value == rec.datehour;
+  if (number.value < 1 || number.value > 12) return number.value == rec.datehour;
+  if (half == Half::kMorning && rec.datehour >= 12) return false;
+  if (half == Half::kAfternoon && rec.datehour < 12) return false;
+  return number.value % 12 == rec.datehour % 12;
+}
+
+bool same_clock(std::span<const Number> time, Half half, const CS_DATEREC& rec) {
+  if (time.size() > 4 || !same_hour(time[0], half, rec)) return false;
   if (time.size() > 1 ? time[1].value != rec.dateminute : rec.dateminute != 0) return false;
   if (time.size() > 2 ? time[2].value != rec.datesecond : rec.datesecond != 0) return false;
   if (time.size() < 4) return rec.datemsecond == 0;
@@ -132,20 +147,18 @@ Verdict compare_words(std::string_view text, const CS_DATEREC& rec) {
   const Numbers found = find_numbers(text);
   const auto numbers = found.all();
   if (numbers.empty()) return Verdict::kNoValue;
-  const bool ends_in_word = [&] {
-    const std::size_t last = text.find_last_not_of(" \t\n\v\f\r");
-    return !is_digit(text[last]);
-  }();
+  const Half half = half_of(text);
   const std::size_t time = time_begin(numbers);
   if (time < numbers.size()) {
     const auto day = compare_day(numbers.first(time), rec);
-    if (!day || !same_clock(numbers.subspan(time), ends_in_word, rec)) return Verdict::kChanged;
+    if (!day || !same_clock(numbers.subspan(time), half, rec)) return Verdict::kChanged;
     return *day;
   }
   // A date without a time of day; else the last number is an hour with "AM" or "PM".
   if (is_midnight(rec) && compare_day(numbers, rec)) return Verdict::kFilledIn;
   const auto day = compare_day(numbers.first(numbers.size() - 1), rec);
-  if (!ends_in_word || !day || !same_clock(numbers.last(1), true, rec)) return Verdict::kChanged;
+  if (half == Half::kNone || !day || !same_clock(numbers.last(1), half, rec))
+    return Verdict::kChanged;
   return *day;
 }
 

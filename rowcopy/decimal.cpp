@@ -1,8 +1,11 @@
 #include "decimal.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace rowcopy {
@@ -14,7 +17,7 @@ constexpr bool is_digit(char c) {
 
 // Blanks and what only adorns a number. Signs are looked at on their own.
 constexpr bool is_adornment(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r') || c == ',' || c == '$' || c == '+' || c == '\0';
+  return c == ' ' || (c >= '\t' && c <= '\r') || c == ',' || c == '$' || c == '+';
 }
 
 // The number behind an "e", as far as it matters.
@@ -106,6 +109,25 @@ bool same_number(const Decimal& a, const Decimal& b) {
 
 bool same_digits(std::string_view a, std::string_view b) {
   return read_digits(a) == read_digits(b);
+}
+
+bool is_near(const Decimal& said, std::string_view text, double number, double tolerance) {
+  constexpr auto kPowers = [] {
+    std::array<double, 23> powers{1};  // those that a double holds
+    for (std::size_t at = 1; at < powers.size(); ++at) powers[at] = powers[at - 1] * 10;
+    return powers;
+  }();
+  const auto distance = static_cast<std::size_t>(std::abs(said.exponent));
+  double expected = 0;
+  if (!said.wide && distance < kPowers.size()) {
+    expected = static_cast<double>(said.magnitude);
+    expected = said.exponent < 0 ? expected / kPowers[distance] : expected * kPowers[distance];
+    if (said.negative) expected = -expected;
+  } else {
+    const std::size_t first = std::min(text.find_first_not_of(" \t\n\v\f\r+"), text.size());
+    std::from_chars(text.data() + first, text.data() + text.size(), expected);
+  }
+  return std::abs(number - expected) <= tolerance * std::abs(expected);
 }
 
 bool is_binary(const Decimal& number, int digits) {

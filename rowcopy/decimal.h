@@ -25,6 +25,9 @@ bool same_number(const Decimal& a, const Decimal& b);
 // Whether two texts say the same number, with any number of digits.
 bool same_digits(std::string_view a, std::string_view b);
 
+// Whether `number` is what `text` says, which was read as `said`, but for that share of it.
+bool is_near(const Decimal& said, std::string_view text, double number, double tolerance);
+
 // Whether a number has at most that many binary digits from its first 1 to its last. A wide number
 // has not, whatever it is.
 bool is_binary(const Decimal& number, int digits);

@@ -161,12 +161,16 @@ Verdict Fidelity::compare_number(std::string_view text, const char* value, CS_IN
   if (type_.kind == Kind::kFloat) {
     const bool narrow = type_.code == CS_REAL_TYPE;
     const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
-    if (!std::isfinite(stored)) return Verdict::kSame;
+    if (!std::isfinite(stored))
+      return text.find('\0') == text.npos ? Verdict::kSame : Verdict::kChanged;
+    if (said.foreign || !is_near(said, text, stored, narrow ? 1e-6 : 1e-14))
+      return Verdict::kChanged;
     const bool exact =
         said.wide ? same_digits(text, all_digits(stored)) : is_binary(said, narrow ? 24 : 53);
     return exact ? Verdict::kSame : Verdict::kInexact;
   }
   if (!said.has_digits) return Verdict::kNoValue;
+  if (said.foreign) return Verdict::kChanged;
   const Decimal stored = stored_number(type_.code, value);
   const bool same = said.wide || stored.wide ? same_digits(text, text_of(value, length))
                                              : same_number(said, stored);

@@ -144,8 +144,9 @@ VALUES = {
     'smalldatetime': {'2010-01-01T10:00:00': '2010-01-01T10:00:00.000',
                       '2010-01-01T10:00:30': 'stored as "2010-01-01T10:01:00.000"',
                       '2010-01-01T10:00:29': 'stored as "2010-01-01T10:00:00.000"'},
-    'float': {'0.1': '.10000000000000001', '1e22': '1e+22', '-inf': '-inf', '1e400': "is outside the type's range"},
-    'real': {'0.5': '.5', '1e39': "is outside the type's range"},
+    'float': {'0.1': '.10000000000000001', '1e22': '1e+22', '-inf': '-inf', '123456789012345678901234567890': '1.2345678901234568e+29',
+              '1e-300': '1e-300', '1e400': "is outside the type's range"},
+    'real': {'0.5': '.5', '3.4e38': '3.3999999521443642e+38', '1\x002': 'stored as "1.0"', '1e39': "is outside the type's range"},
     'float/int': {'3.0': '3', '3.9': 'stored as "3"'},
     'money/float': {'0.5': '.5', '922337203685477.5807': '922337203685477.62'},
     'numeric(9, 2)/money': {'-0.01': '-0.0100'},
@@ -272,6 +273,8 @@ reports('^city .* CS_CVT_SUBSTITUTED 1 ', '^wide .* CS_SUCCEED 1 ')
 write('bad.csv', 'Städte,wide,vary,day\nü,'.encode() + b'\xff,\xe2\x82,\n')
 run('malformed characters', 1, '--from', 'utf8', '--to', 'cp1252', 't.layout', 'bad.csv', 'records')
 reports('^wide .* CS_CVT_BADXLATE 1 ', '^vary .* CS_CVT_BADXLATE 1 ')
+for name in ('latin1', 'ISO-8859-15', 'ISO8859-2', 'IBM850', 'windows-1250', 'KOI8-R', 'EUC-JP', 'Big5', 'GBK', 'US-ASCII', 'iso_1'):
+    run(f'character set {name}', 0, '--sniff', '--from', name, '-', stdin=b'a,b\n1,2\n')
 layout('n = int', 'm = money', 'd = datetime')
 write('wide.csv', 'n,m,d\n'.encode() + '１２,￥３．５,2026年\n１３,４,12:30\n'.encode('shift_jis'))
 run('full-width digits', 1, '--from', 'Shift_JIS', '--text', 'text', 't.layout', 'wide.csv', 'records')
