@@ -177,8 +177,12 @@ std::optional<Verdict> compare_iso(std::string_view text, const IsoDate& iso) {
 
 }  // namespace
 
+std::optional<Verdict> compare_iso_date(std::string_view text, const CS_DATETIME& value) {
+  if (text.size() != kIsoDay && text.size() != kIsoSeconds) return std::nullopt;
+  return compare_iso(text, iso_date(value));
+}
+
 Verdict compare_date(std::string_view text, const CS_DATETIME& value) {
-  if (const auto verdict = compare_iso(text, iso_date(value))) return *verdict;
   while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
   while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
   CS_DATEREC rec{};

@@ -72,16 +72,21 @@ bool scale(std::uint64_t& number, std::uint64_t base, int power) {
 
 }  // namespace
 
-Decimal read_decimal(std::string_view text) {
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 10 - 1;
+namespace {
+
+// `Magnitude` holds whatever the text's digits say, or is the widest there is.
+template <class Magnitude>
+Decimal read_as(std::string_view text) {
+  constexpr Magnitude kMost = std::numeric_limits<Magnitude>::max() / 10 - 1;
   Decimal number;
+  Magnitude magnitude = 0;
   bool after_point = false;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char c = text[at];
     if (is_digit(c)) {
       number.has_digits = true;
-      number.wide |= number.magnitude > kMost;
-      number.magnitude = number.magnitude * 10 + static_cast<unsigned>(c - '0');
+      number.wide |= magnitude > kMost;
+      magnitude = magnitude * 10 + static_cast<unsigned>(c - '0');
       number.exponent -= after_point ? 1 : 0;
     } else if (c == '.') {
       after_point = true;
@@ -94,7 +99,15 @@ Decimal read_decimal(std::string_view text) {
       number.foreign = true;
     }
   }
+  number.magnitude = magnitude;
   return number;
+}
+
+}  // namespace
+
+Decimal read_decimal(std::string_view text) {
+  return text.size() < std::numeric_limits<std::uint32_t>::digits10 ? read_as<std::uint32_t>(text)
+                                                                    : read_as<std::uint64_t>(text);
 }
 
 bool same_number(const Decimal& a, const Decimal& b) {

@@ -145,8 +145,11 @@ Verdict Fidelity::compare(const Field& field, const char* value, CS_INT length) 
       return same_bytes(bare_digits(plain(field.text)), data_of(type_.code, value, length))
                  ? Verdict::kSame
                  : Verdict::kChanged;
-    case Kind::kDate:
-      return compare_date(plain(field.text), widen_date(type_.code, value));
+    case Kind::kDate: {
+      const CS_DATETIME date = widen_date(type_.code, value);
+      const auto verdict = compare_iso_date(field.text, date);
+      return verdict ? *verdict : compare_date(plain(field.text), date);
+    }
     default:
       return compare_number(field.text, value, length);
   }

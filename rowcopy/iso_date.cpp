@@ -21,21 +21,22 @@ IsoDate iso_date(const CS_DATETIME& value) {
   CS_DATEREC rec{};
   com_datecrack(&value, &rec);
   com_timecrack(&value, &rec);
-  IsoDate text{};
-  std::size_t end = 0;
-  const auto put = [&](CS_INT number, std::size_t digits, char separator) {
-    end += digits;
-    for (std::size_t at = end; digits-- > 0; number /= 10)
-      text[--at] = static_cast<char>('0' + number % 10);
-    if (end < text.size()) text[end++] = separator;
+  IsoDate text = {'0', '0', '0', '0', '-', '0', '0', '-', '0', '0', 'T', '0',
+                  '0', ':', '0', '0', ':', '0', '0', '.', '0', '0', '0'};
+  const auto put_pair = [&](std::size_t at, CS_INT number) {
+    text[at] = static_cast<char>('0' + number / 10);
+    text[at + 1] = static_cast<char>('0' + number % 10);
   };
-  put(rec.dateyear, 4, '-');
-  put(rec.datemonth + 1, 2, '-');
-  put(rec.datedmonth, 2, 'T');
-  put(rec.datehour, 2, ':');
-  put(rec.dateminute, 2, ':');
-  put(rec.datesecond, 2, '.');
-  put(rec.datemsecond, 3, '\0');
+  put_pair(0, rec.dateyear / 100);
+  put_pair(2, rec.dateyear % 100);
+  put_pair(5, rec.datemonth + 1);
+  put_pair(8, rec.datedmonth);
+  if (value.dttime == 0) return text;
+  put_pair(11, rec.datehour);
+  put_pair(14, rec.dateminute);
+  put_pair(17, rec.datesecond);
+  put_pair(20, rec.datemsecond / 10);
+  text[22] = static_cast<char>('0' + rec.datemsecond % 10);
   return text;
 }
 
