@@ -20,7 +20,9 @@ add_link_options(${COMNLIB_TARGET_OPTION})
 math(EXPR CMAKE_SIZEOF_VOID_P "${COMNLIB_TARGET_BITS} / 8")
 set(CMAKE_LIBRARY_ARCHITECTURE ${COMNLIB_TARGET}-linux-gnu)
 # Both libraries may be installed below one prefix.
-set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Folder of the libraries")
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Folder of the libraries")
+endif()
 # Places in diagnostics name files from the source tree's root, wherever it was built.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
