@@ -10,11 +10,11 @@ export PKG_CONFIG_PATH=$lib_dir/pkgconfig
 read -ra cflags < <("$pkg_config" --cflags comnlib)
 read -ra shared < <("$pkg_config" --libs comnlib)
 read -ra static < <("$pkg_config" --libs --static comnlib)
-home=$("$pkg_config" --variable=homedir comnlib)
+[ -f "$("$pkg_config" --variable=homedir comnlib)/locales/locales.dat" ]
 
 host() {
   "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_shared" "${shared[@]}"
-  LD_LIBRARY_PATH=$lib_dir "$scratch/pc_shared" "$home"
+  LD_LIBRARY_PATH=$lib_dir "$scratch/pc_shared"
   # Versions in what a host calls let its loader refuse an older library of the same soname.
   nm -D --with-symbol-versions "$scratch/pc_shared" | awk '
     $1 == "U" && $2 ~ /^com/ { ++calls }
@@ -23,7 +23,7 @@ host() {
 
   # The archive beside the shared object has to be asked for by its name.
   "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_static" "${static[@]/#-lcomnlib/-l:libcomnlib.a}"
-  "$scratch/pc_static" "$home"
+  "$scratch/pc_static"
 }
 host "$cc" -std=c11 "$source/host.c"
 host "$cxx" -std=c++20 "$source/host.cpp"

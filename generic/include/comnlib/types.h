@@ -189,7 +189,7 @@ typedef struct _cs_daterec {
 } CS_DATEREC;
 
 typedef struct _cslocale CS_LOCALE;
-typedef CS_LOCALE CsLocale;
+typedef CS_LOCALE CsLocale; /**< the same record under its other name */
 
 /**
  * Describes one value that a conversion reads or writes. Conversions never change it, so one format

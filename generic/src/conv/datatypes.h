@@ -131,9 +131,9 @@ consteval CS_UINT codes_of(Family family) {
 
 template <Family kFamily>
 constexpr bool is_of(CS_INT datatype) {
-  constexpr CS_UINT codes = codes_of(kFamily);
-  if constexpr (std::has_single_bit(codes)) return datatype == std::countr_zero(codes);
-  return is_builtin(datatype) && (codes >> datatype & 1) != 0;
+  constexpr CS_UINT kCodes = codes_of(kFamily);
+  if constexpr (std::has_single_bit(kCodes)) return datatype == std::countr_zero(kCodes);
+  return is_builtin(datatype) && (kCodes >> datatype & 1) != 0;
 }
 
 constexpr bool is_character(CS_INT datatype) {

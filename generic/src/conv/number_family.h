@@ -64,9 +64,9 @@ struct ToFloat : Type {
   static CS_RETCODE convert(std::floating_point auto value, const Conversion& call) {
     if constexpr (sizeof(T) < sizeof value) {
       // Every double beyond the largest single, those that would round down to it included.
-      constexpr T highest = std::numeric_limits<T>::max();
-      if (std::fabs(value) > CS_FLOAT{highest}) {
-        store(call.dest, value < 0 ? -highest : highest);
+      constexpr T kHighest = std::numeric_limits<T>::max();
+      if (std::fabs(value) > CS_FLOAT{kHighest}) {
+        store(call.dest, value < 0 ? -kHighest : kHighest);
         return CS_CVT_OVERFLOW;
       }
     }

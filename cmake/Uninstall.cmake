@@ -1,0 +1,11 @@
+# Removes the files of an installation: cmake -P Uninstall.cmake MANIFEST
+set(manifest ${CMAKE_ARGV3})
+if(NOT EXISTS ${manifest})
+  message(FATAL_ERROR "nothing was installed from this build: there is no ${manifest}")
+endif()
+file(STRINGS ${manifest} files)
+foreach(file IN LISTS files)
+  file(REMOVE "$ENV{DESTDIR}${file}")
+endforeach()
+list(LENGTH files count)
+message("removed ${count} files")
