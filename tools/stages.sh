@@ -28,7 +28,9 @@ stage() {
     echo
   else
     printf '  FAILED, as told in %s:\n' "$log"
-    tail -n 60 "$log"
+    # The first faults, then the end.
+    grep -anE -A 8 'error:|\*\*\*|Failure$|ERROR: |WARNING: ThreadSanitizer' "$log" | head -n 60 || true
+    tail -n 20 "$log"
   fi
   return $status
 }
