@@ -177,10 +177,13 @@ class Column {
     run(context, 0);
   }
 
-  // Values that follow each other, and nothing else asked for.
+  // Values that follow each other, with codes and lengths and without.
   void dense(Context& context) {
     fill(value_.bytes.size());
     dest_.stride = comn_typelen(to_.datatype, to_.maxlength);
+    run(context, 0);
+    dest_.lengths = nullptr;
+    std::ranges::fill(room_, kCanary);
     CS_INT faults = -1;
     EXPECT_EQ(CS_SUCCEED, comn_conv_column(&context, &source_, &dest_, kCount, nullptr, &faults));
     EXPECT_EQ(single_.code == CS_SUCCEED ? 0 : kCount, faults);
@@ -211,7 +214,8 @@ class Column {
       const bool texts = dest_.offsets != nullptr;
       const std::size_t begin = texts ? static_cast<std::size_t>(dest_.offsets[at])
                                       : at * static_cast<std::size_t>(dest_.stride);
-      const std::size_t size = texts ? static_cast<std::size_t>(single_.length) : untouched.size();
+      const std::size_t size =
+          texts ? static_cast<std::size_t>(single_.length) : static_cast<std::size_t>(dest_.stride);
       EXPECT_EQ(null ? CS_SUCCEED : single_.code, codes[at]) << at;
       EXPECT_EQ(null ? -1 : single_.length, lengths[at]) << at;
       EXPECT_EQ(0, std::memcmp(&room_[1 + begin], (null ? untouched : single_.bytes).data(), size))

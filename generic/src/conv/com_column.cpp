@@ -2,6 +2,7 @@
 // to the core of its routine, and stores code, length and bit.
 #include "conv/column.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "conv/frame.h"
@@ -43,78 +44,111 @@ void check_destination_column(const CsColumnDest& destination, CS_INT count) {
            (destination.lengths != nullptr || destination.valid != nullptr)));
 }
 
-bool is_null(const CsColumnSource& source, CS_INT at) {
-  if (source.lengths != nullptr && source.lengths[at] < 0) return true;
-  return source.valid != nullptr && (source.valid[at / 8] >> at % 8 & 1) == 0;
-}
+// Finds the values of a source one after the other.
+class SourceWalk {
+ public:
+  explicit SourceWalk(const CsColumnSource& source)
+      : source_(source), next_(static_cast<const CS_BYTE*>(source.values)) {}
 
-CS_INT source_length(const CsColumnSource& source, CS_INT at) {
-  if (source.lengths != nullptr) return source.lengths[at];
-  if (source.offsets != nullptr) return source.offsets[at + 1] - source.offsets[at];
-  return source.format->maxlength;
-}
-
-const CS_BYTE* source_value(const CsColumnSource& source, CS_INT at) {
-  const auto* values = static_cast<const CS_BYTE*>(source.values);
-  return values +
-         (source.offsets != nullptr ? source.offsets[at] : std::ptrdiff_t{at} * source.stride);
-}
-
-CS_BYTE* destination_value(const CsColumnDest& destination, CS_INT at) {
-  auto* values = static_cast<CS_BYTE*>(destination.values);
-  return values + (destination.offsets != nullptr ? destination.offsets[at]
-                                                  : std::ptrdiff_t{at} * destination.stride);
-}
-
-void finish_value(const CsColumnDest& destination, CS_INT at, CS_INT length, bool null) {
-  if (destination.lengths != nullptr) destination.lengths[at] = null ? -1 : length;
-  if (destination.offsets != nullptr)
-    destination.offsets[at + 1] = destination.offsets[at] + length;
-  if (destination.valid != nullptr) {
-    CS_BYTE& bits = destination.valid[at / 8];
-    const auto bit = static_cast<CS_BYTE>(1 << at % 8);
-    bits = static_cast<CS_BYTE>(null ? bits & ~bit : bits | bit);
+  // Moves to a value; false for a null.
+  bool find(CS_INT at) {
+    length_ = source_.format->maxlength;
+    value_ = next_;
+    next_ += source_.stride;
+    if (source_.offsets != nullptr) {
+      value_ = static_cast<const CS_BYTE*>(source_.values) + source_.offsets[at];
+      length_ = source_.offsets[at + 1] - source_.offsets[at];
+    }
+    if (source_.lengths != nullptr) {
+      length_ = source_.lengths[at];
+      if (length_ < 0) return false;
+    }
+    return source_.valid == nullptr || (source_.valid[at / 8] >> at % 8 & 1) != 0;
   }
-}
+  const CS_BYTE* value() const { return value_; }
+  CS_INT length() const { return length_; }
+
+ private:
+  const CsColumnSource source_;  // a copy, which nothing that is written can change
+  const CS_BYTE* next_;
+  const CS_BYTE* value_ = nullptr;
+  CS_INT length_ = 0;
+};
+
+// Hands out the places of a destination's values, and stores what became of each.
+class DestinationWalk {
+ public:
+  explicit DestinationWalk(const CsColumnDest& destination)
+      : destination_(destination), next_(static_cast<CS_BYTE*>(destination.values)) {
+    if (destination.offsets != nullptr) next_ += destination.offsets[0];
+  }
+
+  CS_BYTE* value() const { return next_; }
+
+  // The value takes `length` bytes; -1 for a null.
+  void finish(CS_INT at, CS_INT length) {
+    if (destination_.lengths != nullptr) destination_.lengths[at] = length;
+    if (destination_.valid != nullptr) mark(at, length >= 0);
+    if (destination_.offsets == nullptr) {
+      next_ += destination_.stride;
+    } else {
+      const CS_INT written = std::max(length, 0);
+      next_ += written;
+      destination_.offsets[at + 1] = destination_.offsets[at] + written;
+    }
+  }
+
+ private:
+  void mark(CS_INT at, bool valid) {
+    CS_BYTE& bits = destination_.valid[at / 8];
+    const auto bit = static_cast<CS_BYTE>(1 << at % 8);
+    bits = static_cast<CS_BYTE>(valid ? bits | bit : bits & ~bit);
+  }
+
+  const CsColumnDest destination_;
+  CS_BYTE* next_;
+};
 
 // `convert` is the core of a routine or a routine itself.
 template <class Convert>
 CS_INT convert_values(const ColumnCall& column, Convert convert) {
-  const CsColumnSource& source = *column.source;
-  const CsColumnDest& destination = *column.destination;
-  const CS_DATAFMT& to = *destination.format;
-  const bool keeps_nulls = destination.nulls == COMN_NULLS_AS_NULLS;
-  CS_DATAFMT from = *source.format;
+  SourceWalk source(*column.source);
+  DestinationWalk destination(*column.destination);
+  const CS_DATAFMT& to = *column.destination->format;
+  const bool keeps_nulls = column.destination->nulls == COMN_NULLS_AS_NULLS;
+  CS_RETCODE* const codes = column.codes;
+  const CS_INT count = column.count;
+  CS_DATAFMT from = *column.source->format;
   CS_INT length = 0;
   CS_INT faults = 0;
   Conversion call{column.context, &from, nullptr, &to, nullptr, &length};
-  for (CS_INT at = 0; at < column.count; ++at) {
-    const bool null = is_null(source, at);
+  for (CS_INT at = 0; at < count; ++at) {
     CS_RETCODE code = CS_SUCCEED;
     length = 0;
-    call.dest = destination_value(destination, at);
-    if (!null) {
-      call.src = source_value(source, at);
-      from.maxlength = source_length(source, at);
+    call.dest = destination.value();
+    if (source.find(at)) [[likely]] {
+      call.src = source.value();
+      from.maxlength = source.length();
       code = convert(call);
-    } else if (!keeps_nulls) {
+    } else if (keeps_nulls) {
+      length = -1;
+    } else {
       code = com_null_get(column.context, &to, call.dest, room_of(to), &length);
     }
-    finish_value(destination, at, length, null && keeps_nulls);
-    if (column.codes != nullptr) column.codes[at] = code;
-    if (code != CS_SUCCEED) ++faults;
+    destination.finish(at, length);
+    if (codes != nullptr) codes[at] = code;
+    faults += code == CS_SUCCEED ? 0 : 1;
   }
   return faults;
 }
 
-// Whether values follow each other without a gap, and nothing is asked for but them.
+// Whether values follow each other without a gap, and none is null.
 bool is_dense(const ColumnCall& column, const ColumnRoutine& routine) {
   const CsColumnSource& source = *column.source;
   const CsColumnDest& destination = *column.destination;
   return routine.dense != nullptr && source.stride == routine.source_size &&
-         destination.stride == routine.destination_size && column.codes == nullptr &&
-         source.offsets == nullptr && source.lengths == nullptr && source.valid == nullptr &&
-         destination.lengths == nullptr && destination.valid == nullptr;
+         destination.stride == routine.destination_size && source.offsets == nullptr &&
+         source.lengths == nullptr && source.valid == nullptr && destination.valid == nullptr;
 }
 
 CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {

@@ -87,19 +87,34 @@ template <class Source, class Target>
 inline constexpr bool kHasDenseLoop =
     Source::kLength == sizeof(typename Source::Value) && Target::kLength != 0;
 
-template <class Source, class Target>
-CS_INT convert_dense(const ColumnCall& column) {
+template <class Source, class Target, bool kReports>
+CS_INT convert_densely(const ColumnCall& column) {
   const auto* __restrict src = static_cast<const CS_BYTE*>(column.source->values);
   auto* __restrict dest = static_cast<CS_BYTE*>(column.destination->values);
+  [[maybe_unused]] CS_RETCODE* const codes = column.codes;
+  [[maybe_unused]] CS_INT* const lengths = column.destination->lengths;
+  const CS_INT count = column.count;
   CS_INT faults = 0;
-  for (CS_INT at = 0; at < column.count; ++at) {
+  for (CS_INT at = 0; at < count; ++at) {
     CS_INT length = 0;
     const CS_RETCODE code = convert_core<Source, Target>(
         {column.context, column.source->format, src + std::ptrdiff_t{at} * Source::kLength,
          column.destination->format, dest + std::ptrdiff_t{at} * Target::kLength, &length});
+    if constexpr (kReports) {
+      if (codes != nullptr) codes[at] = code;
+      if (lengths != nullptr) lengths[at] = length;
+    }
     faults += code == CS_SUCCEED ? 0 : 1;
   }
   return faults;
+}
+
+// A loop that stores nothing but values is one that the compiler can vectorise.
+template <class Source, class Target>
+CS_INT convert_dense(const ColumnCall& column) {
+  const bool reports = column.codes != nullptr || column.destination->lengths != nullptr;
+  return reports ? convert_densely<Source, Target, true>(column)
+                 : convert_densely<Source, Target, false>(column);
 }
 
 template <class Source, class Target>
