@@ -47,6 +47,7 @@ struct ConvTable {
   bool ascii;                          // the bytes below 0x80 stand for themselves, both ways
   ConvTable* next;
 
+  bool is_single_byte() const { return pairs.pages.count == 0 && !has_longer(); }
   bool has_longer() const { return triple_lead != 0 || ranges.count != 0; }
 };
 

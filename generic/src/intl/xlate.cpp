@@ -62,7 +62,14 @@ struct Utf8Codec {
     }
     return decode_utf8(text);
   }
-  std::size_t encode(char32_t code, Room room) const { return encode_utf8(code, room); }
+  // Three bytes are the most frequent length of what comes here.
+  std::size_t encode(char32_t code, Room room) const {
+    if (code < 0x800 || code > 0xFFFF || room.size() < 3) return encode_utf8(code, room);
+    room[0] = static_cast<CS_BYTE>(0xE0 | code >> 12);
+    room[1] = static_cast<CS_BYTE>(0x80 | (code >> 6 & 0x3F));
+    room[2] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
+    return 3;
+  }
 };
 
 struct Utf16Codec {
@@ -117,6 +124,28 @@ struct TableCodec {
     for (std::size_t i = 0; i < length; ++i)
       room[i] = static_cast<CS_BYTE>(value >> 8 * (length - 1 - i));
     return length;
+  }
+};
+
+// A set of single bytes by its table.
+struct SingleByteCodec {
+  static constexpr std::size_t kAsciiUnit = 1;
+  const ConvTable* table;
+
+  bool ascii() const { return table->ascii; }
+  // kNoCharacter for a byte that is not a character.
+  char32_t code_of(CS_BYTE byte) const { return table->single[byte]; }
+  Decoded decode(Bytes text) const {
+    const char32_t code = code_of(text[0]);
+    return code == kNoCharacter ? Decoded{0, 0} : Decoded{code, 1};
+  }
+  std::size_t encode(char32_t code, Room room) const {
+    if (code > 0xFFFF) return kLacking;
+    const CS_USHORT value = table->reverse.at(static_cast<CS_USHORT>(code));
+    if (value == kNoCharacter) return kLacking;
+    if (room.empty()) return 0;
+    room[0] = static_cast<CS_BYTE>(value);
+    return 1;
   }
 };
 
@@ -234,6 +263,19 @@ template <class To>
   return at;
 }
 
+// Moves the characters of a single-byte set that come next, as far as they take two bytes of UTF-8
+// and there is room.
+[[gnu::always_inline]] inline Cursor move_single_bytes(Cursor at, SingleByteCodec from) {
+  while (at.left() > 0 && at.room() >= 2) {
+    const char32_t code = from.code_of(*at.in);
+    if (code < 0x80 || code >= 0x800) break;
+    at.out[0] = static_cast<CS_BYTE>(0xC0 | code >> 6);
+    at.out[1] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
+    at.advance(1, 2);
+  }
+  return at;
+}
+
 template <class From, class To>
 Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
   const bool ascii = from.ascii() && to.ascii();
@@ -245,8 +287,12 @@ Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
   while (at.in != at.end) {
     if (ascii && begins_with_ascii<From::kAsciiUnit>(at))
       at = move_ascii<From::kAsciiUnit, To::kAsciiUnit>(at);
+    const CS_BYTE* const before = at.in;
     if constexpr (std::is_same_v<From, Utf8Codec>) at = move_utf8(at, to);
+    if constexpr (std::is_same_v<From, SingleByteCodec> && std::is_same_v<To, Utf8Codec>)
+      at = move_single_bytes(at, from);
     if (at.in == at.end) break;
+    if (at.in != before) continue;
     const Decoded character = from.decode({at.in, at.end});
     if (character.bytes == 0) return result(CS_CVT_BADXLATE);
     std::size_t length = to.encode(character.code, {at.out, at.full});
@@ -311,6 +357,7 @@ Translated with_codec(const End& end, Use use) {
     case Coding::kLatin1:
       return use(Latin1Codec{});
     case Coding::kTable:
+      if (end.table->is_single_byte()) return use(SingleByteCodec{end.table});
       return use(TableCodec{end.table});
   }
   return {CS_CVT_NOXLATE, 0};
