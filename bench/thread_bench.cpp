@@ -1,5 +1,8 @@
-// Uncontended mutexes: a take and its release, alone and inside another one.
+// Uncontended mutexes: a take and its release, alone and inside another one. The C library does
+// without atomic instructions in a process that has never had a second thread; the rows "beside a
+// second thread" are of one that has, as hosts with locks are.
 #include <pthread.h>
+#include <unistd.h>
 
 #include "bench.h"
 
@@ -33,8 +36,22 @@ class Recursive {
   pthread_mutex_t mutex_;
 };
 
-template <class Mutex, bool nested>
+// A thread that waits for the end of the process.
+void start_second_thread() {
+  [[maybe_unused]] static const bool started = [] {
+    pthread_t thread;
+    return pthread_create(
+               &thread, nullptr,
+               [](void*) -> void* {
+                 for (;;) pause();
+               },
+               nullptr) == 0;
+  }();
+}
+
+template <class Mutex, bool nested, bool threaded = false>
 void take_release(benchmark::State& state) {
+  if (threaded) start_second_thread();
   Mutex mutex;
   if (nested) mutex.take();
   for (auto _ : state) {
@@ -50,6 +67,11 @@ const bench::Registration registered([] {
   measure("mutex/take and release/recursive pthread", take_release<Recursive, false>);
   measure("mutex/take and release, held already/comnlib", take_release<Ours, true>);
   measure("mutex/take and release, held already/recursive pthread", take_release<Recursive, true>);
+  // Last, since the process has a second thread from here on.
+  measure("mutex/take and release, beside a second thread/comnlib",
+          take_release<Ours, false, true>);
+  measure("mutex/take and release, beside a second thread/recursive pthread",
+          take_release<Recursive, false, true>);
 });
 
 }  // namespace
