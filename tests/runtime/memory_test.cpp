@@ -264,7 +264,7 @@ TEST(Buddy, MarksWrapAround) {
 
 // Headers and lists end at order 15: a top-level block of order 16 enters as two of those.
 TEST(Buddy, HasNoBlockOfOrder16) {
-  Host host(1);
+  Host host;
   const Pool pool(host, MM_POOL_BUDDY, span(15) + 1);
   constexpr CS_INT kLargest = most(15);
   CS_BYTE* const lower = allocate(pool, kLargest);

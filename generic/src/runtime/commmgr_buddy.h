@@ -17,7 +17,7 @@ constexpr CS_INT floor_log2(CS_UINT value) {
 // highest order for large ones.
 constexpr CS_INT order_for(CS_INT size) {
   const CS_INT held = std::max(size, span_of(0) - kWord);
-  return floor_log2(static_cast<CS_UINT>(held + kWord - 1)) - (kMinShift - 1);
+  return floor_log2(static_cast<CS_UINT>(held) + kWord - 1) - (kMinShift - 1);
 }
 static_assert(order_for(0) == 0 && order_for(3 * kWord) == 0);
 static_assert(order_for(3 * kWord + 1) == 1 && order_for(7 * kWord) == 1);
