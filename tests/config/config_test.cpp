@@ -14,6 +14,7 @@
 
 #include "comnlib/diag.h"
 #include "config/comcfg.h"
+#include "support/cancelled.h"
 #include "support/host_alloc.h"
 #include "support/scratch.h"
 
@@ -239,22 +240,15 @@ TEST_F(Config, FilesThatCannotBeRead) {
 TEST_F(Config, IsNotCancelled) {
   write_file("scan.cfg", "include \"nuv.cfg\"\n= error");
   write_file("nuv.cfg", "[s]\na = value");
-  const auto load_all = [](void* self) -> void* {
-    CS_CONTEXT& context = *static_cast<CS_CONTEXT*>(self);
-    pthread_cancel(pthread_self());
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(cancelled::waits_for([this] {
     CfgParseInfo* parse = nullptr;
-    EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context, "scan.cfg", &parse));
+    EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
     EXPECT_EQ(CFG_INCLUDE, cfg__lex(parse));
     EXPECT_EQ(CS_FAIL, cfg__parse(parse));
     EXPECT_EQ(CS_SUCCEED, cfg__clean_parse(parse));
-    EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context, "nuv.cfg"));
-    pthread_testcancel();
-    return nullptr;
-  };
-  testing::internal::CaptureStderr();
-  pthread_t thread{};
-  ASSERT_EQ(0, pthread_create(&thread, nullptr, load_all, &context_));
-  pthread_join(thread, nullptr);
+    EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context_, "nuv.cfg"));
+  }));
   EXPECT_NE("", testing::internal::GetCapturedStderr());
   EXPECT_EQ("value", get("s", "a"));
 }

@@ -12,6 +12,7 @@
 #include "intl/locdata.h"
 #include "intl/message.h"
 #include "intl_host.h"
+#include "support/cancelled.h"
 #include "support/host_alloc.h"
 
 namespace {
@@ -279,31 +280,21 @@ TEST(Load, EmptyIdentifiersAreReadAgain) {
 
 // A thread that is cancelled while it sets up and loads finishes first, on a stack of 32 KB.
 TEST(Load, CancellationWaitsAndAStackOf32KB) {
-  struct Work {
-    intl_host::ShippedHome home;
-    Context context;
-    CsLocCache* entry = nullptr;
-  } work;
+  const intl_host::ShippedHome home;
+  Context context;
+  CsLocCache* entry = nullptr;
   pthread_attr_t attributes;
   ASSERT_EQ(0, pthread_attr_init(&attributes));
 #ifndef __SANITIZE_ADDRESS__
   ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 32 << 10));
 #endif
-  const auto load = [](void* at) -> void* {
-    auto& [home, context, entry] = *static_cast<Work*>(at);
-    pthread_cancel(pthread_self());
+  const auto load = [&] {
     context.init();
     context.load("german", &entry);
-    pthread_testcancel();
-    return nullptr;
   };
-  pthread_t thread;
-  void* result = nullptr;
-  ASSERT_EQ(0, pthread_create(&thread, &attributes, load, &work));
-  ASSERT_EQ(0, pthread_join(thread, &result));
+  EXPECT_TRUE(cancelled::waits_for(load, &attributes));
   EXPECT_EQ(0, pthread_attr_destroy(&attributes));
-  EXPECT_EQ(PTHREAD_CANCELED, result);
-  EXPECT_NE(nullptr, work.entry);
+  EXPECT_NE(nullptr, entry);
 }
 
 TEST(Load, TakesTheHostsLocks) {
