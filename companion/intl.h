@@ -41,7 +41,9 @@ typedef CS_VOID* INTL_HANDLE;
 
 /**
  * The localization home: the value of the environment variable TALVEN when it is set and not empty,
- * else the home directory of the user "talven". Writes what fits into the `buflen` bytes at
+ * else the home directory of the user "talven", else the home that was installed with the shared
+ * object (share/comnlib/home next to its lib; statically linked, next to the program's bin). Writes
+ * what fits into the `buflen` bytes at
  * `buffer`, with a NUL when there is room. Returns the length of the whole name, or a negative
  * status.
  */

@@ -13,7 +13,7 @@ namespace {
 const char* words(Fault fault) {
   switch (fault) {
     case Fault::kNoHome:
-      return "neither TALVEN nor the user talven gives a home directory";
+      return "neither TALVEN, nor the user talven, nor the installation gives a home directory";
     case Fault::kNoMemory:
       return "out of memory";
     case Fault::kNoRoom:

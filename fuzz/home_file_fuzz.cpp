@@ -16,6 +16,7 @@
 #include "intl/com_intl.h"
 #include "intl/convcfg.h"
 #include "intl/convtable.h"
+#include "intl/errmsg.h"
 #include "intl/locdata.h"
 #include "intl/message.h"
 #include "intl/objectid.h"
@@ -140,6 +141,11 @@ void messages(Host& host) {
   for (CS_INT number = 0; number < 10; ++number) {
     const CS_CHAR* text = message_text(*host.entry.locmessage, MessageFile::kCommon, number);
     check(text == nullptr || std::strlen(text) <= file.size());
+    const com_argument argument{COM_ARGUMENT_NUMBER, number, nullptr, 0};
+    std::array<CS_CHAR, 20> room{};
+    MessageWriter out(host.context, {nullptr, false}, room);
+    if (text != nullptr) static_cast<void>(out.add_pattern(text, {&argument, 1}));
+    check(static_cast<std::size_t>(out.finish()) < room.size());
   }
 }
 

@@ -13,6 +13,7 @@
  * readers
  * - config.h: configuration files
  * - memory.h, list.h, thread.h: pools, lists, threads
+ * - message.h: messages in the context's language
  * - diag.h: error trace, debug output, stops
  *
  * Unless a routine says otherwise: a null pointer argument stops the process, by com_chkptr or
@@ -34,6 +35,7 @@
 #include "comnlib/list.h"
 #include "comnlib/locale.h"
 #include "comnlib/memory.h"
+#include "comnlib/message.h"
 #include "comnlib/money.h"
 #include "comnlib/numeric.h"
 #include "comnlib/result.h"

@@ -174,7 +174,7 @@ TEST(Home, VariableAndUser) {
   EXPECT_EQ(9, intl_home(text, 3)) << "the whole length";
   for (const char* none : {"", static_cast<const char*>(nullptr)}) {
     variable.set(none);
-    EXPECT_EQ("neither TALVEN nor the user talven gives a home directory",
+    EXPECT_EQ("neither TALVEN, nor the user talven, nor the installation gives a home directory",
               words(intl_home(text, sizeof text)))
         << "this machine has no such user";
   }

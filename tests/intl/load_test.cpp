@@ -4,8 +4,12 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "comnlib/charset.h"
+#include "comnlib/convert.h"
+#include "comnlib/datetime.h"
 #include "intl/charset.h"
 #include "intl/com_intl.h"
 #include "intl/com_loc.h"
@@ -265,6 +269,65 @@ TEST(Load, CharacterSetAlone) {
     EXPECT_EQ(row.has_locale && row.charset == "koi8", entry.locchardesc->sort_order != nullptr);
   }
   std::filesystem::remove("tlvinit.err");
+}
+
+// A text in a locale, or "" with the result of its conversion.
+std::pair<CS_RETCODE, std::string> date_text(CS_CONTEXT& context, CsLocCache* entry) {
+  CS_LOCALE locale = all(entry);
+  CS_DATAFMT from{}, to{};
+  from.datatype = CS_DATETIME_TYPE;
+  to.datatype = CS_CHAR_TYPE;
+  to.maxlength = 40;
+  to.locale = &locale;
+  const CS_DATETIME value{46205, 16292775};
+  char text[40];
+  CS_INT length = 0;
+  const CS_RETCODE code = comn_datetochar(&context, &from, &value, &to, text, &length);
+  if (code != CS_SUCCEED) return {code, ""};
+  CS_DATAFMT back = to;
+  back.maxlength = length;
+  CS_DATETIME read{};
+  CS_INT size = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_chartodatetime(&context, &back, text, &from, &read, &size));
+  EXPECT_EQ(value.dtdays, read.dtdays);
+  return {code, std::string(text, static_cast<std::size_t>(length))};
+}
+
+TEST(Load, NamedDateConventionsAreReadWhenTheyAreNeeded) {
+  const HomeCopy home;
+  const char* const file = "locales/datetime/us_english.dt";
+  const std::string whole = home.read(file);
+  home.change(file, "Jul, Aug", "juil, Aug");
+  home.change(file, "order = mdy", "order = dmy");
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  CsLocCache *named = nullptr, *plain = nullptr, *iso = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &named));
+  ASSERT_EQ(CS_SUCCEED, context.load("us_english", &plain));
+  ASSERT_EQ(CS_SUCCEED, context.load("iso", &iso));
+  EXPECT_EQ(nullptr, named->locdateinfo);
+
+  using Result = std::pair<CS_RETCODE, std::string>;
+  const std::string changed = home.read(file);
+  for (const std::string& bad : {std::string("[x]\n"), std::string("[datetime\n")}) {
+    home.write(file, bad);
+    EXPECT_EQ((Result{CS_CVT_STYLE, ""}), date_text(context.context, named)) << bad;
+  }
+  home.remove(file);
+  EXPECT_EQ((Result{CS_CVT_STYLE, ""}), date_text(context.context, named));
+  home.write(file, changed);
+  const int before = intl_host::files_opened;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i)
+    threads.emplace_back([&] {
+      EXPECT_EQ((Result{CS_SUCCEED, " 4 juil 2026  3:05PM"}), date_text(context.context, named));
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(before + 1, intl_host::files_opened);
+  EXPECT_NE(nullptr, named->locdateinfo);
+  EXPECT_EQ((Result{CS_SUCCEED, "Jul  4 2026  3:05PM"}), date_text(context.context, plain));
+  EXPECT_EQ((Result{CS_SUCCEED, "2026-07-04T15:05:09.250"}), date_text(context.context, iso));
+  home.write(file, whole);
 }
 
 // An identifier file that is being written holds nothing for a moment.

@@ -13,6 +13,7 @@ read -ra static < <("$pkg_config" --libs --static comnlib)
 [ -f "$("$pkg_config" --variable=homedir comnlib)/locales/locales.dat" ]
 
 host() {
+  local source_file=${*: -1}
   "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_shared" "${shared[@]}"
   LD_LIBRARY_PATH=$lib_dir "$scratch/pc_shared"
   # Versions in what a host calls let its loader refuse an older library of the same soname.
@@ -23,7 +24,27 @@ host() {
 
   # The archive beside the shared object has to be asked for by its name.
   "$@" "${flags[@]}" "${cflags[@]}" -o "$scratch/pc_static" "${static[@]/#-lcomnlib/-l:libcomnlib.a}"
-  "$scratch/pc_static"
+  if [[ $source_file != */home.c ]]; then "$scratch/pc_static"; fi
 }
 host "$cc" -std=c11 "$source/host.c"
 host "$cxx" -std=c++20 "$source/host.cpp"
+
+# The library finds its home in a tree that was moved, and a program that it is part of in its own.
+unset TALVEN
+host "$cc" -std=c11 "$source/home.c" >/dev/null
+prefix=$(realpath "$("$pkg_config" --variable=homedir comnlib)/../../..")
+moved=$scratch/moved
+library=$(realpath --relative-to "$prefix" "$lib_dir")
+rm -rf "$moved"
+cp -r "$prefix" "$moved"
+mkdir -p "$moved/bin"
+cp "$scratch/pc_static" "$moved/bin/host"
+found=$(realpath "$moved")/share/comnlib/home/locales/locales.dat
+[ "$(LD_LIBRARY_PATH=$moved/$library "$scratch/pc_shared")" = "$found" ]
+[ "$("$moved/bin/host")" = "$found" ]
+[ "$(cd / && exec -a host "$moved/bin/host")" = "$found" ]
+rm -r "$moved/share/comnlib/home"
+if LD_LIBRARY_PATH=$moved/$library "$scratch/pc_shared"; then
+  echo "a home was found where there is none"
+  exit 1
+fi

@@ -14,6 +14,7 @@
 #include "comnlib/convert.h"
 #include "comnlib/locale.h"
 #include "comnlib/memory.h"
+#include "comnlib/message.h"
 #include "comnlib/money.h"
 #include "comnlib/numeric.h"
 #include "comnlib/thread.h"
@@ -344,6 +345,30 @@ void locales(Run& run) {
   context.ctxlocale = nullptr;
 }
 
+// What a locale reads when it is first needed: dates by named conventions, and English messages.
+void read_when_needed(Run& run) {
+  Localized context(run);
+  CsLocCache* const iso = context.load("iso");
+  CS_LOCALE spoken = locale_with(context.load("thai"));
+  spoken.timeptr = iso;
+  context.ctxlocale = &spoken;
+  CS_DATAFMT from{}, to{};
+  from.datatype = CS_DATETIME_TYPE;
+  to.datatype = CS_CHAR_TYPE;
+  to.maxlength = 40;
+  const CS_DATETIME value{};
+  std::array<CS_CHAR, 40> text{};
+  CS_INT length = 0;
+  if (iso != nullptr)
+    context.step("date", [&] {
+      return comn_datetochar(&context, &from, &value, &to, text.data(), &length);
+    });
+  // A message that finds no memory is the fixed one.
+  run.step("message", {.code = CS_FAIL, .keeps = Keeps::kProgress}, [&] {
+    return comn_result_text(&context, CS_CVT_DIVZERO, text.data(), text.size(), &length);
+  });
+}
+
 // Conversion tables are read when a text first needs them. Where one cannot be opened there is no
 // route, and a text is no date.
 void conversion_tables(Run& run) {
@@ -450,6 +475,7 @@ constexpr std::pair<const char*, void (*)(Run&)> kScenarios[] = {
     {"pools", pools},
     {"thread objects", thread_objects},
     {"locales", locales},
+    {"read when needed", read_when_needed},
     {"conversion tables", conversion_tables},
     {"sectioned files", sectioned_files},
     {"configuration", configuration}};

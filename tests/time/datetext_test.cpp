@@ -179,5 +179,48 @@ TEST(DateText, WritesEachStyle) {
   EXPECT_EQ(DateText::style, format_datetime(zero, kUsEnglish, std::span(room, 18)).status);
 }
 
+// The public calls that no locale changes.
+TEST(DateText, WhateverTheLocale) {
+  const CS_DATETIME value{46205, 16292775}, never{COM_DTDAYS_MAX + 1, 0};
+  const std::string iso = "2026-07-04T15:05:09.250";
+  for (CS_INT room = 0; room <= 30; ++room) {
+    std::string buffer(31, '#');
+    CS_INT length = -1;
+    const bool fits = room >= static_cast<CS_INT>(iso.size());
+    EXPECT_EQ(fits ? CS_SUCCEED : CS_CVT_OVERFLOW,
+              comn_datetime_text(&value, COM_DATESTYLE_ISO, buffer.data(), room, &length));
+    EXPECT_EQ(fits ? static_cast<CS_INT>(iso.size()) : 0, length);
+    const bool has_end = room > static_cast<CS_INT>(iso.size());
+    const std::string text = fits ? iso + (has_end ? std::string(1, '\0') : "") : "";
+    EXPECT_EQ(text + std::string(31 - text.size(), '#'), buffer) << room;
+  }
+  char buffer[30];
+  CS_INT length = 0;
+  EXPECT_EQ(CS_SUCCEED, comn_datetime_text(&value, COM_DATESTYLE_DEFAULT, buffer, 30, &length));
+  EXPECT_STREQ("Jul  4 2026  3:05PM", buffer);
+  EXPECT_EQ(CS_CVT_STYLE, comn_datetime_text(&value, 3, buffer, 30, &length));
+  EXPECT_EQ(CS_CVT_DOMAIN, comn_datetime_text(&never, COM_DATESTYLE_ISO, buffer, 30, &length));
+  EXPECT_EQ(0, length);
+
+  const struct {
+    const char* text;
+    CS_INT length;
+    CS_RETCODE code;
+    CS_INT days;
+  } rows[] = {{"2026-07-04T15:05:09.250", CS_NULLTERM, CS_SUCCEED, 46205},
+              {"2026-07-04xxx", 10, CS_SUCCEED, 46205},
+              {"7/4/2026", CS_NULLTERM, CS_SUCCEED, 46205},
+              {"2026-07-04T", CS_NULLTERM, CS_CVT_SYNTAX, 0},
+              {"2026-02-29", CS_NULLTERM, CS_CVT_OVERFLOW, 0}};
+  for (const auto& row : rows) {
+    CS_DATETIME read{7, 7};
+    EXPECT_EQ(row.code, comn_datetime_parse(row.text, row.length, &read)) << row.text;
+    EXPECT_EQ(row.days, read.dtdays) << row.text;
+  }
+  CS_DATETIME read{};
+  EXPECT_DEATH(comn_datetime_parse("x", -1, &read), "assertion");
+  EXPECT_DEATH(comn_datetime_text(&value, 0, buffer, -1, &length), "assertion");
+}
+
 }  // namespace
 }  // namespace comnlib

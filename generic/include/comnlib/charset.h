@@ -1,13 +1,12 @@
 /**
  * @file
- * Character attributes: the tables that describe one character set, and what is asked of them:
- * character classes, case, byte length and display width, lexical class, and the ASCII form.
+ * Character attributes: the tables that describe a character set, and the questions that they
+ * answer: character classes, case, byte length and display width, lexical class, ASCII form.
  *
  * Everything here only reads its tables; all calls may run in any number of threads at once.
- * Wherever a `const char_attrib*` is taken, null means the built-in ISO 8859-1 attributes.
- * `ch` points at the first byte of a character; when that byte begins a two-byte character the
- * second byte is read too, so the caller keeps a byte behind the last one of a cut text.
- * Every other pointer must not be null: a null one stops the process.
+ * A null `const char_attrib*` means the built-in ISO 8859-1 attributes; any other null pointer
+ * stops the process. `ch` points at the first byte of a character. If that byte begins a two-byte
+ * character the next byte is read too: make sure that one readable byte follows the text.
  */
 #ifndef COMNLIB_CHARSET_H
 #define COMNLIB_CHARSET_H
@@ -59,8 +58,8 @@ enum {
 };
 
 /**
- * What is known of one byte: of a whole character in a single-byte set, else of a first byte (type
- * table 0) or of a second byte (the table that the first byte names).
+ * The entry of one byte in a type table. In a single-byte set the byte is a character; else it is
+ * a first byte (type table 0) or a second byte (the table that the first byte names).
  */
 typedef struct char_map {
   CS_BYTE char_upper; /**< upper-case form; of a lead byte, the number of the second byte's table */
@@ -92,7 +91,7 @@ typedef struct char_attrib {
 /** A zero-filled record from comn_malloc, null on failure. */
 COMN_API char_attrib* com_alloc_char_attrib(CS_VOID);
 
-/** Frees the record alone; its maps belong to whoever made them. CS_SUCCEED. */
+/** Frees the record but not its maps, which belong to whoever made them. CS_SUCCEED. */
 COMN_API CS_RETCODE com_free_char_attrib(char_attrib* attrib);
 
 /**
@@ -100,7 +99,7 @@ COMN_API CS_RETCODE com_free_char_attrib(char_attrib* attrib);
  *
  * - COM_IMAGE_SINGLEBYTE: 257 char_map entries, then 257 bytes of sound-alike codes.
  * - COM_IMAGE_MULTIBYTE: a header of 44 bytes, then the maps at the offsets that it gives; class
- * and status come from the header. The image is taken on trust.
+ * and status come from the header. The image is not checked.
  *
  * `name` is NUL-terminated; its first 30 characters are kept. The maps point into the image, which
  * must outlive the attributes. CS_SUCCEED; CS_FAIL for a null image or attrib or another kind.
@@ -137,8 +136,8 @@ COMN_API CS_INT comn_isgraph(const char_attrib* attrib, const CS_BYTE* ch);
 COMN_API CS_INT comn_get_lex(const char_attrib* attrib, const CS_BYTE* ch);
 
 /**
- * comn_toupper, comn_tolower: write the converted character, of the same length, to `dst`. A single
- * byte that the table maps to 0 is copied with all bytes of its character; a two-byte character
+ * comn_toupper, comn_tolower: write the converted character, of the same length, to `dst`. A
+ * character whose table entry is 0 has no other case and is copied whole. A two-byte character
  * keeps its first byte, and its second byte becomes what the table says, 0 included. `dst` may be
  * `ch`.
  */
@@ -153,7 +152,10 @@ COMN_API CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch);
 /** Advances `*ch` by the bytes of the character, at least 1. */
 COMN_API CS_VOID comn_inc_char(const char_attrib* attrib, CS_BYTE** ch);
 
-/** Columns that the character takes on a screen; 0 for marks that take none. */
+/**
+ * Columns that the character takes on a screen, as the width map says of its first byte: a mark
+ * that takes no column counts as much as the letters that begin with the same byte.
+ */
 COMN_API CS_INT comn_disp_width(const char_attrib* attrib, const CS_BYTE* ch);
 
 /** The width map of 256 bytes, null when every character is one byte and one column. */
@@ -177,18 +179,19 @@ COMN_API CS_INT comn_to_ascii(const char_attrib* attrib, const CS_BYTE* ch);
 
 /**
  * The ASCII forms of the characters in the `srclen` bytes at `src`, one byte each, as far as
- * `dstlen` bytes have room; a cut last character is left out. Returns the number of bytes written.
- * Negative lengths stop the process. `dst` may be `src`.
+ * `dstlen` bytes have room. A character without an ASCII form becomes a NUL byte; a cut last
+ * character is left out. Returns the number of bytes written. Negative lengths stop the process.
+ * `dst` may be `src`.
  */
 COMN_API CS_INT comn_str_to_ascii(const char_attrib* attrib, const CS_BYTE* src, CS_INT srclen,
                                   CS_BYTE* dst, CS_INT dstlen);
 
 /** @name The older classification of single bytes
- * Over one fixed ISO 8859-1 table in which every printable byte is graphic. */
+ * Over one fixed ISO 8859-1 table in which every printable byte is graphic, the blank included. */
 /**@{*/
 /**
- * com_toupper, com_tolower: the byte in that case; com_isalpha and so on: its class bits under the
- * mask of the class, not 0 or 1.
+ * com_toupper, com_tolower: the byte in that case. com_isalpha and so on return the class bits that
+ * the byte has, 0 or more: com_isgraph(' ') is 64.
  */
 COMN_API CS_INT com_toupper(CS_BYTE byte);
 COMN_API CS_INT com_tolower(CS_BYTE byte);

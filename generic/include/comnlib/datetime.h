@@ -129,15 +129,15 @@ COMN_CONVERSION(comn_date4todate4);
 
 /** @name Datetimes to text
  * Calling rules in convert.h. Style, names, order of month, day and year, and the AM/PM texts come
- * from destfmt->locale, else from the context's locale (category COM_LC_TIME). Without either, or
- * where locales.dat names the conventions (locdateinfo is null then), they are US English in the
- * default style. A small datetime is formatted as the datetime of equal value. docs/datetime.md
- * shows every form. Text that does not fit becomes "*" by the rule of the number conversions, with
- * CS_CVT_OVERFLOW; other results are those of padding. CS_CVT_STYLE when the style is not one of
- * COM_DATESTYLE_, or a name it needs is empty or too long (a locale without an AM or PM text cannot
- * write such times in the default and long styles); CS_CVT_DOMAIN when the value is not a valid
- * datetime. In both cases nothing is written and the length is 0 (for a varchar the length is 258
- * and `len` is 0). */
+ * from destfmt->locale, else from the context's locale (category COM_LC_TIME), else they are US
+ * English in the default style. Conventions that locales.dat names are read when they are first
+ * needed: CS_CVT_STYLE when they cannot be. A small datetime is formatted as the datetime of equal
+ * value. docs/datetime.md shows every form. Text that does not fit becomes "*" by the rule of the
+ * number conversions, with CS_CVT_OVERFLOW; other results are those of padding. CS_CVT_STYLE when
+ * the style is not one of COM_DATESTYLE_, or a name it needs is empty or too long (a locale without
+ * an AM or PM text cannot write such times in the default and long styles); CS_CVT_DOMAIN when the
+ * value is not a valid datetime. In both cases nothing is written and the length is 0 (for a
+ * varchar the length is 258 and `len` is 0). */
 /**@{*/
 /** From a datetime to text. */
 COMN_CONVERSION(comn_datetochar);
@@ -150,9 +150,33 @@ COMN_CONVERSION(comn_date4tovarchar);
  * Stores the style (COM_DATESTYLE_) that converting a srcfmt value (either size) to destfmt
  * (character, varchar or Unicode character) would use, as a CS_INT at `dest` whatever
  * destfmt->maxlength says; the length is 4. The value itself is not read. CS_SUCCEED, or
- * CS_CVT_STYLE when the number stored is not one of COM_DATESTYLE_.
+ * CS_CVT_STYLE when the number stored is not one of COM_DATESTYLE_; it is -1 when the locale's
+ * conventions cannot be read.
  */
 COMN_CONVERSION(comn_get_datetochar_fmt);
+
+/** @name Text whatever the locale
+ * For files and protocols, whose dates must not change with the locale or its home. Names are US
+ * English. */
+/**@{*/
+/**
+ * Writes a datetime in a style (COM_DATESTYLE_) to the `room` bytes at `buffer`, with a NUL when
+ * there is room for it, and its length without the NUL to `length`. CS_SUCCEED; CS_CVT_STYLE for
+ * another style, CS_CVT_DOMAIN for a value that is not a valid datetime, CS_CVT_OVERFLOW when the
+ * text is longer than `room`: nothing is written then and the length is 0. COM_DATESTYLE_ISO is
+ * ISO 8601 with every part, 23 bytes.
+ */
+COMN_API CS_RETCODE comn_datetime_text(const CS_DATETIME* value, CS_INT style, CS_CHAR* buffer,
+                                       CS_INT room, CS_INT* length);
+
+/**
+ * Reads the `length` bytes of a text (CS_NULLTERM: up to its NUL) in any form that docs/datetime.md
+ * names, as month, day and year where an order is needed. CS_SUCCEED; CS_CVT_SYNTAX when it has
+ * none of the forms, CS_CVT_OVERFLOW when it names no date or time that exists: the value is then
+ * zero.
+ */
+COMN_API CS_RETCODE comn_datetime_parse(const CS_CHAR* text, CS_INT length, CS_DATETIME* value);
+/**@}*/
 
 /** @name Datetimes to binary data
  * The bytes of the record, by the rules of comn_fixedtobin and comn_fixedtovarbin. The default

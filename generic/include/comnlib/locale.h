@@ -3,21 +3,27 @@
  * Localization: the files below the localization home, the locales of a context, and the records
  * that describe them.
  *
- * Set-up of a context: the host hangs a zero-filled CsCtxGlobals with a mutex in cmg_mtx on
- * ctxglobals, calls comn_intl_init once, loads a default locale with comn_intl_load, and points the
- * categories of a CS_LOCALE at the entry. At the end it calls comn_loc_drop_all,
- * com_intl_loccache_drop, com_intl_chardesc_drop, comn_lm_exit, and deletes the mutex.
+ * Set-up of a context: the host sets ctxglobals to a zero-filled CsCtxGlobals with a mutex in
+ * cmg_mtx, calls comn_intl_init, which must come before any load, loads a locale with
+ * comn_intl_load, and points the categories of a CS_LOCALE at the entry. At the end it calls
+ * comn_loc_drop_all, com_intl_loccache_drop, com_intl_chardesc_drop, comn_lm_exit, and deletes the
+ * mutex. The globals are zero-filled again before a second set-up: CsCtxGlobals.lm, for one, still
+ * points at the closed list manager.
  *
  * Results are CS_SUCCEED, CS_FAIL, CS_MEM_ERROR, CS_INTL_LIBERR (a call of the companion library
  * failed; its status is in ctxintlerr) and CS_INTL_NOFILE (a file could not be opened; the status
  * is in ctxintlerr). A reader that finds no memory gives CS_MEM_ERROR.
  *
  * An error buffer (`errbuf`, `errlen` bytes; null for none) receives the path of the file that was
- * opened last, cut to fit and NUL-terminated, on success too.
+ * opened last, cut to fit and NUL-terminated, on success too. A call that opens no file, such as
+ * the load of a locale that is loaded already, leaves it alone: set it to "" first.
  *
- * A null pointer where none is allowed, a buffer length below 1 and a category, level, kind or item
- * out of range stop the process. Lengths of names are bytes without a NUL; CS_NULLTERM takes them
- * up to their NUL.
+ * A character set that cannot be loaded is also reported through com_perr, that is on standard
+ * error and in tlvinit.err.
+ *
+ * A null pointer stops the process unless its routine says otherwise, and so do a buffer length
+ * below 1 and a category, level, kind or item out of range. Lengths of names are bytes without a
+ * NUL; CS_NULLTERM means up to their NUL.
  *
  * Loading and the routines on locale records hold the context's cmg_mtx, through the context's
  * thread table when it has one; they may be called from several threads. A thread that is cancelled
@@ -45,7 +51,7 @@ enum {
   COM_LC_MONETARY = 4,
   COM_LC_NUMERIC = 5,
   COM_LC_TIME = 6,
-  COM_LC_ALL = 7 /**< com_intl_envloc alone */
+  COM_LC_ALL = 7 /**< for com_intl_envloc only */
 };
 
 /** Items of com_intl_getstr. */
@@ -59,7 +65,7 @@ enum {
 /** Levels of com_intl_loccmp. */
 enum { COM_LOCCMP_CHARSET = 1, COM_LOCCMP_MESSAGE = 2, COM_LOCCMP_SORTORDER = 3 };
 
-/** Sizes of the contract. */
+/** Sizes in bytes. */
 enum {
   COM_LOC_NAMESIZE = 256, /**< a value of locales.dat with its NUL */
   COM_NUV_ROOM = 513      /**< bytes that com_path_cfgfile may need beyond its buffer length */
@@ -110,7 +116,7 @@ typedef struct _csloccache {
   struct _csloccache* locnext; /**< in the context's list */
 } CsLocCache;
 
-/** A locale: one cache entry a category, none of them owned. */
+/** A locale: a cache entry for each category. It owns none of them; null: no entry. */
 struct _cslocale {
   CsLocCache* collateptr;  /**< category COM_LC_COLLATE */
   CsLocCache* ctypeptr;    /**< category COM_LC_CTYPE */
@@ -121,7 +127,7 @@ struct _cslocale {
   CS_LOCALE* next;         /**< in the context's list */
 };
 
-/** What locales.dat says of one locale name: NUL-terminated values with their lengths; 0: none. */
+/** The entry of a locale in locales.dat: NUL-terminated values; length 0: not given. */
 typedef struct _cslocnames {
   CS_CHAR charset[COM_LOC_NAMESIZE];   /**< character set */
   CS_INT charsetlen;                   /**< its length */
@@ -160,10 +166,10 @@ struct _csctxglobals {
 };
 
 /** @name Paths below the localization home
- * Each builder begins with the home as intl_home gives it; a home longer than `buflen` stops the
- * process. CS_FAIL when a piece does not fit: the buffer then holds what stands before it. A path
- * of exactly `buflen` bytes fits; its NUL is written when there is room. CS_INTL_LIBERR when
- * there is no home. */
+ * Each path begins with the home as intl_home gives it; a home longer than `buflen` stops the
+ * process. CS_FAIL when the path is longer than `buflen`; the buffer then holds its beginning. A
+ * path of exactly `buflen` bytes is stored without a NUL, so give one byte more. CS_INTL_LIBERR
+ * when there is no home. */
 /**@{*/
 /** HOME/name. */
 COMN_API CS_RETCODE com_path_anyfile(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen,
@@ -173,19 +179,19 @@ COMN_API CS_RETCODE com_path_anyfile(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT bufle
 COMN_API CS_RETCODE com_path_ifile(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen);
 
 /**
- * HOME/config/name; with `use_nuv` HOME/VALUE/config/name, where VALUE is that of the environment
- * variable TALVEN_NUV (none when it is unset or longer than 512 bytes). "/VALUE" is neither checked
- * against nor counted in `buflen`: `buf` has COM_NUV_ROOM bytes more.
+ * HOME/config/name; with `use_nuv` HOME/VALUE/config/name, where VALUE is the value of the
+ * environment variable TALVEN_NUV, left out when it is unset or longer than 512 bytes. "/VALUE" is
+ * not counted: `buf` must have COM_NUV_ROOM bytes more than `buflen`.
  */
 COMN_API CS_RETCODE com_path_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, CS_CHAR* buf,
                                      CS_INT buflen, CS_BOOL use_nuv);
 /**@}*/
 
 /**
- * The locale name that the environment gives for a category (1 to 7): the value of LC_COLLATE,
- * LC_CTYPE, LC_MESSAGE (singular), LC_MONETARY, LC_NUMERIC, LC_TIME or LC_ALL, in that order of
- * numbers, else of LANG, else "default" (cut to fit). NUL-terminated. LC_ALL counts for category 7
- * alone. CS_INTL_LIBERR when a value does not fit.
+ * The locale name in the environment, NUL-terminated. Reads one variable: for category 1
+ * LC_COLLATE, 2 LC_CTYPE, 3 LC_MESSAGE (not LC_MESSAGES), 4 LC_MONETARY, 5 LC_NUMERIC, 6 LC_TIME,
+ * 7 LC_ALL. When it is unset or empty, LANG; then "default", cut to fit. LC_ALL does not override
+ * the others. CS_INTL_LIBERR when a value does not fit.
  */
 COMN_API CS_RETCODE com_intl_envloc(CS_CONTEXT* ctx, CS_INT category, CS_CHAR* dst, CS_INT dstlen);
 
@@ -197,8 +203,8 @@ COMN_API CS_RETCODE com_intl_envloc(CS_CONTEXT* ctx, CS_INT category, CS_CHAR* d
 COMN_API CS_RETCODE comn_intl_init(CS_CONTEXT* ctx, CS_CHAR* errbuf, CS_INT errlen);
 
 /**
- * The cache entry of a locale name, loaded on first use. A failed load leaves the cache as it was
- * and `entry` alone; CS_FAIL also when locales.dat does not hold the name.
+ * The cache entry of a locale name, loaded on first use. A failed load leaves the cache and `entry`
+ * as they were. CS_FAIL also when locales.dat does not have the name.
  */
 COMN_API CS_RETCODE comn_intl_load(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_INT locnamelen,
                                    CsLocCache** entry, CS_CHAR* errbuf, CS_INT errlen);
@@ -206,7 +212,8 @@ COMN_API CS_RETCODE comn_intl_load(CS_CONTEXT* ctx, const CS_CHAR* locname, CS_I
 /**
  * comn_intl_load with character set, language and sort order given by the caller and the
  * conventions of their common.loc. Hands back a loaded entry when all four names agree with it; a
- * second entry of one locale name never takes the place of the first in comn_intl_load.
+ * second entry of one locale name never takes the place of the first in comn_intl_load. All four
+ * names must be given: an empty sort order is CS_FAIL.
  */
 COMN_API CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locname,
                                             CS_INT locnamelen, const CS_CHAR* charname,
@@ -217,7 +224,8 @@ COMN_API CS_RETCODE comn_intl_load_tlvtypes(CS_CONTEXT* ctx, const CS_CHAR* locn
 
 /**
  * Copies a name (COM_LOC_ item) of the entry that serves a category (1 to 6) to `buf`, without a
- * NUL, and its length to `outlen`. CS_FAIL, with nothing copied, when `buflen` is below the length.
+ * NUL, and its length to `outlen`. CS_FAIL, with nothing stored, when `buflen` is below the length.
+ * A category without an entry stops the process.
  */
 COMN_API CS_RETCODE com_intl_getstr(const CS_LOCALE* locale, CS_INT category, CS_INT item,
                                     CS_CHAR* buf, CS_INT buflen, CS_INT* outlen);
@@ -230,19 +238,20 @@ COMN_API CS_INT com_intl_loccmp(CS_INT category, CS_INT level, const CS_LOCALE* 
                                 const CS_LOCALE* locale2);
 
 /**
- * Orders two texts by the locale's sort order, on its character set: below 0, 0 or above 0. A
- * locale without a sort order compares bytes.
+ * Compares two texts by the locale's sort order: below 0, 0 or above 0. Without a sort order the
+ * bytes are compared. Negative lengths stop the process, CS_NULLTERM too.
  */
 COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, CS_INT length1,
                                  const CS_BYTE* text2, CS_INT length2);
 
-/** Orders two NUL-terminated texts by their bytes. */
+/** Compares two NUL-terminated texts by their bytes: below 0, 0 or above 0. */
 COMN_API CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2);
 
 /**
- * A UTF-8 name in the character set of the locale (null: the context's). Characters that the set
- * lacks become its replacement character. CS_FAIL, with nothing stored, when `buflen` is too short,
- * the name is not UTF-8, or the character set has no conversion. An empty name has length 0.
+ * Converts a UTF-8 name to the character set of the locale (null: the context's). Characters that
+ * the set lacks become its replacement character. CS_FAIL, with `outlen` left alone, when `buflen`
+ * is too short, the name is not UTF-8, the character set has no conversion, or neither locale has
+ * one. An empty name has length 0.
  */
 COMN_API CS_RETCODE com_intl_get_locname(CS_CONTEXT* ctx, const CS_LOCALE* locale,
                                          const CS_CHAR* utf8name, CS_INT utf8len, CS_CHAR* buf,
@@ -261,8 +270,8 @@ COMN_API CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, cons
 /** @name Locale records */
 /**@{*/
 /**
- * A new record with the categories of the context's current locale, or empty when it has none, in
- * the context's list.
+ * Makes a record with the categories of the context's current locale, or with none when it has no
+ * locale, and adds it to the context's list.
  */
 COMN_API CS_RETCODE comn_loc_alloc(CS_CONTEXT* ctx, CS_LOCALE** locale);
 
@@ -278,7 +287,7 @@ COMN_API CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale);
  */
 COMN_API CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx);
 
-/** CS_SUCCEED when the record is in the list, else CS_FAIL; it may be any pointer. */
+/** CS_SUCCEED when the record is in the list, else CS_FAIL. Any pointer but null will do. */
 COMN_API CS_RETCODE comn_loc_validate(CS_CONTEXT* ctx, const CS_LOCALE* locale);
 
 /** Copies the six categories of `src` into `dst`. CS_SUCCEED. */
@@ -299,15 +308,17 @@ COMN_API CS_RETCODE comn_lm_exit(LM_CONTEXT* lm);
 
 /**
  * Whether message file `file` of the locale's language can be read: CS_SUCCEED or CS_FAIL, with its
- * path in `pathbuf`, with a NUL when there is room ("*" when it does not fit).
+ * path in `pathbuf` ("*" when it does not fit). The locale must have a message category, and a home
+ * longer than `pathlen` stops the process.
  */
 COMN_API CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* locale,
                                               const CS_CHAR* file, CS_CHAR* pathbuf,
                                               CS_INT pathlen);
 
 /**
- * Prints through com_perr which of the files that the environment's locale needs is missing.
- * Changes nothing in the context.
+ * Explains a set-up that has failed: prints, through com_perr, that it failed, the home, the locale
+ * that the environment names, and each file of it that cannot be read. It does not check whether
+ * anything failed. Changes nothing in the context.
  */
 COMN_API CS_VOID com_intl_verify_ctxloc(CS_CONTEXT* ctx);
 

@@ -13,22 +13,20 @@ constexpr bool is_text(CS_INT datatype) {
   return is_character(datatype) || datatype == CS_VARCHAR_TYPE || datatype == CS_UNICHAR_TYPE;
 }
 
-constexpr bool is_style(CS_INT style) {
-  return style == COM_DATESTYLE_DEFAULT || style == COM_DATESTYLE_LONG ||
-         style == COM_DATESTYLE_ISO;
-}
-
-const CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
   const CS_LOCALE* locale = locale_of(context, format);
   return locale == nullptr ? nullptr : locale->timeptr;
 }
 
 }  // namespace
 
-const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CsLocCache* time = time_entry(context, format);
-  return time == nullptr || time->locdateinfo == nullptr ? kUsEnglish
-                                                         : time->locdateinfo->conventions;
+DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format) {
+  CsLocCache* time = time_entry(context, format);
+  if (time == nullptr) return {CS_SUCCEED, kUsEnglish};
+  const CsDateInfo* info = nullptr;
+  const CS_RETCODE code = date_conventions_of(context, *time, info);
+  if (code != CS_SUCCEED) return {code == CS_MEM_ERROR ? code : CS_CVT_STYLE, kUsEnglish};
+  return {CS_SUCCEED, info == nullptr ? kUsEnglish : info->conventions};
 }
 
 Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format) {
@@ -37,8 +35,9 @@ Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format) {
 }
 
 CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {
-  const DateConventions& conventions = date_conventions(*call.context, *call.destfmt);
-  const FormattedDate result = format_datetime(value, conventions, buffer.characters);
+  const DateStyle style = date_style(*call.context, *call.destfmt);
+  if (style.code != CS_SUCCEED) return style.code;
+  const FormattedDate result = format_datetime(value, style.conventions, buffer.characters);
   buffer.text = {buffer.characters.data(), result.length};
   if (result.status == DateText::done) return CS_SUCCEED;
   return result.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
@@ -73,8 +72,10 @@ CS_RETCODE comn_get_datetochar_fmt(COMNLIB_CONVERSION_PARAMETERS) {
   check_pointers({context, srcfmt, src, destfmt, dest, destlen});
   require(srcfmt->datatype == CS_DATETIME_TYPE || srcfmt->datatype == CS_DATETIME4_TYPE);
   require(is_text(destfmt->datatype));
-  const CS_INT style = date_conventions(*context, *destfmt).style;
+  const DateStyle found = date_style(*context, *destfmt);
+  const CS_INT style = found.code == CS_SUCCEED ? found.conventions.style : -1;
   store(dest, style);
   *destlen = sizeof style;
-  return trace(is_style(style) ? CS_SUCCEED : CS_CVT_STYLE);
+  if (found.code != CS_SUCCEED) return trace(found.code);
+  return trace(is_date_style(style) ? CS_SUCCEED : CS_CVT_STYLE);
 }

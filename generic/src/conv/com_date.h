@@ -13,8 +13,12 @@
 namespace comnlib {
 
 // Conventions of the text that `format` describes: those of its locale, or else of the context's,
-// or else US English.
-const DateConventions& date_conventions(const CS_CONTEXT& context, const CS_DATAFMT& format);
+// or else US English. CS_CVT_STYLE or CS_MEM_ERROR when the locale's cannot be read.
+struct DateStyle {
+  CS_RETCODE code;
+  const DateConventions& conventions;
+};
+DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format);
 
 // The encoding of their month names: another category of the locale may name another character set.
 Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format);

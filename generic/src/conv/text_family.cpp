@@ -121,7 +121,9 @@ DateLiteral judge(const ParsedDate& parsed) {
 // Month names are bytes of the conventions' own character set; digits of another width are read in
 // their ASCII form. Without memory for the table of that set nothing is known of the text.
 DateLiteral read_date(const Text& text, const Conversion& call) {
-  const DateConventions& conventions = date_conventions(*call.context, *call.srcfmt);
+  const DateStyle style = date_style(*call.context, *call.srcfmt);
+  if (style.code != CS_SUCCEED) return {style.code, {}};
+  const DateConventions& conventions = style.conventions;
   ParsedDate plain{DateText::syntax, {}};
   if (text.utf16) {
     std::array<CS_BYTE, kLiteralRoom> room;

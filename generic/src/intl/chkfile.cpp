@@ -12,6 +12,7 @@
 #include "intl.h"
 #include "intl/com_intl.h"
 #include "intl/com_path.h"
+#include "intl/kept_status.h"
 #include "intl/text.h"
 
 namespace comnlib {
@@ -36,19 +37,6 @@ CS_RETCODE verify(CS_RETCODE built, CS_CHAR* path, CS_INT pathlen) {
   whole[text.copy(whole.data(), text.size())] = '\0';
   return is_readable(whole.data()) ? CS_SUCCEED : CS_FAIL;
 }
-
-// Restores what the look-ups of the diagnosis would leave in the context.
-class KeptStatus {
- public:
-  explicit KeptStatus(CS_CONTEXT& ctx) : ctx_(ctx), status_(ctx.ctxintlerr) {}
-  ~KeptStatus() { ctx_.ctxintlerr = status_; }
-  KeptStatus(const KeptStatus&) = delete;
-  KeptStatus& operator=(const KeptStatus&) = delete;
-
- private:
-  CS_CONTEXT& ctx_;
-  int status_;
-};
 
 using DiagnosisPath = std::array<CS_CHAR, kDiagnosisPath + 1>;
 

@@ -185,8 +185,8 @@ class EntryLoader {
     if (result != CS_SUCCEED) return result;
     return comn__intl_load_sortorder(&ctx_, oid_, &entry_, error_.path, error_.length);
   }
-  // A named convention is recorded by name and identifier only; hosts that want it loaded ask for
-  // it. Without one, common.loc gives the conventions of all three kinds.
+  // Conventions that have a name are recorded by name and identifier only, and read when they are
+  // first needed. Without a name, common.loc gives the conventions of all three kinds.
   CS_RETCODE load_dates(std::string_view name) {
     if (name.empty()) return comn__read_common(&ctx_, &entry_, error_.path, error_.length);
     return name_with_id(kDateName, "datetime", name);

@@ -2,11 +2,13 @@
 // its section was read whole.
 #include "intl/locdata.h"
 
+#include <atomic>
 #include <cstring>
 #include <span>
 #include <utility>
 
 #include "intl/load_once.h"
+#include "intl/locking.h"
 #include "intl/parse_number.h"
 #include "intl/text.h"
 
@@ -227,6 +229,21 @@ CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, C
   if (kind == COM_LC_MONETARY) return load_named<MoneyKind>(ctx, kind, name, entry, error);
   if (kind == COM_LC_NUMERIC) return load_named<NumberKind>(ctx, kind, name, entry, error);
   return load_named<DateKind>(ctx, kind, name, entry, error);
+}
+
+CS_RETCODE date_conventions_of(CS_CONTEXT& ctx, CsLocCache& entry, const CsDateInfo*& info) {
+  const std::atomic_ref<CsDateInfo*> place(entry.locdateinfo);
+  info = place.load(std::memory_order_acquire);
+  if (info != nullptr || entry.com__datename == nullptr) return CS_SUCCEED;
+  const GlobalsLock lock(ctx);
+  if (!lock.taken()) return CS_FAIL;
+  CsLocCache read{};
+  const CS_RETCODE result =
+      load_named<DateKind>(ctx, COM_LC_TIME, entry.com__datename, read, {nullptr, 0});
+  if (result != CS_SUCCEED) return result;
+  info = read.locdateinfo;
+  place.store(read.locdateinfo, std::memory_order_release);
+  return CS_SUCCEED;
 }
 
 void drop_conventions(CsCtxGlobals& globals) {

@@ -60,6 +60,10 @@ namespace comnlib {
 CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
                             ErrorBuffer error);
 
+// The date/time conventions of a cache entry, null when it has none. Those that locales.dat names
+// are read here, under the context's mutex, when they are first needed.
+CS_RETCODE date_conventions_of(CS_CONTEXT& ctx, CsLocCache& entry, const CsDateInfo*& info);
+
 // Frees all conventions of a context.
 void drop_conventions(CsCtxGlobals& globals);
 

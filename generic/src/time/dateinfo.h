@@ -31,6 +31,11 @@ struct DateConventions {
   CS_INT style = COM_DATESTYLE_DEFAULT;  // COM_DATESTYLE_; any other number cannot be formatted
 };
 
+constexpr bool is_date_style(CS_INT style) {
+  return style == COM_DATESTYLE_DEFAULT || style == COM_DATESTYLE_LONG ||
+         style == COM_DATESTYLE_ISO;
+}
+
 inline constexpr DateConventions kUsEnglish = [] {
   DateConventions us{
       .months = {"January", "February", "March", "April", "May", "June", "July", "August",

@@ -1,6 +1,10 @@
 // The public layer over the calendar: checks pointers and forwards.
+#include <cstring>
+
 #include "comnlib/datetime.h"
+#include "comnlib/result.h"
 #include "diag/diag.h"
+#include "time/datetext.h"
 #include "time/datetime.h"
 
 using namespace comnlib;
@@ -68,4 +72,37 @@ CS_RETCODE com_setdatetime(CS_DATETIME* dt, CS_INT days, CS_INT ticks) {
   check_pointer(dt);
   *dt = {days, ticks};
   return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_datetime_text(const CS_DATETIME* value, CS_INT style, CS_CHAR* buffer, CS_INT room,
+                              CS_INT* length) {
+  check_pointer(value);
+  check_pointer(buffer);
+  check_pointer(length);
+  require(room >= 0);
+  *length = 0;
+  if (!is_date_style(style)) return trace(CS_CVT_STYLE);
+  DateConventions conventions = kUsEnglish;
+  conventions.style = style;
+  char text[kDateTextRoom];
+  const FormattedDate result = format_datetime(*value, conventions, text);
+  if (result.status != DateText::done) return trace(CS_CVT_DOMAIN);
+  const auto size = static_cast<CS_INT>(result.length);
+  if (size > room) return trace(CS_CVT_OVERFLOW);
+  std::memcpy(buffer, text, result.length);
+  if (size < room) buffer[size] = '\0';
+  *length = size;
+  return trace(CS_SUCCEED);
+}
+
+CS_RETCODE comn_datetime_parse(const CS_CHAR* text, CS_INT length, CS_DATETIME* value) {
+  check_pointer(text);
+  check_pointer(value);
+  require(length >= 0 || length == CS_NULLTERM);
+  const std::string_view whole =
+      length == CS_NULLTERM ? text : std::string_view(text, static_cast<std::size_t>(length));
+  const ParsedDate result = parse_datetime(whole, kUsEnglish);
+  *value = result.status == DateText::done ? result.value : CS_DATETIME{};
+  if (result.status == DateText::done) return trace(CS_SUCCEED);
+  return trace(result.status == DateText::overflow ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX);
 }

@@ -1,0 +1,42 @@
+// Building of messages from texts with places for arguments.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "comnlib/message.h"
+#include "intl/xlate.h"
+
+namespace comnlib {
+
+// A message that grows in a caller's buffer, in one character set. What does not fit whole is cut
+// after its last whole character, and nothing follows it.
+class MessageWriter {
+ public:
+  // `room` has a byte more than the text may have, for its NUL.
+  MessageWriter(CS_CONTEXT& ctx, const Encoding& encoding, std::span<CS_CHAR> room)
+      : ctx_(ctx), encoding_(encoding), room_(room) {}
+
+  // Text in UTF-8. False when it cannot be translated, with nothing added.
+  bool add_utf8(std::string_view text);
+  // Text in the character set of the message.
+  void add(std::string_view text);
+  void add(CS_INT number);
+  void add(const com_argument& argument);
+
+  // A text in UTF-8 with the arguments in the places of "{1}", "{2}" and so on.
+  bool add_pattern(std::string_view pattern, std::span<const com_argument> arguments);
+
+  bool cut() const { return cut_; }
+  // Adds the NUL and returns the length before it.
+  CS_INT finish();
+
+ private:
+  CS_CONTEXT& ctx_;
+  Encoding encoding_;
+  std::span<CS_CHAR> room_;
+  std::size_t used_ = 0;
+  bool cut_ = false;
+};
+
+}  // namespace comnlib
