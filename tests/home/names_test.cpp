@@ -142,6 +142,36 @@ TEST(ShippedNames, DatesThereAndBack) {
   }
 }
 
+// Territories that differ from their language have conventions of their own.
+TEST(ShippedNames, DatesOfTerritories) {
+  intl_host::ShippedContext context;
+  const struct {
+    const char* name;
+    std::u16string_view text;
+  } rows[] = {
+      {"en_US.UTF-8", u"Jan 15 2024  3:04AM"},     {"en_GB", u"15 Jan 2024  3:04am"},
+      {"fr_CA.UTF-8", u"2024 janv. 15  3:04a.m."}, {"fr_CA.CP850", u"2024 janv. 15  3:04a.m."},
+      {"de_AT", u"15 Jän. 2024  3:04AM"},           {"pt_BR.UTF-8", u"15 jan. 2024  3:04AM"},
+      {"ru_RU.KOI8-R", u"15 янв. 2024  3:04AM"},   {"zh_TW.BIG5", u"2024 1月 15  3:04上午"},
+      {"iso", u"2024-01-15T03:04:00.000"},         {"iso.utf8", u"2024-01-15T03:04:00.000"}};
+  for (const auto& row : rows) {
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.load(row.name, &entry));
+    CS_LOCALE locale = intl_host::all(entry);
+    CS_DATAFMT date{}, text{};
+    date.datatype = CS_DATETIME_TYPE;
+    text.datatype = CS_UNICHAR_TYPE;
+    text.maxlength = 200;
+    date.locale = text.locale = &locale;
+    const CS_DATETIME value{45'304, (3 * 60 + 4) * 60 * 300};
+    char16_t buffer[100];
+    CS_INT length = 0;
+    ASSERT_EQ(CS_SUCCEED, comn_datetimetounichar(context, &date, &value, &text, buffer, &length));
+    EXPECT_EQ(row.text, std::u16string_view(buffer, static_cast<std::size_t>(length) / 2))
+        << row.name;
+  }
+}
+
 // Every result code that has a name has a message, and every message's number a name.
 TEST(ShippedMessages, OfEveryResultCode) {
   using comnlib::MessageFile;
