@@ -326,16 +326,19 @@ TEST(AllocOnly, BumpsThroughRegions) {
 TEST(Pools, AddressesAreComparedWhole) {
   if (kWord == 4) GTEST_SKIP() << "addresses have 32 bits";
   constexpr std::size_t kSize = 600'000;
-  const std::uint64_t border = std::uint64_t{1} << 32;
+  constexpr std::uint64_t kBorder = std::uint64_t{1} << 32;
+  constexpr std::uint64_t kBase = 8192 * kBorder;  // where checkers leave memory to programs
   std::vector<CS_BYTE*> areas;
-  for (const std::uint64_t start : {2 * border, border - (2 << 20), border, 2 * border - (2 << 20),
-                                    3 * border, 3 * border - (2 << 20)}) {
+  for (const std::uint64_t offset :
+       {2 * kBorder, kBorder - (2 << 20), kBorder, 2 * kBorder - (2 << 20), 3 * kBorder,
+        4 * kBorder - 75 * 4096}) {
+    const std::uint64_t start = kBase + offset;
     void* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(start));
     void* const area = mmap(wanted, kSize, PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
     if (area == wanted) areas.push_back(static_cast<CS_BYTE*>(area));
   }
-  ASSERT_LT(3U, areas.size());
+  if (areas.size() < 4) GTEST_SKIP() << "a checker has these addresses";
   for (const CS_INT kind : kKinds) {
     MmHandle* pool = nullptr;
     ASSERT_EQ(CS_SUCCEED, comn_mmmanage(areas[0], kSize, &pool));
