@@ -94,6 +94,30 @@ void parse_strptime(benchmark::State& state, bool to_value) {
   });
 }
 
+constexpr const char* kDefaultFormat = "%b %e %Y %l:%M%p";
+
+std::vector<std::string> default_texts() {
+  std::vector<std::string> texts;
+  for (const CS_DATETIME& dt : values()) {
+    std::array<char, kDateTextRoom> room;
+    texts.emplace_back(room.data(), format_datetime(dt, kUsEnglish, room).length);
+  }
+  return texts;
+}
+
+void parse_default_comnlib(benchmark::State& state) {
+  each(state,
+       [texts = default_texts()](std::size_t i) { return parse_datetime(texts[i], kUsEnglish); });
+}
+
+void parse_default_strptime(benchmark::State& state) {
+  each(state, [texts = default_texts()](std::size_t i) {
+    std::tm tm{};
+    benchmark::DoNotOptimize(strptime(texts[i].c_str(), kDefaultFormat, &tm));
+    benchmark::DoNotOptimize(timegm(&tm));
+  });
+}
+
 void format_comnlib(benchmark::State& state, const DateConventions& conventions) {
   std::array<char, kDateTextRoom> room;
   each(state, [&, &dates = values()](std::size_t i) {
@@ -118,8 +142,10 @@ const Registration registered([] {
   measure("datetime/read ISO, seconds/strptime", parse_strptime, false);
   measure("datetime/read ISO, seconds/strptime and timegm", parse_strptime, true);
   measure("datetime/read ISO, milliseconds/comnlib", parse_comnlib, kToMilliseconds);
+  measure("datetime/read default style/comnlib", parse_default_comnlib);
+  measure("datetime/read default style/strptime and timegm", parse_default_strptime);
   measure("datetime/write default style/comnlib", format_comnlib, kUsEnglish);
-  measure("datetime/write default style/strftime", format_strftime, "%b %e %Y %l:%M%p");
+  measure("datetime/write default style/strftime", format_strftime, kDefaultFormat);
   measure("datetime/write ISO style/comnlib", format_comnlib, kIso);
   measure("datetime/write ISO style/strftime", format_strftime, "%Y-%m-%dT%H:%M:%S");
 });

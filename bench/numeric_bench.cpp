@@ -10,6 +10,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "bench.h"
@@ -45,22 +46,54 @@ struct Operand {
   Integer integer;
   ::numeric* pg = nullptr;
 
-  Operand(std::string digits, int precision) : text(std::move(digits)) {
-    parse_numeric(text, static_cast<CS_BYTE>(precision), 0, false, numeric);
+  // The digits are those of the value without its point.
+  Operand(const std::string& digits, int precision, int scale = 0, bool negative = false)
+      : text(digits) {
     mpz_t value;
-    mpz_init_set_str(value, text.c_str(), 10);
+    mpz_init_set_str(value, digits.c_str(), 10);
     size = static_cast<mp_size_t>(mpz_size(value));
     std::copy_n(mpz_limbs_read(value), size, limbs.begin());
     mpz_clear(value);
-    integer = Integer(text);
+    integer = Integer(digits);
+    if (negative) integer = -integer;
+    if (scale > 0) text.insert(text.size() - static_cast<std::size_t>(scale), ".");
+    if (negative) text.insert(0, "-");
+    parse_numeric(text, static_cast<CS_BYTE>(precision), static_cast<CS_BYTE>(scale), false,
+                  numeric);
     pg = made_by_pgtypes(text);
   }
+};
+
+// How the operands of a row differ besides in their digits.
+struct Mix {
+  const char* name;
+  int scale_a = 0;
+  int scale_b = 0;
+  bool signs = false;    // any signs
+  bool lengths = false;  // values of any length; one in eight is zero
 };
 
 // Pairs for a row: the second operand has `second` digits of precision.
 struct Pairs {
   std::vector<Operand> a;
   std::vector<Operand> b;
+
+  Pairs(int digits, const Mix& mix) {
+    std::mt19937 random(7);
+    const auto operand = [&](int scale) {
+      const int shortest = scale + 1;
+      const bool zero = mix.lengths && random() % 8 == 0;
+      const int count =
+          mix.lengths ? shortest + static_cast<int>(random()) % (digits - shortest + 1) : digits;
+      const std::string text = zero ? std::string(static_cast<std::size_t>(shortest), '0')
+                                    : random_digits(random, count);
+      return Operand(text, digits, scale, mix.signs && random() % 2 == 0);
+    };
+    for (std::size_t n = 0; n < kPairs; ++n) {
+      a.push_back(operand(mix.scale_a));
+      b.push_back(operand(mix.scale_b));
+    }
+  }
 
   Pairs(int precision_a, int digits_a, int precision_b, int digits_b) {
     std::mt19937 random(7);
@@ -217,6 +250,53 @@ void pgtypes_compare(benchmark::State& state) {
        [](const Operand& a, const Operand& b) { return PGTYPESnumeric_cmp(a.pg, b.pg); });
 }
 
+// --- operands that differ in scale, sign or length
+
+void mixed_loop(benchmark::State& state, const Mix& mix, auto step) {
+  const Pairs pairs(static_cast<int>(state.range(0)), mix);
+  each<kPairs>(state, [&](std::size_t i) { return step(pairs.a[i], pairs.b[i]); });
+}
+
+template <auto operation>
+void mixed_comnlib(benchmark::State& state, const Mix& mix) {
+  CS_NUMERIC result;
+  mixed_loop(state, mix, [&](const Operand& a, const Operand& b) {
+    if constexpr (std::is_invocable_v<decltype(operation), const CS_NUMERIC*, const CS_NUMERIC*>) {
+      return operation(&a.numeric, &b.numeric);
+    } else {
+      return operation(&a.numeric, &b.numeric, &result);
+    }
+  });
+}
+
+// Brought to one scale by a product with a power of ten, as a host of integers would.
+template <char sign>
+void mixed_boost(benchmark::State& state, const Mix& mix) {
+  const Integer power = mp::pow(Integer(10), static_cast<unsigned>(mix.scale_b - mix.scale_a));
+  const bool alike = sign == '*' || mix.scale_a == mix.scale_b;
+  Integer result;
+  mixed_loop(state, mix, [&](const Operand& a, const Operand& b) {
+    const Integer left = alike ? a.integer : Integer(a.integer * power);
+    if constexpr (sign == '+') result = left + b.integer;
+    if constexpr (sign == '*') result = left * b.integer;
+    if constexpr (sign == '?') result = left.compare(b.integer);
+    benchmark::DoNotOptimize(result);
+  });
+}
+
+template <auto operation>
+void mixed_pgtypes(benchmark::State& state, const Mix& mix) {
+  ::numeric* result = PGTYPESnumeric_new();
+  mixed_loop(state, mix, [&](const Operand& a, const Operand& b) {
+    if constexpr (std::is_invocable_v<decltype(operation), ::numeric*, ::numeric*>) {
+      return operation(a.pg, b.pg);
+    } else {
+      return operation(a.pg, b.pg, result);
+    }
+  });
+  PGTYPESnumeric_free(result);
+}
+
 // --- text
 
 void from_text_comnlib(benchmark::State& state) {
@@ -296,7 +376,27 @@ void operation(const std::string& name, std::int64_t most) {
   measure_at_digits(name + "/pgtypes", pgtypes<pg, sign>);
 }
 
+template <auto ours, auto pg, char sign>
+void mixed(const std::string& name, const Mix& mix) {
+  const auto at_digits = [&](const char* contender, auto function) {
+    measure("numeric/" + (mix.name + (", " + name)) + contender, function, mix)
+        ->ArgName("digits")
+        ->Arg(9)
+        ->Arg(19)
+        ->Arg(38);
+  };
+  at_digits("/comnlib", mixed_comnlib<ours>);
+  at_digits("/Boost", mixed_boost<sign>);
+  at_digits("/pgtypes", mixed_pgtypes<pg>);
+}
+
 const Registration registered([] {
+  for (const Mix& mix : {Mix{"unlike scales", 2, 4}, Mix{"mixed signs", 2, 2, true},
+                         Mix{"any lengths", 2, 2, true, true}}) {
+    mixed<comn_numadd, PGTYPESnumeric_add, '+'>("add", mix);
+    mixed<comn_numcmp, PGTYPESnumeric_cmp, '?'>("compare", mix);
+    mixed<comn_nummul, PGTYPESnumeric_mul, '*'>("multiply", mix);
+  }
   operation<comn_numadd, PGTYPESnumeric_add, '+'>("add", 77);
   operation<comn_numsub, PGTYPESnumeric_sub, '-'>("subtract", 0);
   operation<comn_nummul, PGTYPESnumeric_mul, '*'>("multiply", 38);
