@@ -13,7 +13,7 @@
  *
  * Sectioned files
  *
- *     ; a comment: blanks may stand before the ";"
+ *     ; a comment: blanks may come before the ";"
  *     [section]
  *     key = value, another value, " a value with, blanks "" and quotes "
  *
@@ -51,7 +51,7 @@ COMN_API CS_INT intl_home(CS_CHAR* buffer, CS_INT buflen);
 
 /**
  * The value of an environment variable, with its NUL, into the `dstlen` bytes at `dst`. Returns its
- * length; 0 when it is unset or empty (`dst` is then left alone); a negative status when it does
+ * length; 0 when it is unset or empty (`dst` is then unchanged); a negative status when it does
  * not fit. Not to be called while another thread changes the environment.
  */
 COMN_API CS_INT intlgetenv(CS_CHAR* dst, CS_INT dstlen, const CS_CHAR* name);
@@ -67,8 +67,8 @@ COMN_API CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle);
  * Each returns a NUL-terminated text that stays until intl_close, with `status` 0; null with
  * `status` 0 at the end of the file, section or entry; null with a negative `status` for a
  * malformed line, after which reading may go on. Lines and values that are passed over are not
- * checked. A host's own reader may keep a text for less long: the library uses none after its next
- * call for the same file. */
+ * checked. A host's own reader may keep a text for less long: the library does not use it after its
+ * next call for the same file. */
 /**@{*/
 /** The name of the next section, past the rest of the current one. */
 COMN_API const CS_CHAR* intl_nextsection(INTL_HANDLE handle, CS_INT* status);

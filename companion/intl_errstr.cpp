@@ -21,7 +21,7 @@ const char* words(Fault fault) {
     case Fault::kSectionOpen:
       return "the section line has no ']'";
     case Fault::kSectionTail:
-      return "text stands behind the ']' of the section line";
+      return "text follows the ']' of the section line";
     case Fault::kNoEquals:
       return "the entry has no '='";
     case Fault::kNoKey:
@@ -29,7 +29,7 @@ const char* words(Fault fault) {
     case Fault::kQuoteOpen:
       return "the quoted value has no closing quote";
     case Fault::kQuoteTail:
-      return "text stands behind the closing quote of a value";
+      return "text follows the closing quote of a value";
     case Fault::kNulByte:
       return "the line holds a NUL byte";
     case Fault::kNotRegular:

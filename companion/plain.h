@@ -1,4 +1,4 @@
-// The handle of the plain reader: a file descriptor, moved up by one so that none is null.
+// The handle of the plain reader: a file descriptor, plus one, so that no handle is null.
 #pragma once
 
 #include <cstdint>

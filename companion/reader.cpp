@@ -192,13 +192,13 @@ const char* SectionedText::quoted_value(CS_INT& status) {
     }
     *to++ = *from;
   }
-  char* behind = skip_blanks(from + 1, value_end_);
-  if (behind != value_end_ && *behind != ',') {
+  char* after = skip_blanks(from + 1, value_end_);
+  if (after != value_end_ && *after != ',') {
     value_ = nullptr;
     status = fault(Fault::kQuoteTail);
     return nullptr;
   }
-  value_ = behind == value_end_ ? nullptr : behind + 1;
+  value_ = after == value_end_ ? nullptr : after + 1;
   *to = '\0';
   return begin;
 }

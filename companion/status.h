@@ -30,8 +30,8 @@ enum class Fault : CS_INT {
 constexpr CS_INT kFaults = 32;
 constexpr CS_INT kMaxDetail = INT32_MAX / kFaults - 1;
 
-// Line numbers beyond the last that fits stand as that one. Memory that is out has a status that
-// the library knows.
+// A line number that does not fit becomes the largest that does. That memory is out has a status of
+// its own, which the library knows.
 constexpr CS_INT make_status(Fault fault, CS_INT detail = 0) {
   if (fault == Fault::kNoMemory) return INTL_NO_MEMORY;
   return -(std::min(detail, kMaxDetail) * kFaults + static_cast<CS_INT>(fault));

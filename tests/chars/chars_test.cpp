@@ -170,6 +170,8 @@ TEST_F(DoubleByte, CaseAndNormalForm) {
       << "a cut last character is left out";
   EXPECT_STREQ("x0y", reinterpret_cast<const char*>(out.data()));
   EXPECT_EQ(2, comn_str_to_ascii(&set_, at("x\x81\x30y"), 4, out.data(), 2));
+  EXPECT_EQ(2, comn_str_to_ascii(&set_, at("y\x81\x31"), 3, out.data(), 8)) << "whole at the end";
+  EXPECT_EQ("y1", std::string(out.begin(), out.begin() + 2));
 }
 
 TEST_F(DoubleByte, Stepping) {

@@ -153,8 +153,8 @@ TEST(Load, SharesAndCachesAndTakesNamedConventions) {
 }
 
 // Each fault breaks one file of the home: "text->its replacement", or the file is removed. The load
-// names the file and leaves nothing behind. It fails, and by the companion where "!" stands. The
-// character sets' own refusals stand with their loader.
+// names the file and leaves nothing behind. A "!" marks those that the companion library finds.
+// The refusals of character sets are tested with their loader.
 TEST(Load, EveryRefusal) {
   const std::pair<std::string, std::string> rows[] = {
       {kTable, "locale = default->locale = other"},

@@ -20,7 +20,7 @@ struct Builder {
   std::function<CS_RETCODE(CS_CONTEXT*, CS_CHAR*, CS_INT)> build;
 };
 
-// A builder that takes the buffer behind what it is called with.
+// A builder that takes the buffer after its other arguments.
 template <auto Build>
 auto with(auto... pieces) {
   return [=](CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT len) { return Build(ctx, pieces..., buf, len); };

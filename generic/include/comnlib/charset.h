@@ -113,7 +113,7 @@ COMN_API const char_attrib* com_get_charattrib(CS_VOID);
 /**
  * The type map of the built-in attributes, 256 entries. Its graphic bit and COMN_LEX_CURRENCY are
  * set nowhere: that "$" and the bytes 0xA2 to 0xA5 are currency signs is known to the readers of
- * money (money.h) alone. Static storage.
+ * money (money.h) only. Static storage.
  */
 COMN_API const char_map* com_get_typemap(CS_VOID);
 

@@ -16,7 +16,7 @@
  *
  * An error buffer (`errbuf`, `errlen` bytes; null for none) receives the path of the file that was
  * opened last, cut to fit and NUL-terminated, on success too. A call that opens no file, such as
- * the load of a locale that is loaded already, leaves it alone: set it to "" first.
+ * the load of a locale that is loaded already, does not change it: set it to "" first.
  *
  * A character set that cannot be loaded is also reported through com_perr, that is on standard
  * error and in tlvinit.err.
@@ -249,7 +249,7 @@ COMN_API CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2)
 
 /**
  * Converts a UTF-8 name to the character set of the locale (null: the context's). Characters that
- * the set lacks become its replacement character. CS_FAIL, with `outlen` left alone, when `buflen`
+ * the set lacks become its replacement character. CS_FAIL, with `outlen` unchanged, when `buflen`
  * is too short, the name is not UTF-8, the character set has no conversion, or neither locale has
  * one. An empty name has length 0.
  */
@@ -262,7 +262,7 @@ COMN_API const char_attrib* com_intl_charattr(const CS_LOCALE* locale);
 
 /**
  * The identifier of `name` in a class ("charset", "natlang", "collate", "datetime", "numeric",
- * "money") of config/objectid.dat. CS_FAIL when it has none there.
+ * "money") of config/objectid.dat. CS_FAIL when it is not there.
  */
 COMN_API CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, const CS_CHAR* name,
                                   CS_INT namelen, CsOid* oid);

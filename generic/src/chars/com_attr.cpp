@@ -62,7 +62,7 @@ constexpr char_attrib kIso1 = iso_1_attributes();
 
 ImageHeader read_image_header(const CS_BYTE* image) {
   ImageHeader header{};
-  // The status alone is in the machine's byte order.
+  // Unlike the other numbers, the status is in the machine's byte order.
   std::memcpy(&header.status, image, sizeof header.status);
   header.charset_class = image[2];
   header.maxcharlen = image[3];

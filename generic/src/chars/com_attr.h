@@ -8,10 +8,10 @@
 
 namespace comnlib {
 
-// The attributes behind com_get_charattrib, where a call would cost more than the look-up.
+// What com_get_charattrib returns, for code where a call would cost more than the look-up.
 extern const char_attrib kIso1;
 
-// Where a map lies in the image and how many bytes it has; 0 bytes: there is none.
+// Where a map lies in the image and how many bytes it has; 0 bytes: there is no such map.
 struct ImageMap {
   CS_UINT offset;
   CS_UINT size;

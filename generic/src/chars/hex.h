@@ -29,7 +29,7 @@ constexpr std::optional<CS_BYTE> hex_value(int digit) {
   return std::nullopt;
 }
 
-// Reads the bytes that a text stands for; false unless it is exactly their digits.
+// Reads hexadecimal text into bytes; false unless it has exactly their digits.
 constexpr bool decode_hex(std::string_view digits, std::span<CS_BYTE> bytes) {
   if (digits.size() != 2 * bytes.size()) return false;
   for (CS_BYTE& byte : bytes) {

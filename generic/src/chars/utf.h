@@ -84,7 +84,7 @@ inline std::size_t encode_utf8(char32_t code, std::span<CS_BYTE> room) {
   return length;
 }
 
-// UTF-16 in host byte order, wherever it stands in memory; of a text that is not empty.
+// UTF-16 in host byte order, at any address; of a text that is not empty.
 inline Decoded decode_utf16(std::span<const CS_BYTE> text) {
   CS_UNICHAR high;
   if (text.size() < sizeof high) return {0, 0};

@@ -34,7 +34,7 @@ const T* read_map(CS_CONTEXT* ctx, CS_INT size, INTL_HANDLE handle, CS_BOOL need
 }
 
 // How many tables a set needs whose first bytes name them; `named` gives the number of a byte's
-// table, 0 when it names none.
+// table, or 0.
 template <class Named>
 std::size_t tables_named(Named named) {
   std::size_t last = 0;
@@ -42,8 +42,8 @@ std::size_t tables_named(Named named) {
   return last + 1;
 }
 
-// Lets a map of `size` bytes end behind the last table that a first byte names. Tables that the
-// file does not have are empty, so that classification need not check.
+// Extends a map of `size` bytes to the last table that a first byte names. Tables that the file
+// does not have are empty, so that classification need not check.
 template <class T>
 CS_RETCODE complete_map(const T*& map, std::size_t size, std::size_t wanted) {
   if (wanted <= size) return CS_SUCCEED;
@@ -71,7 +71,7 @@ CS_RETCODE complete_norm_map(char_attrib& attrib, std::size_t size) {
   return complete_map(attrib.cs_norm_map, size, tables * COMN_CS_MAPSIZE);
 }
 
-// A size as the maps of a set need it: `tables` tables, where 0 bytes stand for no map.
+// Whether a map has the size of its tables, or 0 for no map.
 constexpr bool is_optional_size(CS_UINT size, CS_UINT tables) {
   return size == 0 || (tables != 0 && size == tables * COMN_CS_MAPSIZE);
 }
@@ -130,9 +130,9 @@ CS_RETCODE read_image(CS_CONTEXT* ctx, char_attrib& attrib, CS_LONG image_size, 
   if (attrib.cs_class == COMN_CS_MULTIBYTE)
     result = comn__load_charset2(ctx, &attrib, image_size, file.handle());
   if (result != CS_SUCCEED) return result;
-  const CS_CHAR* behind = file.next_entry();
+  const CS_CHAR* next = file.next_entry();
   if (file.failed()) return file.failure();
-  if (behind != nullptr && std::string_view(behind) == "definition") return CS_FAIL;
+  if (next != nullptr && std::string_view(next) == "definition") return CS_FAIL;
   return file.close();
 }
 

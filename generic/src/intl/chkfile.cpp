@@ -60,7 +60,7 @@ bool print_unless_readable(CS_RETCODE built, const CS_CHAR* path) {
   return false;
 }
 
-// Names the locale that the environment asks for; false when it cannot be told.
+// Prints the name of the locale that the environment asks for; false when it cannot be read.
 bool print_locale_name(DiagnosisPath& name) {
   for (const char* variable : {"LC_ALL", "LANG"}) {
     const CS_INT length = intlgetenv(name.data(), kDiagnosisPath, variable);

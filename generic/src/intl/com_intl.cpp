@@ -191,7 +191,7 @@ class EntryLoader {
     if (name.empty()) return comn__read_common(&ctx_, &entry_, error_.path, error_.length);
     return name_with_id(kDateName, "datetime", name);
   }
-  // Money conventions alone are loaded with their name.
+  // Unlike the other two kinds, money conventions that have a name are loaded at once.
   CS_RETCODE load_money(std::string_view name) {
     const CS_RETCODE result = name_with_id(kMoneyName, "money", name);
     if (result != CS_SUCCEED) return result;
@@ -225,8 +225,8 @@ CS_RETCODE load_entry(CS_CONTEXT& ctx, const LocaleNames& names, CsLocCache** lo
     drop_descriptors_until(globals, before);
     return result;
   }
-  // A second entry of one name goes after the first, which a look-up by the name alone goes on
-  // finding.
+  // A second entry of one name goes after the first, so that a look-up by that name keeps finding
+  // the first.
   CsLocCache* first = find_entry(globals, names.locale);
   CsLocCache** link = first == nullptr ? &globals.cmg_lcache : &first->locnext;
   entry->locnext = *link;

@@ -1,4 +1,4 @@
-// The file openers. None keeps anything open on failure.
+// The file openers. A failed one leaves nothing open.
 #include "intl/com_loc.h"
 
 #include <array>
@@ -10,7 +10,7 @@
 namespace comnlib {
 namespace {
 
-// Zero-filled, with a byte behind the longest path.
+// Zero-filled, with a byte after the longest path.
 using PathBuffer = std::array<CS_CHAR, kPathLength + 1>;
 using CfgPathBuffer = std::array<CS_CHAR, kPathLength + kConfigPathSpare>;
 

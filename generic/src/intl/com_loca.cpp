@@ -6,7 +6,7 @@
 namespace comnlib {
 namespace {
 
-// The link that points at the record: the list's head or a record's `next`; null when none does.
+// The link to the record: the list's head or another record's `next`; null when it is in no list.
 CS_LOCALE** link_to(CsCtxGlobals& globals, const CS_LOCALE* locale) {
   CS_LOCALE** link = &globals.cmg_locale;
   while (*link != nullptr && *link != locale) link = &(*link)->next;

@@ -1,4 +1,4 @@
-// Path builders: which pieces stand behind the home, and which of them need a byte to spare.
+// Path builders: which pieces follow the home, and which of them need a byte to spare.
 #include "intl/com_path.h"
 
 #include <array>

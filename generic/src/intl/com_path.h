@@ -1,5 +1,5 @@
 // Paths of localization files below the home, for the openers and the diagnosis. The public
-// builders and the rules common to all stand in comnlib/locale.h.
+// builders and the rules common to all are in comnlib/locale.h.
 #pragma once
 
 #include "paths/homepath.h"

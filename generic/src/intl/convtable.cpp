@@ -171,7 +171,7 @@ bool is_ascii_based(const ConvTable& table) {
   return true;
 }
 
-// The range that holds a number, which is a place or a code point; null when none does.
+// The range that holds a number, which is a place or a code point; or null.
 const CodeRange* range_of(const ConvTable& table, CS_UINT CodeRange::*start, CS_UINT number) {
   const auto ranges = table.ranges.view();
   const auto after = std::ranges::upper_bound(ranges, number, {}, start);

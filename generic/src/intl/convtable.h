@@ -12,7 +12,7 @@
 
 namespace comnlib {
 
-// What stands in a table where there is no character.
+// The entry of a table where there is no character.
 inline constexpr CS_USHORT kNoCharacter = 0xFFFF;
 
 // 256 rows of 256 entries, of which only the rows in use take room.

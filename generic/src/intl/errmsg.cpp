@@ -47,7 +47,7 @@ MessageFile file_of(CS_INT layer) {
   return static_cast<MessageFile>(layer - COM_LAYER_COMMON);
 }
 
-// English as every home has it, null when there is none. The caller holds the context's mutex.
+// The English messages, or null when they cannot be loaded. The caller holds the context's mutex.
 const CsMessage* load_english(CS_CONTEXT& ctx) {
   std::array<CS_CHAR, 16> language{"us_english"};
   CsLocCache entry{};

@@ -1,5 +1,5 @@
-// What the readers keep for a context behind CsCtxGlobals.ctxoids: object identifiers, sort orders
-// and conversion tables. Made on first use, freed by com_intl_chardesc_drop.
+// A context's object identifiers, sort orders and conversion tables, reached through
+// CsCtxGlobals.ctxoids. Made on first use, freed by com_intl_chardesc_drop.
 #pragma once
 
 #include "comnlib/locale.h"

@@ -65,7 +65,7 @@ bool read_text(IntlFile& file, ConventionTexts& texts, std::string_view& place) 
 
 // What each kind has of its own: its section, its list in the globals, its place in a cache entry,
 // and its keys. read() is false for a value that the key does not take and for a key of another
-// name; complete() tells whether all that formatting needs was there.
+// name; complete() is false when something that formatting needs is missing.
 struct DateKind {
   using Record = CsDateInfo;
   static constexpr std::string_view kSection = "datetime";

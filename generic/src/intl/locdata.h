@@ -71,7 +71,7 @@ void drop_conventions(CsCtxGlobals& globals);
 
 extern "C" {
 // Gives the cache entry the date/time, number and money conventions of its language and character
-// set, from the context's or else from their common.loc; all three or, on failure, none.
+// set, from the context's or else from their common.loc. On failure it has none of the three.
 CS_RETCODE comn__read_common(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* errbuf,
                              CS_INT errlen);
 }

@@ -27,7 +27,7 @@ struct _csmessage {
 
 namespace comnlib {
 
-// The text of a message, null when the language has none of that number.
+// The text of a message, null when the language does not have the message.
 const CS_CHAR* message_text(const CsMessage& messages, MessageFile file, CS_INT number);
 
 void drop_messages(CsCtxGlobals& globals);

@@ -35,7 +35,7 @@ struct _cssortorder {
 
 namespace comnlib {
 
-// Below 0, 0 or above 0, as memcmp. A text that begins another stands before it. Null attributes:
+// Below 0, 0 or above 0, as memcmp. A text that another begins with comes first. Null attributes:
 // every character is one byte.
 CS_INT compare_text(const CsSortOrder& order, const char_attrib* attrib,
                     std::span<const CS_BYTE> text1, std::span<const CS_BYTE> text2);

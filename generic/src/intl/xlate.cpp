@@ -50,7 +50,7 @@ struct Utf8Word {
 };
 
 // Codecs decode and encode one character each. kAsciiUnit is the size of an ASCII character where
-// ASCII stands for itself.
+// ASCII characters are themselves.
 
 struct Utf8Codec {
   static constexpr std::size_t kAsciiUnit = 1;
@@ -167,8 +167,8 @@ void put_unit(CS_BYTE* at, char32_t unit) {
   }
 }
 
-// Where a translation stands. Steps take it and return it advanced, and are inlined: so it stays in
-// registers.
+// The state of a translation. Steps take it by value and return it advanced, and are inlined, so
+// that it stays in registers.
 struct Cursor {
   const CS_BYTE* in;
   const CS_BYTE* end;

@@ -17,14 +17,14 @@ struct Encoding {
 
 struct Translated {
   CS_RETCODE code;
-  std::size_t written;  // bytes in `room`, always whole characters; those behind them mean nothing
+  std::size_t written;  // bytes in `room`, always whole characters; later bytes are undefined
 };
 
-// Translates `text` into `room`. CS_SUCCEED; CS_CVT_SUBSTITUTED when the target's replacement
-// character stands for characters that it lacks; CS_CVT_TRUNCATED when `room` ended first;
-// CS_CVT_BADXLATE at malformed text, what stands before it translated; CS_CVT_NOXLATE when no route
-// leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of memory.
-// A set's table is loaded under the context's mutex when it is first needed.
+// Translates `text` into `room`. CS_SUCCEED; CS_CVT_SUBSTITUTED when characters that the
+// target lacks were replaced; CS_CVT_TRUNCATED when `room` ended first;
+// CS_CVT_BADXLATE at malformed text, what comes before it is translated; CS_CVT_NOXLATE when no
+// route leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of
+// memory. A set's table is loaded under the context's mutex when it is first needed.
 Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to,
                      std::span<const CS_BYTE> text, std::span<CS_BYTE> room);
 

@@ -1,5 +1,5 @@
 // Paths below the localization home. A path grows piece by piece; each piece is checked whole
-// before a byte of it is written, so a path that does not fit ends behind its last whole piece.
+// before a byte of it is written, so a path that does not fit ends after its last whole piece.
 #pragma once
 
 #include <string_view>
@@ -9,11 +9,11 @@
 
 namespace comnlib {
 
-// Every path buffer of the library's own: the length that builders are told, and a byte for the NUL
-// of a path that fills it.
+// Every path buffer of the library's own: the length that builders are given, and a byte for the
+// NUL of a path that fills it.
 inline constexpr CS_INT kPathLength = 1025;
 
-// What the buffer of a configuration file's path needs beyond the length that is told: the room for
+// What the buffer of a configuration file's path needs beyond the given length: the room for
 // the subdirectory, which is not counted, and the NUL.
 inline constexpr CS_INT kConfigPathSpare = COM_NUV_ROOM + 1;
 
