@@ -51,7 +51,12 @@ void Batch::keep_bytes() {
 }
 
 CsvReader::CsvReader(Source& source, const Dialect& dialect)
-    : source_(source), dialect_(dialect), specials_(dialect), buffer_(kBlock + kSpecialSlack) {
+    : source_(source),
+      dialect_(dialect),
+      quotes_(dialect.quote.has_value()),
+      quote_(dialect.quote.value_or('\0')),
+      specials_(dialect),
+      buffer_(kBlock + kSpecialSlack) {
   begin_ = end_ = buffer_.data();
 }
 
@@ -135,41 +140,44 @@ bool CsvReader::skip_line_end(const char*& at) const {
 }
 
 CsvReader::Scan CsvReader::scan_field(Cursor& cursor, std::vector<Field>& fields) {
-  Field field{{}, false};
   const char* const begin = cursor.at;
-  if (begin < end_ && *begin == dialect_.quote) {
-    bool escaped = false;
-    const Scan scan = scan_quoted(cursor, field, escaped);
-    if (scan != Scan::kRow) return scan;
-    if (escaped) escaped_.push_back(fields.size());
-  } else {
-    const char* const stop = specials_.find(begin, end_);
-    if (stop == end_ && !complete_) return Scan::kNeedsMore;
-    field.text = {begin, stop};
-    field.null = stop == begin || field.text == dialect_.null_word;
-    cursor.at = stop;
+  if (begin < end_ && *begin == quote_ && quotes_) return scan_quoted_field(cursor, fields);
+  const char* const stop = specials_.find(begin, end_);
+  if (stop == end_ && !complete_) return Scan::kNeedsMore;
+  const std::string_view text(begin, stop);
+  cursor.at = stop;
+  if (stop < end_ && *stop == dialect_.delimiter) {
+    ++cursor.at;
+  } else if (const Scan scan = end_row(cursor, begin); scan != Scan::kRow) {
+    return scan;
   }
-  const Scan scan = end_field(cursor, begin);
-  if (scan == Scan::kRow) fields.push_back(field);
-  return scan;
+  fields.push_back({text, text.empty() || text == dialect_.null_word});
+  return Scan::kRow;
 }
 
-// At what follows a field that began at `field`.
-CsvReader::Scan CsvReader::end_field(Cursor& cursor, const char* field) {
-  if (cursor.at == end_) {
-    cursor.row_ended = true;
-    cursor.row_end = end_;
-  } else if (*cursor.at == dialect_.delimiter) {
+CsvReader::Scan CsvReader::scan_quoted_field(Cursor& cursor, std::vector<Field>& fields) {
+  Field field{{}, false};
+  bool escaped = false;
+  const char* const begin = cursor.at;
+  if (const Scan scan = scan_quoted(cursor, field, escaped); scan != Scan::kRow) return scan;
+  if (cursor.at < end_ && *cursor.at == dialect_.delimiter) {
     ++cursor.at;
-  } else if (is_line_end(*cursor.at)) {
-    cursor.row_end = cursor.at;
-    if (!skip_line_end(cursor.at)) return Scan::kNeedsMore;
-    cursor.row_ended = true;
-    ++cursor.line;
-  } else {
-    return break_row(field, kMisplacedQuote);
+  } else if (const Scan scan = end_row(cursor, begin); scan != Scan::kRow) {
+    return scan;
   }
+  if (escaped) escaped_.push_back(fields.size());
+  fields.push_back(field);
   return Scan::kRow;
+}
+
+// At what follows the row's last field, which began at `field`.
+CsvReader::Scan CsvReader::end_row(Cursor& cursor, const char* field) {
+  cursor.row_end = cursor.at;
+  cursor.row_ended = true;
+  if (cursor.at == end_) return Scan::kRow;
+  if (!is_line_end(*cursor.at)) return break_row(field, kMisplacedQuote);
+  ++cursor.line;
+  return skip_line_end(cursor.at) ? Scan::kRow : Scan::kNeedsMore;
 }
 
 // At its opening quote. Doubled quotes stay doubled: the row may have to be read again.
@@ -178,11 +186,11 @@ CsvReader::Scan CsvReader::scan_quoted(Cursor& cursor, Field& field, bool& escap
   const char* quote = text;
   for (;;) {
     const auto left = static_cast<std::size_t>(end_ - quote);
-    quote = static_cast<const char*>(std::memchr(quote, *dialect_.quote, left));
+    quote = static_cast<const char*>(std::memchr(quote, quote_, left));
     if (quote == nullptr && (complete_ || row_too_long_))
       return break_row(cursor.at, row_too_long_ ? kRowTooLong : kOpenQuote);
     if (quote == nullptr || (quote + 1 == end_ && !complete_)) return Scan::kNeedsMore;
-    if (quote + 1 == end_ || quote[1] != *dialect_.quote) break;
+    if (quote + 1 == end_ || quote[1] != quote_) break;
     escaped = true;
     quote += 2;
   }
@@ -219,7 +227,7 @@ void CsvReader::unescape(Field& field) {
   char* kept = text;
   for (std::size_t at = 0; at < field.text.size(); ++at) {
     *kept++ = field.text[at];
-    if (field.text[at] == *dialect_.quote) ++at;
+    if (field.text[at] == quote_) ++at;
   }
   field.text = {text, kept};
   unescaped_used_ += field.text.size();

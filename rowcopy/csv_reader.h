@@ -99,9 +99,10 @@ class CsvReader {
   // kNeedsMore, with nothing taken: the buffer ends too early.
   Scan scan_row(std::vector<Field>& fields);
   Scan scan_field(Cursor& cursor, std::vector<Field>& fields);
+  Scan scan_quoted_field(Cursor& cursor, std::vector<Field>& fields);
   Scan scan_quoted(Cursor& cursor, Field& field, bool& escaped);
   Scan break_row(const char* at, const char* fault);
-  Scan end_field(Cursor& cursor, const char* field);
+  Scan end_row(Cursor& cursor, const char* field);
   bool skip_line_end(const char*& at) const;
   bool skip_blank_lines();
 
@@ -111,6 +112,8 @@ class CsvReader {
 
   Source& source_;
   const Dialect& dialect_;
+  bool quotes_;
+  char quote_;
   Specials specials_;
   std::vector<char> buffer_;
   std::vector<char> unescaped_;  // fields of the batch that held doubled quotes

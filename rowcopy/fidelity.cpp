@@ -133,11 +133,13 @@ CS_DATAFMT text_format(CS_INT code, CS_LOCALE* locale) {
 Fidelity::Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales)
     : type_(type),
       same_charset_(same_charsets(locales)),
+      is_plain_text_(same_charset_ && type.kind == Kind::kText && !is_varying(type.code) &&
+                     type.code != CS_UNICHAR_TYPE),
       to_unicode_(context, text_format(CS_CHAR_TYPE, locales.from),
                   text_format(CS_UNICHAR_TYPE, locales.from)),
       back_(context, format_of(type, locales.to), text_format(CS_CHAR_TYPE, locales.from)) {}
 
-Verdict Fidelity::compare(const Field& field, const char* value, CS_INT length) {
+Verdict Fidelity::compare_any(const Field& field, const char* value, CS_INT length) {
   switch (type_.kind) {
     case Kind::kText:
       return compare_text(field.text, value, length);

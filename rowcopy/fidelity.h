@@ -29,9 +29,15 @@ class Fidelity {
   Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales);
 
   // `field` is not null; `value` is what became of it, with `length` bytes.
-  Verdict compare(const Field& field, const char* value, CS_INT length);
+  Verdict compare(const Field& field, const char* value, CS_INT length) {
+    if (!is_plain_text_) return compare_any(field, value, length);
+    return std::string_view(value, static_cast<std::size_t>(length)) == field.text
+               ? Verdict::kSame
+               : Verdict::kChanged;
+  }
 
  private:
+  Verdict compare_any(const Field& field, const char* value, CS_INT length);
   Verdict compare_number(std::string_view text, const char* value, CS_INT length);
   Verdict compare_text(std::string_view text, const char* value, CS_INT length);
   std::string text_of(const char* value, CS_INT length);
@@ -39,6 +45,7 @@ class Fidelity {
 
   Datatype type_;
   bool same_charset_;
+  bool is_plain_text_;     // the bytes of the field, without more
   Conversion to_unicode_;  // of a field
   Conversion back_;        // of a value, to text in the character set of the field
   std::vector<CS_UNICHAR> units_;
