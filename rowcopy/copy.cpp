@@ -7,11 +7,12 @@
 #include <cstdint>
 #include <exception>
 #include <filesystem>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "context.h"
 #include "converter.h"
@@ -167,6 +168,7 @@ class Worker {
   const std::string& rejects() const { return reject_writer_.text(); }
 
   Batch rows;
+  std::uint64_t bytes_taken = 0;  // of the file, when the rows had been read
 
  private:
   // Calls `convert` for each column, and counts the time as that of the conversions.
@@ -396,22 +398,33 @@ class Outputs {
 };
 
 // Batches are read in order by whichever thread is free, converted side by side, and written in
-// order again.
+// order again. There are more workers than threads, so that no thread waits for an earlier batch of
+// another one.
 class Copy {
  public:
   Copy(const Plan& plan, CsvReader& csv, Outputs& outputs)
-      : plan_(plan), csv_(csv), outputs_(outputs), progress_(csv.source().size(), !plan.job.quiet) {
+      : csv_(csv),
+        outputs_(outputs),
+        progress_(csv.source().size(), !plan.job.quiet),
+        jobs_(plan.job.jobs),
+        max_errors_(plan.job.max_errors),
+        batch_rows_(plan.batch_rows()) {
     report_.columns.resize(plan.layout.columns.size());
     report_.record_size = plan.records.size();
-    report_.jobs = plan.job.jobs;
+    report_.jobs = jobs_;
+    const std::size_t workers = jobs_ == 1 ? 1 : kWorkersPerThread * jobs_;
+    for (std::size_t at = 0; at < workers; ++at) {
+      workers_.push_back(std::make_unique<Worker>(plan));
+      free_.push_back(workers_.back().get());
+    }
+    converted_.resize(workers);
   }
 
   Report run() {
     const auto begin = Clock::now();
     {
       std::vector<std::jthread> helpers;
-      for (std::size_t job = 1; job < plan_.job.jobs; ++job)
-        helpers.emplace_back([this] { work(); });
+      for (std::size_t job = 1; job < jobs_; ++job) helpers.emplace_back([this] { work(); });
       work();
     }
     if (failure_) std::rethrow_exception(failure_);
@@ -421,67 +434,89 @@ class Copy {
   }
 
  private:
+  static constexpr std::size_t kWorkersPerThread = 3;
+
   void work() {
     try {
-      Worker worker(plan_);
-      for (bool more = true; more;) {
-        std::size_t turn = 0;
-        std::uint64_t taken = 0;
-        if (!read(worker, turn, taken, more)) return;
-        worker.convert();
-        if (!write(worker, turn, taken)) return;
+      while (Worker* const worker = take_worker()) {
+        const auto turn = read(*worker);
+        if (!turn) return;
+        worker->convert();
+        hand_in(*worker, *turn);
       }
     } catch (...) {
-      const std::scoped_lock lock(reading_, writing_);
+      const std::scoped_lock lock(writing_);
       if (!failure_) failure_ = std::current_exception();
-      ended_ = true;
-      turn_came_.notify_all();
+      worker_came_.notify_all();
     }
   }
 
-  bool read(Worker& worker, std::size_t& turn, std::uint64_t& taken, bool& more) {
-    const std::scoped_lock lock(reading_);
-    if (ended_) return false;
-    more = csv_.next(worker.rows, plan_.batch_rows());
-    if (plan_.job.jobs > 1) worker.rows.keep_bytes();
-    ended_ = !more;
-    turn = turns_++;
-    taken = csv_.source().bytes_taken();
-    return true;
-  }
-
-  // False when the copy has come to its end.
-  bool write(const Worker& worker, std::size_t turn, std::uint64_t taken) {
+  // Nothing when the copy is not to go on.
+  Worker* take_worker() {
     std::unique_lock lock(writing_);
-    turn_came_.wait(lock, [&] { return turn == next_turn_ || failure_; });
-    if (failure_ || report_.stopped) return pass(false);
-    outputs_.write(worker);
+    worker_came_.wait(lock, [&] { return !free_.empty() || failure_ || report_.stopped; });
+    if (failure_ || report_.stopped) return nullptr;
+    Worker* const worker = free_.back();
+    free_.pop_back();
+    return worker;
+  }
+
+  // The number of the batch that was read; nothing at the end of the file.
+  std::optional<std::size_t> read(Worker& worker) {
+    const std::scoped_lock lock(reading_);
+    if (ended_) return std::nullopt;
+    ended_ = !csv_.next(worker.rows, batch_rows_);
+    if (jobs_ > 1) worker.rows.keep_bytes();
+    worker.bytes_taken = csv_.source().bytes_taken();
+    return turns_++;
+  }
+
+  // Writes the batches whose turn it is, unless another thread is about it.
+  void hand_in(Worker& worker, std::size_t turn) {
+    std::unique_lock lock(writing_);
+    converted_[turn % converted_.size()] = &worker;
+    if (writer_is_busy_) return;
+    writer_is_busy_ = true;
+    while (Worker* const next =
+               std::exchange(converted_[next_turn_ % converted_.size()], nullptr)) {
+      const bool wanted = !report_.stopped;
+      lock.unlock();
+      if (wanted) outputs_.write(*next);
+      lock.lock();
+      if (wanted) count(*next);
+      ++next_turn_;
+      free_.push_back(next);
+      worker_came_.notify_all();
+    }
+    writer_is_busy_ = false;
+  }
+
+  void count(const Worker& worker) {
     report_.add(worker.report());
-    report_.stopped = report_.faults() > plan_.job.max_errors;
-    progress_.update(report_.rows_read, taken);
-    return pass(!report_.stopped);
+    report_.stopped = report_.faults() > max_errors_;
+    progress_.update(report_.rows_read, worker.bytes_taken);
   }
 
-  bool pass(bool go_on) {
-    ++next_turn_;
-    turn_came_.notify_all();
-    return go_on;
-  }
-
-  const Plan& plan_;
   CsvReader& csv_;
   Outputs& outputs_;
   Progress progress_;
-  Report report_;
+  const std::size_t jobs_;
+  const std::size_t max_errors_;
+  const std::size_t batch_rows_;
+  std::vector<std::unique_ptr<Worker>> workers_;
 
   std::mutex reading_;  // the file, and the next two
   bool ended_ = false;
   std::size_t turns_ = 0;  // batches that were read
 
-  std::mutex writing_;  // the outputs, the report, and what follows
-  std::condition_variable turn_came_;
-  std::size_t next_turn_ = 0;  // batches that were written
+  std::mutex writing_;  // the report, and what follows
+  std::condition_variable worker_came_;
+  std::vector<Worker*> free_;
+  std::vector<Worker*> converted_;  // by turn; those that have not been written yet
+  std::size_t next_turn_ = 0;       // batches that were written
+  bool writer_is_busy_ = false;
   std::exception_ptr failure_;
+  Report report_;
 };
 
 }  // namespace
