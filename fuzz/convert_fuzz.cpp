@@ -142,10 +142,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   check(lengths[0] >= 0 && static_cast<std::size_t>(lengths[0]) <= most);
   check(codes[0] != CS_CVT_SYNTAX || lengths[0] == 0 || from == CS_REAL_TYPE ||
         from == CS_FLOAT_TYPE);
-  // Whatever its bytes are, text of one encoding that has room is copied whole.
+  // Whatever its bytes are, text of one encoding that has room is copied whole. A terminator may
+  // need two bytes, and one before it that completes a unit.
   if (is_plain_copy(srcfmt, destfmt) && source_size <= room) {
     const bool terminated = (destfmt.format & CS_DFMT_NULLTERM) != 0;
-    check(codes[0] != CS_CVT_TRUNCATED || (terminated && source_size + 2 > room));
+    check(codes[0] != CS_CVT_TRUNCATED || (terminated && source_size + 3 > room));
     check(codes[0] == CS_CVT_TRUNCATED ||
           std::memcmp(dests[0].data() + kGuard, source.get(), source_size) == 0);
   }
