@@ -2,7 +2,8 @@
 # installed side by side. "cpack -G DEB" in a build folder makes them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME comnlib)
-set(CPACK_PACKAGE_CONTACT "comnlib maintainers <maintainers@localhost>")
+set(COMNLIB_MAINTAINER "comnlib maintainers <maintainers@localhost>" CACHE STRING "Maintainer of the packages")
+set(CPACK_PACKAGE_CONTACT "${COMNLIB_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -44,13 +45,22 @@ function(debian_package component name section multiarch depends summary text)
   set(folder ${PROJECT_BINARY_DIR}/debian/${name})
   file(MAKE_DIRECTORY ${folder})
   file(COPY_FILE ${PROJECT_SOURCE_DIR}/cmake/copyright ${folder}/copyright)
-  file(WRITE ${folder}/changelog.Debian
+  file(WRITE ${folder}/changelog
        "comnlib (${PROJECT_VERSION}) unstable; urgency=medium\n\n"
        "  * See CHANGELOG.md, which is in comnlib-doc.\n\n"
        " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
-  execute_process(COMMAND gzip -9nf ${folder}/changelog.Debian)
-  install(FILES ${folder}/copyright ${folder}/changelog.Debian.gz
+  execute_process(COMMAND gzip -9nf ${folder}/changelog)
+  install(FILES ${folder}/copyright ${folder}/changelog.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
+  file(WRITE ${folder}/overrides
+       "# The owner has no public address yet; COMNLIB_MAINTAINER gives one.\n"
+       "${name}: bogus-mail-host\n${name}: bogus-mail-host-in-debian-changelog\n")
+  if(component STREQUAL "home")
+    file(APPEND ${folder}/overrides
+         "# A locale's files are in the character set of the locale.\n${name}: national-encoding\n")
+  endif()
+  install(FILES ${folder}/overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+          RENAME ${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endfunction()
 
 set(text "Conversions of values, exact numerics, money, dates, locales, character\nsets, configuration, \
