@@ -61,6 +61,7 @@ const CsMessage* load_english(CS_CONTEXT& ctx) {
 
 const CS_CHAR* english_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   const GlobalsLock lock(ctx);
+  const KeptStatus kept(ctx);
   const CsMessage* english = lock.taken() ? load_english(ctx) : nullptr;
   return english == nullptr ? nullptr : message_text(*english, file_of(layer), number);
 }
@@ -113,7 +114,6 @@ std::span<CS_CHAR> buffer_of(CS_CHAR* buf, CS_INT buflen, Place place = Place::c
 
 CS_RETCODE write_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number, std::span<CS_CHAR> room,
                       CS_INT& length) {
-  const KeptStatus kept(ctx);
   MessageWriter out(ctx, encoding_of(ctx), room);
   const bool is_text = add_text(ctx, out, layer, number, {});
   length = out.finish();
@@ -212,7 +212,6 @@ CS_RETCODE com_build_errmsg(CS_CONTEXT* ctx, CS_INT severity, CS_INT layer, CS_I
     if (argument.type == COM_ARGUMENT_TEXT)
       static_cast<void>(text_of(argument.text, argument.length));
   }
-  const KeptStatus kept(*ctx);
   MessageWriter out(*ctx, encoding_of(*ctx), buffer_of(buf, buflen));
   static_cast<void>(add_text(*ctx, out, COM_LAYER_COMMON, severity, {}));
   out.add(": ");

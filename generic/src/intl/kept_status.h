@@ -5,7 +5,8 @@
 
 namespace comnlib {
 
-// Restores the context's ctxintlerr.
+// Restores the context's ctxintlerr. Threads may share the context, so look-ups that load keep it
+// under the lock of their load.
 class KeptStatus {
  public:
   explicit KeptStatus(CS_CONTEXT& ctx) : ctx_(ctx), status_(ctx.ctxintlerr) {}

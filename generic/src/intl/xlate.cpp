@@ -14,6 +14,7 @@
 #include "chars/utf.h"
 #include "intl/convcfg.h"
 #include "intl/convtable.h"
+#include "intl/kept_status.h"
 #include "intl/locking.h"
 
 namespace comnlib {
@@ -322,6 +323,7 @@ CS_RETCODE table_of(CS_CONTEXT& context, CsConvConfig& config, const ConvTable*&
   table = loaded.load(std::memory_order_acquire);
   if (table != nullptr) return CS_SUCCEED;
   const GlobalsLock lock(context);
+  const KeptStatus kept(context);
   if (!lock.taken()) return CS_FAIL;
   const CS_RETCODE code =
       load_table(context, config.charset.data(), config.table.data(), table, {});
