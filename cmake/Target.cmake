@@ -19,6 +19,8 @@ add_link_options(${COMNLIB_TARGET_OPTION})
 # CMake knows the compiler as it is without that option; folders of libraries go by these two.
 math(EXPR CMAKE_SIZEOF_VOID_P "${COMNLIB_TARGET_BITS} / 8")
 set(CMAKE_LIBRARY_ARCHITECTURE ${COMNLIB_TARGET}-linux-gnu)
+# Where Debian's 64-bit packages of 32-bit libraries put them.
+set_property(GLOBAL PROPERTY FIND_LIBRARY_USE_LIB32_PATHS TRUE)
 # Both libraries may be installed below one prefix.
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Folder of the libraries")

@@ -49,7 +49,12 @@ CS_INT check_end(int file) {
   struct stat facts {};
   const off_t read = ::lseek(file, 0, SEEK_CUR);
   if (read < 0 || ::fstat(file, &facts) != 0) return system_status();
-  return facts.st_size == 0 || facts.st_size == read ? 0 : make_status(Fault::kSizeChanged);
+  if (facts.st_size == read) return 0;
+  // A file that the system makes while it is read has no size, but it can be read again. One that
+  // was emptied meanwhile cannot.
+  char first = 0;
+  const bool is_made = facts.st_size == 0 && ::pread(file, &first, 1, 0) == 1;
+  return is_made ? 0 : make_status(Fault::kSizeChanged);
 }
 
 }  // namespace comnlib::companion

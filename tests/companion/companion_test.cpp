@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 
@@ -190,6 +191,19 @@ TEST(Plain, ReadsInPieces) {
   EXPECT_EQ(1, intl_iocsfread(handle, bytes, 2));
   EXPECT_EQ('c', bytes[0]);
   EXPECT_EQ(0, intl_iocsfread(handle, bytes, 2));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
+  ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
+  EXPECT_EQ(2, intl_iocsfread(handle, bytes, 2));
+  ASSERT_EQ(0, truncate(path.c_str(), 0));
+  EXPECT_EQ("the file is not as long as its size says", words(intl_iocsfread(handle, bytes, 2)));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
+  ASSERT_EQ(0, intl_iocsfopen("/proc/self/smaps", &handle));  // of no size, made while it is read
+  std::array<CS_BYTE, 512> piece;
+  CS_INT got = 0;
+  do {
+    got = intl_iocsfread(handle, piece.data(), piece.size());
+  } while (got > 0);
+  EXPECT_EQ(0, got);
   EXPECT_EQ(0, intl_iocsfclose(handle));
   EXPECT_EQ("No such file or directory",
             words(intl_iocsfopen((directory.path() / "none").c_str(), &handle)));

@@ -10,6 +10,11 @@ using comnlib::companion::SectionedText;
 // One buffer for all texts that are handed out, which every step writes over.
 const CS_CHAR* step(INTL_HANDLE handle, const char* (SectionedText::*next)(CS_INT&),
                     CS_INT* status) {
+  if (intl_host::steps_left == 0) {
+    *status = INTL_NO_MEMORY;
+    return nullptr;
+  }
+  if (intl_host::steps_left > 0) --intl_host::steps_left;
   thread_local std::string buffer;
   const char* text = (static_cast<SectionedText*>(handle)->*next)(*status);
   buffer.assign(text == nullptr ? "overwritten" : text);

@@ -20,6 +20,9 @@ namespace intl_host {
 // Sectioned files opened so far, and those open now.
 inline std::atomic<int> files_opened{0}, files_open{0};
 
+// The steps of readers that succeed before all others find no memory; -1 for no end of them.
+inline std::atomic<int> steps_left{-1};
+
 // While it is set, every intl_close returns -7, though it closes.
 inline std::atomic<bool> close_fails{false};
 

@@ -360,6 +360,26 @@ TEST(Load, CancellationWaitsAndAStackOf32KB) {
   EXPECT_NE(nullptr, entry);
 }
 
+// Whichever step of a host's own reader finds no memory, the load says so, and the next one
+// succeeds.
+TEST(Load, AReaderWithoutMemory) {
+  const intl_host::ShippedHome home;
+  CS_RETCODE result = CS_MEM_ERROR;
+  int steps = 0;
+  for (; result == CS_MEM_ERROR; steps += 1 + steps / 32) {
+    Context context;
+    CsLocCache* entry = nullptr;
+    ASSERT_EQ(CS_SUCCEED, context.init());
+    intl_host::steps_left = steps;
+    result = context.load("ja_JP.SJIS", &entry);
+    intl_host::steps_left = -1;
+    EXPECT_EQ(CS_SUCCEED, context.load("ja_JP.SJIS", &entry)) << "after " << steps << " steps";
+  }
+  EXPECT_EQ(CS_SUCCEED, result);
+  EXPECT_LT(1000, steps);
+  EXPECT_EQ(0, intl_host::files_open);
+}
+
 TEST(Load, TakesTheHostsLocks) {
   static int locks_taken;
   locks_taken = 0;

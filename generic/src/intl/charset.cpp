@@ -247,10 +247,10 @@ CS_RETCODE comn__get_image(CS_CONTEXT* ctx, CS_BYTE* dst, CS_INT size, INTL_HAND
   check_pointer(dst);
   require(size >= 0);
   CS_INT status = 0;
-  const auto failure = [&] {
+  const auto failure = [&]() -> CS_RETCODE {
     if (status >= 0) return CS_FAIL;
     ctx->ctxintlerr = status;
-    return CS_INTL_LIBERR;
+    return status == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_INTL_LIBERR;
   };
   const std::int64_t wanted = std::int64_t{2} * size;
   std::int64_t held = 0;  // hexadecimal digits so far; an odd one waits in the byte's upper half

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "diag/diag.h"
+#include "diag/uncancelled.h"
 #include "intl.h"
 #include "intl/com_intl.h"
 #include "intl/com_path.h"
@@ -139,6 +140,7 @@ CS_RETCODE com_intl_verify_a_msgfile(CS_CONTEXT* ctx, const CS_LOCALE* locale, c
 
 void com_intl_verify_ctxloc(CS_CONTEXT* ctx) {
   check_pointer(ctx);
+  const Uncancelled uncancelled;
   const KeptStatus kept(*ctx);
   print_error(
       "\n\nThe context allocation routine failed when it tried to load localization files!!\n");

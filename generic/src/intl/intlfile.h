@@ -54,7 +54,8 @@ class IntlFile {
     open_ = false;
     if (status >= 0) return CS_SUCCEED;
     ctx_.ctxintlerr = status;
-    return CS_INTL_LIBERR;
+    failed_ = true;
+    return failure();
   }
 
  private:

@@ -1,6 +1,7 @@
 // Reader of config/objectid.dat: a section a class, an entry a name.
 #include "intl/objectid.h"
 
+#include "diag/uncancelled.h"
 #include "intl/load_once.h"
 #include "intl/loaded.h"
 #include "intl/parse_number.h"
@@ -78,5 +79,6 @@ CS_RETCODE comn_globalid(CS_CONTEXT* ctx, const CS_CHAR* oidclass, const CS_CHAR
   check_pointer(ctx);
   check_pointer(ctx->ctxglobals);
   check_pointer(oid);
+  const Uncancelled uncancelled;
   return trace(global_id(*ctx, text_of(oidclass), text_of(name, namelen), *oid, {nullptr, 0}));
 }
