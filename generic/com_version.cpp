@@ -3,5 +3,5 @@
 
 const CS_CHAR* com_version(void) {
   return "steiplo comnlib/" COMNLIB_VERSION "/P" COMNLIB_PATCH_LEVEL
-         "/Linux i386/POSIX threads/" COMNLIB_BUILD_TYPE "/" __DATE__;
+         "/Linux " COMNLIB_TARGET_NAME "/POSIX threads/" COMNLIB_BUILD_TYPE "/" __DATE__;
 }

@@ -17,7 +17,15 @@ constexpr bool is_digit(char c) {
 
 // Blanks and what only adorns a number. Signs are looked at on their own.
 constexpr bool is_adornment(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r') || c == ',' || c == '$' || c == '+';
+  return c == ' ' || (c >= '\t' && c <= '\r') || c == '$' || c == '+';
+}
+
+// Whether a comma before the text groups digits: three follow it and no fourth. Any other comma may
+// be another country's decimal point.
+bool begins_group(std::string_view text) {
+  constexpr std::size_t kGroup = 3;
+  return text.size() >= kGroup && std::ranges::all_of(text.substr(0, kGroup), is_digit) &&
+         (text.size() == kGroup || !is_digit(text[kGroup]));
 }
 
 // The number behind an "e", as far as it matters.
@@ -92,6 +100,8 @@ Decimal read_as(std::string_view text) {
       after_point = true;
     } else if (c == '-') {
       number.negative = true;
+    } else if (c == ',') {
+      number.foreign |= after_point || !number.has_digits || !begins_group(text.substr(at + 1));
     } else if ((c == 'e' || c == 'E') && number.has_digits) {
       number.exponent += read_exponent(text.substr(at + 1));
       break;

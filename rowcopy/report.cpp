@@ -179,9 +179,11 @@ void print(const Report& report, const Layout& layout, const std::string& csv_pa
   out << csv_path << ": " << report.rows_read << " rows read, " << report.rows_copied << " copied, "
       << report.rows_read - report.rows_copied << " rejected";
   if (report.blank_lines != 0) out << ", blank lines: " << report.blank_lines;
-  out << '\n'
-      << record_path << ": " << report.rows_copied << " records of " << report.record_size
-      << " bytes\n\n";
+  out << '\n';
+  if (!report.stopped)
+    out << record_path << ": " << report.rows_copied << " records of " << report.record_size
+        << " bytes\n";
+  out << '\n';
 
   std::vector<Cells> table = {
       {"column", "type", "values", "nulls", "to record", "to text", "remarks"}};

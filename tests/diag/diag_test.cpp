@@ -242,6 +242,8 @@ TEST(Version, IsOneLineOfSevenFields) {
   const std::string text = com_version();
   EXPECT_EQ(6, std::count(text.begin(), text.end(), '/')) << text;
   EXPECT_EQ(std::string::npos, text.find('\n')) << text;
+  const char* const platform = sizeof(void*) == 4 ? "/Linux i386/" : "/Linux x86_64/";
+  EXPECT_NE(std::string::npos, text.find(platform)) << text;
 }
 
 }  // namespace

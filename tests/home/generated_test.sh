@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The committed localization home and its vectors are what their generators write.
+# The committed localization home is what its generators write.
 #   generated_test.sh SOURCES
 set -euo pipefail
 

@@ -44,6 +44,8 @@ def same(kind, said, copied):
         return read_date(said) == datetime.fromisoformat(copied)
     if kind == 'float':
         return float(said) == float(copied) or said.lower() == copied == 'nan'
+    if kind == 'money' and ',' in said and not re.fullmatch(r'[-+$ ]*\d{0,3}(,\d{3})+(\.\d*)? *', said):
+        return False
     if kind == 'money' or kind.startswith(('int', 'numeric')):
         return Decimal(re.sub('[$, ]', '', said)) == Decimal(copied)
     return False

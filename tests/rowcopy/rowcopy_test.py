@@ -124,6 +124,7 @@ check('same records and text', (filecmp.cmp('before', 'records', False), filecmp
 
 VALUES = {
     'money': {'1455.2199': '1455.2199', '1455.219971': 'stored as "1455.2200"', '$1,234.5': '1234.5000',
+              '1,5': 'stored as "15.0000"', '-0,75': 'stored as "-75.0000"', '1,234,567': '1234567.0000',
               ' - $ 5 ': '-5.0000', '1.00000': '1.0000', '-': 'gives no value', '$': 'gives no value',
               ' ': 'gives no value', '922337203685477.5807': '922337203685477.5807',
               '922337203685477.58071': 'stored as "922337203685477.5807"', '1e3': 'is no text of the type'},

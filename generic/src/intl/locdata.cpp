@@ -7,6 +7,7 @@
 #include <span>
 #include <utility>
 
+#include "intl/kept_status.h"
 #include "intl/load_once.h"
 #include "intl/locking.h"
 #include "intl/parse_number.h"
@@ -237,6 +238,7 @@ CS_RETCODE date_conventions_of(CS_CONTEXT& ctx, CsLocCache& entry, const CsDateI
   if (info != nullptr || entry.com__datename == nullptr) return CS_SUCCEED;
   const GlobalsLock lock(ctx);
   if (!lock.taken()) return CS_FAIL;
+  const KeptStatus kept(ctx);
   CsLocCache read{};
   const CS_RETCODE result =
       load_named<DateKind>(ctx, COM_LC_TIME, entry.com__datename, read, {nullptr, 0});
