@@ -8,9 +8,8 @@ NODE_MODULES holds the npm packages cldr-core, cldr-dates-full and cldr-numbers-
 
     npm install --prefix /tmp/cldr cldr-core cldr-dates-full cldr-numbers-full
 
-The languages are those with at least forty million speakers which Unicode's data cover fully and for
-which the C library has locales (/usr/share/i18n/SUPPORTED), in each of the scripts that these locales
-write them in.
+The languages are those with at least forty million speakers which Unicode's data cover fully, in each
+of the scripts that the C library's locales (/usr/share/i18n/SUPPORTED) write them in.
 """
 import json
 import pathlib
@@ -51,13 +50,13 @@ def chosen_languages():
             share = float(facts["_populationPercent"]) / 100
             speakers[code] = speakers.get(code, 0) + population * share
     levels = load("cldr-core/coverageLevels.json")["effectiveCoverageLevels"]
-    named = {language_of(name) for name, _ in supported()}
     return {code for code, count in speakers.items()
-            if count >= SPEAKERS and levels.get(code) == "modern" and code in named}
+            if count >= SPEAKERS and levels.get(code) == "modern"}
 
 
 LIKELY = supplemental("likelySubtags")["likelySubtags"]
 REGIONS = supplemental("currencyData")["currencyData"]["region"]
+NAMES = {name for name, _ in supported()}
 SCRIPTS = {"devanagari": "Deva", "latin": "Latn", "cyrillic": "Cyrl"}
 
 
@@ -67,6 +66,10 @@ def unicode_name(name):
                                                  name).groups()
     script = SCRIPTS.get(modifier)
     usual = LIKELY[language].split("-")
+    # Where the C library has a locale of the territory's script by itself, the plain name is in the
+    # language's usual one.
+    if script is None and any(f"{language}_{territory}@{name}" in NAMES for name in SCRIPTS):
+        script = usual[1]
     if script is None:
         script = LIKELY.get(f"{language}-{territory}", LIKELY[language]).split("-")[1]
     with_script = language if script == usual[1] else f"{language}-{script}"
@@ -142,7 +145,7 @@ def main():
         base = re.sub(r"\.[^@]*|@euro", "", name)
         locale, language, territory = unicode_name(base)
         locales[base] = {"language": language, **conventions(locale, territory)}
-    for language in {facts["language"] for facts in locales.values()}:
+    for language in {facts["language"] for facts in locales.values()} | languages:
         territory = LIKELY[language].split("-")[2]
         locales[language] = {"language": language, "territory": territory,
                              **conventions(language, territory)}

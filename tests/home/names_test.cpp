@@ -85,6 +85,11 @@ TEST(ShippedNames, UsualSpellings) {
   const struct {
     const char *name, *is;  // language, character set
   } rows[] = {{"pt_BR.utf8", "portuguese utf8"},
+              {"en_US.UTF8", "us_english utf8"},
+              {"C.UTF8", "us_english utf8"},
+              {"sd_IN.UTF-8", "sindhi_arabic utf8"},
+              {"sd_IN@devanagari", "sindhi utf8"},
+              {"jv", "javanese iso_1"},
               {"pt_BR.iso88591", "portuguese iso_1"},
               {"es_MX.ISO8859-1", "spanish iso_1"},
               {"es_ES.UTF-8@euro", "spanish utf8"},

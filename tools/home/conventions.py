@@ -58,6 +58,9 @@ LANGUAGES = {
     "yue": Language(35, "cantonese", ("big5", "big5hkscs")),
     "zh": Language(36, "chinese", ("cp936", "gb18030")),
     "zh-Hant": Language(37, "chinese_traditional", ("big5", "big5hkscs", "euctw")),
+    "sd": Language(38, "sindhi_arabic"),
+    "jv": Language(39, "javanese", WESTERN),
+    "pcm": Language(40, "nigerian_pidgin"),
 }
 
 # Texts that hosts have read and written for long; Unicode's data shorten months otherwise.

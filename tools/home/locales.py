@@ -7,7 +7,8 @@ from .sortorders import has_order
 
 # How systems spell the code sets.
 SPELLINGS = {
-    "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8", "utf8"), "koi8": ("KOI8-R", "koi8r"),
+    "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8", "utf8", "UTF8", "utf-8"),
+    "koi8": ("KOI8-R", "koi8r"),
     "koi8u": ("KOI8-U", "koi8u"), "macroman": ("MACINTOSH",), "sjis": ("SJIS", "sjis", "Shift_JIS"),
     "eucjp": ("EUC-JP", "eucJP", "eucjp", "ujis"), "gb18030": ("GB18030", "gb18030"),
     "cp936": ("GBK", "gbk", "GB2312", "gb2312", "eucCN"), "big5": ("BIG5", "big5", "Big5"),
@@ -23,6 +24,7 @@ FIXED = {
     "POSIX": ("us_english", "ascii", "binary"),
     "C.UTF-8": ("us_english", "utf8", "binary"),
     "C.utf8": ("us_english", "utf8", "binary"),
+    "C.UTF8": ("us_english", "utf8", "binary"),
     "iso": ("us_english", "iso_1", "binary", "iso", "iso", "iso"),
     "iso.utf8": ("us_english", "utf8", "binary", "iso", "iso", "iso"),
     "us_english.nocase": ("us_english", "iso_1", "nocase"),
