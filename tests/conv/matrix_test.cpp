@@ -204,6 +204,9 @@ class StopPlaces {
     const std::string place = stop_of(routine, CS_USHORT_TYPE, destination);
     add(place);
     if (routine == comn_voidtoany) return;
+    if (source == CS_UNICHAR_TYPE) {
+      EXPECT_NE(std::string::npos, place.find("com_uchr.cpp")) << place;
+    }
     for (const CS_INT code : {CS_INT{CS_USHORT_TYPE}, CS_INT{CS_USER_TYPE}, -1})
       EXPECT_EQ(place, stop_of(routine, source, code)) << code;
     if (has_length(source)) {
