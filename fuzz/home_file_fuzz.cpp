@@ -145,7 +145,7 @@ void messages(Host& host) {
     std::array<CS_CHAR, 20> room{};
     MessageWriter out(host.context, {nullptr, false}, room);
     if (text != nullptr) static_cast<void>(out.add_pattern(text, {&argument, 1}));
-    check(static_cast<std::size_t>(out.finish()) < room.size());
+    check(static_cast<std::size_t>(out.end_text()) < room.size());
   }
 }
 

@@ -61,12 +61,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // Without its configuration the set has no translation: only the arguments go by its characters.
   MessageWriter out(context, {two_bytes ? &charset : nullptr, false}, room);
   const bool good = out.add_pattern(pattern, arguments);
-  const auto length = static_cast<std::size_t>(out.finish());
+  const auto length = static_cast<std::size_t>(out.end_text());
   check(length < room.size() && room[length] == '\0');
   if (!good) {
     check(two_bytes && length == 0);
     for (const com_argument& argument : arguments) out.add(argument);
-    check(static_cast<std::size_t>(out.finish()) < room.size());
+    check(static_cast<std::size_t>(out.end_text()) < room.size());
     return 0;
   }
   const std::string expected = replaced(pattern, words);

@@ -2,6 +2,6 @@
 #include "comnlib/diag.h"
 
 const CS_CHAR* com_version(void) {
-  return "steiplo comnlib/" COMNLIB_VERSION "/P" COMNLIB_PATCH_LEVEL
-         "/Linux " COMNLIB_TARGET_NAME "/POSIX threads/" COMNLIB_BUILD_TYPE "/" __DATE__;
+  return "steiplo comnlib/" COMNLIB_VERSION "/P" COMNLIB_PATCH_LEVEL "/Linux " COMNLIB_TARGET_NAME
+         "/POSIX threads/" COMNLIB_BUILD_TYPE "/" __DATE__;
 }

@@ -39,16 +39,16 @@ class QuietLog {
 };
 
 // A loaded configuration.
-class Store {
+class LoadedLayout {
  public:
-  Store(CS_CONTEXT* context, const std::string& path) : context_(context) {
+  LoadedLayout(CS_CONTEXT* context, const std::string& path) : context_(context) {
     const QuietLog quiet;
     if (comn_init_cfg(context, path.c_str()) != CS_SUCCEED)
       throw Fatal(path + ": is no layout, as told above");
   }
-  ~Store() { comn_drop_cfg(context_); }
-  Store(const Store&) = delete;
-  Store& operator=(const Store&) = delete;
+  ~LoadedLayout() { comn_drop_cfg(context_); }
+  LoadedLayout(const LoadedLayout&) = delete;
+  LoadedLayout& operator=(const LoadedLayout&) = delete;
 
   std::vector<std::string> sections() const {
     std::vector<std::string> names;
@@ -141,7 +141,7 @@ std::string section_name(const std::string& csv_path) {
 
 Layout read_layout(CS_CONTEXT* context, const std::string& path, const std::string& wanted,
                    const std::string& csv_path) {
-  const Store store(context, path);
+  const LoadedLayout store(context, path);
   Layout layout{path, choose_section(store.sections(), path, wanted, csv_path), {}};
   for (const CS_CFGENTRY& entry : store.entries(layout.section))
     layout.columns.push_back(parse_column(entry));

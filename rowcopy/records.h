@@ -24,12 +24,12 @@ class RecordLayout {
   CS_INT room(std::size_t column) const { return places_[column].room; }
 
  private:
-  struct Place {
+  struct ColumnPlace {
     std::size_t offset;
     CS_INT room;
   };
 
-  std::vector<Place> places_;
+  std::vector<ColumnPlace> places_;
   std::size_t size_ = 0;
 };
 

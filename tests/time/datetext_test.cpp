@@ -48,7 +48,7 @@ std::string written(const CS_DATETIME& dt, const DateConventions& conventions) {
 std::string read(const std::string& text, const DateConventions& conventions) {
   const ParsedDate result = parse_datetime(text, conventions);
   if (result.status == DateText::syntax) return "syntax";
-  if (result.status == DateText::overflow) return "overflow";
+  if (result.status == DateText::out_of_range) return "overflow";
   return written(result.value, with(DateOrder::month_day_year, COM_DATESTYLE_ISO));
 }
 

@@ -61,8 +61,8 @@ typedef struct CsColumnDest {
  *   are to stay nulls and the destination has neither lengths nor bits.
  * - A destination with offsets has room for `maxlength` bytes at the beginning of each value.
  * - Source and destination do not overlap. Bits of `valid` beyond the last value stay.
- * - Nothing is allocated, except what is read when it is first needed: the table of a character set,
- *   and date conventions that locales.dat names.
+ * - Nothing is allocated, except what is read when it is first needed: the table of a character
+ * set, and date conventions that locales.dat names.
  *
  * Returns CS_SUCCEED whatever the codes of the values are, or CS_FAIL, with nothing written, when
  * the pair is not supported.

@@ -163,8 +163,8 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  *   marker CS_USE_SRCVALUE included) and scale (CS_CVT_SCALE outside 0..77). Floating values go
  *   through their 17 significant digits and are rounded at the scale, halves away from zero.
  *   CS_CVT_OVERFLOW stores zero, and so does an infinity or NaN with CS_CVT_SYNTAX. The length is
- *   35, and all 35 bytes are written, those after the magnitude as zero, unless the precision or the
- *   scale is not valid: then nothing is written.
+ *   35, and all 35 bytes are written, those after the magnitude as zero, unless the precision or
+ * the scale is not valid: then nothing is written.
  * - tomoney, tomny4: Exact for integers. A floating value is multiplied by 10000 as a double and
  *   rounded to a unit, halves away from zero. A value out of range stores the limit that it passed,
  *   with CS_CVT_OVERFLOW; a NaN stores zero, with the same. Not from CS_BIT.

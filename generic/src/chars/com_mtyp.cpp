@@ -28,8 +28,8 @@ const char_map& entry_of(const char_attrib* attrib, const CS_BYTE* ch) {
 }
 
 CS_INT masked(const char_attrib* attrib, const CS_BYTE* ch, CS_INT mask,
-              Place place = Place::current()) {
-  check_pointer(ch, place);
+              CallSite site = CallSite::current()) {
+  check_pointer(ch, site);
   return entry_of(attrib, ch).char_type & mask;
 }
 

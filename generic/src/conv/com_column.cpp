@@ -86,7 +86,7 @@ class DestinationWalk {
   CS_BYTE* value() const { return next_; }
 
   // The value takes `length` bytes; -1 for a null.
-  void finish(CS_INT at, CS_INT length) {
+  void store_outcome(CS_INT at, CS_INT length) {
     if (destination_.lengths != nullptr) destination_.lengths[at] = length;
     if (destination_.valid != nullptr) mark(at, length >= 0);
     if (destination_.offsets == nullptr) {
@@ -135,7 +135,7 @@ CS_INT convert_values(const ColumnCall& column, Convert convert) {
     } else {
       code = com_null_get(column.context, &to, call.dest, room_of(to), &length);
     }
-    destination.finish(at, length);
+    destination.store_outcome(at, length);
     if (codes != nullptr) codes[at] = code;
     faults += code == CS_SUCCEED ? 0 : 1;
   }

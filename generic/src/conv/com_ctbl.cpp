@@ -11,9 +11,9 @@
 namespace comnlib {
 namespace {
 
-using enum MatrixLine;
+using enum Family;
 
-constexpr std::size_t kLines = static_cast<std::size_t>(unichar) + 1;
+constexpr std::size_t kFamilies = static_cast<std::size_t>(unichar) + 1;
 
 struct Entry {
   CS_CONV_FUNC routine = nullptr;
@@ -21,31 +21,31 @@ struct Entry {
 };
 
 struct Cell {
-  MatrixLine column;
+  Family column;
   Entry entry;
 };
 
 template <CS_CONV_FUNC kRoutine>
-consteval Cell to(MatrixLine column) {
+consteval Cell to(Family column) {
   return {column, {kRoutine, &ColumnForm<kRoutine>::routine}};
 }
 
-// The entries by line of source and destination.
+// The entries by family of source and destination.
 class Lines {
  public:
-  consteval void row(MatrixLine source, std::initializer_list<Cell> cells) {
+  consteval void row(Family source, std::initializer_list<Cell> cells) {
     for (const Cell& cell : cells) at(source, cell.column) = cell.entry;
   }
-  consteval void fill(MatrixLine source, CS_CONV_FUNC routine) {
-    for (std::size_t column = 0; column < kLines; ++column)
-      at(source, static_cast<MatrixLine>(column)) = {routine};
+  consteval void fill(Family source, CS_CONV_FUNC routine) {
+    for (std::size_t column = 0; column < kFamilies; ++column)
+      at(source, static_cast<Family>(column)) = {routine};
   }
-  constexpr Entry& at(MatrixLine source, MatrixLine destination) {
+  constexpr Entry& at(Family source, Family destination) {
     return entries_[static_cast<std::size_t>(source)][static_cast<std::size_t>(destination)];
   }
 
  private:
-  Entry entries_[kLines][kLines] = {};
+  Entry entries_[kFamilies][kFamilies] = {};
 };
 
 // Columns that a family fills under one name.
@@ -113,7 +113,7 @@ constexpr Matrix<T> matrix_of() {
   for (const Datatype& source : kDatatypes)
     for (const Datatype& destination : kDatatypes)
       matrix[index_of(source.code, destination.code)] =
-          lines.at(source.line, destination.line).*kMember;
+          lines.at(source.family, destination.family).*kMember;
   return matrix;
 }
 

@@ -1,5 +1,5 @@
-// What is known of the built-in datatypes, one line each. Sizes, families, null values and the
-// place in the matrix are all derived from this table.
+// What is known of the built-in datatypes, one line each. Sizes, null values, the checks of
+// datatypes and the place in the matrix are all derived from this table.
 #pragma once
 
 #include <array>
@@ -10,32 +10,8 @@
 
 namespace comnlib {
 
-// Datatypes of one family are served by the same routines.
+// A family is a row of the default matrix and the column of the same name.
 enum class Family : CS_BYTE {
-  character,
-  binary,
-  tinyint,
-  smallint,
-  integer,
-  real,
-  floating,
-  bit,
-  datetime,
-  datetime4,
-  money,
-  money4,
-  numeric,
-  varchar,
-  varbinary,
-  long_integer,
-  no_value,
-  ushort,
-  unichar
-};
-
-// A row of the default matrix and the column of the same name. Datatypes that share all their
-// routines share a line.
-enum class MatrixLine : CS_BYTE {
   character,
   text,
   binary,
@@ -61,10 +37,24 @@ enum class MatrixLine : CS_BYTE {
   unichar
 };
 
+// The family whose sources and targets serve the values. Text, labels and images are families of
+// their own in the matrix only.
+constexpr Family value_family(Family family) {
+  switch (family) {
+    case Family::text:
+    case Family::sensitivity:
+    case Family::boundary:
+      return Family::character;
+    case Family::image:
+      return Family::binary;
+    default:
+      return family;
+  }
+}
+
 struct Datatype {
   CS_INT code;
   Family family;
-  MatrixLine line;
   CS_INT size;            // of a value; 0 where the caller's length counts
   CS_INT null_size;       // of the default null value, which may differ from the value's size
   CS_INT padding;         // of a null value
@@ -75,33 +65,33 @@ constexpr CS_BYTE kNullPrecision = 18;
 
 // clang-format off
 constexpr std::array<Datatype, CS_BUILTIN_TYPES> kDatatypes = {{
-    {CS_CHAR_TYPE, Family::character, MatrixLine::character, 0, 0, CS_PAD_CHAR},
-    {CS_BINARY_TYPE, Family::binary, MatrixLine::binary, 0, 0, CS_PAD_BINARY},
-    {CS_LONGCHAR_TYPE, Family::character, MatrixLine::character, 0, 0, CS_PAD_CHAR},
-    {CS_LONGBINARY_TYPE, Family::binary, MatrixLine::binary, 0, 0, CS_PAD_BINARY},
-    {CS_TEXT_TYPE, Family::character, MatrixLine::text, 0, 0, CS_PAD_CHAR},
-    {CS_IMAGE_TYPE, Family::binary, MatrixLine::image, 0, 0, CS_PAD_BINARY},
-    {CS_TINYINT_TYPE, Family::tinyint, MatrixLine::tinyint, sizeof(CS_TINYINT), 1, CS_PAD_NONE},
-    {CS_SMALLINT_TYPE, Family::smallint, MatrixLine::smallint, sizeof(CS_SMALLINT), 2, CS_PAD_NONE},
-    {CS_INT_TYPE, Family::integer, MatrixLine::integer, sizeof(CS_INT), 4, CS_PAD_NONE},
-    {CS_REAL_TYPE, Family::real, MatrixLine::real, sizeof(CS_REAL), 4, CS_PAD_NONE},
-    {CS_FLOAT_TYPE, Family::floating, MatrixLine::floating, sizeof(CS_FLOAT), 8, CS_PAD_NONE},
-    {CS_BIT_TYPE, Family::bit, MatrixLine::bit, sizeof(CS_BIT), 1, CS_PAD_NONE},
-    {CS_DATETIME_TYPE, Family::datetime, MatrixLine::datetime, sizeof(CS_DATETIME), 8, CS_PAD_NONE},
+    {CS_CHAR_TYPE, Family::character, 0, 0, CS_PAD_CHAR},
+    {CS_BINARY_TYPE, Family::binary, 0, 0, CS_PAD_BINARY},
+    {CS_LONGCHAR_TYPE, Family::character, 0, 0, CS_PAD_CHAR},
+    {CS_LONGBINARY_TYPE, Family::binary, 0, 0, CS_PAD_BINARY},
+    {CS_TEXT_TYPE, Family::text, 0, 0, CS_PAD_CHAR},
+    {CS_IMAGE_TYPE, Family::image, 0, 0, CS_PAD_BINARY},
+    {CS_TINYINT_TYPE, Family::tinyint, sizeof(CS_TINYINT), 1, CS_PAD_NONE},
+    {CS_SMALLINT_TYPE, Family::smallint, sizeof(CS_SMALLINT), 2, CS_PAD_NONE},
+    {CS_INT_TYPE, Family::integer, sizeof(CS_INT), 4, CS_PAD_NONE},
+    {CS_REAL_TYPE, Family::real, sizeof(CS_REAL), 4, CS_PAD_NONE},
+    {CS_FLOAT_TYPE, Family::floating, sizeof(CS_FLOAT), 8, CS_PAD_NONE},
+    {CS_BIT_TYPE, Family::bit, sizeof(CS_BIT), 1, CS_PAD_NONE},
+    {CS_DATETIME_TYPE, Family::datetime, sizeof(CS_DATETIME), 8, CS_PAD_NONE},
     // The null values of the two small types are longer than the types; reading cuts them.
-    {CS_DATETIME4_TYPE, Family::datetime4, MatrixLine::datetime4, sizeof(CS_DATETIME4), 8, CS_PAD_NONE},
-    {CS_MONEY_TYPE, Family::money, MatrixLine::money, sizeof(CS_MONEY), 8, CS_PAD_NONE},
-    {CS_MONEY4_TYPE, Family::money4, MatrixLine::money4, sizeof(CS_MONEY4), 8, CS_PAD_NONE},
-    {CS_NUMERIC_TYPE, Family::numeric, MatrixLine::numeric, sizeof(CS_NUMERIC), 35, CS_PAD_NONE, kNullPrecision},
-    {CS_DECIMAL_TYPE, Family::numeric, MatrixLine::numeric, sizeof(CS_DECIMAL), 35, CS_PAD_NONE, kNullPrecision},
-    {CS_VARCHAR_TYPE, Family::varchar, MatrixLine::varchar, sizeof(CS_VARCHAR), 258, CS_PAD_NONE},
-    {CS_VARBINARY_TYPE, Family::varbinary, MatrixLine::varbinary, sizeof(CS_VARBINARY), 258, CS_PAD_NONE},
-    {CS_LONG_TYPE, Family::long_integer, MatrixLine::long_integer, 0, 4, CS_PAD_NONE},
-    {CS_SENSITIVITY_TYPE, Family::character, MatrixLine::sensitivity, 0, 0, CS_PAD_CHAR},
-    {CS_BOUNDARY_TYPE, Family::character, MatrixLine::boundary, 0, 0, CS_PAD_CHAR},
-    {CS_VOID_TYPE, Family::no_value, MatrixLine::no_value, 0, 4, CS_PAD_NONE},
-    {CS_USHORT_TYPE, Family::ushort, MatrixLine::ushort, 0, 2, CS_PAD_NONE},
-    {CS_UNICHAR_TYPE, Family::unichar, MatrixLine::unichar, sizeof(CS_UNICHAR), 1, CS_PAD_UNICHAR},
+    {CS_DATETIME4_TYPE, Family::datetime4, sizeof(CS_DATETIME4), 8, CS_PAD_NONE},
+    {CS_MONEY_TYPE, Family::money, sizeof(CS_MONEY), 8, CS_PAD_NONE},
+    {CS_MONEY4_TYPE, Family::money4, sizeof(CS_MONEY4), 8, CS_PAD_NONE},
+    {CS_NUMERIC_TYPE, Family::numeric, sizeof(CS_NUMERIC), 35, CS_PAD_NONE, kNullPrecision},
+    {CS_DECIMAL_TYPE, Family::numeric, sizeof(CS_DECIMAL), 35, CS_PAD_NONE, kNullPrecision},
+    {CS_VARCHAR_TYPE, Family::varchar, sizeof(CS_VARCHAR), 258, CS_PAD_NONE},
+    {CS_VARBINARY_TYPE, Family::varbinary, sizeof(CS_VARBINARY), 258, CS_PAD_NONE},
+    {CS_LONG_TYPE, Family::long_integer, 0, 4, CS_PAD_NONE},
+    {CS_SENSITIVITY_TYPE, Family::sensitivity, 0, 0, CS_PAD_CHAR},
+    {CS_BOUNDARY_TYPE, Family::boundary, 0, 0, CS_PAD_CHAR},
+    {CS_VOID_TYPE, Family::no_value, 0, 4, CS_PAD_NONE},
+    {CS_USHORT_TYPE, Family::ushort, 0, 2, CS_PAD_NONE},
+    {CS_UNICHAR_TYPE, Family::unichar, sizeof(CS_UNICHAR), 1, CS_PAD_UNICHAR},
 }};
 // clang-format on
 
@@ -121,11 +111,11 @@ constexpr const Datatype& datatype_of(CS_INT datatype) {
   return kDatatypes[static_cast<std::size_t>(datatype)];
 }
 
-// Bit n: datatype code n.
+// Bit n: datatype code n, of those with values of the family.
 consteval CS_UINT codes_of(Family family) {
   CS_UINT codes = 0;
   for (const Datatype& each : kDatatypes)
-    if (each.family == family) codes |= CS_UINT{1} << each.code;
+    if (value_family(each.family) == family) codes |= CS_UINT{1} << each.code;
   return codes;
 }
 

@@ -46,22 +46,22 @@ struct Conversion {
 };
 
 [[gnu::always_inline]] inline void check_pointers(const Conversion& call,
-                                                  Place place = Place::current()) {
-  check_pointer(call.context, place);
-  check_pointer(call.srcfmt, place);
-  check_pointer(call.src, place);
-  check_pointer(call.destfmt, place);
-  check_pointer(call.dest, place);
-  check_pointer(call.destlen, place);
+                                                  CallSite site = CallSite::current()) {
+  check_pointer(call.context, site);
+  check_pointer(call.srcfmt, site);
+  check_pointer(call.src, site);
+  check_pointer(call.destfmt, site);
+  check_pointer(call.dest, site);
+  check_pointer(call.destlen, site);
 }
 
 // Opens the members that convert nothing, too: after it they stop, at one line for their own
 // destination datatype and at another for every other.
 template <class Source>
 [[gnu::always_inline]] inline void check_source(const Conversion& call,
-                                                Place place = Place::current()) {
-  check_pointers(call, place);
-  require(Source::serves(*call.srcfmt), place);
+                                                CallSite site = CallSite::current()) {
+  check_pointers(call, site);
+  require(Source::serves(*call.srcfmt), site);
 }
 
 template <class Source, class Target>
@@ -75,10 +75,10 @@ template <class Source, class Target>
 
 template <class Source, class Target>
 [[gnu::always_inline]] inline CS_RETCODE convert_value(const Conversion& call,
-                                                       Place place = Place::current()) {
-  check_source<Source>(call, place);
-  require(Target::serves(*call.destfmt), place);
-  return trace(convert_core<Source, Target>(call), place);
+                                                       CallSite site = CallSite::current()) {
+  check_source<Source>(call, site);
+  require(Target::serves(*call.destfmt), site);
+  return trace(convert_core<Source, Target>(call), site);
 }
 
 // Whether every value of source and target has the same length, so that a loop over values that

@@ -37,26 +37,26 @@ class PowersOfTen {
   // 10^n has the bits of 5^n. The positive powers are exact products. The negative ones are exact
   // quotients, rounded down: to divide by 5 and round down n times is to divide by 5^n once.
   constexpr PowersOfTen() {
-    Number power{};
+    PowerLimbs power{};
     power[0] = 1;
     for (int n = 0; n <= kLast; ++n) {
-      put(n, power);
+      store_significand(n, power);
       multiply_by_5(power);
     }
     power = {};
     power.back() = 1;
     for (int n = -1; n >= kFirst; --n) {
       divide_by_5(power);
-      put(n, power);
+      store_significand(n, power);
     }
   }
 
  private:
   // 5^340 has 790 bits; 5^324 has 753, and its quotient needs 96 more.
   static constexpr std::size_t kLimbs = 28;
-  using Number = std::array<std::uint32_t, kLimbs>;  // least significant first
+  using PowerLimbs = std::array<std::uint32_t, kLimbs>;  // least significant first
 
-  static constexpr void multiply_by_5(Number& number) {
+  static constexpr void multiply_by_5(PowerLimbs& number) {
     std::uint64_t carry = 0;
     for (std::uint32_t& limb : number) {
       carry += std::uint64_t{limb} * 5;
@@ -65,7 +65,7 @@ class PowersOfTen {
     }
   }
 
-  static constexpr void divide_by_5(Number& number) {
+  static constexpr void divide_by_5(PowerLimbs& number) {
     std::uint64_t rest = 0;
     for (std::size_t at = kLimbs; at-- > 0;) {
       rest = rest << 32 | number[at];
@@ -74,7 +74,7 @@ class PowersOfTen {
     }
   }
 
-  constexpr void put(int n, const Number& number) {
+  constexpr void store_significand(int n, const PowerLimbs& number) {
     std::size_t top = kLimbs - 1;
     while (number[top] == 0) --top;
     const int shift = std::countl_zero(number[top]);

@@ -115,7 +115,7 @@ struct DateLiteral {
 
 DateLiteral judge(const ParsedDate& parsed) {
   if (parsed.status == DateText::done) return {CS_SUCCEED, parsed.value};
-  return {parsed.status == DateText::overflow ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX, {}};
+  return {parsed.status == DateText::out_of_range ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX, {}};
 }
 
 // Month names are bytes of the conventions' own character set; digits of another width are read in

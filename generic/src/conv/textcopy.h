@@ -30,8 +30,6 @@ CS_RETCODE comn__escchar(const char_attrib* attrib, const CS_DATAFMT* srcfmt, co
 
 namespace comnlib {
 
-using Bytes = std::span<const CS_BYTE>;
-
 // The encoding of the character data that a format describes: its locale's or else the context's.
 inline Encoding encoding_of(const CS_CONTEXT& context, const CS_DATAFMT& format) {
   const CS_LOCALE* locale = locale_of(context, format);

@@ -9,7 +9,7 @@
 
 namespace comnlib {
 
-using Place = std::source_location;
+using CallSite = std::source_location;
 
 namespace internal {
 // Level of com_errset; read on every return, so kept where the check is one load.
@@ -17,20 +17,20 @@ namespace internal {
 }  // namespace internal
 
 // Stops the process. For states that no argument and no data can bring about.
-[[noreturn]] inline void stop(Place place = Place::current()) {
-  com_bomb(place.file_name(), static_cast<CS_INT>(place.line()));
+[[noreturn]] inline void stop(CallSite site = CallSite::current()) {
+  com_bomb(site.file_name(), static_cast<CS_INT>(site.line()));
 }
 
 // Stops the process unless a precondition holds.
-inline void require(bool condition, Place place = Place::current()) {
+inline void require(bool condition, CallSite site = CallSite::current()) {
   if (!condition) [[unlikely]]
-    stop(place);
+    stop(site);
 }
 
-inline void check_pointer(const void* pointer, Place place = Place::current()) {
+inline void check_pointer(const void* pointer, CallSite site = CallSite::current()) {
   if (pointer != nullptr) [[likely]]
     return;
-  com_chkptr(pointer, place.file_name(), static_cast<CS_INT>(place.line()));
+  com_chkptr(pointer, site.file_name(), static_cast<CS_INT>(site.line()));
   __builtin_unreachable();
 }
 
@@ -38,10 +38,10 @@ inline void check_pointer(const void* pointer, Place place = Place::current()) {
 [[gnu::format(printf, 1, 2)]] void print_error(const char* format, ...);
 
 // Passes a result code through the error trace: the last thing a public routine does.
-inline CS_RETCODE trace(CS_RETCODE code, Place place = Place::current()) {
+inline CS_RETCODE trace(CS_RETCODE code, CallSite site = CallSite::current()) {
   if (internal::trace_level.load(std::memory_order_relaxed) == COM_TRACE_NONE) [[likely]]
     return code;
-  return com_errtrace(code, place.file_name(), static_cast<CS_INT>(place.line()));
+  return com_errtrace(code, site.file_name(), static_cast<CS_INT>(site.line()));
 }
 
 }  // namespace comnlib

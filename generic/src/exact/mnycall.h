@@ -8,34 +8,34 @@
 
 namespace comnlib::money {
 
-inline void check_argument(const void* pointer, Place place) {
-  check_pointer(pointer, place);
+inline void check_argument(const void* pointer, CallSite site) {
+  check_pointer(pointer, site);
 }
-inline void check_argument(CS_INT /*number*/, Place /*place*/) {}
+inline void check_argument(CS_INT /*number*/, CallSite /*site*/) {}
 
 // What the internal routine returns, for those whose return value is an answer and not a status.
 template <auto internal, class... Arguments>
-CS_INT call(Place place, Arguments... arguments) {
-  (check_argument(arguments, place), ...);
+CS_INT call(CallSite site, Arguments... arguments) {
+  (check_argument(arguments, site), ...);
   return internal(arguments...);
 }
 
 // The result code of the status that the internal routine returns.
 template <auto internal, class... Arguments>
-CS_RETCODE call_for_code(Place place, Arguments... arguments) {
-  return trace(exact_code(call<internal>(place, arguments...)), place);
+CS_RETCODE call_for_code(CallSite site, Arguments... arguments) {
+  return trace(exact_code(call<internal>(site, arguments...)), site);
 }
 
 }  // namespace comnlib::money
 
 // Any arguments; the result is a result code, or the internal routine's answer.
-#define MONEY_ROUTINE(name, internal, parameters, ...)                             \
-  CS_RETCODE name parameters {                                                     \
-    return comnlib::money::call_for_code<internal>(Place::current(), __VA_ARGS__); \
+#define MONEY_ROUTINE(name, internal, parameters, ...)                                \
+  CS_RETCODE name parameters {                                                        \
+    return comnlib::money::call_for_code<internal>(CallSite::current(), __VA_ARGS__); \
   }
-#define MONEY_QUESTION(name, internal, parameters, ...)                   \
-  CS_INT name parameters {                                                \
-    return comnlib::money::call<internal>(Place::current(), __VA_ARGS__); \
+#define MONEY_QUESTION(name, internal, parameters, ...)                      \
+  CS_INT name parameters {                                                   \
+    return comnlib::money::call<internal>(CallSite::current(), __VA_ARGS__); \
   }
 
 // By what the operation takes.

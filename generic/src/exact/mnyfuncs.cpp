@@ -10,13 +10,13 @@ using namespace comnlib::money;
 namespace {
 
 // Addition and subtraction are done here: a call would take longer than they do.
-CS_RETCODE store_sum(std::optional<Units> value, CS_MONEY* r, Place place = Place::current()) {
+CS_RETCODE store_sum(std::optional<Units> value, CS_MONEY* r, CallSite site = CallSite::current()) {
   if (!value) [[unlikely]] {
     *r = record(0);
-    return trace(CS_CVT_OVERFLOW, place);
+    return trace(CS_CVT_OVERFLOW, site);
   }
   *r = record(*value);
-  return trace(CS_SUCCEED, place);
+  return trace(CS_SUCCEED, site);
 }
 
 }  // namespace

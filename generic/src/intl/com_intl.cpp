@@ -253,10 +253,10 @@ CS_RETCODE load_from_table(CS_CONTEXT& ctx, std::string_view locname, CsLocCache
 }
 
 void check_arguments(CS_CONTEXT* ctx, CS_CHAR* errbuf, CS_INT errlen,
-                     Place place = Place::current()) {
-  check_pointer(ctx, place);
-  check_pointer(ctx->ctxglobals, place);
-  require(errbuf == nullptr || errlen > 0, place);
+                     CallSite site = CallSite::current()) {
+  check_pointer(ctx, site);
+  check_pointer(ctx->ctxglobals, site);
+  require(errbuf == nullptr || errlen > 0, site);
 }
 
 // The entry that serves a category, in the order of their numbers.

@@ -26,8 +26,8 @@ CS_RETCODE open_built(CS_CONTEXT& ctx, CS_RETCODE built, const Buffer& path, INT
   return status == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_INTL_NOFILE;
 }
 
-ErrorBuffer error_buffer(CS_CHAR* errbuf, CS_INT errlen, Place place = Place::current()) {
-  require(errbuf == nullptr || errlen > 0, place);
+ErrorBuffer error_buffer(CS_CHAR* errbuf, CS_INT errlen, CallSite site = CallSite::current()) {
+  require(errbuf == nullptr || errlen > 0, site);
   return {errbuf, errlen};
 }
 

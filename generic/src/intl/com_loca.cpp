@@ -19,9 +19,9 @@ void forget(CS_CONTEXT& ctx, const CS_LOCALE* locale) {
   if (ctx.ctxdeflocale == locale) ctx.ctxdeflocale = nullptr;
 }
 
-void check_context(const CS_CONTEXT* ctx, Place place = Place::current()) {
-  check_pointer(ctx, place);
-  check_pointer(ctx->ctxglobals, place);
+void check_context(const CS_CONTEXT* ctx, CallSite site = CallSite::current()) {
+  check_pointer(ctx, site);
+  check_pointer(ctx->ctxglobals, site);
 }
 
 }  // namespace

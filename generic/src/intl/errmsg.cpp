@@ -106,9 +106,9 @@ CS_RETCODE result_of(const MessageWriter& out, bool is_text) {
   return out.cut() ? CS_CVT_TRUNCATED : CS_SUCCEED;
 }
 
-std::span<CS_CHAR> buffer_of(CS_CHAR* buf, CS_INT buflen, Place place = Place::current()) {
-  check_pointer(buf, place);
-  require(buflen > 0, place);
+std::span<CS_CHAR> buffer_of(CS_CHAR* buf, CS_INT buflen, CallSite site = CallSite::current()) {
+  check_pointer(buf, site);
+  require(buflen > 0, site);
   return {buf, static_cast<std::size_t>(buflen)};
 }
 
@@ -116,7 +116,7 @@ CS_RETCODE write_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number, std::span<CS
                       CS_INT& length) {
   MessageWriter out(ctx, encoding_of(ctx), room);
   const bool is_text = add_text(ctx, out, layer, number, {});
-  length = out.finish();
+  length = out.end_text();
   return result_of(out, is_text);
 }
 
@@ -181,7 +181,7 @@ bool MessageWriter::add_pattern(std::string_view pattern, std::span<const com_ar
   return false;
 }
 
-CS_INT MessageWriter::finish() {
+CS_INT MessageWriter::end_text() {
   room_[used_] = '\0';
   return static_cast<CS_INT>(used_);
 }
@@ -220,7 +220,7 @@ CS_RETCODE com_build_errmsg(CS_CONTEXT* ctx, CS_INT severity, CS_INT layer, CS_I
   out.add(number);
   out.add(": ");
   const bool is_text = add_text(*ctx, out, layer, number, arguments);
-  *outlen = out.finish();
+  *outlen = out.end_text();
   return trace(result_of(out, is_text));
 }
 

@@ -29,7 +29,7 @@ class MessageWriter {
 
   bool cut() const { return cut_; }
   // Adds the NUL and returns the length before it.
-  CS_INT finish();
+  CS_INT end_text();
 
  private:
   CS_CONTEXT& ctx_;

@@ -11,15 +11,15 @@ namespace comnlib {
 // A text with its length, which CS_NULLTERM leaves to its NUL. Null and other negative lengths stop
 // the process.
 inline std::string_view text_of(const CS_CHAR* text, CS_INT length,
-                                Place place = Place::current()) {
-  check_pointer(text, place);
+                                CallSite site = CallSite::current()) {
+  check_pointer(text, site);
   if (length == CS_NULLTERM) return text;
-  require(length >= 0, place);
+  require(length >= 0, site);
   return {text, static_cast<std::size_t>(length)};
 }
 
-inline std::string_view text_of(const CS_CHAR* text, Place place = Place::current()) {
-  return text_of(text, CS_NULLTERM, place);
+inline std::string_view text_of(const CS_CHAR* text, CallSite site = CallSite::current()) {
+  return text_of(text, CS_NULLTERM, site);
 }
 
 constexpr CS_INT length_of(std::string_view text) {

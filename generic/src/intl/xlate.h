@@ -8,6 +8,8 @@
 
 namespace comnlib {
 
+using Bytes = std::span<const CS_BYTE>;
+
 // What a text is encoded in: a loaded character set, or UTF-16 in host byte order. A null
 // descriptor says that none is known: plain bytes, which translate as ISO 8859-1.
 struct Encoding {
@@ -25,7 +27,7 @@ struct Translated {
 // CS_CVT_BADXLATE at malformed text, what comes before it is translated; CS_CVT_NOXLATE when no
 // route leads from one set to the other; CS_MEM_ERROR when a table cannot be loaded for lack of
 // memory. A set's table is loaded under the context's mutex when it is first needed.
-Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to,
-                     std::span<const CS_BYTE> text, std::span<CS_BYTE> room);
+Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& to, Bytes text,
+                     std::span<CS_BYTE> room);
 
 }  // namespace comnlib

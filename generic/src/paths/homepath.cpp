@@ -8,18 +8,18 @@
 
 namespace comnlib {
 
-HomePath::HomePath(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen, Place place)
+HomePath::HomePath(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen, CallSite site)
     : to_(buf), room_(buflen) {
-  check_pointer(ctx, place);
-  check_pointer(buf, place);
-  require(buflen > 0, place);
+  check_pointer(ctx, site);
+  check_pointer(buf, site);
+  require(buflen > 0, site);
   const CS_INT home = intl_home(buf, buflen);
   if (home < 0) {
     ctx->ctxintlerr = home;
     result_ = CS_INTL_LIBERR;
     return;
   }
-  require(home <= buflen, place);
+  require(home <= buflen, site);
   to_ += home;
   counted_ = home;
   terminate();
@@ -54,8 +54,8 @@ void HomePath::terminate() {
 }
 
 CS_RETCODE build_config_path(CS_CONTEXT* ctx, std::string_view file, CS_CHAR* buf, CS_INT buflen,
-                             bool use_nuv, Place place) {
-  HomePath path(ctx, buf, buflen, place);
+                             bool use_nuv, CallSite site) {
+  HomePath path(ctx, buf, buflen, site);
   if (use_nuv) {
     std::array<CS_CHAR, COM_NUV_ROOM> value;
     const CS_INT length = intlgetenv(value.data(), COM_NUV_ROOM, "TALVEN_NUV");

@@ -24,7 +24,7 @@ class HomePath {
  public:
   // Begins with the home. Null pointers, a `buflen` below 1 and a home longer than `buflen` stop
   // the process. A failure of intl_home leaves its status in ctxintlerr.
-  HomePath(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen, Place place = Place::current());
+  HomePath(CS_CONTEXT* ctx, CS_CHAR* buf, CS_INT buflen, CallSite site = CallSite::current());
 
   // Adds the separator and the piece; after a failure adds nothing more.
   HomePath& add(std::string_view piece, Fit fit = Fit::kExact, char separator = '/');
@@ -48,6 +48,6 @@ class HomePath {
 // home[/VALUE]/config/file in a buffer of `buflen` + COM_NUV_ROOM bytes; VALUE is that of
 // TALVEN_NUV, looked at with `use_nuv` only.
 CS_RETCODE build_config_path(CS_CONTEXT* ctx, std::string_view file, CS_CHAR* buf, CS_INT buflen,
-                             bool use_nuv, Place place = Place::current());
+                             bool use_nuv, CallSite site = CallSite::current());
 
 }  // namespace comnlib

@@ -126,11 +126,11 @@ void set_in_use(MmHandle* handle) {
 }
 
 [[gnu::always_inline]] inline CS_BYTE check_handle(const MmHandle* handle,
-                                                   Place place = Place::current()) {
-  check_pointer(handle, place);
+                                                   CallSite site = CallSite::current()) {
+  check_pointer(handle, site);
   const CS_BYTE status = status_of(handle);
-  require((status & (kHandleAllocated | kHandleOfCaller)) != 0, place);
-  require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, place);
+  require((status & (kHandleAllocated | kHandleOfCaller)) != 0, site);
+  require((handle->mmh_head->mph_status & (kHeadAllocated | kHeadOfCaller)) != 0, site);
   return status;
 }
 
@@ -394,8 +394,8 @@ CS_RETCODE set_lock(MmPoolHead* head, MM_LOCK_FUNC lock) {
 
 // A function is passed as the buffer itself.
 template <class Function>
-Function function_in(CS_VOID* buffer, Place place = Place::current()) {
-  check_pointer(buffer, place);
+Function function_in(CS_VOID* buffer, CallSite site = CallSite::current()) {
+  check_pointer(buffer, site);
   return reinterpret_cast<Function>(buffer);
 }
 

@@ -13,10 +13,10 @@ namespace comnlib::mm {
 // The item in front of `wanted` on a list that begins with `first`; null when it is the first
 // itself. Stops when it is not on the list.
 template <class Item, class Next>
-Item* predecessor(Item* first, const Item* wanted, Next next, Place place = Place::current()) {
+Item* predecessor(Item* first, const Item* wanted, Next next, CallSite site = CallSite::current()) {
   Item* before = nullptr;
   for (Item* item = first; item != wanted; item = next(item)) {
-    require(item != nullptr, place);
+    require(item != nullptr, site);
     before = item;
   }
   return before;
@@ -168,10 +168,10 @@ using Blocks = std::conditional_t<kMmIndexed, LinkedBlocks<MmHandle, MmBlock>,
 
 // The chunk that holds a user address; stops when there is none.
 inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
-                            Place place = Place::current()) {
+                            CallSite site = CallSite::current()) {
   MmHeap* const heap = Chunks::find(head, ptr);
-  require(heap != nullptr && aligned(heap, ptr), place);
-  require(address(ptr) - address(heap) >= kHeapOverhead + sizeof(MmBlock), place);
+  require(heap != nullptr && aligned(heap, ptr), site);
+  require(address(ptr) - address(heap) >= kHeapOverhead + sizeof(MmBlock), site);
   return heap;
 }
 

@@ -15,9 +15,9 @@ namespace comnlib {
 
 // Stops the process when a record is dropped, damaged or half built.
 template <class Record>
-void check_ready(const Record* record, Place place = Place::current()) {
-  check_pointer(record, place);
-  require(record->state == LM_STATE_READY, place);
+void check_ready(const Record* record, CallSite site = CallSite::current()) {
+  check_pointer(record, site);
+  require(record->state == LM_STATE_READY, site);
 }
 
 // A zeroed record in state building, or null.

@@ -38,29 +38,29 @@ inline bool is_free(const COMN_MUTEX& mutex) {
   return owner_of(mutex) == COMN_NO_OWNER && mutex.use_count == 0;
 }
 
-inline void check_stamp(const COMN_MUTEX* mutex, Place place = Place::current()) {
-  require(mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC), place);
+inline void check_stamp(const COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
+  require(mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC), site);
 }
 
 template <int (*Lock)(pthread_mutex_t*)>
-inline void take_mutex(COMN_MUTEX* mutex, Place place = Place::current()) {
-  check_stamp(mutex, place);
+inline void take_mutex(COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
+  check_stamp(mutex, site);
   if (owned_by_caller(*mutex)) {
-    require(mutex->use_count != 0, place);
+    require(mutex->use_count != 0, site);
     ++mutex->use_count;
     return;
   }
-  require(Lock(&mutex->mutex) == 0, place);
-  require(is_free(*mutex), place);
+  require(Lock(&mutex->mutex) == 0, site);
+  require(is_free(*mutex), site);
   set_owner(*mutex, self());
   mutex->use_count = 1;
 }
 
 // Undoes one take of the caller's.
-inline void give_up_mutex(COMN_MUTEX* mutex, Place place = Place::current()) {
+inline void give_up_mutex(COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
   if (--mutex->use_count != 0) return;
   set_owner(*mutex, COMN_NO_OWNER);
-  require(pthread_mutex_unlock(&mutex->mutex) == 0, place);
+  require(pthread_mutex_unlock(&mutex->mutex) == 0, site);
 }
 
 }  // namespace comnlib

@@ -322,7 +322,7 @@ DateText make(const Reading& reading, CS_DATETIME& value) {
   CS_INT days = 0;
   if (make_days(reading.year, reading.month - 1, reading.day, days) != kFieldsDone ||
       reading.hour > 23 || reading.minute > 59 || reading.second > 59)
-    return DateText::overflow;
+    return DateText::out_of_range;
   value = {days, reading.hour * kTicksPerHour + reading.minute * kTicksPerMinute +
                      reading.second * kTicksPerSecond + reading.ticks};
   return DateText::done;
@@ -335,7 +335,7 @@ DateText make(const Reading& reading, CS_DATETIME& value) {
   Reading reading;
   DateCursor in(text);
   if (!scan(in, conventions, reading)) return DateText::syntax;
-  if (!resolve_meridiem(reading)) return DateText::overflow;
+  if (!resolve_meridiem(reading)) return DateText::out_of_range;
   return make(reading, value);
 }
 

@@ -12,14 +12,14 @@ namespace comnlib {
 
 enum class DateText {
   done,
-  syntax,    // the text is not in any of the accepted forms
-  overflow,  // it has, but names a date or time that does not exist or leaves the range
-  domain,    // the value is not a valid datetime
-  style      // the style is unknown, a name it needs is empty, or the text exceeds the room
+  syntax,        // the text is not in any of the accepted forms
+  out_of_range,  // it has, but names a date or time that does not exist or leaves the range
+  domain,        // the value is not a valid datetime
+  style          // the style is unknown, a name it needs is empty, or the text exceeds the room
 };
 
 struct ParsedDate {
-  DateText status;  // done, syntax or overflow
+  DateText status;  // done, syntax or out_of_range
   CS_DATETIME value;
 };
 

@@ -104,5 +104,5 @@ CS_RETCODE comn_datetime_parse(const CS_CHAR* text, CS_INT length, CS_DATETIME* 
   const ParsedDate result = parse_datetime(whole, kUsEnglish);
   *value = result.status == DateText::done ? result.value : CS_DATETIME{};
   if (result.status == DateText::done) return trace(CS_SUCCEED);
-  return trace(result.status == DateText::overflow ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX);
+  return trace(result.status == DateText::out_of_range ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX);
 }
