@@ -1,7 +1,6 @@
-#include "intl_host.h"
-
 #include "intl.h"
 #include "reader.h"
+#include "support/hosts.h"
 
 namespace {
 
@@ -10,11 +9,11 @@ using comnlib::companion::SectionedText;
 // One buffer for all texts that are handed out, which every step writes over.
 const CS_CHAR* step(INTL_HANDLE handle, const char* (SectionedText::*next)(CS_INT&),
                     CS_INT* status) {
-  if (intl_host::steps_left == 0) {
+  if (hosts::steps_left == 0) {
     *status = INTL_NO_MEMORY;
     return nullptr;
   }
-  if (intl_host::steps_left > 0) --intl_host::steps_left;
+  if (hosts::steps_left > 0) --hosts::steps_left;
   thread_local std::string buffer;
   const char* text = (static_cast<SectionedText*>(handle)->*next)(*status);
   buffer.assign(text == nullptr ? "overwritten" : text);
@@ -27,8 +26,8 @@ CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle) {
   CS_INT status = 0;
   *handle = comnlib::companion::open_sectioned(path, status);
   if (*handle != nullptr) {
-    ++intl_host::files_opened;
-    ++intl_host::files_open;
+    ++hosts::files_opened;
+    ++hosts::files_open;
   }
   return status;
 }
@@ -46,7 +45,7 @@ const CS_CHAR* intl_nextvalue(INTL_HANDLE handle, CS_INT* status) {
 }
 
 CS_INT intl_close(INTL_HANDLE handle) {
-  --intl_host::files_open;
+  --hosts::files_open;
   comnlib::companion::close_sectioned(static_cast<comnlib::companion::SectionedText*>(handle));
-  return intl_host::close_fails ? -7 : 0;
+  return hosts::close_fails ? -7 : 0;
 }

@@ -1,9 +1,6 @@
-#include "support/host_alloc.h"
+#include "support/hosts.h"
 
-#include <atomic>
 #include <cstdlib>
-
-#include "comnlib/memory.h"
 
 namespace {
 
@@ -25,7 +22,9 @@ void* counted(void* block) {
 
 }  // namespace
 
-namespace host_alloc {
+namespace hosts {
+
+const char* const kShippedHome = COMNLIB_HOME;
 
 std::size_t live_blocks() {
   return live.load();
@@ -48,7 +47,7 @@ bool Failing::reached() const {
   return asked.load() >= failing.load();
 }
 
-}  // namespace host_alloc
+}  // namespace hosts
 
 void* comn_malloc(std::size_t size) {
   return fails_now() ? nullptr : counted(std::malloc(size));
