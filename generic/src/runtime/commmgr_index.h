@@ -22,6 +22,40 @@ Item* predecessor(Item* first, const Item* wanted, Next next, CallSite site = Ca
   return before;
 }
 
+// A list with an item in front of it, and without one; each returns its new first item.
+template <class Item>
+Item* list_with(Item* first, Item* item) {
+  item->next = first;
+  return item;
+}
+
+// Stops when the item is not on the list.
+template <class Item>
+Item* list_without(Item* first, const Item* item) {
+  Item* const before = predecessor(first, item, [](const Item* each) { return each->next; });
+  if (before == nullptr) return item->next;
+  before->next = item->next;
+  return first;
+}
+
+// The same with links in both directions.
+template <class Item>
+Item* linked_list_with(Item* first, Item* item) {
+  if (first != nullptr) first->index.previous = item;
+  item->index.previous = nullptr;
+  return list_with(first, item);
+}
+
+template <class Item>
+Item* linked_list_without(Item* first, const Item* item) {
+  Item* const before = item->index.previous;
+  Item* const after = item->next;
+  if (after != nullptr) after->index.previous = before;
+  if (before == nullptr) return after;
+  before->next = after;
+  return first;
+}
+
 template <class Head, class Heap>
 struct WalkedChunks {
   // The chunk that holds an address, or null.
@@ -31,15 +65,9 @@ struct WalkedChunks {
     return heap;
   }
 
-  static void add(Head* head, Heap* heap) {
-    heap->next = head->mph_heap;
-    head->mph_heap = heap;
-  }
-
+  static void add(Head* head, Heap* heap) { head->mph_heap = list_with(head->mph_heap, heap); }
   static void remove(Head* head, Heap* heap) {
-    Heap* const before =
-        predecessor(head->mph_heap, heap, [](const Heap* item) { return item->next; });
-    (before == nullptr ? void(head->mph_heap = heap->next) : void(before->next = heap->next));
+    head->mph_heap = list_without(head->mph_heap, heap);
   }
 };
 
@@ -58,18 +86,13 @@ struct IndexedChunks {
   }
 
   static void add(Head* head, Heap* heap) {
-    Heap* const first = head->mph_heap;
-    heap->next = first;
     heap->index = {};
-    if (first != nullptr) first->index.previous = heap;
-    head->mph_heap = heap;
+    head->mph_heap = linked_list_with(head->mph_heap, heap);
     head->index.root = insert(head->index.root, heap);
   }
 
   static void remove(Head* head, Heap* heap) {
-    Heap* const before = heap->index.previous;
-    (before == nullptr ? void(head->mph_heap = heap->next) : void(before->next = heap->next));
-    if (heap->next != nullptr) heap->next->index.previous = before;
+    head->mph_heap = linked_list_without(head->mph_heap, heap);
     head->index.root = erase(head->index.root, heap);
   }
 
@@ -126,40 +149,29 @@ using Chunks = std::conditional_t<kMmIndexed, IndexedChunks<MmPoolHead, MmHeap>,
 template <class Handle, class Block>
 struct WalkedBlocks {
   static void add(Handle* handle, Block* block) {
-    block->next = handle->mmh_blocks;
-    handle->mmh_blocks = block;
+    handle->mmh_blocks = list_with(handle->mmh_blocks, block);
   }
-
-  // Stops when the block is not the handle's.
   static void remove(Handle* handle, Block* block) {
-    Block* const before =
-        predecessor(handle->mmh_blocks, block, [](const Block* item) { return item->next; });
-    (before == nullptr ? void(handle->mmh_blocks = block->next) : void(before->next = block->next));
+    handle->mmh_blocks = list_without(handle->mmh_blocks, block);
   }
 };
 
 template <class Handle, class Block>
 struct LinkedBlocks {
   static void add(Handle* handle, Block* block) {
-    Block* const first = handle->mmh_blocks;
-    block->next = first;
-    block->index.previous = nullptr;
-    if (first != nullptr) first->index.previous = block;
-    handle->mmh_blocks = block;
+    handle->mmh_blocks = linked_list_with(handle->mmh_blocks, block);
   }
 
   // Stops when the block is not the handle's: the one in front of it says so.
   static void remove(Handle* handle, Block* block) {
-    Block* const before = block->index.previous;
+    const Block* const before = block->index.previous;
     if (before == nullptr) {
       require(handle->mmh_blocks == block);
-      handle->mmh_blocks = block->next;
     } else {
       const MmHeap* const heap = Chunks::find(handle->mmh_head, before);
       require(heap != nullptr && aligned(heap, before) && before->next == block);
-      before->next = block->next;
     }
-    if (block->next != nullptr) block->next->index.previous = before;
+    handle->mmh_blocks = linked_list_without(handle->mmh_blocks, block);
   }
 };
 
