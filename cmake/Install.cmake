@@ -1,10 +1,11 @@
-# Installation: libraries, headers, the localization home, the CMake package and the pkg-config file,
-# all named comnlib. Everything finds the rest from its own place, so that an installed tree may be
-# moved; only a folder that was given as an absolute path stays where it is.
+# Installation: libraries, headers, the localization home, the CMake package and the pkg-config
+# file, all named comnlib. Everything finds the rest from its own place, so that an installed tree
+# may be moved; only a folder that was given as an absolute path stays where it is.
 #
-# The libraries for 32-bit and for 64-bit hosts share a prefix: what both install is the same in both,
-# everything else has the target in its name or lies in the target's folder. The components are those
-# of the Debian packages (Package.cmake): runtime, development, home, tools, documentation.
+# The libraries for 32-bit and for 64-bit hosts share a prefix: what both install is the same in
+# both, everything else has the target in its name or lies in the target's folder. The components
+# are those of the Debian packages (Package.cmake): runtime, development, home, tools,
+# documentation.
 include(CMakePackageConfigHelpers)
 
 install(

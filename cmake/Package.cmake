@@ -1,5 +1,5 @@
-# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64 may be
-# installed side by side. "cpack -G DEB" in a build folder makes them.
+# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64
+# may be installed side by side. "cpack -G DEB" in a build folder makes them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME comnlib)
 set(COMNLIB_MAINTAINER "comnlib maintainers <maintainers@localhost>" CACHE STRING "Maintainer of the packages")
@@ -26,8 +26,8 @@ file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md release LIMIT_COUNT 1
 string(REGEX REPLACE "^.* - " "" release "${release}")
 execute_process(COMMAND date -R -u -d ${release} OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE)
 
-# debian_package(COMPONENT NAME SECTION MULTIARCH DEPENDS SUMMARY TEXT); without a multi-arch value the
-# package is the same for every architecture.
+# debian_package(COMPONENT NAME SECTION MULTIARCH DEPENDS SUMMARY TEXT); without a multi-arch value
+# the package is the same for every architecture.
 function(debian_package component name section multiarch depends summary text)
   string(TOUPPER ${component} upper)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)

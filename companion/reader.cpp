@@ -101,7 +101,7 @@ CS_INT read_unsized(int file, Block& block) {
 
 SectionedText::SectionedText(char* text, std::size_t size) : next_(text), end_(text + size) {}
 
-// The next line that holds anything but blanks and is no comment, without its blanks.
+// The next line that is neither blank nor a comment, without its blanks.
 bool SectionedText::take_line(Line& line) {
   value_ = nullptr;
   while (next_ != end_) {

@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   /* What is wrong with a file is reported with its line; a null path names the home's nuv.cfg. */
   if (comn_init_cfg(&context, argv[1]) != CS_SUCCEED) return 1;
 
-  /* The first call tells the length, or 0 when there is no such entry. */
+  /* The first call gives the length, or 0 when there is no such entry. */
   comn_get_cfg(&context, argv[2], argv[3], NULL, 0, &length);
   value = malloc((size_t)length + 1);
   if (value != NULL &&

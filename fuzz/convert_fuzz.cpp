@@ -108,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const CS_DATAFMT destfmt = take_format(input, host, to);
   host.context.ctxlocale = host.locale(input.take_upto(7));
 
-  // A source of exactly its length, so that a sanitizer sees any byte read behind it.
+  // A source of exactly its length, so that a sanitizer sees any byte read after it.
   const auto rest = input.rest();
   const auto given = static_cast<CS_INT>(rest.size());
   const CS_INT length = comn_typelen(from, from == CS_UNICHAR_TYPE ? 0 : given);

@@ -330,7 +330,8 @@ def kernel():
         status, value = divide(a, b, t.precision, t.scale, size)
         yield row("div", (n, a), (m, b), spec, "", status, value)
     # Divisions whose estimated digits only the second divisor limb corrects, or that have to be
-    # corrected by adding the divisor back; of many limbs; and of so many that the room is not enough.
+    # corrected by adding the divisor back; of many limbs; and of so many that the room is not
+    # enough.
     hard = [(0x7FFFFFFF_80000000_00000000_00000000, 0x80000000_00000000_00000001),
             (0x80000000_FFFFFFFE_00000000_00000000, 0x80000000_FFFFFFFF_FFFFFFFF),
             (0x80000000_00000000_00000003, 0x20000000_00000000_00000001),

@@ -1,6 +1,6 @@
-# For the scripts beside it, which source it: stages that show on one line what they do and how long it
-# took. What a stage prints goes to a file of build/log, and is shown when it fails. On a terminal the
-# line also shows the latest of it.
+# For the scripts beside it, which source it: stages that show on one line what they do and how long
+# it took. What a stage prints goes to a file of build/log, and is shown when it fails. On a
+# terminal the line also shows the latest of it.
 stage_logs=build/log
 mkdir -p "$stage_logs"
 rm -f "$stage_logs"/*
@@ -27,7 +27,7 @@ stage() {
     sed -nE 's/^[0-9]+% tests passed, [0-9]+ tests failed out of ([0-9]+)$/  \1 tests passed/p' "$log" | tr -d '\n'
     echo
   else
-    printf '  FAILED, as told in %s:\n' "$log"
+    printf '  FAILED, see %s:\n' "$log"
     # The first faults, then the end.
     grep -anE -A 8 'error:|\*\*\*|Failure$|ERROR: |WARNING: ThreadSanitizer' "$log" | head -n 60 || true
     tail -n 20 "$log"

@@ -19,7 +19,7 @@
  * Unless a routine says otherwise: a null pointer argument stops the process, by com_chkptr or
  * com_bomb; lengths and sizes are in bytes; results besides the return value are stored through the
  * last arguments; records belong to the caller and what a routine allocates is freed by the routine
- * that it names. The guides in docs/ tell more: conversions.md has a table of every pair,
+ * that it names. The guides in docs/ have more: conversions.md has a table of every pair,
  * ownership.md who frees what and which calls may run at once, file-formats.md every file.
  */
 #ifndef COMNLIB_H

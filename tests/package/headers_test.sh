@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Each installed header compiles alone, as C11 and as C++, without a warning; a host of the other kind
-# gets one sentence.
+# Each installed header compiles alone, as C11 and as C++, without a warning; a host of the other
+# kind gets one sentence.
 #   headers_test.sh CC CXX INCLUDE_DIR TARGET
 set -euo pipefail
 cc=$1 cxx=$2 include=$3 target=$4

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# A C11 host and a C++20 host build against the installed pkg-config file, shared and static, and run.
+# A C11 host and a C++20 host build against the installed pkg-config file, shared and static, and
+# run.
 #   pkg_config_test.sh PKG_CONFIG LIB_DIR SCRATCH_DIR CC CXX FLAG...
 set -euo pipefail
 pkg_config=$1 lib_dir=$2 scratch=$3 cc=$4 cxx=$5

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Both libraries below one prefix: hosts of both kinds find their own, by CMake and by pkg-config, among
-# one set of headers.
+# Both libraries below one prefix: hosts of both kinds find their own, by CMake and by pkg-config,
+# among one set of headers.
 #   side_by_side_test.sh BUILD_I386 BUILD_X86_64
 set -euo pipefail
 host=$(cd "$(dirname "$0")/host" && pwd)

@@ -99,7 +99,7 @@ COMN_API CS_RETCODE com_free_char_attrib(char_attrib* attrib);
  *
  * - COM_IMAGE_SINGLEBYTE: 257 char_map entries, then 257 bytes of sound-alike codes.
  * - COM_IMAGE_MULTIBYTE: a header of 44 bytes, then the maps at the offsets that it gives; class
- * and status come from the header. The image is not checked.
+ *   and status come from the header. The image is not checked.
  *
  * `name` is NUL-terminated; its first 30 characters are kept. The maps point into the image, which
  * must outlive the attributes. CS_SUCCEED; CS_FAIL for a null image or attrib or another kind.

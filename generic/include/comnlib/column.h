@@ -40,8 +40,9 @@ typedef struct CsColumnDest {
   const CS_DATAFMT* format; /**< of every value; maxlength is the room of one */
   CS_VOID* values;          /**< the first value, or the text that the offsets belong to */
   CS_INT stride;            /**< bytes from one value to the next, at least the room of one */
-  CS_INT* offsets;          /**< null, or for variable-length types: offsets[0] says where the first
-                                 value begins; where each ends is stored, and the next begins there */
+  CS_INT* offsets;          /**< null, or for variable-length types: offsets[0] says where the
+                                 first value begins; where each ends is stored, and the next begins
+                                 there */
   CS_INT* lengths;          /**< null, or receives the length of each value */
   CS_BYTE* valid;           /**< null, or receives a bit for each value as in a source */
   CS_INT nulls;             /**< COMN_NULLS_AS_VALUES or COMN_NULLS_AS_NULLS */
@@ -56,13 +57,13 @@ typedef struct CsColumnDest {
  *   character data, which a single call refuses, is converted as an empty CS_VARCHAR is; a user
  *   conversion is called for it with a maxlength of 0.
  * - The preconditions of convert.h are checked once. The process stops, too, if `count`, a stride
- * or an offset is negative, if offsets decrease, if the values of a destination overlap, if a
+ *   or an offset is negative, if offsets decrease, if the values of a destination overlap, if a
  *   destination of fixed length has offsets or its last offset could exceed 2^31 - 1, and if nulls
  *   are to stay nulls and the destination has neither lengths nor bits.
  * - A destination with offsets has room for `maxlength` bytes at the beginning of each value.
  * - Source and destination do not overlap. Bits of `valid` beyond the last value stay.
  * - Nothing is allocated, except what is read when it is first needed: the table of a character
- * set, and date conventions that locales.dat names.
+ *   set, and date conventions that locales.dat names.
  *
  * Returns CS_SUCCEED whatever the codes of the values are, or CS_FAIL, with nothing written, when
  * the pair is not supported.

@@ -15,8 +15,8 @@
  *   value may have been written.
  * - Formats are only read. A routine keeps no state: calls on different destinations may run in
  *   several threads at once.
- * - `dest` may be `src`, but for text into CS_VARBINARY and between character sets: what is written
- *   there may overwrite text that was not read yet. No other overlap is allowed.
+ * - `dest` may be `src`, except for text into CS_VARBINARY and between character sets: what is
+ *   written there may overwrite text that was not read yet. No other overlap is allowed.
  *
  * The tables belong to one context and are not locked: the host serialises changes to them.
  */
@@ -164,7 +164,7 @@ COMN_API CS_RETCODE comn_fixedtovarbin(CS_CONTEXT* context, const CS_DATAFMT* sr
  *   through their 17 significant digits and are rounded at the scale, halves away from zero.
  *   CS_CVT_OVERFLOW stores zero, and so does an infinity or NaN with CS_CVT_SYNTAX. The length is
  *   35, and all 35 bytes are written, those after the magnitude as zero, unless the precision or
- * the scale is not valid: then nothing is written.
+ *   the scale is not valid: then nothing is written.
  * - tomoney, tomny4: Exact for integers. A floating value is multiplied by 10000 as a double and
  *   rounded to a unit, halves away from zero. A value out of range stores the limit that it passed,
  *   with CS_CVT_OVERFLOW; a NaN stores zero, with the same. Not from CS_BIT.
@@ -318,7 +318,7 @@ COMN_CONVERSION(comn_numtovarbin);
  *   `mny4 / 10000`; toflt4 rounds that to a single.
  * - tobit: 1 for every value but zero.
  * - tonum: To the precision and scale of the destination format; CS_USE_SRCVALUE means 19 and 4.
- * CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped decimals that are not zero give
+ *   CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW; dropped decimals that are not zero give
  *   CS_CVT_TRUNCATED with the cut value stored.
  * - tomoney, tomny4: A value beyond the range of CS_MONEY4 stores the limit that it passed, with
  *   CS_CVT_OVERFLOW.

@@ -87,7 +87,7 @@ COMN_API CS_INT com_datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday
  * name, COM_PART_WEEKDAY and COM_PART_ISOWEEKDAY the weekday's, every other part its number in
  * decimal. `text` has room for COM_DATENAME_SIZE bytes; longer names are cut, shorter text is
  * followed by a NUL. Returns the number of characters without the NUL; 0, with nothing written, for
- * a missing name and for a code that is no part.
+ * a missing name and for a code that is not a part.
  */
 COMN_API CS_INT com_datename(CS_INT part, const CS_DATETIME* dt, CS_CHAR* text,
                              const CS_CHAR* const* months, const CS_CHAR* const* days);

@@ -208,11 +208,11 @@ COMN_API CS_RETCODE lm_exit(LM_CONTEXT* context);
 
 /**
  * Makes an empty list, which becomes the context's newest and current handle. `list_type` CS_UNUSED
- * takes the context's; so do table size and, but for LM_DHASH, pool size. An LM_CHASH with a pool
- * size above 0 begins with that many free nodes. The name is copied as by lm_initlm.
+ * takes the context's; so do table size and, except for LM_DHASH, pool size. An LM_CHASH with a
+ * pool size above 0 begins with that many free nodes. The name is copied as by lm_initlm.
  * CS_SUCCEED; CS_FAIL for a null context and for type 17; CS_MEM_ERROR, with nothing allocated. A
- * number that is no list type, and a table size below 1 for a hash table, stop the process. Do not
- * make an LM_DHASH of size 1: it has no place to probe, and its first insert or find ends the
+ * number that is not a list type, and a table size below 1 for a hash table, stop the process. Do
+ * not make an LM_DHASH of size 1: it has no place to probe, and its first insert or find ends the
  * process by a division by zero.
  */
 COMN_API CS_RETCODE lm_list_alloc(LM_CONTEXT* context, CS_INT list_type, const CS_CHAR* name,

@@ -182,7 +182,7 @@ COMN_API CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** 
  * - MM_PROP_LOCK, MM_PROP_UNLOCK, MM_PROP_LOCKARG: the lock and its argument (getting that writes
  *   nothing). The lock works only when both functions are set. Set the unlock function and the
  *   argument first and the lock function last: as soon as both are there every call unlocks when it
- *   ends, but for the one that sets the lock function. A lock function is not replaced: CS_FAIL.
+ *   ends, except the one that sets the lock function. A lock function is not replaced: CS_FAIL.
  *   Clearing any of the three clears all of them. It calls the unlock function, if there is one,
  *   and returns its result. A mutex that the pool has made is not deleted then; it belongs to the
  *   create_mutex_fn that made it.

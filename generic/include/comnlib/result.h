@@ -36,7 +36,7 @@ enum {
   CS_CVT_UNDERFLOW = -102,   /**< text names a floating value too small to represent */
   CS_CVT_PRECISION = -103,   /**< numeric precision outside 1..77 */
   CS_CVT_SCALE = -104,       /**< numeric scale outside 0..77 */
-  CS_CVT_SYNTAX = -105,      /**< text is no literal of the destination type; result length 0 */
+  CS_CVT_SYNTAX = -105,      /**< text is not a literal of the destination type; length 0 */
   CS_CVT_FORMAT = -106,      /**< NUL padding and blank padding asked for at once */
   CS_CVT_DOMAIN = -107,      /**< the source value lies outside its own type's domain */
   CS_CVT_DIVZERO = -108,     /**< division by zero */

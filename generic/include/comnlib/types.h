@@ -101,7 +101,7 @@ enum {
   CS_USER_TYPE = 26         /**< the first code of the host's */
 };
 
-/** Sizes of the contract. */
+/** Sizes and limits. */
 enum {
   CS_BUILTIN_TYPES = 26, /**< dimension of the conversion matrix and of the null-value table */
   CS_MAX_NAME = 132,     /**< bytes of CS_DATAFMT.name */
@@ -123,7 +123,7 @@ enum {
 
 /** Bits of CS_DATAFMT.format: how a character destination is finished. */
 enum {
-  CS_DFMT_NULLTERM = 0x1, /**< a NUL behind the text, which must fit in maxlength too */
+  CS_DFMT_NULLTERM = 0x1, /**< a NUL after the text, which must fit in maxlength too */
   CS_DFMT_PADNULL = 0x2,  /**< fill up to maxlength with NUL bytes */
   CS_DFMT_PADBLANK = 0x4, /**< fill up with blanks; with NULLTERM the last byte is NUL */
   CS_DFMT_ESCQUOTE = 0x20 /**< character to character: double every single quote */
@@ -147,11 +147,11 @@ typedef struct _cs_varybin {
 typedef struct _cs_numeric {
   CS_BYTE precision;            /**< 1..77 */
   CS_BYTE scale;                /**< 0..77 */
-  CS_BYTE array[CS_MAX_NUMLEN]; /**< sign and magnitude; comn_num_getlen tells how many count */
+  CS_BYTE array[CS_MAX_NUMLEN]; /**< sign and magnitude; comn_num_getlen says how many count */
 } CS_NUMERIC;
 typedef CS_NUMERIC CS_DECIMAL; /**< the same record under its other name */
 
-/** Money: (mnyhigh * 2^32 + mnylow) ten-thousandths; the high half stands first in memory. */
+/** Money: (mnyhigh * 2^32 + mnylow) ten-thousandths; the high half comes first in memory. */
 typedef struct _cs_money {
   CS_INT mnyhigh; /**< high half, with the sign */
   CS_UINT mnylow; /**< low half */

@@ -22,7 +22,7 @@ namespace comnlib {
 enum : CS_INT {
   kExactOk = 0,
   kExactOverflow = 1,   // does not fit the destination's length or precision
-  kExactSyntax = 2,     // text is no number
+  kExactSyntax = 2,     // text is not a number
   kExactDivZero = 3,    // division by zero
   kExactRange = 5,      // beyond the range of a double
   kExactTruncated = 6,  // nonzero digits were dropped

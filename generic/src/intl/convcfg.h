@@ -51,7 +51,7 @@ inline bool is_ascii_based(const CsCharDesc* charset) {
   return charset != nullptr && charset->conv_config != nullptr && charset->conv_config->ascii_based;
 }
 
-// Null is no configuration.
+// Null: there is no configuration.
 void drop_conv_config(CsConvConfig* config);
 
 }  // namespace comnlib

@@ -34,7 +34,7 @@ bool copy_name(const CS_CHAR* name, CS_INT namelen, CS_CHAR*& copy, CS_INT& leng
   require(namelen >= 0 || namelen == CS_NULLTERM);
   const std::size_t size =
       namelen == CS_NULLTERM ? std::strlen(name) + 1 : static_cast<std::size_t>(namelen);
-  // At least one byte, so that an empty name is no failure.
+  // At least one byte, so that an empty name does not fail.
   copy = static_cast<CS_CHAR*>(comn_malloc(std::max<std::size_t>(size, 1)));
   if (copy == nullptr) return false;
   std::memcpy(copy, name, size);

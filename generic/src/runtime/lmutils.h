@@ -136,7 +136,7 @@ struct KindOps {
   std::array<Operation, kOps> operations;
 };
 
-// Stops the process for what is no list type.
+// Stops the process for a number that is not a list type.
 const KindOps& kind_of(CS_INT list_type);
 
 // Gets of properties.

@@ -11,7 +11,7 @@
 namespace comnlib {
 
 // A thread that asks whether it is the owner may do so without the lock: nobody else can make the
-// answer true or false. The accesses are atomic so that the asking is no data race.
+// answer true or false. The accesses are atomic so that asking is not a data race.
 inline pthread_t owner_of(const COMN_MUTEX& mutex) {
   return __atomic_load_n(&mutex.owner, __ATOMIC_RELAXED);
 }

@@ -49,7 +49,7 @@ struct PodVector {
   }
 };
 
-// Texts one behind the other, each with its NUL, named by where they begin.
+// Texts one after the other, each with its NUL, named by where they begin.
 struct TextPool : PodVector<CS_CHAR> {
   bool keep(std::string_view text, std::size_t& offset) {
     if (!reserve(text.size() + 1)) return false;

@@ -359,7 +359,7 @@ CS_INT com__dttodate4(const CS_DATETIME* src, CS_DATETIME4* dst) {
     ++days;
     minutes -= 24 * 60;
   }
-  // Left over only from ticks that are no time of day.
+  // Left over only from ticks that are not a time of day.
   if (minutes < 0 || minutes >= 24 * 60) return kDateFailed;
   *dst = {static_cast<CS_USHORT>(days), static_cast<CS_USHORT>(minutes)};
   return kDateDone;
