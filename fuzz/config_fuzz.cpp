@@ -2,6 +2,7 @@
 // size that the input chooses, by readers of this host's own.
 #include <algorithm>
 #include <array>
+#include <cstdarg>
 #include <string>
 
 #include "config/comcfg.h"
@@ -52,8 +53,15 @@ void load() {
 }  // namespace
 
 // Stands in for the library's own, which would write every error of every input to a file.
-extern "C" CS_VOID __wrap_com_perr(const CS_CHAR* text) {
-  fuzz::check(text[std::strlen(text) - 1] == '\n');
+extern "C" void __wrap__ZN7comnlib11print_errorEPKcz(const char* format, ...) {
+  std::array<char, 3072> text;
+  va_list args;
+  va_start(args, format);
+  const int length = std::vsnprintf(text.data(), text.size(), format, args);
+  va_end(args);
+  fuzz::check(length > 0);
+  const auto size = static_cast<std::size_t>(length);
+  fuzz::check(size >= text.size() || text[size - 1] == '\n');
 }
 
 // Whatever a file includes is the same file again, under a path that grows.
