@@ -6,6 +6,7 @@
 #include "chars/text.h"
 #include "chars/utf.h"
 #include "conv/chscan.h"
+#include "conv/short_number.h"
 #include "conv/textcopy.h"
 
 namespace comnlib {
@@ -58,6 +59,31 @@ struct TextTarget : Type {
   }
 };
 
+// Calls it with the members of text and call as arguments, so that their caller keeps these in
+// registers.
+template <auto kConvert>
+[[gnu::noinline]] CS_RETCODE convert_apart(const CS_BYTE* bytes, std::size_t size,
+                                           const char_attrib* attrib, bool utf16, bool ascii_based,
+                                           COMNLIB_CONVERSION_PARAMETERS) {
+  return kConvert(Text{{bytes, size}, attrib, utf16, ascii_based},
+                  Conversion{context, srcfmt, src, destfmt, dest, destlen});
+}
+
+// The same of numbers, whose short texts, those of most columns, do without the function.
+template <class Type, class Short, auto kConvert>
+struct NumberTarget : Type {
+  static constexpr CS_INT kLength = 0;
+  [[gnu::always_inline]] static CS_RETCODE convert(const Text& text, const Conversion& call) {
+    ShortDecimal number;
+    if (read_short_decimal<Short::kWithPoint>(text, number) && Short::store(number, call))
+        [[likely]]
+      return CS_SUCCEED;
+    return convert_apart<kConvert>(text.bytes.data(), text.bytes.size(), text.attrib, text.utf16,
+                                   text.ascii_based, call.context, call.srcfmt, call.src,
+                                   call.destfmt, call.dest, call.destlen);
+  }
+};
+
 template <class Value>
 CS_RETCODE text_to_integer(const Text& text, const Conversion& call) {
   Value value{};
@@ -78,13 +104,13 @@ CS_RETCODE text_to_binary(const Text& text, const Conversion& call);
 CS_RETCODE text_to_varbinary(const Text& text, const Conversion& call);
 
 template <class Type>
-using TextToInteger = TextTarget<Type, text_to_integer<typename Type::Value>>;
+using TextToInteger = NumberTarget<Type, ShortInteger<Type>, text_to_integer<typename Type::Value>>;
 using TextToBit = TextTarget<Bit, text_to_bit>;
-using TextToReal = TextTarget<Real, text_to_real>;
-using TextToFloat = TextTarget<Float, text_to_float>;
-using TextToNumeric = TextTarget<Numeric, text_to_numeric>;
-using TextToMoney = TextTarget<Money, text_to_money>;
-using TextToMoney4 = TextTarget<Money4, text_to_money4>;
+using TextToReal = NumberTarget<Real, ShortFloat<Real>, text_to_real>;
+using TextToFloat = NumberTarget<Float, ShortFloat<Float>, text_to_float>;
+using TextToNumeric = NumberTarget<Numeric, ShortNumeric, text_to_numeric>;
+using TextToMoney = NumberTarget<Money, ShortMoney, text_to_money>;
+using TextToMoney4 = NumberTarget<Money4, ShortMoney4, text_to_money4>;
 using TextToDatetime = TextTarget<Datetime, text_to_datetime>;
 using TextToDatetime4 = TextTarget<Datetime4, text_to_datetime4>;
 using TextToBinary = TextTarget<Binary, text_to_binary>;
