@@ -177,11 +177,14 @@ class Column {
     run(context, 0);
   }
 
-  // Values that follow each other, with codes and lengths and without.
-  void dense(Context& context) {
+  // Fields of one length, without codes and lengths; values of fixed length that follow each other
+  // with them too.
+  void fields(Context& context) {
     fill(value_.bytes.size());
-    dest_.stride = comn_typelen(to_.datatype, to_.maxlength);
-    run(context, 0);
+    if (!has_length(value_.format.datatype) && !has_length(to_.datatype)) {
+      dest_.stride = comn_typelen(to_.datatype, to_.maxlength);
+      run(context, 0);
+    }
     dest_.lengths = nullptr;
     std::ranges::fill(room_, kCanary);
     CS_INT faults = -1;

@@ -65,8 +65,7 @@ class Sweep {
                  << source.format.datatype << " to " << to.datatype << " as a column");
     for (const bool bits : {true, false}) Column(source, to, single).with_lengths(context_, bits);
     Column(source, to, single).with_offsets(context_);
-    if (!has_length(source.format.datatype) && !has_length(to.datatype))
-      Column(source, to, single).dense(context_);
+    if (!source.bytes.empty()) Column(source, to, single).fields(context_);
   }
   void number_to(const Encoded& source, const std::string& number, CS_INT to);
   Context context_;

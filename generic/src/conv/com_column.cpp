@@ -142,13 +142,41 @@ CS_INT convert_values(const ColumnCall& column, Convert convert) {
   return faults;
 }
 
+// The same of fields of one length: no value is null, and nothing is stored but results.
+CS_INT convert_fields(const ColumnCall& column, CS_RETCODE (*core)(const Conversion& call)) {
+  const CS_INT source_stride = column.source->stride;
+  const CS_INT destination_stride = column.destination->stride;
+  const auto* src = static_cast<const CS_BYTE*>(column.source->values);
+  auto* dest = static_cast<CS_BYTE*>(column.destination->values);
+  CS_INT length = 0;
+  CS_INT faults = 0;
+  Conversion call{
+      column.context, column.source->format, nullptr, column.destination->format, nullptr, &length};
+  for (CS_INT left = column.count; left > 0; --left) {
+    call.src = src;
+    call.dest = dest;
+    src += source_stride;
+    dest += destination_stride;
+    faults += core(call) == CS_SUCCEED ? 0 : 1;
+  }
+  return faults;
+}
+
+bool has_only_values(const CsColumnSource& source) {
+  return source.offsets == nullptr && source.lengths == nullptr && source.valid == nullptr;
+}
+bool has_only_values(const CsColumnDest& destination) {
+  return destination.offsets == nullptr && destination.lengths == nullptr &&
+         destination.valid == nullptr;
+}
+
 // Whether values follow each other without a gap, and none is null.
 bool is_dense(const ColumnCall& column, const ColumnRoutine& routine) {
   const CsColumnSource& source = *column.source;
   const CsColumnDest& destination = *column.destination;
   return routine.dense != nullptr && source.stride == routine.source_size &&
-         destination.stride == routine.destination_size && source.offsets == nullptr &&
-         source.lengths == nullptr && source.valid == nullptr && destination.valid == nullptr;
+         destination.stride == routine.destination_size && has_only_values(source) &&
+         destination.valid == nullptr;
 }
 
 CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {
@@ -157,6 +185,8 @@ CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {
   require(own_lengths || routine.serves_source(*source.format));
   require(routine.serves_destination(*column.destination->format));
   if (is_dense(column, routine)) return routine.dense(column);
+  if (column.codes == nullptr && has_only_values(source) && has_only_values(*column.destination))
+    return convert_fields(column, routine.core);
   return convert_values(column, routine.core);
 }
 
