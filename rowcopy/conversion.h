@@ -1,8 +1,14 @@
-// Entries of the context's conversion matrix, looked up once, with formats that are made once.
+// Entries of the context's conversion matrix with formats that are made once: for single values, and
+// for columns of them.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
+#include "comnlib.h"
+#include "comnlib/column.h"
+#include "csv_reader.h"
 #include "datatype.h"
 
 namespace rowcopy {
@@ -43,6 +49,59 @@ class Conversion {
  private:
   CS_CONTEXT* context_ = nullptr;
   CS_CONV_FUNC routine_ = nullptr;
+  CS_DATAFMT source_{};
+  CS_DATAFMT target_{};
+};
+
+// Values of a column, each `stride` bytes after the one before it.
+struct Values {
+  char* first;
+  std::size_t stride;
+
+  char* operator[](std::size_t row) const { return first + row * stride; }
+};
+
+// What became of the values of a column.
+struct Results {
+  explicit Results(std::size_t rows) : lengths(rows), codes(rows) {}
+
+  std::vector<CS_INT> lengths;  // kNull for a null
+  std::vector<CS_RETCODE> codes;
+};
+
+// The same for columns: nulls stay nulls, for which nothing is written.
+class ColumnConversion {
+ public:
+  ColumnConversion() = default;
+  ColumnConversion(CS_CONTEXT* context, const CS_DATAFMT& source, const CS_DATAFMT& target)
+      : context_(context), source_(source), target_(target) {}
+
+  // The number of codes that are not CS_SUCCEED.
+  std::size_t operator()(const FieldColumn& fields, Values to, Results& results) const {
+    return convert({&source_, fields.text, static_cast<CS_INT>(fields.stride), fields.offsets,
+                    fields.lengths, nullptr},
+                   fields.count, to, results);
+  }
+  std::size_t operator()(Values from, const CS_INT* lengths, std::size_t count, Values to,
+                         Results& results) const {
+    return convert(
+        {&source_, from.first, static_cast<CS_INT>(from.stride), nullptr, lengths, nullptr}, count,
+        to, results);
+  }
+
+ private:
+  std::size_t convert(const CsColumnSource& source, std::size_t count, Values to,
+                      Results& results) const {
+    const CsColumnDest destination{&target_,  to.first, static_cast<CS_INT>(to.stride),
+                                   nullptr,   results.lengths.data(),
+                                   nullptr,   COMN_NULLS_AS_NULLS};
+    CS_INT faults = 0;
+    comn_conv_column(context_, &source, &destination, static_cast<CS_INT>(count),
+                     results.codes.data(), &faults);
+    return static_cast<std::size_t>(faults);
+  }
+
+  CS_CONTEXT* context_ = nullptr;
   CS_DATAFMT source_{};
   CS_DATAFMT target_{};
 };

@@ -1,9 +1,8 @@
-// Moves the values of one column between text and record, every datatype through the routines of
-// the context's conversion matrix, and checks what became of them.
+// Moves the values of a column between text and record, every datatype through the routines of the
+// context's conversion matrix, and checks what became of them.
 #pragma once
 
-#include <algorithm>
-#include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,9 +13,6 @@
 
 namespace rowcopy {
 
-// The length of a null value in a record.
-constexpr CS_INT kNull = -1;
-
 struct TextStyle {
   bool locale_dates = false;
   bool short_floats = false;
@@ -26,99 +22,104 @@ struct TextStyle {
 class TextReader {
  public:
   // A pair of datatypes without a routine is a Fatal. The context outlives the reader.
-  TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as, Locales locales);
+  TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as, Locales locales,
+             std::size_t rows);
 
-  // Stores the value in `room`, which has the column type's size, and its number of bytes, or
-  // kNull. CS_SUCCEED or a conversion code; the room then holds what the routine left there.
-  // Empty text is a syntax error for types that have no empty value.
-  CS_RETCODE read(const Field& field, char* room, CS_INT& length) {
-    if (onward_ || field.text.empty() || field.null) return read_other(field, room, length);
-    return from_text_(field.text.data(), field.text.size(), room, length);
-  }
+  // Stores values, their lengths and codes; a value with another code than CS_SUCCEED holds what
+  // the routine left there. Returns the number of these. Empty text is a syntax error for types
+  // that have no empty value.
+  std::size_t read(const FieldColumn& fields, Values to, Results& results);
 
-  // Of the last value: what its text was read as, before it was converted onward.
-  const char* intermediate() const { return intermediate_.data(); }
-  CS_INT intermediate_length() const { return intermediate_length_; }
+  // Of the last column: what its texts were read as, before they were converted onward.
+  const char* intermediate(std::size_t row) const { return intermediates()[row]; }
+  CS_INT intermediate_length(std::size_t row) const { return first_.lengths[row]; }
 
  private:
-  CS_RETCODE read_other(const Field& field, char* room, CS_INT& length);
-  CS_RETCODE read_text(const Field& field, char* room, CS_INT& length);
+  Values intermediates() const;
+  std::size_t read_text(const FieldColumn& fields, Values to, Results& results) const;
+  CS_RETCODE read_empty(char* room, CS_INT& length);
 
-  bool has_empty_;
-  Conversion from_null_;
+  Datatype read_as_;
+  Datatype type_;
+  bool onward_;  // what the text is read as is another type
+  ColumnConversion from_text_;
+  ColumnConversion go_on_;
   Conversion from_empty_;  // a character value has at least one byte, a varchar may be empty
-  Conversion from_text_;
-  Conversion onward_;  // of what the text is read as, where it is another type
-  std::vector<char> intermediate_;
-  CS_INT intermediate_length_ = 0;
+  mutable std::vector<char> intermediate_;
+  Results first_;
+  std::vector<CS_INT> going_on_;  // the lengths of the values that are converted onward
 };
 
+// Works on columns of a batch. What it stores for a row stays until the next batch.
 class ColumnConverter {
  public:
-  struct Outcome {
-    CS_RETCODE code;
-    Verdict verdict;  // with CS_SUCCEED
-  };
+  ColumnConverter(CS_CONTEXT* context, const Column& column, Locales locales, TextStyle style,
+                  std::size_t rows);
 
-  ColumnConverter(CS_CONTEXT* context, const Column& column, Locales locales, TextStyle style);
+  // Converts fields to values, whose lengths precede them, and compares these with the fields.
+  void to_record(const FieldColumn& fields, Values values);
+  CS_RETCODE code(std::size_t row) const { return values_.codes[row]; }
+  CS_INT length(std::size_t row) const { return values_.lengths[row]; }
+  Verdict verdict(std::size_t row) const { return verdicts_[row]; }  // with CS_SUCCEED
+  std::size_t nulls() const { return nulls_; }
+  std::size_t faults() const { return faults_; }  // codes that are not CS_SUCCEED
+  // How many values have such a code or another verdict than kSame.
+  std::size_t oddities() const { return faults_ + unlike_; }
 
-  // As TextReader::read; the verdict compares the value with the field.
-  Outcome to_record(const Field& field, char* room, CS_INT& length) {
-    const CS_RETCODE code = reader_.read(field, room, length);
-    if (code != CS_SUCCEED || length == kNull) return {code, Verdict::kSame};
-    return {code,
-            onward_ ? compare_onward(field, room, length) : fidelity_.compare(field, room, length)};
-  }
+  // Writes the texts of the values that are not null in rows with a mark other than 0 to `rooms`,
+  // each of the type's text_size, and reads them again. `fields` are those the values came from.
+  void to_text(const FieldColumn& fields, Values values, const std::vector<char>& marks,
+               Values rooms);
+  CS_INT text_length(std::size_t row) const { return texts_.lengths[row]; }  // or kNull
+  CS_RETCODE text_code(std::size_t row) const { return texts_.codes[row]; }
+  bool comes_back(std::size_t row) const { return again_.codes[row] == CS_SUCCEED; }
+  std::size_t texts() const { return written_; }
+  std::size_t text_faults() const { return text_faults_; }  // codes that are not CS_SUCCEED
+  // How many texts have such a code or read as another value.
+  std::size_t text_oddities() const { return text_faults_ + strays_; }
 
-  // Writes the text of a value of `length` bytes, which is not kNull, to `room`, which has the
-  // type's text_size.
-  CS_RETCODE to_text(const char* value, CS_INT length, char* room, CS_INT& text_length) {
-    text_length = 0;
-    if (length == 0) return CS_SUCCEED;  // empty data
-    if (own_text_ && to_own_text(value, room, text_length)) return CS_SUCCEED;
-    return to_text_(value, static_cast<std::size_t>(length), room, text_length);
-  }
-
-  // Whether the text that was written for a value reads as that value. `field` is what the value
-  // was read from.
-  bool reads_as(std::string_view text, const Field& field, const char* value, CS_INT length) {
-    // The very text that was read reads as what it was read as.
-    if (same_locale_ && !onward_ && text == field.text) return true;
-    CS_INT again_length = 0;
-    return rereader_.read({text, false}, again_.data(), again_length) == CS_SUCCEED &&
-           again_length == length &&
-           std::memcmp(again_.data(), value, used_bytes(value, length)) == 0;
-  }
+  // The text of a single value, for a report.
+  std::string text_of(const char* value, CS_INT length);
 
  private:
   // The bytes of a stored value that count: those after a varying value's own length do not.
-  std::size_t used_bytes(const char* value, CS_INT length) const {
-    if (!varying_) return static_cast<std::size_t>(length);
-    CS_SMALLINT count = 0;
-    std::memcpy(&count, value, sizeof count);
-    return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
-  }
-
-  Verdict compare_onward(const Field& field, const char* value, CS_INT length);
-  bool comes_back(const Field& field, const char* value, CS_INT length);
-  bool to_own_text(const char* value, char* room, CS_INT& text_length) const;
+  std::size_t used_bytes(const char* value, CS_INT length) const;
+  void put_lengths(Values values, std::size_t count);
+  std::size_t compare(const FieldColumn& fields, Values values);
+  Verdict compare_onward(std::string_view field, std::size_t row, const char* value);
+  bool leads_back(std::string_view field, std::size_t row, const char* value);
+  void write_texts(std::size_t count, Values values, Values rooms);
+  void write_dates(std::size_t count, Values values, Values rooms);
+  void write_floats(std::size_t count, Values values, Values rooms);
+  void read_again(const FieldColumn& fields, Values values, Values rooms);
 
   Datatype read_as_;
   Datatype type_;
   bool onward_;
-  bool varying_;
   bool same_locale_;
   bool short_floats_;
-  bool own_text_;  // dates, and some floats, in a form that the library does not write
+  bool iso_dates_;  // texts are those that the comparison made
   TextReader reader_;
   TextReader rereader_;
   Fidelity fidelity_;
-  Conversion to_text_;
+  ColumnConversion to_text_;
+  Conversion single_text_;
   Conversion back_;       // to what the text was read as
   Conversion text_back_;  // the same from the value's text
-  std::vector<char> again_;
+  std::vector<char> null_;  // the value of a null
+  Results values_;
+  std::vector<Verdict> verdicts_;
+  std::size_t nulls_ = 0;
+  std::size_t faults_ = 0;
+  std::size_t unlike_ = 0;
+  Results texts_;
+  std::vector<CS_INT> sources_;  // the lengths of what is converted next
+  std::size_t written_ = 0;
+  std::size_t text_faults_ = 0;
+  std::size_t strays_ = 0;
+  Results again_;
+  std::vector<char> again_values_;
   std::vector<char> came_back_;
-  std::vector<char> text_;
 };
 
 // The text in the character set of the records; text that does not convert without a loss is a

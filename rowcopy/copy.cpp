@@ -85,13 +85,11 @@ std::size_t text_size(const Layout& layout) {
   return size;
 }
 
-// Room for the texts of a batch of records: every column's text at a fixed place of its row.
+// Room for the texts of a batch of rows: every column's text at a fixed place of its row.
 class TextBatch {
  public:
   TextBatch(const Layout& layout, std::size_t rows)
-      : row_size_(text_size(layout)),
-        bytes_(rows * row_size_ + kSpecialSlack),
-        fields_(rows * layout.columns.size()) {
+      : row_size_(text_size(layout)), bytes_(rows * row_size_ + kSpecialSlack) {
     std::size_t offset = 0;
     for (const Column& column : layout.columns) {
       offsets_.push_back(offset);
@@ -99,18 +97,12 @@ class TextBatch {
     }
   }
 
-  std::size_t row_size() const { return row_size_; }
-  // Of a column, in the first row: the room for its text, and the field of it. Those of the next
-  // row are row_size() bytes and a row of fields further on.
-  char* room(std::size_t column) { return &bytes_[offsets_[column]]; }
-  Field* column(std::size_t at) { return &fields_[at]; }
-  const std::vector<Field>& fields() const { return fields_; }
+  Values column(std::size_t at) { return {&bytes_[offsets_[at]], row_size_}; }
 
  private:
   std::size_t row_size_;
   std::vector<std::size_t> offsets_;
   std::vector<char> bytes_;
-  std::vector<Field> fields_;
 };
 
 // What all threads of a copy share and only read.
@@ -126,7 +118,10 @@ struct Plan {
   RecordLayout records{layout.columns};
 
   std::size_t batch_rows() const {
-    const std::size_t row = std::max(records.size(), text_size(layout));
+    std::size_t between = 0;  // bytes of the values on the way to another type
+    for (const Column& column : layout.columns)
+      between += static_cast<std::size_t>(column.read_as.size);
+    const std::size_t row = std::max({records.size(), text_size(layout), between, width});
     return std::clamp<std::size_t>(kBatchBytes / row, 1, kBatchRows);
   }
 };
@@ -135,7 +130,7 @@ struct Plan {
 class Worker {
  public:
   explicit Worker(const Plan& plan)
-      : rows(plan.width),
+      : rows(plan.width, plan.batch_rows()),
         plan_(plan),
         layout_(plan.layout),
         records_(plan.records, plan.batch_rows()),
@@ -144,7 +139,7 @@ class Worker {
         reject_writer_(Dialect{}) {
     const TextStyle style{plan.job.locale_dates, plan.job.short_floats};
     for (const Column& column : layout_.columns)
-      converters_.emplace_back(plan.context, column, plan.locales, style);
+      converters_.emplace_back(plan.context, column, plan.locales, style, plan.batch_rows());
     report_.columns.resize(layout_.columns.size());
   }
 
@@ -157,6 +152,7 @@ class Worker {
     report_misfits();
     make_records();
     make_texts();
+    records_.keep(good_);
     report_.rows_read = rows.size() + rows.misfits().size();
     report_.rows_copied = records_.size();
     write_rejects(rejects_, reject_writer_);
@@ -207,40 +203,39 @@ class Worker {
     records_.clear(rows.size());
     good_.assign(rows.size(), 1);
     for_each_column([&](std::size_t column) { convert_column(column); });
-    records_.keep(good_);
-    kept_.clear();
-    for (std::size_t row = 0; row < rows.size(); ++row)
-      if (good_[row] != 0) kept_.push_back(row);
+  }
+
+  FieldColumn fields_of(std::size_t column) const { return rows.column(plan_.positions[column]); }
+  Values values_of(std::size_t column) {
+    return {records_.column(column), plan_.records.size()};
   }
 
   void convert_column(std::size_t column) {
     ColumnReport& report = report_.columns[column];
     ColumnConverter& converter = converters_[column];
-    if (rows.size() == 0) return;
-    const Field* field = rows.column(plan_.positions[column]);
-    char* value = records_.column(column);
+    converter.to_record(fields_of(column), values_of(column));
+    report.nulls += converter.nulls();
+    report.to_record.add(CS_SUCCEED, rows.size() - converter.faults());
+    if (converter.oddities() == 0) return;
     for (std::size_t row = 0; row < rows.size(); ++row) {
-      CS_INT length = 0;
-      const auto [code, verdict] = converter.to_record(*field, value, length);
-      Records::set_length(value, length);
-      report.to_record.add(code);
-      report.nulls += field->null ? 1 : 0;
-      if (code != CS_SUCCEED || verdict != Verdict::kSame)
-        judge(column, row, *field, code, verdict, value, length);
-      field += rows.width();
-      value += plan_.records.size();
+      const CS_RETCODE code = converter.code(row);
+      if (code != CS_SUCCEED) report.to_record.add(code, 1);
+      if (code != CS_SUCCEED || converter.verdict(row) != Verdict::kSame) judge(column, row);
     }
   }
 
   // A value that is not simply the same.
-  void judge(std::size_t column, std::size_t row, const Field& field, CS_RETCODE code,
-             Verdict verdict, const char* value, CS_INT length) {
+  void judge(std::size_t column, std::size_t row) {
     ColumnReport& report = report_.columns[column];
+    ColumnConverter& converter = converters_[column];
+    const std::string_view field = fields_of(column)[row];
+    const CS_RETCODE code = converter.code(row);
+    const Verdict verdict = converter.verdict(row);
     std::string name = "changed";
     std::string reason;
     if (code != CS_SUCCEED) {
       name = code_name(code);
-      reason = field.text.empty() && code == CS_CVT_SYNTAX ? "the type has no empty value"
+      reason = field.empty() && code == CS_CVT_SYNTAX ? "the type has no empty value"
                                                            : code_reason(code);
     } else if (verdict == Verdict::kFilledIn) {
       ++report.filled_in;
@@ -256,16 +251,17 @@ class Worker {
       if (report.faults.is_full() && plan_.job.rejects_path.empty()) {
         reason.clear();
       } else {
-        reason = "stored as " + show_value(text_of(column, value, length));
+        reason = "stored as " +
+                 show_value(converter.text_of(values_of(column)[row], converter.length(row)));
       }
       if (plan_.job.allow_changes) {
-        report.changes.add([&] { return describe(row, field.text, reason); });
+        report.changes.add([&] { return describe(row, field, reason); });
         return;
       }
     }
     good_[row] = 0;
     report.faults.add([&] {
-      return describe(row, field.text, code == CS_SUCCEED ? reason : name + " (" + reason + ")");
+      return describe(row, field, code == CS_SUCCEED ? reason : name + " (" + reason + ")");
     });
     reject(rows.line(row), layout_.columns[column].name, name, reason, rows.raw(row));
   }
@@ -274,56 +270,43 @@ class Worker {
     return place(rows.line(row)) + show_value(field) + ": " + fault;
   }
 
-  std::string text_of(std::size_t column, const char* value, CS_INT length) {
-    std::string text(static_cast<std::size_t>(layout_.columns[column].type.text_size), '\0');
-    CS_INT size = 0;
-    converters_[column].to_text(value, length, text.data(), size);
-    text.resize(static_cast<std::size_t>(size));
-    return text;
-  }
-
   void make_texts() {
     for_each_column([&](std::size_t column) { text_of_column(column); });
     if (plan_.job.text_path.empty()) return;
-    const Field* field = texts_.fields().data();
-    for (std::size_t row = 0; row < records_.size(); ++row) {
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      if (good_[row] == 0) continue;
       for (std::size_t column = 0; column < layout_.columns.size(); ++column)
-        text_writer_.add(*field++);
+        text_writer_.add(text_field(column, row));
       text_writer_.end_row();
     }
   }
 
-  // The texts of a column of the records, each checked by reading it again.
-  void text_of_column(std::size_t column) {
-    const char* value = records_.column(column);
-    char* room = texts_.room(column);
-    Field* text = texts_.column(column);
-    for (const std::size_t row : kept_) {
-      const CS_INT length = Records::length(value);
-      *text = length == kNull ? Field{{}, true} : make_text(value, length, room, column, row);
-      value += plan_.records.size();
-      room += texts_.row_size();
-      text += layout_.columns.size();
-    }
+  Field text_field(std::size_t column, std::size_t row) {
+    const CS_INT length = converters_[column].text_length(row);
+    if (length == kNull) return {{}, true};
+    return {{texts_.column(column)[row], static_cast<std::size_t>(length)}, false};
   }
 
-  Field make_text(const char* value, CS_INT length, char* room, std::size_t column,
-                  std::size_t row) {
+  // The texts of the records' values, each checked by reading it again.
+  void text_of_column(std::size_t column) {
     ColumnReport& report = report_.columns[column];
-    const Field& field = rows.column(plan_.positions[column])[row * rows.width()];
-    CS_INT text_length = 0;
-    const CS_RETCODE code = converters_[column].to_text(value, length, room, text_length);
-    report.to_text.add(code);
-    const std::string_view text(room, static_cast<std::size_t>(text_length));
-    if (code != CS_SUCCEED || !converters_[column].reads_as(text, field, value, length)) {
+    ColumnConverter& converter = converters_[column];
+    const FieldColumn fields = fields_of(column);
+    converter.to_text(fields, values_of(column), good_, texts_.column(column));
+    report.to_text.add(CS_SUCCEED, converter.texts() - converter.text_faults());
+    if (converter.text_oddities() == 0) return;
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      const CS_RETCODE code = converter.text_code(row);
+      if (code != CS_SUCCEED) report.to_text.add(code, 1);
+      if (code == CS_SUCCEED && converter.comes_back(row)) continue;
       report.faults.add([&] {
-        return describe(row, field.text,
-                        code == CS_SUCCEED
-                            ? "its text " + show_value(text) + " reads as another value"
-                            : "no text, " + code_name(code));
+        return describe(
+            row, fields[row],
+            code == CS_SUCCEED
+                ? "its text " + show_value(text_field(column, row).text) + " reads as another value"
+                : "no text, " + code_name(code));
       });
     }
-    return {text, false};
   }
 
   const Plan& plan_;
@@ -333,8 +316,7 @@ class Worker {
   CsvWriter text_writer_;
   CsvWriter reject_writer_;
   std::vector<ColumnConverter> converters_;
-  std::vector<char> good_;         // for each row of a batch, whether every column converted
-  std::vector<std::size_t> kept_;  // the rows of the records
+  std::vector<char> good_;  // for each row of a batch, whether every column converted
   std::vector<Reject> rejects_;
   Report report_;
 };
@@ -407,8 +389,7 @@ class Copy {
         outputs_(outputs),
         progress_(csv.source().size(), !plan.job.quiet),
         jobs_(plan.job.jobs),
-        max_errors_(plan.job.max_errors),
-        batch_rows_(plan.batch_rows()) {
+        max_errors_(plan.job.max_errors) {
     report_.columns.resize(plan.layout.columns.size());
     report_.record_size = plan.records.size();
     report_.jobs = jobs_;
@@ -465,7 +446,7 @@ class Copy {
   std::optional<std::size_t> read(Worker& worker) {
     const std::scoped_lock lock(reading_);
     if (ended_) return std::nullopt;
-    ended_ = !csv_.next(worker.rows, batch_rows_);
+    ended_ = !csv_.next(worker.rows);
     if (jobs_ > 1) worker.rows.keep_bytes();
     worker.bytes_taken = csv_.source().bytes_taken();
     return turns_++;
@@ -502,7 +483,6 @@ class Copy {
   Progress progress_;
   const std::size_t jobs_;
   const std::size_t max_errors_;
-  const std::size_t batch_rows_;
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::mutex reading_;  // the file, and the next two

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "fatal.h"
 
@@ -31,23 +32,28 @@ std::size_t count_lines(std::string_view text) {
 
 }  // namespace
 
-// Fields are views of two stretches of the reader's, which both move as they are.
+Batch::Batch(std::size_t width, std::size_t capacity)
+    : width_(width), capacity_(capacity), places_(width * column_places()), rows_(capacity) {}
+
+void Batch::clear() {
+  size_ = 0;
+  misfits_.clear();
+  altered_.clear();
+}
+
+// A column's offsets have one more, where its last field is known to end.
+void Batch::close(const char* end) {
+  span_ = static_cast<std::size_t>(end - base_);
+  for (std::size_t at = 0; at < places_.size(); at += column_places())
+    places_[at + size_] = static_cast<CS_INT>(span_);
+}
+
 void Batch::keep_bytes() {
-  if (fields_.empty() && misfits_.empty()) return;
-  bytes_.resize(span_.size() + unescaped_.size() + kSpecialSlack);
-  span_.copy(bytes_.data(), span_.size());
-  unescaped_.copy(bytes_.data() + span_.size(), unescaped_.size());
-  const auto move = [this](std::string_view& text) {
-    const char* const at = text.data();
-    const bool in_span = at >= span_.data() && at <= span_.data() + span_.size();
-    const std::size_t offset =
-        in_span ? static_cast<std::size_t>(at - span_.data())
-                : span_.size() + static_cast<std::size_t>(at - unescaped_.data());
-    text = {bytes_.data() + offset, text.size()};
-  };
-  for (Field& field : fields_) move(field.text);
-  for (Row& row : rows_) move(row.raw);
-  for (Misfit& row : misfits_) move(row.raw);
+  bytes_.resize(span_ + kSpecialSlack);
+  if (span_ != 0) std::memcpy(bytes_.data(), base_, span_);
+  for (Misfit& row : misfits_)
+    row.raw = {bytes_.data() + (row.raw.data() - base_), row.raw.size()};
+  base_ = bytes_.data();
 }
 
 CsvReader::CsvReader(Source& source, const Dialect& dialect)
@@ -61,59 +67,122 @@ CsvReader::CsvReader(Source& source, const Dialect& dialect)
 }
 
 std::vector<std::string> CsvReader::next_row() {
-  std::vector<Field> fields;
-  Scan scan = scan_row(fields);
-  while (scan == Scan::kNeedsMore && refill()) scan = scan_row(fields);
+  Scan scan = scan_row(fields_);
+  while (scan == Scan::kNeedsMore && refill()) scan = scan_row(fields_);
   if (scan == Scan::kBroken)
     throw Fatal(source_.name() + ":" + std::to_string(row_line_) + ": " + fault_);
   std::vector<std::string> row;
-  for (const Field& field : fields) row.emplace_back(field.text);
+  for (const Field& field : fields_) row.emplace_back(field.text);
+  for (const std::size_t at : escaped_) row[at].resize(unescape(row[at], row[at].data()).size());
   return row;
 }
 
-bool CsvReader::next(Batch& batch, std::size_t limit) {
-  batch.fields_.clear();
-  batch.rows_.clear();
-  batch.misfits_.clear();
-  unescaped_used_ = 0;
-  const char* const none = nullptr;
-  const char* first = none;
+void CsvReader::unread_row() {
+  begin_ = row_.data();
+  line_ = row_line_;
+  // What was skipped as blank lines were rows.
+  if (fields_.size() == 1) leading_blanks_ = std::exchange(blank_lines_, 0);
+}
+
+bool CsvReader::next(Batch& batch) {
+  batch.clear();
+  blank_is_row_ = batch.width_ == 1;
   for (;;) {
-    while (batch.size() < limit) {
-      const Scan scan = scan_row(batch.fields_);
-      if (scan == Scan::kNeedsMore) break;
-      if (first == none) first = row_.data();
-      const std::size_t complete = batch.size() * batch.width_;
-      const std::size_t width = batch.fields_.size() - complete;
-      if (scan == Scan::kRow && width == batch.width_) {
-        batch.rows_.push_back({row_line_, row_});
-      } else {
-        batch.misfits_.push_back({row_line_, row_, width, scan == Scan::kRow ? nullptr : fault_});
-        batch.fields_.resize(complete);
-      }
+    batch.base_ = begin_;
+    take_leading_blanks(batch);
+    while (batch.size_ < batch.capacity_) {
+      scan_plain_rows(batch);
+      if (batch.size_ < batch.capacity_ && scan_other_row(batch) == Scan::kNeedsMore) break;
     }
+    batch.close(begin_);
     // Reading on would move the fields.
-    if (first != none) {
-      batch.span_ = {first, begin_};
-      batch.unescaped_ = {unescaped_.data(), unescaped_used_};
-      return true;
-    }
+    if (batch.size_ != 0 || !batch.misfits_.empty()) return true;
     if (!refill()) return false;
   }
 }
 
+void CsvReader::take_leading_blanks(Batch& batch) {
+  for (; leading_blanks_ != 0 && batch.size_ < batch.capacity_; --leading_blanks_) {
+    batch.places_[batch.size_] = 0;
+    batch.places_[batch.size_ + batch.capacity_ + 1] = kNull;
+    batch.rows_[batch.size_++] = {line_ - leading_blanks_, 0, 0, nullptr};
+  }
+}
+
+void CsvReader::scan_plain_rows(Batch& batch) {
+  SpecialWalk walk(specials_, begin_, end_);
+  while (batch.size_ < batch.capacity_) {
+    const char* const next = scan_plain_row(batch, walk, begin_);
+    if (next == nullptr) return;
+    batch.size_++;
+    line_++;
+    begin_ = next;
+  }
+}
+
+// The row after the one at `row`; null when that is not simple.
+[[gnu::always_inline]] inline const char* CsvReader::scan_plain_row(Batch& batch, SpecialWalk& walk,
+                                                                    const char* row) const {
+  const std::size_t capacity = batch.capacity_;
+  CS_INT* place = batch.places_.data() + batch.size_;
+  const char* field = row;
+  for (std::size_t left = batch.width_;;) {
+    const char* const stop = walk.next();
+    if (stop >= end_ || left-- == 0) return nullptr;
+    const char mark = *stop;
+    if (mark == quote_ && quotes_) return nullptr;
+    const std::string_view text(field, stop);
+    const bool null = text.empty() || text == dialect_.null_word;
+    place[0] = static_cast<CS_INT>(field - batch.base_);
+    place[capacity + 1] = null ? kNull : static_cast<CS_INT>(text.size());
+    place += batch.column_places();
+    field = stop + 1;
+    if (mark == dialect_.delimiter) continue;
+    if (left != 0) return nullptr;
+    if (mark == '\r') {
+      if (field == end_) return nullptr;
+      if (*field == '\n') field = walk.next() + 1;
+    }
+    batch.rows_[batch.size_] = {line_, static_cast<std::size_t>(row - batch.base_),
+                                static_cast<std::size_t>(stop - row), nullptr};
+    return field;
+  }
+}
+
+CsvReader::Scan CsvReader::scan_other_row(Batch& batch) {
+  const Scan scan = scan_row(fields_);
+  if (scan == Scan::kNeedsMore) return scan;
+  if (scan == Scan::kBroken || fields_.size() != batch.width_) {
+    batch.misfits_.push_back(
+        {row_line_, row_, fields_.size(), scan == Scan::kRow ? nullptr : fault_});
+    return Scan::kBroken;
+  }
+  const std::string* altered = nullptr;
+  if (!escaped_.empty()) altered = &batch.altered_.emplace_back(row_);
+  for (const std::size_t at : escaped_) {
+    std::string_view& text = fields_[at].text;
+    text = unescape(text, buffer_.data() + (text.data() - buffer_.data()));
+  }
+  CS_INT* place = batch.places_.data() + batch.size_;
+  for (const Field& field : fields_) {
+    place[0] = static_cast<CS_INT>(field.text.data() - batch.base_);
+    place[batch.capacity_ + 1] = field.null ? kNull : static_cast<CS_INT>(field.text.size());
+    place += batch.column_places();
+  }
+  batch.rows_[batch.size_++] = {row_line_, static_cast<std::size_t>(row_.data() - batch.base_),
+                                row_.size(), altered};
+  return scan;
+}
+
 CsvReader::Scan CsvReader::scan_row(std::vector<Field>& fields) {
   if (!skip_blank_lines()) return Scan::kNeedsMore;
-  const std::size_t first = fields.size();
+  fields.clear();
   escaped_.clear();
   Cursor cursor{begin_, line_};
   while (!cursor.row_ended) {
     const Scan scan = scan_field(cursor, fields);
-    if (scan == Scan::kRow) continue;
-    fields.resize(first);
-    return scan;
+    if (scan != Scan::kRow) return scan;
   }
-  for (const std::size_t field : escaped_) unescape(fields[field]);
   row_ = {begin_, cursor.row_end};
   row_line_ = line_;
   begin_ = cursor.at;
@@ -122,7 +191,7 @@ CsvReader::Scan CsvReader::scan_row(std::vector<Field>& fields) {
 }
 
 bool CsvReader::skip_blank_lines() {
-  while (begin_ < end_ && is_line_end(*begin_)) {
+  while (!blank_is_row_ && begin_ < end_ && is_line_end(*begin_)) {
     if (!skip_line_end(begin_)) return false;
     ++line_;
     ++blank_lines_;
@@ -220,17 +289,14 @@ CsvReader::Scan CsvReader::break_row(const char* at, const char* fault) {
   return Scan::kBroken;
 }
 
-void CsvReader::unescape(Field& field) {
-  // The room holds whatever one buffer can.
-  if (unescaped_.size() < buffer_.size()) unescaped_.resize(buffer_.size());
-  char* const text = unescaped_.data() + unescaped_used_;
-  char* kept = text;
-  for (std::size_t at = 0; at < field.text.size(); ++at) {
-    *kept++ = field.text[at];
-    if (field.text[at] == quote_) ++at;
+// The text with each doubled quote once, at `room`, which may be where it is.
+std::string_view CsvReader::unescape(std::string_view text, char* room) const {
+  char* kept = room;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    *kept++ = text[at];
+    if (text[at] == quote_) ++at;
   }
-  field.text = {text, kept};
-  unescaped_used_ += field.text.size();
+  return {room, kept};
 }
 
 // Makes room after what is not read yet and fills it from the file; false at the file's end.

@@ -4,35 +4,63 @@
 // bounded by the longest row.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "comnlib.h"
 #include "dialect.h"
 #include "source.h"
 #include "special.h"
 
 namespace rowcopy {
 
+// The length of a null.
+constexpr CS_INT kNull = -1;
+
 struct Field {
   std::string_view text;
   bool null;  // not quoted, and empty or the dialect's word for null
 };
 
+// Texts of a column, as a column of conversions takes them.
+struct FieldColumn {
+  const char* text;       // the first one, or what the offsets belong to
+  const CS_INT* offsets;  // where each begins; null: `stride` bytes after the one before it
+  const CS_INT* lengths;  // of each, kNull for a null
+  std::size_t count;
+  std::size_t stride = 0;
+
+  const char* begin(std::size_t row) const {
+    return text + (offsets == nullptr ? row * stride : static_cast<std::size_t>(offsets[row]));
+  }
+  std::string_view operator[](std::size_t row) const {
+    return {begin(row), static_cast<std::size_t>(std::max(lengths[row], 0))};
+  }
+};
+
 // Rows of one width. A row's line is the one of the file on which it begins, from 1.
 class Batch {
  public:
-  explicit Batch(std::size_t width) : width_(width) {}
+  Batch(std::size_t width, std::size_t capacity);
 
-  std::size_t size() const { return rows_.size(); }
+  std::size_t size() const { return size_; }
   std::size_t width() const { return width_; }
-  // Of a column: its field in the first row; that of the next row is width() fields further on.
-  const Field* column(std::size_t at) const { return &fields_[at]; }
+  FieldColumn column(std::size_t at) const {
+    const CS_INT* const offsets = places_.data() + at * column_places();
+    return {base_, offsets, offsets + capacity_ + 1, size_};
+  }
   std::size_t line(std::size_t row) const { return rows_[row].line; }
   // The bytes of a row, without its line end.
-  std::string_view raw(std::size_t row) const { return rows_[row].raw; }
+  std::string_view raw(std::size_t row) const {
+    const Row& found = rows_[row];
+    if (found.altered != nullptr) return *found.altered;
+    return {base_ + found.begin, found.size};
+  }
 
   // Rows that are not among the others.
   struct Misfit {
@@ -50,16 +78,25 @@ class Batch {
   friend class CsvReader;
   struct Row {
     std::size_t line;
-    std::string_view raw;
+    std::size_t begin;  // after base_
+    std::size_t size;
+    const std::string* altered;  // the row as it was, where fields have lost doubled quotes; or null
   };
 
+  std::size_t column_places() const { return 2 * capacity_ + 1; }
+  void clear();
+  void close(const char* end);
+
   std::size_t width_;
-  std::vector<Field> fields_;
+  std::size_t capacity_;
+  std::size_t size_ = 0;
+  const char* base_ = nullptr;   // of all rows and misfits
+  std::size_t span_ = 0;         // their bytes
+  std::vector<CS_INT> places_;   // for each column its offsets, one more than rows, and its lengths
   std::vector<Row> rows_;
+  std::deque<std::string> altered_;
   std::vector<Misfit> misfits_;
-  std::string_view span_;       // of the reader's buffer, all rows and misfits
-  std::string_view unescaped_;  // of the reader's room for fields without doubled quotes
-  std::vector<char> bytes_;     // what keep_bytes() took
+  std::vector<char> bytes_;  // what keep_bytes() took
 };
 
 class CsvReader {
@@ -71,18 +108,16 @@ class CsvReader {
   std::vector<std::string> next_row();
 
   // Makes the row that next_row() gave the next one again.
-  void unread_row() {
-    begin_ = row_.data();
-    line_ = row_line_;
-  }
+  void unread_row();
 
-  // Replaces the batch by the next rows, at most `limit` of its width; false at the end, with only
+  // Replaces the batch by the next rows, as many as it has room for; false at the end, with only
   // misfits in it, if anything. Its fields hold until the next call, or as keep_bytes() says.
   // Throws Fatal with file and line for a line of more than 16 MiB.
-  bool next(Batch& batch, std::size_t limit);
+  bool next(Batch& batch);
 
   const Source& source() const { return source_; }
-  // Lines without a byte between rows; they are no rows.
+  // Lines without a byte between rows of several fields; they are no rows. In a file of one column
+  // they are rows whose field is null.
   std::size_t blank_lines() const { return blank_lines_; }
 
  private:
@@ -96,6 +131,12 @@ class CsvReader {
     const char* row_end = nullptr;  // before the line end
   };
 
+  // Takes rows as long as they are simple: without quotes, of the batch's width, and whole.
+  void scan_plain_rows(Batch& batch);
+  const char* scan_plain_row(Batch& batch, SpecialWalk& walk, const char* row) const;
+  Scan scan_other_row(Batch& batch);
+  void take_leading_blanks(Batch& batch);
+
   // kNeedsMore, with nothing taken: the buffer ends too early.
   Scan scan_row(std::vector<Field>& fields);
   Scan scan_field(Cursor& cursor, std::vector<Field>& fields);
@@ -106,9 +147,8 @@ class CsvReader {
   bool skip_line_end(const char*& at) const;
   bool skip_blank_lines();
 
-  void unescape(Field& field);
+  std::string_view unescape(std::string_view text, char* room) const;
   bool refill();
-  std::size_t offset(const char* at) const { return static_cast<std::size_t>(at - buffer_.data()); }
 
   Source& source_;
   const Dialect& dialect_;
@@ -116,18 +156,19 @@ class CsvReader {
   char quote_;
   Specials specials_;
   std::vector<char> buffer_;
-  std::vector<char> unescaped_;  // fields of the batch that held doubled quotes
-  std::size_t unescaped_used_ = 0;
   const char* begin_;  // of what is not read yet
   const char* end_;
   bool complete_ = false;      // nothing of the file is left after end_
   bool row_too_long_ = false;  // the row at begin_
   std::size_t line_ = 1;       // at begin_
+  bool blank_is_row_ = false;  // rows have one field
   std::size_t blank_lines_ = 0;
+  std::size_t leading_blanks_ = 0;  // rows that came before the first one that has a byte
   std::size_t row_line_ = 1;  // of the row read last, as what follows
   std::string_view row_;
   const char* fault_ = nullptr;
-  std::vector<std::size_t> escaped_;  // fields of the row being read that hold doubled quotes
+  std::vector<Field> fields_;         // of a row that is not simple
+  std::vector<std::size_t> escaped_;  // those of them that hold doubled quotes
 };
 
 }  // namespace rowcopy

@@ -6,7 +6,6 @@
 #include <optional>
 #include <span>
 
-#include "iso_date.h"
 
 namespace rowcopy {
 namespace {
@@ -162,24 +161,20 @@ Verdict compare_words(std::string_view text, const CS_DATEREC& rec) {
   return *day;
 }
 
-// The form of interchange files, of which the value's own text is an extension.
-std::optional<Verdict> compare_iso(std::string_view text, const IsoDate& iso) {
-  const std::string_view whole(iso.data(), iso.size());
-  if (text.size() < kIsoDay || !text.starts_with(whole.substr(0, kIsoDay))) return std::nullopt;
+}  // namespace
+
+std::optional<Verdict> compare_iso_date(std::string_view text, const IsoDate& value) {
+  const std::string_view whole(value.data(), value.size());
+  if ((text.size() != kIsoDay && text.size() != kIsoSeconds) ||
+      !text.starts_with(whole.substr(0, kIsoDay)))
+    return std::nullopt;
   const std::string_view rest = whole.substr(kIsoDay + 1);
   if (text.size() == kIsoDay)
     return rest == "00:00:00.000" ? std::optional(Verdict::kFilledIn) : std::nullopt;
-  if (text.size() != kIsoSeconds || (text[kIsoDay] != 'T' && text[kIsoDay] != ' ') ||
+  if ((text[kIsoDay] != 'T' && text[kIsoDay] != ' ') ||
       !rest.starts_with(text.substr(kIsoDay + 1)) || !rest.ends_with(".000"))
     return std::nullopt;
   return Verdict::kSame;
-}
-
-}  // namespace
-
-std::optional<Verdict> compare_iso_date(std::string_view text, const CS_DATETIME& value) {
-  if (text.size() != kIsoDay && text.size() != kIsoSeconds) return std::nullopt;
-  return compare_iso(text, iso_date(value));
 }
 
 Verdict compare_date(std::string_view text, const CS_DATETIME& value) {

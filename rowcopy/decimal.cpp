@@ -15,26 +15,32 @@ constexpr bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
+constexpr bool is_blank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 // Blanks and what only adorns a number. Signs are looked at on their own.
 constexpr bool is_adornment(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r') || c == '$' || c == '+';
+  return is_blank(c) || c == '$' || c == '+';
 }
+
+constexpr std::size_t kGroup = 3;  // digits between two commas
 
 // Whether a comma before the text groups digits: three follow it and no fourth. Any other comma may
 // be another country's decimal point.
 bool begins_group(std::string_view text) {
-  constexpr std::size_t kGroup = 3;
   return text.size() >= kGroup && std::ranges::all_of(text.substr(0, kGroup), is_digit) &&
          (text.size() == kGroup || !is_digit(text[kGroup]));
 }
 
-// The number behind an "e", as far as it matters.
-int read_exponent(std::string_view text) {
+// The number after an "e", as far as it matters. `rest` is what follows it.
+int read_exponent(std::string_view text, std::string_view& rest) {
   constexpr int kFar = 1'000'000;
   if (text.starts_with('+')) text.remove_prefix(1);
   int exponent = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), exponent);
   if (error == std::errc::result_out_of_range) exponent = text.starts_with('-') ? -kFar : kFar;
+  rest = {end, text.data() + text.size()};
   return std::clamp(exponent, -kFar, kFar);
 }
 
@@ -60,7 +66,7 @@ Digits read_digits(std::string_view text) {
     } else if (c == '-') {
       number.negative = true;
     } else if (c == 'e' || c == 'E') {
-      number.exponent += read_exponent(text.substr(at + 1));
+      number.exponent += read_exponent(text.substr(at + 1), text);
       break;
     }
   }
@@ -71,16 +77,46 @@ Digits read_digits(std::string_view text) {
   return number.digits.empty() ? Digits{} : number;
 }
 
-// False when the product is too large.
-bool scale(std::uint64_t& number, std::uint64_t base, int power) {
-  while (power-- > 0)
-    if (__builtin_mul_overflow(number, base, &number)) return false;
-  return true;
+template <std::uint64_t kBase>
+constexpr auto kPowersOf = [] {
+  std::array<std::uint64_t, kBase == 10 ? 20 : 28> powers{1};  // those that fit
+  for (std::size_t at = 1; at < powers.size(); ++at) powers[at] = powers[at - 1] * kBase;
+  return powers;
+}();
+
+// Multiplies a number, not zero, by a power of 10 or 5; false when the product is too large.
+template <std::uint64_t kBase>
+bool scale(std::uint64_t& number, int power) {
+  if (power <= 0) return true;
+  const auto& powers = kPowersOf<kBase>;
+  return static_cast<std::size_t>(power) < powers.size() &&
+         !__builtin_mul_overflow(number, powers[static_cast<std::size_t>(power)], &number);
 }
 
-}  // namespace
-
-namespace {
+template <class Magnitude>
+bool read_plain_as(std::string_view text, Decimal& number) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  number = {};
+  number.negative = *at == '-';
+  if (number.negative) ++at;
+  const char* point = nullptr;
+  Magnitude magnitude = 0;
+  for (; at != end; ++at) {
+    const auto digit = static_cast<unsigned char>(*at - '0');
+    if (digit < 10) {
+      magnitude = magnitude * 10 + digit;
+    } else if (*at == '.' && point == nullptr) {
+      point = at;
+    } else {
+      return false;
+    }
+  }
+  number.magnitude = magnitude;
+  if (point != nullptr) number.exponent = static_cast<int>(point + 1 - end);
+  number.has_digits = is_digit(end[-1]);  // "5." is left to the other reader
+  return number.has_digits;
+}
 
 // `Magnitude` holds whatever the text's digits say, or is the widest there is.
 template <class Magnitude>
@@ -89,10 +125,12 @@ Decimal read_as(std::string_view text) {
   Decimal number;
   Magnitude magnitude = 0;
   bool after_point = false;
+  std::size_t group = 0;  // digits since the last comma
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char c = text[at];
     if (is_digit(c)) {
       number.has_digits = true;
+      ++group;
       number.wide |= magnitude > kMost;
       magnitude = magnitude * 10 + static_cast<unsigned>(c - '0');
       number.exponent -= after_point ? 1 : 0;
@@ -101,9 +139,12 @@ Decimal read_as(std::string_view text) {
     } else if (c == '-') {
       number.negative = true;
     } else if (c == ',') {
-      number.foreign |= after_point || !number.has_digits || !begins_group(text.substr(at + 1));
+      number.foreign |=
+          after_point || group == 0 || group > kGroup || !begins_group(text.substr(at + 1));
+      group = 0;
     } else if ((c == 'e' || c == 'E') && number.has_digits) {
-      number.exponent += read_exponent(text.substr(at + 1));
+      number.exponent += read_exponent(text.substr(at + 1), text);
+      number.foreign |= !std::ranges::all_of(text, is_blank);
       break;
     } else if (!is_adornment(c)) {
       number.foreign = true;
@@ -115,6 +156,13 @@ Decimal read_as(std::string_view text) {
 
 }  // namespace
 
+bool read_plain_decimal(std::string_view text, Decimal& number) {
+  if (text.empty() || text.size() >= std::numeric_limits<std::uint64_t>::digits10) return false;
+  return text.size() <= std::numeric_limits<std::uint32_t>::digits10
+             ? read_plain_as<std::uint32_t>(text, number)
+             : read_plain_as<std::uint64_t>(text, number);
+}
+
 Decimal read_decimal(std::string_view text) {
   return text.size() < std::numeric_limits<std::uint32_t>::digits10 ? read_as<std::uint32_t>(text)
                                                                     : read_as<std::uint64_t>(text);
@@ -123,10 +171,11 @@ Decimal read_decimal(std::string_view text) {
 bool same_number(const Decimal& a, const Decimal& b) {
   if (a.magnitude == 0 || b.magnitude == 0) return a.magnitude == b.magnitude;
   if (a.negative != b.negative) return false;
+  if (a.exponent == b.exponent) return a.magnitude == b.magnitude;
   const bool a_is_coarser = a.exponent >= b.exponent;
   std::uint64_t coarser = a_is_coarser ? a.magnitude : b.magnitude;
   const std::uint64_t finer = a_is_coarser ? b.magnitude : a.magnitude;
-  return scale(coarser, 10, a_is_coarser ? a.exponent - b.exponent : b.exponent - a.exponent) &&
+  return scale<10>(coarser, a_is_coarser ? a.exponent - b.exponent : b.exponent - a.exponent) &&
          coarser == finer;
 }
 
@@ -163,7 +212,7 @@ bool is_binary(const Decimal& number, int digits) {
     odd /= 5;
   }
   odd >>= std::countr_zero(odd);
-  return scale(odd, 5, number.exponent) && std::bit_width(odd) <= static_cast<unsigned>(digits);
+  return scale<5>(odd, number.exponent) && std::bit_width(odd) <= static_cast<unsigned>(digits);
 }
 
 }  // namespace rowcopy

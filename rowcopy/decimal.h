@@ -17,6 +17,10 @@ struct Decimal {
   bool foreign = false;  // characters that belong to no decimal number
 };
 
+// The number of a text of a sign, digits and a point, at most 18 characters; false, with `number`
+// unspecified, for every other text.
+bool read_plain_decimal(std::string_view text, Decimal& number);
+
 // Blanks, currency and grouping signs do not matter.
 Decimal read_decimal(std::string_view text);
 

@@ -8,7 +8,7 @@
 
 #include "date_words.h"
 #include "decimal.h"
-#include "iso_date.h"
+#include "special.h"
 
 namespace rowcopy {
 namespace {
@@ -43,26 +43,44 @@ Decimal numeric(const CS_NUMERIC& value) {
   return decimal;
 }
 
-Decimal stored_number(CS_INT code, const char* value) {
+// The stored number of an exact type.
+template <CS_INT kCode>
+Decimal stored_number(const char* value) {
   constexpr int kMoneyScale = -4;
+  if constexpr (kCode == CS_TINYINT_TYPE || kCode == CS_BIT_TYPE) {
+    return whole(load<CS_TINYINT>(value), 0);
+  } else if constexpr (kCode == CS_SMALLINT_TYPE) {
+    return whole(load<CS_SMALLINT>(value), 0);
+  } else if constexpr (kCode == CS_INT_TYPE) {
+    return whole(load<CS_INT>(value), 0);
+  } else if constexpr (kCode == CS_MONEY_TYPE) {
+    const auto money = load<CS_MONEY>(value);
+    return whole(static_cast<std::int64_t>(money.mnyhigh) * (std::int64_t{1} << 32) + money.mnylow,
+                 kMoneyScale);
+  } else if constexpr (kCode == CS_MONEY4_TYPE) {
+    return whole(load<CS_MONEY4>(value).mny4, kMoneyScale);
+  } else {
+    return numeric(load<CS_NUMERIC>(value));
+  }
+}
+
+// Calls `call` with the code of an exact type as a constant.
+template <class Call>
+auto with_exact_code(CS_INT code, Call call) {
   switch (code) {
     case CS_TINYINT_TYPE:
     case CS_BIT_TYPE:
-      return whole(load<CS_TINYINT>(value), 0);
+      return call.template operator()<CS_TINYINT_TYPE>();
     case CS_SMALLINT_TYPE:
-      return whole(load<CS_SMALLINT>(value), 0);
+      return call.template operator()<CS_SMALLINT_TYPE>();
     case CS_INT_TYPE:
-      return whole(load<CS_INT>(value), 0);
-    case CS_MONEY_TYPE: {
-      const auto money = load<CS_MONEY>(value);
-      return whole(
-          static_cast<std::int64_t>(money.mnyhigh) * (std::int64_t{1} << 32) + money.mnylow,
-          kMoneyScale);
-    }
+      return call.template operator()<CS_INT_TYPE>();
+    case CS_MONEY_TYPE:
+      return call.template operator()<CS_MONEY_TYPE>();
     case CS_MONEY4_TYPE:
-      return whole(load<CS_MONEY4>(value).mny4, kMoneyScale);
+      return call.template operator()<CS_MONEY4_TYPE>();
     default:
-      return numeric(load<CS_NUMERIC>(value));
+      return call.template operator()<CS_NUMERIC_TYPE>();
   }
 }
 
@@ -139,44 +157,114 @@ Fidelity::Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales)
                   text_format(CS_UNICHAR_TYPE, locales.from)),
       back_(context, format_of(type, locales.to), text_format(CS_CHAR_TYPE, locales.from)) {}
 
-Verdict Fidelity::compare_any(const Field& field, const char* value, CS_INT length) {
-  switch (type_.kind) {
-    case Kind::kText:
-      return compare_text(field.text, value, length);
-    case Kind::kBinary:
-      return same_bytes(bare_digits(plain(field.text)), data_of(type_.code, value, length))
-                 ? Verdict::kSame
-                 : Verdict::kChanged;
-    case Kind::kDate: {
-      const CS_DATETIME date = widen_date(type_.code, value);
-      const auto verdict = compare_iso_date(field.text, date);
-      return verdict ? *verdict : compare_date(plain(field.text), date);
+std::size_t Fidelity::compare(const FieldColumn& fields, Values values, const Results& results,
+                              std::vector<Verdict>& verdicts) {
+  const auto each = [&](auto compare_one) {
+    std::size_t unlike = 0;
+    const char* value = values.first;
+    for (std::size_t row = 0; row < fields.count; ++row, value += values.stride) {
+      const CS_INT length = fields.lengths[row];
+      Verdict verdict = Verdict::kSame;
+      if (length >= 0 && results.codes[row] == CS_SUCCEED)
+        verdict = compare_one(
+            std::string_view(fields.text + fields.offsets[row], static_cast<std::size_t>(length)),
+            value, results.lengths[row], row);
+      verdicts[row] = verdict;
+      unlike += verdict == Verdict::kSame ? 0 : 1;
     }
+    return unlike;
+  };
+  if (is_plain_text_)
+    return each([this](std::string_view field, const char* value, CS_INT length, std::size_t) {
+      return compare_plain_text(field, value, length);
+    });
+  switch (type_.kind) {
+    case Kind::kInteger:
+    case Kind::kBit:
+    case Kind::kNumeric:
+    case Kind::kMoney:
+      return with_exact_code(type_.code, [&]<CS_INT kCode>() {
+        return each([this](std::string_view field, const char* value, CS_INT length, std::size_t) {
+          return compare_exact<kCode>(field, value, length);
+        });
+      });
+    case Kind::kDate:
+      iso_dates_.resize(verdicts.size());
+      return each([this](std::string_view field, const char* value, CS_INT, std::size_t row) {
+        return compare_dates(field, value, iso_dates_[row]);
+      });
     default:
-      return compare_number(field.text, value, length);
+      return each([this](std::string_view field, const char* value, CS_INT length, std::size_t) {
+        return compare(field, value, length);
+      });
   }
 }
 
-Verdict Fidelity::compare_number(std::string_view text, const char* value, CS_INT length) {
+Verdict Fidelity::compare(std::string_view field, const char* value, CS_INT length) {
+  IsoDate date;
+  switch (type_.kind) {
+    case Kind::kText:
+      return compare_text(field, value, length);
+    case Kind::kBinary:
+      return same_bytes(bare_digits(plain(field)), data_of(type_.code, value, length))
+                 ? Verdict::kSame
+                 : Verdict::kChanged;
+    case Kind::kDate:
+      return compare_dates(field, value, date);
+    case Kind::kFloat:
+      return compare_float(field, value);
+    default:
+      return with_exact_code(type_.code, [&]<CS_INT kCode>() {
+        return compare_exact<kCode>(field, value, length);
+      });
+  }
+}
+
+// The bytes of the field, without more.
+[[gnu::always_inline]] inline Verdict Fidelity::compare_plain_text(std::string_view field,
+                                                                   const char* value,
+                                                                   CS_INT length) const {
+  const bool same = static_cast<std::size_t>(length) == field.size() &&
+                    same_bytes(value, field.data(), field.size());
+  return same ? Verdict::kSame : Verdict::kChanged;
+}
+
+Verdict Fidelity::compare_dates(std::string_view field, const char* value, IsoDate& text) {
+  const CS_DATETIME date = widen_date(type_.code, value);
+  text = iso_date(date);
+  const auto verdict = compare_iso_date(field, text);
+  return verdict ? *verdict : compare_date(plain(field), date);
+}
+
+Verdict Fidelity::compare_float(std::string_view text, const char* value) {
   Decimal said = read_decimal(text);
   if (said.foreign) {
     text = plain(text);
     said = read_decimal(text);
   }
-  if (type_.kind == Kind::kFloat) {
-    const bool narrow = type_.code == CS_REAL_TYPE;
-    const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
-    if (!std::isfinite(stored))
-      return text.find('\0') == text.npos ? Verdict::kSame : Verdict::kChanged;
-    if (said.foreign || !is_near(said, text, stored, narrow ? 1e-6 : 1e-14))
-      return Verdict::kChanged;
-    const bool exact =
-        said.wide ? same_digits(text, all_digits(stored)) : is_binary(said, narrow ? 24 : 53);
-    return exact ? Verdict::kSame : Verdict::kInexact;
+  const bool narrow = type_.code == CS_REAL_TYPE;
+  const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
+  if (!std::isfinite(stored))
+    return text.find('\0') == text.npos ? Verdict::kSame : Verdict::kChanged;
+  if (said.foreign || !is_near(said, text, stored, narrow ? 1e-6 : 1e-14)) return Verdict::kChanged;
+  const bool exact =
+      said.wide ? same_digits(text, all_digits(stored)) : is_binary(said, narrow ? 24 : 53);
+  return exact ? Verdict::kSame : Verdict::kInexact;
+}
+
+template <CS_INT kCode>
+Verdict Fidelity::compare_exact(std::string_view text, const char* value, CS_INT length) {
+  const Decimal stored = stored_number<kCode>(value);
+  Decimal said;
+  if (!read_plain_decimal(text, said)) {
+    said = read_decimal(text);
+    if (said.foreign) {
+      text = plain(text);
+      said = read_decimal(text);
+    }
+    if (!said.has_digits) return Verdict::kNoValue;
+    if (said.foreign) return Verdict::kChanged;
   }
-  if (!said.has_digits) return Verdict::kNoValue;
-  if (said.foreign) return Verdict::kChanged;
-  const Decimal stored = stored_number(type_.code, value);
   const bool same = said.wide || stored.wide ? same_digits(text, text_of(value, length))
                                              : same_number(said, stored);
   return same ? Verdict::kSame : Verdict::kChanged;

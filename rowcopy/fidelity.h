@@ -8,6 +8,7 @@
 
 #include "conversion.h"
 #include "csv_reader.h"
+#include "iso_date.h"
 
 namespace rowcopy {
 
@@ -28,17 +29,23 @@ class Fidelity {
  public:
   Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales);
 
-  // `field` is not null; `value` is what became of it, with `length` bytes.
-  Verdict compare(const Field& field, const char* value, CS_INT length) {
-    if (!is_plain_text_) return compare_any(field, value, length);
-    return std::string_view(value, static_cast<std::size_t>(length)) == field.text
-               ? Verdict::kSame
-               : Verdict::kChanged;
-  }
+  // Compares the values of a column with the fields that they came from. Nulls and values with
+  // another code than CS_SUCCEED count as the same. Returns the number of the other verdicts.
+  std::size_t compare(const FieldColumn& fields, Values values, const Results& results,
+                      std::vector<Verdict>& verdicts);
+
+  // `value` is what became of a field, with `length` bytes.
+  Verdict compare(std::string_view field, const char* value, CS_INT length);
+
+  // Of a column of dates that were compared, the text of each.
+  const std::vector<IsoDate>& iso_dates() const { return iso_dates_; }
 
  private:
-  Verdict compare_any(const Field& field, const char* value, CS_INT length);
-  Verdict compare_number(std::string_view text, const char* value, CS_INT length);
+  Verdict compare_plain_text(std::string_view field, const char* value, CS_INT length) const;
+  template <CS_INT kCode>
+  Verdict compare_exact(std::string_view field, const char* value, CS_INT length);
+  Verdict compare_dates(std::string_view field, const char* value, IsoDate& text);
+  Verdict compare_float(std::string_view text, const char* value);
   Verdict compare_text(std::string_view text, const char* value, CS_INT length);
   std::string text_of(const char* value, CS_INT length);
   std::string_view plain(std::string_view text);
@@ -48,6 +55,7 @@ class Fidelity {
   bool is_plain_text_;     // the bytes of the field, without more
   Conversion to_unicode_;  // of a field
   Conversion back_;        // of a value, to text in the character set of the field
+  std::vector<IsoDate> iso_dates_;
   std::vector<CS_UNICHAR> units_;
   std::string plain_;
   std::vector<char> text_;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "layout.h"
+#include "special.h"
 
 namespace rowcopy {
 
@@ -37,9 +38,8 @@ class RecordLayout {
 class Records {
  public:
   Records(const RecordLayout& layout, std::size_t capacity)
-      : layout_(layout), bytes_(layout.size() * capacity) {}
+      : layout_(layout), bytes_(layout.size() * capacity + kSpecialSlack) {}
 
-  std::size_t capacity() const { return bytes_.size() / layout_.size(); }
   std::size_t size() const { return size_; }
 
   // Makes this `size` zero-filled records.
@@ -54,14 +54,6 @@ class Records {
   // Of a column: its value in the first record; that of the next record is layout.size() bytes
   // further on. The value's length precedes it.
   char* column(std::size_t at) { return &bytes_[layout_.offset(at)] + sizeof(CS_INT); }
-  static CS_INT length(const char* value) {
-    CS_INT length = 0;
-    std::memcpy(&length, value - sizeof length, sizeof length);
-    return length;
-  }
-  static void set_length(char* value, CS_INT length) {
-    std::memcpy(value - sizeof length, &length, sizeof length);
-  }
 
  private:
   const RecordLayout& layout_;

@@ -101,6 +101,7 @@ void print_speed(const Report& report, std::ostream& out) {
 }  // namespace
 
 void CodeCounts::add(CS_RETCODE code, std::size_t count) {
+  if (count == 0) return;
   for (auto& [known, sum] : counts_) {
     if (known != code) continue;
     sum += count;

@@ -15,14 +15,6 @@ namespace rowcopy {
 
 class CodeCounts {
  public:
-  void add(CS_RETCODE code) {
-    // Nearly always the code that came up first.
-    if (!counts_.empty() && counts_.front().first == code) {
-      ++counts_.front().second;
-    } else {
-      add(code, 1);
-    }
-  }
   void add(CS_RETCODE code, std::size_t count);
   void clear() { counts_.clear(); }
   // In the order in which the codes came up first.

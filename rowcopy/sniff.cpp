@@ -15,7 +15,7 @@ namespace rowcopy {
 namespace {
 
 constexpr std::size_t kRows = 10'000;
-constexpr std::size_t kBatchRows = 256;
+constexpr std::size_t kBatchRows = 250;
 constexpr std::array<std::string_view, 6> kNullWords = {"NA", "N/A", "NULL", "null", "\\N", "-"};
 
 constexpr bool is_digit(char c) {
@@ -52,18 +52,20 @@ Digits count_digits(std::string_view text) {
 class Candidate {
  public:
   Candidate(CS_CONTEXT* context, const char* type, Locales locales)
-      : name_(type), column_(make_column(type)), converter_(context, column_, locales, {}) {
-    room_.resize(static_cast<std::size_t>(column_.type.size));
-  }
+      : name_(type),
+        column_(make_column(type)),
+        converter_(context, column_, locales, {}, kBatchRows),
+        size_(sizeof(CS_INT) + static_cast<std::size_t>(column_.type.size)),
+        room_(size_ * kBatchRows + kSpecialSlack) {}
 
   const char* name() const { return name_; }
   bool holds() const { return holds_; }
 
-  void try_on(const Field& field) {
+  void try_on(const FieldColumn& fields) {
     if (!holds_) return;
-    CS_INT length = 0;
-    const auto [code, verdict] = converter_.to_record(field, room_.data(), length);
-    holds_ = code == CS_SUCCEED && is_kept(verdict);
+    converter_.to_record(fields, {room_.data() + sizeof(CS_INT), size_});
+    holds_ = converter_.faults() == 0;
+    for (std::size_t row = 0; row < fields.count; ++row) holds_ &= is_kept(converter_.verdict(row));
   }
 
  private:
@@ -76,6 +78,7 @@ class Candidate {
   const char* name_;
   Column column_;
   ColumnConverter converter_;
+  std::size_t size_;  // of a value and its length
   std::vector<char> room_;
   bool holds_ = true;
 };
@@ -92,28 +95,13 @@ class Guess {
         date_(context, "datetime", locales),
         real_(context, "float", locales) {}
 
-  void add(const Field& field) {
-    if (field.null) return;
-    longest_ = std::max(longest_, size_in_record(field.text));
-    if (std::ranges::find(kNullWords, field.text) != kNullWords.end()) {
-      null_words_.insert(std::string(field.text));
-      return;
-    }
-    any_ = true;
-    const std::string_view text = trim(field.text);
-    const Digits digits = count_digits(text);
-    before_ = std::max(before_, digits.before);
-    after_ = std::max(after_, digits.after);
-    decimal_ &= digits.number;
-    // A date has more than digits, and more than a time of day.
-    dated_ &=
-        text.size() >= 6 && std::ranges::count_if(text, is_digit) >= 3 &&
-        !std::ranges::all_of(text, [](char c) { return is_digit(c) || c == ':' || c == '.'; });
-    scientific_ |= text.find_first_of("eEnN") != text.npos;
-    adorned_ |= text.find_first_of("$,") != text.npos;
-    for (Candidate* candidate : {&integer_, &money_, &date_, &real_}) candidate->try_on(field);
+  void add(FieldColumn fields) {
+    lengths_.assign(fields.lengths, fields.lengths + fields.count);
+    fields.lengths = lengths_.data();
+    for (std::size_t row = 0; row < fields.count; ++row)
+      if (lengths_[row] != kNull && !add(fields[row])) lengths_[row] = kNull;
+    for (Candidate* candidate : {&integer_, &money_, &date_, &real_}) candidate->try_on(fields);
   }
-
   // `complete`: every row of the file was seen.
   std::string type(bool complete) const {
     if (null_words_.empty())
@@ -130,6 +118,28 @@ class Guess {
 
  private:
   static constexpr std::size_t kLongest = 1'000'000;  // bytes of a char(n)
+
+  // False for a word that may mean null.
+  bool add(std::string_view field) {
+    longest_ = std::max(longest_, size_in_record(field));
+    if (std::ranges::find(kNullWords, field) != kNullWords.end()) {
+      null_words_.insert(std::string(field));
+      return false;
+    }
+    any_ = true;
+    const std::string_view text = trim(field);
+    const Digits digits = count_digits(text);
+    before_ = std::max(before_, digits.before);
+    after_ = std::max(after_, digits.after);
+    decimal_ &= digits.number;
+    // A date has more than digits, and more than a time of day.
+    dated_ &=
+        text.size() >= 6 && std::ranges::count_if(text, is_digit) >= 3 &&
+        !std::ranges::all_of(text, [](char c) { return is_digit(c) || c == ':' || c == '.'; });
+    scientific_ |= text.find_first_of("eEnN") != text.npos;
+    adorned_ |= text.find_first_of("$,") != text.npos;
+    return true;
+  }
 
   // In the character set of the records.
   std::size_t size_in_record(std::string_view text) {
@@ -162,6 +172,7 @@ class Guess {
   Conversion recode_;
   bool recodes_;
   std::vector<char> recoded_;
+  std::vector<CS_INT> lengths_;  // of a batch's fields, where those that may mean null do
   Candidate integer_;
   Candidate money_;
   Candidate date_;
@@ -228,16 +239,14 @@ std::string propose_layout(CS_CONTEXT* context, const Job& job, Locales locales,
 
   std::vector<Guess> guesses;
   for (std::size_t at = 0; at < first_row.size(); ++at) guesses.emplace_back(context, locales);
-  Batch rows(first_row.size());
+  Batch rows(first_row.size(), kBatchRows);
   std::size_t seen = 0;
   bool complete = false;
   while (seen < kRows) {
-    complete = !csv.next(rows, std::min(kBatchRows, kRows - seen));
+    complete = !csv.next(rows);
     if (complete) break;
     seen += rows.size();
-    for (std::size_t at = 0; at < guesses.size() && rows.size() != 0; ++at)
-      for (std::size_t row = 0; row < rows.size(); ++row)
-        guesses[at].add(rows.column(at)[row * rows.width()]);
+    for (std::size_t at = 0; at < guesses.size(); ++at) guesses[at].add(rows.column(at));
   }
 
   std::string text = "; Proposed from " + std::to_string(seen) + " rows of " + source.name() +
