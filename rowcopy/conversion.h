@@ -1,5 +1,5 @@
-// Entries of the context's conversion matrix with formats that are made once: for single values, and
-// for columns of them.
+// Entries of the context's conversion matrix with formats that are made once: for single values,
+// and for columns of them.
 #pragma once
 
 #include <cstddef>
@@ -92,9 +92,13 @@ class ColumnConversion {
  private:
   std::size_t convert(const CsColumnSource& source, std::size_t count, Values to,
                       Results& results) const {
-    const CsColumnDest destination{&target_,  to.first, static_cast<CS_INT>(to.stride),
-                                   nullptr,   results.lengths.data(),
-                                   nullptr,   COMN_NULLS_AS_NULLS};
+    const CsColumnDest destination{&target_,
+                                   to.first,
+                                   static_cast<CS_INT>(to.stride),
+                                   nullptr,
+                                   results.lengths.data(),
+                                   nullptr,
+                                   COMN_NULLS_AS_NULLS};
     CS_INT faults = 0;
     comn_conv_column(context_, &source, &destination, static_cast<CS_INT>(count),
                      results.codes.data(), &faults);

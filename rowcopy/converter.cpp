@@ -48,6 +48,14 @@ std::vector<char> room_for(const Datatype& type, std::size_t rows) {
   return std::vector<char>(static_cast<std::size_t>(type.size) * rows + kSpecialSlack);
 }
 
+// The bytes of a stored value that count: those after a varying value's own length do not.
+std::size_t used_bytes(const Datatype& type, const char* value, CS_INT length) {
+  if (!is_varying(type.code)) return static_cast<std::size_t>(length);
+  CS_SMALLINT count = 0;
+  std::memcpy(&count, value, sizeof count);
+  return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
+}
+
 }  // namespace
 
 TextReader::TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as,
@@ -76,9 +84,8 @@ std::size_t TextReader::read(const FieldColumn& fields, Values to, Results& resu
   const Values between = intermediates();
   read_text(fields, between, first_);
   for (std::size_t row = 0; row < fields.count; ++row)
-    going_on_[row] = first_.codes[row] == CS_SUCCEED && first_.lengths[row] > 0
-                         ? first_.lengths[row]
-                         : kNull;
+    going_on_[row] =
+        first_.codes[row] == CS_SUCCEED && first_.lengths[row] > 0 ? first_.lengths[row] : kNull;
   go_on_(between, going_on_.data(), fields.count, to, results);
   std::size_t faults = 0;
   for (std::size_t row = 0; row < fields.count; ++row) {
@@ -185,7 +192,9 @@ Verdict ColumnConverter::compare_onward(std::string_view field, std::size_t row,
 
 bool ColumnConverter::leads_back(std::string_view field, std::size_t row, const char* value) {
   const CS_INT length = values_.lengths[row];
-  if (length == 0) return reader_.intermediate_length(row) == 0;
+  if (length == 0)
+    return used_bytes(read_as_, reader_.intermediate(row), reader_.intermediate_length(row)) ==
+           (is_varying(read_as_.code) ? sizeof(CS_SMALLINT) : 0);
   CS_INT back_length = 0;
   CS_RETCODE code = CS_FAIL;
   if (back_) {
@@ -227,8 +236,8 @@ void ColumnConverter::write_dates(std::size_t count, Values values, Values rooms
     texts_.codes[row] = CS_SUCCEED;
     texts_.lengths[row] = kNull;
     if (sources_[row] == kNull) continue;
-    const IsoDate text = onward_ ? iso_date(widen_date(type_.code, values[row]))
-                                 : fidelity_.iso_dates()[row];
+    const IsoDate text =
+        onward_ ? iso_date(widen_date(type_.code, values[row])) : fidelity_.iso_dates()[row];
     std::memcpy(rooms[row], text.data(), text.size());
     texts_.lengths[row] = text.size();
   }
@@ -260,10 +269,9 @@ void ColumnConverter::read_again(const FieldColumn& fields, Values values, Value
   for (std::size_t row = 0; row < fields.count; ++row) {
     const CS_INT length = texts_.codes[row] == CS_SUCCEED ? texts_.lengths[row] : kNull;
     // The very text that was read reads as what it was read as.
-    const bool read = length == kNull ||
-                      (field_will_do && length == fields.lengths[row] &&
-                       same_bytes(rooms[row], fields.text + fields.offsets[row],
-                                  static_cast<std::size_t>(length)));
+    const bool read = length == kNull || (field_will_do && length == fields.lengths[row] &&
+                                          same_bytes(rooms[row], fields.text + fields.offsets[row],
+                                                     static_cast<std::size_t>(length)));
     again_.codes[row] = CS_SUCCEED;
     sources_[row] = read ? kNull : length;
     left += read ? 0 : 1;
@@ -276,17 +284,11 @@ void ColumnConverter::read_again(const FieldColumn& fields, Values values, Value
     const CS_INT length = values_.lengths[row];
     if (sources_[row] == kNull) continue;
     if (again_.codes[row] == CS_SUCCEED &&
-        (again_.lengths[row] != length || std::memcmp(again[row], values[row], used_bytes(values[row], length)) != 0))
+        (again_.lengths[row] != length ||
+         std::memcmp(again[row], values[row], used_bytes(type_, values[row], length)) != 0))
       again_.codes[row] = CS_FAIL;
     strays_ += again_.codes[row] == CS_SUCCEED ? 0 : 1;
   }
-}
-
-std::size_t ColumnConverter::used_bytes(const char* value, CS_INT length) const {
-  if (!is_varying(type_.code)) return static_cast<std::size_t>(length);
-  CS_SMALLINT count = 0;
-  std::memcpy(&count, value, sizeof count);
-  return std::min(sizeof count + static_cast<CS_USHORT>(count), static_cast<std::size_t>(length));
 }
 
 std::string ColumnConverter::text_of(const char* value, CS_INT length) {

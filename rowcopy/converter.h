@@ -82,8 +82,6 @@ class ColumnConverter {
   std::string text_of(const char* value, CS_INT length);
 
  private:
-  // The bytes of a stored value that count: those after a varying value's own length do not.
-  std::size_t used_bytes(const char* value, CS_INT length) const;
   void put_lengths(Values values, std::size_t count);
   std::size_t compare(const FieldColumn& fields, Values values);
   Verdict compare_onward(std::string_view field, std::size_t row, const char* value);
@@ -104,8 +102,8 @@ class ColumnConverter {
   Fidelity fidelity_;
   ColumnConversion to_text_;
   Conversion single_text_;
-  Conversion back_;       // to what the text was read as
-  Conversion text_back_;  // the same from the value's text
+  Conversion back_;         // to what the text was read as
+  Conversion text_back_;    // the same from the value's text
   std::vector<char> null_;  // the value of a null
   Results values_;
   std::vector<Verdict> verdicts_;

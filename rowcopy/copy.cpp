@@ -206,9 +206,7 @@ class Worker {
   }
 
   FieldColumn fields_of(std::size_t column) const { return rows.column(plan_.positions[column]); }
-  Values values_of(std::size_t column) {
-    return {records_.column(column), plan_.records.size()};
-  }
+  Values values_of(std::size_t column) { return {records_.column(column), plan_.records.size()}; }
 
   void convert_column(std::size_t column) {
     ColumnReport& report = report_.columns[column];
@@ -236,7 +234,7 @@ class Worker {
     if (code != CS_SUCCEED) {
       name = code_name(code);
       reason = field.empty() && code == CS_CVT_SYNTAX ? "the type has no empty value"
-                                                           : code_reason(code);
+                                                      : code_reason(code);
     } else if (verdict == Verdict::kFilledIn) {
       ++report.filled_in;
       return;

@@ -32,6 +32,66 @@ std::size_t count_lines(std::string_view text) {
 
 }  // namespace
 
+// What reading simple rows takes, where no store of a field can change it.
+class CsvReader::PlainRows {
+ public:
+  PlainRows(const CsvReader& reader, Batch& batch)
+      : walk_(reader.specials_, reader.begin_, reader.end_),
+        end_(reader.end_),
+        base_(batch.base_),
+        places_(batch.places_.data()),
+        width_(batch.width_),
+        capacity_(batch.capacity_),
+        null_word_(reader.dialect_.null_word),
+        delimiter_(reader.dialect_.delimiter),
+        quotes_(reader.quotes_),
+        quote_(reader.quote_) {}
+
+  // Stores the fields of a row and its place; what follows it, or null when it is not simple.
+  [[gnu::always_inline]] const char* scan(const char* row, Batch::Row& found, std::size_t number) {
+    CS_INT* place = places_ + number;
+    const char* field = row;
+    for (std::size_t left = width_;;) {
+      const char* const stop = walk_.next();
+      if (stop >= end_ || left-- == 0) return nullptr;
+      const char mark = *stop;
+      if (mark == quote_ && quotes_) return nullptr;
+      const auto size = static_cast<CS_INT>(stop - field);
+      place[0] = static_cast<CS_INT>(field - base_);
+      place[capacity_ + 1] = is_null(field, size) ? kNull : size;
+      place += 2 * capacity_ + 1;
+      field = stop + 1;
+      if (mark == delimiter_) continue;
+      if (left != 0) return nullptr;
+      if (mark == '\r') {
+        if (field == end_) return nullptr;
+        if (*field == '\n') field = walk_.next() + 1;
+      }
+      found.begin = static_cast<std::size_t>(row - base_);
+      found.size = static_cast<std::size_t>(stop - row);
+      found.altered = nullptr;
+      return field;
+    }
+  }
+
+ private:
+  bool is_null(const char* field, CS_INT size) const {
+    return size == 0 || (static_cast<std::size_t>(size) == null_word_.size() &&
+                         null_word_ == std::string_view(field, null_word_.size()));
+  }
+
+  SpecialWalk walk_;
+  const char* const end_;
+  const char* const base_;
+  CS_INT* const places_;
+  const std::size_t width_;
+  const std::size_t capacity_;
+  const std::string_view null_word_;
+  const char delimiter_;
+  const bool quotes_;
+  const char quote_;
+};
+
 Batch::Batch(std::size_t width, std::size_t capacity)
     : width_(width), capacity_(capacity), places_(width * column_places()), rows_(capacity) {}
 
@@ -51,8 +111,7 @@ void Batch::close(const char* end) {
 void Batch::keep_bytes() {
   bytes_.resize(span_ + kSpecialSlack);
   if (span_ != 0) std::memcpy(bytes_.data(), base_, span_);
-  for (Misfit& row : misfits_)
-    row.raw = {bytes_.data() + (row.raw.data() - base_), row.raw.size()};
+  for (Misfit& row : misfits_) row.raw = {bytes_.data() + (row.raw.data() - base_), row.raw.size()};
   base_ = bytes_.data();
 }
 
@@ -110,42 +169,12 @@ void CsvReader::take_leading_blanks(Batch& batch) {
 }
 
 void CsvReader::scan_plain_rows(Batch& batch) {
-  SpecialWalk walk(specials_, begin_, end_);
+  PlainRows rows(*this, batch);
   while (batch.size_ < batch.capacity_) {
-    const char* const next = scan_plain_row(batch, walk, begin_);
+    const char* const next = rows.scan(begin_, batch.rows_[batch.size_], batch.size_);
     if (next == nullptr) return;
-    batch.size_++;
-    line_++;
+    batch.rows_[batch.size_++].line = line_++;
     begin_ = next;
-  }
-}
-
-// The row after the one at `row`; null when that is not simple.
-[[gnu::always_inline]] inline const char* CsvReader::scan_plain_row(Batch& batch, SpecialWalk& walk,
-                                                                    const char* row) const {
-  const std::size_t capacity = batch.capacity_;
-  CS_INT* place = batch.places_.data() + batch.size_;
-  const char* field = row;
-  for (std::size_t left = batch.width_;;) {
-    const char* const stop = walk.next();
-    if (stop >= end_ || left-- == 0) return nullptr;
-    const char mark = *stop;
-    if (mark == quote_ && quotes_) return nullptr;
-    const std::string_view text(field, stop);
-    const bool null = text.empty() || text == dialect_.null_word;
-    place[0] = static_cast<CS_INT>(field - batch.base_);
-    place[capacity + 1] = null ? kNull : static_cast<CS_INT>(text.size());
-    place += batch.column_places();
-    field = stop + 1;
-    if (mark == dialect_.delimiter) continue;
-    if (left != 0) return nullptr;
-    if (mark == '\r') {
-      if (field == end_) return nullptr;
-      if (*field == '\n') field = walk.next() + 1;
-    }
-    batch.rows_[batch.size_] = {line_, static_cast<std::size_t>(row - batch.base_),
-                                static_cast<std::size_t>(stop - row), nullptr};
-    return field;
   }
 }
 

@@ -80,7 +80,8 @@ class Batch {
     std::size_t line;
     std::size_t begin;  // after base_
     std::size_t size;
-    const std::string* altered;  // the row as it was, where fields have lost doubled quotes; or null
+    const std::string*
+        altered;  // the row as it was, where fields have lost doubled quotes; or null
   };
 
   std::size_t column_places() const { return 2 * capacity_ + 1; }
@@ -90,9 +91,9 @@ class Batch {
   std::size_t width_;
   std::size_t capacity_;
   std::size_t size_ = 0;
-  const char* base_ = nullptr;   // of all rows and misfits
-  std::size_t span_ = 0;         // their bytes
-  std::vector<CS_INT> places_;   // for each column its offsets, one more than rows, and its lengths
+  const char* base_ = nullptr;  // of all rows and misfits
+  std::size_t span_ = 0;        // their bytes
+  std::vector<CS_INT> places_;  // for each column its offsets, one more than rows, and its lengths
   std::vector<Row> rows_;
   std::deque<std::string> altered_;
   std::vector<Misfit> misfits_;
@@ -132,8 +133,8 @@ class CsvReader {
   };
 
   // Takes rows as long as they are simple: without quotes, of the batch's width, and whole.
+  class PlainRows;
   void scan_plain_rows(Batch& batch);
-  const char* scan_plain_row(Batch& batch, SpecialWalk& walk, const char* row) const;
   Scan scan_other_row(Batch& batch);
   void take_leading_blanks(Batch& batch);
 
@@ -164,7 +165,7 @@ class CsvReader {
   bool blank_is_row_ = false;  // rows have one field
   std::size_t blank_lines_ = 0;
   std::size_t leading_blanks_ = 0;  // rows that came before the first one that has a byte
-  std::size_t row_line_ = 1;  // of the row read last, as what follows
+  std::size_t row_line_ = 1;        // of the row read last, as what follows
   std::string_view row_;
   const char* fault_ = nullptr;
   std::vector<Field> fields_;         // of a row that is not simple

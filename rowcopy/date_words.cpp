@@ -6,7 +6,6 @@
 #include <optional>
 #include <span>
 
-
 namespace rowcopy {
 namespace {
 

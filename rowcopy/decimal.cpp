@@ -94,28 +94,25 @@ bool scale(std::uint64_t& number, int power) {
 }
 
 template <class Magnitude>
-bool read_plain_as(std::string_view text, Decimal& number) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  number = {};
-  number.negative = *at == '-';
-  if (number.negative) ++at;
-  const char* point = nullptr;
+bool is_plain_text_in(const Exact& number, const char* at, const char* end) {
+  const bool negative = *at == '-';
+  if (negative) ++at;
   Magnitude magnitude = 0;
-  for (; at != end; ++at) {
-    const auto digit = static_cast<unsigned char>(*at - '0');
-    if (digit < 10) {
-      magnitude = magnitude * 10 + digit;
-    } else if (*at == '.' && point == nullptr) {
-      point = at;
-    } else {
-      return false;
-    }
+  const auto take_digits = [&] {
+    const char* const begin = at;
+    for (; at != end && is_digit(*at); ++at)
+      magnitude = magnitude * 10 + static_cast<unsigned>(*at - '0');
+    return at - begin;
+  };
+  if (take_digits() == 0) return false;
+  std::ptrdiff_t zeros = number.scale;  // that the text leaves out
+  if (at != end && *at == '.') {
+    ++at;
+    zeros -= take_digits();
   }
-  number.magnitude = magnitude;
-  if (point != nullptr) number.exponent = static_cast<int>(point + 1 - end);
-  number.has_digits = is_digit(end[-1]);  // "5." is left to the other reader
-  return number.has_digits;
+  if (at != end || zeros < 0) return false;
+  magnitude *= static_cast<Magnitude>(kPowersOf<10>[static_cast<std::size_t>(zeros)]);
+  return magnitude == number.magnitude && (negative == number.negative || magnitude == 0);
 }
 
 // `Magnitude` holds whatever the text's digits say, or is the widest there is.
@@ -156,11 +153,14 @@ Decimal read_as(std::string_view text) {
 
 }  // namespace
 
-bool read_plain_decimal(std::string_view text, Decimal& number) {
-  if (text.empty() || text.size() >= std::numeric_limits<std::uint64_t>::digits10) return false;
-  return text.size() <= std::numeric_limits<std::uint32_t>::digits10
-             ? read_plain_as<std::uint32_t>(text, number)
-             : read_plain_as<std::uint64_t>(text, number);
+bool is_plain_text_of(const Exact& number, std::string_view text) {
+  if (text.empty() || number.wide) return false;
+  const auto digits = text.size() + static_cast<std::size_t>(number.scale);
+  const char* const begin = text.data();
+  if (digits <= std::numeric_limits<std::uint32_t>::digits10)
+    return is_plain_text_in<std::uint32_t>(number, begin, begin + text.size());
+  return digits <= std::numeric_limits<std::uint64_t>::digits10 &&
+         is_plain_text_in<std::uint64_t>(number, begin, begin + text.size());
 }
 
 Decimal read_decimal(std::string_view text) {
@@ -168,15 +168,13 @@ Decimal read_decimal(std::string_view text) {
                                                                     : read_as<std::uint64_t>(text);
 }
 
-bool same_number(const Decimal& a, const Decimal& b) {
+bool same_number(const Decimal& a, const Exact& b) {
   if (a.magnitude == 0 || b.magnitude == 0) return a.magnitude == b.magnitude;
   if (a.negative != b.negative) return false;
-  if (a.exponent == b.exponent) return a.magnitude == b.magnitude;
-  const bool a_is_coarser = a.exponent >= b.exponent;
-  std::uint64_t coarser = a_is_coarser ? a.magnitude : b.magnitude;
-  const std::uint64_t finer = a_is_coarser ? b.magnitude : a.magnitude;
-  return scale<10>(coarser, a_is_coarser ? a.exponent - b.exponent : b.exponent - a.exponent) &&
-         coarser == finer;
+  const int distance = a.exponent + b.scale;
+  std::uint64_t coarser = distance >= 0 ? a.magnitude : b.magnitude;
+  return scale<10>(coarser, std::abs(distance)) &&
+         coarser == (distance >= 0 ? b.magnitude : a.magnitude);
 }
 
 bool same_digits(std::string_view a, std::string_view b) {

@@ -17,14 +17,22 @@ struct Decimal {
   bool foreign = false;  // characters that belong to no decimal number
 };
 
-// The number of a text of a sign, digits and a point, at most 18 characters; false, with `number`
-// unspecified, for every other text.
-bool read_plain_decimal(std::string_view text, Decimal& number);
+// magnitude / 10^scale, as it is stored
+struct Exact {
+  std::uint64_t magnitude = 0;
+  int scale = 0;
+  bool negative = false;
+  bool wide = false;  // the magnitude does not fit
+};
+
+// Whether a text is the number in plain digits, with a sign and a point at most. False leaves open
+// what the text says.
+bool is_plain_text_of(const Exact& number, std::string_view text);
 
 // Blanks, currency and grouping signs do not matter.
 Decimal read_decimal(std::string_view text);
 
-bool same_number(const Decimal& a, const Decimal& b);
+bool same_number(const Decimal& a, const Exact& b);
 
 // Whether two texts say the same number, with any number of digits.
 bool same_digits(std::string_view a, std::string_view b);

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 
 #include "date_words.h"
@@ -20,34 +21,28 @@ T load(const char* value) {
   return loaded;
 }
 
-Decimal whole(std::int64_t number, int exponent) {
-  Decimal decimal;
-  decimal.negative = number < 0;
-  decimal.magnitude =
-      number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
-  decimal.exponent = exponent;
-  decimal.has_digits = true;
-  return decimal;
+Exact whole(std::int64_t number, int scale) {
+  const auto bits = static_cast<std::uint64_t>(number);
+  return {number < 0 ? 0 - bits : bits, scale, number < 0, false};
 }
 
-Decimal numeric(const CS_NUMERIC& value) {
-  Decimal decimal;
-  const auto length = static_cast<std::size_t>(comn_num_getlen(value.precision));
-  for (std::size_t at = 1; at < length; ++at) {
-    decimal.wide |= decimal.magnitude >> 56 != 0;
-    decimal.magnitude = decimal.magnitude << 8 | value.array[at];
+Exact numeric(const char* value) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(value);
+  const unsigned char* const array = bytes + offsetof(CS_NUMERIC, array);
+  const CS_INT length = comn_num_getlen(bytes[offsetof(CS_NUMERIC, precision)]);
+  Exact number{0, bytes[offsetof(CS_NUMERIC, scale)], array[0] != 0, false};
+  for (CS_INT at = 1; at < length; ++at) {
+    number.wide |= number.magnitude >> 56 != 0;
+    number.magnitude = number.magnitude << 8 | array[at];
   }
-  decimal.negative = value.array[0] != 0;
-  decimal.exponent = -value.scale;
-  decimal.has_digits = true;
-  return decimal;
+  return number;
 }
 
 // The stored number of an exact type.
 template <CS_INT kCode>
-Decimal stored_number(const char* value) {
-  constexpr int kMoneyScale = -4;
-  if constexpr (kCode == CS_TINYINT_TYPE || kCode == CS_BIT_TYPE) {
+Exact stored_number(const char* value) {
+  constexpr int kMoneyScale = 4;
+  if constexpr (kCode == CS_TINYINT_TYPE) {
     return whole(load<CS_TINYINT>(value), 0);
   } else if constexpr (kCode == CS_SMALLINT_TYPE) {
     return whole(load<CS_SMALLINT>(value), 0);
@@ -60,7 +55,7 @@ Decimal stored_number(const char* value) {
   } else if constexpr (kCode == CS_MONEY4_TYPE) {
     return whole(load<CS_MONEY4>(value).mny4, kMoneyScale);
   } else {
-    return numeric(load<CS_NUMERIC>(value));
+    return numeric(value);
   }
 }
 
@@ -214,9 +209,8 @@ Verdict Fidelity::compare(std::string_view field, const char* value, CS_INT leng
     case Kind::kFloat:
       return compare_float(field, value);
     default:
-      return with_exact_code(type_.code, [&]<CS_INT kCode>() {
-        return compare_exact<kCode>(field, value, length);
-      });
+      return with_exact_code(
+          type_.code, [&]<CS_INT kCode>() { return compare_exact<kCode>(field, value, length); });
   }
 }
 
@@ -236,12 +230,16 @@ Verdict Fidelity::compare_dates(std::string_view field, const char* value, IsoDa
   return verdict ? *verdict : compare_date(plain(field), date);
 }
 
+// What a text says; the text is made one of ASCII where that helps.
+Decimal Fidelity::read_number(std::string_view& text) {
+  const Decimal said = read_decimal(text);
+  if (!said.foreign) return said;
+  text = plain(text);
+  return read_decimal(text);
+}
+
 Verdict Fidelity::compare_float(std::string_view text, const char* value) {
-  Decimal said = read_decimal(text);
-  if (said.foreign) {
-    text = plain(text);
-    said = read_decimal(text);
-  }
+  Decimal said = read_number(text);
   const bool narrow = type_.code == CS_REAL_TYPE;
   const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
   if (!std::isfinite(stored))
@@ -254,17 +252,11 @@ Verdict Fidelity::compare_float(std::string_view text, const char* value) {
 
 template <CS_INT kCode>
 Verdict Fidelity::compare_exact(std::string_view text, const char* value, CS_INT length) {
-  const Decimal stored = stored_number<kCode>(value);
-  Decimal said;
-  if (!read_plain_decimal(text, said)) {
-    said = read_decimal(text);
-    if (said.foreign) {
-      text = plain(text);
-      said = read_decimal(text);
-    }
-    if (!said.has_digits) return Verdict::kNoValue;
-    if (said.foreign) return Verdict::kChanged;
-  }
+  const Exact stored = stored_number<kCode>(value);
+  if (is_plain_text_of(stored, text)) return Verdict::kSame;
+  const Decimal said = read_number(text);
+  if (!said.has_digits) return Verdict::kNoValue;
+  if (said.foreign) return Verdict::kChanged;
   const bool same = said.wide || stored.wide ? same_digits(text, text_of(value, length))
                                              : same_number(said, stored);
   return same ? Verdict::kSame : Verdict::kChanged;

@@ -8,6 +8,7 @@
 
 #include "conversion.h"
 #include "csv_reader.h"
+#include "decimal.h"
 #include "iso_date.h"
 
 namespace rowcopy {
@@ -45,6 +46,7 @@ class Fidelity {
   template <CS_INT kCode>
   Verdict compare_exact(std::string_view field, const char* value, CS_INT length);
   Verdict compare_dates(std::string_view field, const char* value, IsoDate& text);
+  Decimal read_number(std::string_view& text);
   Verdict compare_float(std::string_view text, const char* value);
   Verdict compare_text(std::string_view text, const char* value, CS_INT length);
   std::string text_of(const char* value, CS_INT length);

@@ -124,7 +124,7 @@ check('same records and text', (filecmp.cmp('before', 'records', False), filecmp
 
 VALUES = {
     'money': {'1455.2199': '1455.2199', '1455.219971': 'stored as "1455.2200"', '$1,234.5': '1234.5000',
-              '1,5': 'stored as "15.0000"', '-0,75': 'stored as "-75.0000"', '1,234,567': '1234567.0000',
+              '1,5': 'stored as "15.0000"', '1234,567': 'stored as "1234567.0000"', '-0,75': 'stored as "-75.0000"', '1,234,567': '1234567.0000',
               ' - $ 5 ': '-5.0000', '1.00000': '1.0000', '-': 'gives no value', '$': 'gives no value',
               ' ': 'gives no value', '922337203685477.5807': '922337203685477.5807',
               '922337203685477.58071': 'stored as "922337203685477.5807"', '1e3': 'is no text of the type'},
@@ -146,14 +146,16 @@ VALUES = {
                       '2010-01-01T10:00:30': 'stored as "2010-01-01T10:01:00.000"',
                       '2010-01-01T10:00:29': 'stored as "2010-01-01T10:00:00.000"'},
     'float': {'0.1': '.10000000000000001', '1e22': '1e+22', '-inf': '-inf', '123456789012345678901234567890': '1.2345678901234568e+29',
-              '1e-300': '1e-300', '1e400': "is outside the type's range"},
+              '1e-300': '1e-300', '1e1\x00.5': 'stored as "10.0"', '1e400': "is outside the type's range"},
     'real': {'0.5': '.5', '3.4e38': '3.3999999521443642e+38', '1\x002': 'stored as "1.0"', '1e39': "is outside the type's range"},
     'float/int': {'3.0': '3', '3.9': 'stored as "3"'},
     'money/float': {'0.5': '.5', '922337203685477.5807': '922337203685477.62'},
     'numeric(9, 2)/money': {'-0.01': '-0.0100'},
     'int/binary(4)': {'258': '02010000'},
     'datetime/char(30)': {'2026-07-04 15:05': 'Jul  4 2026  3:05PM', '2026-07-04 15:05:09': 'stored as "Jul  4 2026  3:05PM"'},
-    'char(8)/int': {' 7 ': '7', '7.5': 'is no text of the type'},
+    'char(8)/int': {' 7 ': '7', '7.5': 'is no text of the type', '""': 'the type has no empty value'},
+    'char(8)/varchar': {'""': '', 'ab': 'ab'},
+    'varbinary/binary(2)': {'""': '', '0xBEEF': 'BEEF', '010203': 'does not fit and would be cut'},
     'binary(2)': {'0xBEEF': 'BEEF', 'abc': '0ABC', 'beef': 'BEEF', '0xG0': 'is no text of the type',
                   '010203': 'does not fit and would be cut', '""': ''},
     'varbinary': {'0x0': '00'},
@@ -234,6 +236,14 @@ for form, options, content in (
 layout('a = int : " a"', 'b = char(9) : "#1"', 'c = int : " c "')
 run('headings with blanks, and one like a number', 0, '--text', 'text', 't.layout', '-', 'records', stdin=b' a,#1, c \n1,x,2\n')
 check('text', rows(), [[' a', '#1', ' c '], ['1', 'x', '2']])
+layout('n = int : #1')
+for options, content in (([], b'n\n1\n\n2\n'), (['--no-header'], b'\n\r\n1\n\n'), (['--null', 'NA'], b'n\n\nNA\n3\n')):
+    run('nulls of an only column', 0, *options, '--text', 'text', 't.layout', '-', 'records', stdin=content)
+    expected = read('records')
+    check('a line for each', len(expected), 8 * (content.count(b'\n') - ('--no-header' not in options)))
+    write('again.csv', read('text'))
+    run('and again', 0, *options, 't.layout', 'again.csv', 'records')
+    check('records', read('records') == expected, True)
 layout('n = int', 'c = char(4)')
 run('a word for null', 0, '--null', 'NA', '--text', 'text', 't.layout', '-', 'records', stdin=b'n,c\nNA,"NA"\n1,NA\n,NAN\n')
 reports('^n +int +3 +2 ', r'^c +char\(4\) +3 +1 ')

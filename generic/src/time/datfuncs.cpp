@@ -1,4 +1,5 @@
 // The public layer over the calendar: checks pointers and forwards.
+#include <array>
 #include <cstring>
 
 #include "comnlib/datetime.h"
@@ -15,6 +16,15 @@ template <class T>
 constexpr CS_INT order(T a, T b) {
   return (a > b) - (a < b);
 }
+
+// US English in each style.
+constexpr auto kStyles = [] {
+  std::array<DateConventions, COM_DATESTYLE_ISO + 1> styles;
+  styles.fill(kUsEnglish);
+  for (std::size_t style = 0; style < styles.size(); ++style)
+    styles[style].style = static_cast<CS_INT>(style);
+  return styles;
+}();
 
 }  // namespace
 
@@ -82,10 +92,9 @@ CS_RETCODE comn_datetime_text(const CS_DATETIME* value, CS_INT style, CS_CHAR* b
   require(room >= 0);
   *length = 0;
   if (!is_date_style(style)) return trace(CS_CVT_STYLE);
-  DateConventions conventions = kUsEnglish;
-  conventions.style = style;
   char text[kDateTextRoom];
-  const FormattedDate result = format_datetime(*value, conventions, text);
+  const FormattedDate result =
+      format_datetime(*value, kStyles[static_cast<std::size_t>(style)], text);
   if (result.status != DateText::done) return trace(CS_CVT_DOMAIN);
   const auto size = static_cast<CS_INT>(result.length);
   if (size > room) return trace(CS_CVT_OVERFLOW);
