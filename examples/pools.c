@@ -16,8 +16,8 @@ static CS_VOID give_chunk(CS_CONTEXT* context, CS_VOID* chunk) {
   free(chunk);
 }
 
-typedef struct row {
-  struct row* next;
+typedef struct Row {
+  struct Row* next;
   char* name;
 } Row;
 
@@ -32,11 +32,10 @@ static MmHandle* subpool(MmHandle* pool, CS_INT tag, CS_INT discipline) {
 int main(void) {
   static const char* const names[] = {"ada", "grace", "edsger"};
   CS_THREAD threads = *comn_thread_table();
-  CS_CONTEXT context;
+  CS_CONTEXT context = {0};
   MmHandle* pool = NULL;
   Row* rows = NULL;
 
-  memset(&context, 0, sizeof context);
   context.ctxversion = 113;
   context.ctxthread = &threads; /* the pool makes a mutex and may be used from any thread */
   context.ctxmalloc = take_chunk;
@@ -49,10 +48,11 @@ int main(void) {
   for (size_t i = 0; i < sizeof names / sizeof names[0]; ++i) {
     CS_VOID* record = NULL;
     CS_VOID* text = NULL;
+    const size_t size = strlen(names[i]) + 1;
     if (comn_mmalloc(records, sizeof(Row), &record) != CS_SUCCEED) return 1;
-    if (comn_mmalloc(texts, (CS_INT)strlen(names[i]) + 1, &text) != CS_SUCCEED) return 1;
+    if (comn_mmalloc(texts, (CS_INT)size, &text) != CS_SUCCEED) return 1;
     Row* row = record;
-    row->name = strcpy(text, names[i]);
+    row->name = memcpy(text, names[i], size);
     row->next = rows;
     rows = row;
   }

@@ -4,7 +4,7 @@
 
 #include "comnlib.h"
 
-typedef struct job {
+typedef struct Job {
   COMN_MUTEX* mutex;
   COMN_EVENT* finished;
   int count;

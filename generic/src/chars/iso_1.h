@@ -49,7 +49,7 @@ constexpr bool is_currency(int byte) {
 }
 
 constexpr int classes(int byte) {
-  int bits = is_xdigit(byte) ? COMN_CT_XDIGIT : 0;
+  const int bits = is_xdigit(byte) ? COMN_CT_XDIGIT : 0;
   if (is_upper(byte)) return bits | COMN_CT_UPPER;
   if (is_lower(byte)) return bits | COMN_CT_LOWER;
   if (is_digit(byte)) return bits | COMN_CT_DIGIT;

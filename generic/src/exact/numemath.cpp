@@ -30,6 +30,16 @@ Limb remove_digits(Magnitude& value, int digits) {
   return divide_by(value, 10);
 }
 
+struct Operands {
+  Magnitude a;
+  Magnitude b;
+
+  Operands(const constant& op1, const constant& op2) {
+    unpack_record(op1, a);
+    unpack_record(op2, b);
+  }
+};
+
 }  // namespace
 
 }  // namespace comnlib
@@ -37,20 +47,14 @@ Limb remove_digits(Magnitude& value, int digits) {
 using namespace comnlib;
 
 CS_INT com__exctnume_intadd(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
-  unpack_record(*op1, a);
-  unpack_record(*op2, b);
+  auto [a, b] = Operands(*op1, *op2);
   add(a, b, a);
   pack_record(a, false, *result);
   return fits(a, *result) ? kExactOk : kExactOverflow;
 }
 
 CS_INT com__exctnume_intsub(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
-  unpack_record(*op1, a);
-  unpack_record(*op2, b);
+  auto [a, b] = Operands(*op1, *op2);
   if (compare(a, b) >= 0) {
     subtract(a, b, a);
     pack_record(a, false, *result);
@@ -70,24 +74,18 @@ CS_INT com__exctnume_intsub(const constant* op1, const constant* op2, constant* 
 }
 
 CS_INT com__exctnume_intmul(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
+  auto [a, b] = Operands(*op1, *op2);
   Magnitude product;
-  unpack_record(*op1, a);
-  unpack_record(*op2, b);
   multiply(a, b, product);
   return pack_if_it_fits(product, false, *result);
 }
 
 CS_INT com__exctnume_intdiv(const constant* dividend, const constant* divisor, constant* quot,
                             constant* remdr) {
-  Magnitude a;
-  Magnitude b;
+  auto [a, b] = Operands(*dividend, *divisor);
+  if (b.is_zero()) return kExactDivZero;
   Magnitude quotient;
   Magnitude remainder;
-  unpack_record(*divisor, b);
-  if (b.is_zero()) return kExactDivZero;
-  unpack_record(*dividend, a);
   const CS_INT status = divide_within_room(a, b, quotient, remainder);
   if (status != kExactOk) return status;
   if (!fits(quotient, *quot) || (remdr != nullptr && !fits(remainder, *remdr)))
@@ -107,11 +105,8 @@ CS_INT com__exctnume_addorsub(const constant* op1, const constant* op2, constant
 }
 
 CS_INT com__exctnume_mul(const constant* op1, const constant* op2, constant* result) {
-  Magnitude a;
-  Magnitude b;
+  auto [a, b] = Operands(*op1, *op2);
   SignedMagnitude product;
-  unpack_record(*op1, a);
-  unpack_record(*op2, b);
   multiply(a, b, product.magnitude);
   product.negative = !product.magnitude.is_zero() && is_negative(*op1) != is_negative(*op2);
 
@@ -124,13 +119,10 @@ CS_INT com__exctnume_mul(const constant* op1, const constant* op2, constant* res
 
 CS_INT com__exctnume_div(const constant* dividend, const constant* divisor, constant* quot,
                          constant* remdr) {
-  Magnitude a;
-  Magnitude b;
+  auto [a, b] = Operands(*dividend, *divisor);
+  if (b.is_zero()) return kExactDivZero;
   SignedMagnitude quotient;
   SignedMagnitude remainder;
-  unpack_record(*divisor, b);
-  if (b.is_zero()) return kExactDivZero;
-  unpack_record(*dividend, a);
   const bool dividend_negative = is_negative(*dividend);
 
   const int shift = quot->scale - dividend->scale + divisor->scale;

@@ -6,29 +6,21 @@ using namespace comnlib;
 
 namespace {
 
-CS_RETCODE get(const LmHdlProp& properties, CS_INT property, CS_VOID* buffer, CS_INT buflen,
-               CS_INT* outlen) {
-  switch (property) {
-    case LM_PROP_LIST_TYPE:
-      return give_value(properties.list_type, buffer, outlen);
-    case LM_PROP_MAX_TABLESIZE:
-      return give_value(properties.max_tablesize, buffer, outlen);
-    case LM_PROP_MAX_POOLSIZE:
-      return give_value(properties.max_poolsize, buffer, outlen);
-    case LM_PROP_HANDLE_LOAD:
-      return give_value(properties.handle_load, buffer, outlen);
-    case LM_PROP_CONTEXT:
-      return give_value(properties.context, buffer, outlen);
-    case LM_PROP_HANDLE_NAME:
-      return give_name(properties.handle_name, properties.length, buffer, buflen, outlen);
-    case LM_PROP_PRINT_FUNC:
-      return give_value(properties.print_func, buffer, outlen);
-    case LM_PROP_COMP_FUNC:
-      return give_value(properties.comp_func, buffer, outlen);
-    default:
-      stop();
-  }
+CS_RETCODE get_handle_name(const LmHdlProp& properties, CS_VOID* buffer, CS_INT buflen,
+                           CS_INT* outlen) {
+  return give_name(properties.handle_name, properties.length, buffer, buflen, outlen);
 }
+
+constexpr std::array kProperties = std::to_array<Property<LmHdlProp>>({
+    {LM_PROP_LIST_TYPE, get_member<&LmHdlProp::list_type>},
+    {LM_PROP_MAX_TABLESIZE, get_member<&LmHdlProp::max_tablesize>},
+    {LM_PROP_MAX_POOLSIZE, get_member<&LmHdlProp::max_poolsize>},
+    {LM_PROP_HANDLE_LOAD, get_member<&LmHdlProp::handle_load>},
+    {LM_PROP_CONTEXT, get_member<&LmHdlProp::context>},
+    {LM_PROP_HANDLE_NAME, get_handle_name},
+    {LM_PROP_PRINT_FUNC, get_member<&LmHdlProp::print_func>},
+    {LM_PROP_COMP_FUNC, get_member<&LmHdlProp::comp_func>},
+});
 
 CS_RETCODE set_table_size(LM_HANDLE& handle, CS_INT size) {
   const KindOps& kind = kind_of(handle.hdlprop->list_type);
@@ -62,11 +54,6 @@ CS_RETCODE change(LM_HANDLE& handle, CS_INT property, bool clear, CS_VOID* buffe
   }
 }
 
-constexpr bool is_property(CS_INT property) {
-  return (property >= LM_PROP_LIST_TYPE && property <= LM_PROP_MAX_POOLSIZE) ||
-         (property >= LM_PROP_HANDLE_LOAD && property <= LM_PROP_COMP_FUNC);
-}
-
 }  // namespace
 
 CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,
@@ -75,8 +62,8 @@ CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VO
   check_ready(handle->hdlprop);
   check_ready(handle->hdlprop->context);
   check_action(action);
-  require(is_property(property));
-  if (action == CS_GET) return trace(get(*handle->hdlprop, property, buffer, buflen, outlen));
+  const Property<LmHdlProp>& found = property_of(kProperties, property);
+  if (action == CS_GET) return trace(found.get(*handle->hdlprop, buffer, buflen, outlen));
   const bool clear = action == CS_CLEAR;
   return trace(change(*handle, property, clear, clear ? nullptr : buffer));
 }

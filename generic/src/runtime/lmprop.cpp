@@ -5,29 +5,22 @@ using namespace comnlib;
 
 namespace {
 
-CS_RETCODE get(const LmCxtProp& properties, CS_INT property, CS_VOID* buffer, CS_INT buflen,
-               CS_INT* outlen) {
+CS_RETCODE get_current_name(const LmCxtProp& properties, CS_VOID* buffer, CS_INT buflen,
+                            CS_INT* outlen) {
   const LM_HANDLE* current = properties.cur_handleaddr;
-  switch (property) {
-    case LM_CTX_LIST_TYPE:
-      return give_value(properties.list_type, buffer, outlen);
-    case LM_CTX_MAX_TABLESIZE:
-      return give_value(properties.max_tablesize, buffer, outlen);
-    case LM_CTX_MAX_POOLSIZE:
-      return give_value(properties.max_poolsize, buffer, outlen);
-    case LM_CTX_VERSION:
-      return give_value(properties.version, buffer, outlen);
-    case LM_CTX_CONTEXT_LOAD:
-      return give_value(properties.context_load, buffer, outlen);
-    case LM_CTX_CUR_HANDLENAME:
-      return give_name(properties.cur_handlename, current == nullptr ? 0 : current->hdlprop->length,
-                       buffer, buflen, outlen);
-    case LM_CTX_CUR_HANDLEADDR:
-      return give_value(current, buffer, outlen);
-    default:
-      stop();
-  }
+  return give_name(properties.cur_handlename, current == nullptr ? 0 : current->hdlprop->length,
+                   buffer, buflen, outlen);
 }
+
+constexpr std::array kProperties = std::to_array<Property<LmCxtProp>>({
+    {LM_CTX_LIST_TYPE, get_member<&LmCxtProp::list_type>},
+    {LM_CTX_MAX_TABLESIZE, get_member<&LmCxtProp::max_tablesize>},
+    {LM_CTX_MAX_POOLSIZE, get_member<&LmCxtProp::max_poolsize>},
+    {LM_CTX_VERSION, get_member<&LmCxtProp::version>},
+    {LM_CTX_CONTEXT_LOAD, get_member<&LmCxtProp::context_load>},
+    {LM_CTX_CUR_HANDLENAME, get_current_name},
+    {LM_CTX_CUR_HANDLEADDR, get_member<&LmCxtProp::cur_handleaddr>},
+});
 
 struct Default {
   CS_INT LmCxtProp::*field;
@@ -48,9 +41,9 @@ CS_RETCODE lm_property(LM_CONTEXT* context, CS_INT action, CS_INT property, CS_V
   check_ready(context);
   check_ready(context->cxtprop);
   check_action(action);
-  require(property >= LM_CTX_LIST_TYPE && property <= LM_CTX_CUR_HANDLEADDR);
+  const Property<LmCxtProp>& found = property_of(kProperties, property);
   LmCxtProp& properties = *context->cxtprop;
-  if (action == CS_GET) return trace(get(properties, property, buffer, buflen, outlen));
+  if (action == CS_GET) return trace(found.get(properties, buffer, buflen, outlen));
 
   if (property > LM_CTX_MAX_POOLSIZE) return trace(CS_FAIL);
   const Default& target = kDefaults[static_cast<std::size_t>(property - LM_CTX_LIST_TYPE)];

@@ -2,6 +2,7 @@
 // handle, property values, and the table of a kind's operations.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -139,10 +140,17 @@ struct KindOps {
 // Stops the process for a number that is not a list type.
 const KindOps& kind_of(CS_INT list_type);
 
-// Gets of properties.
-template <class Value>
-CS_RETCODE give_value(Value value, CS_VOID* buffer, CS_INT* outlen) {
-  static_assert(sizeof value == sizeof(CS_INT) || std::is_pointer_v<Value>);
+// A property of a record, and how it is got.
+template <class Record>
+struct Property {
+  CS_INT number;
+  CS_RETCODE (*get)(const Record& record, CS_VOID* buffer, CS_INT buflen, CS_INT* outlen);
+};
+
+template <auto kMember>
+CS_RETCODE get_member(const auto& record, CS_VOID* buffer, CS_INT /*buflen*/, CS_INT* outlen) {
+  const auto value = record.*kMember;
+  static_assert(sizeof value == sizeof(CS_INT) || std::is_pointer_v<decltype(record.*kMember)>);
   check_pointer(buffer);
   std::memcpy(buffer, &value, sizeof value);
   if (outlen != nullptr) *outlen = sizeof value;
@@ -151,6 +159,15 @@ CS_RETCODE give_value(Value value, CS_VOID* buffer, CS_INT* outlen) {
 
 CS_RETCODE give_name(const CS_CHAR* name, CS_INT length, CS_VOID* buffer, CS_INT buflen,
                      CS_INT* outlen);
+
+// Stops the process for a number that is not in the table.
+template <class Record, std::size_t kCount>
+const Property<Record>& property_of(const std::array<Property<Record>, kCount>& table,
+                                    CS_INT number, CallSite site = CallSite::current()) {
+  const auto* found = std::ranges::find(table, number, &Property<Record>::number);
+  require(found != table.end(), site);
+  return *found;
+}
 
 // The integer at `buffer`, of a set.
 inline CS_INT integer_at(const CS_VOID* buffer) {
