@@ -71,8 +71,9 @@ class Candidate {
  private:
   static Column make_column(const char* name) {
     std::string problem;
-    const Datatype type = *find_datatype(name, problem);
-    return {name, name, type, type, "sniff"};
+    const auto type = find_datatype(name, problem);
+    if (!type) throw Fatal(problem);
+    return {name, name, *type, *type, "sniff"};
   }
 
   const char* name_;
@@ -238,6 +239,7 @@ std::string propose_layout(CS_CONTEXT* context, const Job& job, Locales locales,
   suggest_delimiter(first_row);
 
   std::vector<Guess> guesses;
+  guesses.reserve(first_row.size());
   for (std::size_t at = 0; at < first_row.size(); ++at) guesses.emplace_back(context, locales);
   Batch rows(first_row.size(), kBatchRows);
   std::size_t seen = 0;

@@ -150,7 +150,7 @@ struct Property {
 template <auto kMember>
 CS_RETCODE get_member(const auto& record, CS_VOID* buffer, CS_INT /*buflen*/, CS_INT* outlen) {
   const auto value = record.*kMember;
-  static_assert(sizeof value == sizeof(CS_INT) || std::is_pointer_v<decltype(record.*kMember)>);
+  static_assert(sizeof value == sizeof(CS_INT) || sizeof value == sizeof(CS_VOID*));
   check_pointer(buffer);
   std::memcpy(buffer, &value, sizeof value);
   if (outlen != nullptr) *outlen = sizeof value;
