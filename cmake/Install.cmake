@@ -29,6 +29,8 @@ install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOC
         COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
         PATTERN Doxyfile EXCLUDE)
+# The API reference, where tools/docs has built it.
+install(DIRECTORY build/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL)
 
 # The manual pages, where tools/man has written them.
 set(man_pages ${CMAKE_CURRENT_SOURCE_DIR}/build/man)

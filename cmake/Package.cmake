@@ -1,11 +1,13 @@
-# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64
-# may be installed side by side. "cpack -G DEB" in a build folder makes them.
+# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64 may be
+# installed side by side. tools/debian makes and tests them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME comnlib)
 set(COMNLIB_MAINTAINER "comnlib maintainers <maintainers@localhost>" CACHE STRING "Maintainer of the packages")
 set(CPACK_PACKAGE_CONTACT "${COMNLIB_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+# Each package has a summary of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development home documentation)
 if(COMNLIB_BUILD_ROWCOPY)
@@ -31,15 +33,14 @@ execute_process(COMMAND date -R -u -d ${release} OUTPUT_VARIABLE date OUTPUT_STR
 function(debian_package component name section multiarch depends summary text)
   string(TOUPPER ${component} upper)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
-  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
-  if(multiarch)
-    set(CPACK_DEBIAN_${upper}_PACKAGE_MULTIARCH ${multiarch} PARENT_SCOPE)
-  else()
-    set(CPACK_DEBIAN_${upper}_PACKAGE_MULTIARCH foreign PARENT_SCOPE)
+  if(NOT multiarch)
+    set(multiarch foreign)
     set(CPACK_DEBIAN_${upper}_PACKAGE_ARCHITECTURE all PARENT_SCOPE)
   endif()
+  # CPack has no variable for the second field before CMake 3.31.
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION "${section}\nMulti-Arch: ${multiarch}" PARENT_SCOPE)
 
   # What every package has to bring: its changes and the terms it is under.
   set(folder ${PROJECT_BINARY_DIR}/debian/${name})
@@ -82,7 +83,8 @@ debian_package(
   "${text}\n.\nThe program rowcopy copies CSV files into records and back.")
 debian_package(
   documentation comnlib-doc doc "" "" "common services of a database stack, documentation"
-  "${text}\n.\nThe guides.")
+  "${text}\n.\nThe guides, the API reference and the manual pages.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS comnlib-home)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/shlibs;${PROJECT_BINARY_DIR}/debian/triggers")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
      "libcomnlib ${PROJECT_VERSION_MAJOR} libcomnlib${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})\n")

@@ -2,7 +2,6 @@
  * @file
  * The common-services library: all public headers. Each may also be included alone.
  *
- * @mainpage
  * One header for each subject states the contract of its routines:
  *
  * - types.h, result.h, context.h: scalar types, value records, the data format, result codes, the
@@ -10,7 +9,7 @@
  * - convert.h, column.h: the matrix of conversions, null values; conversion of whole columns
  * - numeric.h, money.h, datetime.h: exact arithmetic, dates
  * - locale.h, charset.h, intl.h: localization, character sets, the companion library of file
- * readers
+ *   readers
  * - config.h: configuration files
  * - memory.h, list.h, thread.h: pools, lists, threads
  * - message.h: messages in the context's language
