@@ -330,6 +330,44 @@ TEST(Load, NamedDateConventionsAreReadWhenTheyAreNeeded) {
   home.write(file, whole);
 }
 
+// Decimal mark, separator, digits of a group, symbol and its place, as "," "." 3 "x" 1.
+std::string digits_text(Context& context, const CS_LOCALE* locale, CS_INT category) {
+  com_digits digits{};
+  const CS_RETCODE code = comn_loc_digits(context, locale, category, &digits);
+  if (code != CS_SUCCEED) return std::to_string(code);
+  std::string text;
+  text.append(digits.decimal, static_cast<std::size_t>(digits.decimallen)) += ' ';
+  text.append(digits.separator, static_cast<std::size_t>(digits.separatorlen)) += ' ';
+  text += std::to_string(digits.grouping) + ' ';
+  text.append(digits.symbol, static_cast<std::size_t>(digits.symbollen)) += ' ';
+  return text + std::to_string(digits.symbolafter);
+}
+
+TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
+  const HomeCopy home;
+  Context context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  EXPECT_EQ(".  0  0", digits_text(context, nullptr, COM_LC_NUMERIC)) << "no locale";
+  CsLocCache *german = nullptr, *named = nullptr;
+  ASSERT_EQ(CS_SUCCEED, context.load("de_DE.UTF-8", &german));
+  ASSERT_EQ(CS_SUCCEED, context.load("de_CH.UTF-8", &named));
+  CS_LOCALE in_german = all(german), in_swiss = all(named), none{};
+  EXPECT_EQ(".  0  0", digits_text(context, &none, COM_LC_MONETARY));
+  EXPECT_EQ(", . 3  0", digits_text(context, &in_german, COM_LC_NUMERIC));
+  context.context.ctxlocale = &in_german;
+  EXPECT_EQ(", . 3 \u20ac 1", digits_text(context, nullptr, COM_LC_MONETARY));
+  context.context.ctxlocale = nullptr;
+  ASSERT_NE(nullptr, named->numname);
+  EXPECT_EQ(nullptr, named->locnuminfo);
+  const std::string file = std::string("locales/numeric/") + named->numname + ".num";
+  const std::string whole = home.read(file);
+  home.remove(file);
+  EXPECT_EQ(std::to_string(CS_INTL_NOFILE), digits_text(context, &in_swiss, COM_LC_NUMERIC));
+  home.write(file, whole);
+  EXPECT_EQ(". ' 3  0", digits_text(context, &in_swiss, COM_LC_NUMERIC));
+  EXPECT_EQ(". ' 3 CHF 0", digits_text(context, &in_swiss, COM_LC_MONETARY));
+}
+
 // An identifier file that is being written holds nothing for a moment.
 TEST(Load, EmptyIdentifiersAreReadAgain) {
   const HomeCopy home;

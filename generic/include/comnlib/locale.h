@@ -109,7 +109,7 @@ typedef struct _csloccache {
   CsDateInfo* locdateinfo;     /**< the conventions; null when locales.dat names them */
   CS_CHAR* numname;            /**< number conventions, or null */
   CS_INT numnamelen;           /**< length of their name */
-  CsNumInfo* locnuminfo;       /**< the conventions; null as locdateinfo */
+  CsNumInfo* locnuminfo;       /**< the conventions; null as locdateinfo; see comn_loc_digits */
   CS_CHAR* monname;            /**< money conventions, or null */
   CS_INT monnamelen;           /**< length of their name */
   CsMonInfo* locmoninfo;       /**< the conventions, or null */
@@ -244,6 +244,33 @@ COMN_API CS_INT com_intl_loccmp(CS_INT category, CS_INT level, const CS_LOCALE* 
 COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, CS_INT length1,
                                  const CS_BYTE* text2, CS_INT length2);
 
+/**
+ * How a locale writes the digits of numbers, or of money. The texts have no NUL, are in the
+ * locale's character set, and stay until com_intl_loccache_drop.
+ */
+typedef struct com_digits {
+  const CS_CHAR* decimal;   /**< the decimal mark */
+  CS_INT decimallen;        /**< its length */
+  const CS_CHAR* separator; /**< between groups of digits */
+  CS_INT separatorlen;      /**< its length; 0: no groups */
+  CS_INT grouping;          /**< digits of a group; 0: no groups */
+  const CS_CHAR* symbol;    /**< the currency's, of money alone */
+  CS_INT symbollen;         /**< its length */
+  CS_INT symbolafter;       /**< 1: it comes after the amount, else 0 */
+} com_digits;
+
+/**
+ * How the locale (null: the context's) writes numbers (`category` COM_LC_NUMERIC) or money
+ * (COM_LC_MONETARY), for hosts that show values to people: conversions never look at it, they write
+ * a point and no groups in every locale. Conventions that locales.dat names are read when they are
+ * first asked for, under the context's cmg_mtx. Where the locale has none, or there is no locale,
+ * it is a point, no groups and no symbol. When the file cannot be read: CS_FAIL, CS_INTL_NOFILE,
+ * CS_INTL_LIBERR or CS_MEM_ERROR, with nothing stored; the next call tries again. Another category
+ * stops the process.
+ */
+COMN_API CS_RETCODE comn_loc_digits(CS_CONTEXT* ctx, const CS_LOCALE* locale, CS_INT category,
+                                    com_digits* digits);
+
 /** Compares two NUL-terminated texts by their bytes: below 0, 0 or above 0. */
 COMN_API CS_INT com_unsignstrcmp(const CS_BYTE* string1, const CS_BYTE* string2);
 
@@ -333,6 +360,7 @@ COMN_STATIC_ASSERT(offsetof(CsLocCache, locmoninfo) == COMN_BY_HOST(76, 152));
 COMN_STATIC_ASSERT(offsetof(CsLocCache, locnext) == COMN_BY_HOST(80, 160));
 COMN_STATIC_ASSERT(sizeof(CS_LOCALE) == COMN_BY_HOST(28, 56));
 COMN_STATIC_ASSERT(offsetof(CS_LOCALE, timeptr) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(sizeof(com_digits) == COMN_BY_HOST(32, 48));
 COMN_STATIC_ASSERT(sizeof(CsLocNames) == 1560);
 COMN_STATIC_ASSERT(offsetof(CsLocNames, charsetlen) == 256);
 COMN_STATIC_ASSERT(offsetof(CsLocNames, money) == 1300);

@@ -223,6 +223,51 @@ CS_RETCODE read_common(CS_CONTEXT& ctx, std::string_view name, CsLocCache& entry
   return CS_SUCCEED;
 }
 
+// The conventions of a cache entry, null when it has none. Those that locales.dat names are read
+// here, when they are first needed.
+template <class Kind>
+CS_RETCODE conventions_of(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
+                          const typename Kind::Record*& info) {
+  const std::atomic_ref<typename Kind::Record*> place(entry.*Kind::kPlace);
+  info = place.load(std::memory_order_acquire);
+  if (info != nullptr || name == nullptr) return CS_SUCCEED;
+  const GlobalsLock lock(ctx);
+  if (!lock.taken()) return CS_FAIL;
+  const KeptStatus kept(ctx);
+  CsLocCache read{};
+  const CS_RETCODE result = load_named<Kind>(ctx, kind, name, read, {nullptr, 0});
+  if (result != CS_SUCCEED) return result;
+  info = read.*Kind::kPlace;
+  place.store(read.*Kind::kPlace, std::memory_order_release);
+  return CS_SUCCEED;
+}
+
+com_digits digits_of(const DigitConventions& digits, std::string_view symbol, SymbolPlace place) {
+  return {digits.decimal_point.data(),
+          length_of(digits.decimal_point),
+          digits.group_separator.data(),
+          length_of(digits.group_separator),
+          digits.group_size,
+          symbol.data(),
+          length_of(symbol),
+          place == SymbolPlace::kAfter ? 1 : 0};
+}
+
+CS_RETCODE number_digits(CS_CONTEXT& ctx, CsLocCache& entry, com_digits& digits) {
+  const CsNumInfo* info = nullptr;
+  const CS_RETCODE result =
+      conventions_of<NumberKind>(ctx, COM_LC_NUMERIC, entry.numname, entry, info);
+  if (info != nullptr) digits = digits_of(info->digits, "", SymbolPlace::kBefore);
+  return result;
+}
+
+// Loading a locale reads its money conventions, the named ones too.
+CS_RETCODE money_digits(const CsLocCache& entry, com_digits& digits) {
+  const CsMonInfo* info = entry.locmoninfo;
+  if (info != nullptr) digits = digits_of(info->digits, info->symbol, info->symbol_place);
+  return CS_SUCCEED;
+}
+
 }  // namespace
 
 CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
@@ -233,19 +278,7 @@ CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, C
 }
 
 CS_RETCODE date_conventions_of(CS_CONTEXT& ctx, CsLocCache& entry, const CsDateInfo*& info) {
-  const std::atomic_ref<CsDateInfo*> place(entry.locdateinfo);
-  info = place.load(std::memory_order_acquire);
-  if (info != nullptr || entry.com__datename == nullptr) return CS_SUCCEED;
-  const GlobalsLock lock(ctx);
-  if (!lock.taken()) return CS_FAIL;
-  const KeptStatus kept(ctx);
-  CsLocCache read{};
-  const CS_RETCODE result =
-      load_named<DateKind>(ctx, COM_LC_TIME, entry.com__datename, read, {nullptr, 0});
-  if (result != CS_SUCCEED) return result;
-  info = read.locdateinfo;
-  place.store(read.locdateinfo, std::memory_order_release);
-  return CS_SUCCEED;
+  return conventions_of<DateKind>(ctx, COM_LC_TIME, entry.com__datename, entry, info);
 }
 
 void drop_conventions(CsCtxGlobals& globals) {
@@ -279,4 +312,20 @@ CS_RETCODE comn__read_common(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* 
       find_for<MoneyKind>(globals, name, *cache_entry))
     return trace(CS_SUCCEED);
   return trace(read_common(*ctx, name, *cache_entry, {errbuf, errlen}));
+}
+
+CS_RETCODE comn_loc_digits(CS_CONTEXT* ctx, const CS_LOCALE* locale, CS_INT category,
+                           com_digits* digits) {
+  check_pointer(ctx);
+  check_pointer(digits);
+  require(category == COM_LC_NUMERIC || category == COM_LC_MONETARY);
+  const CS_LOCALE* of = locale != nullptr ? locale : ctx->ctxlocale;
+  com_digits found = digits_of({".", "", 0}, "", SymbolPlace::kBefore);
+  CS_RETCODE result = CS_SUCCEED;
+  if (of != nullptr && category == COM_LC_NUMERIC && of->numericptr != nullptr)
+    result = number_digits(*ctx, *of->numericptr, found);
+  if (of != nullptr && category == COM_LC_MONETARY && of->monetaryptr != nullptr)
+    result = money_digits(*of->monetaryptr, found);
+  if (result == CS_SUCCEED) *digits = found;
+  return trace(result);
 }
