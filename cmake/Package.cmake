@@ -1,5 +1,5 @@
-# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64 may be
-# installed side by side. tools/debian makes and tests them.
+# Debian packages by CPack, one for each component of the installation; those of i386 and of amd64
+# may be installed side by side. tools/debian makes and tests them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME comnlib)
 set(COMNLIB_MAINTAINER "comnlib maintainers <maintainers@localhost>" CACHE STRING "Maintainer of the packages")

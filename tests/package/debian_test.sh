@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The packages of both architectures in a fresh Debian 12: they install side by side, hosts build and run
-# against them, rowcopy copies, manual pages show, and after their removal nothing is left. Run by
-# tools/debian --test, as root.
+# The packages of both architectures in a fresh Debian 12: they install side by side, hosts build and
+# run against them, rowcopy copies, manual pages show, and after their removal nothing is left. Run
+# by tools/debian --test, as root.
 #   debian_test.sh PACKAGES_DIR MIRROR
 set -euo pipefail
 packages=$1 mirror=$2
@@ -20,8 +20,8 @@ install() { inside apt-get install -y --no-install-recommends "$@"; }
 # Every file and package, but for what apt and the loader keep for themselves.
 state() {
   inside dpkg-query -W -f='${binary:Package} ${db:Status-Abbrev}\n'
-  inside find / -xdev \( -path /proc -o -path /tmp -o -path /var/cache -o -path /var/lib/apt -o -path /var/log \) \
-    -prune -o -printf '%p %l\n' | sort
+  inside find / -xdev \( -path /proc -o -path /tmp -o -path /var/cache -o -path /var/lib/apt \
+    -o -path /var/log \) -prune -o -printf '%p %l\n' | sort
 }
 
 inside dpkg --add-architecture i386
@@ -37,11 +37,13 @@ install /tmp/packages/{libcomnlib1,libcomnlib-dev}_*_{i386,amd64}.deb \
 
 for kind in 32:i386 64:x86_64; do
   bits=${kind%:*} target=${kind#*:}
-  inside cmake -S /tmp/host -B "/tmp/$target" -G Ninja "-DCMAKE_C_FLAGS=-m$bits" "-DCMAKE_CXX_FLAGS=-m$bits"
+  inside cmake -S /tmp/host -B "/tmp/$target" -G Ninja "-DCMAKE_C_FLAGS=-m$bits" \
+    "-DCMAKE_CXX_FLAGS=-m$bits"
   inside cmake --build "/tmp/$target"
   inside ctest --test-dir "/tmp/$target" --output-on-failure --no-tests=error
   inside file -L "/tmp/$target/host_comnlib" | grep "ELF $bits-bit"
-  flags=$(inside env "PKG_CONFIG_PATH=/usr/lib/$target-linux-gnu/pkgconfig" pkg-config --cflags --libs comnlib)
+  flags=$(inside env "PKG_CONFIG_PATH=/usr/lib/$target-linux-gnu/pkgconfig" \
+    pkg-config --cflags --libs comnlib)
   # The flags are words of their own.
   # shellcheck disable=SC2086
   inside cc -std=c11 /tmp/host/home.c -o /tmp/home $flags

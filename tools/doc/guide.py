@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes a guide as Doxygen reads it: headings with the names that links have for them, links to other
-guides as references, and the words alone of links to what the reference does not have.
+"""Writes a guide as Doxygen reads it: headings with the names that links have for them, links to
+other guides as references, and the words alone of links to what the reference does not have.
 
 usage: tools/doc/guide.py GUIDE
 """

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Mends a manual page that pandoc or Doxygen made, from standard input to standard output: for a linter,
-and for who reads it with man.
+"""Mends a manual page that pandoc or Doxygen made, from standard input to standard output: for a
+linter, and for who reads it with man.
 
 usage: tools/doc/manpage.py NAME SECTION VERSION DATE [STRUCTURE_PAGE...]
 
@@ -18,7 +18,7 @@ def of_header(text, name, structures):
     brief = re.search(r" \\- (.*?) *\n", text).group(1)
     text = text.replace(f"\n{header} \\- ", f"\n{name} \\- ", 1)
     text = text.replace(".SH SYNOPSIS\n", f".SH SYNOPSIS\n.B #include <{header}>\n", 1)
-    text = re.sub(r'(\.SH "Detailed Description"\n\.PP *\n)' + re.escape(brief) + " *\n", r"\1", text)
+    text = re.sub(rf'(\.SH "Detailed Description"\n\.PP *\n){re.escape(brief)} *\n', r"\1", text)
     # Routines with one description in common have it once, after the last of them.
     text = re.sub(r'\.br\n(\.RI "[^\n]*"\n)(?=\.ti -1c\n\.RI "[^\n]*"\n\.br\n\1)', "", text)
     text = text.replace('.RI "\\fB\\fP"\n', "")
@@ -33,7 +33,8 @@ def of_header(text, name, structures):
             text = re.sub(r'\.SH "(?:Typedef|Enumeration|Function)',
                           lambda match: f'.SS "struct {title}"\n{fields}{match.group()}', text, 1)
     return re.sub(r'\.SH "(?:Detailed )?(.*?)(?: Type)?( Documentation)?"',
-                  lambda match: f".SH {match.group(1).upper()}{'S' if match.group(2) else ''}", text)
+                  lambda match: ".SH " + match.group(1).upper() + ("S" if match.group(2) else ""),
+                  text)
 
 
 def of_guide(text):
@@ -68,8 +69,10 @@ def main():
     name, section, version, date, *structures = sys.argv[1:]
     text = sys.stdin.read()
     text = of_header(text, name, structures) if "\n.SH \"Author\"" in text else of_guide(text)
-    text = re.sub(r"\.TH .*", f'.TH {name.upper()} {section} {date} "comnlib {version}" comnlib', text, 1)
-    # Code in bold, as manual pages have it. A line that begins with an apostrophe would be a request.
+    title = f'.TH {name.upper()} {section} {date} "comnlib {version}" comnlib'
+    text = re.sub(r"\.TH .*", title, text, 1)
+    # Code in bold, as manual pages have it. A line that begins with an apostrophe would be a
+    # request.
     text = re.sub(r"\\f(\[[VC]\]|C)", r"\\fB", text)
     text = re.sub(r"^'", r"\\&'", text, flags=re.M)
     print("\n".join(without_empty_paragraphs(line.rstrip() for line in text.splitlines())))
