@@ -101,19 +101,32 @@ TEST(DateText, SeparatesImpossibleDatesFromOtherText) {
   EXPECT_EQ("syntax", read(std::string("2026\0", 5), kUsEnglish));
 }
 
+// Names that look like other parts of a date, or like each other.
+constexpr auto kOddNames = [] {
+  DateConventions odd = kUsEnglish;
+  odd.months[1] = "20240229";
+  odd.months[2] = "Jul  4";
+  odd.months[3] = odd.short_months[5] = "May";
+  odd.short_months[8] = "[a~";
+  return odd;
+}();
+
 // The paths of known layouts against the general reader, to which a blank in front leads.
 TEST(DateText, ReadsKnownLayoutsLikeAllOtherText) {
-  for (const std::string good : {"2024-02-29T15:05:09.250", "1999-12-31 23:59:59",
-                                 "Jul  4 2026  3:05PM", "May 31 1999 12:59am"}) {
+  for (const std::string good :
+       {"2024-02-29T15:05:09.250", "1999-12-31 23:59:59", "Jul  4 2026  3:05PM",
+        "May 31 1999 12:59am", "2024-02-29 ", "20240229  ", "May  9 1999", "Jul  4 2026   "}) {
     EXPECT_EQ(DateText::done, parse_datetime(good, kUsEnglish).status);
-    for (std::size_t at = 0; at < good.size(); ++at) {
-      for (int byte = 0; byte < 256; ++byte) {
-        std::string text = good;
-        text[at] = static_cast<char>(byte);
-        const ParsedDate fast = parse_datetime(text, kUsEnglish);
-        const ParsedDate slow = parse_datetime(' ' + text, kUsEnglish);
-        EXPECT_EQ(fast.status, slow.status) << text;
-        EXPECT_EQ(0, com__datecmp(&fast.value, &slow.value)) << text;
+    for (const auto* conventions : {&kUsEnglish, &kFrench, &kAllDay, &kOddNames}) {
+      for (std::size_t at = 0; at < good.size(); ++at) {
+        for (int byte = 0; byte < 256; ++byte) {
+          std::string text = good;
+          text[at] = static_cast<char>(byte);
+          const ParsedDate fast = parse_datetime(text, *conventions);
+          const ParsedDate slow = parse_datetime(' ' + text, *conventions);
+          EXPECT_EQ(fast.status, slow.status) << text;
+          EXPECT_EQ(0, com__datecmp(&fast.value, &slow.value)) << text;
+        }
       }
     }
   }

@@ -2,9 +2,11 @@
 // value leaves here that is not a valid datetime.
 #include "time/datetext.h"
 
-#include <algorithm>
-
 #include <emmintrin.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "chars/ascii.h"
 #include "chars/decimal.h"
@@ -165,6 +167,38 @@ CS_INT scan_month(DateCursor& in, const DateConventions& conventions) {
   }
   in.skip(longest);
   return month;
+}
+
+// Three letters as one number, ASCII ones in lower case; 0 for a name of another length.
+std::uint32_t three_letters(std::string_view name) {
+  if (name.size() != 3) return 0;
+  std::uint16_t two;
+  std::memcpy(&two, name.data(), sizeof two);
+  return two | static_cast<unsigned char>(name[2]) << 16 | 0x202020;
+}
+
+// Whether each of them is from "a" to "z". A byte out of range sets its highest bit.
+constexpr bool are_ascii_letters(std::uint32_t letters) {
+  return ((letters | (letters - 0x616161) | (0x7A7A7A - letters)) & 0x808080) == 0;
+}
+
+// The month whose short name of three ASCII letters comes next, with a blank after it; 0 where that
+// is not so, or another name may come next.
+CS_INT scan_short_month(DateCursor& in, const DateConventions& conventions) {
+  const std::string_view text = in.rest();
+  if (text.size() < 4 || text[3] != ' ') return 0;
+  const std::uint32_t letters = three_letters(text.substr(0, 3));
+  if (!are_ascii_letters(letters)) return 0;
+  std::size_t month = 0;
+  while (three_letters(conventions.short_months[month]) != letters)
+    if (++month == 12) return 0;
+  for (std::size_t other = 0; other < 12; ++other) {
+    const std::string_view name = conventions.months[other];
+    if (name.size() > 3 ? name[3] == ' ' : other != month && three_letters(name) == letters)
+      return 0;
+  }
+  in.skip(3);
+  return static_cast<CS_INT>(month) + 1;
 }
 
 // Between the elements of a named date: one of "/-.", or blanks and at most one comma.
@@ -396,37 +430,79 @@ CS_INT two_columns(const char* at) {
   return (at[0] == ' ' ? 0 : (at[0] - '0') * 10) + (at[1] - '0');
 }
 
-// "mmm dd yyyy hh:mmAM", the default style where the month comes first, with a name of any length:
-// text that begins with a letter. False leaves it to parse_any(), as above.
+// Names that begin with a digit or a separator might be taken for a part of a number or a date.
+bool has_letters(std::string_view name) {
+  return !name.empty() && is_letter(name[0]);
+}
+bool tells_time_by_letters(const DateConventions& conventions) {
+  return has_letters(conventions.am) && has_letters(conventions.pm);
+}
+
+bool is_blank_from(std::string_view text, std::size_t at) {
+  return text.find_first_not_of(' ', at) == std::string_view::npos;
+}
+
+// "mmm dd yyyy hh:mmAM", the default style where the month comes first, with a name of any length,
+// or "mmm dd yyyy": text that begins with a letter. False leaves it to parse_any(), as above.
 bool read_default(std::string_view text, const DateConventions& conventions, CS_DATETIME& value) {
-  constexpr std::string_view kAfterMonth = " dd yyyy hh:mm";
-  // Names that begin with a digit might be taken for numbers.
-  const auto has_letters = [](std::string_view name) {
-    return !name.empty() && is_letter(name[0]);
-  };
-  if (!has_letters(conventions.am) || !has_letters(conventions.pm)) return false;
+  constexpr std::string_view kDate = " dd yyyy";
+  constexpr std::string_view kDateAndTime = " dd yyyy hh:mm";
+  if (!tells_time_by_letters(conventions)) return false;
   DateCursor in(text);
   Reading reading;
-  reading.month = scan_month(in, conventions);
+  reading.month = scan_short_month(in, conventions);
+  if (reading.month == 0) reading.month = scan_month(in, conventions);
   const std::string_view rest = in.rest();
-  if (reading.month == 0 || rest.size() <= kAfterMonth.size()) return false;
+  if (reading.month == 0 || rest.size() < kDate.size()) return false;
   const char* const at = rest.data();
   const CS_INT century = two_columns(at + 4);
   const CS_INT year = two_columns(at + 6);
   reading.day = two_columns(at + 1);
+  // Only the day and the hour may have a blank for a leading zero.
+  if ((century | year | reading.day) < 0 || at[0] != ' ' || at[3] != ' ' || at[4] == ' ' ||
+      at[6] == ' ')
+    return false;
+  reading.year = century * 100 + year;
+  if (is_blank_from(rest, kDate.size())) return make(reading, value) == DateText::done;
+
+  if (rest.size() <= kDateAndTime.size()) return false;
   reading.hour = two_columns(at + 9);
   reading.minute = two_columns(at + 12);
-  if ((century | year | reading.day | reading.hour | reading.minute) < 0) return false;
-  for (const std::size_t blank : {0, 3, 8}) {
-    if (at[blank] != ' ') return false;
-  }
-  // Only the day and the hour may have a blank for a leading zero.
-  if (at[11] != ':' || at[4] == ' ' || at[6] == ' ' || at[12] == ' ') return false;
-  reading.year = century * 100 + year;
-  in.skip(kAfterMonth.size());
+  if ((reading.hour | reading.minute) < 0 || at[8] != ' ' || at[11] != ':' || at[12] == ' ')
+    return false;
+  in.skip(kDateAndTime.size());
   reading.meridiem = scan_meridiem(in, conventions);
   return reading.meridiem != Meridiem::none && in.done() && resolve_meridiem(reading) &&
          make(reading, value) == DateText::done;
+}
+
+// "yyyy-mm-dd" or "yyyymmdd", and blanks. False leaves it to parse_any(), as above.
+bool read_date(std::string_view text, const DateConventions& conventions, CS_DATETIME& value) {
+  constexpr std::size_t kCompact = std::string_view("yyyymmdd").size();
+  constexpr std::size_t kApart = std::string_view("yyyy-mm-dd").size();
+  if (text.size() < kCompact || !tells_time_by_letters(conventions)) return false;
+  const char* const at = text.data();
+  const bool apart = text.size() >= kApart && at[4] == '-' && at[7] == '-';
+  if (!is_blank_from(text, apart ? kApart : kCompact)) return false;
+  const char* const month_at = at + (apart ? 5 : 4);
+  const char* const day_at = at + (apart ? 8 : 6);
+  const CS_INT century = two_columns(at);
+  const CS_INT year = two_columns(at + 2);
+  const CS_INT month = two_columns(month_at);
+  const CS_INT day = two_columns(day_at);
+  if ((century | year | month | day) < 0 || at[0] == ' ' || at[2] == ' ' || *month_at == ' ' ||
+      *day_at == ' ')
+    return false;
+  if (!apart) {
+    const auto may_come = [first = at[0]](std::string_view name) {
+      return !name.empty() && name[0] == first;
+    };
+    if (std::ranges::any_of(conventions.months, may_come) ||
+        std::ranges::any_of(conventions.short_months, may_come))
+      return false;
+  }
+  value.dttime = 0;
+  return make_days(century * 100 + year, month - 1, day, value.dtdays) == kFieldsDone;
 }
 
 // Writes into room that was measured beforehand.
@@ -434,20 +510,34 @@ class DateWriter {
  public:
   explicit DateWriter(char* at) : at_(at) {}
 
-  // Byte by byte, since names are short.
+  // Most names have two to four bytes, which two pairs that may overlap hold.
   void text(std::string_view text) {
-    for (const char c : text) *at_++ = c;
+    if (text.size() >= 2 && text.size() <= 4) {
+      std::memcpy(at_, text.data(), 2);
+      at_ += text.size();
+      std::memcpy(at_ - 2, text.data() + text.size() - 2, 2);
+    } else {
+      for (const char c : text) *at_++ = c;
+    }
   }
   void character(char c) { *at_++ = c; }
 
-  // In exactly `width` digits, which the value does not exceed.
-  void number(CS_INT value, int width) {
-    at_ += width;
-    put_digits(static_cast<std::uint32_t>(value), width, at_);
+  // Two digits of a value below 100.
+  void pair(CS_INT value) {
+    std::memcpy(at_, &kDigitPairs[2 * static_cast<std::size_t>(value)], 2);
+    at_ += 2;
+  }
+  void year(CS_INT value) {
+    pair(value / 100);
+    pair(value % 100);
+  }
+  void milliseconds(CS_INT value) {
+    character(static_cast<char>('0' + value / 100));
+    pair(value % 100);
   }
   // In two columns, with a blank for a leading zero.
   void padded(CS_INT value) {
-    number(value, 2);
+    pair(value);
     if (value < 10) at_[-2] = ' ';
   }
 
@@ -460,19 +550,19 @@ constexpr std::size_t kDefaultLength = std::string_view(" dd yyyy hh:mm").size()
 constexpr std::size_t kLongLength = std::string_view(" dd yyyy hh:mm:ss:mmm").size();
 
 void write_iso(const CS_DATEREC& rec, DateWriter& out) {
-  out.number(rec.dateyear, 4);
+  out.year(rec.dateyear);
   out.character('-');
-  out.number(rec.datemonth + 1, 2);
+  out.pair(rec.datemonth + 1);
   out.character('-');
-  out.number(rec.datedmonth, 2);
+  out.pair(rec.datedmonth);
   out.character('T');
-  out.number(rec.datehour, 2);
+  out.pair(rec.datehour);
   out.character(':');
-  out.number(rec.dateminute, 2);
+  out.pair(rec.dateminute);
   out.character(':');
-  out.number(rec.datesecond, 2);
+  out.pair(rec.datesecond);
   out.character('.');
-  out.number(rec.datemsecond, 3);
+  out.milliseconds(rec.datemsecond);
 }
 
 void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view meridiem,
@@ -480,7 +570,7 @@ void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view
   const FieldOrder& at = fields_in(conventions.order);
   for (CS_BYTE place = 0; place < 3; ++place) {
     if (place == at.year) {
-      out.number(rec.dateyear, 4);
+      out.year(rec.dateyear);
     } else if (place == at.month) {
       out.text(month);
     } else {
@@ -491,12 +581,12 @@ void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view
   const CS_INT hour = rec.datehour % 12;
   out.padded(hour == 0 ? 12 : hour);
   out.character(':');
-  out.number(rec.dateminute, 2);
+  out.pair(rec.dateminute);
   if (conventions.style == COM_DATESTYLE_LONG) {
     out.character(':');
-    out.number(rec.datesecond, 2);
+    out.pair(rec.datesecond);
     out.character(':');
-    out.number(rec.datemsecond, 3);
+    out.milliseconds(rec.datemsecond);
   }
   out.text(meridiem);
 }
@@ -505,16 +595,17 @@ void write_named(const CS_DATEREC& rec, std::string_view month, std::string_view
 
 ParsedDate parse_datetime(std::string_view text, const DateConventions& conventions) {
   ParsedDate result;
-  const bool known_layout = !text.empty() && is_letter(text[0])
-                                ? read_default(text, conventions, result.value)
-                                : read_iso(text, result.value);
+  const bool known_layout =
+      !text.empty() && is_letter(text[0])
+          ? read_default(text, conventions, result.value)
+          : read_iso(text, result.value) || read_date(text, conventions, result.value);
   result.status = known_layout ? DateText::done : parse_any(text, conventions, result.value);
   return result;
 }
 
 FormattedDate format_datetime(const CS_DATETIME& value, const DateConventions& conventions,
                               std::span<char> room) {
-  CS_DATEREC rec{};
+  CS_DATEREC rec;
   com__datecrack(&value, &rec);
   com__timecrack(&value, &rec);
   if (rec.dateyear < kFirstYear || rec.dateyear > kLastYear || rec.datehour > 23)
