@@ -1,10 +1,10 @@
 // Memory pools: use at random, the fixed layouts and list orders.
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <array>
 #include <random>
 #include <span>
-
-#include <sys/mman.h>
 
 #include "pools.h"
 
@@ -19,36 +19,57 @@ int length(const Node* list, Node* Node::*next) {
   return count;
 }
 
-// Allocates and frees at random, each block filled with a byte of its own: blocks that overlap
-// spoil it.
-void use_at_random(MmHandle* pool, CS_INT kind, unsigned run, std::uintptr_t shift) {
+// Allocates, reallocates and frees at random, each block filled with a byte of its own: blocks that
+// overlap spoil it. At times the host has no memory.
+void use_at_random(MmHandle* pool, CS_INT kind, unsigned run, std::uintptr_t shift,
+                   unsigned least = 1) {
   std::vector<std::pair<std::span<CS_BYTE>, CS_BYTE>> blocks;
   std::mt19937 random(run);
   const auto expect_fill = [](std::span<CS_BYTE> block, CS_BYTE fill) {
     EXPECT_EQ(std::ranges::count(block, fill), std::ssize(block));
   };
+  const auto keep = [&](void* memory, std::size_t size) {
+    blocks.emplace_back(std::span(static_cast<CS_BYTE*>(memory), size), random());
+    std::ranges::fill(blocks.back().first, blocks.back().second);
+  };
   EXPECT_EQ(CS_SUCCEED, set(pool, MM_PROP_POOLTYPE, kind));
   for (int step = 0; step < 3000 || !blocks.empty(); ++step) {
     ASSERT_TRUE(step % 64 != 0 || com__mm_validate(pool) == CS_SUCCEED) << "step " << step;
+    const hosts::Failing failing(random() % 8 == 0 ? 1 : SIZE_MAX / 2);
+    const auto most = random() % 10 == 0 ? 9000U : 300U;
+    const std::size_t size = kind == MM_POOL_UNIFORM ? 20 : least + random() % most;
     if (step < 3000 && (blocks.empty() || random() % 10 < 6)) {
-      const auto most = random() % 10 == 0 ? 9000U : 300U;
-      const auto size = kind == MM_POOL_UNIFORM ? 20 : static_cast<CS_INT>(1 + random() % most);
       void* memory = nullptr;
-      const CS_RETCODE result = comn_mmalloc(pool, size, &memory);
-      if (memory == nullptr) {  // no room in caller memory, or a compaction that did not suffice
-        EXPECT_TRUE(result == CS_MEM_ERROR || (result == CS_SUCCEED && kind == MM_POOL_BUDDY));
+      const CS_RETCODE result = comn_mmalloc(pool, static_cast<CS_INT>(size), &memory);
+      if (memory == nullptr) {  // no memory, or a compaction that did not suffice
+        const bool may_succeed = kind == MM_POOL_BUDDY && !failing.reached();
+        EXPECT_EQ(may_succeed && result == CS_SUCCEED ? CS_SUCCEED : CS_MEM_ERROR, result);
         continue;
       }
+      EXPECT_FALSE(failing.reached());
       EXPECT_EQ(shift, reinterpret_cast<std::uintptr_t>(memory) % kWord);
-      const std::span block(static_cast<CS_BYTE*>(memory), static_cast<std::size_t>(size));
-      expect_fill(block, 0);
-      blocks.emplace_back(block, static_cast<CS_BYTE>(random()));
-      std::ranges::fill(block, blocks.back().second);
+      expect_fill({static_cast<CS_BYTE*>(memory), size}, 0);
+      keep(memory, size);
+      continue;
+    }
+    std::swap(blocks.back(), blocks[random() % blocks.size()]);
+    const auto [block, fill] = blocks.back();
+    void* moved = block.data();
+    if (kind == MM_POOL_BUDDY && random() % 4 == 0) {
+      const CS_RETCODE result = comn_mmrealloc(pool, static_cast<CS_INT>(size), &moved);
+      EXPECT_EQ(failing.reached()       ? CS_MEM_ERROR
+                : moved == block.data() ? result
+                                        : CS_SUCCEED,
+                result);
+      EXPECT_EQ(failing.reached() ? block.data() : moved, moved);
+      expect_fill({static_cast<CS_BYTE*>(moved), block.size()}, fill);
+      if (moved != block.data()) {
+        blocks.pop_back();
+        keep(moved, size);
+      }
     } else {  // a block that cannot be freed is only forgotten
-      std::swap(blocks.back(), blocks[random() % blocks.size()]);
-      const auto [block, fill] = blocks.back();
       expect_fill(block, fill);
-      EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool, block.data()));
+      EXPECT_EQ(kind == MM_POOL_ALLOCONLY ? CS_FAIL : CS_SUCCEED, comn_mmfree(pool, moved));
       blocks.pop_back();
     }
   }
@@ -58,16 +79,15 @@ void use_at_random(MmHandle* pool, CS_INT kind, unsigned run, std::uintptr_t shi
 // Subpools of all kinds, filled and dropped in turn, leave nothing behind in the top pool.
 TEST(Pools, RandomOperationsOnAContext) {
   for (unsigned round = 0; round < 4; ++round) {
-    Host host(static_cast<int>(round));  // chunks start at any address
+    PoolContext host(static_cast<int>(round));  // chunks start at any address
+    host.ctxthread = &host.threads;
     const Pool top(host);
-    std::array<MmHandle*, 3> pools = {};
     for (CS_INT i = 0; i < 3; ++i) {
-      pools[i] = subpool(top, i);
       const CS_INT blocksizes[] = {64, 1000, 4096, 100'000};
-      ASSERT_EQ(CS_SUCCEED, set(pools[i], MM_PROP_BLOCKSIZE, blocksizes[round]));
-      use_at_random(pools[i], kKinds[(i + round) % 3], round, round);
+      ASSERT_EQ(CS_SUCCEED, set(subpool(top, i), MM_PROP_BLOCKSIZE, blocksizes[round]));
+      use_at_random(subpool(top, i), kKinds[(i + round) % 3], round, round);
     }
-    for (const std::size_t i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pools[i], CS_UNUSED));
+    for (const CS_INT i : {1, 0, 2}) EXPECT_EQ(CS_SUCCEED, comn_mmdrop(subpool(top, i), CS_UNUSED));
     EXPECT_EQ(nullptr, top->mmh_head->mph_heap);
   }
 }
@@ -78,9 +98,8 @@ TEST(Pools, RandomOperationsInCallerMemory) {
       const auto shift = static_cast<std::size_t>(length % 4);
       std::vector<CS_BYTE> memory(static_cast<std::size_t>(length) + shift + 1, 0xab);
       CS_BYTE* const buffer = memory.data() + shift;
-      MmHandle* pool = nullptr;
       const CS_INT half = length / 16 * 8;
-      ASSERT_EQ(CS_SUCCEED, comn_mmmanage(buffer, half, &pool));
+      const Pool pool(buffer, static_cast<std::size_t>(half));
       put(pool, MM_PROP_ADDMEMORY, buffer + half, length - half);
       use_at_random(pool, kind, static_cast<unsigned>(kind + length), shift);
       EXPECT_EQ(0xab, buffer[length]) << "nothing after the area is touched";
@@ -89,16 +108,21 @@ TEST(Pools, RandomOperationsInCallerMemory) {
   }
 }
 
+// Blocks that each have a chunk of their own, which goes back with them.
+TEST(Pools, FindManyChunks) {
+  PoolContext host;
+  const Pool pool(host);
+  use_at_random(pool, MM_POOL_BUDDY, 1, 0, 5000);
+  EXPECT_EQ(2U, host.live.size()) << "the control records";
+}
+
 // --- Heaps ---------------------------------------------------------------------------------------
 
 TEST(Heap, SplitsFirstFitAndMergesOnFree) {
-  alignas(kWord) CS_BYTE area[1 + kControlSize];
-  CS_BYTE* const control = area + 1;
-  CS_BYTE memory[kOverhead + 25 * kWord];
-  auto* pool = reinterpret_cast<MmHandle*>(control);
-  ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
-  EXPECT_EQ(control + kHeadSize, reinterpret_cast<CS_BYTE*>(pool));
-  MmHeap* heap = pool->mmh_head->mph_heap;
+  alignas(kWord) CS_BYTE control[1 + kControlSize], memory[kOverhead + 25 * kWord];
+  const Pool pool(memory, sizeof memory, control + 1);
+  EXPECT_EQ(control + 1 + kHeadSize, reinterpret_cast<CS_BYTE*>(pool.handle));
+  const MmHeap* heap = pool->mmh_head->mph_heap;
   std::array<void*, 5> blocks = {};
   const CS_INT sizes[] = {4 * kWord, 2 * kWord - 3, 4 * kWord, 5 * kWord, 3 * kWord};
   const CS_INT offsets[] = {0, 5, 8, 13, 19};  // words: rounded, a size word before each
@@ -124,19 +148,15 @@ TEST(Heap, RestsWithoutRoomForALink) {
   for (CS_INT tail = 0; tail < kWord; ++tail) {
     std::vector<CS_BYTE> memory(static_cast<std::size_t>(kOverhead + 11 * kWord + tail));
     CS_BYTE control[kControlSize];
-    auto* pool = reinterpret_cast<MmHandle*>(control);
-    ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory.data(), static_cast<CS_INT>(memory.size()), &pool));
-    MmHeap* heap = pool->mmh_head->mph_heap;
-    void* whole = nullptr;
+    const Pool pool(memory.data(), memory.size(), control);
+    const MmHeap* heap = pool->mmh_head->mph_heap;
+    void *whole = nullptr, *first = nullptr, *second = nullptr;
     ASSERT_EQ(CS_SUCCEED, com___getheap(pool, 10 * kWord, &whole));
     ASSERT_NE(nullptr, heap->free) << "at the end of a heap it stays on the list";
     EXPECT_EQ(tail, heap->free->size);
     com___putheap(pool, whole);
     EXPECT_EQ(11 * kWord + tail, heap->free->size);
-    void* first = nullptr;
-    void* second = nullptr;
-    com___getheap(pool, 5 * kWord, &first);
-    com___getheap(pool, 5 * kWord, &second);
+    for (void** out : {&first, &second}) com___getheap(pool, 5 * kWord, out);
     com___putheap(pool, first);
     com___getheap(pool, 4 * kWord, &first);  // in front of a block no such rest is made
     EXPECT_EQ(5U * kWord, header_of(first));
@@ -144,17 +164,15 @@ TEST(Heap, RestsWithoutRoomForALink) {
 }
 
 TEST(Heap, ChunksHaveTheStatedSizesAndGoBackWhole) {
-  Host host;
+  PoolContext host;
   const Pool pool(host);
-  void* small = nullptr;
-  void* exact = nullptr;
+  void *small = nullptr, *exact = nullptr;
   com___getheap(pool, 10, &small);
   com___getheap(pool, 4101, &exact);
   constexpr CS_INT kSecond = 4104 + kOverhead;
   EXPECT_EQ((std::vector<CS_INT>{kHeadSize, kHandleSize, 4120, kSecond}), host.requests);
   EXPECT_EQ(kSecond, pool->mmh_head->mph_heap->size) << "newest first";
-  com___putheap(pool, small);
-  com___putheap(pool, exact);
+  for (void* block : {small, exact}) com___putheap(pool, block);
   EXPECT_EQ(2u, host.live.size());
   EXPECT_EQ(4120 + kSecond, pool->mmh_head->mph_totalsize) << "never decreased";
   set(pool, MM_PROP_MAXSIZE, 4120 + kSecond + 4119);
@@ -188,7 +206,7 @@ TEST(Heap, LengthsOfManagedMemory) {
 // --- Disciplines ---------------------------------------------------------------------------------
 
 TEST(Buddy, OrdersAndHeaders) {
-  Host host;
+  PoolContext host;
   const Pool pool(host);
   CS_BYTE* first = allocate(pool, 0);
   const CS_INT top_level = rounded(4096 + kWord + kLink) + kOverhead;
@@ -227,7 +245,7 @@ TEST(Buddy, OrdersAndHeaders) {
 }
 
 TEST(Buddy, MergesOnlyWhenItRunsOut) {
-  Host host;
+  PoolContext host;
   const Pool pool(host, MM_POOL_BUDDY, span(2));
   std::array<CS_BYTE*, 4> quarters = {};
   for (CS_BYTE*& quarter : quarters) quarter = allocate(pool, most(0));
@@ -251,8 +269,7 @@ TEST(Buddy, MergesOnlyWhenItRunsOut) {
 // Addresses whose marks wrap around: the top-level blocks cross the boundary.
 TEST(Buddy, MarksWrapAround) {
   std::vector<CS_BYTE> memory(std::size_t{3} * span(15));
-  MmHandle* pool = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory.data(), static_cast<CS_INT>(memory.size()), &pool));
+  const Pool pool(memory.data(), memory.size());
   set(pool, MM_PROP_BLOCKSIZE, span(14));
   std::vector<void*> blocks;
   for (void* out = nullptr; comn_mmalloc(pool, 1000, &out) == CS_SUCCEED; out = nullptr)
@@ -264,7 +281,7 @@ TEST(Buddy, MarksWrapAround) {
 
 // Headers and lists end at order 15: a top-level block of order 16 enters as two of those.
 TEST(Buddy, HasNoBlockOfOrder16) {
-  Host host;
+  PoolContext host;
   const Pool pool(host, MM_POOL_BUDDY, span(15) + 1);
   constexpr CS_INT kLargest = most(15);
   CS_BYTE* const lower = allocate(pool, kLargest);
@@ -290,7 +307,7 @@ TEST(Uniform, SlabsOfOneSize) {
               {5000, 4096, 5000 + kWord, 5000 + kWord},
               {0, 10, 2 * kWord, 2 * kWord}};
   for (const auto& row : rows) {
-    Host host;
+    PoolContext host;
     const Pool pool(host, MM_POOL_UNIFORM, row.blocksize);
     CS_BYTE* one = allocate(pool, row.size);
     EXPECT_EQ(row.slab, get(pool, MM_PROP_BLOCKSIZE));
@@ -312,7 +329,7 @@ TEST(Uniform, SlabsOfOneSize) {
 }
 
 TEST(AllocOnly, BumpsThroughRegions) {
-  Host host;
+  PoolContext host;
   const Pool pool(host, MM_POOL_ALLOCONLY, 128);
   CS_BYTE* first = allocate(pool, 5);
   EXPECT_EQ(reinterpret_cast<CS_BYTE*>(pool->mmh_blocks) + kLink + 24, first) << "link and header";
@@ -337,41 +354,20 @@ TEST(Pools, AddressesAreComparedWhole) {
   for (const std::uint64_t offset :
        {2 * kBorder, kBorder - (2 << 20), kBorder, 2 * kBorder - (2 << 20), 3 * kBorder,
         4 * kBorder - 75 * 4096}) {
-    const std::uint64_t start = kBase + offset;
-    void* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(start));
+    auto* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(kBase + offset));
     void* const area = mmap(wanted, kSize, PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
     if (area == wanted) areas.push_back(static_cast<CS_BYTE*>(area));
   }
   if (areas.size() < 4) GTEST_SKIP() << "a checker has these addresses";
   for (const CS_INT kind : kKinds) {
-    MmHandle* pool = nullptr;
-    ASSERT_EQ(CS_SUCCEED, comn_mmmanage(areas[0], kSize, &pool));
+    const Pool pool(areas[0], kSize);
     for (std::size_t i = 1; i < areas.size(); ++i)
       ASSERT_EQ(CS_SUCCEED, put(pool, MM_PROP_ADDMEMORY, areas[i], kSize));
     EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
     use_at_random(pool, kind, static_cast<unsigned>(kind), 0);
   }
   for (CS_BYTE* area : areas) munmap(area, kSize);
-}
-
-// Many chunks that come and go in no order, each with one large block.
-TEST(Pools, FindManyChunks) {
-  Host host;
-  const Pool pool(host);
-  std::mt19937 random(1);
-  std::vector<CS_BYTE*> blocks;
-  for (int step = 0; step < 3000; ++step) {
-    if (blocks.empty() || random() % 5 < 3) {
-      blocks.push_back(allocate(pool, 5000));
-    } else {
-      std::swap(blocks.back(), blocks[random() % blocks.size()]);
-      ASSERT_EQ(CS_SUCCEED, comn_mmfree(pool, blocks.back()));
-      blocks.pop_back();
-    }
-    ASSERT_TRUE(step % 100 != 0 || com__mm_validate(pool) == CS_SUCCEED) << step;
-    ASSERT_EQ(blocks.size() + 2, host.live.size());
-  }
 }
 
 }  // namespace

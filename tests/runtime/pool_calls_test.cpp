@@ -1,16 +1,14 @@
 // The calls on pools: properties and locks, subpools, memory that is short, and every stop.
-#include <csignal>
-
-#include "comnlib/thread.h"
+#include "comnlib/diag.h"
 #include "pools.h"
-#include "support/host_alloc.h"
+#include "support/stops.h"
 
 namespace {
 
 using namespace pools;
 
 TEST(Properties, AreFixedByTheFirstAllocation) {
-  Host host;
+  PoolContext host;
   CS_BYTE control[kControlSize];
   auto* pool = reinterpret_cast<MmHandle*>(control);
   ASSERT_EQ(CS_SUCCEED, comn_mminit(&host, &pool));
@@ -36,9 +34,8 @@ TEST(Properties, AreFixedByTheFirstAllocation) {
   EXPECT_EQ(kControlSize, get(pool, MM_PROP_CTLSIZE));
   for (const CS_INT refused : {MM_PROP_CTLSIZE, MM_PROP_SUBPOOL})
     EXPECT_EQ(CS_FAIL, set(pool, refused, 160));
-  for (const CS_INT untold : {MM_PROP_SBREAKARG, MM_PROP_LOCKARG, MM_PROP_LOCK})
-    EXPECT_EQ(nullptr, get<void*>(pool, untold))
-        << "an argument is not told, a function is not there";
+  for (const CS_INT none : {MM_PROP_SBREAKARG, MM_PROP_LOCKARG, MM_PROP_LOCK})
+    EXPECT_EQ(nullptr, get<void*>(pool, none)) << "no argument is given out, no function is there";
   void* nothing = nullptr;
   EXPECT_EQ(CS_FAIL, comn_mmrealloc(pool, 100, &nothing)) << "not of this kind";
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
@@ -46,12 +43,10 @@ TEST(Properties, AreFixedByTheFirstAllocation) {
 
 // A pool in caller memory that gets more of it and borrows a context's chunk functions.
 TEST(Properties, ManagedPoolCanGrow) {
-  Host host;
+  PoolContext host;
   const Pool source(host);
-  CS_UINT memory[100];
-  CS_UINT more[100];
-  MmHandle* pool = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_mmmanage(memory, sizeof memory, &pool));
+  CS_BYTE memory[400], more[400];
+  const Pool pool(memory, sizeof memory);
   set(pool, MM_PROP_BLOCKSIZE, 16);
   void* out = nullptr;
   EXPECT_EQ(CS_MEM_ERROR, comn_mmalloc(pool, 300, &out));
@@ -63,41 +58,41 @@ TEST(Properties, ManagedPoolCanGrow) {
   EXPECT_EQ(3u, host.live.size());
   put(pool, MM_PROP_UNSBREAK, get<void*>(source, MM_PROP_UNSBREAK));
   EXPECT_EQ(CS_SUCCEED, comn_mmfree(pool, block)) << "the caller's memory is not given back";
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
 }
 
-struct Lock {
-  int depth = 0;
-  int taken = 0;
+// --- Locks ---------------------------------------------------------------------------------------
+
+struct HostLock {
+  int depth = 0, taken = 0;
   CS_RETCODE result = CS_SUCCEED;
   static CS_RETCODE take(MmHandle*, CS_VOID* arg) {
-    auto* lock = static_cast<Lock*>(arg);
+    auto* lock = static_cast<HostLock*>(arg);
     if (lock->result != CS_SUCCEED) return lock->result;
     ++lock->taken;
     EXPECT_EQ(1, ++lock->depth);
     return CS_SUCCEED;
   }
   static CS_RETCODE release(MmHandle*, CS_VOID* arg) {
-    EXPECT_EQ(0, --static_cast<Lock*>(arg)->depth);
+    EXPECT_EQ(0, --static_cast<HostLock*>(arg)->depth);
     return CS_BUSY;
   }
   void install(MmHandle* pool) {
-    put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(release));
+    put_function(pool, MM_PROP_UNLOCK, release);
     put(pool, MM_PROP_LOCKARG, this);
-    EXPECT_EQ(CS_SUCCEED, put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(take)));
+    EXPECT_EQ(CS_SUCCEED, put_function(pool, MM_PROP_LOCK, take));
   }
 };
 
 TEST(Locks, EveryCallTakesAndReleases) {
-  Host host;
+  PoolContext host;
   MmHandle* const pool = Pool(host).release();
-  Lock lock;
+  HostLock lock;
   lock.install(pool);
   MmHandle* sub = subpool(pool, 1);
   void* block = allocate(sub, 5);
   comn_mmrealloc(sub, 50, &block);
   comn_mmfree(sub, block);
-  EXPECT_EQ(CS_FAIL, put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(Lock::take)));
+  EXPECT_EQ(CS_FAIL, put_function(pool, MM_PROP_LOCK, HostLock::take));
   EXPECT_EQ(CS_BUSY, comn_mmdrop(pool, CS_UNUSED));
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(sub, CS_UNUSED));
   get(pool, MM_PROP_CTLSIZE);
@@ -109,17 +104,23 @@ TEST(Locks, EveryCallTakesAndReleases) {
     EXPECT_EQ(CS_INTERRUPT, result);
   lock.result = CS_SUCCEED;
   for (const CS_INT property : {MM_PROP_LOCK, MM_PROP_LOCKARG, MM_PROP_UNLOCK}) {
-    EXPECT_EQ(CS_BUSY, comn_mmproperty(pool, CS_CLEAR, property, nullptr, 0, nullptr));
+    EXPECT_EQ(CS_BUSY, clear(pool, property));
     EXPECT_EQ(nullptr, get<void*>(pool, MM_PROP_UNLOCK)) << "one clears all three";
     EXPECT_EQ(nullptr, pool->mmh_head->mph_lockarg) << property;
     lock.install(pool);
   }
-  comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
-  lock.depth = 1;  // an unlock function alone is called too
-  put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(Lock::release));
+  clear(pool, MM_PROP_LOCK);
+  lock.taken = 0;
   put(pool, MM_PROP_LOCKARG, &lock);
-  EXPECT_EQ(CS_BUSY, comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr));
-  EXPECT_EQ(CS_SUCCEED, comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr));
+  put_function(pool, MM_PROP_LOCK, HostLock::take);
+  comn_mmfree(pool, allocate(pool, 5));
+  EXPECT_EQ(CS_SUCCEED, clear(pool, MM_PROP_LOCK));
+  EXPECT_EQ(0, lock.taken) << "not without an unlock function";
+  lock.depth = 1;  // which is called by itself too
+  put_function(pool, MM_PROP_UNLOCK, HostLock::release);
+  put(pool, MM_PROP_LOCKARG, &lock);
+  EXPECT_EQ(CS_BUSY, clear(pool, MM_PROP_LOCK));
+  EXPECT_EQ(CS_SUCCEED, clear(pool, MM_PROP_LOCK));
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
   EXPECT_EQ(0, lock.depth);
 }
@@ -127,7 +128,7 @@ TEST(Locks, EveryCallTakesAndReleases) {
 // A source that asks the pool while it gives back chunks of a pool that is removed does not wait
 // for the lock that the removal holds.
 TEST(Locks, AreNotTakenDuringRemoval) {
-  Host host;
+  PoolContext host;
   MmHandle* const pool = Pool(host).release();
   static int taken;
   taken = 0;
@@ -136,44 +137,73 @@ TEST(Locks, AreNotTakenDuringRemoval) {
   const MM_UNSBREAK_FUNC less = [](MmHandle* handle, CS_VOID* context, CS_VOID* chunk) {
     get(handle, MM_PROP_CHUNKSIZE);
     EXPECT_EQ(1, taken) << "by the drop alone";
-    static_cast<Host*>(context)->ctxfree(static_cast<Host*>(context), chunk);
+    static_cast<PoolContext*>(context)->ctxfree(static_cast<PoolContext*>(context), chunk);
   };
   allocate(pool, 5);
-  put(pool, MM_PROP_UNSBREAK, reinterpret_cast<void*>(less));
-  put(pool, MM_PROP_UNLOCK, reinterpret_cast<void*>(release));
-  put(pool, MM_PROP_LOCK, reinterpret_cast<void*>(take));
+  put_function(pool, MM_PROP_UNSBREAK, less);
+  put_function(pool, MM_PROP_UNLOCK, release);
+  put_function(pool, MM_PROP_LOCK, take);
   EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool, CS_UNUSED));
   EXPECT_EQ(1, taken);
 }
 
+// The mutex that a pool makes by its context's thread table.
 TEST(Locks, MutexOfTheContextsThreadTable) {
-  CS_THREAD table = *comn_thread_table();
-  Host host;
-  host.ctxthread = &table;
-  const std::size_t before = host_alloc::live_blocks();
-  for (const bool clear : {false, true}) {
+  const hosts::NothingLost nothing_lost;
+  PoolContext host;
+  host.ctxthread = &host.threads;
+  for (const bool cleared : {false, true}) {
     Pool pool(host);
     auto* mutex = static_cast<COMN_MUTEX*>(pool->mmh_head->mph_lockarg);
     EXPECT_EQ(17, pool->mmh_head->mph_status);
     comn_mmfree(pool, allocate(pool, 1));
     EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)) << "released";
-    if (clear) comn_mmproperty(pool, CS_CLEAR, MM_PROP_LOCK, nullptr, 0, nullptr);
+    if (cleared) clear(pool, MM_PROP_LOCK);
     EXPECT_EQ(CS_SUCCEED, comn_mmdrop(pool.release(), CS_UNUSED));
-    if (clear) {
-      EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex)) << "its creator's";
-    }
-    EXPECT_EQ(before, host_alloc::live_blocks());
+    EXPECT_TRUE(!cleared || comn_delete_mutex(mutex) == CS_SUCCEED) << "its creator's";
   }
-  table.create_mutex_fn = [](COMN_MUTEX**) -> CS_RETCODE { return CS_BUSY; };
   MmHandle* pool = nullptr;
+  for (std::size_t n = 1; n <= 3; ++n) {
+    const hosts::Failing failing(n);
+    EXPECT_EQ(CS_FAIL, comn_mminit(&host, &pool)) << "head, handle, mutex";
+  }
+  host.threads.create_mutex_fn = [](COMN_MUTEX**) -> CS_RETCODE { return CS_BUSY; };
   EXPECT_EQ(CS_BUSY, comn_mminit(&host, &pool));
-  table = {};  // a table without functions locks nothing
-  const Pool unlocked(host);
+}
+
+// The functions of the table are asked, whichever of them it has.
+TEST(Locks, FunctionsOfTheThreadTable) {
+  static int held, calls;
+  const auto take = [](COMN_MUTEX* mutex) { return ++calls, ++held, comn_take_mutex(mutex); };
+  const auto release = [](COMN_MUTEX* mutex) { return --held, comn_release_mutex(mutex); };
+  for (const int own : {0, 1, 2, 3}) {
+    PoolContext host;
+    host.ctxthread = &host.threads;
+    if ((own & 1) != 0) host.threads.take_mutex_fn = take;
+    if ((own & 2) != 0) host.threads.release_mutex_fn = release;
+    const Pool pool(host);
+    held = calls = 0;
+    comn_mmfree(pool, allocate(pool, 1));
+    EXPECT_EQ((own & 1) != 0 ? 2 : 0, calls) << own;
+    EXPECT_EQ(own == 1 ? 2 : own == 2 ? -2 : 0, held) << own;
+    testing::internal::CaptureStdout();
+    com_errset(COM_TRACE_ALL);
+    allocate(pool, 1);
+    com_errset(COM_TRACE_NONE);
+    const std::string trace = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(3, std::ranges::count(trace, '\n')) << "of the mutex's two routines too: " << trace;
+  }
+  PoolContext bare;  // a table without functions locks nothing
+  bare.threads = {};
+  bare.ctxthread = &bare.threads;
+  const Pool unlocked(bare);
   comn_mmfree(unlocked, allocate(unlocked, 1));
 }
 
+// --- Subpools and sizes --------------------------------------------------------------------------
+
 TEST(Subpools, FormATreeThatForceRemovesFromItsTop) {
-  Host host;
+  PoolContext host;
   MmHandle* const top = Pool(host, MM_POOL_UNIFORM, 1000).release();
   MmHandle* one = subpool(top, 1);
   MmHandle* two = subpool(top, 2);
@@ -191,7 +221,7 @@ TEST(Subpools, FormATreeThatForceRemovesFromItsTop) {
 
 TEST(Pools, RequestsThatNoMemoryMeets) {
   for (const CS_INT kind : kKinds) {
-    Host host;
+    PoolContext host;
     const Pool pool(host, kind);
     void* block = nullptr;
     for (const CS_INT size : {0x7fffffff, 0x7fffffff - 20, 0x7fffffff - 16 * kWord})
@@ -205,28 +235,24 @@ TEST(Pools, RequestsThatNoMemoryMeets) {
   }
 }
 
-// Calls that stop the process.
-#define EXPECT_STOP(...) \
-  EXPECT_EXIT((__VA_ARGS__), testing::KilledBySignal(SIGABRT), "assertion failed|Invalid pointer")
+// --- Calls that stop -----------------------------------------------------------------------------
 
 TEST(PoolsDeathTest, MisuseStops) {
-  Host host;
-  CS_UINT outside[200] = {};
+  using stops::kAssertion, stops::kPointer;
+  PoolContext host;
+  CS_BYTE outside[800] = {};
   void* out = nullptr;
-  MmHandle* none = nullptr;
-  MmHandle* managed = nullptr;
+  MmHandle *none = nullptr, *managed = nullptr;
   const Pool buddy(host), fresh(host), undecided(host, MM_POOL_NONE);
   const Pool uniform(host, MM_POOL_UNIFORM), tiny(host, MM_POOL_UNIFORM);
   const Pool alloconly(host, MM_POOL_ALLOCONLY);
-  CS_BYTE* const block = allocate(buddy, 24);
-  CS_BYTE* const other = allocate(buddy, 24);
-  CS_BYTE* const large = allocate(buddy, 50'000);
-  CS_BYTE* const node = allocate(uniform, 24);
+  CS_BYTE *const block = allocate(buddy, 24), *const other = allocate(buddy, 24);
+  CS_BYTE *const large = allocate(buddy, 50'000), *const node = allocate(uniform, 24);
   allocate(alloconly, 24);
   comn_mmmanage(outside, sizeof outside, &managed);
   MmHandle* const dropped = subpool(managed, 1);
   comn_mmdrop(managed, MM_FORCE_DROP);
-  Lock lock;
+  HostLock lock;
   const auto realloc = [&](MmHandle* pool, void* from, CS_INT size) {
     comn_mmrealloc(pool, size, &from);
   };
@@ -235,65 +261,73 @@ TEST(PoolsDeathTest, MisuseStops) {
     for (const int i : {0, 1, 0})
       if (i == 0 || another_between) comn_mmfree(pool, blocks[i]);
   };
-  const auto put_twice = [&] {
+  const auto put_heap = [&](CS_UINT size) {
+    com___getheap(fresh, 16, &out), header_of(out) = size, com___putheap(fresh, out);
+  };
+  const auto put_heap_twice = [&] {
     for (int i = 0; i < 2; ++i) com___getheap(fresh, 16, &out);
     for (int i = 0; i < 2; ++i) com___putheap(fresh, out);
   };
   const auto compact = [&] {
     for (;;) comn_mmalloc(buddy, 60, &out);
   };
-  EXPECT_STOP(host.ctxversion = 112, comn_mminit(&host, &none));
-  EXPECT_STOP(comn_mminit(&host, nullptr));
-  EXPECT_STOP(comn_mmmanage(nullptr, 1000, &none));
-  EXPECT_STOP(comn_mmalloc(buddy, -1, &out));
-  EXPECT_STOP(comn_mmalloc(nullptr, 1, &out));
-  EXPECT_STOP(comn_mmalloc(buddy, 1, nullptr));
-  EXPECT_STOP(comn_mmalloc(undecided, 1, &out));
-  EXPECT_STOP(comn_mmalloc(managed, 1, &out));
-  EXPECT_STOP(comn_mmdrop(dropped, CS_UNUSED));
-  EXPECT_STOP(comn_mmfree(fresh, block));
-  EXPECT_STOP(comn_mmfree(buddy, outside + 8));
-  EXPECT_STOP(comn_mmfree(alloconly, block));
-  EXPECT_STOP(free_twice(buddy, 24, false));
-  EXPECT_STOP(free_twice(buddy, 50'000, false));
-  for (const bool another_between : {false, true}) {
-    EXPECT_STOP(free_twice(uniform, 24, another_between));
-    EXPECT_STOP(free_twice(tiny, 4, another_between));
-  }
-  EXPECT_STOP(header_of(block + 8) = header_of(block), comn_mmfree(buddy, block + 8));
-  EXPECT_STOP(header_of(block) |= 15, comn_mmfree(buddy, block));
-  EXPECT_STOP(header_of(block) ^= 0x100000, comn_mmfree(buddy, block));
-  EXPECT_STOP(header_of(block) |= 0x80000000, comn_mmfree(buddy, block));
-  for (const CS_UINT damage :
-       {1U * kWord, 3U * kWord, 0U - 3U * kWord})  // a size that the heap did not give
-    EXPECT_STOP(header_of(large) += damage, comn_mmfree(buddy, large)) << damage;
-  EXPECT_STOP(comn_mmfree(buddy, block), header_of(other) ^= 0x10000, compact());
-  EXPECT_STOP(comn_mmfree(buddy, block), header_of(block) ^= 1, compact());
-  EXPECT_STOP(comn_mmfree(buddy, block), header_of(block) = 0x20202020, allocate(buddy, 24));
-  EXPECT_STOP(header_of(node) = 20, comn_mmfree(uniform, node));
-  EXPECT_STOP(realloc(buddy, block, -5));
-  EXPECT_STOP(realloc(buddy, nullptr, 5));
-  EXPECT_STOP(comn_mmfree(buddy, block), realloc(buddy, block, 500));
-  EXPECT_STOP(realloc(fresh, block, 500));
-  EXPECT_STOP(realloc(undecided, block, 500));
-  EXPECT_STOP(comn_mmproperty(buddy, 36, MM_PROP_CHUNKSIZE, &out, 0, nullptr));
-  EXPECT_STOP(comn_mmproperty(buddy, CS_CLEAR, MM_PROP_CHUNKSIZE, &out, 0, nullptr));
-  EXPECT_STOP(set(fresh, MM_PROP_POOLTYPE, 2239));
-  EXPECT_STOP(set(fresh, MM_PROP_CHUNKSIZE, 0));
-  EXPECT_STOP(put(fresh, MM_PROP_SBREAK, nullptr));
-  EXPECT_STOP(put(fresh, MM_PROP_ADDMEMORY, outside, 2 * kWord));
-  EXPECT_STOP(com___putblock(buddy, block));
-  EXPECT_STOP(com___remove_subpool(fresh));
-  EXPECT_STOP(comn_mmdiag());
-  EXPECT_STOP(comn_mmdrop(fresh, 0));
-  EXPECT_STOP(put_twice());
-  EXPECT_STOP(com___getheap(fresh, 16, &out), header_of(out) = 0, com___putheap(fresh, out));
-  EXPECT_STOP(com___getheap(fresh, 16, &out), header_of(out) = 100'000, com___putheap(fresh, out));
-  EXPECT_STOP(lock.install(buddy), lock.result = CS_FAIL, comn_mmfree(buddy, block));
-  for (const CS_INT size : {kHandleSize, kControlSize - 1, kControlSize + 2 * kWord})
-    EXPECT_STOP(comn_mmmanage(outside, size, &none)) << size;
-  for (const CS_INT code : {MM_PROP_POOLTYPE - 1, +MM_PROP_ADDMEMORY, MM_PROP_BLOCKSIZE + 1})
-    EXPECT_STOP(comn_mmproperty(buddy, CS_GET, code, &out, 0, nullptr)) << code;
+  stops::expect({
+      STOP(kAssertion, host.ctxversion = 112, comn_mminit(&host, &none)),
+      STOP(kPointer, comn_mminit(&host, nullptr)),
+      STOP(kPointer, comn_mmmanage(nullptr, 1000, &none)),
+      STOP(kAssertion, comn_mmmanage(outside, kHandleSize, &none)),
+      STOP(kAssertion, comn_mmmanage(outside, kControlSize - 1, &none)),
+      STOP(kAssertion, comn_mmmanage(outside, kControlSize + 2 * kWord, &none)),
+      STOP(kAssertion, comn_mmalloc(buddy, -1, &out)),
+      STOP(kPointer, comn_mmalloc(nullptr, 1, &out)),
+      STOP(kPointer, comn_mmalloc(buddy, 1, nullptr)),
+      STOP(kAssertion, comn_mmalloc(undecided, 1, &out)),
+      STOP(kAssertion, comn_mmalloc(managed, 1, &out)),
+      STOP(kAssertion, comn_mmdrop(dropped, CS_UNUSED)),
+      STOP(kAssertion, comn_mmdrop(fresh, 0)),
+      STOP(kAssertion, comn_mmfree(fresh, block)),
+      STOP(kAssertion, comn_mmfree(buddy, outside + 32)),
+      STOP(kAssertion, comn_mmfree(alloconly, block)),
+      STOP(kAssertion, lock.install(buddy), lock.result = CS_FAIL, comn_mmfree(buddy, block)),
+      STOP(kAssertion, free_twice(buddy, 24, false)),
+      STOP(kAssertion, free_twice(buddy, 50'000, false)),
+      STOP(kAssertion, free_twice(uniform, 24, false)),
+      STOP(kAssertion, free_twice(uniform, 24, true)),
+      STOP(kAssertion, free_twice(tiny, 4, false)),
+      STOP(kAssertion, free_twice(tiny, 4, true)),
+      STOP(kAssertion, header_of(block + 8) = header_of(block), comn_mmfree(buddy, block + 8)),
+      STOP(kAssertion, header_of(block) |= 15, comn_mmfree(buddy, block)),
+      STOP(kAssertion, header_of(block) ^= 0x100000, comn_mmfree(buddy, block)),
+      STOP(kAssertion, header_of(block) |= 0x80000000, comn_mmfree(buddy, block)),
+      STOP(kAssertion, header_of(large) += 1U * kWord, comn_mmfree(buddy, large)),
+      STOP(kAssertion, header_of(large) += 3U * kWord, comn_mmfree(buddy, large)),
+      STOP(kAssertion, header_of(large) -= 3U * kWord, comn_mmfree(buddy, large)),
+      STOP(kAssertion, header_of(node) = 20, comn_mmfree(uniform, node)),
+      STOP(kAssertion, comn_mmfree(buddy, block), header_of(other) ^= 0x10000, compact()),
+      STOP(kAssertion, comn_mmfree(buddy, block), header_of(block) ^= 1, compact()),
+      STOP(kAssertion, comn_mmfree(buddy, block), header_of(block) = 0x20202020,
+           allocate(buddy, 24)),
+      STOP(kAssertion, realloc(buddy, block, -5)),
+      STOP(kAssertion, realloc(buddy, nullptr, 5)),
+      STOP(kAssertion, comn_mmfree(buddy, block), realloc(buddy, block, 500)),
+      STOP(kAssertion, realloc(fresh, block, 500)),
+      STOP(kAssertion, realloc(undecided, block, 500)),
+      STOP(kAssertion, comn_mmproperty(buddy, 36, MM_PROP_CHUNKSIZE, &out, 0, nullptr)),
+      STOP(kAssertion, clear(buddy, MM_PROP_CHUNKSIZE)),
+      STOP(kAssertion, get(buddy, MM_PROP_POOLTYPE - 1)),
+      STOP(kAssertion, get(buddy, MM_PROP_BLOCKSIZE + 1)),
+      STOP(kAssertion, get(buddy, MM_PROP_ADDMEMORY)),
+      STOP(kAssertion, set(fresh, MM_PROP_POOLTYPE, 2239)),
+      STOP(kAssertion, set(fresh, MM_PROP_CHUNKSIZE, 0)),
+      STOP(kPointer, put(fresh, MM_PROP_SBREAK, nullptr)),
+      STOP(kAssertion, put(fresh, MM_PROP_ADDMEMORY, outside, 2 * kWord)),
+      STOP(kAssertion, com___putblock(buddy, block)),
+      STOP(kAssertion, put_heap_twice()),
+      STOP(kAssertion, put_heap(0)),
+      STOP(kAssertion, put_heap(100'000)),
+      STOP(kAssertion, com___remove_subpool(fresh)),
+      STOP(kAssertion, comn_mmdiag()),
+  });
 }
 
 }  // namespace

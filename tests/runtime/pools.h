@@ -1,25 +1,22 @@
-// A host for pools that records the chunks it gives, and the calls on pools in short.
+// The calls on pools in short, and the sizes that go by the word.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <set>
 #include <utility>
-#include <vector>
 
-#include "comnlib/memory.h"
 #include "runtime/commmgr.h"
+#include "support/hosts.h"
 
 namespace pools {
 
-// Sizes that go by the word.
+using hosts::PoolContext;
+
 inline constexpr CS_INT kWord = sizeof(void*);
 inline constexpr CS_INT kHeadSize = kWord == 4 ? 48 : 96;
 inline constexpr CS_INT kHandleSize = kWord == 4 ? 104 : 192;
 inline constexpr CS_INT kControlSize = kHeadSize + kHandleSize;
 inline constexpr CS_INT kOverhead = kWord == 4 ? 20 : 56;  // of a chunk
 inline constexpr CS_INT kLink = kWord == 4 ? 4 : 16;       // of a handle's block
+inline constexpr CS_INT kKinds[] = {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM};
 
 constexpr CS_INT rounded(CS_INT size) {
   return (size + kWord - 1) / kWord * kWord;
@@ -32,50 +29,21 @@ constexpr CS_INT most(CS_INT order) {
   return span(order) - kWord;
 }
 
-struct Host : CS_CONTEXT {
-  // Its chunks start `shift` bytes behind an aligned address.
-  explicit Host(int with_shift = 0) : CS_CONTEXT{}, shift(with_shift) {
-    ctxversion = 113;
-    ctxmalloc = [](CS_CONTEXT* self, CS_INT size) { return static_cast<Host*>(self)->give(size); };
-    ctxfree = [](CS_CONTEXT* self, CS_VOID* block) {
-      EXPECT_EQ(1u, static_cast<Host*>(self)->live.erase(block));
-      std::free(static_cast<char*>(block) - static_cast<Host*>(self)->shift);
-    };
-  }
-  Host(const Host&) = delete;
-  ~Host() { EXPECT_TRUE(live.empty()) << "everything is given back"; }
-  void* give(CS_INT size) {
-    requests.push_back(size);
-    auto* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(size + shift)));
-    return *live.insert(block + shift).first;
-  }
-
-  int shift;
-  std::set<void*> live;
-  std::vector<CS_INT> requests;
-};
-
-inline CS_RETCODE set(MmHandle* pool, CS_INT property, CS_INT value) {
-  return comn_mmproperty(pool, CS_SET, property, &value, CS_UNUSED, nullptr);
-}
-
-// A pool on a context, dropped with all its subpools at the end.
-struct Pool {
-  explicit Pool(Host& host, CS_INT kind = MM_POOL_BUDDY, CS_INT blocksize = 4096) {
-    EXPECT_EQ(CS_SUCCEED, comn_mminit(&host, &handle));
-    EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_POOLTYPE, kind));
-    EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_BLOCKSIZE, blocksize));
-  }
-  ~Pool() { EXPECT_TRUE(handle == nullptr || comn_mmdrop(handle, MM_FORCE_DROP) == CS_SUCCEED); }
-  Pool(const Pool&) = delete;
-  operator MmHandle*() const { return handle; }
-  MmHandle* operator->() const { return handle; }
-  MmHandle* release() { return std::exchange(handle, nullptr); }
-  MmHandle* handle = nullptr;
-};
-
 inline CS_RETCODE put(MmHandle* pool, CS_INT property, void* value, CS_INT size = 0) {
   return comn_mmproperty(pool, CS_SET, property, value, size, nullptr);
+}
+
+template <class Function>
+CS_RETCODE put_function(MmHandle* pool, CS_INT property, Function* function) {
+  return put(pool, property, reinterpret_cast<void*>(function));
+}
+
+inline CS_RETCODE set(MmHandle* pool, CS_INT property, CS_INT value) {
+  return put(pool, property, &value);
+}
+
+inline CS_RETCODE clear(MmHandle* pool, CS_INT property) {
+  return comn_mmproperty(pool, CS_CLEAR, property, nullptr, 0, nullptr);
 }
 
 template <class Value = CS_INT>
@@ -101,6 +69,24 @@ inline CS_UINT& header_of(void* user) {
   return *reinterpret_cast<CS_UINT*>(static_cast<CS_BYTE*>(user) - kWord);
 }
 
-inline constexpr CS_INT kKinds[] = {MM_POOL_BUDDY, MM_POOL_ALLOCONLY, MM_POOL_UNIFORM};
+// A pool on a context or in caller memory, dropped with all its subpools at the end.
+struct Pool {
+  explicit Pool(PoolContext& host, CS_INT kind = MM_POOL_BUDDY, CS_INT blocksize = 4096) {
+    EXPECT_EQ(CS_SUCCEED, comn_mminit(&host, &handle));
+    EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_POOLTYPE, kind));
+    EXPECT_EQ(CS_SUCCEED, set(handle, MM_PROP_BLOCKSIZE, blocksize));
+  }
+  // Without `control` its records are in the memory.
+  Pool(CS_BYTE* memory, std::size_t length, CS_BYTE* control = nullptr)
+      : handle(reinterpret_cast<MmHandle*>(control)) {
+    EXPECT_EQ(CS_SUCCEED, comn_mmmanage(memory, static_cast<CS_INT>(length), &handle));
+  }
+  ~Pool() { EXPECT_TRUE(handle == nullptr || comn_mmdrop(handle, MM_FORCE_DROP) == CS_SUCCEED); }
+  Pool(const Pool&) = delete;
+  operator MmHandle*() const { return handle; }
+  MmHandle* operator->() const { return handle; }
+  MmHandle* release() { return std::exchange(handle, nullptr); }
+  MmHandle* handle = nullptr;
+};
 
 }  // namespace pools

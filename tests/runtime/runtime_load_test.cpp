@@ -1,41 +1,31 @@
 // Several threads on one mutex, event, semaphore and condition, and on one family of pools. Also
 // run under the thread checkers by tools/valgrind.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <thread>
-#include <vector>
+#include <deque>
 
-#include "comnlib/memory.h"
-#include "comnlib/thread.h"
+#include "pools.h"
+#include "threads.h"
 
 namespace {
+
+using namespace pools;
 
 constexpr int kThreads = 4;
 constexpr int kRounds = 400;
 
 void run_in_threads(const std::function<void(int)>& work) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
-  for (std::thread& thread : threads) thread.join();
+  std::deque<threads::Thread> running;
+  for (int i = 0; i < kThreads; ++i) running.emplace_back([&work, i] { work(i); });
 }
 
 // An auto-reset event is a lock too when each holder signals it at the end. Half of the threads
 // release the semaphore, half take it; the condition lets all of them go together.
 TEST(Load, Synchronisation) {
-  COMN_MUTEX* mutex = nullptr;
-  COMN_EVENT* event = nullptr;
-  COMN_SEM* sem = nullptr;
-  COMN_COND* ended = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
-  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
-  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
-  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&ended));
-  int by_mutex = 0;
-  int by_event = 0;
-  int finished = 0;
+  const threads::Mutex mutex;
+  const threads::Event event;
+  const threads::Semaphore sem;
+  const threads::Condition ended;
+  int by_mutex = 0, by_event = 0, finished = 0;
   comn_signal_event(event);
   run_in_threads([&](int index) {
     const bool produces = index % 2 == 0;
@@ -43,8 +33,7 @@ TEST(Load, Synchronisation) {
       for (int depth = 0; depth < 2; ++depth) comn_take_mutex(mutex);
       ++by_mutex;
       for (int depth = 0; depth < 2; ++depth) ++by_mutex, comn_release_mutex(mutex);
-      while (comn_waitfor_event(event, produces ? -1 : 2000) != CS_SUCCEED) {
-      }
+      while (comn_waitfor_event(event, produces ? -1 : 2000) != CS_SUCCEED) continue;
       ++by_event;
       comn_signal_event(event);
       EXPECT_EQ(CS_SUCCEED, produces ? comn_release_sem(sem) : comn_waitfor_sem(sem, 0));
@@ -57,34 +46,20 @@ TEST(Load, Synchronisation) {
   EXPECT_EQ(3 * kThreads * kRounds, by_mutex);
   EXPECT_EQ(kThreads * kRounds, by_event);
   EXPECT_EQ(0, sem->ev);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
-  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
-  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
-  EXPECT_EQ(CS_SUCCEED, comn_delete_cond(ended));
 }
 
 // Each thread works on a subpool of its own and on the shared top pool.
 TEST(Load, PoolsOfOneFamily) {
-  CS_THREAD threads = *comn_thread_table();
-  CS_CONTEXT context = {};
-  context.ctxversion = 113;
-  context.ctxthread = &threads;
-  context.ctxmalloc = [](CS_CONTEXT*, CS_INT size) {
-    return std::malloc(static_cast<std::size_t>(size));
-  };
-  context.ctxfree = [](CS_CONTEXT*, CS_VOID* block) { std::free(block); };
-  MmHandle* top = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_mminit(&context, &top));
-
+  PoolContext context;
+  context.ctxthread = &context.threads;
+  const Pool top(context);
   run_in_threads([&](int index) {
-    MmHandle* own = nullptr;
-    ASSERT_EQ(CS_SUCCEED, comn_mmproperty(top, CS_GET, MM_PROP_SUBPOOL, &own, index, nullptr));
-    CS_INT kind = index % 2 == 0 ? MM_POOL_UNIFORM : MM_POOL_ALLOCONLY;
-    comn_mmproperty(own, CS_SET, MM_PROP_POOLTYPE, &kind, 0, nullptr);
+    MmHandle* const own = subpool(top, index);
+    const CS_INT kind = index % 2 == 0 ? MM_POOL_UNIFORM : MM_POOL_ALLOCONLY;
+    set(own, MM_PROP_POOLTYPE, kind);
     for (int i = 0; i < kRounds; ++i) {
       const CS_INT size = 16 * (index + 1);
-      void* from_top = nullptr;
-      void* from_own = nullptr;
+      void *from_top = nullptr, *from_own = nullptr;
       while (from_top == nullptr) ASSERT_EQ(CS_SUCCEED, comn_mmalloc(top, size, &from_top));
       ASSERT_EQ(CS_SUCCEED, comn_mmalloc(own, 64, &from_own));
       std::memset(from_top, index, static_cast<std::size_t>(size));
@@ -95,7 +70,6 @@ TEST(Load, PoolsOfOneFamily) {
     }
     EXPECT_EQ(CS_SUCCEED, comn_mmdrop(own, CS_UNUSED));
   });
-  EXPECT_EQ(CS_SUCCEED, comn_mmdrop(top, CS_UNUSED));
 }
 
 }  // namespace

@@ -1,53 +1,25 @@
-// Threads and synchronisation: results, timing of event waits, cancellation, and every stop.
-#include <gtest/gtest.h>
-#include <unistd.h>
-
+// Threads and synchronisation: results, timing of event waits, cancellation, calls of POSIX threads
+// that fail, and every stop.
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <cmath>
 #include <csignal>
 #include <ctime>
-#include <functional>
-#include <string>
+#include <string_view>
 
-#include "comnlib/memory.h"
-#include "comnlib/thread.h"
-#include "support/host_alloc.h"
+#include "support/hosts.h"
+#include "support/stops.h"
+#include "threads.h"
 
 namespace {
 
-// Calls that stop the process.
-#define EXPECT_STOP(...) \
-  EXPECT_EXIT((__VA_ARGS__), testing::KilledBySignal(SIGABRT), "assertion failed|Invalid pointer")
-
-// Runs a callable in a thread of this layer; joining checks the result.
-class Thread {
- public:
-  explicit Thread(std::function<void()> work) : work_(std::move(work)) {
-    EXPECT_EQ(CS_SUCCEED, comn_create_thread(&handle_, run, this));
-  }
-  ~Thread() { EXPECT_EQ(CS_SUCCEED, comn_join_thread(handle_)); }
-  Thread(const Thread&) = delete;
-  Thread& operator=(const Thread&) = delete;
-  COMN_THREAD* handle() const { return handle_; }
-
- private:
-  static void* run(void* self) {
-    static_cast<Thread*>(self)->work_();
-    return nullptr;
-  }
-  std::function<void()> work_;
-  COMN_THREAD* handle_ = nullptr;
-};
+using namespace threads;
 
 double now() {
   timespec time = {};
   clock_gettime(CLOCK_REALTIME, &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-void await(const std::function<bool()>& condition) {
-  while (!condition()) usleep(1000);
 }
 
 // Until the current second is between `fraction` and a tenth more.
@@ -56,8 +28,7 @@ void await_fraction(double fraction) {
 }
 
 TEST(Mutex, CountsTheTakesOfItsOwner) {
-  COMN_MUTEX* mutex = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  const Mutex mutex;
   EXPECT_EQ(0xdeadbabeu, mutex->magic);
   EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex));
   EXPECT_EQ(CS_SUCCEED, comn_take_mutex(mutex));
@@ -67,7 +38,6 @@ TEST(Mutex, CountsTheTakesOfItsOwner) {
   Thread([&] { EXPECT_EQ(CS_FAIL, comn_check_mutex(mutex)); });
   for (int i = 0; i < 2; ++i) EXPECT_EQ(CS_SUCCEED, comn_release_mutex(mutex));
   EXPECT_EQ(COMN_NO_OWNER, mutex->owner);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
 }
 
 TEST(Event, AutoAndManualReset) {
@@ -89,8 +59,7 @@ TEST(Event, AutoAndManualReset) {
 // The upper limits are what a time counted from the moment itself would give at the earliest, so
 // that a busy machine may be late.
 TEST(Event, DeadlineCountsFromTheWholeSecondOfTheLastWakeUp) {
-  COMN_EVENT* event = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+  const Event event;
   await_fraction(0.4);
   double start = now();
   EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 300));
@@ -102,8 +71,7 @@ TEST(Event, DeadlineCountsFromTheWholeSecondOfTheLastWakeUp) {
 
   await_fraction(0.8);  // a spurious wake-up restarts the time
   start = now();
-  double wake_up = 0;
-  double end = 0;
+  double wake_up = 0, end = 0;
   {
     const Thread waiter([&] {
       EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 600 + 1000));
@@ -117,44 +85,46 @@ TEST(Event, DeadlineCountsFromTheWholeSecondOfTheLastWakeUp) {
   }
   EXPECT_GE(end, std::floor(wake_up) + 1.6) << "from the second of the wake-up";
   EXPECT_LT(end, wake_up + 1.6);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 
-TEST(Event, WaitIsCancellableAndRestoresTheCancelState) {
-  COMN_EVENT* event = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_event(&event));
+// Those on events are cancelled whatever the thread's own state is, and leave that as it was. The
+// cleanup unlocks.
+TEST(Waits, AreCancellable) {
+  const Event event;
+  const Semaphore sem;
   EXPECT_EQ(1, event->ar);
-  for (const CS_INT timeout : {-1, 100'000}) {
+  const std::pair<std::function<CS_RETCODE()>, pthread_mutex_t*> rows[] = {
+      {[&] { return comn_waitfor_event(event, -1); }, &event->pm},
+      {[&] { return comn_waitfor_event(event, 100'000); }, &event->pm},
+      {[&] { return comn_waitfor_sem(sem, 0); }, &sem->pm}};
+  for (const auto& [wait, mutex] : rows) {
     std::atomic<bool> started = false;
     bool returned = false;
     {
-      const Thread waiter([&] {
+      const Thread waiter([&, &wait = wait, of_event = mutex == &event->pm] {
         int state = -1;
         comn_set_cancelstate();
         comn_waitfor_event(event, 1);
-        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+        pthread_setcancelstate(of_event ? PTHREAD_CANCEL_DISABLE : PTHREAD_CANCEL_ENABLE, &state);
         EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state);
         started = true;
-        comn_waitfor_event(event, timeout);
+        wait();
         returned = true;
       });
       await([&] { return started.load(); });
       EXPECT_EQ(CS_SUCCEED, comn_kill_thread(waiter.handle()));
     }
     EXPECT_FALSE(returned);
-    ASSERT_EQ(0, pthread_mutex_trylock(&event->pm)) << "unlocked by the cleanup";
-    pthread_mutex_unlock(&event->pm);
+    ASSERT_EQ(0, pthread_mutex_trylock(mutex));
+    pthread_mutex_unlock(mutex);
   }
-  EXPECT_EQ(CS_SUCCEED, comn_delete_event(event));
 }
 
 // A waiter gives the mutex up at any depth; it has it back as it was when it returns, and in its
 // cleanup when it is cancelled.
 TEST(Condition, WaitGivesUpTheMutex) {
-  COMN_COND* cond = nullptr;
-  COMN_MUTEX* mutex = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_cond(&cond));
-  ASSERT_EQ(CS_SUCCEED, comn_create_mutex(&mutex));
+  const Condition cond;
+  const Mutex mutex;
   for (const bool cancelled : {false, true}) {
     std::atomic<bool> waiting = false;
     bool go = false;
@@ -182,13 +152,10 @@ TEST(Condition, WaitGivesUpTheMutex) {
       comn_release_mutex(mutex);
     }
   }
-  EXPECT_EQ(CS_SUCCEED, comn_delete_mutex(mutex));
-  EXPECT_EQ(CS_SUCCEED, comn_delete_cond(cond));
 }
 
 TEST(Semaphore, CountsAndWaits) {
-  COMN_SEM* sem = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn_create_sem(&sem));
+  const Semaphore sem;
   EXPECT_EQ(CS_FAIL, comn_waitfor_sem(sem, 1));
   for (int i = 0; i < 2; ++i) EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
   EXPECT_EQ(2, sem->ev);
@@ -209,7 +176,6 @@ TEST(Semaphore, CountsAndWaits) {
   EXPECT_EQ(CS_FAIL, comn_waitfor_sem(sem, 0)) << "negative";
   EXPECT_EQ(EBUSY, pthread_mutex_trylock(&sem->pm)) << "stays locked";
   pthread_mutex_unlock(&sem->pm);
-  EXPECT_EQ(CS_SUCCEED, comn_delete_sem(sem));
 }
 
 TEST(Threads, EndAndAreJoined) {
@@ -231,14 +197,13 @@ TEST(Threads, EndAndAreJoined) {
     await([&] { return started.load(); });
     EXPECT_EQ(CS_SUCCEED, comn_kill_thread(yielding.handle()));
   }
-  const std::size_t before = host_alloc::live_blocks();
+  const hosts::NothingLost nothing_lost;
   auto* holder = static_cast<COMN_THREAD*>(comn_malloc(sizeof(COMN_THREAD)));
   *holder = comn_threadid();
   EXPECT_EQ(CS_FAIL, comn_join_thread(holder)) << "of itself; the holder is kept";
   const COMN_START_FUNC start = [](void* argument) { return argument; };
   ASSERT_EQ(CS_SUCCEED, comn_create_thread_no_alloc(holder, start, nullptr));
   EXPECT_EQ(CS_SUCCEED, comn_join_thread(holder));
-  EXPECT_EQ(before, host_alloc::live_blocks());
 }
 
 TEST(Threads, FixedResultsAndIds) {
@@ -303,44 +268,121 @@ TEST(Threads, CoroutineMode) {
   }
 }
 
+// --- Calls of POSIX threads that fail: the routine says so, and what it had made is given back
+// ----
+
+std::string_view refused;  // the one call that fails
+
+template <class Function, class... Arguments>
+int unless_refused(std::string_view name, Function function, Arguments... arguments) {
+  return name == refused ? EAGAIN : function(arguments...);
+}
+
+}  // namespace
+
+// The linker hands these over to this file, see the build file.
+#define REFUSABLE(call, parameters, ...)                      \
+  extern "C" int __real_##call parameters;                    \
+  extern "C" int __wrap_##call parameters {                   \
+    return unless_refused(#call, __real_##call, __VA_ARGS__); \
+  }
+REFUSABLE(pthread_mutex_init, (pthread_mutex_t * at, const pthread_mutexattr_t* with), at, with)
+REFUSABLE(pthread_cond_init, (pthread_cond_t * at, const pthread_condattr_t* with), at, with)
+REFUSABLE(pthread_mutex_lock, (pthread_mutex_t * mutex), mutex)
+REFUSABLE(pthread_mutex_unlock, (pthread_mutex_t * mutex), mutex)
+REFUSABLE(pthread_cond_broadcast, (pthread_cond_t * cond), cond)
+REFUSABLE(pthread_cond_destroy, (pthread_cond_t * cond), cond)
+
+namespace {
+
+template <class Object>
+CS_RETCODE make(CS_RETCODE (*create)(Object**)) {
+  auto* made = reinterpret_cast<Object*>(-1);
+  const CS_RETCODE code = create(&made);
+  EXPECT_EQ(nullptr, made);
+  return code;
+}
+
+TEST(PosixFailure, IsReported) {
+  const Event event;
+  const Semaphore sem;
+  const auto signal_and_stay = [&] {
+    const CS_RETCODE code = comn_signal_event(event);
+    refused = {};
+    EXPECT_EQ(0, pthread_mutex_unlock(&event->pm));
+    return code;
+  };
+  const struct {
+    const char *call, *routine;
+    std::function<CS_RETCODE()> run;
+  } rows[] = {{"pthread_mutex_init", "mutex", [] { return make(comn_create_mutex); }},
+              {"pthread_mutex_init", "event", [] { return make(comn_create_event); }},
+              {"pthread_cond_init", "event", [] { return make(comn_create_event); }},
+              {"pthread_cond_init", "semaphore", [] { return make(comn_create_sem); }},
+              {"pthread_cond_init", "condition", [] { return make(comn_create_cond); }},
+              {"pthread_mutex_lock", "signal", [&] { return comn_signal_event(event); }},
+              {"pthread_mutex_lock", "reset", [&] { return comn_reset_event(event); }},
+              {"pthread_mutex_lock", "wait", [&] { return comn_waitfor_event(event, 0); }},
+              {"pthread_mutex_lock", "release", [&] { return comn_release_sem(sem); }},
+              {"pthread_cond_broadcast", "signal", [&] { return comn_signal_event(event); }},
+              {"pthread_mutex_unlock", "signal", signal_and_stay},
+              {"pthread_cond_destroy", "event", [&] { return comn_delete_event(event); }}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.routine << ", " << row.call);
+    const hosts::NothingLost nothing_lost;
+    refused = row.call;
+    const CS_RETCODE code = row.run();
+    refused = {};
+    EXPECT_EQ(CS_FAIL, code);
+    EXPECT_EQ(0, event->ev);
+    EXPECT_EQ(CS_TIMED_OUT, comn_waitfor_event(event, 0)) << "the event's mutex is free";
+  }
+}
+
+// --- Calls that stop -----------------------------------------------------------------------------
+
 TEST(ThreadsDeathTest, MisuseStops) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  static pthread_t id;
-  static COMN_THREAD* handle;
-  static COMN_COND* cond;
-  static COMN_MUTEX* mutex;
-  const auto make = [] { comn_create_cond(&cond), comn_create_mutex(&mutex); };
-  const auto held = [] { comn_create_mutex(&mutex), comn_take_mutex(mutex); };
+  using stops::kAssertion, stops::kPointer;
+  pthread_t id = 0;
+  COMN_THREAD* handle = nullptr;
+  COMN_COND* cond = nullptr;
+  COMN_MUTEX* mutex = nullptr;
+  CS_BYTE buffer[4];
+  const auto made = [&] { comn_create_cond(&cond), comn_create_mutex(&mutex); };
+  const auto held = [&] { made(), comn_take_mutex(mutex); };
   const auto held_elsewhere = [&] { const Thread other(held); };
-  const COMN_START_FUNC with_result = [](void*) -> void* { return &id; };
-  char buffer[4];
-  EXPECT_STOP(comn_create_mutex(nullptr));
-  EXPECT_STOP(comn_take_mutex(nullptr));
-  EXPECT_STOP(held(), comn_delete_mutex(mutex));
-  EXPECT_STOP(make(), mutex->use_count = 1, comn_delete_mutex(mutex));
-  EXPECT_STOP(make(), mutex->use_count = 1, comn_take_mutex(mutex));
-  EXPECT_STOP(held(), comn_release_mutex(mutex), comn_release_mutex(mutex));
-  EXPECT_STOP(held_elsewhere(), comn_release_mutex(mutex));
-  EXPECT_STOP(held_elsewhere(), comn_try_mutex(mutex));
-  EXPECT_STOP(held(), mutex->use_count = 0, comn_take_mutex(mutex));
-  EXPECT_STOP(make(), mutex->owner = 1, comn_take_mutex(mutex));
-  EXPECT_STOP(make(), mutex->magic = 1, comn_wait_cond(cond, mutex));
-  EXPECT_STOP(make(), comn_wait_cond(cond, mutex));
-  EXPECT_STOP(comn_waitfor_event(nullptr, 0));
-  EXPECT_STOP(comn_waitfor_sem(nullptr, 1));
-  EXPECT_STOP(comn_create_thread(&handle, nullptr, nullptr));
-  EXPECT_STOP(comn_create_thread(nullptr, with_result, nullptr));
-  EXPECT_STOP(comn_create_key(nullptr));
-  EXPECT_STOP(comn_signal_thread(0, SIGUSR1));
-  EXPECT_STOP(comn_join_thread(nullptr));
-  EXPECT_STOP(comn_create_thread(&handle, with_result, nullptr), comn_join_thread(handle));
-  EXPECT_STOP(id = 0, comn_kill_thread(&id));
-  EXPECT_STOP(comn_get_tid(buffer, 3, nullptr));
-  EXPECT_STOP(comn_thread_cleanup());
-  EXPECT_STOP(comn_start_coroutine_mode(), comn_end_coroutine_mode());
-  for (const auto call : {comn_take_mutex, comn_try_mutex, comn_release_mutex, comn_delete_mutex})
-    EXPECT_STOP(held(), mutex->magic = 0, call(mutex));
-  EXPECT_STOP(held(), mutex->magic = 0, comn_check_mutex(mutex));
+  const COMN_START_FUNC start = [](void* argument) { return argument; };
+  stops::expect({
+      STOP(kPointer, comn_create_mutex(nullptr)),
+      STOP(kAssertion, comn_take_mutex(nullptr)),
+      STOP(kAssertion, made(), mutex->use_count = 1, comn_take_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->use_count = 0, comn_take_mutex(mutex)),
+      STOP(kAssertion, made(), mutex->owner = 1, comn_take_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->magic = 0, comn_take_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->magic = 0, comn_try_mutex(mutex)),
+      STOP(kAssertion, held_elsewhere(), comn_try_mutex(mutex)),
+      STOP(kAssertion, held_elsewhere(), comn_release_mutex(mutex)),
+      STOP(kAssertion, made(), comn_release_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->magic = 0, comn_release_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->magic = 0, comn_check_mutex(mutex)),
+      STOP(kAssertion, held(), comn_delete_mutex(mutex)),
+      STOP(kAssertion, made(), mutex->use_count = 1, comn_delete_mutex(mutex)),
+      STOP(kAssertion, made(), mutex->magic = 0, comn_delete_mutex(mutex)),
+      STOP(kAssertion, held(), mutex->magic = 1, comn_wait_cond(cond, mutex)),
+      STOP(kAssertion, made(), comn_wait_cond(cond, mutex)),
+      STOP(kAssertion, comn_waitfor_event(nullptr, 0)),
+      STOP(kAssertion, comn_waitfor_sem(nullptr, 1)),
+      STOP(kAssertion, comn_create_thread(&handle, nullptr, nullptr)),
+      STOP(kAssertion, comn_create_thread(nullptr, start, nullptr)),
+      STOP(kAssertion, comn_join_thread(nullptr)),
+      STOP(kAssertion, comn_create_thread(&handle, start, &id), comn_join_thread(handle)),
+      STOP(kAssertion, comn_kill_thread(&id)),
+      STOP(kAssertion, comn_signal_thread(0, SIGUSR1)),
+      STOP(kAssertion, comn_get_tid(buffer, sizeof id - 1, nullptr)),
+      STOP(kAssertion, comn_create_key(nullptr)),
+      STOP(kAssertion, comn_thread_cleanup()),
+      STOP(kAssertion, comn_start_coroutine_mode(), comn_end_coroutine_mode()),
+  });
 }
 
 }  // namespace

@@ -1,16 +1,12 @@
 // One run of a scenario: its steps are the calls that need memory, of which one may fail.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <functional>
 #include <sstream>
 #include <string>
 
 #include "comnlib/result.h"
-#include "comnlib/types.h"
-#include "support/host_alloc.h"
+#include "support/hosts.h"
 
 namespace scenario {
 
@@ -19,11 +15,6 @@ std::string words(const Words&... list) {
   std::ostringstream text;
   ((text << list << ' '), ...);
   return text.str();
-}
-
-inline std::ptrdiff_t open_files() {
-  const std::filesystem::directory_iterator files("/proc/self/fd");
-  return std::distance(begin(files), end(files));
 }
 
 // What a failed step may leave allocated; progress is what the next attempt or the tear-down finds.
@@ -41,10 +32,10 @@ struct Failure {
 
 class Run {
  public:
-  using Mode = host_alloc::Failing::Mode;
+  using Mode = hosts::Failing::Mode;
 
   // Without `failing` nothing fails.
-  Run(const host_alloc::Failing* failing, Mode mode) : failing_(failing), mode_(mode) {}
+  Run(const hosts::Failing* failing, Mode mode) : failing_(failing), mode_(mode) {}
 
   // A call that succeeds when it finds memory. After a failure memory is back and the same call
   // succeeds, or it stays away and the scenario is over but for its tear-down.
@@ -53,14 +44,14 @@ class Run {
     SCOPED_TRACE(name);
     const bool reached_before = reached();
     const std::string state = failure.state();
-    const std::size_t blocks = host_alloc::live_blocks();
-    const auto files = open_files();
+    const std::size_t blocks = hosts::live_blocks();
+    const auto files = hosts::open_files();
     CS_RETCODE code = call();
     if (reached() && !reached_before) {
       EXPECT_EQ(failure.code, code);
       EXPECT_EQ(state, failure.state());
-      EXPECT_EQ(files, open_files());
-      EXPECT_TRUE(failure.keeps == Keeps::kProgress || host_alloc::live_blocks() == blocks);
+      EXPECT_EQ(files, hosts::open_files());
+      EXPECT_TRUE(failure.keeps == Keeps::kProgress || hosts::live_blocks() == blocks);
       over_ = mode_ == Mode::kFromThereOn;
       if (over_) return;
       code = call();
@@ -72,9 +63,9 @@ class Run {
   // A look at results, with calls that ask for no memory.
   void see(const char* name, const State& look) {
     if (over_) return;
-    const std::size_t before = host_alloc::allocations();
+    const std::size_t before = hosts::allocations();
     results_ += words(name, look()) + "\n";
-    EXPECT_EQ(before, host_alloc::allocations()) << name;
+    EXPECT_EQ(before, hosts::allocations()) << name;
   }
 
   bool over() const { return over_; }
@@ -84,7 +75,7 @@ class Run {
  private:
   bool reached() const { return failing_ != nullptr && failing_->reached(); }
 
-  const host_alloc::Failing* failing_;
+  const hosts::Failing* failing_;
   Mode mode_;
   bool over_ = false;
   std::string results_;
@@ -94,22 +85,20 @@ class Run {
 // and from there on. No run leaves blocks or open files, and one that got its memory in the end
 // tells what the first one told.
 inline void sweep(void (*scenario)(Run&)) {
-  const auto files = open_files();
-  const std::size_t before = host_alloc::allocations();
+  const std::size_t before = hosts::allocations();
   Run whole(nullptr, Run::Mode::kOnce);
   scenario(whole);
-  const std::size_t count = host_alloc::allocations() - before;
+  const std::size_t count = hosts::allocations() - before;
   EXPECT_LT(0U, count);
   for (const auto mode : {Run::Mode::kOnce, Run::Mode::kFromThereOn}) {
     for (std::size_t n = 1; n <= count && !testing::Test::HasFailure(); ++n) {
       SCOPED_TRACE(testing::Message() << "allocation " << n << " of " << count << " fails"
                                       << (mode == Run::Mode::kOnce ? "" : ", all later ones too"));
-      const host_alloc::Failing failing(n, mode);
+      const hosts::NothingLost nothing_lost;
+      const hosts::Failing failing(n, mode);
       Run run(&failing, mode);
       scenario(run);
       EXPECT_TRUE(failing.reached());
-      EXPECT_EQ(0U, host_alloc::live_blocks());
-      EXPECT_EQ(files, open_files());
       EXPECT_EQ(whole.results().substr(0, run.over() ? run.results().size() : std::string::npos),
                 run.results());
     }

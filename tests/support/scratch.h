@@ -35,6 +35,16 @@ class Directory {
   std::filesystem::path path_;
 };
 
+// One that is the process's working directory too.
+class WorkingDirectory : public Directory {
+ public:
+  WorkingDirectory() { std::filesystem::current_path(path()); }
+  ~WorkingDirectory() { std::filesystem::current_path(before_); }
+
+ private:
+  std::filesystem::path before_ = std::filesystem::current_path();
+};
+
 // Sets or, with null, unsets an environment variable and restores it at the end.
 class Variable {
  public:
