@@ -1,21 +1,18 @@
 // The trace with its three levels, the debug output file, and the stops in child processes.
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <regex>
-#include <sstream>
-#include <string>
+#include <thread>
 
-#include "comnlib/convert.h"
 #include "comnlib/diag.h"
-#include "support/scratch.h"
+#include "support/cancelled.h"
+#include "support/hosts.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -71,10 +68,8 @@ TEST(Trace, EveryCodeHasItsName) {
 
 // The place is that of the family member, not of the templates behind it.
 TEST(Trace, RoutinesPassTheirCodesThrough) {
-  CS_CONTEXT context{};
-  ASSERT_EQ(CS_SUCCEED, com_null_init(&context));
-  CS_DATAFMT from{};
-  CS_DATAFMT to{};
+  hosts::ConversionContext context;
+  CS_DATAFMT from{}, to{};
   from.datatype = CS_INT_TYPE;
   to.datatype = CS_TINYINT_TYPE;
   const CS_INT value = 256;
@@ -85,27 +80,29 @@ TEST(Trace, RoutinesPassTheirCodesThrough) {
   EXPECT_TRUE(overflow.starts_with("(-101) file com_i4.cpp, line ")) << overflow;
   const std::string null = output_of(3, [&] { com_null_get(&context, &to, &result, 1, &length); });
   EXPECT_TRUE(null.starts_with("(CS_SUCCEED) file com_null.cpp, line ")) << null;
-  com_null_free(&context);
 }
 
-TEST(Trace, DebugFileTakesOutputUntilClosed) {
-  const scratch::Directory scratch;
-  const std::string first = scratch.path() / "first";
-  const std::string second = scratch.path() / "second";
-  const auto trace_busy = [] { com_errtrace(CS_BUSY, "a.c", 42); };
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, first.c_str(), 1));
-  comn_debug_print("%d %s\n", 7, "seven");
-  EXPECT_EQ("7 seven\n", contents(first)) << "a stop would lose what is not written at once";
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, second.c_str(), 1));
-  EXPECT_EQ("", output_of(COM_TRACE_ALL, trace_busy));
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, second.c_str(), 0));
-  EXPECT_EQ("7 seven\n", contents(first));
-  EXPECT_EQ("(CS_BUSY) file a.c, line 42\n", contents(second));
+void trace_busy() {
+  com_errtrace(CS_BUSY, "a.c", 42);
+}
+const std::string kBusy = "(CS_BUSY) file a.c, line 42\n";
 
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, first.c_str(), 1));
-  EXPECT_EQ("", contents(first)) << "an existing file is emptied";
-  EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, (first + "/below").c_str(), 1));
-  EXPECT_NE("", output_of(COM_TRACE_ALL, trace_busy)) << "standard output again";
+TEST(Trace, DebugFileTakesOutputUntilClosed) {
+  const scratch::WorkingDirectory directory;
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
+  comn_debug_print("%d %s\n", 7, "seven");
+  EXPECT_EQ("7 seven\n", contents("first")) << "a stop would lose what is not written at once";
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 1));
+  EXPECT_EQ("", output_of(COM_TRACE_ALL, trace_busy));
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 0));
+  EXPECT_EQ("7 seven\n", contents("first"));
+  EXPECT_EQ(kBusy, contents("second"));
+  EXPECT_EQ(kBusy, output_of(COM_TRACE_ALL, trace_busy));
+
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
+  EXPECT_EQ("", contents("first")) << "an existing file is emptied";
+  EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, "first/below", 1));
+  EXPECT_EQ(kBusy, output_of(COM_TRACE_ALL, trace_busy)) << "standard output again";
   EXPECT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 1));
 }
 
@@ -123,10 +120,8 @@ std::string descriptors_of(const std::filesystem::path& path) {
 
 // Diagnostics may go to a directory that others write to.
 TEST(Trace, FilesAreOpenedWithCare) {
-  const scratch::Directory scratch;
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(scratch.path());
-  scratch.write("target", "kept");
+  const scratch::WorkingDirectory directory;
+  directory.write("target", "kept");
   std::filesystem::create_symlink("target", "link");
   ASSERT_EQ(0, mkfifo("fifo", 0600));
   for (const char* const refused : {"link", "fifo"}) {
@@ -138,37 +133,32 @@ TEST(Trace, FilesAreOpenedWithCare) {
   EXPECT_EQ("kept", contents("target"));
   for (const char* const name : {"one", "two"}) {
     ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, name, 1));
-    EXPECT_EQ("closed ", descriptors_of(scratch.path() / name));
+    EXPECT_EQ("closed ", descriptors_of(directory.path() / name));
   }
-  EXPECT_EQ("", descriptors_of(scratch.path() / "one")) << "the next file closes it";
+  EXPECT_EQ("", descriptors_of(directory.path() / "one")) << "the next file closes it";
   comn_debug_setfile(nullptr, nullptr, 0);
-  EXPECT_EQ("", descriptors_of(scratch.path() / "two"));
-  std::filesystem::current_path(before);
+  EXPECT_EQ("", descriptors_of(directory.path() / "two"));
 }
 
 // A thread that waits in the output has the lock when the process forks.
 TEST(Trace, WorksInAChildOfFork) {
-  const scratch::Directory scratch;
-  const std::string path = scratch.path() / "debug";
+  const scratch::WorkingDirectory directory;
   int full[2];
   ASSERT_EQ(0, pipe(full));
   fflush(stdout);
   const int output = dup(STDOUT_FILENO);
   dup2(full[1], STDOUT_FILENO);
   close(full[1]);
-  const auto write = [](void*) -> void* {
+  std::thread writer([] {
     for (int n = 0; n < 10'000; ++n) comn_debug_print("%s\n", "more than the pipe holds");
-    return nullptr;
-  };
-  pthread_t writer{};
-  ASSERT_EQ(0, pthread_create(&writer, nullptr, write, nullptr));
+  });
   for (int held = 0; held < 60'000; usleep(1000)) ioctl(full[0], FIONREAD, &held);
   const pid_t child = fork();
   if (child == 0) {
     alarm(10);
-    comn_debug_setfile(nullptr, path.c_str(), 1);
+    comn_debug_setfile(nullptr, "debug", 1);
     com_errset(COM_TRACE_ALL);
-    com_errtrace(CS_BUSY, "a.c", 42);
+    trace_busy();
     _exit(0);
   }
   int status = 0;
@@ -176,66 +166,51 @@ TEST(Trace, WorksInAChildOfFork) {
   // The writer goes on, to nowhere; before that nothing else can be written.
   dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
   for (char drain[4096]; read(full[0], drain, sizeof drain) > 0;) continue;
-  pthread_join(writer, nullptr);
+  writer.join();
   close(full[0]);
   dup2(output, STDOUT_FILENO);
   close(output);
   EXPECT_EQ(0, status);
-  EXPECT_EQ("(CS_BUSY) file a.c, line 42\n", contents(path));
+  EXPECT_EQ(kBusy, contents("debug"));
 }
 
 // Writers and a thread that changes the file meet, and each writer ends cancelled.
 TEST(Trace, ThreadsShareTheDebugFile) {
-  const scratch::Directory scratch;
-  const std::string path = scratch.path() / "debug";
-  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, path.c_str(), 1));
-  const auto write = [](void*) -> void* {
+  const scratch::WorkingDirectory directory;
+  ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "one", 1));
+  const auto write = [] {
     for (int n = 0; n < 500; ++n) comn_debug_print("%s\n", "one piece");
-    pthread_cancel(pthread_self());
-    comn_debug_print("the last\n");
-    pthread_testcancel();
-    return nullptr;
   };
-  pthread_t writers[4];
-  for (pthread_t& writer : writers) ASSERT_EQ(0, pthread_create(&writer, nullptr, write, nullptr));
-  for (int n = 0; n < 50; ++n)
-    ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, (path + "2").c_str(), 1));
-  for (pthread_t& writer : writers) {
-    void* end = nullptr;
-    pthread_join(writer, &end);
-    EXPECT_EQ(PTHREAD_CANCELED, end);
-  }
+  std::vector<std::thread> writers;
+  for (int n = 0; n < 4; ++n)
+    writers.emplace_back([&] { EXPECT_TRUE(cancelled::waits_for(write)); });
+  for (int n = 0; n < 50; ++n) ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "two", 1));
+  for (std::thread& writer : writers) writer.join();
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 0));
-  for (const std::string& name : {path, path + "2"}) {
-    std::ifstream file(name);
-    for (std::string line; std::getline(file, line);)
-      ASSERT_TRUE(line == "one piece" || line == "the last") << line;
-  }
+  std::istringstream lines(contents("one") + contents("two"));
+  for (std::string line; std::getline(lines, line);) ASSERT_EQ("one piece", line);
 }
 
 TEST(StopDeathTest, TextsAndEnds) {
   com_chkptr(reinterpret_cast<const void*>(8), "f.c", 1);  // never read through
-  const auto aborted = testing::KilledBySignal(SIGABRT);
-  EXPECT_EXIT(com_chkptr(nullptr, "f.c", 12), aborted,
-              "^\n\rInvalid pointer 0x0, file 'f.c' line 12\n\r$");
-  EXPECT_EXIT(com_bomb("dir/f.c", 13), aborted,
-              "^\n\rassertion failed, file 'dir/f.c' line 13\n\r$");
+  stops::expect({
+      STOP("^\n\rInvalid pointer 0x0, file 'f.c' line 12\n\r$", com_chkptr(nullptr, "f.c", 12)),
+      STOP("^\n\rassertion failed, file 'dir/f.c' line 13\n\r$", com_bomb("dir/f.c", 13)),
+      STOP(stops::kAssertion, com_errset(0)),
+      STOP(stops::kAssertion, com_errset(4)),
+      STOP(stops::kAssertion, com_errset(-1)),
+  });
   EXPECT_EXIT(com_panic("out of %d"), testing::ExitedWithCode(255),
               "^\nINTERNAL ERROR: unrecoverable error: out of %d\n$");
-  for (const CS_INT level : {0, 4, -1})
-    EXPECT_EXIT(com_errset(level), aborted, "assertion failed") << level;
 }
 
 TEST(Perr, WritesTheTextItselfAndAppends) {
-  const scratch::Directory scratch;
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(scratch.path());
+  const scratch::WorkingDirectory directory;
   testing::internal::CaptureStderr();
   com_perr("50% %s\n");
   com_perr("two\n");
   EXPECT_EQ("50% %s\ntwo\n", testing::internal::GetCapturedStderr());
   EXPECT_EQ("50% %s\ntwo\n", contents("tlvinit.err"));
-  std::filesystem::current_path(before);
 }
 
 TEST(Version, IsOneLineOfSevenFields) {
