@@ -1,18 +1,15 @@
 // The companion library: home and environment, the sectioned reader with the words of its faults,
 // and the plain reader.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
+#include <cerrno>
 #include <optional>
-#include <string>
 
 #include "intl.h"
-#include "support/host_alloc.h"
-#include "support/scratch.h"
+#include "support/hosts.h"
 
 namespace {
 
@@ -94,57 +91,67 @@ TEST(Sections, PassedOverTextIsNotChecked) {
   EXPECT_EQ(0, intl_close(handle));
 }
 
-TEST(Sections, FilesThatCannotBeRead) {
-  const scratch::Directory directory;
-  EXPECT_EQ("open: No such file or directory", walk(directory.path() / "none"));
-  EXPECT_EQ("open: Is a directory", walk(directory.path()));
-  const auto descriptors = [] {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return std::distance(begin(open), end(open));
-  };
-  const auto before = descriptors();
-  EXPECT_EQ("", walk("/proc/self/smaps")) << "a file without a size";
-  const std::string fifo = directory.path() / "fifo", big = directory.write("big", "[a]\n");
-  ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
-  std::filesystem::create_symlink("/dev/zero", directory.path() / "endless");
-  constexpr off_t kMost = 256 << 20;
-  const auto refused = [](const std::string& path) {
-    INTL_HANDLE handle = nullptr;
-    const CS_INT status = intl_iocsfopen(path.c_str(), &handle);
-    EXPECT_EQ("open: " + words(status), walk(path)) << "one rule for both readers";
-    return words(status);
-  };
-  EXPECT_EQ("not a regular file", refused(fifo));
-  EXPECT_EQ("not a regular file", refused(directory.path() / "endless"));
-  EXPECT_EQ("Is a directory", refused(directory.path()));
-  ASSERT_EQ(0, truncate(big.c_str(), kMost + 1));
-  EXPECT_EQ("the file is larger than 256 MB", refused(big));
-  ASSERT_EQ(0, truncate(big.c_str(), kMost));
+constexpr const char* kCut = "the file is not as long as its size says";
+
+// What the plain reader reads by pieces of `size` bytes, or the words of its fault.
+std::string read_plainly(
+    const std::string& path, CS_INT size, const std::function<void()>& meanwhile = [] {}) {
   INTL_HANDLE handle = nullptr;
-  EXPECT_EQ(0, intl_iocsfopen(big.c_str(), &handle));
+  const CS_INT status = intl_iocsfopen(path.c_str(), &handle);
+  if (handle == nullptr) return words(status);
+  std::string text, piece(static_cast<std::size_t>(size), '#');
+  CS_INT got = 0;
+  while ((got = intl_iocsfread(handle, reinterpret_cast<CS_BYTE*>(piece.data()), size)) > 0) {
+    text.append(piece, 0, static_cast<std::size_t>(got));
+    meanwhile();
+  }
   EXPECT_EQ(0, intl_iocsfclose(handle));
-  EXPECT_EQ(before, descriptors());
-  EXPECT_EQ(0U, host_alloc::live_blocks());
+  return got < 0 ? words(got) : text;
 }
 
-// What ends before its size says so is not the whole file.
-TEST(Sections, FilesThatEndEarly) {
-  const scratch::Directory directory;
-  const std::string path = directory.write("f", "[a]\nk = v\n");
-  INTL_HANDLE handle = nullptr;
-  CS_BYTE bytes[20];
-  for (const std::size_t size : {0U, 4U, 9U}) {
-    early_end = size;
-    EXPECT_EQ("open: the file is not as long as its size says", walk(path));
-    ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
-    CS_INT got = size == 0 ? 1 : intl_iocsfread(handle, bytes, sizeof bytes);
-    if (got > 0) got = intl_iocsfread(handle, bytes, sizeof bytes);
-    EXPECT_EQ("the file is not as long as its size says", words(got));
-    EXPECT_EQ(0, intl_iocsfclose(handle));
+// One rule for both readers. What ends before its size says so is not the whole file.
+TEST(Files, ThatCannotBeRead) {
+  const hosts::NothingLost nothing_lost;
+  const scratch::WorkingDirectory directory;
+  directory.write("big", "[a]\n");
+  directory.write("text", "[a]\nk = v\n");
+  ASSERT_EQ(0, mkfifo("fifo", 0600));
+  std::filesystem::create_symlink("/dev/zero", "endless");
+  constexpr off_t kMost = 256 << 20;
+  ASSERT_EQ(0, truncate("big", kMost + 1));
+  const struct {
+    const char *path, *words;
+    std::optional<std::size_t> end = std::nullopt;
+  } rows[] = {{"none", "No such file or directory"},
+              {".", "Is a directory"},
+              {"fifo", "not a regular file"},
+              {"endless", "not a regular file"},
+              {"big", "the file is larger than 256 MB"},
+              {"text", kCut, 0},
+              {"text", kCut, 4},
+              {"text", kCut, 9}};
+  for (const auto& row : rows) {
+    early_end = row.end;
+    EXPECT_EQ(row.words, read_plainly(row.path, 20)) << row.path;
+    EXPECT_EQ("open: " + std::string(row.words), walk(row.path)) << row.path;
   }
   early_end.reset();
-  EXPECT_EQ("[a] k:v", walk(path));
-  EXPECT_EQ(0U, host_alloc::live_blocks());
+  EXPECT_EQ(kCut, read_plainly("text", 2, [&] { EXPECT_EQ(0, truncate("text", 0)); }));
+  ASSERT_EQ(0, truncate("big", kMost));
+  INTL_HANDLE handle = nullptr;
+  EXPECT_EQ(0, intl_iocsfopen("big", &handle));
+  EXPECT_EQ(0, intl_iocsfclose(handle));
+}
+
+TEST(Files, ThatCanBeRead) {
+  const hosts::NothingLost nothing_lost;
+  const scratch::WorkingDirectory directory;
+  directory.write("text", "[a]\nk = v\n");
+  EXPECT_EQ("[a] k:v", walk("text"));
+  for (const CS_INT size : {1, 2, 20}) EXPECT_EQ("[a]\nk = v\n", read_plainly("text", size));
+  // A file of no size, made while it is read.
+  EXPECT_EQ("", walk("/proc/self/smaps"));
+  EXPECT_LT(4096U, read_plainly("/proc/self/smaps", 512).size());
 }
 
 TEST(Environment, LengthUnsetAndTooLong) {
@@ -181,39 +188,16 @@ TEST(Home, VariableAndUser) {
   }
 }
 
-TEST(Plain, ReadsInPieces) {
-  const scratch::Directory directory;
-  const std::string path = directory.write("f", "abc");
-  INTL_HANDLE handle = nullptr;
-  ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
-  CS_BYTE bytes[2];
-  EXPECT_EQ(2, intl_iocsfread(handle, bytes, 2));
-  EXPECT_EQ(1, intl_iocsfread(handle, bytes, 2));
-  EXPECT_EQ('c', bytes[0]);
-  EXPECT_EQ(0, intl_iocsfread(handle, bytes, 2));
-  EXPECT_EQ(0, intl_iocsfclose(handle));
-  ASSERT_EQ(0, intl_iocsfopen(path.c_str(), &handle));
-  EXPECT_EQ(2, intl_iocsfread(handle, bytes, 2));
-  ASSERT_EQ(0, truncate(path.c_str(), 0));
-  EXPECT_EQ("the file is not as long as its size says", words(intl_iocsfread(handle, bytes, 2)));
-  EXPECT_EQ(0, intl_iocsfclose(handle));
-  ASSERT_EQ(0, intl_iocsfopen("/proc/self/smaps", &handle));  // of no size, made while it is read
-  std::array<CS_BYTE, 512> piece;
-  CS_INT got = 0;
-  do {
-    got = intl_iocsfread(handle, piece.data(), piece.size());
-  } while (got > 0);
-  EXPECT_EQ(0, got);
-  EXPECT_EQ(0, intl_iocsfclose(handle));
-  EXPECT_EQ("No such file or directory",
-            words(intl_iocsfopen((directory.path() / "none").c_str(), &handle)));
-  EXPECT_EQ(nullptr, handle);
-}
-
 }  // namespace
 
-// In place of the C library's.
+// In place of the C library's. A signal interrupts every other call.
 extern "C" ssize_t read(int file, void* to, std::size_t room) {
+  static bool interrupted = false;
+  interrupted = !interrupted;
+  if (interrupted) {
+    errno = EINTR;
+    return -1;
+  }
   if (early_end) {
     const auto at = static_cast<std::size_t>(lseek(file, 0, SEEK_CUR));
     room = std::min(room, *early_end - std::min(*early_end, at));
