@@ -17,7 +17,7 @@ namespace comnlib {
 namespace {
 
 // Followed by the name and the value, a NUL after each; not aligned.
-struct Record {
+struct StoredRecord {
   CS_UINT above;   // number of the section: where its record begins
   CS_UINT next;    // the next name below the same record; 0: the last
   CS_UINT source;  // where the path of its file begins
@@ -100,19 +100,19 @@ void write_at(CsConfig& config, std::size_t start, std::string_view bytes) {
   bytes.copy(reinterpret_cast<char*>(config.records.items) + start, bytes.size());
 }
 
-Record record_at(const CsConfig& config, CS_UINT number) {
-  return plain_at<Record>(config, number);
+StoredRecord record_at(const CsConfig& config, CS_UINT number) {
+  return plain_at<StoredRecord>(config, number);
 }
 
-std::string_view name_of(const CsConfig& config, CS_UINT number, const Record& record) {
+std::string_view name_of(const CsConfig& config, CS_UINT number, const StoredRecord& record) {
   return config.records.text(number + sizeof record, record.name_length);
 }
 
-std::size_t value_start(CS_UINT number, const Record& record) {
+std::size_t value_start(CS_UINT number, const StoredRecord& record) {
   return number + sizeof record + record.name_length + 1;
 }
 
-std::string_view value_of(const CsConfig& config, CS_UINT number, const Record& record) {
+std::string_view value_of(const CsConfig& config, CS_UINT number, const StoredRecord& record) {
   return config.records.text(value_start(number, record), record.value_length);
 }
 
@@ -122,7 +122,7 @@ Slot& slot_of(const CsConfig& config, CS_UINT hash, CS_UINT above, std::string_v
     Slot& slot = config.slots[at];
     if (slot.record == 0) return slot;
     if (slot.hash != hash) continue;
-    const Record record = record_at(config, slot.record);
+    const StoredRecord record = record_at(config, slot.record);
     if (record.above == above && name_of(config, slot.record, record) == name) return slot;
   }
 }
@@ -149,13 +149,13 @@ bool grow_slots(CsConfig& config) {
 bool append_record(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value,
                    const Origin& origin) {
   const auto value_length = static_cast<CS_UINT>(value.size());
-  const Record record{.above = above,
-                      .next = 0,
-                      .source = origin.source,
-                      .line = origin.line,
-                      .name_length = static_cast<CS_UINT>(name.size()),
-                      .value_length = value_length,
-                      .value_room = value_length};
+  const StoredRecord record{.above = above,
+                            .next = 0,
+                            .source = origin.source,
+                            .line = origin.line,
+                            .name_length = static_cast<CS_UINT>(name.size()),
+                            .value_length = value_length,
+                            .value_room = value_length};
   ByteBuffer& records = config.records;
   const std::size_t size = sizeof record + name.size() + value.size() + 2;
   if (size > kMostBytes - records.count || !records.reserve(size)) return false;
@@ -169,7 +169,7 @@ bool append_record(CsConfig& config, CS_UINT above, std::string_view name, std::
 
 // Puts a value in place of a record's; false when it does not fit.
 bool overwrite(CsConfig& config, CS_UINT number, std::string_view value, const Origin& origin) {
-  Record record = record_at(config, number);
+  StoredRecord record = record_at(config, number);
   if (value.size() > record.value_room) return false;
   record.source = origin.source;
   record.line = origin.line;
@@ -187,7 +187,7 @@ void append_to_chain(CsConfig& config, CS_UINT above, CS_UINT number) {
   if (ends.last == 0) {
     ends.first = number;
   } else {
-    Record last = record_at(config, ends.last);
+    StoredRecord last = record_at(config, ends.last);
     last.next = number;
     write_at(config, ends.last, bytes_of(last));
   }
@@ -238,15 +238,15 @@ CS_UINT next_below(const CsConfig& config, CS_UINT above, CS_INT position) {
   if (position == 0)
     return plain_at<ChainEnds>(config, value_start(above, record_at(config, above))).first;
   const auto number = static_cast<CS_UINT>(position);
-  require(number < config.records.count && config.records.count - number > sizeof(Record));
-  const Record record = record_at(config, number);
+  require(number < config.records.count && config.records.count - number > sizeof(StoredRecord));
+  const StoredRecord record = record_at(config, number);
   require(record.above == above && record.next < config.records.count);
   return record.next;
 }
 
 // What a walk hands out.
 CS_CFGENTRY entry_at(const CsConfig& config, CS_UINT number) {
-  const Record record = record_at(config, number);
+  const StoredRecord record = record_at(config, number);
   return {.name = name_of(config, number, record).data(),
           .value = value_of(config, number, record).data(),
           .valuelen = static_cast<CS_INT>(record.value_length),

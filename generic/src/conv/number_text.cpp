@@ -27,12 +27,12 @@ constexpr PowersOfTen kPowersOfTen;
 
 // A double that is neither zero nor infinite nor a NaN: its magnitude is the significand, of 64
 // bits of which the highest is set, times 2^(exponent - 63).
-struct Binary {
+struct BinaryFloat {
   std::uint64_t significand;
   int exponent;
 };
 
-Binary binary_of(double value) {
+BinaryFloat binary_of(double value) {
   constexpr int kFractionBits = 52;
   constexpr int kBias = 1023;
   constexpr std::uint64_t kImplied = std::uint64_t{1} << kFractionBits;
@@ -46,7 +46,7 @@ Binary binary_of(double value) {
 }
 
 // A magnitude as digits * 10^(exponent - 16), with exactly 17 digits.
-struct Decimal {
+struct DecimalFloat {
   std::uint64_t digits;
   int exponent;
 };
@@ -70,7 +70,7 @@ std::uint64_t product(std::uint32_t a, std::uint32_t b) {
 // The decimal exponent of a magnitude, rounded down. Between two powers of two there is at most one
 // power of ten. A power that agrees with the magnitude in 64 bits may be larger, but by less than
 // the digits show.
-int decimal_exponent(const Binary& value) {
+int decimal_exponent(const BinaryFloat& value) {
   const int exponent = floor_log10_of_power_of_two(value.exponent);
   const int next = exponent + 1;
   if (floor_log2_of_power_of_ten(next) != value.exponent) return exponent;
@@ -96,7 +96,7 @@ Significand multiply(std::uint64_t significand, const Significand& power) {
 }
 
 // Rounded to the nearest; nothing where the product is too close to a tie to tell.
-std::optional<Decimal> decimal_of(const Binary& value) {
+std::optional<DecimalFloat> decimal_of(const BinaryFloat& value) {
   constexpr std::uint64_t kMost = 100'000'000'000'000'000;
   const int exponent = decimal_exponent(value);
   const int scale = kSignificantDigits - 1 - exponent;
@@ -107,8 +107,8 @@ std::optional<Decimal> decimal_of(const Binary& value) {
   constexpr std::uint32_t kHalf = 1U << 31;
   if (fraction - (kHalf - 1) <= 1) return std::nullopt;
   const std::uint64_t digits = (joined(bits.high, bits.middle) >> after) + (fraction >> 31);
-  if (digits == kMost) return Decimal{kMost / 10, exponent + 1};
-  return Decimal{digits, exponent};
+  if (digits == kMost) return DecimalFloat{kMost / 10, exponent + 1};
+  return DecimalFloat{digits, exponent};
 }
 
 constexpr std::uint32_t kEightDigits = 100'000'000;
@@ -146,7 +146,7 @@ int write_digits(std::uint64_t digits, char* to) {
 }
 
 // Writes d.ddde+xx and returns its end.
-char* write_scientific(const Decimal& decimal, char* at) {
+char* write_scientific(const DecimalFloat& decimal, char* at) {
   const int count = write_digits(decimal.digits, at + 1);
   at[0] = at[1];
   at[1] = '.';
@@ -161,7 +161,7 @@ char* write_scientific(const Decimal& decimal, char* at) {
 
 // Writes the digits after a point and zeros, or with a point among them, and returns their end.
 // Bytes written after the end mean nothing.
-char* write_fixed(const Decimal& decimal, char* at) {
+char* write_fixed(const DecimalFloat& decimal, char* at) {
   if (decimal.exponent < 0) {
     std::memcpy(at, ".000", 4);
     at -= decimal.exponent;
@@ -174,7 +174,7 @@ char* write_fixed(const Decimal& decimal, char* at) {
   return at + std::max(count, decimal.exponent + 2) + 1;
 }
 
-std::string_view write_decimal(bool negative, const Decimal& decimal, NumberBuffer& buffer) {
+std::string_view write_decimal(bool negative, const DecimalFloat& decimal, NumberBuffer& buffer) {
   char* at = buffer.data();
   if (negative) *at++ = '-';
   if (decimal.exponent < -4 || decimal.exponent >= kSignificantDigits)

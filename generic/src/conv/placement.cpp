@@ -14,7 +14,7 @@ void write(std::string_view text, CS_BYTE* dest) {
   copy_bytes(dest, reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
 }
 
-void write(Units text, CS_BYTE* dest) {
+void write(CodeUnits text, CS_BYTE* dest) {
   std::memcpy(dest, text.data(), text.size_bytes());
 }
 
@@ -71,7 +71,7 @@ CS_RETCODE place_text(std::string_view text, const Conversion& call) {
   return place_or_star(text, call);
 }
 
-CS_RETCODE place_text(Units text, const Conversion& call) {
+CS_RETCODE place_text(CodeUnits text, const Conversion& call) {
   return place_or_star(text, call);
 }
 
@@ -79,7 +79,7 @@ CS_RETCODE place_cut(std::string_view text, const Conversion& call) {
   return place_or_cut(text, call);
 }
 
-CS_RETCODE place_cut(Units text, const Conversion& call) {
+CS_RETCODE place_cut(CodeUnits text, const Conversion& call) {
   return place_or_cut(text, call);
 }
 

@@ -32,7 +32,7 @@ struct ToUnichar : Unichar {
     std::array<CS_UNICHAR, 96> units;
     require(text.view().size() <= units.size());
     std::ranges::copy(text.view(), units.begin());
-    const Units wide(units.data(), text.view().size());
+    const CodeUnits wide(units.data(), text.view().size());
     return Form::kCut ? place_cut(wide, call) : place_text(wide, call);
   }
 };

@@ -5,7 +5,7 @@ namespace comnlib {
 namespace {
 
 // The sum of the products of one column, in three limbs.
-class Column {
+class ColumnSum {
  public:
   void add_product(Limb a, Limb b) {
     Limb high;
@@ -91,7 +91,7 @@ void multiply(Limbs a, Limbs b, Magnitude& product) {
   const Limb* end = left + 1;
   const Limb* right = b.data();
   Limb* out = product.data();
-  Column sum;
+  ColumnSum sum;
   for (; left != a_end; ++out) {
     const Limb* x = left;
     const Limb* y = right;

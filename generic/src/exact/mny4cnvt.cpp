@@ -11,7 +11,7 @@
 namespace comnlib::money {
 namespace {
 
-using Operation = CS_INT (*)(const CS_MONEY*, const CS_MONEY*, CS_MONEY*);
+using MoneyOperation = CS_INT (*)(const CS_MONEY*, const CS_MONEY*, CS_MONEY*);
 
 CS_INT store_units(bool overflow, CS_INT value, CS_MONEY4* r) {
   r->mny4 = value;
@@ -25,7 +25,8 @@ CS_INT narrow(CS_INT status, const CS_MONEY& wide, CS_MONEY4* m) {
   return status == kExactOk && narrowed != kExactOk ? kExactOverflow : status;
 }
 
-CS_INT through_wide(Operation operation, const CS_MONEY4* a, const CS_MONEY4* b, CS_MONEY4* r) {
+CS_INT through_wide(MoneyOperation operation, const CS_MONEY4* a, const CS_MONEY4* b,
+                    CS_MONEY4* r) {
   const CS_MONEY left = record(a->mny4);
   const CS_MONEY right = record(b->mny4);
   CS_MONEY wide;

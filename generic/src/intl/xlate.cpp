@@ -169,7 +169,7 @@ void put_unit(CS_BYTE* at, char32_t unit) {
 
 // The state of a translation. Steps take it by value and return it advanced, and are inlined, so
 // that it stays in registers.
-struct Progress {
+struct TranslationState {
   const CS_BYTE* in;
   const CS_BYTE* end;
   CS_BYTE* out;
@@ -217,14 +217,14 @@ std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
 }
 
 template <std::size_t In>
-bool begins_with_ascii(const Progress& at) {
+bool begins_with_ascii(const TranslationState& at) {
   return at.left() >= In && unit_at<In>(at.in) < 0x80;
 }
 
 // Moves the ASCII characters that come next, as far as there is room. That all of a block are ASCII
 // is the common case, and the processor can go on before it knows.
 template <std::size_t In, std::size_t Out>
-[[gnu::always_inline]] inline Progress move_ascii(Progress at) {
+[[gnu::always_inline]] inline TranslationState move_ascii(TranslationState at) {
   while (at.left() >= kBlock * In && at.room() >= kBlock * Out) {
     const std::size_t count = move_block<In, Out>(at.in, at.out);
     if (count < kBlock) {
@@ -245,7 +245,7 @@ template <std::size_t In, std::size_t Out>
 // Moves the characters of two and of three bytes that come next, which most alphabets have in runs,
 // as far as the target has them and there is room. Pairs go by twos.
 template <class To>
-[[gnu::always_inline]] inline Progress move_utf8(Progress at, To to) {
+[[gnu::always_inline]] inline TranslationState move_utf8(TranslationState at, To to) {
   const auto move = [&at, to](char32_t code, std::size_t bytes) {
     const std::size_t length = to.encode(code, {at.out, at.full});
     if (length == 0 || length == kLacking) return false;
@@ -265,7 +265,8 @@ template <class To>
 
 // Moves the characters of a single-byte set that come next, as far as they take two bytes of UTF-8
 // and there is room.
-[[gnu::always_inline]] inline Progress move_single_bytes(Progress at, SingleByteCodec from) {
+[[gnu::always_inline]] inline TranslationState move_single_bytes(TranslationState at,
+                                                                 SingleByteCodec from) {
   while (at.left() > 0 && at.room() >= 2) {
     const char32_t code = from.code_of(*at.in);
     if (code < 0x80 || code >= 0x800) break;
@@ -279,7 +280,8 @@ template <class To>
 template <class From, class To>
 Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
   const bool ascii = from.ascii() && to.ascii();
-  Progress at{text.data(), text.data() + text.size(), room.data(), room.data() + room.size()};
+  TranslationState at{text.data(), text.data() + text.size(), room.data(),
+                      room.data() + room.size()};
   const auto result = [&](CS_RETCODE code) {
     return Translated{code, static_cast<std::size_t>(at.out - room.data())};
   };
