@@ -131,6 +131,7 @@ std::vector<std::string> CsvReader::next_row() {
   if (scan == Scan::kBroken)
     throw Fatal(source_.name() + ":" + std::to_string(row_line_) + ": " + fault_);
   std::vector<std::string> row;
+  row.reserve(fields_.size());
   for (const Field& field : fields_) row.emplace_back(field.text);
   for (const std::size_t at : escaped_) row[at].resize(unescape(row[at], row[at].data()).size());
   return row;

@@ -6,8 +6,8 @@
 
 extern "C" {
 
-// home/locales[/language[/charset]]/file. Null is not given; `charset` without `language` is
-// ignored.
+// home/locales[/language[/charset]]/file. A null piece is left out; `charset` without `language`
+// is ignored.
 CS_RETCODE com__path_locfile(CS_CONTEXT* ctx, const CS_CHAR* language, const CS_CHAR* charset,
                              const CS_CHAR* file, CS_CHAR* buf, CS_INT buflen);
 

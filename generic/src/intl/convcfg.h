@@ -46,7 +46,7 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
 // Whether the configuration has a conversion to that character set.
 bool converts_to(const CsConvConfig& config, std::string_view charset);
 
-// Whether ASCII text in a loaded character set is read as plain bytes are; false of null.
+// Whether ASCII text in a loaded character set is read as plain bytes are; false for null.
 inline bool is_ascii_based(const CsCharDesc* charset) {
   return charset != nullptr && charset->conv_config != nullptr && charset->conv_config->ascii_based;
 }
