@@ -120,7 +120,10 @@ std::string choose_section(const std::vector<std::string>& sections, const std::
   const auto found = std::ranges::find_first_of(sections, names);
   if (found != sections.end()) return *found;
   if (wanted.empty() && sections.size() == 1) return sections.front();
-  throw Fatal(path + ": has no section [" + names.back() + "]; --section names one");
+  std::string known;
+  for (const std::string& section : sections) known += (known.empty() ? "" : ", ") + section;
+  throw Fatal(path + ": has no section [" + names.back() + "]" +
+              (wanted.empty() ? " for " + csv_path : "") + "; --section names one of " + known);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Drives rowcopy from outside: the shipped files, values that a type cannot hold, CSV in all its
 forms, record bytes, character sets and locales, faults, layouts, misuse, interrupted runs.
-  rowcopy_test.py ROWCOPY DATA_DIR HOME_DIR"""
+  rowcopy_test.py ROWCOPY DATA_DIR HOME_DIR GUIDE INCLUDE_DIR C_COMPILER SHIM
+The guide's examples are run as they are. SHIM is preloaded to refuse files that have no name."""
 import csv
 import filecmp
 import glob
@@ -16,9 +17,11 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 from decimal import Decimal
 
-rowcopy, data, home = map(os.path.abspath, sys.argv[1:4])
+rowcopy, data, home, guide, include = map(os.path.abspath, sys.argv[1:6])
+compiler, shim = sys.argv[6:]
 sanitized = 'ROWCOPY_SANITIZED' in os.environ
 for name in [n for n in os.environ if n.startswith(('TALVEN', 'LC_'))]:
     del os.environ[name]
@@ -97,10 +100,20 @@ check('record size', (schema['record_size'], len(read('records'))), (104, 104 * 
 for number, (source, copied) in enumerate(zip(rows(weather), rows())):
     if number and (source[0] + '.000', *source[1:3], float(source[3])) != (*copied[:3], float(copied[3])):
         fail(f'{source} became {copied}')
-# The schema tells where a program finds the values.
-offsets = {column['name']: column['offset'] for column in schema['columns']}
-check('wind by the schema', struct.unpack_from('<d', read('records'), 104 * 8758 + offsets['wind'])[0],
-      float(rows(weather)[-1][3]))
+# What the guide shows of reading records.
+mean = sum(float(row[3]) for row in rows(weather)[1:]) / 8759
+os.rename('records', 'weather.records')
+os.rename('schema', 'weather.json')
+examples = dict(re.findall('^```(c|python)\n(.*?)^```', read(guide).decode(), re.S | re.M))
+write('example.c', examples['c'])
+label = 'examples of the guide'
+subprocess.run([compiler, '-I', include, '-o', 'example', 'example.c'], check=True)
+check('C', float(subprocess.run(['./example'], capture_output=True).stdout), round(mean, 6))
+python = next((p for p in (sys.executable, '/usr/bin/python3') if subprocess.run([p, '-c', 'import numpy'], capture_output=True).returncode == 0), None)
+if python:
+    check('NumPy', round(float(subprocess.run([python, '-c', examples['python']], capture_output=True).stdout), 9), round(mean, 9))
+else:
+    print('left out: the guide\'s example for NumPy, which is not installed')
 
 strikes = f'{data}/birdstrikes.csv'
 strikes_layout = f'{data}/birdstrikes.layout'
@@ -334,16 +347,28 @@ for what, status, arguments, how in (
     for extra in ('x.csv.gz', 'y.csv.gz'):
         os.remove(extra)
     check('files', sorted(os.listdir()), before)
-for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
-    label = f'signal {number}'
-    process = subprocess.Popen([rowcopy, 't.layout', '-', 'records'], stdin=subprocess.PIPE, stderr=subprocess.DEVNULL)
+# A signal, also where unfinished files have to have names; there only SIGKILL leaves them.
+for number, preload in ((signal.SIGINT, ''), (signal.SIGTERM, ''), (signal.SIGKILL, ''), (signal.SIGINT, shim), (signal.SIGTERM, shim)):
+    label = f'signal {number} {preload}'
+    if sanitized and preload:
+        continue
+    process = subprocess.Popen([rowcopy, 't.layout', '-', 'records'], stdin=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                               env=dict(os.environ, LD_PRELOAD=preload))
     process.stdin.write(many.encode()[:300000])
     process.stdin.flush()
+    while preload and not glob.glob('.rowcopy.*'):
+        time.sleep(0.01)
     process.send_signal(number)
     check('status', process.wait(), -number)
     process.stdin.close()
     check('records', read('records'), b'earlier')
     check('files', sorted(os.listdir()), before)
+if not sanitized:
+    for status, arguments in ((2, ['--max-errors', '0']), (1, [])):
+        run(f'outputs with names, {arguments}', status, *arguments, '--text', 'text', 't.layout', 't.csv', 'records', keep=True, env={'LD_PRELOAD': shim})
+        check('records', len(read('records')), 20 if status == 1 else len('earlier'))
+        check('files', sorted(os.listdir()), before)
+    write('records', 'earlier')
 run('the rejects of a run that was given up', 2, '--max-errors', '0', '--rejects', 'rejects', 't.layout', 't.csv', 'records', keep=True)
 check('rejects', [row[:3] for row in rows('rejects')[1:]], [['3', 'a', 'CS_CVT_SYNTAX']])
 os.symlink('records', 'link')
@@ -433,7 +458,7 @@ for pattern, *lines in (
         (r':2: column "a": there is no conversion from datetime to int', '[t]', 'a = datetime/int'),
         (', line 1: expected .*=', 'a : int'),
         (r': section \[t\] has no columns', '[t]', '; a = int'),
-        (r': has no section \[t\]', '[u]', 'a = int', '[v]', 'a = int')):
+        (r': has no section \[t\] for t.csv; --section names one of u, v', '[u]', 'a = int', '[v]', 'a = int')):
     write('bad.layout', '\n'.join(lines) + '\n')
     misuse(f'layout {lines}', f'bad.layout{pattern}', 'bad.layout', 't.csv', 'records')
 check('a log of it', os.path.exists('tlvinit.err'), False)
