@@ -374,6 +374,11 @@ TEST(ListProperties, GetSetClear) {
                     {LM_CTX_CUR_HANDLEADDR, CS_FAIL, list, false, true}},
                    of_context);
 
+  const std::size_t asked = hosts::allocations();
+  if (sizeof(void*) == 4) {
+    EXPECT_EQ(CS_MEM_ERROR, set(fixture.list, LM_PROP_MAX_TABLESIZE, INT32_MAX));
+    EXPECT_EQ(asked + 1, hosts::allocations()) << "not for what no address space holds";
+  }
   LM_HANDLE* plain = nullptr;
   lm_list_alloc(fixture.context, CS_UNUSED, "four", CS_NULLTERM, &plain);
   EXPECT_EQ(LM_DLINK, plain->hdlprop->list_type);

@@ -303,6 +303,8 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kAssertion, header_of(large) += 3U * kWord, comn_mmfree(buddy, large)),
       STOP(kAssertion, header_of(large) -= 3U * kWord, comn_mmfree(buddy, large)),
       STOP(kAssertion, header_of(node) = 20, comn_mmfree(uniform, node)),
+      STOP(kAssertion, std::memmove(node + 2 - kWord, node - kWord, kWord),
+           comn_mmfree(uniform, node + 2)),
       STOP(kAssertion, comn_mmfree(buddy, block), header_of(other) ^= 0x10000, compact()),
       STOP(kAssertion, comn_mmfree(buddy, block), header_of(block) ^= 1, compact()),
       STOP(kAssertion, comn_mmfree(buddy, block), header_of(block) = 0x20202020,
@@ -325,6 +327,8 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kAssertion, put_heap_twice()),
       STOP(kAssertion, put_heap(0)),
       STOP(kAssertion, put_heap(100'000)),
+      STOP(kAssertion, com___getheap(fresh, 5000, &out), header_of(out) += kWord,
+           com___putheap(fresh, out)),
       STOP(kAssertion, com___remove_subpool(fresh)),
       STOP(kAssertion, comn_mmdiag()),
   });

@@ -27,6 +27,36 @@ void await_fraction(double fraction) {
   await([=] { return std::abs(std::fmod(now(), 1) - fraction - 0.05) <= 0.05; });
 }
 
+// `work` does not end before `release` is called.
+void expect_wait(const std::function<void()>& work, const std::function<CS_RETCODE()>& release) {
+  std::atomic<bool> ended = false;
+  const Thread waiter([&] { work(), ended = true; });
+  usleep(5000);
+  EXPECT_FALSE(ended);
+  EXPECT_EQ(CS_SUCCEED, release());
+}
+
+// `work` begins, and ends only with its thread, which is killed.
+void expect_cancelled(const std::function<void()>& work) {
+  std::atomic<bool> started = false;
+  bool returned = false;
+  {
+    const Thread worker([&] { comn_set_cancelstate(), started = true, work(), returned = true; });
+    await([&] { return started.load(); });
+    EXPECT_EQ(CS_SUCCEED, comn_kill_thread(worker.handle()));
+  }
+  EXPECT_FALSE(returned);
+}
+
+// `work` leaves cancellation disabled.
+void expect_state_kept(const std::function<void()>& work) {
+  const Thread worker([&] {
+    int state = -1;
+    comn_set_cancelstate(), work(), pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &state);
+    EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state);
+  });
+}
+
 TEST(Mutex, CountsTheTakesOfItsOwner) {
   const Mutex mutex;
   EXPECT_EQ(0xdeadbabeu, mutex->magic);
@@ -93,28 +123,14 @@ TEST(Waits, AreCancellable) {
   const Event event;
   const Semaphore sem;
   EXPECT_EQ(1, event->ar);
-  const std::pair<std::function<CS_RETCODE()>, pthread_mutex_t*> rows[] = {
-      {[&] { return comn_waitfor_event(event, -1); }, &event->pm},
-      {[&] { return comn_waitfor_event(event, 100'000); }, &event->pm},
-      {[&] { return comn_waitfor_sem(sem, 0); }, &sem->pm}};
-  for (const auto& [wait, mutex] : rows) {
-    std::atomic<bool> started = false;
-    bool returned = false;
-    {
-      const Thread waiter([&, &wait = wait, of_event = mutex == &event->pm] {
-        int state = -1;
-        comn_set_cancelstate();
-        comn_waitfor_event(event, 1);
-        pthread_setcancelstate(of_event ? PTHREAD_CANCEL_DISABLE : PTHREAD_CANCEL_ENABLE, &state);
-        EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state);
-        started = true;
-        wait();
-        returned = true;
-      });
-      await([&] { return started.load(); });
-      EXPECT_EQ(CS_SUCCEED, comn_kill_thread(waiter.handle()));
-    }
-    EXPECT_FALSE(returned);
+  expect_state_kept([&] { comn_waitfor_event(event, 1); });
+  expect_cancelled([&] { comn_waitfor_event(event, -1); });
+  expect_cancelled([&] { comn_waitfor_event(event, 100'000); });
+  expect_cancelled([&] {
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    comn_waitfor_sem(sem, 0);
+  });
+  for (pthread_mutex_t* const mutex : {&event->pm, &sem->pm}) {
     ASSERT_EQ(0, pthread_mutex_trylock(mutex));
     pthread_mutex_unlock(mutex);
   }
@@ -161,16 +177,9 @@ TEST(Semaphore, CountsAndWaits) {
   EXPECT_EQ(2, sem->ev);
   EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, 1));
   EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, 0));
-  for (const CS_INT nowait : {0, 2, -1}) {  // only 1 means not to wait
-    std::atomic<bool> passed = false;
-    const Thread waiter([&] {
-      EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, nowait));
-      passed = true;
-    });
-    usleep(5000);
-    EXPECT_FALSE(passed) << nowait;
-    EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
-  }
+  for (const CS_INT nowait : {0, 2, -1})  // only 1 means not to wait
+    expect_wait([&] { EXPECT_EQ(CS_SUCCEED, comn_waitfor_sem(sem, nowait)); },
+                [&] { return comn_release_sem(sem); });
   sem->ev = INT_MAX;
   EXPECT_EQ(CS_SUCCEED, comn_release_sem(sem));
   EXPECT_EQ(CS_FAIL, comn_waitfor_sem(sem, 0)) << "negative";
@@ -180,23 +189,10 @@ TEST(Semaphore, CountsAndWaits) {
 
 TEST(Threads, EndAndAreJoined) {
   Thread([] { comn_exit_thread(); });
-  Thread([] {
-    int state = PTHREAD_CANCEL_ENABLE;
-    comn_set_cancelstate();
-    comn_yield();
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
-    EXPECT_EQ(PTHREAD_CANCEL_DISABLE, state) << "restored";
+  expect_state_kept(comn_yield);
+  expect_cancelled([] {
+    for (;;) comn_yield();  // acts on a cancellation although that is disabled
   });
-  std::atomic<bool> started = false;
-  {
-    const Thread yielding([&] {
-      comn_set_cancelstate();
-      started = true;
-      for (;;) comn_yield();  // acts on a cancellation although that is disabled
-    });
-    await([&] { return started.load(); });
-    EXPECT_EQ(CS_SUCCEED, comn_kill_thread(yielding.handle()));
-  }
   const hosts::NothingLost nothing_lost;
   auto* holder = static_cast<COMN_THREAD*>(comn_malloc(sizeof(COMN_THREAD)));
   *holder = comn_threadid();
@@ -207,9 +203,8 @@ TEST(Threads, EndAndAreJoined) {
 }
 
 TEST(Threads, FixedResultsAndIds) {
-  for (const CS_RETCODE none :
-       {comn_detach_thread(nullptr), comn_lock_global(), comn_unlock_global()})
-    EXPECT_EQ(CS_FAIL, none);
+  EXPECT_EQ(CS_FAIL, comn_detach_thread(nullptr));
+  for (const auto none : {comn_lock_global, comn_unlock_global}) EXPECT_EQ(CS_FAIL, none());
   EXPECT_EQ(CS_SUCCEED, comn_start_thread(nullptr));
   EXPECT_EQ(CS_SUCCEED, comn_set_priority(nullptr, 1));
   pthread_t id[2] = {0, 42};
@@ -252,24 +247,15 @@ TEST(Threads, CoroutineMode) {
     EXPECT_EQ(CS_SUCCEED, comn_end_coroutine_mode());
     ASSERT_EQ(CS_SUCCEED, comn_start_coroutine_mode());
     EXPECT_EQ(CS_FAIL, comn_start_coroutine_mode());
-    std::atomic<bool> passed = false;
     EXPECT_EQ(CS_SUCCEED, comn_take_coroutine_control());
-    const Thread other([&] {
-      comn_take_coroutine_control();
-      passed = true;
-      comn_release_coroutine_control();
-    });
-    usleep(5000);
-    EXPECT_FALSE(passed);
-    EXPECT_EQ(CS_SUCCEED, comn_release_coroutine_control());
-    await([&] { return passed.load(); });
+    expect_wait([] { comn_take_coroutine_control(), comn_release_coroutine_control(); },
+                comn_release_coroutine_control);
     EXPECT_EQ(CS_SUCCEED, comn_take_coroutine_control());
     EXPECT_EQ(CS_SUCCEED, comn_end_coroutine_mode());
   }
 }
 
-// --- Calls of POSIX threads that fail: the routine says so, and what it had made is given back
-// ----
+// --- Calls of POSIX threads that fail, and memory that is short ----------------------------------
 
 std::string_view refused;  // the one call that fails
 
@@ -303,9 +289,12 @@ CS_RETCODE make(CS_RETCODE (*create)(Object**)) {
   return code;
 }
 
-TEST(PosixFailure, IsReported) {
+// The routine says so, and gives back what it had made.
+TEST(Failures, AreReported) {
   const Event event;
   const Semaphore sem;
+  static const COMN_START_FUNC start = [](void* argument) { return argument; };
+  const auto thread = [](COMN_THREAD** made) { return comn_create_thread(made, start, nullptr); };
   const auto signal_and_stay = [&] {
     const CS_RETCODE code = comn_signal_event(event);
     refused = {};
@@ -315,7 +304,13 @@ TEST(PosixFailure, IsReported) {
   const struct {
     const char *call, *routine;
     std::function<CS_RETCODE()> run;
-  } rows[] = {{"pthread_mutex_init", "mutex", [] { return make(comn_create_mutex); }},
+  } rows[] = {{"memory", "mutex", [] { return make(comn_create_mutex); }},
+              {"memory", "event", [] { return make(comn_create_event); }},
+              {"memory", "condition", [] { return make(comn_create_cond); }},
+              {"memory", "semaphore", [] { return make(comn_create_sem); }},
+              {"memory", "thread", [&] { return make<COMN_THREAD>(thread); }},
+              {"memory", "coroutine mode", [] { return comn_start_coroutine_mode(); }},
+              {"pthread_mutex_init", "mutex", [] { return make(comn_create_mutex); }},
               {"pthread_mutex_init", "event", [] { return make(comn_create_event); }},
               {"pthread_cond_init", "event", [] { return make(comn_create_event); }},
               {"pthread_cond_init", "semaphore", [] { return make(comn_create_sem); }},
@@ -331,6 +326,7 @@ TEST(PosixFailure, IsReported) {
     SCOPED_TRACE(testing::Message() << row.routine << ", " << row.call);
     const hosts::NothingLost nothing_lost;
     refused = row.call;
+    const hosts::Failing failing(refused == "memory" ? 1 : SIZE_MAX / 2);
     const CS_RETCODE code = row.run();
     refused = {};
     EXPECT_EQ(CS_FAIL, code);

@@ -2,69 +2,43 @@
 
 #include <cstdlib>
 
+using namespace hosts;
+
+std::atomic<std::size_t> hosts::blocks{0}, hosts::requests{0};
+const char* const hosts::kShippedHome = COMNLIB_HOME;
+
 namespace {
 
-std::atomic<std::size_t> live{0};
-std::atomic<std::size_t> asked{0};
-std::atomic<std::size_t> failing{0};  // which one, counted like `asked`; 0: none
-std::atomic<bool> keep_failing{false};
-
-bool fails_now() {
-  const std::size_t number = ++asked;
-  const std::size_t first = failing.load();
-  return first != 0 && (number == first || (number > first && keep_failing.load()));
-}
-
-void* counted(void* block) {
-  if (block != nullptr) ++live;
+// A new block of the C library's, or null when this allocation is to fail.
+template <class Allocate>
+void* count(Allocate allocate) {
+  const std::size_t number = ++requests;
+  const Failing* const failing = Failing::current;
+  void* const block = failing != nullptr && failing->hits(number) ? nullptr : allocate();
+  if (block != nullptr) ++blocks;
   return block;
 }
 
 }  // namespace
 
-namespace hosts {
-
-const char* const kShippedHome = COMNLIB_HOME;
-
-std::size_t live_blocks() {
-  return live.load();
-}
-
-std::size_t allocations() {
-  return asked.load();
-}
-
-Failing::Failing(std::size_t first, Mode mode) {
-  keep_failing.store(mode == Mode::kFromThereOn);
-  failing.store(asked.load() + first);
-}
-
-Failing::~Failing() {
-  failing.store(0);
-}
-
-bool Failing::reached() const {
-  return asked.load() >= failing.load();
-}
-
-}  // namespace hosts
-
 void* comn_malloc(std::size_t size) {
-  return fails_now() ? nullptr : counted(std::malloc(size));
+  return count([=] { return std::malloc(size); });
 }
 
-void* comn_calloc(std::size_t count, std::size_t size) {
-  return fails_now() ? nullptr : counted(std::calloc(count, size));
+void* comn_calloc(std::size_t items, std::size_t size) {
+  return count([=] { return std::calloc(items, size); });
 }
 
 // The library never hands out null blocks: what a host's allocator makes of them is not known.
 void* comn_realloc(void* block, std::size_t size) {
   if (block == nullptr) std::abort();
-  return fails_now() ? nullptr : std::realloc(block, size);
+  void* const moved = count([=] { return std::realloc(block, size); });
+  if (moved != nullptr) --blocks;
+  return moved;
 }
 
 void comn_free(void* block) {
   if (block == nullptr) std::abort();
-  --live;
+  --blocks;
   std::free(block);
 }

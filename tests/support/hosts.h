@@ -23,24 +23,41 @@ namespace hosts {
 
 // --- The allocator: in place of the library's defaults, it counts blocks and fails on demand -----
 
+extern std::atomic<std::size_t> blocks, requests;
+
 // Blocks that are allocated and not yet freed.
-std::size_t live_blocks();
+inline std::size_t live_blocks() {
+  return blocks;
+}
 
 // How often memory has been asked for, in vain or not.
-std::size_t allocations();
+inline std::size_t allocations() {
+  return requests;
+}
 
 // While it lives, makes allocations fail: the `first`-th from now on (1 is the next one), once or
 // from there on.
 class Failing {
  public:
   enum class Mode { kOnce, kFromThereOn };
-  explicit Failing(std::size_t first, Mode mode = Mode::kOnce);
-  ~Failing();
+  explicit Failing(std::size_t first, Mode mode = Mode::kOnce)
+      : first_(requests + first), mode_(mode) {
+    current = this;
+  }
+  ~Failing() { current = nullptr; }
   Failing(const Failing&) = delete;
   Failing& operator=(const Failing&) = delete;
 
   // Whether the chosen allocation has been reached.
-  bool reached() const;
+  bool reached() const { return requests >= first_; }
+  bool hits(std::size_t number) const {
+    return mode_ == Mode::kOnce ? number == first_ : number >= first_;
+  }
+  static inline std::atomic<const Failing*> current{nullptr};
+
+ private:
+  std::size_t first_;
+  Mode mode_;
 };
 
 inline std::ptrdiff_t open_files() {
