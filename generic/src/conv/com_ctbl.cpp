@@ -1,6 +1,7 @@
 // The default conversion matrix. A pair without a routine is not supported; hosts rely on the gaps.
 #include "conv/com_ctbl.h"
 
+#include <algorithm>
 #include <initializer_list>
 
 #include "comnlib/datetime.h"
@@ -13,7 +14,8 @@ namespace {
 
 using enum Family;
 
-constexpr std::size_t kFamilies = static_cast<std::size_t>(unichar) + 1;
+constexpr std::size_t kFamilies =
+    static_cast<std::size_t>(std::ranges::max(kDatatypes, {}, &Datatype::family).family) + 1;
 
 struct Entry {
   CS_CONV_FUNC routine = nullptr;
