@@ -125,11 +125,11 @@ def main():
             for a, b in rows + (CORRECTED if name + size == "div8" else []):
                 status, result = expected(name, a, b, limits)
                 values = ", ".join(literal(value) for value in (a, b))
-                lines.append(f"ARITHMETIC({name}{size}, {values}, {status}, {literal(result)})")
+                lines.append(f"{name}{size}({values}, {status}, {literal(result)});")
     for value, decimals, grouped, text in format_rows(rng):
-        lines.append(f'FORMAT({literal(value)}, {decimals}, {int(grouped)}, "{text}")')
+        lines.append(f'format({literal(value)}, {decimals}, {int(grouped)}, "{text}");')
     for text, status, value in parse_rows(rng):
-        lines.append(f'PARSE("{text}", {status}, {literal(value)})')
+        lines.append(f'parse("{text}", {status}, {literal(value)});')
     vectors = pathlib.Path(__file__).parent.parent / "tests/exact/data/money_vectors.inc"
     vectors.write_text("\n".join(lines) + "\n", encoding="ascii")
 

@@ -359,6 +359,9 @@ def kernel():
     wide, one = (66, Numeric(77, 0, 256**65 - 1)), (2, Numeric(77, 0, 1))
     yield row("intdiv", wide, one, (3, EMPTY), "", OVERFLOW, None)
     yield row("div", wide, one, (133, EMPTY), "", OVERFLOW, 0)
+    largest = (33, Numeric(77, 0, 10**77 - 1))
+    yield row("div", largest, one, (33, Numeric(77, 77, 0)), "", OVERFLOW, 0)
+    yield row("divrem", largest, (4, Numeric(7, 0, 10**6)), (33, EMPTY), 2, OVERFLOW, 0, 0)
     yield row("div", (2, Numeric(1, 0, 1)), (2, Numeric(1, 40, 1)), (33, Numeric(77, 38, 0)), "",
               OVERFLOW, 0)
     yield row("div", (2, Numeric(1, 39, 1)), (2, Numeric(1, 0, 1)), (33, Numeric(77, 117, 0)), "",
@@ -399,7 +402,8 @@ def kernel():
 
 
 def small_operations(row):
-    """What works in place, questions and copies; then divisions that give a remainder."""
+    """What works in place, questions and copies; then divisions that give a remainder, whose length
+    is their argument."""
     for size, magnitude in [(4, 0x01FFFF), (4, 0xFFFFFF), (4, 0x000105), (2, 0), (2, 255), (3, 99),
                             (3, 255), (33, room(33) - 1), (33, 10**77 - 1), (133, room(133) - 1)]:
         a = Numeric(77, 3, magnitude, magnitude % 2)
@@ -435,7 +439,7 @@ def small_operations(row):
     for a, b in [(-175, 3), (175, -3), (-175, -5), (2, 30), (-2, 30), (170, 1)]:
         # Tenths by integers; the remainder is in tenths.
         quotient, rest = divmod(abs(a), abs(b) * 10)
-        yield row("divrem", (3, Numeric(3, 1, a)), (2, Numeric(2, 0, b)), (3, Numeric(5, 0, 0)), "",
+        yield row("divrem", (3, Numeric(3, 1, a)), (2, Numeric(2, 0, b)), (3, Numeric(5, 0, 0)), 9,
                   OK, Value(quotient and (a < 0) != (b < 0), quotient), Value(rest and a < 0, rest))
 
 

@@ -11,70 +11,64 @@ using namespace std::string_literals;
 
 constexpr CS_INT kUserType = CS_USER_TYPE + 4;
 
-// Texts of a letter for each value, and "." for a null; empty is "-".
+// A column of texts, a letter for each value, and "." for a null; empty is "-". It goes into
+// `format`; what was not written is "#".
 struct Texts {
-  explicit Texts(const std::string& letters) : format(format_of(CS_CHAR_TYPE)) {
+  explicit Texts(const std::string& letters, const CS_DATAFMT& format)
+      : from(format_of(CS_CHAR_TYPE)), to(format), bytes(4 * letters.size(), '#') {
     for (const char letter : letters) {
       if (letter != '-') text += letter;
-      lengths.push_back(letter == '.' ? -1 : letter == '-' ? 0 : 1);
+      from_lengths.push_back(letter == '.' ? -1 : letter == '-' ? 0 : 1);
       offsets.push_back(static_cast<CS_INT>(text.size()));
     }
-    source.format = &format;
-    source.values = text.data();
-    source.offsets = offsets.data();
-    source.lengths = lengths.data();
+    lengths.assign(letters.size(), 9);
+    codes.assign(letters.size(), 9);
+    source = {&from, text.data(), 0, offsets.data(), from_lengths.data(), nullptr};
+    dest = {&to, bytes.data(), 4, nullptr, lengths.data(), nullptr, COMN_NULLS_AS_VALUES};
   }
-  CS_DATAFMT format;
-  std::string text;
-  std::vector<CS_INT> offsets{0}, lengths;
-  CsColumnSource source{};
-};
+  Texts(const Texts&) = delete;
 
-struct Outcome {
-  CS_RETCODE code;
-  CS_INT faults = -1;
+  CS_RETCODE convert(Context& context, CS_INT count) {
+    return comn_conv_column(&context, &source, &dest, count, codes.data(), &faults);
+  }
+  // All of them: their bytes.
+  std::string operator()(Context& context) {
+    EXPECT_EQ(CS_SUCCEED, convert(context, static_cast<CS_INT>(codes.size())));
+    return bytes;
+  }
+
+  CS_DATAFMT from, to;
+  std::string text, bytes;
+  std::vector<CS_INT> offsets{0}, from_lengths, lengths;
   std::vector<CS_RETCODE> codes;
-  std::vector<CS_INT> lengths;
-  std::string bytes;
-};
-
-Outcome run(Context& context, const CsColumnSource& source, const CS_DATAFMT& to, CS_INT count,
-            CS_INT nulls = COMN_NULLS_AS_VALUES, CS_INT stride = 4) {
-  const auto size = static_cast<std::size_t>(count);
-  Outcome out{0, -1, std::vector<CS_RETCODE>(size, 9), std::vector<CS_INT>(size, 9),
-              std::string(size * static_cast<std::size_t>(stride), '#')};
+  CsColumnSource source{};
   CsColumnDest dest{};
-  dest.format = &to;
-  dest.values = out.bytes.data();
-  dest.stride = stride;
-  dest.lengths = out.lengths.data();
-  dest.nulls = nulls;
-  out.code = comn_conv_column(&context, &source, &dest, count, out.codes.data(), &out.faults);
-  return out;
-}
+  CS_INT faults = -1;
+};
 
 TEST(Columns, NullsBecomeNullValuesOrStayNulls) {
   Context context;
-  const Texts texts("1.x.");
   ASSERT_EQ(CS_SUCCEED, com_null_set(&context, CS_INT_TYPE, "NULL", 4));
-  const Outcome values = run(context, texts.source, format_of(CS_INT_TYPE), 4);
-  EXPECT_EQ(CS_SUCCEED, values.code);
-  EXPECT_EQ("\1\0\0\0NULL####NULL"s, values.bytes);
+  Texts values("1.x.", format_of(CS_INT_TYPE));
+  EXPECT_EQ("\1\0\0\0NULL####NULL"s, values(context));
   EXPECT_EQ((std::vector<CS_INT>{4, 4, 0, 4}), values.lengths);
-  EXPECT_EQ((std::vector<CS_RETCODE>{CS_SUCCEED, CS_SUCCEED, CS_CVT_SYNTAX, CS_SUCCEED}),
-            values.codes);
+  EXPECT_EQ((std::vector<CS_RETCODE>{1, 1, CS_CVT_SYNTAX, 1}), values.codes);
   EXPECT_EQ(1, values.faults);
-  const Outcome nulls = run(context, texts.source, format_of(CS_INT_TYPE), 4, COMN_NULLS_AS_NULLS);
-  EXPECT_EQ("\1\0\0\0############"s, nulls.bytes);
+  Texts nulls("1.x.", format_of(CS_INT_TYPE));
+  nulls.dest.nulls = COMN_NULLS_AS_NULLS;
+  EXPECT_EQ("\1\0\0\0############"s, nulls(context));
   EXPECT_EQ((std::vector<CS_INT>{4, -1, 0, -1}), nulls.lengths);
   // A null value has its padding and the padding's code.
-  const Outcome clash =
-      run(context, texts.source, format_of(CS_CHAR_TYPE, 3, CS_DFMT_PADBLANK | CS_DFMT_PADNULL), 4);
+  Texts clash("1.x.", format_of(CS_CHAR_TYPE, 3, CS_DFMT_PADBLANK | CS_DFMT_PADNULL));
+  clash(context);
   EXPECT_EQ(4, clash.faults);
-  const CS_DATAFMT no_value = format_of(CS_VOID_TYPE);
-  const CsColumnSource source{&no_value, "", 0, nullptr, nullptr, nullptr};
-  EXPECT_EQ("NULLNULL", run(context, source, format_of(CS_INT_TYPE), 2).bytes);
-  EXPECT_EQ("", run(context, source, format_of(CS_INT_TYPE), 0).bytes);
+  // Values of CS_VOID are nulls; none of them is nothing.
+  Texts no_values("ab", format_of(CS_INT_TYPE));
+  no_values.from = format_of(CS_VOID_TYPE);
+  no_values.source = {&no_values.from, "", 0, nullptr, nullptr, nullptr};
+  EXPECT_EQ(CS_SUCCEED, no_values.convert(context, 0));
+  EXPECT_EQ("########", no_values.bytes);
+  EXPECT_EQ("NULLNULL", no_values(context));
 }
 
 // Writes the length that it was given.
@@ -87,73 +81,68 @@ CS_RETCODE length_as_digit(CS_CONTEXT*, const CS_DATAFMT* from, const CS_VOID*, 
 
 TEST(Columns, UserConversionsAndUserNullsWork) {
   Context context;
-  const Texts texts("a-.");
-  const CS_DATAFMT to = format_of(kUserType, 3);
-  EXPECT_EQ(CS_FAIL, run(context, texts.source, to, 3).code) << "no routine";
+  Texts texts("a-.", format_of(kUserType, 3));
+  EXPECT_EQ(CS_FAIL, texts.convert(context, 3)) << "no routine";
   ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, CS_CHAR_TYPE, kUserType, length_as_digit));
   ASSERT_EQ(CS_SUCCEED, com_null_set(&context, kUserType, "NO", 2));
-  const Outcome out = run(context, texts.source, to, 3);
-  EXPECT_EQ("1###0###NO\0#"s, out.bytes);
-  EXPECT_EQ((std::vector<CS_INT>{1, 1, 3}), out.lengths);
-  EXPECT_EQ(1, out.faults);
+  EXPECT_EQ("1###0###NO\0#"s, texts(context));
+  EXPECT_EQ((std::vector<CS_INT>{1, 1, 3}), texts.lengths);
+  EXPECT_EQ(1, texts.faults);
   ASSERT_EQ(CS_SUCCEED, com_null_set(&context, kUserType, "", 0));
   // A built-in pair that the host replaced is the host's in a column too.
   ASSERT_EQ(CS_SUCCEED, com_conv_install(&context, CS_CHAR_TYPE, CS_CHAR_TYPE, length_as_digit));
-  EXPECT_EQ("1###0#######",
-            run(context, texts.source, format_of(CS_CHAR_TYPE, 4), 3, COMN_NULLS_AS_NULLS).bytes);
+  Texts replaced("a-.", format_of(CS_CHAR_TYPE, 4));
+  replaced.dest.nulls = COMN_NULLS_AS_NULLS;
+  EXPECT_EQ("1###0#######", replaced(context));
 }
 
 TEST(Columns, EmptyTextIsAValue) {
   Context context;
-  const Texts texts("-7");
-  const Outcome copied =
-      run(context, texts.source, format_of(CS_CHAR_TYPE, 3, CS_DFMT_PADBLANK), 2);
-  EXPECT_EQ("   #7  #", copied.bytes);
-  const Outcome numbers = run(context, texts.source, format_of(CS_INT_TYPE), 2);
+  EXPECT_EQ("   #7  #", Texts("-7", format_of(CS_CHAR_TYPE, 3, CS_DFMT_PADBLANK))(context));
+  Texts numbers("-7", format_of(CS_INT_TYPE));
+  EXPECT_EQ("####\7\0\0\0"s, numbers(context));
   EXPECT_EQ((std::vector<CS_RETCODE>{CS_CVT_SYNTAX, CS_SUCCEED}), numbers.codes);
 }
 
 TEST(ColumnsDeathTest, BrokenPreconditionsStop) {
   Context context;
-  const auto aborted = testing::KilledBySignal(SIGABRT);
-  const char* const here = "com_column.cpp";
-  const Texts texts("12");
-  const CS_DATAFMT integer = format_of(CS_INT_TYPE), text = format_of(CS_CHAR_TYPE, 4);
-  char bytes[16];
-  CS_INT ends[3] = {}, faults = 0;
-  const CsColumnDest good{&integer, bytes, 4, nullptr, nullptr, nullptr, 0};
-  const struct {
-    const char* label;
-    CsColumnSource source;
-    CsColumnDest dest;
-    CS_INT count = 2;
-  } rows[] = {
-      {"count", texts.source, good, -1},
-      {"overlapping values", texts.source, {&integer, bytes, 3, nullptr, nullptr, nullptr, 0}},
-      {"fixed length by offsets", texts.source, {&integer, bytes, 4, ends, nullptr, nullptr, 0}},
-      {"nulls without a place", texts.source, {&integer, bytes, 4, nullptr, nullptr, nullptr, 1}},
-      {"no such nulls", texts.source, {&integer, bytes, 4, nullptr, ends, nullptr, 2}},
-      {"offsets beyond 31 bits",
-       texts.source,
-       {&text, bytes, 4, ends, nullptr, nullptr, 0},
-       INT32_MAX / 4 + 1},
-      {"stride", {&integer, bytes, -1, nullptr, nullptr, nullptr}, good},
-      {"empty character data", {&texts.format, bytes, 1, nullptr, nullptr, nullptr}, good},
-      {"no values", {&texts.format, nullptr, 1, nullptr, nullptr, nullptr}, good},
+  const auto stops = [&](const char* label, auto change, CS_INT count = 2) {
+    Texts column("12", format_of(CS_INT_TYPE));
+    column.dest.lengths = nullptr;
+    change(column);
+    EXPECT_EXIT(column.convert(context, count), testing::KilledBySignal(SIGABRT), "com_column.cpp")
+        << label;
   };
-  for (const auto& row : rows) {
-    // The longest column is refused before its values are looked at.
-    CsColumnSource source = row.source;
-    if (row.count > 2) source.offsets = nullptr;
-    EXPECT_EXIT(comn_conv_column(&context, &source, &row.dest, row.count, nullptr, &faults),
-                aborted, here)
-        << row.label;
-  }
-  const CS_INT decreasing[] = {1, 0, 1};
-  CsColumnSource source = texts.source;
-  source.offsets = decreasing;
-  EXPECT_EXIT(comn_conv_column(&context, &source, &good, 2, nullptr, &faults), aborted, here);
-  EXPECT_EXIT(comn_conv_column(&context, &texts.source, &good, 2, nullptr, nullptr), aborted, here);
+  const auto text = [](Texts& column) { column.to = format_of(CS_CHAR_TYPE, 4); };
+  const auto without_offsets = [](Texts& column) {
+    column.source.offsets = column.source.lengths = nullptr;
+  };
+  stops(
+      "count", [](Texts&) {}, -1);
+  stops("overlapping values", [](Texts& column) { column.dest.stride = 3; });
+  stops("fixed length by offsets",
+        [](Texts& column) { column.dest.offsets = column.lengths.data(); });
+  stops("nulls without a place", [](Texts& column) { column.dest.nulls = COMN_NULLS_AS_NULLS; });
+  stops("no such nulls", [](Texts& column) { column.dest.nulls = 2; });
+  stops(
+      "offsets beyond 31 bits",
+      [&](Texts& column) {
+        text(column);
+        without_offsets(column);  // refused before the values are looked at
+        column.lengths[0] = 0;
+        column.dest.offsets = column.lengths.data();
+      },
+      INT32_MAX / 4 + 1);
+  stops("stride", [&](Texts& column) {
+    without_offsets(column);
+    column.source.stride = -1;
+  });
+  stops("empty character data", [&](Texts& column) { without_offsets(column); });
+  stops("no values", [](Texts& column) { column.source.values = nullptr; });
+  stops("decreasing offsets", [](Texts& column) { column.offsets[1] = 5; });
+  Texts column("12", format_of(CS_INT_TYPE));
+  EXPECT_EXIT(comn_conv_column(&context, &column.source, &column.dest, 2, nullptr, nullptr),
+              testing::KilledBySignal(SIGABRT), "com_column.cpp");
 }
 
 }  // namespace

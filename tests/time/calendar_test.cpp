@@ -42,6 +42,11 @@ CS_DATAFMT format_of(CS_INT datatype) {
   return format;
 }
 
+// Numbers that are compared and printed together.
+auto list(auto... numbers) {
+  return std::array{static_cast<std::int64_t>(numbers)...};
+}
+
 TEST(Calendar, EveryDayAgreesWithChronoAndRemakes) {
   CS_INT week = 0;
   for (CS_INT dtdays = COM_DTDAYS_MIN; dtdays <= COM_DTDAYS_MAX; ++dtdays) {
@@ -61,39 +66,15 @@ TEST(Calendar, EveryDayAgreesWithChronoAndRemakes) {
     const auto iso_week = (thursday - sys_days{iso_year / January / 1}).count() / 7 + 1;
     CS_DATETIME made{77, 88};
     const CS_INT status = com__datemake(&made, &rec);
-    using Day = std::array<CS_INT, 16>;
-    const Day seen = {rec.dateyear,
-                      rec.datemonth + 1,
-                      rec.datedmonth,
-                      rec.datedyear,
-                      rec.datedweek,
-                      part(COM_PART_WEEK, dtdays),
-                      part(COM_PART_ISOYEAR, dtdays),
-                      part(COM_PART_ISOWEEK, dtdays),
-                      part(COM_PART_ISOWEEKDAY, dtdays),
-                      leapyear(rec.dateyear - 1753),
-                      status,
-                      made.dtdays,
-                      made.dttime,
-                      rec.datehour,
-                      rec.datemsecond,
-                      rec.datetzone};
-    const Day expected = {int{date.year()},
-                          int(unsigned{date.month()}),
-                          int(unsigned{date.day()}),
-                          int(day_of_year),
-                          int(from_sunday),
-                          week,
-                          int{iso_year},
-                          int(iso_week),
-                          int(weekday{day}.iso_encoding()),
-                          date.year().is_leap() ? 1 : 0,
-                          0,
-                          dtdays,
-                          88,
-                          1,
-                          4,
-                          0};
+    const auto seen = list(rec.dateyear, rec.datemonth + 1, rec.datedmonth, rec.datedyear,
+                           rec.datedweek, part(COM_PART_WEEK, dtdays),
+                           part(COM_PART_ISOYEAR, dtdays), part(COM_PART_ISOWEEK, dtdays),
+                           part(COM_PART_ISOWEEKDAY, dtdays), leapyear(rec.dateyear - 1753), status,
+                           made.dtdays, made.dttime, rec.datehour, rec.datemsecond, rec.datetzone);
+    const auto expected =
+        list(int{date.year()}, unsigned{date.month()}, unsigned{date.day()}, day_of_year,
+             from_sunday, week, int{iso_year}, iso_week, weekday{day}.iso_encoding(),
+             date.year().is_leap(), 0, dtdays, 88, 1, 4, 0);
     ASSERT_EQ(expected, seen) << "dtdays " << dtdays;
   }
 }
@@ -106,16 +87,10 @@ TEST(Calendar, EveryTickCracksAndRemakes) {
     const hh_mm_ss clock{floor<milliseconds>(Ticks{tick})};
     CS_DATETIME made{5, 0};
     const CS_INT status = com__timemake(&made, &rec);
-    using Time = std::array<std::int64_t, 7>;
-    const Time seen = {rec.datehour, rec.dateminute, rec.datesecond, rec.datemsecond,
-                       status,       made.dttime,    made.dtdays};
-    const Time expected = {clock.hours().count(),
-                           clock.minutes().count(),
-                           clock.seconds().count(),
-                           clock.subseconds().count(),
-                           0,
-                           tick,
-                           5};
+    const auto seen = list(rec.datehour, rec.dateminute, rec.datesecond, rec.datemsecond, status,
+                           made.dttime, made.dtdays);
+    const auto expected = list(clock.hours().count(), clock.minutes().count(),
+                               clock.seconds().count(), clock.subseconds().count(), 0, tick, 5);
     ASSERT_EQ(expected, seen) << "tick " << tick;
   }
 }
@@ -144,25 +119,26 @@ TEST(Calendar, DaysAndTicksOutsideTheRangeCrackWithinBounds) {
   }
 }
 
-using Fields = std::array<CS_INT, 3>;  // a status and what it left in fields that were 77
-
+// A status, and what it left in fields that were 77.
 TEST(Making, RefusesFieldsInOrder) {
-  const auto make = [](const std::array<CS_INT, 7>& f) {
-    const CS_DATEREC rec{f[0], f[1], f[2], 0, 0, f[3], f[4], f[5], f[6], 0};
+  const auto make = [](CS_INT year, CS_INT month, CS_INT day, CS_INT hour = 0, CS_INT minute = 0,
+                       CS_INT second = 0, CS_INT millisecond = 0) {
+    const CS_DATEREC rec{year, month, day, 0, 0, hour, minute, second, millisecond, 0};
     CS_DATETIME dt{77, 77};
-    const CS_INT status = com__datemake(&dt, &rec);
-    return Fields{status != 0 ? status : com__timemake(&dt, &rec), dt.dtdays, dt.dttime};
+    CS_INT status = com__datemake(&dt, &rec);
+    if (status == 0) status = com__timemake(&dt, &rec);
+    return list(status, dt.dtdays, dt.dttime);
   };
-  EXPECT_EQ((Fields{1, 0, 77}), make({1752, 12, 1}));
-  EXPECT_EQ((Fields{1, 0, 77}), make({10000, 0, 0}));
-  EXPECT_EQ((Fields{2, 77, 77}), make({2000, 12, 0}));
-  EXPECT_EQ((Fields{3, 77, 77}), make({1900, 1, 29}));
-  EXPECT_EQ((Fields{4, 0, 77}), make({1900, 0, 1, 24, 60, 60, 1000}));
-  EXPECT_EQ((Fields{5, 0, 77}), make({1900, 0, 1, 23, 60, 60, 1000}));
-  EXPECT_EQ((Fields{6, 0, 77}), make({1900, 0, 1, 23, 59, 60, 1000}));
-  EXPECT_EQ((Fields{7, 0, 77}), make({1900, 0, 1, 23, 59, 59, 1000}));
-  EXPECT_EQ((Fields{0, 0, 25919999}), make({1900, 0, 1, 23, 59, 59, 999}));
-  EXPECT_EQ((Fields{0, 0, -1080300}), make({1900, 0, 1, -1, 0, 0, -999}));
+  EXPECT_EQ(list(1, 0, 77), make(1752, 12, 1));
+  EXPECT_EQ(list(1, 0, 77), make(10000, 0, 0));
+  EXPECT_EQ(list(2, 77, 77), make(2000, 12, 0));
+  EXPECT_EQ(list(3, 77, 77), make(1900, 1, 29));
+  EXPECT_EQ(list(4, 0, 77), make(1900, 0, 1, 24, 60, 60, 1000));
+  EXPECT_EQ(list(5, 0, 77), make(1900, 0, 1, 23, 60, 60, 1000));
+  EXPECT_EQ(list(6, 0, 77), make(1900, 0, 1, 23, 59, 60, 1000));
+  EXPECT_EQ(list(7, 0, 77), make(1900, 0, 1, 23, 59, 59, 1000));
+  EXPECT_EQ(list(0, 0, 25919999), make(1900, 0, 1, 23, 59, 59, 999));
+  EXPECT_EQ(list(0, 0, -1080300), make(1900, 0, 1, -1, 0, 0, -999));
 }
 
 TEST(Parts, NumbersAndNames) {
@@ -204,11 +180,9 @@ TEST(Comparing, DaysThenTimeAndTheSmallFormUnsigned) {
   CS_DATETIME dt{};
   CS_DATETIME4 dt4 = first;
   EXPECT_EQ(CS_SUCCEED, com_setdatetime(&dt, kMin, 5));
-  EXPECT_EQ((Fields{0, kMin, 5}), (Fields{0, dt.dtdays, dt.dttime}));
-  EXPECT_EQ(CS_SUCCEED, com_datezero(&dt));
-  EXPECT_EQ(CS_SUCCEED, com_date4zero(&dt4));
-  EXPECT_EQ((std::array<CS_INT, 4>{}),
-            (std::array<CS_INT, 4>{dt.dtdays, dt.dttime, dt4.days, dt4.minutes}));
+  EXPECT_EQ(list(kMin, 5), list(dt.dtdays, dt.dttime));
+  EXPECT_EQ(list(1, 1), list(com_datezero(&dt), com_date4zero(&dt4)));
+  EXPECT_EQ(list(0, 0, 0, 0), list(dt.dtdays, dt.dttime, dt4.days, dt4.minutes));
 }
 
 TEST(SmallForm, RoundsToTheMinuteAndIsValidated) {
@@ -216,22 +190,27 @@ TEST(SmallForm, RoundsToTheMinuteAndIsValidated) {
     const CS_DATETIME dt{days, ticks};
     CS_DATETIME4 small{77, 77};
     const CS_INT status = com__dttodate4(&dt, &small);
-    return Fields{status, small.days, small.minutes};
+    return list(status, small.days, small.minutes);
   };
-  EXPECT_EQ((Fields{0, 0, 0}), narrow(0, 8999));
-  EXPECT_EQ((Fields{0, 0, 1}), narrow(0, 9000));
-  EXPECT_EQ((Fields{0, 2, 0}), narrow(1, 25911000));
-  EXPECT_EQ((Fields{0, 65535, 1439}), narrow(65535, 25910999));
+  EXPECT_EQ(list(0, 0, 0), narrow(0, 8999));
+  EXPECT_EQ(list(0, 0, 1), narrow(0, 9000));
+  EXPECT_EQ(list(0, 2, 0), narrow(1, 25911000));
+  EXPECT_EQ(list(0, 65535, 1439), narrow(65535, 25910999));
   for (const CS_DATETIME& dt :
        {CS_DATETIME{65535, 25911000}, {-1, 0}, {65536, 0}, {5, kMax}, {5, kMin}})
-    EXPECT_EQ((Fields{1, 77, 77}), narrow(dt.dtdays, dt.dttime)) << dt.dtdays << ' ' << dt.dttime;
+    EXPECT_EQ(list(1, 77, 77), narrow(dt.dtdays, dt.dttime)) << dt.dtdays << ' ' << dt.dttime;
 
   const CS_DATAFMT large = format_of(CS_DATETIME_TYPE), small = format_of(CS_DATETIME4_TYPE);
-  const CS_DATETIME valid[] = {{COM_DTDAYS_MIN, 0}, {COM_DTDAYS_MAX, COM_DTTIME_MAX}};
-  const CS_DATETIME invalid[] = {
-      {COM_DTDAYS_MIN - 1, 0}, {COM_DTDAYS_MAX + 1, 0}, {0, -1}, {0, COM_DTTIME_MAX + 1}};
-  for (const CS_DATETIME& dt : valid) EXPECT_TRUE(com__valid_datetime(&large, &dt));
-  for (const CS_DATETIME& dt : invalid) EXPECT_FALSE(com__valid_datetime(&large, &dt));
+  const auto valid = [&](CS_INT days, CS_INT ticks) {
+    const CS_DATETIME dt{days, ticks};
+    return com__valid_datetime(&large, &dt) != 0;
+  };
+  EXPECT_TRUE(valid(COM_DTDAYS_MIN, 0));
+  EXPECT_TRUE(valid(COM_DTDAYS_MAX, COM_DTTIME_MAX));
+  EXPECT_FALSE(valid(COM_DTDAYS_MIN - 1, 0));
+  EXPECT_FALSE(valid(COM_DTDAYS_MAX + 1, 0));
+  EXPECT_FALSE(valid(0, -1));
+  EXPECT_FALSE(valid(0, COM_DTTIME_MAX + 1));
   const CS_DATETIME4 last{65535, 1439}, beyond{0, 1440};
   EXPECT_TRUE(com__valid_datetime(&small, &last));
   EXPECT_FALSE(com__valid_datetime(&small, &beyond));
@@ -277,9 +256,8 @@ TEST(Arithmetic, AddsLikeChrono) {
     const CS_INT status = com__date_add(code, count, &sum);
     const auto moment = (in_range ? expected : moment_of(dt)) - kEpoch;
     const auto whole_days = floor<days>(moment);
-    ASSERT_EQ(
-        (Fields{in_range ? 0 : 1, int(whole_days.count()), int((moment - whole_days).count())}),
-        (Fields{status, sum.dtdays, sum.dttime}))
+    ASSERT_EQ(list(in_range ? 0 : 1, int(whole_days.count()), int((moment - whole_days).count())),
+              list(status, sum.dtdays, sum.dttime))
         << dt.dtdays << ' ' << dt.dttime << " part " << code << " + " << count;
   }
 }
@@ -287,14 +265,14 @@ TEST(Arithmetic, AddsLikeChrono) {
 TEST(Arithmetic, EdgesOfADayAndOfTheRange) {
   const auto add = [](CS_INT part, CS_INT amount, CS_DATETIME dt) {
     const CS_INT status = com__date_add(part, amount, &dt);
-    return Fields{status, dt.dtdays, dt.dttime};
+    return list(status, dt.dtdays, dt.dttime);
   };
-  EXPECT_EQ((Fields{0, 9, 0}), add(COM_PART_HOUR, -24, {10, 0}));
-  EXPECT_EQ((Fields{0, 9, COM_DTTIME_MAX}), add(COM_PART_MILLISECOND, -3, {10, 0}));
-  EXPECT_EQ((Fields{0, 11, 0}), add(COM_PART_HOUR, 1, {10, 23 * 1080000}));
-  EXPECT_EQ((Fields{1, COM_DTDAYS_MAX, 5}), add(COM_PART_MONTH, 1, {COM_DTDAYS_MAX, 5}));
-  EXPECT_EQ((Fields{1, COM_DTDAYS_MIN, 5}), add(COM_PART_MONTH, -1, {COM_DTDAYS_MIN, 5}));
-  EXPECT_EQ((Fields{1, COM_DTDAYS_MIN, 0}), add(COM_PART_MINUTE, -1, {COM_DTDAYS_MIN, 0}));
+  EXPECT_EQ(list(0, 9, 0), add(COM_PART_HOUR, -24, {10, 0}));
+  EXPECT_EQ(list(0, 9, COM_DTTIME_MAX), add(COM_PART_MILLISECOND, -3, {10, 0}));
+  EXPECT_EQ(list(0, 11, 0), add(COM_PART_HOUR, 1, {10, 23 * 1080000}));
+  EXPECT_EQ(list(1, COM_DTDAYS_MAX, 5), add(COM_PART_MONTH, 1, {COM_DTDAYS_MAX, 5}));
+  EXPECT_EQ(list(1, COM_DTDAYS_MIN, 5), add(COM_PART_MONTH, -1, {COM_DTDAYS_MIN, 5}));
+  EXPECT_EQ(list(1, COM_DTDAYS_MIN, 0), add(COM_PART_MINUTE, -1, {COM_DTDAYS_MIN, 0}));
 }
 
 // By part, how many boundaries lie between a fixed moment and this one.
@@ -333,12 +311,12 @@ TEST(AddingBoth, NarrowsAndRefuses) {
   CS_DATETIME4 narrow{7, 7};
   EXPECT_EQ(1, com__dateadd_both(COM_PART_MONTH, -1, &large, &dt, &small, &narrow)) << "1899";
   EXPECT_EQ(1, com__dateadd_both(COM_PART_DAY, 1, &small, &narrow, &small, &narrow));
-  EXPECT_EQ((Fields{0, 7, 7}), (Fields{0, narrow.days, narrow.minutes}));
+  EXPECT_EQ(list(0, 7, 7), list(0, narrow.days, narrow.minutes));
   CS_INT status = com__dateadd_both(COM_PART_MONTH, 1, &large, &dt, &small, &narrow);
-  EXPECT_EQ((Fields{0, 58, 1}), (Fields{status, narrow.days, narrow.minutes})) << "28 February";
+  EXPECT_EQ(list(0, 58, 1), list(status, narrow.days, narrow.minutes)) << "28 February";
   CS_DATETIME sum{};
   status = com__dateadd_both(COM_PART_DAY, -31, &large, &dt, &large, &sum);
-  EXPECT_EQ((Fields{0, -1, 9000}), (Fields{status, sum.dtdays, sum.dttime}));
+  EXPECT_EQ(list(0, -1, 9000), list(status, sum.dtdays, sum.dttime));
 }
 
 TEST(CalendarDeathTest, StopsOnNullAndUnknownParts) {

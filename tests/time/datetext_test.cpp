@@ -133,60 +133,47 @@ TEST(DateText, ReadsKnownLayoutsLikeAllOtherText) {
 }
 
 TEST(DateText, FollowsTheLocalesOrderAndNames) {
-  const struct {
-    const char* text;
-    DateConventions conventions;
-    const char* iso;
-  } rows[] = {
-      {"3/4/05", with(DateOrder::day_month_year), "2005-04-03T00:00:00.000"},
-      {"03/4/5", with(DateOrder::year_month_day), "2003-04-05T00:00:00.000"},
-      {"03/4/5", with(DateOrder::year_day_month), "2003-05-04T00:00:00.000"},
-      {"3/04/5", with(DateOrder::month_year_day), "2004-03-05T00:00:00.000"},
-      {"3/04/5", with(DateOrder::day_year_month), "2004-05-03T00:00:00.000"},
-      {"2003-04-05", with(DateOrder::year_day_month), "2003-04-05T00:00:00.000"},
-      {"2003/04/05", with(DateOrder::year_day_month), "2003-05-04T00:00:00.000"},
-      {"03 Apr 05", with(DateOrder::year_month_day), "2003-04-05T00:00:00.000"},
-      {"4 F\xC9VRIER 2026", kFrench, "syntax"},  // case is known of ASCII letters only
-      {"4 f\xE9vr. 2026 3:05apr\xE8s", kFrench, "2026-02-04T15:05:00.000"},
-      {"4-1\xB0 MOIS-2026", kFrench, "2026-01-04T00:00:00.000"},
-      {"4 Jul 2026 15:05", kAllDay, "2026-07-04T15:05:00.000"},
-      {"4 Jul 2026 3:05PM", kAllDay, "syntax"},
+  const auto midnight = [](const char* text, DateOrder order) {
+    const std::string iso = read(text, with(order));
+    EXPECT_TRUE(iso.ends_with("T00:00:00.000")) << iso;
+    return iso.substr(0, 10);
   };
-  for (const auto& row : rows) EXPECT_EQ(row.iso, read(row.text, row.conventions)) << row.text;
+  EXPECT_EQ("2005-04-03", midnight("3/4/05", DateOrder::day_month_year));
+  EXPECT_EQ("2003-04-05", midnight("03/4/5", DateOrder::year_month_day));
+  EXPECT_EQ("2003-05-04", midnight("03/4/5", DateOrder::year_day_month));
+  EXPECT_EQ("2004-03-05", midnight("3/04/5", DateOrder::month_year_day));
+  EXPECT_EQ("2004-05-03", midnight("3/04/5", DateOrder::day_year_month));
+  EXPECT_EQ("2003-04-05", midnight("2003-04-05", DateOrder::year_day_month));
+  EXPECT_EQ("2003-05-04", midnight("2003/04/05", DateOrder::year_day_month));
+  EXPECT_EQ("2003-04-05", midnight("03 Apr 05", DateOrder::year_month_day));
+  EXPECT_EQ("syntax", read("4 F\xC9VRIER 2026", kFrench)) << "case is known of ASCII letters only";
+  EXPECT_EQ("2026-02-04T15:05:00.000", read("4 f\xE9vr. 2026 3:05apr\xE8s", kFrench));
+  EXPECT_EQ("2026-01-04T00:00:00.000", read("4-1\xB0 MOIS-2026", kFrench));
+  EXPECT_EQ("2026-07-04T15:05:00.000", read("4 Jul 2026 15:05", kAllDay));
+  EXPECT_EQ("syntax", read("4 Jul 2026 3:05PM", kAllDay));
 }
 
 TEST(DateText, WritesEachStyle) {
-  const CS_DATETIME zero{}, afternoon{46205, 16292775};
-  const CS_DATETIME february{31, 12 * 1080000};
+  const CS_DATETIME zero{}, afternoon{46205, 16292775}, february{31, 12 * 1080000};
   auto nameless = kUsEnglish, endless = kUsEnglish;
-  nameless.short_months[0] = "";
   const std::string name(kDateTextRoom, 'x');
+  nameless.short_months[0] = "";
   endless.short_months[0] = name;
-  const auto mdy = DateOrder::month_day_year;
-  const struct {
-    CS_DATETIME value;
-    DateConventions conventions;
-    const char* text;
-  } rows[] = {
-      {zero, kUsEnglish, "Jan  1 1900 12:00AM"},
-      {afternoon, kUsEnglish, "Jul  4 2026  3:05PM"},
-      {afternoon, with(mdy, COM_DATESTYLE_LONG), "Jul  4 2026  3:05:09:250PM"},
-      {afternoon, with(mdy, COM_DATESTYLE_ISO), "2026-07-04T15:05:09.250"},
-      {afternoon, with(DateOrder::year_day_month), "2026  4 Jul  3:05PM"},
-      {february, kFrench, " 1 f\xE9vr. 1900 12:00:00:000apr\xE8s"},
-      {{0, 1 << 25}, kUsEnglish, "Jan  1 1900 12:00AM"},
-      {zero, with(mdy, 3), "style"},
-      {zero, nameless, "style"},
-      {zero, endless, "style"},
-      {zero, kAllDay, "style"},
-      {afternoon, kAllDay, "style"},
-      {{COM_DTDAYS_MIN - 1, 0}, kUsEnglish, "domain"},
-      {{COM_DTDAYS_MAX + 1, 0}, kUsEnglish, "domain"},
-      {{0, COM_DTTIME_MAX + 1}, kUsEnglish, "domain"},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(row.text, written(row.value, row.conventions)) << row.value.dtdays;
-
+  const auto styled = [](CS_INT style) { return with(DateOrder::month_day_year, style); };
+  EXPECT_EQ("Jan  1 1900 12:00AM", written(zero, kUsEnglish));
+  EXPECT_EQ("Jul  4 2026  3:05PM", written(afternoon, kUsEnglish));
+  EXPECT_EQ("Jul  4 2026  3:05:09:250PM", written(afternoon, styled(COM_DATESTYLE_LONG)));
+  EXPECT_EQ("2026-07-04T15:05:09.250", written(afternoon, styled(COM_DATESTYLE_ISO)));
+  EXPECT_EQ("2026  4 Jul  3:05PM", written(afternoon, with(DateOrder::year_day_month)));
+  EXPECT_EQ(" 1 f\xE9vr. 1900 12:00:00:000apr\xE8s", written(february, kFrench));
+  EXPECT_EQ("Jan  1 1900 12:00AM", written({0, 1 << 25}, kUsEnglish));
+  EXPECT_EQ("style", written(zero, styled(3)));
+  for (const DateConventions& without : {nameless, endless, kAllDay})
+    EXPECT_EQ("style", written(zero, without));
+  EXPECT_EQ("style", written(afternoon, kAllDay));
+  EXPECT_EQ("domain", written({COM_DTDAYS_MIN - 1, 0}, kUsEnglish));
+  EXPECT_EQ("domain", written({COM_DTDAYS_MAX + 1, 0}, kUsEnglish));
+  EXPECT_EQ("domain", written({0, COM_DTTIME_MAX + 1}, kUsEnglish));
   char room[19];
   EXPECT_EQ(DateText::done, format_datetime(zero, kUsEnglish, room).status);
   EXPECT_EQ(DateText::style, format_datetime(zero, kUsEnglish, std::span(room, 18)).status);
@@ -194,45 +181,38 @@ TEST(DateText, WritesEachStyle) {
 
 // The public calls that no locale changes.
 TEST(DateText, WhateverTheLocale) {
+  using Text = std::tuple<CS_RETCODE, CS_INT, std::string>;  // with its length
+  using Days = std::pair<CS_RETCODE, CS_INT>;
   const CS_DATETIME value{46205, 16292775}, never{COM_DTDAYS_MAX + 1, 0};
-  const std::string iso = "2026-07-04T15:05:09.250";
-  for (CS_INT room = 0; room <= 30; ++room) {
+  const auto text_of = [](const CS_DATETIME& date, CS_INT style, CS_INT room) {
     std::string buffer(31, '#');
     CS_INT length = -1;
-    const bool fits = room >= static_cast<CS_INT>(iso.size());
-    EXPECT_EQ(fits ? CS_SUCCEED : CS_CVT_OVERFLOW,
-              comn_datetime_text(&value, COM_DATESTYLE_ISO, buffer.data(), room, &length));
-    EXPECT_EQ(fits ? static_cast<CS_INT>(iso.size()) : 0, length);
-    const bool has_end = room > static_cast<CS_INT>(iso.size());
-    const std::string text = fits ? iso + (has_end ? std::string(1, '\0') : "") : "";
-    EXPECT_EQ(text + std::string(31 - text.size(), '#'), buffer) << room;
+    const CS_RETCODE code = comn_datetime_text(&date, style, buffer.data(), room, &length);
+    buffer.erase(buffer.find_last_not_of('#') + 1);
+    return Text(code, length, buffer);
+  };
+  const std::string iso = "2026-07-04T15:05:09.250", plain = "Jul  4 2026  3:05PM";
+  for (CS_INT room = 0; room <= 30; ++room) {
+    const std::string ended = room > 23 ? iso + '\0' : iso;
+    const Text fits(CS_SUCCEED, 23, ended), too_long(CS_CVT_OVERFLOW, 0, "");
+    EXPECT_EQ(room < 23 ? too_long : fits, text_of(value, COM_DATESTYLE_ISO, room)) << room;
   }
-  char buffer[30];
-  CS_INT length = 0;
-  EXPECT_EQ(CS_SUCCEED, comn_datetime_text(&value, COM_DATESTYLE_DEFAULT, buffer, 30, &length));
-  EXPECT_STREQ("Jul  4 2026  3:05PM", buffer);
-  EXPECT_EQ(CS_CVT_STYLE, comn_datetime_text(&value, 3, buffer, 30, &length));
-  EXPECT_EQ(CS_CVT_DOMAIN, comn_datetime_text(&never, COM_DATESTYLE_ISO, buffer, 30, &length));
-  EXPECT_EQ(0, length);
+  EXPECT_EQ(Text(CS_SUCCEED, 19, plain + '\0'), text_of(value, COM_DATESTYLE_DEFAULT, 30));
+  EXPECT_EQ(Text(CS_CVT_STYLE, 0, ""), text_of(value, 3, 30));
+  EXPECT_EQ(Text(CS_CVT_DOMAIN, 0, ""), text_of(never, COM_DATESTYLE_ISO, 30));
 
-  const struct {
-    const char* text;
-    CS_INT length;
-    CS_RETCODE code;
-    CS_INT days;
-  } rows[] = {{"2026-07-04T15:05:09.250", CS_NULLTERM, CS_SUCCEED, 46205},
-              {"2026-07-04xxx", 10, CS_SUCCEED, 46205},
-              {"7/4/2026", CS_NULLTERM, CS_SUCCEED, 46205},
-              {"2026-07-04T", CS_NULLTERM, CS_CVT_SYNTAX, 0},
-              {"2026-02-29", CS_NULLTERM, CS_CVT_OVERFLOW, 0}};
-  for (const auto& row : rows) {
-    CS_DATETIME read{7, 7};
-    EXPECT_EQ(row.code, comn_datetime_parse(row.text, row.length, &read)) << row.text;
-    EXPECT_EQ(row.days, read.dtdays) << row.text;
-  }
-  CS_DATETIME read{};
-  EXPECT_DEATH(comn_datetime_parse("x", -1, &read), "assertion");
-  EXPECT_DEATH(comn_datetime_text(&value, 0, buffer, -1, &length), "assertion");
+  const auto days_of = [](const char* text, CS_INT length = CS_NULLTERM) {
+    CS_DATETIME date{7, 7};
+    const CS_RETCODE code = comn_datetime_parse(text, length, &date);
+    return Days(code, date.dtdays);
+  };
+  EXPECT_EQ(Days(CS_SUCCEED, 46205), days_of("2026-07-04T15:05:09.250"));
+  EXPECT_EQ(Days(CS_SUCCEED, 46205), days_of("2026-07-04xxx", 10));
+  EXPECT_EQ(Days(CS_SUCCEED, 46205), days_of("7/4/2026"));
+  EXPECT_EQ(Days(CS_CVT_SYNTAX, 0), days_of("2026-07-04T"));
+  EXPECT_EQ(Days(CS_CVT_OVERFLOW, 0), days_of("2026-02-29"));
+  EXPECT_DEATH(days_of("x", -1), "assertion");
+  EXPECT_DEATH(text_of(value, 0, -1), "assertion");
 }
 
 }  // namespace
