@@ -48,16 +48,19 @@ Bytes double_byte_image() {
   return image;
 }
 
-std::array<int, 8> numbers_of(const char_attrib& set) {
+std::vector<int> numbers_of(const char_attrib& set) {
   return {set.cs_status, set.cs_class, set.cs_maxcharlen, set.cs_ncharsize,
           set.cs_ntype,  set.cs_nnorm, set.cs_nsoundex,   static_cast<int>(set.cs_id)};
+}
+
+CS_RETCODE build(CS_INT kind, const std::string& name, Bytes& image, char_attrib* set) {
+  return com_build_char_attrib(kind, 77, name.c_str(), image.empty() ? nullptr : image.data(), set);
 }
 
 class DoubleByte : public testing::Test {
  protected:
   DoubleByte() : image_(double_byte_image()) {
-    EXPECT_EQ(CS_SUCCEED,
-              com_build_char_attrib(COM_IMAGE_MULTIBYTE, 77, "two", image_.data(), &set_));
+    EXPECT_EQ(CS_SUCCEED, build(COM_IMAGE_MULTIBYTE, "two", image_, &set_));
   }
   Bytes image_;
   char_attrib set_;
@@ -117,15 +120,14 @@ TEST(BuiltInTables, LexicalClassesAndNullAttributes) {
 }
 
 TEST_F(DoubleByte, AttributesComeFromTheHeaderAndTheArguments) {
-  EXPECT_EQ((std::array<int, 8>{0x1234, 2, 3, 4, 5, 6, 7, 77}), numbers_of(set_));
+  EXPECT_EQ((std::vector{0x1234, 2, 3, 4, 5, 6, 7, 77}), numbers_of(set_));
   EXPECT_EQ("two", std::string(set_.cs_name, set_.cs_namelen));
   EXPECT_EQ(image_.data() + kWidth, set_.cs_width_map);
   EXPECT_EQ(image_.data() + kNorm, set_.cs_norm_map);
   EXPECT_EQ('1', set_.cs_soundex['B']);
   put_big_endian(image_, 16, 0);
   put_big_endian(image_, 24, 0);
-  EXPECT_EQ(CS_SUCCEED,
-            com_build_char_attrib(COM_IMAGE_MULTIBYTE, 77, "two", image_.data(), &set_));
+  EXPECT_EQ(CS_SUCCEED, build(COM_IMAGE_MULTIBYTE, "two", image_, &set_));
   EXPECT_EQ(nullptr, set_.cs_width_map);
   EXPECT_EQ(nullptr, set_.cs_norm_map);
   EXPECT_EQ('a', comn_to_ascii(&set_, at("A"))) << "without normalisation tables: char_lower";
@@ -148,68 +150,65 @@ TEST_F(DoubleByte, ClassesLookTheSecondByteUp) {
 }
 
 TEST_F(DoubleByte, CaseAndNormalForm) {
-  const struct {
-    const char* label;
-    std::string_view from, upper, lower;
-    int ascii;
-  } rows[] = {{"ascii letter", "q", "Q", "q", 'q'},
-              {"two-byte letter", "\x81\x61", "\x81\x41", "\x81\x61", 'a'},
-              {"two-byte zero form", {"\x81\x27", 2}, {"\x81\0", 2}, {"\x81\0", 2}, '\''},
-              {"single byte mapped to 0", "\x90", "\x90", "\x90", 0},
-              {"lead without a table", "\x83\x30", "\x83", "\x83", 0}};
-  for (const auto& row : rows) {
-    char upper[4] = "", lower[4] = "";
-    comn_toupper(&set_, at(row.from.data()), reinterpret_cast<CS_BYTE*>(upper));
-    comn_tolower(&set_, at(row.from.data()), reinterpret_cast<CS_BYTE*>(lower));
-    EXPECT_EQ(std::string(row.upper) + '\0', std::string(upper, row.upper.size() + 1)) << row.label;
-    EXPECT_EQ(std::string(row.lower) + '\0', std::string(lower, row.lower.size() + 1)) << row.label;
-    EXPECT_EQ(row.ascii, comn_to_ascii(&set_, at(row.from.data()))) << row.label;
-  }
-  std::array<CS_BYTE, 8> out{};
-  EXPECT_EQ(3, comn_str_to_ascii(&set_, at("x\x81\x30y\x81"), 5, out.data(), 8))
-      << "a cut last character is left out";
-  EXPECT_STREQ("x0y", reinterpret_cast<const char*>(out.data()));
-  EXPECT_EQ(2, comn_str_to_ascii(&set_, at("x\x81\x30y"), 4, out.data(), 2));
-  EXPECT_EQ(2, comn_str_to_ascii(&set_, at("y\x81\x31"), 3, out.data(), 8)) << "whole at the end";
-  EXPECT_EQ("y1", std::string(out.begin(), out.begin() + 2));
+  const auto expect = [this](std::string_view from, std::string upper, std::string lower,
+                             int ascii) {
+    char seen[2][4] = {};
+    comn_toupper(&set_, at(from.data()), reinterpret_cast<CS_BYTE*>(seen[0]));
+    comn_tolower(&set_, at(from.data()), reinterpret_cast<CS_BYTE*>(seen[1]));
+    EXPECT_EQ(upper.append(4 - upper.size(), '\0'), std::string(seen[0], 4)) << from;
+    EXPECT_EQ(lower.append(4 - lower.size(), '\0'), std::string(seen[1], 4)) << from;
+    EXPECT_EQ(ascii, comn_to_ascii(&set_, at(from.data()))) << from;
+  };
+  expect("q", "Q", "q", 'q');
+  expect("\x81\x61", "\x81\x41", "\x81\x61", 'a');
+  expect("\x81\x27", "\x81", "\x81", '\'');  // to a second byte of 0
+  expect("\x90", "\x90", "\x90", 0);         // mapped to 0
+  expect("\x83\x30", "\x83", "\x83", 0);     // a lead byte without a table
+  const auto ascii_of = [this](std::string_view text, CS_INT room) {
+    std::string form(static_cast<std::size_t>(room) + 1, '#');
+    const CS_INT length =
+        comn_str_to_ascii(&set_, at(text.data()), static_cast<CS_INT>(text.size()),
+                          reinterpret_cast<CS_BYTE*>(form.data()), room);
+    EXPECT_EQ(length, static_cast<CS_INT>(form.find('#'))) << text;
+    return form.substr(0, form.find('#'));
+  };
+  EXPECT_EQ("x0y", ascii_of("x\x81\x30y\x81", 8)) << "a cut last character is left out";
+  EXPECT_EQ("x0", ascii_of("x\x81\x30y", 2));
+  EXPECT_EQ("y1", ascii_of("y\x81\x31", 8)) << "whole at the end";
 }
 
 TEST_F(DoubleByte, Stepping) {
   using Told = std::array<CS_INT, 4>;  // whole and partial length, excess, count
-  const std::pair<std::string, Told> rows[] = {{"", {0, 0, 0, 0}},
-                                               {"a\x81\x41", {3, 0, 0, 2}},
-                                               {"a\x81\x41\x81", {3, 1, 1, 2}},
-                                               {"\x81", {0, 1, 1, 0}},
-                                               {"\x90\x90", {2, 0, 0, 2}}};
-  for (const auto& [text, expected] : rows) {
-    const auto size = static_cast<CS_INT>(text.size());
-    for (const char_attrib* attrib : std::array<const char_attrib*, 2>{&set_, nullptr}) {
-      Told told{-1, -1, -1, -1};
-      comn_whole_char(attrib, at(text.data()), at(text.data()) + size, &told[0], &told[1], &told[2],
-                      &told[3]);
-      EXPECT_EQ(attrib == nullptr ? Told({size, 0, 0, size}) : expected, told) << text;
-    }
-  }
+  const auto walk = [](const char_attrib* set, std::string_view text) {
+    Told told{-1, -1, -1, -1};
+    comn_whole_char(set, at(text.data()), at(text.data()) + text.size(), &told[0], &told[1],
+                    &told[2], &told[3]);
+    return told;
+  };
+  EXPECT_EQ((Told{0, 0, 0, 0}), walk(&set_, ""));
+  EXPECT_EQ((Told{3, 0, 0, 2}), walk(&set_, "a\x81\x41"));
+  EXPECT_EQ((Told{3, 1, 1, 2}), walk(&set_, "a\x81\x41\x81"));
+  EXPECT_EQ((Told{0, 1, 1, 0}), walk(&set_, "\x81"));
+  EXPECT_EQ((Told{2, 0, 0, 2}), walk(&set_, "\x90\x90"));
+  EXPECT_EQ((Told{4, 0, 0, 4}), walk(nullptr, "a\x81\x41\x81"));
   CS_INT told = 0;
   const CS_BYTE* end = at("ab");
   EXPECT_DEATH(comn_whole_char(&set_, end + 1, end, &told, &told, &told, &told), "assertion");
 }
 
 TEST(Build, SingleByteImageAndRefusals) {
-  Bytes image(COMN_CS_IMAGE1_SIZE);
+  Bytes image(COMN_CS_IMAGE1_SIZE), none;
   image[COMN_CS_IMAGE1_TYPES + 5] = 9;
   char_attrib set;
   std::memset(&set, 0xEE, sizeof set);
-  const std::string name(40, 'n');
-  EXPECT_EQ(CS_SUCCEED, com_build_char_attrib(1001, 3, name.c_str(), image.data(), &set));
-  EXPECT_EQ((std::array<int, 8>{0, 1, 1, 1, 1, 0, 1, 3}), numbers_of(set));
-  EXPECT_EQ(30, set.cs_namelen);
-  EXPECT_EQ(0, std::memcmp(name.data(), set.cs_name, 30));
+  EXPECT_EQ(CS_SUCCEED, build(COM_IMAGE_SINGLEBYTE, std::string(40, 'n'), image, &set));
+  EXPECT_EQ((std::vector{0, 1, 1, 1, 1, 0, 1, 77}), numbers_of(set));
+  EXPECT_EQ(std::string(30, 'n'), std::string(set.cs_name, set.cs_namelen));
   EXPECT_EQ(9, set.cs_soundex[5]);
   EXPECT_EQ(nullptr, set.cs_width_map);
-  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1003, 3, "n", image.data(), &set));
-  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1001, 3, "n", nullptr, &set));
-  EXPECT_EQ(CS_FAIL, com_build_char_attrib(1001, 3, "n", image.data(), nullptr));
+  EXPECT_EQ(CS_FAIL, build(1003, "n", image, &set));
+  EXPECT_EQ(CS_FAIL, build(COM_IMAGE_SINGLEBYTE, "n", none, &set));
+  EXPECT_EQ(CS_FAIL, build(COM_IMAGE_SINGLEBYTE, "n", image, nullptr));
 }
 
 }  // namespace

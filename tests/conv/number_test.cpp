@@ -15,6 +15,7 @@
 #include "conv/conversion.h"
 #include "conv/number_text.h"
 #include "conv/powers_of_ten.h"
+#include "exact/limbs.h"
 #include "support/scratch.h"
 
 namespace {
@@ -120,26 +121,10 @@ TEST(Numbers, TextRoundsEveryMagnitude) {
   }
 }
 
-// Least significant limb first.
-using Integer = std::vector<std::uint32_t>;
-
-Integer multiply(const Integer& a, const Integer& b) {
-  Integer product(a.size() + b.size());
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::uint64_t carry = 0;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      carry += product[i + j] + std::uint64_t{a[i]} * b[j];
-      product[i + j] = static_cast<std::uint32_t>(carry);
-      carry >>= 32;
-    }
-    product[i + b.size()] = static_cast<std::uint32_t>(carry);
-  }
-  return product;
-}
-
-std::string bits_of(const Integer& number) {
+std::string bits_of(comnlib::Limbs number) {
   std::string bits;
-  for (const std::uint32_t limb : number) bits.insert(0, std::bitset<32>(limb).to_string());
+  for (const comnlib::Limb limb : number)
+    bits.insert(0, std::bitset<comnlib::kLimbBits>(limb).to_string());
   return bits.substr(bits.find('1'));
 }
 
@@ -147,15 +132,26 @@ std::string bits_of(const Integer& number) {
 // (g + 1) * p.
 TEST(Numbers, PowersOfTenAreExactInEveryBit) {
   static constexpr comnlib::PowersOfTen kPowers;
-  Integer power{1};
-  for (int n = 0; n <= kPowers.kLast; ++n, power = multiply(power, {5})) {
+  comnlib::Magnitude power, first, product;
+  power.assign(std::uint64_t{1});
+  const auto times_power = [&](const comnlib::Significand& g, CS_UINT more) {
+    first.assign(std::uint64_t{g.high});
+    for (const auto half :
+         {g.middle >> 16, g.middle & 0xFFFF, g.low >> 16, (g.low & 0xFFFF) + more})
+      multiply_add(first, 0x10000, half);
+    multiply(power, first, product);
+    return bits_of(product).size();
+  };
+  for (int n = 0; n <= kPowers.kLast; ++n, multiply_add(power, 5, 0)) {
     const std::string bits = bits_of(power);
-    const auto [high, middle, low] = kPowers[n];
-    ASSERT_EQ((bits + std::string(96, '0')).substr(0, 96), bits_of({low, middle, high})) << n;
+    const comnlib::Significand& g = kPowers[n];
+    const std::string all = std::bitset<32>(g.high).to_string() +
+                            std::bitset<32>(g.middle).to_string() +
+                            std::bitset<32>(g.low).to_string();
+    ASSERT_EQ((bits + std::string(96, '0')).substr(0, 96), all) << n;
     if (n == 0 || -n < kPowers.kFirst) continue;
-    const auto [top, next, last] = kPowers[-n];
-    ASSERT_EQ(bits.size() + 95, bits_of(multiply(power, {last, next, top})).size()) << -n;
-    ASSERT_EQ(bits.size() + 96, bits_of(multiply(power, {last + 1, next, top})).size()) << -n;
+    ASSERT_EQ(bits.size() + 95, times_power(kPowers[-n], 0)) << -n;
+    ASSERT_EQ(bits.size() + 96, times_power(kPowers[-n], 1)) << -n;
   }
 }
 

@@ -22,52 +22,46 @@ constexpr CS_RETCODE kDomain = CS_CVT_DOMAIN;
 
 using Padding = CS_RETCODE (*)(CS_INT, const CS_DATAFMT*, CS_VOID*, CS_INT*);
 
-struct PaddingRow {
-  const char* label;
-  Padding pad;
-  std::string text;
-  CS_INT maxlength;
-  CS_INT format;
-  CS_RETCODE code;
-  std::string bytes;   // the result's
-  CS_INT length = -1;  // given where n is not the text's length
-};
+using Placed = std::pair<CS_RETCODE, std::string>;
 
-const PaddingRow kPaddings[] = {
-    {"blanks and NUL", comn__padchar, "abc", 6, kBlanks | kTerm, 1, {"abc  \0", 6}},
-    {"NULs", comn__padchar, "abc", 5, kNulls | kTerm, 1, {"abc\0\0", 5}},
-    {"NUL is counted", comn__padchar, "abc", 4, kTerm, 1, {"abc\0", 4}},
-    {"exact fit", comn__padchar, "abc", 3, kBlanks, 1, "abc"},
-    {"exact fit, NUL", comn__padchar, "abc", 3, kTerm, CS_CVT_OVERFLOW, {"ab\0", 3}},
-    {"clash", comn__padchar, "abc", 6, kBlanks | kNulls, CS_CVT_FORMAT, "abc"},
-    {"overflow before clash", comn__padchar, "abc", 3, 7, CS_CVT_OVERFLOW, {"ab\0", 3}},
-    {"n beyond the room", comn__padchar, "abc", 3, kBlanks, CS_CVT_OVERFLOW, "abc", 4},
-    {"n below the result", comn__padchar, "abc", 5, kBlanks, 1, "abc  ", 1},
-    {"nowhere for the NUL", comn__padchar, "", 0, kTerm, CS_CVT_OVERFLOW, ""},
-    {"binary NULs", comn__padbin, "abc", 5, kNulls | kBlanks | kTerm, 1, {"abc\0\0", 5}},
-    {"binary, other bits", comn__padbin, "abc", 5, kBlanks | kTerm, 1, "abc"},
-    {"units, blanks", comn__padunichar, {"a\0", 2}, 7, kBlanks, 1, {"a\0 \0 \0", 6}},
-    {"units, NUL", comn__padunichar, {"a\0", 2}, 4, kTerm, 1, {"a\0\0\0", 4}},
-    {"units, half a unit", comn__padunichar, "a", 4, kTerm, 1, {"a\0\0\0", 4}},
-    {"units, half a NUL", comn__padunichar, {"a\0", 2}, 3, kTerm, CS_CVT_OVERFLOW, {"\0\0", 2}},
-};
+// What a padding makes of a text that counts as `n` bytes.
+Placed padded(Padding pad, const std::string& text, CS_INT room, CS_INT format, CS_INT n = -1) {
+  std::string buffer = text + std::string(20, '#');
+  const CS_DATAFMT to = format_of(CS_CHAR_TYPE, room, format);
+  auto length = static_cast<CS_INT>(text.size());
+  const CS_RETCODE code = pad(n < 0 ? length : n, &to, buffer.data(), &length);
+  const auto size = static_cast<std::size_t>(length);
+  const std::size_t end = std::max(size, text.size());
+  EXPECT_EQ(std::string(buffer.size() - end, '#'), buffer.substr(end));
+  return {code, buffer.substr(0, size)};
+}
 
 TEST(Padding, FollowsTheFormat) {
-  for (const PaddingRow& row : kPaddings) {
-    std::string buffer = row.text + std::string(20, '#');
-    const CS_DATAFMT format = format_of(CS_CHAR_TYPE, row.maxlength, row.format);
-    auto length = static_cast<CS_INT>(row.text.size());
-    EXPECT_EQ(row.code,
-              row.pad(row.length < 0 ? length : row.length, &format, buffer.data(), &length))
-        << row.label;
-    EXPECT_EQ(row.bytes, buffer.substr(0, static_cast<std::size_t>(length))) << row.label;
-    const auto end = std::max<std::size_t>(static_cast<std::size_t>(length), row.text.size());
-    EXPECT_EQ(std::string(buffer.size() - end, '#'), buffer.substr(end)) << row.label;
-  }
+  const Padding chars = comn__padchar, bytes = comn__padbin, units = comn__padunichar;
+  EXPECT_EQ(Placed(kDone, "abc  \0"s), padded(chars, "abc", 6, kBlanks | kTerm));
+  EXPECT_EQ(Placed(kDone, "abc\0\0"s), padded(chars, "abc", 5, kNulls | kTerm));
+  EXPECT_EQ(Placed(kDone, "abc\0"s), padded(chars, "abc", 4, kTerm));
+  EXPECT_EQ(Placed(kDone, "abc"), padded(chars, "abc", 3, kBlanks));
+  EXPECT_EQ(Placed(kOver, "ab\0"s), padded(chars, "abc", 3, kTerm));
+  EXPECT_EQ(Placed(CS_CVT_FORMAT, "abc"), padded(chars, "abc", 6, kBlanks | kNulls));
+  EXPECT_EQ(Placed(kOver, "ab\0"s), padded(chars, "abc", 3, kBlanks | kNulls | kTerm));
+  EXPECT_EQ(Placed(kOver, "abc"), padded(chars, "abc", 3, kBlanks, 4));
+  EXPECT_EQ(Placed(kDone, "abc  "), padded(chars, "abc", 5, kBlanks, 1));
+  EXPECT_EQ(Placed(kOver, ""), padded(chars, "", 0, kTerm));
+  EXPECT_EQ(Placed(kDone, "abc\0\0"s), padded(bytes, "abc", 5, kNulls | kBlanks | kTerm));
+  EXPECT_EQ(Placed(kDone, "abc"), padded(bytes, "abc", 5, kBlanks | kTerm));
+  EXPECT_EQ(Placed(kDone, "a\0 \0 \0"s), padded(units, "a\0"s, 7, kBlanks));
+  EXPECT_EQ(Placed(kDone, "a\0\0\0"s), padded(units, "a\0"s, 4, kTerm));
+  EXPECT_EQ(Placed(kDone, "a\0\0\0"s), padded(units, "a", 4, kTerm)) << "half a unit";
+  EXPECT_EQ(Placed(kOver, "\0\0"s), padded(units, "a\0"s, 3, kTerm)) << "half a NUL";
 }
 
 CS_DATAFMT to(CS_INT type, CS_INT room = 8, CS_INT format = 0) {
   return format_of(type, room, format);
+}
+
+CS_DATAFMT sized(CS_INT precision, CS_INT scale) {
+  return numeric_format(precision, scale);
 }
 
 CS_DATAFMT decimals(CS_INT precision) {
@@ -274,6 +268,10 @@ TEST(Values, AtTheEdgesOfTheirTypes) {
   const CS_DATAFMT long8 = to(CS_LONG_TYPE), real = to(CS_REAL_TYPE), number = to(CS_FLOAT_TYPE);
   const CS_DATAFMT amount = to(CS_MONEY_TYPE), amount4 = to(CS_MONEY4_TYPE), bit = to(CS_BIT_TYPE);
   const CS_DATAFMT own = numeric_format(CS_USE_SRCVALUE, CS_USE_SRCVALUE);
+  const auto flt8 = [](CS_FLOAT value) { return value_of(CS_FLOAT_TYPE, value); };
+  const auto date = [](CS_INT day, CS_INT time) {
+    return value_of(CS_DATETIME_TYPE, CS_DATETIME{day, time});
+  };
   const auto bytes = [](const char* stored, std::size_t size) {
     return text_as(CS_BINARY_TYPE, std::string(stored, size));
   };
@@ -291,6 +289,16 @@ TEST(Values, AtTheEdgesOfTheirTypes) {
       {money(INT64_MIN), long8, kDone, bytes_of(std::int64_t{-922337203685477})},
       {money(-42949672965000), long8, kDone, bytes_of(std::int64_t{-4294967297})},
       {money(-42949672964999), long8, kDone, bytes_of(std::int64_t{-4294967296})},
+      {money4(-7000), integer, kDone, bytes_of(-1)},
+      {money4(-4999), integer, kDone, bytes_of(0)},
+      {money4(-17000), integer, kDone, bytes_of(-1)},
+      {money4(INT32_MIN), integer, kDone, bytes_of(-214748)},
+      {money(-21474836489999), integer, kDone, bytes_of(INT32_MIN)},
+      {money(-21474836490000), integer, kOver, bytes_of(INT32_MIN)},
+      {money4(19999), real, kDone, bytes_of(1.9999f)},
+      {money4(INT32_MIN), real, kDone, bytes_of(-214748.3648f)},
+      {money(0x80000000), amount4, kOver, bytes_of(CS_MONEY4{INT32_MAX})},
+      {money(-0x100000000), amount4, kOver, bytes_of(CS_MONEY4{INT32_MIN})},
       {exact("255.5"), tiny, kOver, "\xFF"},
       {exact("-0.25"), tiny, kOver, "\0"s},
       {exact("-0.0"), tiny, kDone, "\0"s},
@@ -312,29 +320,27 @@ TEST(Values, AtTheEdgesOfTheirTypes) {
       {exact("1e60"), amount4, kOver, bytes_of(CS_MONEY4{INT32_MAX})},
       {exact("214748.36479"), amount4, kDone, bytes_of(CS_MONEY4{INT32_MAX})},
       // Numbers fill the whole record of a numeric, money the bytes of its precision.
-      {value_of(CS_INT_TYPE, -7), numeric_format(5, 2), kDone, exact("-7.00", 5, 2).bytes},
-      {value_of(CS_INT_TYPE, 100), numeric_format(2, 0), kOver, exact("0", 2, 0).bytes},
-      {value_of(CS_SMALLINT_TYPE, CS_SMALLINT{10}), numeric_format(3, 2), kOver,
-       exact("0", 3, 2).bytes},
-      {value_of(CS_TINYINT_TYPE, CS_TINYINT{200}), numeric_format(77, 74), kDone,
+      {value_of(CS_INT_TYPE, -7), sized(5, 2), kDone, exact("-7", 5, 2).bytes},
+      {value_of(CS_INT_TYPE, 100), sized(2, 0), kOver, exact("0", 2, 0).bytes},
+      {value_of(CS_SMALLINT_TYPE, CS_SMALLINT{10}), sized(3, 2), kOver, exact("0", 3, 2).bytes},
+      {value_of(CS_TINYINT_TYPE, CS_TINYINT{200}), sized(77, 74), kDone,
        exact("200", 77, 74).bytes},
-      {value_of(CS_REAL_TYPE, 0.1f), numeric_format(20, 18), kDone,
+      {value_of(CS_REAL_TYPE, 0.1f), sized(20, 18), kDone,
        exact("0.10000000149011612", 20, 18).bytes},
-      {value_of(CS_FLOAT_TYPE, -2.5), numeric_format(3, 0), kDone, exact("-3", 3, 0).bytes},
-      {value_of(CS_FLOAT_TYPE, 9.996), numeric_format(3, 2), kOver, exact("0", 3, 2).bytes},
-      {value_of(CS_FLOAT_TYPE, HUGE_VAL), numeric_format(5, 2), CS_CVT_SYNTAX,
-       exact("0", 5, 2).bytes},
+      {flt8(-2.5), sized(3, 0), kDone, exact("-3", 3, 0).bytes},
+      {flt8(9.996), sized(3, 2), kOver, exact("0", 3, 2).bytes},
+      {flt8(HUGE_VAL), sized(5, 2), CS_CVT_SYNTAX, exact("0", 5, 2).bytes},
       {money4(1), own, kDone, "\x13\4\0\0\0\0\0\0\0\0\1"s},
-      {money4(1), numeric_format(266, 0), CS_CVT_PRECISION, ""},
-      {money4(-99), numeric_format(3, 0), kCut, "\3\0\1\0\0"s},
-      {money4(-70000), numeric_format(3, 2), kDone, "\3\2\1\2\xBC"s},
-      {money4(123400), numeric_format(3, 2), kOver, "\3\2\0\0\0"s},
-      {money4(50000), numeric_format(5, 4), kDone, "\5\4\0\0\xC3\x50"s},
-      {money4(50000), numeric_format(5, 5), kOver, "\5\5\0\0\0\0"s},
-      {money(INT64_MIN), numeric_format(19, 4), kDone, "\x13\4\1\x80\0\0\0\0\0\0\0"s},
-      // Halves of the last decimal are rounded away from zero.
-      {value_of(CS_FLOAT_TYPE, -0.00005), amount, kDone, bytes_of(CS_MONEY{-1, 0xFFFFFFFF})},
-      {value_of(CS_FLOAT_TYPE, -0.00005), amount4, kDone, bytes_of(CS_MONEY4{-1})},
+      {money4(1), sized(266, 0), CS_CVT_PRECISION, ""},
+      {money4(-99), sized(3, 0), kCut, "\3\0\1\0\0"s},
+      {money4(-70000), sized(3, 2), kDone, "\3\2\1\2\xBC"s},
+      {money4(123400), sized(3, 2), kOver, "\3\2\0\0\0"s},
+      {money4(50000), sized(5, 4), kDone, "\5\4\0\0\xC3\x50"s},
+      {money4(50000), sized(5, 5), kOver, "\5\5\0\0\0\0"s},
+      {money(INT64_MIN), sized(19, 4), kDone,
+       "\x13\4\1\x80\0\0\0\0\0\0\0"s},  // Halves of the last decimal are rounded away from zero.
+      {flt8(-0.00005), amount, kDone, bytes_of(CS_MONEY{-1, 0xFFFFFFFF})},
+      {flt8(-0.00005), amount4, kDone, bytes_of(CS_MONEY4{-1})},
       {money4(-49), decimals(0), kDone, "-0.00"},
       {money4(12345), decimals(0x1000000), kDone, "1.2345"},
       {money4(12345), decimals(CS_USE_SRCVALUE), kDone, "1.23"},
@@ -346,9 +352,8 @@ TEST(Values, AtTheEdgesOfTheirTypes) {
       {bytes("\2\0\0\x64", 4), own, kDomain, ""},  // 100
       {bytes("\2\0\2\x63", 4), own, kDomain, ""},  // sign 2
       {bytes("\2\0\1\x63", 4), own, kDone, "\2\0\1\x63"s + std::string(31, '\0')},
-      {value_of(CS_DATETIME_TYPE, CS_DATETIME{1, 2}), to(CS_BINARY_TYPE), kDone,
-       "\1\0\0\0\2\0\0\0"s},
-      {value_of(CS_DATETIME_TYPE, CS_DATETIME{65535, 25911000}), to(CS_DATETIME4_TYPE), kOver, ""},
+      {date(1, 2), to(CS_BINARY_TYPE), kDone, "\1\0\0\0\2\0\0\0"s},
+      {date(65535, 25911000), to(CS_DATETIME4_TYPE), kOver, ""},
   });
 }
 
