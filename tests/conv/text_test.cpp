@@ -34,27 +34,6 @@ void check_text(Context& context, const std::string& text, const CS_DATAFMT& to,
   }
 }
 
-struct Literal {
-  std::string text;
-  CS_DATAFMT to;
-  CS_RETCODE code;
-  std::string bytes;
-};
-
-Literal number(const std::string& text, CS_INT type, CS_RETCODE code, const auto& value) {
-  return {text, format_of(type, sizeof value), code, bytes_of(value)};
-}
-Literal floating(const std::string& text, CS_RETCODE code, CS_FLOAT value) {
-  return number(text, CS_FLOAT_TYPE, code, value);
-}
-Literal numeric(const std::string& text, CS_INT precision, CS_INT scale, CS_RETCODE code,
-                const std::string& bytes) {
-  return {text, numeric_format(precision, scale), code, bytes};
-}
-Literal binary(const std::string& text, CS_RETCODE code, const std::string& bytes) {
-  return {text, format_of(CS_BINARY_TYPE, 2), code, bytes};
-}
-
 TEST(Literals, ValuesRangesAndSyntax) {
   constexpr double kMax = std::numeric_limits<double>::max();
   constexpr double kSmallest = std::numeric_limits<double>::min();
@@ -63,80 +42,87 @@ TEST(Literals, ValuesRangesAndSyntax) {
   // Halfway between 1 and the next double, and so rounded to 1 unless more follows.
   const std::string half = "1.00000000000000011102230246251565404236316680908203125";
   const double next = std::nextafter(1.0, 2.0);
-  std::vector<Literal> rows{
-      number(" 255 ", CS_TINYINT_TYPE, kDone, CS_TINYINT{255}),
-      number("-0", CS_TINYINT_TYPE, kDone, CS_TINYINT{0}),
-      number("+00000000000000000000000000032767", CS_SMALLINT_TYPE, kDone, CS_SMALLINT{32767}),
-      number("-32769", CS_SMALLINT_TYPE, kOver, CS_SMALLINT{-32768}),
-      number("2147483647\t\n", CS_INT_TYPE, kDone, 2147483647),
-      number("-99999999999999999999999999", CS_INT_TYPE, kOver, INT32_MIN),
-      number("-256", CS_BIT_TYPE, kDone, CS_BIT{1}),
-      number("4294967296", CS_BIT_TYPE, kOver, CS_BIT{1}),
-      floating("0.1", kDone, 0.1),
-      floating("+.25", kDone, 0.25),
-      floating("5.", kDone, 5),
-      floating("2.2250738585072014e-308", kDone, kSmallest),
-      // Below that number, though its nearest double.
-      floating("2.2250738585072012e-308", kUnder, kSmallest),
-      floating("-1.5e-310", kUnder, -1.5e-310),
-      floating("4.9e-324", kUnder, std::numeric_limits<double>::denorm_min()),
-      floating("1e309", kOver, kMax),
-      floating("0.01e+400", kOver, kMax),
-      floating("-1e99999999999999999999", kOver, -kMax),
-      floating("1e-400", kUnder, 0),
-      floating("-0.00000001e-320", kUnder, -0.0),
-      floating("1000000000000e-99999999999999999999", kUnder, 0),
-      number("-1e39", CS_REAL_TYPE, kOver, -std::numeric_limits<float>::max()),
-      number("-1e-310", CS_REAL_TYPE, kUnder, -0.0F),
-      number("1e-40", CS_REAL_TYPE, kDone, 1e-40F),
-      numeric("12.34", 4, 2, kDone, "\4\2\0\4\xD2"s),
-      numeric("12.345", 5, 2, kCut, "\5\2\0\0\4\xD2"s),
-      numeric("12.340", 5, 2, kDone, "\5\2\0\0\4\xD2"s),
-      numeric("123.45", 4, 2, kOver, "\4\2\0\0\0"s),
-      numeric("-1e77", 77, kOwn, kOver, ""),
-      numeric("0012.50", kOwn, kOwn, kDone, "\4\2\0\4\xE2"s),
-      numeric("7", kOwn, 0, kDone, "\1\0\0\7"s),
-      numeric("1e2", 5, 0, kDone, "\5\0\0\0\0\x64"s),
-      number("-9223372036854775808", CS_LONG_TYPE, kDone, INT64_MIN),
-      number("9223372036854775808", CS_LONG_TYPE, kOver, INT64_MAX),
-      number("99999999999999999999999", CS_LONG_TYPE, kOver, INT64_MAX),
-      number("$1,234.5", CS_MONEY_TYPE, kDone, CS_MONEY{0, 12345000}),
-      number("-0.0001", CS_MONEY_TYPE, kDone, CS_MONEY{-1, 0xFFFFFFFF}),
-      number("2000-02-29 23:59:59.999", CS_DATETIME_TYPE, kDone, CS_DATETIME{36583, 25919999}),
-      number("Feb 3 1999 4:05PM", CS_DATETIME4_TYPE, kDone, CS_DATETIME4{36192, 965}),
-      binary("0x1aF", kDone, "\x01\xAF"),
-      binary("00ff", kDone, "\0\xFF"s),
-      binary("0x", kDone, ""),
-      binary("0X12", kDone, "\x12"),
-      binary("123456", kCut, "\x12\x34"),
-      binary("12345", kCut, "\x01\x23"),
-      {"1900-02-29", format_of(CS_DATETIME_TYPE), kOver, ""},
-      // A float's literal has any length, and every digit of it counts; a NUL ends it.
-      floating(half + zeros, kDone, 1),
-      floating(half + zeros + "1", kDone, next),
-      floating(zeros + half + zeros + "1e+0" + zeros, kDone, next),
-      floating("1" + zeros + "e-3000", kDone, 1),
-      floating("-0." + zeros + "25e" + zeros + "3001", kDone, -2.5),
-      floating("1" + zeros, kOver, kMax),
-      floating("0." + zeros + "1e10", kUnder, 0),
-      floating(zeros + "e999999999999999999999", kDone, 0),
-      floating("42\0junk"s, kDone, 42),
-      floating("42\0junk"s + zeros, kDone, 42),
-      numeric(digits + ' ', 2, 0, kDone, "\2\0\0\0"s)};
-  const std::pair<std::string, CS_INT> refused[] = {{"", CS_INT_TYPE},
-                                                    {"- 5", CS_INT_TYPE},
-                                                    {"", CS_FLOAT_TYPE},
-                                                    {".", CS_FLOAT_TYPE},
-                                                    {"1e", CS_FLOAT_TYPE},
-                                                    {"1,5", CS_FLOAT_TYPE},
-                                                    {" 12", CS_BINARY_TYPE},
-                                                    {"0x0x1", CS_BINARY_TYPE},
-                                                    {zeros + "e", CS_FLOAT_TYPE},
-                                                    {zeros + " 1", CS_FLOAT_TYPE}};
   Context context;
-  for (const auto& [text, type] : refused)
-    check_text(context, text, format_of(type, 2), kSyntax, "");
-  for (const Literal& row : rows) check_text(context, row.text, row.to, row.code, row.bytes);
+  const auto literal = [&](const std::string& text, const CS_DATAFMT& to, CS_RETCODE code,
+                           const std::string& bytes) {
+    check_text(context, text, to, code, bytes);
+  };
+  const auto number = [&](const std::string& text, CS_INT type, CS_RETCODE code, auto value) {
+    literal(text, format_of(type, sizeof value), code, bytes_of(value));
+  };
+  const auto floating = [&](const std::string& text, CS_RETCODE code, CS_FLOAT value) {
+    number(text, CS_FLOAT_TYPE, code, value);
+  };
+  const auto numeric = [&](const char* text, CS_INT precision, CS_INT scale, CS_RETCODE code,
+                           const std::string& bytes) {
+    literal(text, numeric_format(precision, scale), code, bytes);
+  };
+  const auto binary = [&](const char* text, CS_RETCODE code, const std::string& bytes) {
+    literal(text, format_of(CS_BINARY_TYPE, 2), code, bytes);
+  };
+  number(" 255 ", CS_TINYINT_TYPE, kDone, CS_TINYINT{255});
+  number("-0", CS_TINYINT_TYPE, kDone, CS_TINYINT{0});
+  number("+00000000000000000000000000032767", CS_SMALLINT_TYPE, kDone, CS_SMALLINT{32767});
+  number("-32769", CS_SMALLINT_TYPE, kOver, CS_SMALLINT{-32768});
+  number("2147483647\t\n", CS_INT_TYPE, kDone, 2147483647);
+  number("-99999999999999999999999999", CS_INT_TYPE, kOver, INT32_MIN);
+  number("-256", CS_BIT_TYPE, kDone, CS_BIT{1});
+  number("4294967296", CS_BIT_TYPE, kOver, CS_BIT{1});
+  floating("0.1", kDone, 0.1);
+  floating("+.25", kDone, 0.25);
+  floating("5.", kDone, 5);
+  floating("2.2250738585072014e-308", kDone, kSmallest);
+  // Below that number, though its nearest double.
+  floating("2.2250738585072012e-308", kUnder, kSmallest);
+  floating("-1.5e-310", kUnder, -1.5e-310);
+  floating("4.9e-324", kUnder, std::numeric_limits<double>::denorm_min());
+  floating("1e309", kOver, kMax);
+  floating("0.01e+400", kOver, kMax);
+  floating("-1e99999999999999999999", kOver, -kMax);
+  floating("1e-400", kUnder, 0);
+  floating("-0.00000001e-320", kUnder, -0.0);
+  floating("1000000000000e-99999999999999999999", kUnder, 0);
+  number("-1e39", CS_REAL_TYPE, kOver, -std::numeric_limits<float>::max());
+  number("-1e-310", CS_REAL_TYPE, kUnder, -0.0F);
+  number("1e-40", CS_REAL_TYPE, kDone, 1e-40F);
+  numeric("12.34", 4, 2, kDone, "\4\2\0\4\xD2"s);
+  numeric("12.345", 5, 2, kCut, "\5\2\0\0\4\xD2"s);
+  numeric("12.340", 5, 2, kDone, "\5\2\0\0\4\xD2"s);
+  numeric("123.45", 4, 2, kOver, "\4\2\0\0\0"s);
+  numeric("-1e77", 77, kOwn, kOver, "");
+  numeric("0012.50", kOwn, kOwn, kDone, "\4\2\0\4\xE2"s);
+  numeric("7", kOwn, 0, kDone, "\1\0\0\7"s);
+  numeric("1e2", 5, 0, kDone, "\5\0\0\0\0\x64"s);
+  number("-9223372036854775808", CS_LONG_TYPE, kDone, INT64_MIN);
+  number("9223372036854775808", CS_LONG_TYPE, kOver, INT64_MAX);
+  number("99999999999999999999999", CS_LONG_TYPE, kOver, INT64_MAX);
+  number("$1,234.5", CS_MONEY_TYPE, kDone, CS_MONEY{0, 12345000});
+  number("-0.0001", CS_MONEY_TYPE, kDone, CS_MONEY{-1, 0xFFFFFFFF});
+  number("2000-02-29 23:59:59.999", CS_DATETIME_TYPE, kDone, CS_DATETIME{36583, 25919999});
+  number("Feb 3 1999 4:05PM", CS_DATETIME4_TYPE, kDone, CS_DATETIME4{36192, 965});
+  binary("0x1aF", kDone, "\x01\xAF");
+  binary("00ff", kDone, "\0\xFF"s);
+  binary("0x", kDone, "");
+  binary("0X12", kDone, "\x12");
+  binary("123456", kCut, "\x12\x34");
+  binary("12345", kCut, "\x01\x23");
+  literal("1900-02-29", format_of(CS_DATETIME_TYPE), kOver, "");
+  // A float's literal has any length, and every digit of it counts; a NUL ends it.
+  floating(half + zeros, kDone, 1);
+  floating(half + zeros + "1", kDone, next);
+  floating(zeros + half + zeros + "1e+0" + zeros, kDone, next);
+  floating("1" + zeros + "e-3000", kDone, 1);
+  floating("-0." + zeros + "25e" + zeros + "3001", kDone, -2.5);
+  floating("1" + zeros, kOver, kMax);
+  floating("0." + zeros + "1e10", kUnder, 0);
+  floating(zeros + "e999999999999999999999", kDone, 0);
+  floating("42\0junk"s, kDone, 42);
+  floating("42\0junk"s + zeros, kDone, 42);
+  literal(digits + ' ', numeric_format(2, 0), kDone, "\2\0\0\0"s);
+  for (const std::string& text : {""s, "."s, "1e"s, "1,5"s, zeros + "e", zeros + " 1"})
+    literal(text, format_of(CS_FLOAT_TYPE), kSyntax, "");
+  for (const char* const text : {"", "- 5"}) literal(text, format_of(CS_INT_TYPE), kSyntax, "");
+  for (const char* const text : {" 12", "0x0x1"}) binary(text, kSyntax, "");
   // A NUL ends a numeric's text where its format says so.
   const CS_DATAFMT to = numeric_format(2, 0, CS_DECIMAL_TYPE);
   for (const std::string& text : {"42\0junk"s, "42\0junk"s + zeros}) {
