@@ -25,11 +25,11 @@ bool among(const auto& types, CS_INT type) {
   return std::ranges::find(types, type) != std::end(types);
 }
 
-enum class Layout { lengths, bits, offsets, dense };
+enum class Layout { lengths, bits, offsets, fields };
 
 // A column of one value, some times over at odd addresses, gives what the value gives alone; every
 // fourth one is null by its length or by its bit. Offsets make a text of all values and, where the
-// destination has a length, lead to one; dense values follow each other.
+// destination has a length, lead to one; fields of fixed length follow each other without a gap.
 void expect_column(Context& context, const Encoded& value, const CS_DATAFMT& to,
                    const Result& single, Layout layout) {
   constexpr CS_INT kCount = 12;  // more than a byte of bits
@@ -37,8 +37,10 @@ void expect_column(Context& context, const Encoded& value, const CS_DATAFMT& to,
   const bool texts = layout == Layout::offsets && has_length(to.datatype);
   const auto length = static_cast<CS_INT>(value.bytes.size());
   const CS_INT from_stride = length + (nulls ? 3 : 0);
-  const CS_INT to_stride = layout == Layout::dense ? comn_typelen(to.datatype, to.maxlength)
-                                                   : static_cast<CS_INT>(single.bytes.size());
+  const bool dense =
+      layout == Layout::fields && !has_length(value.format.datatype) && !has_length(to.datatype);
+  const CS_INT to_stride =
+      dense ? comn_typelen(to.datatype, to.maxlength) : static_cast<CS_INT>(single.bytes.size());
   const auto size = static_cast<std::size_t>(texts ? single.length : to_stride);
   std::string held = "#", room, expected;
   std::array<CS_INT, kCount + 1> from_offsets{1}, to_offsets{};
@@ -76,7 +78,7 @@ void expect_column(Context& context, const Encoded& value, const CS_DATAFMT& to,
   EXPECT_EQ(expected_lengths, lengths);
   EXPECT_EQ(kCount - std::ranges::count(codes, CS_SUCCEED), faults);
   EXPECT_EQ(nulls ? 0xF777 : 0xF888, written[1] << 8 | written[0]) << "later bits stay";
-  if (layout != Layout::dense) return;
+  if (layout != Layout::fields) return;
   room.assign(room.size(), static_cast<char>(kCanary));
   dest.lengths = nullptr;
   EXPECT_EQ(CS_SUCCEED, comn_conv_column(&context, &source, &dest, kCount, nullptr, &faults));
@@ -121,8 +123,7 @@ class Sweep {
   void as_columns(const Encoded& source, const CS_DATAFMT& to, const Result& single) {
     for (const Layout layout : {Layout::lengths, Layout::bits, Layout::offsets})
       expect_column(context_, source, to, single, layout);
-    if (!has_length(source.format.datatype) && !has_length(to.datatype))
-      expect_column(context_, source, to, single, Layout::dense);
+    if (!source.bytes.empty()) expect_column(context_, source, to, single, Layout::fields);
   }
   void number_to(const Encoded& source, const std::string& number, CS_INT to);
   Context context_;

@@ -1,7 +1,9 @@
 // Text to every type: each literal as character, varchar and UTF-16 text; sets of two-byte
 // characters, Unicode, and the locale of dates. Character sets that differ are tested with the
 // localization home.
+#include <array>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "comnlib.h"
@@ -31,6 +33,44 @@ void check_text(Context& context, const std::string& text, const CS_DATAFMT& to,
     Encoded source = text_as(type, text);
     source.format.format = format;
     check(context, {source, to, code, bytes});
+  }
+}
+
+// Short texts are read in one register: every length, place of the point, sign and blanks.
+TEST(Literals, ShortNumbersOfEveryLayout) {
+  Context context;
+  for (std::size_t digits = 1; digits <= 17; ++digits) {
+    for (std::size_t decimals = 0; decimals <= digits; ++decimals) {
+      for (const std::string layout : {"", "-", "+", "   ", "  -", "  ", " +", "          "}) {
+        const bool negative = layout.ends_with('-');
+        std::string text = std::string("98765432109876543").substr(0, digits);
+        const long long value = std::stoll(text) * (negative ? -1 : 1);
+        const bool whole = decimals == 0 && digits % 2 == 0;  // others end with a point
+        if (!whole) text.insert(digits - decimals, 1, '.');
+        text = layout + text + std::string(digits % 3, ' ');
+        SCOPED_TRACE("'" + text + "'");
+        const auto read = [&](const CS_DATAFMT& to) {
+          return convert(context, text_as(CS_CHAR_TYPE, text), to);
+        };
+        EXPECT_EQ(std::strtod(text.c_str(), nullptr),
+                  read(format_of(CS_FLOAT_TYPE)).as<CS_FLOAT>());
+        const bool fits = value == static_cast<CS_INT>(value);
+        const Result integer = read(format_of(CS_INT_TYPE));
+        EXPECT_EQ(!whole ? CS_CVT_SYNTAX : fits ? CS_SUCCEED : CS_CVT_OVERFLOW, integer.code);
+        if (whole && fits) {
+          EXPECT_EQ(value, integer.as<CS_INT>());
+        }
+        if (decimals <= 4 && digits < 15) {
+          const long long units = value * std::array{10000, 1000, 100, 10, 1}[decimals];
+          const auto money = read(format_of(CS_MONEY_TYPE)).as<CS_MONEY>();
+          EXPECT_EQ(units, static_cast<long long>(money.mnyhigh) * 0x100000000 + money.mnylow);
+        }
+        std::string record{20, static_cast<char>(decimals), negative ? '\1' : '\0', '\0'};
+        for (int shift = 56; shift >= 0; shift -= 8)
+          record += static_cast<char>(std::abs(value) >> shift);
+        EXPECT_EQ(record, read(numeric_format(20, static_cast<CS_INT>(decimals))).text());
+      }
+    }
   }
 }
 
