@@ -153,6 +153,9 @@ COMN_API CS_RETCODE comn_next_cfg_entry(CS_CONTEXT* context, const CS_CHAR* sect
 /** Frees the context's configuration, if there is one. CS_SUCCEED. */
 COMN_API CS_RETCODE comn_drop_cfg(CS_CONTEXT* context);
 
+COMN_STATIC_ASSERT(sizeof(CS_CFGENTRY) == COMN_BY_HOST(20, 40));
+COMN_STATIC_ASSERT(offsetof(CS_CFGENTRY, line) == COMN_BY_HOST(16, 32));
+
 #ifdef __cplusplus
 }
 #endif

@@ -77,6 +77,9 @@ COMN_API CS_RETCODE com_build_errmsg(CS_CONTEXT* ctx, CS_INT severity, CS_INT la
 COMN_API CS_RETCODE comn_result_text(CS_CONTEXT* ctx, CS_RETCODE code, CS_CHAR* buf, CS_INT buflen,
                                      CS_INT* outlen);
 
+COMN_STATIC_ASSERT(sizeof(com_argument) == COMN_BY_HOST(16, 24));
+COMN_STATIC_ASSERT(offsetof(com_argument, length) == COMN_BY_HOST(12, 16));
+
 #ifdef __cplusplus
 }
 #endif
