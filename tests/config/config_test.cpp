@@ -1,11 +1,8 @@
 // Configuration files: tokens, the grammar and its error reports by example, the store, includes.
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -15,8 +12,8 @@
 #include "comnlib/diag.h"
 #include "config/comcfg.h"
 #include "support/cancelled.h"
-#include "support/host_alloc.h"
-#include "support/scratch.h"
+#include "support/hosts.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -38,35 +35,39 @@ std::string without_bars(std::string texts) {
   return texts;
 }
 
-Tokens scan(const std::string& text) {
-  write_file("scan.cfg", text);
-  CS_CONTEXT context{};
-  CfgParseInfo* parse = nullptr;
-  EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context, "scan.cfg", &parse));
-  auto [kinds, texts] = Tokens();
-  for (CS_INT code = cfg__lex(parse); code != CFG_END; code = cfg__lex(parse)) {
-    CS_INT length = 0;
-    const CS_CHAR* bytes = cfg__toktext(parse, &length);
-    kinds += kKinds.at(static_cast<std::size_t>(code - CFG_INCLUDE));
-    texts += (texts.empty() ? "" : "|");
-    texts.append(bytes, static_cast<std::size_t>(length));
-  }
-  EXPECT_EQ(CS_SUCCEED, cfg__clean_parse(parse));
-  return {kinds, texts};
-}
-
 class Config : public testing::Test {
  protected:
-  std::filesystem::path home_ = std::filesystem::current_path();
-  scratch::Directory directory_;
+  const hosts::NothingLost nothing_lost_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
+  const scratch::Directory directory_;
   CS_CONTEXT context_{};
-  std::size_t before_ = host_alloc::live_blocks();
 
   Config() { std::filesystem::current_path(directory_.path()); }
   ~Config() override {
-    std::filesystem::current_path(home_);
+    std::filesystem::current_path(before_);
     comn_drop_cfg(&context_);
-    EXPECT_EQ(before_, host_alloc::live_blocks());
+  }
+
+  // A parse of a text by itself, which the caller cleans up.
+  CfgParseInfo* open(const std::string& text) {
+    write_file("scan.cfg", text);
+    CfgParseInfo* parse = nullptr;
+    EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+    return parse;
+  }
+
+  Tokens scan(const std::string& text) {
+    CfgParseInfo* parse = open(text);
+    auto [kinds, texts] = Tokens();
+    for (CS_INT code = cfg__lex(parse); code != CFG_END; code = cfg__lex(parse)) {
+      CS_INT length = 0;
+      const CS_CHAR* bytes = cfg__toktext(parse, &length);
+      kinds += kKinds.at(static_cast<std::size_t>(code - CFG_INCLUDE));
+      texts += (texts.empty() ? "" : "|");
+      texts.append(bytes, static_cast<std::size_t>(length));
+    }
+    EXPECT_EQ(CS_SUCCEED, cfg__clean_parse(parse));
+    return {kinds, texts};
   }
 
   CS_RETCODE load(const std::string& text) {
@@ -75,21 +76,28 @@ class Config : public testing::Test {
     return comn_init_cfg(&context_, "nuv.cfg");
   }
 
-  // What loading `text` reports.
-  std::string complaint(const std::string& text) {
+  // Loading `text` fails with a report that has these words.
+  void expect_complaint(const std::string& text, std::string_view words) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(CS_FAIL, load(text));
     EXPECT_EQ(nullptr, context_.ctxconfig);
-    return testing::internal::GetCapturedStderr();
+    const std::string report = testing::internal::GetCapturedStderr();
+    EXPECT_NE(report.npos, report.find(words)) << text << report;
   }
 
   std::string get(const char* section, const char* entry) {
-    std::array<char, 256> buffer{};
+    char buffer[256];
     CS_INT length = -1;
-    const CS_RETCODE result =
-        comn_get_cfg(&context_, section, entry, buffer.data(), buffer.size(), &length);
-    return result == CS_SUCCEED ? std::string(buffer.data(), static_cast<std::size_t>(length))
-                                : "absent";
+    const CS_RETCODE result = comn_get_cfg(&context_, section, entry, buffer, 256, &length);
+    return result == CS_SUCCEED ? std::string(buffer, static_cast<std::size_t>(length)) : "absent";
+  }
+
+  // Of entries, "section.name" each, the values with blanks between them.
+  std::string get_all(std::initializer_list<std::pair<const char*, const char*>> entries) {
+    std::string values;
+    for (const auto& [section, entry] : entries)
+      values += (values.empty() ? "" : " ") + get(section, entry);
+    return values;
   }
 };
 
@@ -130,9 +138,7 @@ TEST_F(Config, TokensOverTheWindowsEnd) {
 
 // The helpers under their names; the scanner has them in line.
 TEST_F(Config, WindowAndCollectedTexts) {
-  write_file("scan.cfg", "ab");
-  CfgParseInfo* parse = nullptr;
-  ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+  CfgParseInfo* parse = open("ab");
   EXPECT_EQ('a', cfg__getc(parse));
   cfg__marktok(parse);
   EXPECT_EQ('b', cfg__getc(parse));
@@ -157,41 +163,32 @@ TEST_F(Config, TokensHaveAnyLength) {
 }
 
 TEST_F(Config, Values) {
-  const struct {
-    const char* label;
-    std::string line, value;
-  } rows[] = {
-      {"no blanks", "a=12ab", "12ab"},
-      {"keyword", "a = include", "include"},
-      {"touching pieces", "a = pre\"fix ed\"/x", "prefix ed/x"},
-      {"parted pieces", "a =  one \t two\f\"three\"  ", "one two three"},
-      {"semicolon and hash", "a = x ; y # z", "x ; y # z"},
-      {"doubled quote", "a = \"say \"\"so\"\"\"", "say \"so\""},
-      {"backslash before a quote", "a = \"c:\\\"", "c:\\\""},
-      {"empty", "a = \"\"", ""},
-      {"line end in a string", "a = \"one\ntwo\"", "one\ntwo"},
-      {"continued string", "a = \"one\\\ntwo\"", "onetwo"},
-      {"continued, touching", "a = one\\\r\ntwo", "onetwo"},
-      {"continued, parted", "a = one \\\n  two", "one two"},
-      {"continued at once", "a = \\\n one", "one"},
-      {"NUL and high bytes", "a = 1\0\xff"s, "1\0\xff"s},
-      {"last counts", "a = 1\na = 23\na = 4", "4"},
-      {"commented", " ; a = 2\na = 1\n; a = 3", "1"},
-  };
-  for (const auto& row : rows) {
-    std::string text = "[s]\n" + row.line;
-    if (text.ends_with("\\\"")) text += "\"";
-    ASSERT_EQ(CS_SUCCEED, load(text)) << row.label;
-    EXPECT_EQ(row.value, get("s", "a")) << row.label;
-    EXPECT_EQ(CS_SUCCEED, load(text + "\r\n")) << row.label;
+  const std::pair<std::string, std::string> rows[] = {
+      {"a=12ab", "12ab"},
+      {"a = include", "include"},
+      {"a = pre\"fix ed\"/x", "prefix ed/x"},
+      {"a =  one \t two\f\"three\"  ", "one two three"},
+      {"a = x ; y # z", "x ; y # z"},
+      {"a = \"say \"\"so\"\"\"", "say \"so\""},
+      {"a = \"c:\\\"\"", "c:\\\""},
+      {"a = \"\"", ""},
+      {"a = \"one\ntwo\"", "one\ntwo"},
+      {"a = \"one\\\ntwo\"", "onetwo"},
+      {"a = one\\\r\ntwo", "onetwo"},
+      {"a = one \\\n  two", "one two"},
+      {"a = \\\n one", "one"},
+      {"a = 1\0\xff"s, "1\0\xff"s},
+      {"a = 1\na = 23\na = 4", "4"},
+      {" ; a = 2\na = 1\n; a = 3", "1"}};
+  for (const auto& [line, value] : rows) {
+    ASSERT_EQ(CS_SUCCEED, load("[s]\n" + line)) << line;
+    EXPECT_EQ(value, get("s", "a")) << line;
+    EXPECT_EQ(CS_SUCCEED, load("[s]\n" + line + "\r\n")) << line;
   }
 }
 
 TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
-  const struct {
-    std::string text;
-    const char* report;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"\n[s]\nname value\n",
        "nuv.cfg, line 3: expected '=' after the entry's name, found ident\n"},
       {"[s\n", "line 1: expected ']' after the section's name, found newline"},
@@ -208,10 +205,7 @@ TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
       {"\ninclude nothere\n", "line 2: expected the path of a file that can be opened"},
       {"include nuv.cfg\n", "line 1: the file includes itself"},
   };
-  for (const auto& row : rows) {
-    const std::string report = complaint(row.text);
-    EXPECT_NE(report.npos, report.find(row.report)) << row.text << report;
-  }
+  for (const auto& [text, report] : rows) expect_complaint(text, report);
 }
 
 // A FIFO without a writer would hold the load up, the device would never end.
@@ -225,9 +219,7 @@ TEST_F(Config, FilesThatCannotBeRead) {
     EXPECT_NE("", testing::internal::GetCapturedStderr()) << path;
     EXPECT_GT(0, context_.ctxintlerr) << path;
   }
-  CfgParseInfo* parse = nullptr;
-  write_file("scan.cfg", "[section]\n");
-  ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+  CfgParseInfo* parse = open("[section]\n");
   parse->size = (256U << 20) - 9;  // of a file that grows while it is read
   testing::internal::CaptureStderr();
   EXPECT_EQ(CS_FAIL, cfg__parse(parse));
@@ -259,20 +251,17 @@ TEST_F(Config, LookUps) {
   EXPECT_EQ("value", get("s", "a"));
   EXPECT_EQ("more", get("s", "b"));
   EXPECT_EQ("other", get("t", "a"));
-  constexpr std::pair<const char*, const char*> kAbsent[] = {
-      {"S", "a"}, {"s", "A"}, {"s", ""}, {"", "a"}, {"t", "b"}, {"empty", "a"}, {"s", "t"}};
-  for (const auto& [section, entry] : kAbsent)
+  for (const auto& [section, entry] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"S", "a"}, {"s", "A"}, {"s", ""}, {"", "a"}, {"t", "b"}, {"empty", "a"}, {"s", "t"}})
     EXPECT_EQ("absent", get(section, entry)) << section << "." << entry;
-
-  char buffer[8] = "*******";
-  CS_INT length = 0;
-  EXPECT_EQ(CS_FAIL, comn_get_cfg(&context_, "s", "a", buffer, 4, &length));
-  EXPECT_EQ(5, length);
-  EXPECT_STREQ("*******", buffer);
-  EXPECT_EQ(CS_SUCCEED, comn_get_cfg(&context_, "s", "a", buffer, 5, &length));
-  EXPECT_STREQ("value**", buffer);
-  EXPECT_EQ(CS_SUCCEED, comn_get_cfg(&context_, "s", "a", buffer, 6, &length));
-  EXPECT_STREQ("value", buffer);
+  for (const auto& [room, code, written] :
+       {std::tuple(4, +CS_FAIL, "*******"), {5, CS_SUCCEED, "value**"}, {6, CS_SUCCEED, "value"}}) {
+    char buffer[8] = "*******";
+    CS_INT length = 0;
+    EXPECT_EQ(code, comn_get_cfg(&context_, "s", "a", buffer, room, &length)) << room;
+    EXPECT_EQ(5, length);
+    EXPECT_STREQ(written, buffer);
+  }
 
   const CsConfig* shared = context_.ctxconfig;
   EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context_, "nuv.cfg"));
@@ -303,15 +292,20 @@ TEST_F(Config, Includes) {
   write_file("sub/first.cfg", "[s]\nb = first\ninclude \".//./deep/second.cfg\"\nc = first\n");
   write_file("sub/deep/second.cfg", "[s]\nb = second\n[t]\na = second\n");
   ASSERT_EQ(CS_SUCCEED, load("[s]\na = top\nINCLUDE sub/first.cfg\nd = top\n"));
-  EXPECT_EQ("top second first top",
-            get("s", "a") + " " + get("s", "b") + " " + get("s", "c") + " " + get("s", "d"));
-  EXPECT_EQ("second", get("t", "a"));
+  EXPECT_EQ("top second first top second",
+            get_all({{"s", "a"}, {"s", "b"}, {"s", "c"}, {"s", "d"}, {"t", "a"}}));
 
   write_file("sub/deep/second.cfg", "include ../../sub/deep/second.cfg");
-  EXPECT_NE("", complaint("include sub/first.cfg"));
+  expect_complaint("include sub/first.cfg", "files are included too deep");
+  write_file("sub/deep/second.cfg", "include .//second.cfg");
+  expect_complaint("include sub/first.cfg", "second.cfg, line 1: the file includes itself");
+  write_file("other.cfg", "\ninclude nuv.cfg");
+  expect_complaint("include other.cfg", "other.cfg, line 2: the file includes itself");
   write_file("sub/deep/second.cfg", "\n[s\n");
-  const std::string report = complaint("include sub/first.cfg");
-  EXPECT_NE(report.npos, report.find("sub/deep/second.cfg, line 2:")) << report;
+  expect_complaint("include sub/first.cfg", "sub/deep/second.cfg, line 2:");
+  std::string longest = "sub/none";  // of which the end is shown
+  for (int i = 0; i < 100; ++i) longest.insert(0, "sub/../");
+  expect_complaint("include " + longest, "/../sub/none: ");
 
   for (int i = 1; i <= CFG_MAX_DEPTH; ++i)
     write_file("d" + std::to_string(i), "include d" + std::to_string(i + 1) + "\n");
@@ -319,7 +313,7 @@ TEST_F(Config, Includes) {
   ASSERT_EQ(CS_SUCCEED, load("include d1"));
   EXPECT_EQ("deep", get("s", "a"));
   write_file("d0", "include d1");
-  EXPECT_NE("", complaint("include d0"));
+  expect_complaint("include d0", "files are included too deep");
 }
 
 TEST_F(Config, ReadsAtMostAThousandFiles) {
@@ -327,16 +321,16 @@ TEST_F(Config, ReadsAtMostAThousandFiles) {
   std::string text;
   for (int i = 1; i < CFG_MAX_FILES; ++i) text += "include leaf.cfg\n";
   EXPECT_EQ(CS_SUCCEED, load(text));
-  const std::string report = complaint(text + "include leaf.cfg\n");
-  EXPECT_EQ("nuv.cfg, line 1000: too many files are included\n", report);
+  expect_complaint(text + "include leaf.cfg\n",
+                   "nuv.cfg, line 1000: too many files are included\n");
 }
 
 // Before a section header entries belong to the section that the include line stands in.
 TEST_F(Config, EntriesBeforeTheFirstHeader) {
   write_file("part.cfg", "b = 2\n[t]\na = 4");
   ASSERT_EQ(CS_SUCCEED, load("a = 1\ninclude part.cfg\nc = 3\n[s]\ninclude part.cfg\nc = 5"));
-  EXPECT_EQ("1 2 3", get("", "a") + " " + get("", "b") + " " + get("", "c"));
-  EXPECT_EQ("2 5 4", get("s", "b") + " " + get("s", "c") + " " + get("t", "a"));
+  EXPECT_EQ("1 2 3 2 5 4",
+            get_all({{"", "a"}, {"", "b"}, {"", "c"}, {"s", "b"}, {"s", "c"}, {"t", "a"}}));
 }
 
 // What a walk meets, with the places of the entries.
@@ -388,9 +382,7 @@ TEST_F(Config, WalksInTheOrderOfFirstAppearance) {
 TEST_F(Config, ChecksWithoutOpeningOtherFiles) {
   for (const auto& [text, result] :
        {std::pair("a = 1\ninclude missing.cfg\n[s]", +CS_SUCCEED), {"include \"\"", CS_FAIL}}) {
-    write_file("scan.cfg", text);
-    CfgParseInfo* parse = nullptr;
-    ASSERT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
+    CfgParseInfo* parse = open(text);
     testing::internal::CaptureStderr();
     EXPECT_EQ(result, cfg__parse(parse)) << text;
     EXPECT_EQ(result == CS_FAIL, !testing::internal::GetCapturedStderr().empty()) << text;
@@ -424,7 +416,6 @@ TEST_F(Config, DefaultFileLiesBelowTheHome) {
 }
 
 TEST_F(Config, DebugSwitchPrintsTokens) {
-  write_file("scan.cfg", "");
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "debug.txt", 1));
   cfg__debug = 1;
   scan("; c\n[a]");
@@ -440,20 +431,21 @@ TEST_F(Config, DebugSwitchPrintsTokens) {
 using ConfigDeathTest = Config;
 
 TEST_F(ConfigDeathTest, Stops) {
-  write_file("scan.cfg", "");
-  CfgParseInfo* parse = nullptr;
-  cfg__open_parse(&context_, "scan.cfg", &parse);
-  EXPECT_DEATH(cfg__lexstate(parse, 2), "assertion failed");
+  CfgParseInfo* parse = open("");
   parse->state = static_cast<comnlib::ScanState>(2);
-  EXPECT_DEATH(cfg__lex(parse), "assertion failed");
-  cfg__clean_parse(parse);
+  const auto get = [&](const char* entry, char* buffer, CS_INT room, CS_INT* length) {
+    return [=, this] { comn_get_cfg(&context_, "s", entry, buffer, room, length); };
+  };
   CS_INT length = 0;
-  EXPECT_DEATH(comn_get_cfg(&context_, "s", nullptr, nullptr, 0, &length), "Invalid pointer");
-  EXPECT_DEATH(comn_get_cfg(&context_, "s", "a", nullptr, 0, nullptr), "Invalid pointer");
-  EXPECT_DEATH(comn_get_cfg(&context_, "s", "a", nullptr, 1, &length), "Invalid pointer");
-  EXPECT_DEATH(comn_get_cfg(&context_, "s", "a", nullptr, -1, &length), "assertion failed");
-  EXPECT_DEATH(comn_init_cfg(nullptr, ""), "Invalid pointer");
-  EXPECT_DEATH(comn_drop_cfg(nullptr), "Invalid pointer");
+  stops::expect({{"cfg__lexstate", stops::kAssertion, [&] { cfg__lexstate(parse, 2); }},
+                 {"cfg__lex", stops::kAssertion, [&] { cfg__lex(parse); }},
+                 {"no entry", stops::kPointer, get(nullptr, nullptr, 0, &length)},
+                 {"no length", stops::kPointer, get("a", nullptr, 0, nullptr)},
+                 {"no buffer", stops::kPointer, get("a", nullptr, 1, &length)},
+                 {"room -1", stops::kAssertion, get("a", nullptr, -1, &length)},
+                 {"comn_init_cfg", stops::kPointer, [] { comn_init_cfg(nullptr, ""); }},
+                 {"comn_drop_cfg", stops::kPointer, [] { comn_drop_cfg(nullptr); }}});
+  cfg__clean_parse(parse);
 }
 
 }  // namespace

@@ -5,11 +5,11 @@
 
 #include "comnlib/diag.h"
 #include "intl/chkfile.h"
-#include "intl_host.h"
+#include "support/hosts.h"
 
 namespace {
 
-using intl_host::HomeCopy;
+using hosts::HomeCopy;
 
 std::string diagnosis() {
   CS_CONTEXT context{};
@@ -76,7 +76,7 @@ TEST(Diagnosis, WordsInOrder) {
 }
 
 TEST(Verify, ReadableOrNotOrNoPath) {
-  intl_host::ShippedContext context;
+  hosts::ShippedContext context;
   char path[200] = "";
   EXPECT_EQ(CS_SUCCEED, com__verify_msgfile(context, "us", 2, "cslib.loc", 9, path, 200));
   EXPECT_EQ(CS_FAIL, com__verify_msgfile(context, "us", 2, "none.loc", 8, path, 200));
@@ -89,10 +89,7 @@ TEST(Verify, ReadableOrNotOrNoPath) {
   EXPECT_EQ("utf8.cfx#", std::string(path + exact - 8, 9));
   EXPECT_EQ(CS_FAIL, com__verify_charfile(context, "utf8", "utf8", "cfg", path, exact - 1));
   EXPECT_STREQ("*", path);
-  CsLocCache* entry = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("french", &entry));
-  CS_LOCALE locale{};
-  locale.messageptr = entry;
+  const CS_LOCALE locale = hosts::all(context.entry("french"));
   EXPECT_EQ(CS_SUCCEED, com_intl_verify_a_msgfile(context, &locale, "common.loc", path, 200));
   EXPECT_NE(std::string::npos, std::string(path).find("/message/french/common.loc"));
   EXPECT_EQ(CS_FAIL, com_intl_verify_a_msgfile(context, &locale, "other.loc", path, 200));

@@ -8,96 +8,102 @@
 #include <vector>
 
 #include "comnlib/charset.h"
-#include "comnlib/convert.h"
-#include "comnlib/datetime.h"
+#include "comnlib/diag.h"
+#include "comnlib/message.h"
 #include "intl/charset.h"
 #include "intl/com_intl.h"
 #include "intl/com_loc.h"
 #include "intl/locdata.h"
 #include "intl/message.h"
-#include "intl_host.h"
 #include "support/cancelled.h"
-#include "support/host_alloc.h"
+#include "support/dates.h"
+#include "support/faulty_files.h"
+#include "support/hosts.h"
+#include "support/stops.h"
+#include "support/translated.h"
 
 namespace {
 
-using intl_host::all;
-using intl_host::Context;
-using intl_host::HomeCopy;
-using intl_host::ShippedContext;
+using hosts::all;
+using hosts::HomeCopy;
+using hosts::LocaleContext;
+using hosts::ShippedContext;
+using translated::kUnicode, translated::translate, translated::utf16;
 
+constexpr CS_DATETIME kDate{46205, 16292775};  // 4 July 2026, 15:05:09.25
 const std::string kTable = "locales/locales.dat";
+
+struct LookUp {
+  CS_RETCODE code;
+  std::string names;  // language/charset/sort order/date/number/money
+  int status;
+};
+
+LookUp look_up(const HomeCopy& home) {
+  CS_CONTEXT context{};
+  CsLocNames names;
+  char error[300];
+  const CS_RETCODE code = comn__intl_lookup(&context, "x", 1, &names, error, sizeof error);
+  EXPECT_EQ(home.file(kTable), error);
+  EXPECT_EQ(code < 0, context.ctxintlerr < 0);
+  EXPECT_EQ(std::strlen(names.sortorder), static_cast<std::size_t>(names.sortorderlen));
+  std::string found = names.lang;
+  for (const char* name :
+       {names.charset, names.sortorder, names.datetime, names.numeric, names.money})
+    found += std::string("/") + name;
+  return {code, found, context.ctxintlerr};
+}
 
 TEST(Lookup, LinesOfTheTable) {
   const HomeCopy home;
-  const struct {
-    std::string table;
-    CS_RETCODE result;
-    const char* values = nullptr;  // language/charset/sort order/date/number/money
-  } rows[] = {{"[linux]\nlocale = x, l, c, , , n\n", CS_SUCCEED, "l/c/binary//n/"},
-              {"[linux]\nlocale = x, l, c, s, d, n, m, more\n", CS_SUCCEED, "l/c/s/d/n/m"},
-              {"[x]\nkey = x\n[linux]\nlocale = x, l, c\n", CS_SUCCEED, "l/c/binary///"},
-              {"[linux]\n[linux]\nlocale = x, l, c\n", CS_FAIL},
-              {"[Linux]\nlocale = x, l, c\n", CS_FAIL},
-              {"[linux]\nlocales = y\nlocale = x, l, c\n", CS_FAIL},
-              {"[linux]\nlocale = x, l, c\nother = y\n", CS_SUCCEED, "l/c/binary///"},
-              {"[linux]\nlocale = x, l\n", CS_FAIL},
-              {"[linux]\nlocale = x, , c\n", CS_FAIL},
-              {"[linux]\nlocale = x, l, , s\n", CS_FAIL},
-              {"[linux]\nlocale = xy, l, c\n", CS_FAIL},
-              {"[linux]\nlocale = y, \"\nlocale = x, l, c\n", CS_SUCCEED, "l/c/binary///"},
-              {"[linux]\nlocale = \"y\nlocale = x, l, c\n", CS_INTL_LIBERR},
-              {"[linux]\nlocale = x, l, c, \"s\n", CS_INTL_LIBERR},
-              {"[linux\nlocale = x, l, c\n", CS_INTL_LIBERR},
-              {"[linux]\nlocale = x, l, c, " + std::string(255, 's') + "\n", CS_SUCCEED}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.table);
-    home.write(kTable, row.table);
-    CS_CONTEXT context{};
-    CsLocNames names;
-    char error[300];
-    EXPECT_EQ(row.result, comn__intl_lookup(&context, "x", 1, &names, error, sizeof error));
-    EXPECT_EQ(home.file(kTable), error);
-    EXPECT_EQ(row.result == CS_INTL_LIBERR, context.ctxintlerr < 0);
-    if (row.values == nullptr) continue;
-    std::string values = names.lang;
-    for (const char* name :
-         {names.charset, names.sortorder, names.datetime, names.numeric, names.money})
-      values += std::string("/") + name;
-    EXPECT_EQ(row.values, values);
-    EXPECT_EQ(std::strlen(names.sortorder), static_cast<std::size_t>(names.sortorderlen));
-  }
-  CS_CONTEXT context{};
-  CsLocNames names;
+  const std::string longest(255, 's');
   home.write(kTable, "[linux]\nlocale = x, l, c\n");
-  intl_host::close_fails = true;
-  EXPECT_EQ(CS_INTL_LIBERR, comn__intl_lookup(&context, "x", 1, &names, nullptr, 0));
-  EXPECT_EQ(-7, context.ctxintlerr);
-  intl_host::close_fails = false;
-  home.remove(kTable);
-  EXPECT_EQ(CS_INTL_NOFILE, comn__intl_lookup(&context, "x", 1, &names, nullptr, 0));
-  home.write(kTable, "[linux]\nlocale = x, l, " + std::string(256, 'c') + "\n");
-  EXPECT_DEATH(comn__intl_lookup(&context, "x", 1, &names, nullptr, 0), "assertion failed");
-  EXPECT_EQ(0, intl_host::files_open);
+  const std::pair<std::string, std::string> rows[] = {
+      {"c\n->c, , , n\n", "l/c/binary//n/"},
+      {"c\n->c, , d\n", "l/c/binary/d//"},
+      {"c\n->c, s, d, n, m, more\n", "l/c/s/d/n/m"},
+      {"c\n->c, " + longest + "\n", "l/c/" + longest + "///"},
+      {"c\n->c\nother = y\n|[linux]->[x]\nkey = x\n[linux]", "l/c/binary///"},
+      {"locale->locale = y, \"\nlocale", "l/c/binary///"}};
+  for (const auto& [edits, names] : rows)
+    faulty_files::expect(home, {{kTable, CS_SUCCEED, edits}}, [&, names = names](auto&) {
+      EXPECT_EQ(names, look_up(home).names);
+      return look_up(home).code;
+    });
+  // Only the first section counts, and only up to a key of another name.
+  faulty_files::expect(
+      home,
+      {{kTable, CS_FAIL, "[linux]->[linux]\n[linux]|[linux]->[Linux]|locale->locales = y\nlocale"},
+       {kTable, CS_FAIL, ", c->|l,->,|c\n->, s\n|x->xy"},
+       {kTable, CS_INTL_LIBERR, "locale->locale = \"y\nlocale|c\n->c, \"s\n|[linux]->[linux"},
+       {kTable, CS_INTL_NOFILE, "removed"}},
+      [&](auto&) { return look_up(home).code; });
+  hosts::close_fails = true;
+  EXPECT_EQ(CS_INTL_LIBERR, look_up(home).code);
+  EXPECT_EQ(-7, look_up(home).status);
+  hosts::close_fails = false;
+  home.change(kTable, "c\n", "c, s" + longest + "\n");
+  EXPECT_DEATH(look_up(home), "assertion failed");
+  EXPECT_EQ(0, hosts::files_open);
 }
 
-TEST(Load, SharesAndCachesAndTakesNamedConventions) {
+TEST(Load, SharesAndCaches) {
   ShippedContext context;
   CsOid oid = 0;
   EXPECT_EQ(CS_SUCCEED, comn_globalid(context, "charset", "ucs2x", 4, &oid));
   EXPECT_EQ(context.globals.ucs2_oid, oid);
   EXPECT_EQ(CS_FAIL, comn_globalid(context, "collate", "ucs2", CS_NULLTERM, &oid));
-  const int after_init = intl_host::files_opened;
+  const int after_init = hosts::files_opened;
   EXPECT_EQ(CS_SUCCEED, context.init()) << "a second set-up does nothing";
-  EXPECT_EQ(after_init, intl_host::files_opened);
-  CsLocCache *first = nullptr, *again = nullptr, *same_sets = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("default", &first));
-  const int files = intl_host::files_opened;
+  EXPECT_EQ(after_init, hosts::files_opened);
+  CsLocCache* first = context.entry("default");
+  const int files = hosts::files_opened;
+  CsLocCache* again = nullptr;
   ASSERT_EQ(CS_SUCCEED, comn_intl_load(context, "defaultX", 7, &again, nullptr, 0));
   EXPECT_EQ(first, again);
-  EXPECT_EQ(files, intl_host::files_opened) << "no file is read again";
-  ASSERT_EQ(CS_SUCCEED, context.load("us_english", &same_sets));
-  EXPECT_EQ(files + 1, intl_host::files_opened) << "locales.dat alone";
+  EXPECT_EQ(files, hosts::files_opened) << "no file is read again";
+  CsLocCache* same_sets = context.entry("us_english");
+  EXPECT_EQ(files + 1, hosts::files_opened) << "locales.dat alone";
   EXPECT_NE(first, same_sets);
   EXPECT_EQ(first->locchardesc, same_sets->locchardesc);
   EXPECT_EQ(first->locdateinfo, same_sets->locdateinfo);
@@ -105,126 +111,129 @@ TEST(Load, SharesAndCachesAndTakesNamedConventions) {
   EXPECT_EQ(same_sets, context.globals.cmg_lcache);
   EXPECT_EQ(first, same_sets->locnext);
 
-  CsLocCache* given = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("mine", "cp850", "french", "nocase", &given));
-  EXPECT_STREQ("cp850", given->charname);
+  CsLocCache* given = context.entry("mine", "cp850", "french", "nocase");
   const std::array<const char*, 4> names{"mine", "cp850", "french", "nocase"};
   const std::array<const char*, 4> others{"yours", "iso_1", "us_english", "binary"};
   for (std::size_t i = 0; i <= names.size(); ++i) {
     auto asked = names;
     if (i < names.size()) asked[i] = others[i];
-    CsLocCache* found = nullptr;
-    ASSERT_EQ(CS_SUCCEED, context.load(asked[0], asked[1], asked[2], asked[3], &found));
+    CsLocCache* found = context.entry(asked[0], asked[1], asked[2], asked[3]);
     EXPECT_EQ(i == names.size(), found == given) << asked[0] << asked[1] << asked[2] << asked[3];
     EXPECT_STREQ(asked[1], found->charname);
     EXPECT_STREQ(asked[2], found->langname);
-    ASSERT_EQ(CS_SUCCEED, context.load("mine", &found));
-    EXPECT_EQ(given, found) << "the name alone goes on naming the first";
+    EXPECT_EQ(given, context.entry("mine")) << "the name alone goes on naming the first";
   }
+  using comnlib::MessageFile, comnlib::message_text;
   EXPECT_EQ("d\202cembre", given->locdateinfo->conventions.months[11]);
   EXPECT_EQ(",", given->locnuminfo->digits.decimal_point);
   EXPECT_EQ(comnlib::SymbolPlace::kAfter, given->locmoninfo->symbol_place);
   EXPECT_STREQ("division par z\u00e9ro",
-               comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommonServices,
-                                     CS_CVT_DIVZERO));
-  EXPECT_EQ(nullptr, comnlib::message_text(*given->locmessage, comnlib::MessageFile::kCommon,
-                                           CS_CVT_DIVZERO));
+               message_text(*given->locmessage, MessageFile::kCommonServices, CS_CVT_DIVZERO));
+  EXPECT_EQ(nullptr, message_text(*given->locmessage, MessageFile::kCommon, CS_CVT_DIVZERO));
   CsLocCache* copy = nullptr;
-  ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(context, given, &copy));
-  EXPECT_STREQ("mine", copy->locname);
-  EXPECT_EQ(given->locchardesc, copy->locchardesc);
+  ASSERT_EQ(CS_SUCCEED, comn__copy_loccache(context, same_sets, &copy));
+  EXPECT_STREQ("us_english", copy->locname);
+  EXPECT_EQ(same_sets->locchardesc, copy->locchardesc);
+  EXPECT_EQ(nullptr, copy->locnext);
   copy->locnext = context.globals.cmg_lcache;  // for the drop of the cache
   context.globals.cmg_lcache = copy;
-
-  CsLocCache* entry = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &entry));
-  EXPECT_STREQ("us_english", entry->com__datename);
-  EXPECT_STREQ("us_english", entry->numname);
-  EXPECT_EQ(nullptr, entry->locdateinfo);
-  EXPECT_EQ("$", entry->locmoninfo->symbol);
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 5, "us_english", entry, nullptr, 0));
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
-  EXPECT_EQ("December", entry->locdateinfo->conventions.months[11]);
-  const int before = intl_host::files_opened;
-  EXPECT_EQ(CS_SUCCEED, comn__load_locdata(context, 6, "us_english", entry, nullptr, 0));
-  EXPECT_EQ(before, intl_host::files_opened);
-  EXPECT_EQ(CS_FAIL, comn__load_locdata(context, 3, "us_english", entry, nullptr, 0));
-  EXPECT_EQ(CS_INTL_NOFILE, comn__load_locdata(context, 4, "none", entry, nullptr, 0));
 }
 
-// Each fault breaks one file of the home: "text->its replacement", or the file is removed. The load
-// names the file and leaves nothing behind. A "!" marks those that the companion library finds.
-// The refusals of character sets are tested with their loader.
-TEST(Load, EveryRefusal) {
-  const std::pair<std::string, std::string> rows[] = {
-      {kTable, "locale = default->locale = other"},
-      {"config/objectid.dat",
-       "removed|![natlang]->[natlang|[->;|binary = ->x = |ucs2 = ->x = |iso_1 = 2->iso_x = 2|"
-       "iso_1 = 2->iso_1 = 2x|iso_1 = 2->iso_1 = 0|iso_1 = 2->iso_1 = 0x80000000"},
-      {"locales/message/us_english/comnlib.loc",
-       "removed|-101 =->0x-65 =|[messages]->[message]|!-101 =->-101|!-101 = \"->-101 = \"\"x"},
-      {"charsets/iso_1/iso_1.cfg",
-       "replacement->description|= 3F->= 3G|= 3F->=|= 3F->= 3F3F3F3F3F|table =->x = y\ntable =|"
-       "!to = utf8->to|!to = utf8->to = \"utf8|table =->algorithm = utf8\ntable =|"
-       "table = iso_1->algorithm = x|table = iso_1->table = " +
-           std::string(256, 't')},
-      {"charsets/utf8/utf8.cfg", "to = iso_1->to = iso_x"},
-      {"charsets/iso_1/binary.srt",
-       "removed|kind = binary->kind = x|kind = binary->|kind->x = y\nkind|"
-       "!kind = binary->kind = binary\nx|kind = binary->kind = weights\nweights = 00|"
-       "kind = binary->kind = binary\nfold = 1, 1, 1, 2|"
-       "kind = binary->kind = folded\nfold = 2, 1, 1, 3|"
-       "kind = binary->kind = folded\nfold = 1, 2, 0, 3|"
-       "kind = binary->kind = folded\nfold = 1, 2, 1|"
-       "kind = binary->kind = folded\nfold = 1, 2, 1, 0x10FFFF|"
-       "kind = binary->kind = folded\nfold = 5, 6, 1, 8\nfold = 6, 7, 1, 9"},
-      {"locales/us_english/iso_1/common.loc",
-       "removed|January, ->|months = ->;|days = ->;|order = mdy->order = mmm|style = ->styles = |"
-       "style = default->style = x|grouping = 3->grouping = -1|grouping = 3->grouping = 10|"
-       "decimal = .->decimal =|before\ndecimal = .->before|place = before->place = x|"
-       "[money]->[cash]|[datetime]->[x]|[numeric]->[x]|!separator = \",\"->separator = \",|"
-       "[money]->[numeric]\ndecimal = .\n[money]"}};
-  const HomeCopy home;
-  testing::internal::CaptureStderr();
-  for (const auto& [file, faults] : rows) {
-    const std::string whole = home.read(file);
-    std::istringstream list(faults);
-    for (std::string fault; std::getline(list, fault, '|');) {
-      SCOPED_TRACE(file + ": " + fault);
-      const bool by_companion = fault.starts_with('!'), removed = fault == "removed";
-      const std::size_t arrow = fault.find("->");
-      if (removed) {
-        home.remove(file);
-      } else {
-        home.change(file, fault.substr(by_companion, arrow - by_companion),
-                    fault.substr(arrow + 2));
-      }
-      {
-        Context context;
-        CsLocCache* entry = nullptr;
-        CS_RETCODE result = context.init();
-        const CsCharDesc* sets = context.globals.cmg_chardesc;
-        EXPECT_TRUE(result != CS_SUCCEED || !fault.ends_with("->x = ")) << "a set that init needs";
-        EXPECT_EQ(result == CS_SUCCEED, context.globals.utf8_charset != nullptr);
-        EXPECT_EQ(result == CS_SUCCEED, context.globals.lm != nullptr);
-        if (result == CS_SUCCEED) result = context.load("default", &entry);
-        EXPECT_EQ(removed ? CS_INTL_NOFILE : by_companion ? CS_INTL_LIBERR : CS_FAIL, result);
-        if (file != "config/objectid.dat" && file != "charsets/utf8/utf8.cfg") {
-          EXPECT_EQ(home.file(file), context.error);
-        }
-        EXPECT_EQ(nullptr, entry);
-        EXPECT_EQ(nullptr, context.globals.cmg_lcache);
-        EXPECT_EQ(sets, context.globals.cmg_chardesc);
-      }
-      EXPECT_EQ(0U, host_alloc::live_blocks());
-      home.write(file, whole);
-    }
+// Money conventions that have a name are read with the locale, the others when they are needed.
+TEST(Load, NamedConventions) {
+  ShippedContext context;
+  CsLocCache* entry = context.entry("fr_CA.utf8");
+  EXPECT_STREQ("fr_CA.utf8", entry->com__datename);
+  EXPECT_EQ(nullptr, entry->locdateinfo);
+  EXPECT_EQ("$", entry->locmoninfo->symbol);
+  const std::tuple<CS_INT, const char*, int, CS_RETCODE> rows[] = {
+      {COM_LC_NUMERIC, "us_english", 1, CS_SUCCEED}, {COM_LC_TIME, "de_AT.utf8", 1, CS_SUCCEED},
+      {COM_LC_TIME, "de_AT.utf8", 0, CS_SUCCEED},    {COM_LC_TIME, "de_AT", 0, CS_INTL_NOFILE},
+      {COM_LC_MESSAGE, "us_english", 0, CS_FAIL},    {COM_LC_MONETARY, "x", 0, CS_INTL_NOFILE}};
+  for (const auto& [kind, name, files, code] : rows) {
+    const int before = hosts::files_opened;
+    EXPECT_EQ(code, comn__load_locdata(context, kind, name, entry, nullptr, 0)) << kind << name;
+    EXPECT_EQ(before + files, hosts::files_opened) << kind << name;
   }
+  EXPECT_EQ("Dezember", entry->locdateinfo->conventions.months[11]);
+}
+
+// The load names the file and leaves nothing behind. The refusals of character sets and of their
+// tables are tested with their loaders.
+TEST(Load, EveryRefusal) {
+  const std::string ids = "config/objectid.dat",
+                    messages = "locales/message/us_english/comnlib.loc",
+                    set = "charsets/iso_1/iso_1.cfg", utf8 = "charsets/utf8/utf8.cfg",
+                    order = "charsets/iso_1/binary.srt",
+                    conventions = "locales/us_english/iso_1/common.loc",
+                    folded = "kind = binary->kind = folded\nfold = ";
+  const HomeCopy home;
+  const auto load = [&](const std::string& file) {
+    LocaleContext context;
+    CsLocCache* entry = nullptr;
+    CS_RETCODE result = context.init();
+    const CsCharDesc* sets = context.globals.cmg_chardesc;
+    EXPECT_EQ(result == CS_SUCCEED, context.globals.utf8_charset != nullptr);
+    EXPECT_EQ(result == CS_SUCCEED, context.globals.lm != nullptr);
+    if (result == CS_SUCCEED) result = context.load("default", &entry);
+    if (file != ids && file != utf8) {
+      EXPECT_EQ(home.file(file), context.error);
+    }
+    EXPECT_EQ(nullptr, entry);
+    EXPECT_EQ(nullptr, context.globals.cmg_lcache);
+    EXPECT_EQ(sets, context.globals.cmg_chardesc);
+    return result;
+  };
+  testing::internal::CaptureStderr();
+  faulty_files::expect(
+      home,
+      {{kTable, CS_FAIL, "locale = default->locale = other"},
+       {ids, CS_INTL_NOFILE, "removed"},
+       {ids, CS_INTL_LIBERR, "[natlang]->[natlang"},
+       {ids, CS_FAIL, "[->;|iso_1 = 2->iso_x = 2|iso_1 = 2->iso_1 = 2x|iso_1 = 2->iso_1 = 0"},
+       {ids, CS_FAIL, "iso_1 = 2->iso_1 = 0x80000000"},
+       {messages, CS_INTL_NOFILE, "removed"},
+       {messages, CS_INTL_LIBERR, "-101 =->-101|-101 = \"->-101 = \"\"x"},
+       {messages, CS_FAIL, "-101 =->0x-65 =|[messages]->[message]"},
+       {set, CS_INTL_LIBERR, "to = utf8->to|to = utf8->to = \"utf8"},
+       {set, CS_FAIL, "replacement->description|= 3F->= 3G|= 3F->=|= 3F->= 3F3F3F3F3F"},
+       {set, CS_FAIL, "table =->x = y\ntable =|table =->algorithm = utf8\ntable ="},
+       {set, CS_FAIL, "table = iso_1->algorithm = x|table = iso_1->description = x"},
+       {set, CS_FAIL, "table = iso_1->table = " + std::string(256, 't')},
+       {utf8, CS_FAIL, "to = iso_1->to = iso_x"},
+       {order, CS_INTL_NOFILE, "removed"},
+       {order, CS_INTL_LIBERR, "kind = binary->kind = binary\nx"},
+       {order, CS_FAIL, "kind = binary->kind = x|kind = binary->|kind->x = y\nkind"},
+       {order, CS_FAIL, "kind = binary->kind = weights\nweights = 00"},
+       {order, CS_FAIL, "kind = binary->kind = binary\nfold = 1, 1, 1, 2"},
+       {order, CS_FAIL, folded + "2, 1, 1, 3|" + folded + "1, 2, 0, 3|" + folded + "1, 2, 1"},
+       {order, CS_FAIL, folded + "1, 2, 1, 0x10FFFF|" + folded + "5, 6, 1, 8\nfold = 6, 7, 1, 9"},
+       {conventions, CS_INTL_NOFILE, "removed"},
+       {conventions, CS_INTL_LIBERR, "separator = \",\"->separator = \","},
+       {conventions, CS_FAIL,
+        "January, ->|months = ->;|Jan, ->|days = ->;|Friday, ->|am = AM->am = AM, A"},
+       {conventions, CS_FAIL, "Sunday->Day, Sunday|order = mdy->order = mmm|style = ->styles = "},
+       {conventions, CS_FAIL, "style = default->style = x|place = before->place = x"},
+       {conventions, CS_FAIL, "grouping = 3->grouping = -1|grouping = 3->grouping = 10"},
+       {conventions, CS_FAIL, "decimal = .->decimal =|before\ndecimal = .->before"},
+       {conventions, CS_FAIL, "[money]->[cash]|[datetime]->[x]|[numeric]->[x]"},
+       {conventions, CS_FAIL, "[money]->[numeric]\ndecimal = .\n[money]"}},
+      load);
   const std::string printed = testing::internal::GetCapturedStderr();
   EXPECT_NE(std::string::npos, printed.find("Conversion from utf8 to iso_1 is not defined in "
                                             "$TALVEN/charsets/utf8/utf8.cfg\n"))
       << printed;
+  faulty_files::expect(home, {{ids, CS_FAIL, "binary = ->x = |ucs2 = ->x = "}},
+                       [](const std::string&) { return LocaleContext().init(); });
   std::filesystem::remove("tlvinit.err");
+
+  // An identifier file that is being written holds nothing for a moment: it is read again.
+  const std::string whole = home.read(ids);
+  home.write(ids, "");
+  LocaleContext context;
+  EXPECT_EQ(CS_FAIL, context.init());
+  home.write(ids, whole);
+  EXPECT_EQ(CS_SUCCEED, context.init());
 }
 
 // A set by itself: it takes its sort order along when the context has a locale, and needs a way
@@ -235,126 +244,99 @@ TEST(Load, CharacterSetAlone) {
   home.write("charsets/u/u.cfg", home.read("charsets/koi8/koi8.cfg"));
   home.remove("charsets/cp850/nocase.srt");
   home.remove("charsets/cp437/cp437.cfg");
-  const struct {
-    std::string charset, sortorder;
-    bool has_locale;
-    CS_RETCODE result;
-    const char* printed;
-  } rows[] = {{"koi8", "nocase", true, CS_SUCCEED, ""},
-              {"koi8", "nocase", false, CS_SUCCEED, ""},
-              {"cp850", "nocase", true, CS_INTL_NOFILE, ""},
-              {"iso15", "none", true, CS_FAIL, ""},
-              {"iso15", "none", false, CS_SUCCEED, ""},
-              {"u", "", true, CS_SUCCEED, ""},
-              {"cp437", "", false, CS_INTL_NOFILE,
-               "Cannot load the conversion configuration of cp437 from "
-               "$TALVEN/charsets/cp437/cp437.cfg\n"}};
-  for (auto row : rows) {
-    SCOPED_TRACE(row.charset + (row.has_locale ? " with a locale" : " alone"));
-    Context context;
+  const std::tuple<std::string, std::string, bool, CS_RETCODE> rows[] = {
+      {"koi8", "nocase", true, CS_SUCCEED},      {"koi8", "nocase", false, CS_SUCCEED},
+      {"cp850", "nocase", true, CS_INTL_NOFILE}, {"iso15", "none", true, CS_FAIL},
+      {"iso15", "none", false, CS_SUCCEED},      {"u", "", true, CS_SUCCEED},
+      {"cp437", "", false, CS_INTL_NOFILE}};
+  testing::internal::CaptureStderr();
+  for (auto [charset, sortorder, has_locale, result] : rows) {
+    SCOPED_TRACE(charset + (has_locale ? " with a locale" : " alone"));
+    LocaleContext context;
     ASSERT_EQ(CS_SUCCEED, context.init());
     const CsCharDesc* before = context.globals.cmg_chardesc;
     CS_LOCALE locale{};
-    context.context.ctxlocale = row.has_locale ? &locale : nullptr;
+    context.context.ctxlocale = has_locale ? &locale : nullptr;
     CsLocCache entry{};
-    entry.charname = row.charset.data();
-    entry.charnamelen = static_cast<CS_INT>(row.charset.size());
-    if (!row.sortorder.empty()) entry.sortname = row.sortorder.data();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(row.result, comn__intl_load_charset(context, 99, &entry, nullptr, 0));
-    EXPECT_EQ(row.printed, testing::internal::GetCapturedStderr());
-    EXPECT_EQ(row.result == CS_SUCCEED, entry.locchardesc != nullptr);
-    EXPECT_EQ(row.result == CS_SUCCEED, before != context.globals.cmg_chardesc);
+    entry.charname = charset.data();
+    entry.charnamelen = static_cast<CS_INT>(charset.size());
+    if (!sortorder.empty()) entry.sortname = sortorder.data();
+    EXPECT_EQ(result, comn__intl_load_charset(context, 99, &entry, nullptr, 0));
+    EXPECT_EQ(result == CS_SUCCEED, entry.locchardesc != nullptr);
+    EXPECT_EQ(result == CS_SUCCEED, before != context.globals.cmg_chardesc);
     if (entry.locchardesc == nullptr) continue;
-    EXPECT_EQ(row.has_locale && row.charset == "koi8", entry.locchardesc->sort_order != nullptr);
+    EXPECT_EQ(has_locale && charset == "koi8", entry.locchardesc->sort_order != nullptr);
   }
+  EXPECT_EQ(
+      "Cannot load the conversion configuration of cp437 from $TALVEN/charsets/cp437/cp437.cfg\n",
+      testing::internal::GetCapturedStderr());
   std::filesystem::remove("tlvinit.err");
 }
 
-// A text in a locale, or "" with the result of its conversion.
-std::pair<CS_RETCODE, std::string> date_text(CS_CONTEXT& context, CsLocCache* entry) {
-  CS_LOCALE locale = all(entry);
-  CS_DATAFMT from{}, to{};
-  from.datatype = CS_DATETIME_TYPE;
-  to.datatype = CS_CHAR_TYPE;
-  to.maxlength = 40;
-  to.locale = &locale;
-  const CS_DATETIME value{46205, 16292775};
-  char text[40];
-  CS_INT length = 0;
-  const CS_RETCODE code = comn_datetochar(&context, &from, &value, &to, text, &length);
-  if (code != CS_SUCCEED) return {code, ""};
-  CS_DATAFMT back = to;
-  back.maxlength = length;
-  CS_DATETIME read{};
-  CS_INT size = 0;
-  EXPECT_EQ(CS_SUCCEED, comn_chartodatetime(&context, &back, text, &from, &read, &size));
-  EXPECT_EQ(value.dtdays, read.dtdays);
-  return {code, std::string(text, static_cast<std::size_t>(length))};
-}
-
-TEST(Load, NamedDateConventionsAreReadWhenTheyAreNeeded) {
+// Conventions, tables and English messages that are read when they are first needed, by whichever
+// thread comes first, and then kept.
+TEST(Load, EightThreadsReadLateFilesOnce) {
   const HomeCopy home;
-  const char* const file = "locales/datetime/us_english.dt";
-  const std::string whole = home.read(file);
-  home.change(file, "Jul, Aug", "juil, Aug");
-  home.change(file, "order = mdy", "order = dmy");
-  Context context;
+  const std::string file = "locales/datetime/fr_CA.utf8.dt", whole = home.read(file);
+  LocaleContext context;
   ASSERT_EQ(CS_SUCCEED, context.init());
-  CsLocCache *named = nullptr, *plain = nullptr, *iso = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("us_english.named", &named));
-  ASSERT_EQ(CS_SUCCEED, context.load("us_english", &plain));
-  ASSERT_EQ(CS_SUCCEED, context.load("iso", &iso));
-  EXPECT_EQ(nullptr, named->locdateinfo);
-
-  using Result = std::pair<CS_RETCODE, std::string>;
-  const std::string changed = home.read(file);
-  for (const std::string& bad : {std::string("[x]\n"), std::string("[datetime\n")}) {
-    home.write(file, bad);
-    EXPECT_EQ((Result{CS_CVT_STYLE, ""}), date_text(context.context, named)) << bad;
-  }
+  CsLocCache* named = context.entry("fr_CA.UTF-8");
+  // A file that is broken or not there is read again at the next need.
   home.remove(file);
-  EXPECT_EQ((Result{CS_CVT_STYLE, ""}), date_text(context.context, named));
-  home.write(file, changed);
-  const int before = intl_host::files_opened;
+  EXPECT_EQ(CS_CVT_STYLE, dates::write(context, named, kDate).code);
+  home.write(file, whole);
+  CS_LOCALE thai = all(context.entry("thai"));
+  context.context.ctxlocale = &thai;
+  std::vector<comnlib::Encoding> sets;
+  for (const char* name : {"fr_FR@euro", "ru_RU.KOI8-R", "ja_JP.SJIS", "zh_CN.GBK"})
+    sets.push_back({context.entry(name)->locchardesc, false});
+  EXPECT_EQ(nullptr, named->locdateinfo);
+  const int before = hosts::files_opened;
   std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i)
-    threads.emplace_back([&] {
-      EXPECT_EQ((Result{CS_SUCCEED, " 4 juil 2026  3:05PM"}), date_text(context.context, named));
+  for (std::size_t t = 0; t < 8; ++t)
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < 50; ++i) {
+        const auto& set = sets[(t + i) % sets.size()];
+        EXPECT_EQ("x", translate(context, kUnicode, set, utf16('x'), 1).bytes);
+      }
+      EXPECT_EQ(u"2026 juill.  4  3:05p.m.", dates::write(context, named, kDate).text);
+      char words[80];
+      CS_INT length = 0;
+      EXPECT_EQ(CS_SUCCEED, comn_result_text(context, CS_CVT_DIVZERO, words, 80, &length));
+      EXPECT_STREQ("division by zero", words);
     });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(before + 1, intl_host::files_opened);
+  EXPECT_EQ(before + 4 + 1 + 1 + 3, hosts::files_opened) << "tables, Thai's one, dates, English";
   EXPECT_NE(nullptr, named->locdateinfo);
-  EXPECT_EQ((Result{CS_SUCCEED, "Jul  4 2026  3:05PM"}), date_text(context.context, plain));
-  EXPECT_EQ((Result{CS_SUCCEED, "2026-07-04T15:05:09.250"}), date_text(context.context, iso));
-  home.write(file, whole);
+  context.context.ctxlocale = nullptr;
 }
 
-// Decimal mark, separator, digits of a group, symbol and its place, as "," "." 3 "x" 1.
-std::string digits_text(Context& context, const CS_LOCALE* locale, CS_INT category) {
+// Decimal mark, separator, digits of a group, symbol and its place: ", . 3 x 1"; or the code.
+std::string digits_text(CS_CONTEXT* context, const CS_LOCALE* locale, CS_INT category) {
   com_digits digits{};
   const CS_RETCODE code = comn_loc_digits(context, locale, category, &digits);
-  if (code != CS_SUCCEED) return std::to_string(code);
-  std::string text;
-  text.append(digits.decimal, static_cast<std::size_t>(digits.decimallen)) += ' ';
-  text.append(digits.separator, static_cast<std::size_t>(digits.separatorlen)) += ' ';
-  text += std::to_string(digits.grouping) + ' ';
-  text.append(digits.symbol, static_cast<std::size_t>(digits.symbollen)) += ' ';
-  return text + std::to_string(digits.symbolafter);
+  if (code != CS_SUCCEED) return comn_result_name(code);
+  const auto view = [](const CS_CHAR* text, CS_INT length) {
+    return std::string_view(text, static_cast<std::size_t>(length));
+  };
+  std::ostringstream text;
+  text << view(digits.decimal, digits.decimallen) << ' '
+       << view(digits.separator, digits.separatorlen) << ' ' << digits.grouping << ' '
+       << view(digits.symbol, digits.symbollen) << ' ' << digits.symbolafter;
+  return text.str();
 }
 
 TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
   const HomeCopy home;
-  Context context;
+  LocaleContext context;
   ASSERT_EQ(CS_SUCCEED, context.init());
   EXPECT_EQ(".  0  0", digits_text(context, nullptr, COM_LC_NUMERIC)) << "no locale";
-  CsLocCache *german = nullptr, *named = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context.load("de_DE.UTF-8", &german));
-  ASSERT_EQ(CS_SUCCEED, context.load("de_CH.UTF-8", &named));
-  CS_LOCALE in_german = all(german), in_swiss = all(named), none{};
+  const CsLocCache* named = context.entry("de_CH.UTF-8");
+  CS_LOCALE german = all(context.entry("de_DE.UTF-8")), swiss = all(context.entry("de_CH.UTF-8"));
+  const CS_LOCALE none{};
   EXPECT_EQ(".  0  0", digits_text(context, &none, COM_LC_MONETARY));
-  EXPECT_EQ(", . 3  0", digits_text(context, &in_german, COM_LC_NUMERIC));
-  context.context.ctxlocale = &in_german;
+  EXPECT_EQ(", . 3  0", digits_text(context, &german, COM_LC_NUMERIC));
+  context.context.ctxlocale = &german;
   EXPECT_EQ(", . 3 \u20ac 1", digits_text(context, nullptr, COM_LC_MONETARY));
   context.context.ctxlocale = nullptr;
   ASSERT_NE(nullptr, named->numname);
@@ -362,27 +344,42 @@ TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
   const std::string file = std::string("locales/numeric/") + named->numname + ".num";
   const std::string whole = home.read(file);
   home.remove(file);
-  EXPECT_EQ(std::to_string(CS_INTL_NOFILE), digits_text(context, &in_swiss, COM_LC_NUMERIC));
+  EXPECT_EQ("CS_INTL_NOFILE", digits_text(context, &swiss, COM_LC_NUMERIC));
   home.write(file, whole);
-  EXPECT_EQ(". ' 3  0", digits_text(context, &in_swiss, COM_LC_NUMERIC));
-  EXPECT_EQ(". ' 3 CHF 0", digits_text(context, &in_swiss, COM_LC_MONETARY));
+  EXPECT_EQ(". ' 3  0", digits_text(context, &swiss, COM_LC_NUMERIC));
+  EXPECT_EQ(". ' 3 CHF 0", digits_text(context, &swiss, COM_LC_MONETARY));
 }
 
-// An identifier file that is being written holds nothing for a moment.
-TEST(Load, EmptyIdentifiersAreReadAgain) {
+TEST(Load, StylesOfNamedDates) {
   const HomeCopy home;
-  const std::string whole = home.read("config/objectid.dat");
-  home.write("config/objectid.dat", "");
-  Context context;
-  EXPECT_EQ(CS_FAIL, context.init());
-  home.write("config/objectid.dat", whole);
-  EXPECT_EQ(CS_SUCCEED, context.init());
+  const std::pair<std::string, std::u16string> rows[] = {
+      {"removed|[datetime]->[x]|[datetime]->[datetime", u""},
+      {"Jul,->juil,", u"juil  4 2026  3:05PM"},
+      {"pm = PM->pm = p.m.", u"Jul  4 2026  3:05p.m."},
+      {"order = mdy->order = dmy", u" 4 Jul 2026  3:05PM"},
+      {"order = mdy->order = ymd", u"2026 Jul  4  3:05PM"},
+      {"order = mdy->order = ydm", u"2026  4 Jul  3:05PM"},
+      {"order = mdy->order = myd", u"Jul 2026  4  3:05PM"},
+      {"order = mdy->order = dym", u" 4 2026 Jul  3:05PM"},
+      {"style = default->style = long", u"Jul  4 2026  3:05:09:250PM"},
+      {"style = default->style = iso", u"2026-07-04T15:05:09.250"}};
+  for (const auto& [edits, text] : rows) {
+    const auto write = [&, text = text](auto&) {
+      LocaleContext context;
+      EXPECT_EQ(CS_SUCCEED, context.init());
+      const auto written = dates::write(context, context.entry("us_english.named"), kDate);
+      EXPECT_EQ(text, written.text);
+      return written.code;
+    };
+    const CS_RETCODE code = text.empty() ? CS_CVT_STYLE : CS_SUCCEED;
+    faulty_files::expect(home, {{"locales/datetime/us_english.dt", code, edits}}, write);
+  }
 }
 
 // A thread that is cancelled while it sets up and loads finishes first, on a stack of 32 KB.
 TEST(Load, CancellationWaitsAndAStackOf32KB) {
-  const intl_host::ShippedHome home;
-  Context context;
+  const hosts::ShippedHome home;
+  LocaleContext context;
   CsLocCache* entry = nullptr;
   pthread_attr_t attributes;
   ASSERT_EQ(0, pthread_attr_init(&attributes));
@@ -401,26 +398,27 @@ TEST(Load, CancellationWaitsAndAStackOf32KB) {
 // Whichever step of a host's own reader finds no memory, the load says so, and the next one
 // succeeds.
 TEST(Load, AReaderWithoutMemory) {
-  const intl_host::ShippedHome home;
+  const hosts::ShippedHome home;
   CS_RETCODE result = CS_MEM_ERROR;
   int steps = 0;
   for (; result == CS_MEM_ERROR; steps += 1 + steps / 32) {
-    Context context;
+    LocaleContext context;
     CsLocCache* entry = nullptr;
     ASSERT_EQ(CS_SUCCEED, context.init());
-    intl_host::steps_left = steps;
+    hosts::steps_left = steps;
     result = context.load("ja_JP.SJIS", &entry);
-    intl_host::steps_left = -1;
+    hosts::steps_left = -1;
     EXPECT_EQ(CS_SUCCEED, context.load("ja_JP.SJIS", &entry)) << "after " << steps << " steps";
   }
   EXPECT_EQ(CS_SUCCEED, result);
   EXPECT_LT(1000, steps);
-  EXPECT_EQ(0, intl_host::files_open);
+  EXPECT_EQ(0, hosts::files_open);
 }
 
 TEST(Load, TakesTheHostsLocks) {
   static int locks_taken;
   locks_taken = 0;
+  const hosts::NothingLost nothing_lost;
   ShippedContext context;
   CS_THREAD table{};
   table.take_mutex_fn = table.release_mutex_fn = [](COMN_MUTEX*) -> CS_RETCODE {
@@ -443,44 +441,38 @@ TEST(Load, TakesTheHostsLocks) {
 
 class Locales : public testing::Test {
  protected:
-  Locales() {
-    EXPECT_EQ(CS_SUCCEED, context_.load("de_DE.utf8", &german_));
-    EXPECT_EQ(CS_SUCCEED, context_.load("ja_JP", &japanese_));
-  }
   ShippedContext context_;
-  CsLocCache *german_ = nullptr, *japanese_ = nullptr;
+  CsLocCache* german_ = context_.entry("de_DE.utf8");
+  CsLocCache* japanese_ = context_.entry("ja_JP");
 };
 
 TEST_F(Locales, Strings) {
   CS_LOCALE locale = all(german_);
   locale.ctypeptr = japanese_;
-  const struct {
-    CS_INT category, item;
-    const char* text;
-  } rows[] = {{1, 1, "utf8"}, {2, 4, "japanese.sjis"}, {3, 2, "german"}, {4, 3, "binary"}};
-  for (const auto& row : rows) {
-    const auto length = static_cast<CS_INT>(std::strlen(row.text));
-    std::string buffer(20, '#');
-    CS_INT outlen = -1;
-    EXPECT_EQ(CS_FAIL,
-              com_intl_getstr(&locale, row.category, row.item, buffer.data(), length - 1, &outlen));
-    EXPECT_EQ(std::string(20, '#'), buffer) << row.text;
-    EXPECT_EQ(CS_SUCCEED,
-              com_intl_getstr(&locale, row.category, row.item, buffer.data(), length, &outlen));
+  CS_INT outlen = -1;
+  const auto get = [&](CS_INT category, CS_INT item, std::string& buffer, CS_INT room) {
+    return com_intl_getstr(&locale, category, item, buffer.data(), room, &outlen);
+  };
+  std::string buffer(20, '#');
+  const std::tuple<CS_INT, CS_INT, std::string> rows[] = {
+      {1, 1, "utf8"}, {2, 4, "japanese.sjis"}, {3, 2, "german"}, {4, 3, "binary"}};
+  for (const auto& [category, item, text] : rows) {
+    buffer.assign(20, '#');
+    const auto length = static_cast<CS_INT>(text.size());
+    EXPECT_EQ(CS_FAIL, get(category, item, buffer, length - 1));
+    EXPECT_EQ(std::string(20, '#'), buffer) << text;
+    EXPECT_EQ(CS_SUCCEED, get(category, item, buffer, length));
     EXPECT_EQ(length, outlen);
-    EXPECT_EQ(std::string(row.text) + "#", buffer.substr(0, outlen + 1U));
+    EXPECT_EQ(text + "#", buffer.substr(0, text.size() + 1));
   }
-  char buffer[20];
-  CS_INT outlen = 0;
   for (const auto& [category, item, room] :
        {std::array{0, 1, 20}, {7, 1, 20}, {1, 5, 20}, {1, 1, 0}})
-    EXPECT_DEATH(com_intl_getstr(&locale, category, item, buffer, room, &outlen), "assertion");
+    EXPECT_DEATH(get(category, item, buffer, room), "assertion");
 }
 
 TEST_F(Locales, Comparison) {
-  CsLocCache* swiss = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context_.load("german", &swiss));
-  const CS_LOCALE german = all(german_), iso = all(swiss), japanese = all(japanese_), none{};
+  const CS_LOCALE german = all(german_), iso = all(context_.entry("german")),
+                  japanese = all(japanese_), none{};
   CS_LOCALE mixed = all(japanese_);
   mixed.timeptr = german_;
   for (CS_INT category = 1; category <= 6; ++category) {
@@ -533,29 +525,23 @@ TEST_F(Locales, Records) {
 
 TEST_F(Locales, NamesInTheLocalesCharacterSet) {
   const CS_LOCALE japanese = all(japanese_), german = all(german_);
-  const struct {
-    const CS_LOCALE* locale;
-    std::string name;
-    CS_INT room;
-    const char* converted;  // null: refused
-  } rows[] = {{&japanese, "\u65e5x", 20, "\x93\xfax"},
-              {&japanese, "\u00fc", 20, "\x81\xac"},
-              {&japanese, "\xC0\xAF", 20, nullptr},
-              {&japanese, "\u65e5x", 2, nullptr},
-              {&german, "\u00fc", 20, "\u00fc"},
-              {&german, "\u00fc", 1, nullptr},
-              {&german, "\xED\xA0\x80", 20, nullptr},
-              {nullptr, "", 20, ""},
-              {nullptr, "a", 20, nullptr}};
+  const std::tuple<const CS_LOCALE*, std::string, CS_INT, CS_RETCODE, std::string> rows[] = {
+      {&japanese, "\u65e5x", 20, CS_SUCCEED, "\x93\xfax"},
+      {&japanese, "\u00fc", 20, CS_SUCCEED, "\x81\xac"},
+      {&japanese, "\xC0\xAF", 20, CS_FAIL, ""},
+      {&japanese, "\u65e5x", 2, CS_FAIL, ""},
+      {&german, "\u00fc", 20, CS_SUCCEED, "\u00fc"},
+      {&german, "\u00fc", 1, CS_FAIL, ""},
+      {&german, "\xED\xA0\x80", 20, CS_FAIL, ""},
+      {nullptr, "", 20, CS_SUCCEED, ""},
+      {nullptr, "a", 20, CS_FAIL, ""}};
   char buffer[20];
-  CS_INT outlen = -1;
-  for (const auto& [locale, name, room, converted] : rows) {
-    EXPECT_EQ(
-        converted == nullptr ? CS_FAIL : CS_SUCCEED,
-        com_intl_get_locname(context_, locale, name.c_str(), CS_NULLTERM, buffer, room, &outlen))
-        << name;
-    if (converted == nullptr) continue;
-    EXPECT_EQ(converted, std::string(buffer, static_cast<std::size_t>(outlen)));
+  CS_INT outlen = 0;
+  for (const auto& [locale, name, room, code, converted] : rows) {
+    outlen = 0;
+    EXPECT_EQ(code, com_intl_get_locname(context_, locale, name.c_str(), CS_NULLTERM, buffer, room,
+                                         &outlen));
+    EXPECT_EQ(converted, std::string(buffer, static_cast<std::size_t>(outlen))) << name;
   }
   CS_LOCALE current = japanese;
   context_.context.ctxlocale = &current;
@@ -565,49 +551,43 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
 }
 
 TEST_F(Locales, SortOrders) {
-  CsLocCache *nocase = nullptr, *binary = nullptr, *sjis = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context_.load("us_english.nocase", &nocase));
-  ASSERT_EQ(CS_SUCCEED, context_.load("us_english", &binary));
-  ASSERT_EQ(CS_SUCCEED, context_.load("s", "sjis", "japanese", "nocase", &sjis));
-  CsLocCache *latin = nullptr, *unicode = nullptr;
-  ASSERT_EQ(CS_SUCCEED, context_.load("d", "iso_1", "french", "dictionary", &latin));
-  ASSERT_EQ(CS_SUCCEED, context_.load("u", "utf8", "russian", "dictionary", &unicode));
-  const CS_LOCALE folding = all(nocase), bytes = all(binary), pairs = all(sjis), none{};
-  const CS_LOCALE alphabet = all(latin), codes = all(unicode);
-  const struct {
-    const CS_LOCALE* locale;
-    std::string_view text1, text2;
-    int sign;
-  } rows[] = {{&bytes, "a", "B", 1},
-              {&bytes, "a", "aB", -1},
-              {&folding, "a", "B", -1},
-              {&folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
-              {&folding, "ab", "abc", -1},
-              {&pairs, "\x81\x61", "\x81\x41", 1},
-              {&pairs, "z", "\x81\x40", -1},
-              {&pairs, "\x81", "\x81\x40", -1},
-              {&alphabet, "c\xF4te", "COTE", 0},
-              {&alphabet, "\xE9t\xE9", "etude", -1},
-              {&alphabet, "z", "\xE0", 1},
-              {&codes, "\u00c9t\u00e9 \u0420\u042f", "\u00e9T\u00c9 \u0440\u044f", 0},
-              {&codes, "\u0100x", "\u0101Y", -1},
-              {&codes, "\u0102", "\u0101", 1},
-              {&codes, "[", "a", -1},
-              {&codes, "\xE9", "\U0010FFFF", 1},
-              {&codes, "a", "A\xE9", -1},
-              {&none, "a", "B", 1}};
-  for (const auto& row : rows) {
-    const auto compare = [&](std::string_view a, std::string_view b) {
-      const CS_INT order = com_intl_compare(
-          row.locale, reinterpret_cast<const CS_BYTE*>(a.data()), static_cast<CS_INT>(a.size()),
-          reinterpret_cast<const CS_BYTE*>(b.data()), static_cast<CS_INT>(b.size()));
-      return (order > 0) - (order < 0);
-    };
-    EXPECT_EQ(row.sign, compare(row.text1, row.text2)) << row.text1;
-    EXPECT_EQ(-row.sign, compare(row.text2, row.text1)) << row.text1;
+  const CS_LOCALE none{}, folding = all(context_.entry("us_english.nocase")),
+                          bytes = all(context_.entry("us_english")),
+                          pairs = all(context_.entry("s", "sjis", "japanese", "nocase")),
+                          alphabet = all(context_.entry("d", "iso_1", "french", "dictionary")),
+                          codes = all(context_.entry("u", "utf8", "russian", "dictionary"));
+  using Text = std::string_view;
+  const std::tuple<const CS_LOCALE*, Text, Text, int> rows[] = {
+      {&bytes, "a", "B", 1},
+      {&bytes, "a", "aB", -1},
+      {&folding, "a", "B", -1},
+      {&folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
+      {&folding, "ab", "abc", -1},
+      {&pairs, "\x81\x61", "\x81\x41", 1},
+      {&pairs, "z", "\x81\x40", -1},
+      {&pairs, "\x81", "\x81\x40", -1},
+      {&alphabet, "c\xF4te", "COTE", 0},
+      {&alphabet, "\xE9t\xE9", "etude", -1},
+      {&alphabet, "z", "\xE0", 1},
+      {&codes, "\u00c9t\u00e9 \u0420\u042f", "\u00e9T\u00c9 \u0440\u044f", 0},
+      {&codes, "\u0100y", "\u0101X", 1},
+      {&codes, "\u0102", "\u0101", 1},
+      {&codes, "[", "a", -1},
+      {&codes, "\xE9", "\U0010FFFF", 1},
+      {&codes, "a", "A\xE9", -1},
+      {&none, "a", "B", 1}};
+  const auto bytes_of = [](Text text) { return reinterpret_cast<const CS_BYTE*>(text.data()); };
+  const auto compare = [&](const CS_LOCALE* locale, Text text1, Text text2) {
+    const CS_INT order =
+        com_intl_compare(locale, bytes_of(text1), static_cast<CS_INT>(text1.size()),
+                         bytes_of(text2), static_cast<CS_INT>(text2.size()));
+    return (order > 0) - (order < 0);
+  };
+  for (const auto& [locale, text1, text2, sign] : rows) {
+    EXPECT_EQ(sign, compare(locale, text1, text2)) << text1;
+    EXPECT_EQ(-sign, compare(locale, text2, text1)) << text1;
   }
-  const auto* high = reinterpret_cast<const CS_BYTE*>("a\xFF");
-  EXPECT_LT(0, com_unsignstrcmp(high, reinterpret_cast<const CS_BYTE*>("ab")));
+  EXPECT_LT(0, com_unsignstrcmp(bytes_of("a\xFF"), bytes_of("ab")));
 }
 
 }  // namespace

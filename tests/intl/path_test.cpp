@@ -8,7 +8,8 @@
 #include "intl/com_intl.h"
 #include "intl/com_loc.h"
 #include "intl/com_path.h"
-#include "intl_host.h"
+#include "support/hosts.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -64,8 +65,8 @@ TEST(Path, FitsToTheByte) {
             << builder.path << " holds whole pieces: " << held;
         continue;
       }
-      EXPECT_EQ(builder.path, buffer.substr(0, builder.path.size())) << builder.path;
-      EXPECT_EQ(room == length ? '#' : '\0', buffer[builder.path.size()]) << builder.path;
+      EXPECT_EQ(builder.path + (room == length ? '#' : '\0'),
+                buffer.substr(0, builder.path.size() + 1));
     }
   }
   std::string buffer(30, '#');
@@ -104,14 +105,15 @@ TEST(Path, NuvIsNeitherCheckedNorCounted) {
 TEST(PathDeathTest, Preconditions) {
   const scratch::Variable home("TALVEN", kHome);
   CS_CONTEXT context{};
-  char buffer[100];
-  const auto bomb = "assertion failed, file 'generic/src/intl/com_path.cpp'";
-  EXPECT_DEATH(com_path_ifile(&context, buffer, 0), bomb);
-  EXPECT_DEATH(com_path_ifile(&context, buffer, 1), bomb) << "the home alone is longer";
-  EXPECT_DEATH(comn__path_locdata(&context, 3, "x", buffer, 100), bomb);
-  EXPECT_DEATH(comn__path_locdata(&context, 7, "x", buffer, 100), bomb);
-  EXPECT_DEATH(com_path_ifile(nullptr, buffer, 100), "Invalid pointer");
-  EXPECT_DEATH(com_path_anyfile(&context, buffer, 100, nullptr, 1), "Invalid pointer");
+  char path[100];
+  const auto place = "assertion failed, file 'generic/src/intl/com_path.cpp'";
+  stops::expect(
+      {{"no room", place, [&] { com_path_ifile(&context, path, 0); }},
+       {"less than the home", place, [&] { com_path_ifile(&context, path, 1); }},
+       {"kind 3", place, [&] { comn__path_locdata(&context, 3, "x", path, 100); }},
+       {"kind 7", place, [&] { comn__path_locdata(&context, 7, "x", path, 100); }},
+       {"no context", stops::kPointer, [&] { com_path_ifile(nullptr, path, 100); }},
+       {"no name", stops::kPointer, [&] { com_path_anyfile(&context, path, 100, nullptr, 1); }}});
 }
 
 TEST(Open, PathGoesToTheErrorBufferCutToFit) {
@@ -132,7 +134,7 @@ TEST(Open, PathGoesToTheErrorBufferCutToFit) {
   EXPECT_EQ(CS_INTL_NOFILE, com__open_charfile(&context, "x", "z", "srt", &handle, error, 6));
   EXPECT_EQ(path.substr(0, 5), error);
   EXPECT_GT(0, context.ctxintlerr);
-  EXPECT_EQ(0, intl_host::files_open);
+  EXPECT_EQ(0, hosts::files_open);
   EXPECT_DEATH(com__open_locfile(&context, nullptr, nullptr, "f", &handle, error, 0), "assertion");
   home.set(nullptr);
   EXPECT_EQ(CS_INTL_LIBERR,

@@ -164,6 +164,19 @@ class LocaleContext {
     return comn_intl_load_tlvtypes(&context, name, CS_NULLTERM, charset, CS_NULLTERM, language,
                                    CS_NULLTERM, order, CS_NULLTERM, entry, error, sizeof error);
   }
+  // The entry of a locale of the table, and of one that is put together from names, which must
+  // load.
+  CsLocCache* entry(const std::string& name) {
+    CsLocCache* loaded = nullptr;
+    EXPECT_EQ(CS_SUCCEED, load(name, &loaded)) << name << ": " << error;
+    return loaded;
+  }
+  CsLocCache* entry(const char* name, const char* charset, const char* language = "us_english",
+                    const char* order = "binary") {
+    CsLocCache* loaded = nullptr;
+    EXPECT_EQ(CS_SUCCEED, load(name, charset, language, order, &loaded)) << name << ": " << error;
+    return loaded;
+  }
 
   CS_CONTEXT context{};
   CsCtxGlobals globals{};

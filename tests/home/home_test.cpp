@@ -1,0 +1,334 @@
+// The shipped home: its character sets against the C library's iconv, its names against the C
+// library's list of locales, what the locales write and read, and what a context costs.
+#include <gtest/gtest.h>
+
+#include <iconv.h>
+#include <malloc.h>
+#include <time.h>
+
+#include <fstream>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+
+#include "intl/com_intl.h"
+#include "support/dates.h"
+#include "support/hosts.h"
+#include "support/translated.h"
+
+namespace {
+
+using comnlib::Encoding;
+using translated::kUnicode, translated::translate, translated::utf16;
+
+struct Set {
+  const char *charset, *iconv_name;
+};
+constexpr Set kSets[] = {{"ascii", "ASCII"},       {"iso_1", "ISO-8859-1"},
+                         {"iso_2", "ISO-8859-2"},  {"iso_3", "ISO-8859-3"},
+                         {"iso_4", "ISO-8859-4"},  {"iso_5", "ISO-8859-5"},
+                         {"iso_6", "ISO-8859-6"},  {"iso_7", "ISO-8859-7"},
+                         {"iso_8", "ISO-8859-8"},  {"iso_9", "ISO-8859-9"},
+                         {"iso10", "ISO-8859-10"}, {"iso11", "ISO-8859-11"},
+                         {"iso13", "ISO-8859-13"}, {"iso14", "ISO-8859-14"},
+                         {"iso15", "ISO-8859-15"}, {"iso16", "ISO-8859-16"},
+                         {"cp437", "CP437"},       {"cp850", "CP850"},
+                         {"cp852", "CP852"},       {"cp855", "CP855"},
+                         {"cp857", "CP857"},       {"cp858", "CP858"},
+                         {"cp866", "CP866"},       {"cp874", "CP874"},
+                         {"cp1250", "CP1250"},     {"cp1251", "CP1251"},
+                         {"cp1252", "CP1252"},     {"cp1253", "CP1253"},
+                         {"cp1254", "CP1254"},     {"cp1255", "CP1255"},
+                         {"cp1256", "CP1256"},     {"cp1257", "CP1257"},
+                         {"cp1258", "CP1258"},     {"koi8", "KOI8-R"},
+                         {"koi8u", "KOI8-U"},      {"macroman", "MACINTOSH"},
+                         {"sjis", "SJIS"},         {"cp932", "CP932"},
+                         {"eucjp", "EUC-JP"},      {"cp936", "GBK"},
+                         {"big5", "BIG5"},         {"gb18030", "GB18030"},
+                         {"euckr", "EUC-KR"},      {"big5hkscs", "BIG5-HKSCS"},
+                         {"cp949", "CP949"},       {"euctw", "EUC-TW"},
+                         {"utf8", "UTF-8"}};
+
+constexpr const char* kNone = "none";
+
+// A conversion of single characters by iconv; kNone where there is none, or only to a similar one.
+class Iconv {
+ public:
+  Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {
+    EXPECT_NE(reinterpret_cast<iconv_t>(-1), handle_) << from << " to " << to;
+  }
+  ~Iconv() { iconv_close(handle_); }
+  Iconv(const Iconv&) = delete;
+  Iconv& operator=(const Iconv&) = delete;
+
+  std::string operator()(std::string text) {
+    char bytes[16];
+    char *in = text.data(), *out = bytes;
+    std::size_t left = text.size(), room = sizeof bytes;
+    iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+    const bool converted = iconv(handle_, &in, &left, &out, &room) == 0 && left == 0 &&
+                           iconv(handle_, nullptr, nullptr, &out, &room) == 0;
+    return converted ? std::string(bytes, out) : kNone;
+  }
+
+ private:
+  iconv_t handle_;
+};
+
+// Byte sequences or code points of which some are expected to differ.
+struct Group {
+  unsigned first, last;
+  int listed, found;
+};
+
+class ShippedSets : public testing::Test {
+ protected:
+  ShippedSets() {
+    std::ifstream list(HOME_TESTS "/iconv_differences.txt");
+    for (std::string line; std::getline(list, line);) {
+      if (line.empty() || line[0] == '#') continue;
+      std::istringstream fields(line);
+      std::string set, direction;
+      Group group{};
+      fields >> set >> direction >> std::hex >> group.first >> group.last >> std::dec;
+      EXPECT_TRUE(fields >> group.listed) << line;
+      groups_[set + ' ' + direction].push_back(group);
+    }
+  }
+  ~ShippedSets() override {
+    for (const auto& [what, groups] : groups_)
+      for (const Group& group : groups)
+        EXPECT_EQ(group.listed, group.found) << what << ' ' << std::hex << group.first;
+  }
+
+  // A difference must be one of those that are listed.
+  void compare(const std::string& what, unsigned number, std::string_view ours,
+               std::string_view theirs) {
+    if (ours == theirs) return;
+    for (Group& group : groups_[what])
+      if (number >= group.first && number <= group.last) return void(++group.found);
+    ADD_FAILURE() << what << ' ' << std::hex << number << " is not listed";
+  }
+  // A character, or kNone.
+  std::string character(Encoding from, Encoding to, std::string_view text) {
+    const auto [code, bytes] = translate(context_, from, to, text, 16);
+    return code == CS_SUCCEED ? bytes : kNone;
+  }
+
+  hosts::ShippedContext context_;
+  std::map<std::string, std::vector<Group>> groups_;  // by set and direction: "sjis from"
+};
+
+TEST_F(ShippedSets, AgreeWithIconv) {
+  const Encoding utf8{context_.globals.utf8_charset, false};
+  for (const auto& [charset, iconv_name] : kSets) {
+    const std::string name = charset;
+    SCOPED_TRACE(name);
+    const Encoding own{context_.entry(charset, charset)->locchardesc, false};
+    Iconv decode("UTF-16LE", iconv_name), encode(iconv_name, "UTF-32LE");
+    // Whether the sequence is a character of either.
+    const auto sequence = [&](unsigned number, std::size_t length) {
+      std::string bytes;
+      for (std::size_t at = length; at-- > 0;) bytes += static_cast<char>(number >> 8 * at);
+      const std::string ours = character(own, kUnicode, bytes), theirs = decode(bytes);
+      compare(name + " from", number, ours, theirs);
+      return ours != kNone || theirs != kNone;
+    };
+    for (unsigned byte = 0; byte < 256; ++byte) {
+      if (sequence(byte, 1) || byte < 0x80) continue;
+      for (unsigned pair = byte << 8; pair < (byte + 1) << 8; ++pair) {
+        if (sequence(pair, 2) || byte != 0x8F) continue;
+        for (unsigned third = 0; third < 256; ++third) sequence(pair << 8 | third, 3);
+      }
+    }
+    // All in one text, which goes by blocks and runs: what the set lacks is replaced, the rest
+    // comes back.
+    const std::string missing = utf16(name == "sjis" ? U'〓' : U'?');
+    std::string all, expected;
+    const char32_t end = name == "gb18030" ? 0x110000 : 0x10000;
+    for (char32_t code = 0; code < end; ++code) {
+      if (code >= 0xD800 && code < 0xE000) continue;
+      const std::string ours = character(kUnicode, own, utf16(code));
+      compare(name + " to", code, ours, encode({reinterpret_cast<char*>(&code), sizeof code}));
+      all += utf16(code);
+      expected += ours == kNone ? missing : utf16(code);
+    }
+    const auto convert = [&](Encoding from, Encoding to, std::string_view text) {
+      const auto [code, bytes] = translate(context_, from, to, text, 2 * all.size());
+      EXPECT_EQ(from.utf16 && all != expected ? CS_CVT_SUBSTITUTED : CS_SUCCEED, code);
+      return bytes;
+    };
+    const std::string there = convert(kUnicode, own, all), by_utf8 = convert(own, utf8, there);
+    EXPECT_TRUE(expected == convert(own, kUnicode, there));
+    EXPECT_TRUE(expected == convert(utf8, kUnicode, by_utf8));
+    EXPECT_TRUE(there == convert(utf8, own, by_utf8));
+  }
+}
+
+// The languages that the home has, by their codes in the C library's list.
+const std::set<std::string> kLanguages{"ar", "bn", "de", "en", "es", "fa", "fil", "fr", "gu",
+                                       "ha", "hi", "id", "it", "ja", "kn", "ko",  "ml", "mr",
+                                       "ms", "or", "pa", "pl", "ps", "pt", "ru",  "sd", "sw",
+                                       "ta", "te", "th", "tr", "ur", "vi", "yue", "zh"};
+
+// iconv's name of a codeset is the C library's.
+std::string charset_of(const std::string& codeset) {
+  if (codeset == "TIS-620") return "iso11";
+  if (codeset == "GB2312") return "cp936";
+  for (const Set& set : kSets)
+    if (codeset == set.iconv_name) return set.charset;
+  return "none";
+}
+
+// What a locale's name is in the table.
+CsLocNames look_up(CS_CONTEXT* context, const std::string& name) {
+  CsLocNames names;
+  EXPECT_EQ(CS_SUCCEED, comn__intl_lookup(context, name.c_str(), CS_NULLTERM, &names, nullptr, 0))
+      << name;
+  return names;
+}
+
+TEST(ShippedNames, ServeTheCLibrarysList) {
+  hosts::ShippedContext context;
+  std::ifstream list("/usr/share/i18n/SUPPORTED");
+  EXPECT_TRUE(list) << "the Debian package locales is missing";
+  int known = 0;
+  for (std::string line; std::getline(list, line);) {
+    std::istringstream fields(line);
+    std::string name, codeset;
+    if (line.empty() || line[0] == '#' || !(fields >> name >> codeset)) continue;
+    SCOPED_TRACE(name);
+    ++known;
+    const bool shipped = kLanguages.contains(name.substr(0, name.find_first_of("_.@")));
+    if (!shipped && codeset != "UTF-8") continue;
+    const CsLocNames names = look_up(context, name);
+    EXPECT_EQ(charset_of(codeset), names.charset);
+    EXPECT_EQ(!shipped || name.starts_with("en_"), std::string("us_english") == names.lang);
+  }
+  EXPECT_GT(known, 400);
+}
+
+TEST(ShippedNames, UsualSpellings) {
+  hosts::ShippedContext context;
+  const std::pair<const char*, const char*> rows[] = {{"pt_BR.utf8", "portuguese utf8"},
+                                                      {"en_US.UTF8", "us_english utf8"},
+                                                      {"C.UTF8", "us_english utf8"},
+                                                      {"sd_IN.UTF-8", "sindhi_arabic utf8"},
+                                                      {"sd_IN@devanagari", "sindhi utf8"},
+                                                      {"jv", "javanese iso_1"},
+                                                      {"pt_BR.iso88591", "portuguese iso_1"},
+                                                      {"es_MX.ISO8859-1", "spanish iso_1"},
+                                                      {"es_ES.UTF-8@euro", "spanish utf8"},
+                                                      {"it_IT.iso885915@euro", "italian iso15"},
+                                                      {"pl_PL.CP1250", "polish cp1250"},
+                                                      {"ru_RU.koi8r", "russian koi8"},
+                                                      {"ru_RU.cp866", "russian cp866"},
+                                                      {"ja_JP.eucJP", "japanese eucjp"},
+                                                      {"ja_JP.ujis", "japanese eucjp"},
+                                                      {"ko_KR.euckr", "korean euckr"},
+                                                      {"zh_CN.gb18030", "chinese gb18030"},
+                                                      {"zh_TW.Big5", "chinese_traditional big5"},
+                                                      {"hi_IN", "hindi utf8"},
+                                                      {"ar_EG.cp1256", "arabic cp1256"},
+                                                      {"sv_SE", "us_english iso_1"},
+                                                      {"uz_UZ.utf8@cyrillic", "us_english utf8"},
+                                                      {"en_US.CP1253", "us_english cp1253"},
+                                                      {"turkish", "turkish iso_9"},
+                                                      {"tr", "turkish iso_9"},
+                                                      {"thai.utf8", "thai utf8"}};
+  for (const auto& [name, is] : rows) {
+    const CsLocNames names = look_up(context, name);
+    EXPECT_EQ(is, std::string(names.lang) + ' ' + names.charset) << name;
+  }
+}
+
+// The locale names of locales.dat, without the lines that none but the first of a name serves.
+std::vector<std::string> shipped_names() {
+  std::vector<std::string> names;
+  std::ifstream file(COMNLIB_HOME "/locales/locales.dat");
+  for (std::string line; std::getline(file, line);) {
+    const std::string key = "locale = ";
+    if (line.starts_with(key))
+      names.push_back(line.substr(key.size(), line.find(',') - key.size()));
+  }
+  return names;
+}
+
+// What a locale writes of a date it reads back, in each month, morning and afternoon.
+TEST(ShippedNames, DatesThereAndBack) {
+  hosts::ShippedContext context;
+  for (const std::string& name : shipped_names()) {
+    SCOPED_TRACE(name);
+    CsLocCache* entry = context.entry(name);
+    for (int month = 0; month < 12; ++month) {
+      // The 12th and the 28th and a half of a day, so that day, month and year tell apart.
+      const CS_DATETIME value{45'000 + 31 * month, month % 2 == 0 ? 3 * 3'600 * 300 : 64'800 * 300};
+      const auto written = dates::write(context, entry, value);
+      EXPECT_EQ(CS_SUCCEED, written.code) << month;
+      EXPECT_EQ(value.dttime, written.read.dttime) << month;
+    }
+  }
+}
+
+// Territories that differ from their language have conventions of their own.
+TEST(ShippedNames, DatesOfTerritories) {
+  hosts::ShippedContext context;
+  const std::pair<const char*, std::u16string> rows[] = {
+      {"en_US.UTF-8", u"Jan 15 2024  3:04AM"},     {"en_GB", u"15 Jan 2024  3:04am"},
+      {"fr_CA.UTF-8", u"2024 janv. 15  3:04a.m."}, {"fr_CA.CP850", u"2024 janv. 15  3:04a.m."},
+      {"de_AT", u"15 Jän. 2024  3:04AM"},          {"pt_BR.UTF-8", u"15 jan. 2024  3:04AM"},
+      {"ru_RU.KOI8-R", u"15 янв. 2024  3:04AM"},   {"zh_TW.BIG5", u"2024 1月 15  3:04上午"},
+      {"iso", u"2024-01-15T03:04:00.000"},         {"iso.utf8", u"2024-01-15T03:04:00.000"}};
+  for (const auto& [name, text] : rows)
+    EXPECT_EQ(text, dates::write(context, context.entry(name), {45'304, 184 * 60 * 300}).text)
+        << name;
+}
+
+std::int64_t processor_time() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+std::size_t memory_in_use() {
+  const auto facts = mallinfo2();
+  return facts.uordblks + facts.hblkhd;
+}
+
+// A context of its own for each combination of language, character set and conventions: the time
+// of its set-up and its first load, the best of three, and the memory that they take.
+TEST(ShippedNames, FirstLoadIsFastAndSmall) {
+  const hosts::ShippedHome home;
+  std::set<std::string> seen;
+  std::int64_t slowest = 0;
+  std::size_t largest = 0;
+  for (const std::string& name : shipped_names()) {
+    CS_CONTEXT lookup{};
+    const CsLocNames names = look_up(&lookup, name);
+    const std::string combination =
+        std::string(names.lang) + '/' + names.charset + '/' + names.datetime + '/' + names.money;
+    if (!seen.insert(combination).second) continue;
+    SCOPED_TRACE(name);
+    std::int64_t best = INT64_MAX;
+    for (int run = 0; run < 3; ++run) {
+      const std::size_t before = memory_in_use();
+      const std::int64_t start = processor_time();
+      hosts::LocaleContext context;
+      ASSERT_EQ(CS_SUCCEED, context.init());
+      const CsLocCache* entry = context.entry(name);
+      best = std::min(best, processor_time() - start);
+      const std::size_t size = memory_in_use() - before;
+      if (entry->locchardesc->char_attrib->cs_class == COMN_CS_SINGLEBYTE) {
+        largest = std::max(largest, size);
+      }
+    }
+    EXPECT_LT(best, 5'000'000);
+    slowest = std::max(slowest, best);
+  }
+  EXPECT_LT(largest, 400'000U);
+  std::printf("%d combinations: %lld ns, %zu bytes\n", static_cast<int>(seen.size()),
+              static_cast<long long>(slowest), largest);
+}
+
+}  // namespace
