@@ -433,18 +433,21 @@ using ConfigDeathTest = Config;
 TEST_F(ConfigDeathTest, Stops) {
   CfgParseInfo* parse = open("");
   parse->state = static_cast<comnlib::ScanState>(2);
-  const auto get = [&](const char* entry, char* buffer, CS_INT room, CS_INT* length) {
-    return [=, this] { comn_get_cfg(&context_, "s", entry, buffer, room, length); };
+  const auto get = [&](const char* entry, CS_INT room, CS_INT* length) {
+    comn_get_cfg(&context_, "s", entry, nullptr, room, length);
   };
+  using stops::kAssertion, stops::kPointer;
   CS_INT length = 0;
-  stops::expect({{"cfg__lexstate", stops::kAssertion, [&] { cfg__lexstate(parse, 2); }},
-                 {"cfg__lex", stops::kAssertion, [&] { cfg__lex(parse); }},
-                 {"no entry", stops::kPointer, get(nullptr, nullptr, 0, &length)},
-                 {"no length", stops::kPointer, get("a", nullptr, 0, nullptr)},
-                 {"no buffer", stops::kPointer, get("a", nullptr, 1, &length)},
-                 {"room -1", stops::kAssertion, get("a", nullptr, -1, &length)},
-                 {"comn_init_cfg", stops::kPointer, [] { comn_init_cfg(nullptr, ""); }},
-                 {"comn_drop_cfg", stops::kPointer, [] { comn_drop_cfg(nullptr); }}});
+  stops::expect({
+      STOP(kAssertion, cfg__lexstate(parse, 2)),
+      STOP(kAssertion, cfg__lex(parse)),
+      STOP(kPointer, get(nullptr, 0, &length)),
+      STOP(kPointer, get("a", 0, nullptr)),
+      STOP(kPointer, get("a", 1, &length)),
+      STOP(kAssertion, get("a", -1, &length)),
+      STOP(kPointer, comn_init_cfg(nullptr, "")),
+      STOP(kPointer, comn_drop_cfg(nullptr)),
+  });
   cfg__clean_parse(parse);
 }
 

@@ -19,7 +19,6 @@
 #include "support/dates.h"
 #include "support/faulty_files.h"
 #include "support/hosts.h"
-#include "support/stops.h"
 #include "support/translated.h"
 
 namespace {

@@ -210,20 +210,21 @@ TEST(MessagesDeathTest, Preconditions) {
       negative{COM_ARGUMENT_TEXT, 0, "x", -2};
   const auto build = [&](CS_INT severity, CS_INT layer, const com_argument* argument, CS_INT count,
                          CS_INT room) {
-    return [=, &context, &buffer, &length] {
-      com_build_errmsg(&context, severity, layer, 1, argument, count, buffer, room, &length);
-    };
+    com_build_errmsg(&context, severity, layer, 1, argument, count, buffer, room, &length);
   };
-  stops::expect({{"severity 0", stops::kAssertion, build(0, 1, nullptr, 0, 10)},
-                 {"severity 5", stops::kAssertion, build(5, 1, nullptr, 0, 10)},
-                 {"layer 0", stops::kAssertion, build(1, 0, nullptr, 0, 10)},
-                 {"layer 4", stops::kAssertion, build(1, 4, nullptr, 0, 10)},
-                 {"-1 arguments", stops::kAssertion, build(1, 1, nullptr, -1, 10)},
-                 {"no arguments", stops::kPointer, build(1, 1, nullptr, 1, 10)},
-                 {"an argument of type 3", stops::kAssertion, build(1, 1, &odd, 1, 10)},
-                 {"an argument of no text", stops::kPointer, build(1, 1, &none, 1, 10)},
-                 {"an argument of length -2", stops::kAssertion, build(1, 1, &negative, 1, 10)},
-                 {"no room", stops::kAssertion, build(1, 1, nullptr, 0, 0)}});
+  using stops::kAssertion, stops::kPointer;
+  stops::expect({
+      STOP(kAssertion, build(0, 1, nullptr, 0, 10)),
+      STOP(kAssertion, build(5, 1, nullptr, 0, 10)),
+      STOP(kAssertion, build(1, 0, nullptr, 0, 10)),
+      STOP(kAssertion, build(1, 4, nullptr, 0, 10)),
+      STOP(kAssertion, build(1, 1, nullptr, -1, 10)),
+      STOP(kPointer, build(1, 1, nullptr, 1, 10)),
+      STOP(kAssertion, build(1, 1, &odd, 1, 10)),
+      STOP(kPointer, build(1, 1, &none, 1, 10)),
+      STOP(kAssertion, build(1, 1, &negative, 1, 10)),
+      STOP(kAssertion, build(1, 1, nullptr, 0, 0)),
+  });
 }
 
 }  // namespace

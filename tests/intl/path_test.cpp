@@ -107,13 +107,14 @@ TEST(PathDeathTest, Preconditions) {
   CS_CONTEXT context{};
   char path[100];
   const auto place = "assertion failed, file 'generic/src/intl/com_path.cpp'";
-  stops::expect(
-      {{"no room", place, [&] { com_path_ifile(&context, path, 0); }},
-       {"less than the home", place, [&] { com_path_ifile(&context, path, 1); }},
-       {"kind 3", place, [&] { comn__path_locdata(&context, 3, "x", path, 100); }},
-       {"kind 7", place, [&] { comn__path_locdata(&context, 7, "x", path, 100); }},
-       {"no context", stops::kPointer, [&] { com_path_ifile(nullptr, path, 100); }},
-       {"no name", stops::kPointer, [&] { com_path_anyfile(&context, path, 100, nullptr, 1); }}});
+  stops::expect({
+      STOP(place, com_path_ifile(&context, path, 0)),
+      STOP(place, com_path_ifile(&context, path, 1)),  // the home alone is longer
+      STOP(place, comn__path_locdata(&context, 3, "x", path, 100)),
+      STOP(place, comn__path_locdata(&context, 7, "x", path, 100)),
+      STOP(stops::kPointer, com_path_ifile(nullptr, path, 100)),
+      STOP(stops::kPointer, com_path_anyfile(&context, path, 100, nullptr, 1)),
+  });
 }
 
 TEST(Open, PathGoesToTheErrorBufferCutToFit) {
