@@ -239,7 +239,7 @@ Decimal Fidelity::read_number(std::string_view& text) {
 }
 
 Verdict Fidelity::compare_float(std::string_view text, const char* value) {
-  Decimal said = read_number(text);
+  const Decimal said = read_number(text);
   const bool narrow = type_.code == CS_REAL_TYPE;
   const double stored = narrow ? load<CS_REAL>(value) : load<CS_FLOAT>(value);
   if (!std::isfinite(stored))
