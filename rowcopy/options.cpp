@@ -166,6 +166,18 @@ void apply(const Setting& setting, const char* value, Job& job) {
   if (setting.read != nullptr) setting.read(value, job);
 }
 
+void take_files(const std::vector<std::string>& files, Job& job) {
+  const std::size_t needed = job.sniff ? 1 : 3;
+  if (files.size() != needed)
+    throw UsageError(
+        "needs " + std::string(job.sniff ? "one file (CSV)" : "three files (LAYOUT CSV RECORDS)") +
+        ", got " + std::to_string(files.size()));
+  job.csv_path = files[job.sniff ? 0 : 1];
+  if (job.sniff) return;
+  job.layout_path = files[0];
+  job.record_path = files[2];
+}
+
 }  // namespace
 
 std::optional<Job> parse_arguments(int argc, char** argv, std::ostream& out) {
@@ -196,18 +208,9 @@ std::optional<Job> parse_arguments(int argc, char** argv, std::ostream& out) {
         apply(kSettings[static_cast<std::size_t>(option - kFirstSetting)], optarg, job);
     }
   }
-  const std::vector<std::string> files(argv + optind, argv + argc);
-  const std::size_t needed = job.sniff ? 1 : 3;
-  if (files.size() != needed)
-    throw UsageError(
-        "needs " + std::string(job.sniff ? "one file (CSV)" : "three files (LAYOUT CSV RECORDS)") +
-        ", got " + std::to_string(files.size()));
+  take_files({argv + optind, argv + argc}, job);
   if (job.dialect.quote == job.dialect.delimiter)
     throw UsageError("--quote and --delimiter are the same character");
-  job.csv_path = files[job.sniff ? 0 : 1];
-  if (job.sniff) return job;
-  job.layout_path = files[0];
-  job.record_path = files[2];
   return job;
 }
 
