@@ -9,12 +9,16 @@
 #include <optional>
 
 #include "intl.h"
+#include "status.h"
 #include "support/hosts.h"
 
 namespace {
 
 // While it is set, every file ends after that many bytes.
 std::optional<std::size_t> early_end;
+
+// What has been read so far.
+std::ptrdiff_t bytes_read = 0;
 
 std::string words(CS_INT status) {
   char text[200];
@@ -150,7 +154,9 @@ TEST(Files, ThatCanBeRead) {
   EXPECT_EQ("[a] k:v", walk("text"));
   for (const CS_INT size : {1, 2, 20}) EXPECT_EQ("[a]\nk = v\n", read_plainly("text", size));
   // A file of no size, made while it is read.
+  bytes_read = 0;
   EXPECT_EQ("", walk("/proc/self/smaps"));
+  EXPECT_LT(4096, bytes_read);
   EXPECT_LT(4096U, read_plainly("/proc/self/smaps", 512).size());
 }
 
@@ -162,6 +168,9 @@ TEST(Environment, LengthUnsetAndTooLong) {
   EXPECT_EQ(14, intl_errstr(-31, text, 5));
   EXPECT_STREQ("unkn", text) << "cut to fit";
   EXPECT_EQ("unknown status", words(0));
+  using comnlib::companion::Fault, comnlib::companion::make_status;
+  EXPECT_EQ("line 67108862: the entry has no '='", words(make_status(Fault::kNoEquals, INT32_MAX)))
+      << "the last line that has a number";
   text[0] = '#';
   EXPECT_EQ("the value is longer than its buffer", words(intlgetenv(text, 5, "COMNLIB_TEST")));
   for (const char* none : {"", static_cast<const char*>(nullptr)}) {
@@ -202,5 +211,7 @@ extern "C" ssize_t read(int file, void* to, std::size_t room) {
     const auto at = static_cast<std::size_t>(lseek(file, 0, SEEK_CUR));
     room = std::min(room, *early_end - std::min(*early_end, at));
   }
-  return syscall(SYS_read, file, to, room);
+  const ssize_t got = syscall(SYS_read, file, to, room);
+  bytes_read += got;
+  return got;
 }

@@ -7,6 +7,7 @@
 #include <span>
 
 #include "pools.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -339,10 +340,11 @@ TEST(AllocOnly, BumpsThroughRegions) {
   EXPECT_EQ(first + 72, allocate(pool, 32));
 }
 
-// Chunks on both sides of 4 GiB, and some that differ only above the low half of their addresses.
+// Chunks across the borders of 4 GiB, many of which differ only above the low half of their
+// addresses; and a block of none of them, which differs so too.
 TEST(Pools, AddressesAreComparedWhole) {
   if (kWord == 4) GTEST_SKIP() << "addresses have 32 bits";
-  constexpr std::size_t kSize = 600'000;
+  constexpr std::size_t kSize = 600'000, kBack = 75 * 4096;
   constexpr std::uint64_t kBorder = std::uint64_t{1} << 32;
   // Where checkers leave memory to programs.
 #ifdef __SANITIZE_THREAD__
@@ -351,21 +353,28 @@ TEST(Pools, AddressesAreComparedWhole) {
   constexpr std::uint64_t kBase = 8192 * kBorder;
 #endif
   std::vector<CS_BYTE*> areas;
-  for (const std::uint64_t offset :
-       {2 * kBorder, kBorder - (2 << 20), kBorder, 2 * kBorder - (2 << 20), 3 * kBorder,
-        4 * kBorder - 75 * 4096}) {
-    auto* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(kBase + offset));
+  const auto map = [&](std::uint64_t border, std::uint64_t back) {
+    const std::uint64_t start = kBase + border * kBorder - back;
+    auto* const wanted = reinterpret_cast<void*>(static_cast<std::uintptr_t>(start));
     void* const area = mmap(wanted, kSize, PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
     if (area == wanted) areas.push_back(static_cast<CS_BYTE*>(area));
+  };
+  for (const std::uint64_t border : {2, 1, 5, 3, 8, 4, 7, 6}) {
+    map(border, kBack);
+    map(border, 2 << 20);
   }
-  if (areas.size() < 4) GTEST_SKIP() << "a checker has these addresses";
+  map(9, kBack);
+  if (areas.size() < 17) GTEST_SKIP() << "a checker has these addresses";
   for (const CS_INT kind : kKinds) {
     const Pool pool(areas[0], kSize);
-    for (std::size_t i = 1; i < areas.size(); ++i)
+    for (std::size_t i = 1; i < 16; ++i)
       ASSERT_EQ(CS_SUCCEED, put(pool, MM_PROP_ADDMEMORY, areas[i], kSize));
     EXPECT_EQ(CS_SUCCEED, com__mm_validate(pool));
     use_at_random(pool, kind, static_cast<unsigned>(kind), 0);
+    if (kind != MM_POOL_UNIFORM) continue;
+    header_of(areas[16] + 64) = header_of(allocate(pool, 20));
+    stops::expect({STOP(stops::kAssertion, comn_mmfree(pool, areas[16] + 64))});
   }
   for (CS_BYTE* area : areas) munmap(area, kSize);
 }

@@ -240,7 +240,7 @@ TEST(Pools, RequestsThatNoMemoryMeets) {
 TEST(PoolsDeathTest, MisuseStops) {
   using stops::kAssertion, stops::kPointer;
   PoolContext host;
-  CS_BYTE outside[800] = {};
+  alignas(16) CS_BYTE outside[800] = {};
   void* out = nullptr;
   MmHandle *none = nullptr, *managed = nullptr;
   const Pool buddy(host), fresh(host), undecided(host, MM_POOL_NONE);
@@ -287,6 +287,8 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kAssertion, comn_mmdrop(fresh, 0)),
       STOP(kAssertion, comn_mmfree(fresh, block)),
       STOP(kAssertion, comn_mmfree(buddy, outside + 32)),
+      STOP(kAssertion, header_of(outside + 64) = header_of(node),
+           comn_mmfree(uniform, outside + 64)),
       STOP(kAssertion, comn_mmfree(alloconly, block)),
       STOP(kAssertion, lock.install(buddy), lock.result = CS_FAIL, comn_mmfree(buddy, block)),
       STOP(kAssertion, free_twice(buddy, 24, false)),
@@ -324,6 +326,7 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kPointer, put(fresh, MM_PROP_SBREAK, nullptr)),
       STOP(kAssertion, put(fresh, MM_PROP_ADDMEMORY, outside, 2 * kWord)),
       STOP(kAssertion, com___putblock(buddy, block)),
+      STOP(kAssertion, com___putblock(subpool(uniform, 1), uniform->mmh_blocks + 1)),
       STOP(kAssertion, put_heap_twice()),
       STOP(kAssertion, put_heap(0)),
       STOP(kAssertion, put_heap(100'000)),
