@@ -30,40 +30,28 @@ std::string output_of(CS_INT level, auto call) {
   return testing::internal::GetCapturedStdout();
 }
 
-// Codes of normal work are left out at level 2.
-TEST(Trace, LevelsAndNames) {
-  const char* const routine =
-      "1 CS_SUCCEED -2 CS_PENDING -5 CS_INTERRUPT -204 CS_END_DATA -205 CS_END_RESULTS "
-      "-206 CS_END_ITEM";
-  const char* const others =
-      "0 CS_FAIL -1 CS_MEM_ERROR -3 CS_QUIET -4 CS_BUSY -202 CS_CANCELED -203 CS_ROW_FAIL "
-      "-207 CS_NOMSG -208 CS_TIMED_OUT -210 CS_PASSTHRU_EOM -213 CS_TRYING -211 CS_PASSTHRU_MORE "
-      "-101 -101 -209 -209 34 34";
-  for (const char* const codes : {routine, others}) {
-    std::istringstream rows(codes);
-    CS_RETCODE code = 0;
-    for (std::string name; rows >> code >> name;) {
-      const auto trace = [code] { EXPECT_EQ(code, com_errtrace(code, "src/x/t.cpp", 42)); };
-      const std::string line = "(" + name + ") file t.cpp, line 42\n";
-      EXPECT_EQ("", output_of(1, trace)) << name;
-      EXPECT_EQ(codes == routine ? "" : line, output_of(2, trace)) << name;
-      EXPECT_EQ(line, output_of(3, trace)) << name;
-    }
-  }
-}
-
-// The header is the list of the codes.
-TEST(Trace, EveryCodeHasItsName) {
+// The header is the list of the codes. Those of normal work are left out at level 2, and those of
+// conversions and localization are traced by number.
+TEST(Trace, EveryCodeHasItsNameAndItsLevel) {
   const std::string header = contents(COMNLIB_RESULT_HEADER);
-  const std::regex constant("(CS_\\w+) = (-?\\d+)");
-  int codes = 0;
-  for (std::sregex_iterator at(header.begin(), header.end(), constant), end; at != end; ++at) {
-    EXPECT_EQ((*at)[1], comn_result_name(std::stoi((*at)[2])));
-    ++codes;
+  const std::set<std::string> routine{"CS_SUCCEED",  "CS_PENDING",     "CS_INTERRUPT",
+                                      "CS_END_DATA", "CS_END_RESULTS", "CS_END_ITEM"};
+  const std::regex constant("(CS_\\w+) = (-?\\d+)"), by_number("CS_(CVT|INTL)_.*");
+  std::vector<std::pair<CS_RETCODE, std::string>> codes{{-209, ""}, {LM_NOTFOUND, "LM_NOTFOUND"}};
+  for (std::sregex_iterator at(header.begin(), header.end(), constant), end; at != end; ++at)
+    codes.emplace_back(std::stoi((*at)[2]), (*at)[1]);
+  EXPECT_EQ(34U, codes.size());
+  for (const auto& [code, name] : codes) {
+    EXPECT_EQ(name, comn_result_name(code));
+    const auto trace = [code = code] { EXPECT_EQ(code, com_errtrace(code, "src/x/t.cpp", 42)); };
+    const bool named = name.starts_with("CS_") && !std::regex_match(name, by_number);
+    const std::string line =
+        "(" + (named ? name : std::to_string(code)) + ") file t.cpp, line 42\n";
+    EXPECT_EQ("", output_of(COM_TRACE_NONE, trace)) << name;
+    EXPECT_EQ(routine.contains(name) ? "" : line, output_of(COM_TRACE_FAULTS, trace)) << name;
+    EXPECT_EQ(line, output_of(COM_TRACE_ALL, trace)) << name;
   }
-  EXPECT_EQ(32, codes);
-  EXPECT_STREQ("LM_NOTFOUND", comn_result_name(LM_NOTFOUND));
-  for (const CS_RETCODE none : {2, -109, -209, INT32_MIN}) EXPECT_STREQ("", comn_result_name(none));
+  for (const CS_RETCODE none : {2, -109, INT32_MIN}) EXPECT_STREQ("", comn_result_name(none));
 }
 
 // The place is that of the family member, not of the templates behind it.
