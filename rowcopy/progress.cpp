@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 
 namespace rowcopy {
@@ -21,7 +22,7 @@ void Progress::show(std::size_t rows, std::uint64_t bytes) {
   const double share = static_cast<double>(bytes) / static_cast<double>(total_);
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
-  const auto left = static_cast<long>(seconds / share - seconds + 0.5);
+  const auto left = std::lround(seconds / share - seconds);
   std::fprintf(stderr, ", %d %%, %ld:%02ld left", static_cast<int>(share * 100), left / 60,
                left % 60);
 }

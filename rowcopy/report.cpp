@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iomanip>
 #include <ostream>
 
@@ -89,7 +90,7 @@ void print_faults(const std::string& title, const char* noun, const Faults& faul
 
 // Whole numbers only: streams write them alike in every locale.
 void print_speed(const Report& report, std::ostream& out) {
-  const auto whole = [](double number) { return static_cast<long long>(number + 0.5); };
+  const auto whole = [](double number) { return std::llround(number); };
   if (report.seconds <= 0) return;
   out << '\n'
       << whole(static_cast<double>(report.rows_read) / report.seconds)
