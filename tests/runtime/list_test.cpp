@@ -248,23 +248,19 @@ TEST(ListKeys, CompareFunctionAndElementsWithoutKey) {
   }
 }
 
-CS_INT last_slot(const CS_VOID*, CS_INT, CS_INT table_size) {
-  return table_size - 1;
-}
-
 // A host's own hash functions say where elements lie, the sum of both in an open table.
 TEST(ListHash, AsksTheFunctionsOfATable) {
-  int data = 0;
-  Fixture open(LM_DHASH);
+  const LM_HASH_FUNC last_slot = [](const CS_VOID*, CS_INT, CS_INT size) { return size - 1; };
+  const Fixture open(LM_DHASH), chained(LM_CHASH);
   auto* slots = static_cast<DHashInfo*>(open.list->list_state);
-  slots->home_addr_hfunc = slots->incr_hfunc = last_slot;
-  EXPECT_EQ(CS_SUCCEED, op(open.list, LM_OP_INSERT, "key", &data));
-  EXPECT_EQ(&data, slots->table[5].data);
-  EXPECT_EQ(CS_SUCCEED, op(open.list, LM_OP_FIND, "key"));
-  Fixture chained(LM_CHASH);
   auto* chains = static_cast<CHashInfo*>(chained.list->list_state);
-  chains->home_addr_hfunc = last_slot;
-  EXPECT_EQ(CS_SUCCEED, op(chained.list, LM_OP_INSERT, "key", &data));
+  slots->home_addr_hfunc = slots->incr_hfunc = chains->home_addr_hfunc = last_slot;
+  int data = 0;
+  for (LM_HANDLE* list : {open.list, chained.list}) {
+    EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_INSERT, "key", &data));
+    EXPECT_EQ(CS_SUCCEED, op(list, LM_OP_FIND, "key"));
+  }
+  EXPECT_EQ(&data, slots->table[5].data);
   EXPECT_EQ(&data, chains->table[6]->data);
 }
 

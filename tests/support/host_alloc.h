@@ -1,5 +1,0 @@
-#pragma once
-
-#include "support/hosts.h"
-
-namespace host_alloc = hosts;
