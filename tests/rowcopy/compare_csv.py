@@ -87,7 +87,9 @@ def compare(path):
         begin = source.line_num + 1
     while expected and not expected[0][1]:
         expected.pop(0)
-    expected = [(line, row) for line, row in expected[1:] if row]
+    # In a file of one column an empty line is a row whose field is null.
+    blank = [[], ['']][expected != [] and len(expected[0][1]) == 1]
+    expected = [(line, row or blank) for line, row in expected[1:] if row or blank]
     with open('rejects', encoding='utf8', errors='surrogateescape', newline='') as file:
         rejects = {int(row[0]): row for row in list(csv.reader(file))[1:]}
     with open('text', encoding='utf8', errors='surrogateescape', newline='') as file:
