@@ -436,6 +436,10 @@ def small_operations(row):
         for b in numbers:
             for flags in range(4):
                 yield row("cmp", a, b, (2, EMPTY), flags, flagged(a[1], b[1], flags), None)
+    # The other scale fits the first number's digits exactly; with a digit more it is cut.
+    for precision in (72, 73):
+        a, b = (34, Numeric(precision, 0, 5)), (4, Numeric(6, 5, 500001))
+        yield row("cmp", a, b, (2, EMPTY), 3, flagged(a[1], b[1], 3), None)
     for a, b in [(-175, 3), (175, -3), (-175, -5), (2, 30), (-2, 30), (170, 1)]:
         # Tenths by integers; the remainder is in tenths.
         quotient, rest = divmod(abs(a), abs(b) * 10)

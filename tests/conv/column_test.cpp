@@ -58,6 +58,12 @@ TEST(Columns, NullsBecomeNullValuesOrStayNulls) {
   nulls.dest.nulls = COMN_NULLS_AS_NULLS;
   EXPECT_EQ("\1\0\0\0############"s, nulls(context));
   EXPECT_EQ((std::vector<CS_INT>{4, -1, 0, -1}), nulls.lengths);
+  Texts joined("1.x", format_of(CS_CHAR_TYPE, 4));
+  joined.dest.nulls = COMN_NULLS_AS_NULLS;
+  std::vector<CS_INT> ends(4);
+  joined.dest.offsets = ends.data();
+  EXPECT_EQ("1x", joined(context).substr(0, 2));
+  EXPECT_EQ((std::vector<CS_INT>{0, 1, 1, 2}), ends);
   // A null value has its padding and the padding's code.
   Texts clash("1.x.", format_of(CS_CHAR_TYPE, 3, CS_DFMT_PADBLANK | CS_DFMT_PADNULL));
   clash(context);

@@ -71,6 +71,7 @@ TEST(Null, ValuesAreCutAndPadded) {
                                                    {0, 35, 35},
                                                    {78, 35, 35},
                                                    {77, 20, 20},
+                                                   {10, 2, 2},
                                                    {10, 1, 1},
                                                    {10, 0, 0}}) {
     std::string value = {static_cast<char>(precision), 2};
