@@ -361,6 +361,7 @@ def kernel():
     yield row("div", wide, one, (133, EMPTY), "", OVERFLOW, 0)
     largest = (33, Numeric(77, 0, 10**77 - 1))
     yield row("div", largest, one, (33, Numeric(77, 77, 0)), "", OVERFLOW, 0)
+    yield row("intquotient", largest, (2, Numeric(1, 0, 7)), (33, EMPTY), "", OK, (10**77 - 1) // 7)
     yield row("divrem", largest, (4, Numeric(7, 0, 10**6)), (33, EMPTY), 2, OVERFLOW, 0, 0)
     yield row("div", (2, Numeric(1, 0, 1)), (2, Numeric(1, 40, 1)), (33, Numeric(77, 38, 0)), "",
               OVERFLOW, 0)

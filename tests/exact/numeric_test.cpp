@@ -195,6 +195,7 @@ const std::map<std::string, CS_INT (*)(const Call&)> kKernel = {
     KERNEL("intsub", intsub, c.a, c.b, c.target),
     KERNEL("intmul", intmul, c.a, c.b, c.target),
     KERNEL("intdiv", intdiv, c.a, c.b, c.target, c.rest),
+    KERNEL("intquotient", intdiv, c.a, c.b, c.target, nullptr),
     KERNEL("addorsub", addorsub, c.a, c.b, c.target, c.argument),
     KERNEL("mul", mul, c.a, c.b, c.target),
     KERNEL("div", div, c.a, c.b, c.target, nullptr),
