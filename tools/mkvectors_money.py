@@ -105,6 +105,8 @@ def read(text):
 
 
 def parse_rows(rng):
+    for half in ("0.00005", "-0.00005"):
+        yield (half, *read(half))
     for value in spread(rng, 6) + [WIDE[0], WIDE[1]] * 4:
         text = formatted(value, 4, rng.random() < 0.4)
         if rng.random() < 0.7:
