@@ -129,11 +129,15 @@ TEST_F(CharsetFile, TablesThatTheFileLacks) {
   inspect_ = [&](const char_attrib& set) { EXPECT_EQ(0, comn_isalpha(&set, ch)); };
   expect(class1(lead + "00000000"), CS_SUCCEED);
   std::string widths(512, '1'), norms(512, '2');
-  widths.replace(2 * 0x81, 2, "12");
-  norms.replace(2 * 0x81, 2, "FF");
+  widths.replace(2 * 0x81, 4, "1212");
+  norms.replace(2 * 0x81, 4, "FF01");
   inspect_ = [&](const char_attrib& set) {
     EXPECT_EQ(0, comn_isgraph(&set, ch));
     EXPECT_EQ(0, comn_to_ascii(&set, ch));
+    for (unsigned second = 0; second < 256; ++second) {
+      const CS_BYTE next[] = {0x82, static_cast<CS_BYTE>(second)};
+      EXPECT_EQ(0, comn_to_ascii(&set, next)) << second;
+    }
     EXPECT_EQ(1, set.cs_ntype);
     EXPECT_EQ(0x77, set.cs_type_map[255].char_type) << "the file's own table stays";
   };
