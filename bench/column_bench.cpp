@@ -11,6 +11,12 @@ namespace {
 
 using namespace bench;
 
+// 123456789012345.67 with a precision of 18, in all bytes of a record.
+constexpr std::string_view kNumeric{
+    "\x12\2\0\0\x2B\xDC\x54\x5D\x6B\x4B\x87"
+    "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
+    sizeof(CS_NUMERIC)};
+
 // A column of one value, some times over: the frame counts here, not what a value costs to read.
 struct Column {
   CS_CONTEXT context{};
@@ -27,6 +33,7 @@ struct Column {
     from.maxlength = static_cast<CS_INT>(value.size());
     to.datatype = desttype;
     to.maxlength = 20;
+    to.format = srctype == CS_CHAR_TYPE ? CS_DFMT_PADBLANK : 0;
     to.precision = 18;
     to.scale = 2;
     source.stride = comn_typelen(srctype, from.maxlength);
@@ -81,7 +88,11 @@ const Registration registered([] {
     CS_INT from, to;
     std::string_view value;
   } rows[] = {{"int to float", CS_INT_TYPE, CS_FLOAT_TYPE, {"\1\2\3\0", 4}},
+              {"int to smallint", CS_INT_TYPE, CS_SMALLINT_TYPE, {"\1\2\0\0", 4}},
+              {"float to int", CS_FLOAT_TYPE, CS_INT_TYPE, {"\0\0\0\0\0\1\2\x40", 8}},
               {"int to text", CS_INT_TYPE, CS_CHAR_TYPE, {"\1\2\3\0", 4}},
+              {"numeric to text", CS_NUMERIC_TYPE, CS_CHAR_TYPE, kNumeric},
+              {"text to float", CS_CHAR_TYPE, CS_FLOAT_TYPE, "  1234567.89"},
               {"text to int", CS_CHAR_TYPE, CS_INT_TYPE, "  1234567890"},
               {"text to money", CS_CHAR_TYPE, CS_MONEY_TYPE, "  1234567.89"},
               {"text to numeric", CS_CHAR_TYPE, CS_NUMERIC_TYPE, "  1234567.89"},
@@ -92,7 +103,7 @@ const Registration registered([] {
     measure(subject + "/comnlib", whole, from, to, value)->ArgName("values")->Arg(1024);
     measure(subject + "/single calls", one_by_one, from, to, value)->ArgName("values")->Arg(1024);
   }
-  for (const auto& [operation, from, to, value] : {rows[0], rows[6]}) {
+  for (const auto& [operation, from, to, value] : {rows[0], rows[std::size(rows) - 1]}) {
     const std::string subject = std::string("size/columns/") + operation;
     for (std::int64_t count = 1; count <= 1'000'000; count *= 10) {
       measure(subject + "/comnlib", whole, from, to, value)->ArgName("values")->Arg(count);

@@ -43,7 +43,7 @@ const JapaneseText& japanese_text() {
         made.sjis += letter;
         made.utf8 += letter;
       } else {
-        const unsigned n = random() % 63;  // hiragana U+3041 on
+        const auto n = static_cast<unsigned>(random() % 63);  // hiragana U+3041 on
         made.sjis += '\x82';
         made.sjis += static_cast<char>(0x9F + n);
         made.utf8 += '\xE3';

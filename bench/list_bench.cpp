@@ -18,6 +18,9 @@
 #pragma GCC diagnostic ignored "-Wsign-conversion"
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #include <uthash.h>
+#if defined(BENCH_ABSL)
+#include <absl/container/flat_hash_map.h>
+#endif
 
 namespace {
 
@@ -87,16 +90,18 @@ class List {
   LM_HANDLE* list_ = nullptr;
 };
 
-class StdMap {
+template <class Map>
+class MapOf {
  public:
-  explicit StdMap(std::size_t count) { map_.reserve(count); }
+  explicit MapOf(std::size_t count) { map_.reserve(count); }
   void insert(const std::string& key) { map_.emplace(key, this); }
   bool find(const std::string& key) { return map_.find(key) != map_.end(); }
   void erase(const std::string& key) { map_.erase(key); }
 
  private:
-  std::unordered_map<std::string_view, void*> map_;
+  Map map_;
 };
+using StdMap = MapOf<std::unordered_map<std::string_view, void*>>;
 
 class StdList {
  public:
@@ -207,6 +212,9 @@ const Registration registered([] {
   measure_table<List<LM_DHASH>>("comnlib open addressing");
   measure_table<StdMap>("std::unordered_map");
   measure_table<Uthash>("uthash");
+#if defined(BENCH_ABSL)
+  measure_table<MapOf<absl::flat_hash_map<std::string_view, void*>>>("absl::flat_hash_map");
+#endif
   measure_at_elements("find, key absent/comnlib chained", find<List<LM_CHASH>, &Keys::absent>);
   measure_at_elements("find, key absent/std::unordered_map", find<StdMap, &Keys::absent>);
   measure_at_elements("find, key absent/uthash", find<Uthash, &Keys::absent>);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <memory_resource>
 #include <random>
 #include <vector>
@@ -29,6 +30,15 @@ struct Malloc {
 // Zeroed, as pools give it.
 struct Calloc : Malloc {
   static void* allocate(std::size_t size) { return std::calloc(1, size); }
+};
+
+// The same work in two calls; the compiler would make one of them.
+struct Cleared : Malloc {
+  static void* allocate(std::size_t size) {
+    void* block = std::malloc(size);
+    benchmark::DoNotOptimize(block);
+    return std::memset(block, 0, size);
+  }
 };
 
 // Keeps the C library from handing memory back in between: the kernel is not what is measured.
@@ -270,6 +280,7 @@ void measure_pools(const std::string& suffix) {
 const Registration registered([] {
   measure_general<Malloc>("malloc");
   measure_general<Calloc>("calloc");
+  measure_general<Cleared>("malloc and memset");
   measure_general<Jemalloc>("jemalloc");
   measure_general<Mimalloc>("mimalloc");
   measure_filling("std::pmr::monotonic", fill_mixed<Monotonic>);

@@ -1,8 +1,11 @@
-// Exact numerics beside three peers: GMP on bare limbs, GMP with our byte layout imported and
-// exported, Boost's fixed-width integers, and libpgtypes. Arguments are decimal digits. The peers
-// do the same arithmetic on the same digits; only ours checks precisions and follows the rules of
-// scales.
+// Exact numerics beside their peers: GMP on bare limbs, GMP with our byte layout imported and
+// exported, Boost's fixed-width integers, libpgtypes and libmpdec. Arguments are decimal digits.
+// The peers do the same arithmetic on the same digits; only ours checks precisions and follows the
+// rules of scales.
 #include <gmp.h>
+#if defined(BENCH_MPDEC)
+#include <mpdecimal.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -45,6 +48,9 @@ struct Operand {
   mp_size_t size = 0;
   Integer integer;
   ::numeric* pg = nullptr;
+#if defined(BENCH_MPDEC)
+  mpd_t* decimal = nullptr;
+#endif
 
   // The digits are those of the value without its point.
   Operand(const std::string& digits, int precision, int scale = 0, bool negative = false)
@@ -61,6 +67,13 @@ struct Operand {
     parse_numeric(text, static_cast<CS_BYTE>(precision), static_cast<CS_BYTE>(scale), false,
                   numeric);
     pg = made_by_pgtypes(text);
+#if defined(BENCH_MPDEC)
+    decimal = mpd_qnew();
+    std::uint32_t status = 0;
+    mpd_context_t all;
+    mpd_maxcontext(&all);
+    mpd_qset_string(decimal, text.c_str(), &all, &status);
+#endif
   }
 };
 
@@ -83,8 +96,8 @@ struct Pairs {
     const auto operand = [&](int scale) {
       const int shortest = scale + 1;
       const bool zero = mix.lengths && random() % 8 == 0;
-      const int count =
-          mix.lengths ? shortest + static_cast<int>(random()) % (digits - shortest + 1) : digits;
+      const auto longer = static_cast<unsigned>(digits - shortest + 1);
+      const int count = mix.lengths ? shortest + static_cast<int>(random() % longer) : digits;
       const std::string text = zero ? std::string(static_cast<std::size_t>(shortest), '0')
                                     : random_digits(random, count);
       return Operand(text, digits, scale, mix.signs && random() % 2 == 0);
@@ -297,6 +310,69 @@ void mixed_pgtypes(benchmark::State& state, const Mix& mix) {
   PGTYPESnumeric_free(result);
 }
 
+// --- libmpdec
+
+#if defined(BENCH_MPDEC)
+// Results of as many digits as ours can have.
+struct Mpdec {
+  mpd_context_t context;
+  mpd_t* result = mpd_qnew();
+  std::uint32_t status = 0;
+
+  explicit Mpdec(mpd_ssize_t precision = CS_MAX_PREC) {
+    mpd_maxcontext(&context);
+    context.prec = precision;
+  }
+  ~Mpdec() { mpd_del(result); }
+  Mpdec(const Mpdec&) = delete;
+  Mpdec& operator=(const Mpdec&) = delete;
+
+  template <auto operation>
+  auto run(const Operand& a, const Operand& b) {
+    if constexpr (std::is_same_v<decltype(operation), decltype(&mpd_qcmp)>)
+      return operation(a.decimal, b.decimal, &status);
+    else
+      operation(result, a.decimal, b.decimal, &context, &status);
+  }
+};
+
+template <auto operation, char sign>
+void mpdec(benchmark::State& state) {
+  Mpdec decimal;
+  if (sign == '/') {
+    const Pairs pairs = pairs_for(static_cast<int>(state.range(0)), '/');
+    CS_NUMERIC quotient;
+    comn_numdivide(&pairs.a[0].numeric, &pairs.b[0].numeric, &quotient);
+    decimal.context.prec = quotient.precision;
+  }
+  loop(state, sign,
+       [&](const Operand& a, const Operand& b) { return decimal.template run<operation>(a, b); });
+}
+
+template <auto operation>
+void mixed_mpdec(benchmark::State& state, const Mix& mix) {
+  Mpdec decimal;
+  mixed_loop(state, mix, [&](const Operand& a, const Operand& b) {
+    return decimal.template run<operation>(a, b);
+  });
+}
+
+void from_text_mpdec(benchmark::State& state) {
+  Mpdec decimal;
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    mpd_qset_string(decimal.result, a.text.c_str(), &decimal.context, &decimal.status);
+  });
+}
+
+void to_text_mpdec(benchmark::State& state) {
+  loop(state, '+', [&](const Operand& a, const Operand&) {
+    char* text = mpd_to_sci(a.decimal, 0);
+    benchmark::DoNotOptimize(text);
+    mpd_free(text);
+  });
+}
+#endif
+
 // --- text
 
 void from_text_comnlib(benchmark::State& state) {
@@ -388,6 +464,14 @@ void mixed(const std::string& name, const Mix& mix) {
   at_digits("/comnlib", mixed_comnlib<ours>);
   at_digits("/Boost", mixed_boost<sign>);
   at_digits("/pgtypes", mixed_pgtypes<pg>);
+#if defined(BENCH_MPDEC)
+  constexpr auto mpd = [] {
+    if constexpr (sign == '+') return &mpd_qadd;
+    if constexpr (sign == '?') return &mpd_qcmp;
+    if constexpr (sign == '*') return &mpd_qmul;
+  }();
+  at_digits("/libmpdec", mixed_mpdec<mpd>);
+#endif
 }
 
 const Registration registered([] {
@@ -414,6 +498,15 @@ const Registration registered([] {
   measure_at_digits("to text/GMP", to_text_gmp, 77);
   measure_at_digits("to text/Boost", to_text_boost, 77);
   measure_at_digits("to text/pgtypes", to_text_pgtypes);
+#if defined(BENCH_MPDEC)
+  measure_at_digits("add/libmpdec", mpdec<&mpd_qadd, '+'>);
+  measure_at_digits("subtract/libmpdec", mpdec<&mpd_qsub, '-'>);
+  measure_at_digits("multiply/libmpdec", mpdec<&mpd_qmul, '*'>);
+  measure_at_digits("divide/libmpdec", mpdec<&mpd_qdiv, '/'>);
+  measure_at_digits("compare/libmpdec", mpdec<&mpd_qcmp, '?'>);
+  measure_at_digits("from text/libmpdec", from_text_mpdec);
+  measure_at_digits("to text/libmpdec", to_text_mpdec);
+#endif
 });
 
 }  // namespace

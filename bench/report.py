@@ -1,10 +1,12 @@
 #!/usr/bin/env -S python3 -B
 """Prints one table of all results of tools/bench.
 
-    bench/report.py DIRECTORY [--write-docs]
+    bench/report.py DIRECTORY...
+    bench/report.py I386_DIRECTORY X86_64_DIRECTORY --write-docs
 
-With --write-docs the blocks of docs/performance.md between <!-- NAME --> and <!-- /NAME --> and the
-charts in docs/performance/ are renewed too. bench.h tells what the benchmarks' names say.
+With --write-docs the blocks of docs/performance.md between <!-- NAME --> and <!-- /NAME --> are
+renewed for both targets, and the charts in docs/performance/ of the first one. bench.h tells what
+the benchmarks' names say.
 """
 import fnmatch
 import json
@@ -139,7 +141,7 @@ def in_words(ratio):
 
 
 def goal(limit, pattern, rows):
-    """A goal's line: the rows, what is wanted, the worst row, and whether all reached it."""
+    """A goal's cells: the rows, what is wanted, the worst row, and whether all reached it."""
 
     def matching(name):
         return fnmatch.fnmatchcase(name, pattern)
@@ -158,7 +160,7 @@ def goal(limit, pattern, rows):
                  for row in rows for peer in row.peers
                  if matching(f"{row.subject}/{row.label()}/{peer}")]
     if not found:
-        sys.exit(f"report: no benchmark for the goal {pattern}")
+        return [pattern.replace("*", "…"), wanted, "no such peer", "not measured"]
     missed = sum(float(two_digits(ratio)) < float(two_digits(least)) for ratio, *_ in found)
     _, worst, row = min(found)
     verdict = f"**missed** by {missed} of {len(found)}" if missed else "met"
@@ -167,11 +169,14 @@ def goal(limit, pattern, rows):
     return [pattern.replace("*", "…"), wanted, worst, verdict]
 
 
-def goals(rows):
-    yield ["goal", "wanted", "measured, the worst", "outcome"]
+def goals(rows_of):
+    """The goals' lines, with two cells for each target."""
+    yield ["goal", "wanted"] + [title for target in rows_of
+                                for title in (f"{target}, the worst row", "outcome")]
     for line in (ROOT / "bench/goals").read_text().splitlines():
         if not line.startswith("#"):
-            yield goal(*line.split(maxsplit=1), rows)
+            cells = [goal(*line.split(maxsplit=1), rows) for rows in rows_of.values()]
+            yield cells[0][:2] + [cell for measured in cells for cell in measured[2:]]
 
 
 def machine(results):
@@ -219,14 +224,18 @@ def file_name(*words):
     return "-".join(words).replace(" ", "-") + ".svg"
 
 
-def write_docs(rows, curves, results):
+def write_docs(rows_of, curves, results):
+    """Of each target's rows; the charts and the curves are of the first one."""
     PICTURES.mkdir(exist_ok=True)
+    rows = next(iter(rows_of.values()))
     charts.ratios(bars(rows, lambda row: row.subject), PICTURES / "ratios.svg")
-    blocks = {"machine": markdown(machine(results)), "goals": markdown(goals(rows))}
+    blocks = {"machine": markdown(machine(results)), "goals": markdown(goals(rows_of))}
     for subject, group in by_subject(rows).items():
-        blocks[f"table:{subject}"] = markdown(table(group, "**{}**"), "---:")
         operations = by_worst(bars(group, lambda row: row.operation))
         charts.ratios(operations, PICTURES / file_name("ratios", subject))
+        tables = [f"{target}:\n\n" + markdown(table(by_subject(of_target)[subject], "**{}**"), "---:")
+                  for target, of_target in rows_of.items()]
+        blocks[f"table:{subject}"] = "\n\n".join(tables)
     for subject, (unit, panels) in curves.items():
         charts.curves(unit, panels, PICTURES / file_name("size", subject))
 
@@ -239,12 +248,17 @@ def write_docs(rows, curves, results):
     DOCUMENT.write_text(text)
 
 
+TARGETS = ["i386", "x86_64"]
+
+
 def main():
-    results = sorted(pathlib.Path(sys.argv[1]).glob("*.json"))
-    rows = read_rows(results)
-    plain(rows)
-    if "--write-docs" in sys.argv[2:]:
-        write_docs(rows, read_curves(results), results)
+    folders = [pathlib.Path(name) for name in sys.argv[1:] if not name.startswith("-")]
+    results = [sorted(folder.glob("*.json")) for folder in folders]
+    rows = [read_rows(files) for files in results]
+    for of_folder in rows:
+        plain(of_folder)
+    if "--write-docs" in sys.argv:
+        write_docs(dict(zip(TARGETS, rows)), read_curves(results[0]), sum(results, []))
 
 
 main()

@@ -315,6 +315,8 @@ void reading(const std::string& name, const Texts& (*all)(), CS_INT datatype, co
   measure(operation + "/comnlib plain bytes", from_text, all, datatype, nullptr);
   for (const char* charset : {"iso_1", "utf8", "sjis"})
     measure(operation + "/comnlib " + charset, from_text, all, datatype, charset);
+  // Once more, as what the character sets are measured by.
+  measure(operation + "/plain bytes", from_text, all, datatype, nullptr);
   for (const auto& [peer, measured] : peers) measure(operation + "/" + peer, measured);
 }
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "chars/short_bytes.h"
 #include "conv/newutils.h"
-#include "conv/short_bytes.h"
 
 namespace comnlib {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <span>
 
+#include "chars/short_bytes.h"
 #include "chars/text.h"
 #include "conv/frame.h"
-#include "conv/short_bytes.h"
 #include "intl/com_intl.h"
 #include "intl/convcfg.h"
 #include "intl/xlate.h"

@@ -8,6 +8,10 @@
 // group.
 #include "exact/digits.h"
 
+#include <emmintrin.h>
+
+#include <bit>
+
 #include "chars/decimal.h"
 
 namespace comnlib {
@@ -47,16 +51,72 @@ consteval std::array<Reciprocal, kMostGroups + 1> reciprocals() {
 
 constexpr std::array<Reciprocal, kMostGroups + 1> kReciprocals = reciprocals();
 
-// Returns the end of what was written.
-char* put_group(Limb group, char* to) {
-  for (Limb unit = kGroup; unit > 1; to += 9) {
-    unit /= kNine;
-    const auto nine = static_cast<std::uint32_t>(group / unit % kNine);
-    to[0] = static_cast<char>('0' + nine / 100'000'000);
-    put_eight_digits(nine % 100'000'000, to + 1);
+constexpr std::uint32_t kEightDigits = 100'000'000;
+
+// Writes two numbers of nine digits and returns their end.
+char* put_nines(std::uint32_t first, std::uint32_t second, char* to) {
+  const std::uint32_t leading = first / kEightDigits;
+  const std::uint32_t middle = second / kEightDigits;
+  const __m128i rest =
+      sixteen_digits(first - leading * kEightDigits, second - middle * kEightDigits);
+  to[0] = static_cast<char>('0' + leading);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to + 1), rest);
+  to[9] = static_cast<char>('0' + middle);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to + 10), _mm_srli_si128(rest, 8));
+  return to + 18;
+}
+
+// Writes the digits of groups and returns their end.
+char* put_groups(const Limb* group, std::size_t count, char* to) {
+  const Limb* const end = group + count;
+  if constexpr (kGroupDigits == 9) {
+    if (count % 2 != 0) {
+      const auto nine = static_cast<std::uint32_t>(*group++);
+      *to++ = static_cast<char>('0' + nine / kEightDigits);
+      put_eight_digits(nine % kEightDigits, to);
+      to += 8;
+    }
+    for (; group != end; group += 2)
+      to =
+          put_nines(static_cast<std::uint32_t>(group[0]), static_cast<std::uint32_t>(group[1]), to);
+  } else {
+    for (; group != end; ++group)
+      to = put_nines(static_cast<std::uint32_t>(*group / kNine),
+                     static_cast<std::uint32_t>(*group % kNine), to);
   }
   return to;
 }
+
+// A value below 2^64 in 20 digits. Each quotient is estimated by a product with an inverse that is
+// a little too small, and so by at most one.
+struct WordDigits {
+  static constexpr std::size_t kCount = 20;
+  static constexpr std::uint64_t kSixteenDigits = std::uint64_t{kEightDigits} * kEightDigits;
+
+  // Returns the first digit that is not zero; the value is not.
+  static const char* put(std::uint64_t value, char* to) {
+    std::uint32_t leading = 0;
+    if (value >= kSixteenDigits) {
+      constexpr std::uint64_t kInverse = 1'934'281'311;  // 2^84 / 10^16
+      leading = static_cast<std::uint32_t>((value >> 32) * kInverse >> 52);
+      value -= leading * kSixteenDigits;
+      if (value >= kSixteenDigits) value -= kSixteenDigits, ++leading;
+    }
+    constexpr std::uint64_t kInverse = (std::uint64_t{1} << 58) / kEightDigits;
+    auto upper = static_cast<std::uint32_t>((value >> 22) * kInverse >> 36);
+    std::uint32_t lower = static_cast<std::uint32_t>(value) - upper * kEightDigits;
+    if (lower >= kEightDigits) lower -= kEightDigits, ++upper;
+    const __m128i digits = sixteen_digits(upper, lower);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 4), digits);
+    if (leading != 0) {
+      put_digits(leading, 4, to + 4);
+      while (*to == '0') ++to;
+      return to;
+    }
+    const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
+    return to + 4 + std::countr_one(static_cast<unsigned>(zeros));
+  }
+};
 
 // The limbs from `at` up to `end` times `factor`, plus `carry`; returns the carry out.
 Limb multiply_limbs(Limb* at, Limb* end, Limb factor, Limb carry) {
@@ -85,8 +145,8 @@ void multiply_high(Limbs value, std::size_t n, Limb* quotient) {
     add_product(by + n - 1 - row, by + n + 1, value[row], quotient);
 }
 
-// The digits of a value of n groups, from two on; returns their end.
-char* put_groups(Limbs value, std::size_t n, char* to) {
+// The groups of a value that has n of them, from two on.
+void split_groups(Limbs value, std::size_t n, Limb* group) {
   std::array<Limb, kMostGroups + 2> quotient;
   multiply_high(value, n, quotient.data());
   Limb* fraction = &quotient[1];
@@ -95,9 +155,8 @@ char* put_groups(Limbs value, std::size_t n, char* to) {
   Wide added = Wide{n} * kGroup;
   for (; fraction != end; added = kGroup) {
     const auto carry = static_cast<Limb>((Wide{*fraction++} * kGroup + added) >> kLimbBits);
-    to = put_group(multiply_limbs(fraction, end, kGroup, carry), to);
+    *group++ = multiply_limbs(fraction, end, kGroup, carry);
   }
-  return to;
 }
 
 // Values of longer records, which no host has, from the last digit on.
@@ -113,16 +172,23 @@ char* put_long(Limbs value, char* end) {
 }  // namespace
 
 DecimalDigits::DecimalDigits(Limbs value) : first_(buffer_), end_(buffer_) {
+  if (value.empty()) return;
+  if (const auto word = to_unsigned(value)) {
+    first_ = WordDigits::put(*word, buffer_);
+    end_ = buffer_ + WordDigits::kCount;
+    return;
+  }
   if (value.size() > kPowerLimbs) {
     end_ = buffer_ + kRoom;
     first_ = put_long(value, buffer_ + kRoom);
-  } else if (value.size() == 1 && value[0] < kGroup) {
-    end_ = put_group(value[0], buffer_);
-  } else if (!value.empty()) {
+  } else {
     const int digits = kGroupDigits * static_cast<int>(value.size());
-    end_ = put_groups(value, value.size() + exceeds(value, digits), buffer_);
+    const std::size_t count = value.size() + exceeds(value, digits);
+    std::array<Limb, kMostGroups> groups;
+    split_groups(value, count, groups.data());
+    end_ = put_groups(groups.data(), count, buffer_);
   }
-  while (first_ != end_ && *first_ == '0') ++first_;
+  while (*first_ == '0') ++first_;
 }
 
 }  // namespace comnlib

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "chars/ascii.h"
+#include "chars/short_bytes.h"
 #include "exact/digits.h"
 #include "exact/kernel.h"
 #include "exact/mnymath.h"
@@ -373,11 +374,15 @@ CS_INT com__subexctnumetochar(const constant* src, CS_CHAR* buf, CS_INT buflen, 
   char* to = buf;
   if (is_negative(*src)) *to++ = '-';
   if (integers == 0) *to++ = '0';
-  to = std::copy_n(digits.begin(), integers, to);
+  const auto append = [&to](const char* from, std::size_t count) {
+    copy_bytes(reinterpret_cast<CS_BYTE*>(to), reinterpret_cast<const CS_BYTE*>(from), count);
+    to += count;
+  };
+  append(digits.begin(), integers);
   if (scale > 0) {
     *to++ = '.';
     to = std::fill_n(to, scale - decimals, '0');
-    to = std::copy_n(digits.begin() + integers, decimals, to);
+    append(digits.begin() + integers, decimals);
   }
   *outlen = static_cast<CS_INT>(length);
   if (*outlen < buflen) *to = '\0';
