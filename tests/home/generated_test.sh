@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The committed localization home is what its generators write.
+# The committed localization home is what its generators write, and takes less than 12 MB.
 #   generated_test.sh SOURCES
 set -euo pipefail
 
@@ -10,3 +10,4 @@ version=$(/usr/bin/python3 -c 'import unicodedata; print(unicodedata.unidata_ver
 grep -q "Unicode $version\"" "$1/home/charsets/iso_1/charset.loc" || exit 77
 /usr/bin/python3 -B "$1/tools/mkhome.py" "$directory"
 diff -r "$1/home" "$directory"
+[ "$(du -sk "$1/home" | cut -f1)" -lt 12000 ]

@@ -137,8 +137,14 @@ TEST_F(ShippedSets, AgreeWithIconv) {
     for (unsigned byte = 0; byte < 256; ++byte) {
       if (sequence(byte, 1) || byte < 0x80) continue;
       for (unsigned pair = byte << 8; pair < (byte + 1) << 8; ++pair) {
-        if (sequence(pair, 2) || byte != 0x8F) continue;
-        for (unsigned third = 0; third < 256; ++third) sequence(pair << 8 | third, 3);
+        if (sequence(pair, 2)) continue;
+        for (unsigned third = 0; third < 256 && byte == 0x8F; ++third)
+          sequence(pair << 8 | third, 3);
+        const unsigned second = pair & 0xFF;
+        if (name != "gb18030" || second < '0' || second > '9') continue;
+        for (unsigned third = 0x80; third < 256; ++third)
+          for (unsigned last = '0'; last <= '9'; ++last)
+            sequence(pair << 16 | third << 8 | last, 4);
       }
     }
     // All in one text, which goes by blocks and runs: what the set lacks is replaced, the rest
@@ -216,18 +222,18 @@ TEST(ShippedNames, UsualSpellings) {
                                                       {"sd_IN.UTF-8", "sindhi_arabic utf8"},
                                                       {"sd_IN@devanagari", "sindhi utf8"},
                                                       {"jv", "javanese iso_1"},
-                                                      {"pt_BR.iso88591", "portuguese iso_1"},
+                                                      {"pt_BR.ISO88591", "portuguese iso_1"},
                                                       {"es_MX.ISO8859-1", "spanish iso_1"},
                                                       {"es_ES.UTF-8@euro", "spanish utf8"},
                                                       {"it_IT.iso885915@euro", "italian iso15"},
                                                       {"pl_PL.CP1250", "polish cp1250"},
-                                                      {"ru_RU.koi8r", "russian koi8"},
+                                                      {"ru_RU.KOI8R", "russian koi8"},
                                                       {"ru_RU.cp866", "russian cp866"},
                                                       {"ja_JP.eucJP", "japanese eucjp"},
                                                       {"ja_JP.ujis", "japanese eucjp"},
-                                                      {"ko_KR.euckr", "korean euckr"},
+                                                      {"ko_KR.UHC", "korean cp949"},
                                                       {"zh_CN.gb18030", "chinese gb18030"},
-                                                      {"zh_TW.Big5", "chinese_traditional big5"},
+                                                      {"zh_HK.Big5-HKSCS", "chinese_traditional big5hkscs"},
                                                       {"hi_IN", "hindi utf8"},
                                                       {"ar_EG.cp1256", "arabic cp1256"},
                                                       {"sv_SE", "us_english iso_1"},

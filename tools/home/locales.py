@@ -8,13 +8,16 @@ from .sortorders import has_order
 # How systems spell the code sets.
 SPELLINGS = {
     "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8", "utf8", "UTF8", "utf-8"),
-    "koi8": ("KOI8-R", "koi8r"),
-    "koi8u": ("KOI8-U", "koi8u"), "macroman": ("MACINTOSH",), "sjis": ("SJIS", "sjis", "Shift_JIS"),
-    "eucjp": ("EUC-JP", "eucJP", "eucjp", "ujis"), "gb18030": ("GB18030", "gb18030"),
-    "cp936": ("GBK", "gbk", "GB2312", "gb2312", "eucCN"), "big5": ("BIG5", "big5", "Big5"),
-    "big5hkscs": ("BIG5-HKSCS", "big5hkscs"), "euckr": ("EUC-KR", "eucKR", "euckr"),
-    "euctw": ("EUC-TW", "eucTW", "euctw"),
-    "iso11": ("ISO-8859-11", "ISO8859-11", "iso885911", "TIS-620", "tis620"),
+    "koi8": ("KOI8-R", "koi8r", "KOI8R", "koi8-r"),
+    "koi8u": ("KOI8-U", "koi8u", "KOI8U", "koi8-u"), "macroman": ("MACINTOSH",),
+    "sjis": ("SJIS", "sjis", "Shift_JIS", "SHIFT_JIS"),
+    "eucjp": ("EUC-JP", "eucJP", "eucjp", "EUCJP", "ujis"), "gb18030": ("GB18030", "gb18030"),
+    "cp936": ("GBK", "gbk", "GB2312", "gb2312", "eucCN", "EUC-CN", "CP936", "cp936"),
+    "big5": ("BIG5", "big5", "Big5"),
+    "big5hkscs": ("BIG5-HKSCS", "big5hkscs", "Big5-HKSCS", "BIG5HKSCS"),
+    "cp949": ("CP949", "cp949", "UHC", "uhc"),
+    "euckr": ("EUC-KR", "eucKR", "euckr", "EUCKR"), "euctw": ("EUC-TW", "eucTW", "euctw"),
+    "iso11": ("ISO-8859-11", "ISO8859-11", "iso885911", "TIS-620", "TIS620", "tis620"),
 }
 
 # Names that go before all rules: name: language, character set, sort order and conventions.
@@ -40,7 +43,12 @@ def spellings(charset):
         return SPELLINGS[charset]
     if charset.startswith("iso"):
         number = charset[3:].lstrip("_")
-        return f"ISO-8859-{number}", f"ISO8859-{number}", f"iso8859{number}"
+        return (f"ISO-8859-{number}", f"ISO8859-{number}", f"iso8859{number}",
+                f"ISO8859{number}", f"iso-8859-{number}", f"iso8859-{number}")
+    if charset.startswith("cp125"):
+        return charset.upper(), charset, charset.replace("cp", "WINDOWS-")
+    if charset in ("cp437", "cp850", "cp852", "cp855", "cp857", "cp866"):
+        return charset.upper(), charset, charset.replace("cp", "IBM")
     return charset.upper(), charset
 
 
