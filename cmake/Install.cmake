@@ -13,6 +13,13 @@ install(
   EXPORT comnlibTargets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development)
+# Packages are stripped, the archive too, which CMake leaves as it is.
+install(
+  CODE "if(CMAKE_INSTALL_DO_STRIP)
+  execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-debug
+    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:comnlib_static>\")
+endif()"
+  COMPONENT development)
 install(
   DIRECTORY generic/include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
