@@ -57,8 +57,12 @@ configure_package_config_file(
   INSTALL_DESTINATION ${package_dir}
   PATH_VARS home_dir)
 # The pointer size that CMake knows is that of the compiler without -m32; the package looks itself.
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake
-                                 COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+# The file names a size all the same, which has to be one for both libraries.
+block()
+  set(CMAKE_SIZEOF_VOID_P 4)
+  write_basic_package_version_file(${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake
+                                   COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+endblock()
 install(FILES ${PROJECT_BINARY_DIR}/comnlibConfig.cmake
               ${PROJECT_BINARY_DIR}/comnlibConfigVersion.cmake DESTINATION ${package_dir}
         COMPONENT development)
@@ -76,8 +80,7 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/comnlib.pc.in ${PROJECT_BINARY_DIR}/com
 install(FILES ${PROJECT_BINARY_DIR}/comnlib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
 
-# What the last installation from this build put down; folders stay.
 add_custom_target(
   uninstall
-  COMMAND ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_LIST_DIR}/Uninstall.cmake ${PROJECT_BINARY_DIR}/install_manifest.txt
-  COMMENT "Removing what install_manifest.txt lists")
+  COMMAND ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_LIST_DIR}/Uninstall.cmake ${PROJECT_BINARY_DIR}
+  COMMENT "Removing what was installed")

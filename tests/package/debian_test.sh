@@ -30,10 +30,13 @@ install g++-multilib cmake ninja-build pkgconf man-db file zlib1g:i386 libstdc++
 state >"$root/tmp/before"
 
 mkdir "$root/tmp/packages"
-cp "$packages"/*.deb "$root/tmp/packages"
+for package in "$packages"/*.deb; do
+  name=$(basename "$package")
+  cp "$package" "$root/tmp/packages/${name%%_*}_${name##*_}"
+done
 cp -r "$here/host" "$root/tmp/host"
-install /tmp/packages/{libcomnlib1,libcomnlib-dev}_*_{i386,amd64}.deb \
-  /tmp/packages/comnlib-{home,doc}_*_all.deb /tmp/packages/comnlib-tools_*_amd64.deb
+install /tmp/packages/{libcomnlib1,libcomnlib-dev}_{i386,amd64}.deb \
+  /tmp/packages/comnlib-{home,doc}_all.deb /tmp/packages/comnlib-tools_amd64.deb
 
 for kind in 32:i386 64:x86_64; do
   bits=${kind%:*} target=${kind#*:}
@@ -57,7 +60,7 @@ copies() {
     rowcopy birdstrikes.layout birdstrikes.csv /tmp/records && rm /tmp/records'
 }
 copies 64
-install /tmp/packages/comnlib-tools_*_i386.deb
+install /tmp/packages/comnlib-tools_i386.deb
 copies 32
 
 for page in "1 rowcopy" "3 comnlib" "3 comnlib_convert" "5 comnlib_home" "5 comnlib_config"; do
