@@ -37,7 +37,7 @@ bool same_number(const Decimal& a, const Exact& b);
 // Whether two texts say the same number, with any number of digits.
 bool same_digits(std::string_view a, std::string_view b);
 
-// Whether `number` is what `text` says, which was read as `said`, but for that share of it.
+// Whether `number` differs from what `text` says, already read as `said`, by at most that share.
 bool is_near(const Decimal& said, std::string_view text, double number, double tolerance);
 
 // Whether a number has at most that many binary digits from its first 1 to its last. A wide number

@@ -120,7 +120,7 @@ bool is_ascii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// Full-width forms are those of ASCII, any other character is none that a number is made of.
+// Full-width forms are those of ASCII, no other character is part of a number.
 char plain_character(CS_UNICHAR unit) {
   constexpr CS_UNICHAR kFirstFullWidth = 0xFF01;
   constexpr CS_UNICHAR kLastFullWidth = 0xFF5E;

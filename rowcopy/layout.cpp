@@ -44,7 +44,7 @@ class LoadedLayout {
   LoadedLayout(CS_CONTEXT* context, const std::string& path) : context_(context) {
     const QuietLog quiet;
     if (comn_init_cfg(context, path.c_str()) != CS_SUCCEED)
-      throw Fatal(path + ": is no layout, as told above");
+      throw Fatal(path + ": is not a valid layout; see the messages above");
   }
   ~LoadedLayout() { comn_drop_cfg(context_); }
   LoadedLayout(const LoadedLayout&) = delete;

@@ -76,7 +76,7 @@ int main(int argc, char** argv) {
   try {
     return rowcopy::run(argc, argv);
   } catch (const rowcopy::UsageError& error) {
-    std::fprintf(stderr, "rowcopy: %s (rowcopy --help tells more)\n", error.what());
+    std::fprintf(stderr, "rowcopy: %s (see rowcopy --help)\n", error.what());
   } catch (const std::bad_alloc&) {
     std::fputs("rowcopy: out of memory\n", stderr);
   } catch (const std::exception& error) {

@@ -325,7 +325,7 @@ TEST_F(Config, ReadsAtMostAThousandFiles) {
                    "nuv.cfg, line 1000: too many files are included\n");
 }
 
-// Before a section header entries belong to the section that the include line stands in.
+// Before a section header entries belong to the section that the include line is in.
 TEST_F(Config, EntriesBeforeTheFirstHeader) {
   write_file("part.cfg", "b = 2\n[t]\na = 4");
   ASSERT_EQ(CS_SUCCEED, load("a = 1\ninclude part.cfg\nc = 3\n[s]\ninclude part.cfg\nc = 5"));

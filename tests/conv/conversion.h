@@ -16,7 +16,7 @@
 namespace conversion {
 
 constexpr CS_BYTE kCanary = 0xA5;
-constexpr std::size_t kGuard = 300;  // bytes behind maxlength; a varchar fits too
+constexpr std::size_t kGuard = 300;  // bytes after maxlength; a varchar fits too
 
 // A context with default tables.
 struct Context : CS_CONTEXT {
@@ -80,7 +80,7 @@ inline Encoded utf16_of(const std::u16string& text) {
 
 struct Result {
   CS_RETCODE code = 0;
-  CS_INT length = 99;          // none that a routine tells
+  CS_INT length = 99;          // no length of a routine
   std::vector<CS_BYTE> bytes;  // maxlength and the guard
 
   std::string text() const { return first(static_cast<std::size_t>(std::max(length, 0))); }
@@ -101,7 +101,7 @@ struct Result {
   }
 };
 
-// Source and destination stand at odd addresses, as in a host's row buffer.
+// Source and destination are at odd addresses, as in a host's row buffer.
 inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT& to) {
   const CS_INT srctype = source.format.datatype;
   const CS_INT length =

@@ -1,6 +1,7 @@
-// All 676 pairs of the matrix: telling values go from every source into every destination that the
-// source has, one by one and as columns. A number's text says what each type makes of it; in the
-// end no pair with a routine is left out, but those from CS_VOID, which have one routine.
+// All 676 pairs of the matrix: values at the types' limits go from every source into every
+// destination that it has, one by one and as columns. A number's text says what each type makes of
+// it; in the end no pair with a routine is left out, but those from CS_VOID, which have one
+// routine.
 #include <set>
 #include <sstream>
 

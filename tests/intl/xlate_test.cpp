@@ -82,7 +82,7 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
     EXPECT_EQ(CS_CVT_BADXLATE, output.code);
     EXPECT_EQ("a", output.bytes) << "what stands before it is converted";
   }
-  // ASCII goes by blocks of 16; what follows stands at every place of one.
+  // ASCII goes by blocks of 16; what follows is at every place of one.
   for (std::size_t ascii = 0; ascii < 36; ++ascii) {
     const std::u32string text = std::u32string(ascii, 'a') + U"\u0080é€😀" + std::u32string(20, 'b');
     std::vector<std::string> narrow_parts, wide_parts;

@@ -1,5 +1,5 @@
-/* Preloaded: a file system without files that have no name. Files are large ones, so that the symbol
- * is the one that rowcopy calls. */
+/* Preloaded: a file system without files that have no name. Files are large ones, so that the
+ * symbol is the one that rowcopy calls. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>

@@ -417,7 +417,7 @@ def misuse(what, pattern, *arguments, **how):
     if not any(re.match(f'(rowcopy: )?{pattern}', line) for line in lines):
         fail(f'no line {pattern}')
     check('own line at the end', lines[-1].startswith('rowcopy: '), True)
-    if len(lines) != 1 and 'as told above' not in err and 'One or more' not in err:
+    if len(lines) != 1 and 'see the messages above' not in err and 'One or more' not in err:
         fail('several lines')
     check('standard output and records', (out, os.path.exists('records')), ('', False))
 

@@ -58,11 +58,11 @@ TEST(ListHash, FollowsTheRuleForAllBytes) {
       {"fill byte", "Z", 0x5a5a5a5a},
       {"sign in the tail", Text("a\xff"), 0xffff5a5a},
       {"zero group leaves nothing pending", Text("\0\0\0\0abcd", 8), 0x61626364},
-      {"tail behind one group", "abcdef", 0x789eb7ce},
+      {"tail after one group", "abcdef", 0x789eb7ce},
       {"two groups", "abcdefgh", 0x789ec4dc},
-      {"tail behind two", "abcdefghi", 0xd84cce26},
+      {"tail after two", "abcdefghi", 0xd84cce26},
       {"three groups", "abcdefghijkl", 0xd85cdf38},
-      {"tail behind three", "abcdefghijklm", 0xb2c69d72},
+      {"tail after three", "abcdefghijklm", 0xb2c69d72},
       {"four groups", "abcdefghijklmnop", 0xb2dab288},
   };
   for (const auto& [label, key, number] : rows) {

@@ -94,7 +94,7 @@ class Run {
 
 // Runs a scenario without failures, and then with its first, second, ... allocation failing, once
 // and from there on. No run leaves blocks or open files, and one that got its memory in the end
-// tells what the first one told.
+// gives what the first one gave.
 void sweep(void (*scenario)(Run&)) {
   const std::size_t before = hosts::allocations();
   Run whole(nullptr, Run::Mode::kOnce);

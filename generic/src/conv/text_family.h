@@ -42,7 +42,7 @@ struct UnicharSource : Unichar {
   }
 };
 
-// For targets that read a literal: half a unit or an unpaired surrogate is in none.
+// For targets that read a literal: no literal contains half a unit or an unpaired surrogate.
 struct UnicharLiteral : UnicharSource {
   static CS_RETCODE read(const Conversion& call, Text& value) {
     static_cast<void>(UnicharSource::read(call, value));

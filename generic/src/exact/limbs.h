@@ -257,6 +257,7 @@ inline void multiply_add(Magnitude& value, Limb factor, Limb addend) {
 
 // value := value / divisor, which is not zero; returns the remainder.
 inline Limb divide_by(Magnitude& value, Limb divisor) {
+  require(divisor != 0);
   Limb* limb = value.data();
   Limb remainder = 0;
   for (std::size_t at = value.size(); at-- > 0;)

@@ -16,6 +16,7 @@ std::optional<Units> product(Units a, Units b) {
 }
 
 std::optional<Units> quotient(Units a, Units b) {
+  require(b != 0);
   const DoubleWord dividend = multiply_words(absolute(a), kUnitsOfOne);
   const Absolute divisor = absolute(b);
   if (dividend.high >= divisor) return std::nullopt;
