@@ -348,6 +348,7 @@ for what, status, arguments, how in (
         os.remove(extra)
     check('files', sorted(os.listdir()), before)
 # A signal, also where unfinished files have to have names; there only SIGKILL leaves them.
+check('the preloaded shim is built', sanitized or os.path.exists(shim), True)
 for number, preload in ((signal.SIGINT, ''), (signal.SIGTERM, ''), (signal.SIGKILL, ''), (signal.SIGINT, shim), (signal.SIGTERM, shim)):
     label = f'signal {number} {preload}'
     if sanitized and preload:
