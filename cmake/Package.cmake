@@ -80,7 +80,7 @@ debian_package(
 debian_package(
   tools comnlib-tools database foreign "libcomnlib${PROJECT_VERSION_MAJOR} ${this}, comnlib-home ${this}, libc6 (>= 2.34), libstdc++6, libgcc-s1, zlib1g"
   "common services of a database stack, programs"
-  "${text}\n.\nThe program rowcopy copies CSV files into records and back.")
+  "${text}\n.\nThe program rowcopy copies CSV files into records.")
 debian_package(
   documentation comnlib-doc doc "" "" "common services of a database stack, documentation"
   "${text}\n.\nThe guides, the API reference and the manual pages.")

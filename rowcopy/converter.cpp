@@ -50,6 +50,11 @@ std::vector<char> room_for(const Datatype& type, std::size_t rows) {
 
 // The bytes of a stored value that count: those after a varying value's own length do not.
 std::size_t used_bytes(const Datatype& type, const char* value, CS_INT length) {
+  // From binary numbers the library gives the length of the whole record.
+  if (type.code == CS_NUMERIC_TYPE && length > 0)
+    return std::min(offsetof(CS_NUMERIC, array) +
+                        static_cast<std::size_t>(comn_num_getlen(static_cast<CS_BYTE>(*value))),
+                    static_cast<std::size_t>(length));
   if (!is_varying(type.code)) return static_cast<std::size_t>(length);
   CS_SMALLINT count = 0;
   std::memcpy(&count, value, sizeof count);
@@ -280,12 +285,13 @@ void ColumnConverter::read_again(const FieldColumn& fields, Values values, Value
   const Values again{again_values_.data(), static_cast<std::size_t>(type_.size)};
   rereader_.read({rooms.first, nullptr, sources_.data(), fields.count, rooms.stride}, again,
                  again_);
+  const auto used_of = [&](const char* value, CS_INT length) {
+    return std::string_view(value, used_bytes(type_, value, length));
+  };
   for (std::size_t row = 0; row < fields.count; ++row) {
-    const CS_INT length = values_.lengths[row];
     if (sources_[row] == kNull) continue;
     if (again_.codes[row] == CS_SUCCEED &&
-        (again_.lengths[row] != length ||
-         std::memcmp(again[row], values[row], used_bytes(type_, values[row], length)) != 0))
+        used_of(again[row], again_.lengths[row]) != used_of(values[row], values_.lengths[row]))
       again_.codes[row] = CS_FAIL;
     strays_ += again_.codes[row] == CS_SUCCEED ? 0 : 1;
   }

@@ -136,8 +136,8 @@ Decimal read_as(std::string_view text) {
     } else if (c == '-') {
       number.negative = true;
     } else if (c == ',') {
-      number.foreign |=
-          after_point || group == 0 || group > kGroup || !begins_group(text.substr(at + 1));
+      number.foreign |= after_point || group == 0 || group > kGroup || magnitude == 0 ||
+                        !begins_group(text.substr(at + 1));
       group = 0;
     } else if ((c == 'e' || c == 'E') && number.has_digits) {
       number.exponent += read_exponent(text.substr(at + 1), text);

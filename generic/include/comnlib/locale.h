@@ -246,7 +246,7 @@ COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, 
 
 /**
  * How a locale writes the digits of numbers, or of money. The texts have no NUL, are in the
- * locale's character set, and stay until com_intl_loccache_drop.
+ * locale's character set, never null, and stay until com_intl_loccache_drop.
  */
 typedef struct com_digits {
   const CS_CHAR* decimal;   /**< the decimal mark */

@@ -242,13 +242,18 @@ CS_RETCODE conventions_of(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsL
   return CS_SUCCEED;
 }
 
+// A text that the file leaves out is empty, not null.
+const CS_CHAR* text_of(std::string_view text) {
+  return text.empty() ? "" : text.data();
+}
+
 com_digits digits_of(const DigitConventions& digits, std::string_view symbol, SymbolPlace place) {
-  return {digits.decimal_point.data(),
+  return {text_of(digits.decimal_point),
           length_of(digits.decimal_point),
-          digits.group_separator.data(),
+          text_of(digits.group_separator),
           length_of(digits.group_separator),
           digits.group_size,
-          symbol.data(),
+          text_of(symbol),
           length_of(symbol),
           place == SymbolPlace::kAfter ? 1 : 0};
 }
