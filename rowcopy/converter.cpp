@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "fatal.h"
 #include "iso_date.h"
@@ -248,14 +249,20 @@ void ColumnConverter::write_dates(std::size_t count, Values values, Values rooms
   }
 }
 
-// The library's text of infinities does not read as such, and it always writes 17 digits.
+// The library's text of infinities does not read as such, that of -0 has no sign, and it always
+// writes 17 digits. The shortest text of the largest single is above it as a double.
 void ColumnConverter::write_floats(std::size_t count, Values values, Values rooms) {
   const auto write = [&]<class Float>(std::size_t row, Float number) {
     std::memcpy(&number, values[row], sizeof number);
-    if (std::isfinite(number) && !short_floats_) return;
+    const bool reads_back = std::isfinite(number) && (number != 0 || !std::signbit(number));
+    if (reads_back && !short_floats_) return;
     char* const room = rooms[row];
-    texts_.lengths[row] =
-        static_cast<CS_INT>(std::to_chars(room, room + type_.text_size, number).ptr - room);
+    char* const end = room + type_.text_size;
+    const bool largest = std::abs(number) == std::numeric_limits<Float>::max();
+    texts_.lengths[row] = static_cast<CS_INT>(
+        (largest ? std::to_chars(room, end, double{number}) : std::to_chars(room, end, number))
+            .ptr -
+        room);
   };
   for (std::size_t row = 0; row < count; ++row) {
     if (sources_[row] == kNull) continue;
