@@ -32,7 +32,7 @@ install(FILES companion/intl.h generic/include/comnlib/for_${COMNLIB_TARGET}.h
 set(home_dir ${CMAKE_INSTALL_DATADIR}/comnlib/home)
 install(DIRECTORY home/ DESTINATION ${home_dir} COMPONENT home)
 install(FILES tools/valgrind.supp DESTINATION ${CMAKE_INSTALL_DATADIR}/comnlib COMPONENT development)
-install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
+install(FILES README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
         PATTERN Doxyfile EXCLUDE)
