@@ -6,31 +6,23 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "comnlib/column.h"
 #include "comnlib/convert.h"
+#include "comnlib/numeric.h"
+#include "support/hosts.h"
+#include "support/table.h"
 
 namespace conversion {
 
 constexpr CS_BYTE kCanary = 0xA5;
 constexpr std::size_t kGuard = 300;  // bytes after maxlength; a varchar fits too
 
-// A context with default tables.
-struct Context : CS_CONTEXT {
-  Context() : CS_CONTEXT{} {
-    EXPECT_EQ(CS_SUCCEED, com_conv_init(this));
-    EXPECT_EQ(CS_SUCCEED, com_null_init(this));
-  }
-  ~Context() {
-    com_null_free(this);
-    com_conv_free(this);
-  }
-  Context(const Context&) = delete;
-  Context& operator=(const Context&) = delete;
-};
+using Context = hosts::ConversionContext;
 
 inline CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0, CS_INT format = 0) {
   CS_DATAFMT made{};
@@ -170,6 +162,96 @@ inline std::string stop_text(auto call) {
   waitpid(child, &status, 0);
   const std::string text = testing::internal::GetCapturedStderr();
   return WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT ? text : "";
+}
+
+// --- Tables of conversions -----------------------------------------------------------------------
+
+// A datatype by its name without "CS_" and "_TYPE", in small letters.
+inline CS_INT type_of(const std::string& name) {
+  constexpr std::array<std::string_view, CS_BUILTIN_TYPES> kNames = {
+      "char",        "binary",   "longchar", "longbinary", "text",    "image",     "tinyint",
+      "smallint",    "int",      "real",     "float",      "bit",     "datetime",  "datetime4",
+      "money",       "money4",   "numeric",  "decimal",    "varchar", "varbinary", "long",
+      "sensitivity", "boundary", "void",     "ushort",     "unichar"};
+  const auto at = std::ranges::find(kNames, name) - kNames.begin();
+  EXPECT_GT(CS_BUILTIN_TYPES, at) << name;
+  return static_cast<CS_INT>(at);
+}
+
+// The bytes of a value: of a number by its text, of money with four decimals, of a numeric by
+// "precision,scale,integer", of a date by "day,time", of all else by its characters or bytes.
+inline std::string bytes_as(CS_INT type, const std::string& text) {
+  if (text.empty()) return "";
+  std::string units = text;
+  std::erase(units, '.');
+  const table::Fields parts = table::split(text, ',');
+  const auto part = [&](std::size_t at) { return table::number(parts[at]); };
+  switch (type) {
+    case CS_REAL_TYPE:
+      return bytes_of(std::strtof(text.c_str(), nullptr));
+    case CS_FLOAT_TYPE:
+      return bytes_of(std::strtod(text.c_str(), nullptr));
+    case CS_TINYINT_TYPE:
+    case CS_SMALLINT_TYPE:
+    case CS_INT_TYPE:
+    case CS_LONG_TYPE:
+    case CS_BIT_TYPE:
+    case CS_MONEY4_TYPE: {
+      const auto size = type == CS_LONG_TYPE ? 8 : comn_typelen(type, 0);
+      return bytes_of(std::stoll(units)).substr(0, static_cast<std::size_t>(size));
+    }
+    case CS_MONEY_TYPE:
+      return bytes_of(std::stoll(units) >> 32).substr(0, 4) +
+             bytes_of(std::stoll(units)).substr(0, 4);
+    case CS_DATETIME_TYPE:
+      return bytes_of(CS_DATETIME{part(0), part(1)});
+    case CS_DATETIME4_TYPE:
+      return bytes_of(
+          CS_DATETIME4{static_cast<CS_USHORT>(part(0)), static_cast<CS_USHORT>(part(1))});
+    case CS_NUMERIC_TYPE:
+    case CS_DECIMAL_TYPE:
+      return std::string{static_cast<char>(part(0)), static_cast<char>(part(1))} +
+             table::magnitude_of(parts[2], static_cast<std::size_t>(comn_num_getlen(part(0))));
+    default:
+      return text_as(type == CS_UNICHAR_TYPE ? type : CS_CHAR_TYPE, table::text_of(text)).bytes;
+  }
+}
+
+// A result code by its name.
+inline CS_RETCODE code_of(const std::string& name) {
+  CS_RETCODE code = CS_SUCCEED;
+  while (code > CS_CVT_SUBSTITUTED && name != comn_result_name(code)) --code;
+  EXPECT_EQ(name, comn_result_name(code));
+  return code;
+}
+
+// A line "source | value | target | size | format | result | length | code". The size is a room,
+// maybe with the decimals of money, or precision and scale; "source" is the source's own. The
+// length is that of the result where none is given; a numeric of a record's length is zero after
+// its value.
+inline Row row_of(const table::Fields& line) {
+  const CS_INT source = type_of(line[0]), target = type_of(line[2]);
+  const bool text = has_length(source) || source == CS_VARCHAR_TYPE || source == CS_VARBINARY_TYPE;
+  Encoded value = text ? text_as(source, table::text_of(line[1]))
+                       : Encoded{format_of(source), bytes_as(source, line[1])};
+  if (source == CS_NUMERIC_TYPE) value.bytes.resize(sizeof(CS_NUMERIC));
+  const table::Fields sizes = table::split(line[3], ',');
+  const auto size = [&](std::size_t at) {
+    return sizes[at] == "source" ? CS_INT{CS_USE_SRCVALUE} : table::number(sizes[at]);
+  };
+  const bool numeric = target == CS_NUMERIC_TYPE || target == CS_DECIMAL_TYPE;
+  CS_DATAFMT to = numeric ? numeric_format(size(0), size(1), target) : format_of(target, size(0));
+  if (!numeric) to.precision = size(1);
+  for (const auto& [name, format] : {std::pair{"term", CS_DFMT_NULLTERM},
+                                     {"nulls", CS_DFMT_PADNULL},
+                                     {"blanks", CS_DFMT_PADBLANK},
+                                     {"quotes", CS_DFMT_ESCQUOTE}})
+    if (line[4].find(name) != std::string::npos) to.format |= format;
+  Row row{value, to, code_of(line[7]), bytes_as(target, line[5])};
+  if (line[6].empty()) return row;
+  row.length = table::number(line[6]);
+  if (numeric && !row.bytes.empty()) row.bytes.resize(static_cast<std::size_t>(row.length));
+  return row;
 }
 
 }  // namespace conversion

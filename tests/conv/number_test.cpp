@@ -161,20 +161,6 @@ TEST(Numbers, SourcesOutsideTheirDomainWriteNothing) {
   }
 }
 
-// Numbers have no precision of their own that a marker could ask for; a text has.
-TEST(Numbers, ToNumericJudgesTheFormatFirst) {
-  Context context;
-  for (const CS_DATAFMT& to : {numeric_format(0, 0), numeric_format(78, 0), numeric_format(5, 78),
-                               numeric_format(5, -1), numeric_format(CS_USE_SRCVALUE, 0)}) {
-    const CS_RETCODE code = to.precision == 5 ? CS_CVT_SCALE : CS_CVT_PRECISION;
-    check(context, {value_of(CS_INT_TYPE, 7), to, code, "", 35});
-    check(context, {value_of(CS_FLOAT_TYPE, 0.5), to, code, "", 35});
-    if (to.precision == CS_USE_SRCVALUE) continue;
-    check(context, {text_as(CS_VARCHAR_TYPE, "1"), to, code, ""});
-    check(context, {text_as(CS_UNICHAR_TYPE, "1"), to, code, ""});
-  }
-}
-
 TEST(Numbers, TextIgnoresTheLocale) {
   const scratch::Variable locales("LOCPATH", COMNLIB_LOCALES);
   ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));

@@ -74,101 +74,42 @@ TEST(Literals, ShortNumbersOfEveryLayout) {
   }
 }
 
-TEST(Literals, ValuesRangesAndSyntax) {
+TEST(Literals, OfTheTable) {
+  Context context;
+  table::for_each_line("conv/data/literals.txt", [&](const table::Fields& line) {
+    const Row row = row_of({"char", line[0], line[1], line[2], "", line[3], "", line[4]});
+    check_text(context, row.source.bytes, row.to, row.code, row.bytes);
+  });
+}
+
+// A float's literal has any length, and every digit of it counts; a NUL ends it.
+TEST(Literals, OfAnyLength) {
   constexpr double kMax = std::numeric_limits<double>::max();
-  constexpr double kSmallest = std::numeric_limits<double>::min();
-  constexpr CS_INT kOwn = CS_USE_SRCVALUE;
   const std::string zeros(3000, '0'), digits(1024, '0');
   // Halfway between 1 and the next double, and so rounded to 1 unless more follows.
   const std::string half = "1.00000000000000011102230246251565404236316680908203125";
-  const double next = std::nextafter(1.0, 2.0);
   Context context;
-  const auto literal = [&](const std::string& text, const CS_DATAFMT& to, CS_RETCODE code,
-                           const std::string& bytes) {
-    check_text(context, text, to, code, bytes);
-  };
-  const auto number = [&](const std::string& text, CS_INT type, CS_RETCODE code, auto value) {
-    literal(text, format_of(type, sizeof value), code, bytes_of(value));
-  };
   const auto floating = [&](const std::string& text, CS_RETCODE code, CS_FLOAT value) {
-    number(text, CS_FLOAT_TYPE, code, value);
+    check_text(context, text, format_of(CS_FLOAT_TYPE), code, bytes_of(value));
   };
-  const auto numeric = [&](const char* text, CS_INT precision, CS_INT scale, CS_RETCODE code,
-                           const std::string& bytes) {
-    literal(text, numeric_format(precision, scale), code, bytes);
-  };
-  const auto binary = [&](const char* text, CS_RETCODE code, const std::string& bytes) {
-    literal(text, format_of(CS_BINARY_TYPE, 2), code, bytes);
-  };
-  number(" 255 ", CS_TINYINT_TYPE, kDone, CS_TINYINT{255});
-  number("-0", CS_TINYINT_TYPE, kDone, CS_TINYINT{0});
-  number("+00000000000000000000000000032767", CS_SMALLINT_TYPE, kDone, CS_SMALLINT{32767});
-  number("-32769", CS_SMALLINT_TYPE, kOver, CS_SMALLINT{-32768});
-  number("2147483647\t\n", CS_INT_TYPE, kDone, 2147483647);
-  number("-99999999999999999999999999", CS_INT_TYPE, kOver, INT32_MIN);
-  number("-256", CS_BIT_TYPE, kDone, CS_BIT{1});
-  number("4294967296", CS_BIT_TYPE, kOver, CS_BIT{1});
-  floating("0.1", kDone, 0.1);
-  floating("+.25", kDone, 0.25);
-  floating("5.", kDone, 5);
-  floating("2.2250738585072014e-308", kDone, kSmallest);
-  // Below that number, though its nearest double.
-  floating("2.2250738585072012e-308", kUnder, kSmallest);
-  floating("-1.5e-310", kUnder, -1.5e-310);
-  floating("4.9e-324", kUnder, std::numeric_limits<double>::denorm_min());
-  floating("1e309", kOver, kMax);
-  floating("0.01e+400", kOver, kMax);
-  floating("-1e99999999999999999999", kOver, -kMax);
-  floating("1e-400", kUnder, 0);
-  floating("-0.00000001e-320", kUnder, -0.0);
-  floating("1000000000000e-99999999999999999999", kUnder, 0);
-  number("-1e39", CS_REAL_TYPE, kOver, -std::numeric_limits<float>::max());
-  number("-1e-310", CS_REAL_TYPE, kUnder, -0.0F);
-  number("1e-40", CS_REAL_TYPE, kDone, 1e-40F);
-  numeric("12.34", 4, 2, kDone, "\4\2\0\4\xD2"s);
-  numeric("12.345", 5, 2, kCut, "\5\2\0\0\4\xD2"s);
-  numeric("12.340", 5, 2, kDone, "\5\2\0\0\4\xD2"s);
-  numeric("123.45", 4, 2, kOver, "\4\2\0\0\0"s);
-  numeric("-1e77", 77, kOwn, kOver, "");
-  numeric("0012.50", kOwn, kOwn, kDone, "\4\2\0\4\xE2"s);
-  numeric("7", kOwn, 0, kDone, "\1\0\0\7"s);
-  numeric("1e2", 5, 0, kDone, "\5\0\0\0\0\x64"s);
-  number("-9223372036854775808", CS_LONG_TYPE, kDone, INT64_MIN);
-  number("9223372036854775808", CS_LONG_TYPE, kOver, INT64_MAX);
-  number("99999999999999999999999", CS_LONG_TYPE, kOver, INT64_MAX);
-  number("$1,234.5", CS_MONEY_TYPE, kDone, CS_MONEY{0, 12345000});
-  number("-0.0001", CS_MONEY_TYPE, kDone, CS_MONEY{-1, 0xFFFFFFFF});
-  number("2000-02-29 23:59:59.999", CS_DATETIME_TYPE, kDone, CS_DATETIME{36583, 25919999});
-  number("Feb 3 1999 4:05PM", CS_DATETIME4_TYPE, kDone, CS_DATETIME4{36192, 965});
-  binary("0x1aF", kDone, "\x01\xAF");
-  binary("00ff", kDone, "\0\xFF"s);
-  binary("0x", kDone, "");
-  binary("0X12", kDone, "\x12");
-  binary("123456", kCut, "\x12\x34");
-  binary("12345", kCut, "\x01\x23");
-  literal("1900-02-29", format_of(CS_DATETIME_TYPE), kOver, "");
-  // A float's literal has any length, and every digit of it counts; a NUL ends it.
   floating(half + zeros, kDone, 1);
-  floating(half + zeros + "1", kDone, next);
-  floating(zeros + half + zeros + "1e+0" + zeros, kDone, next);
+  floating(half + zeros + "1", kDone, std::nextafter(1.0, 2.0));
+  floating(zeros + half + zeros + "1e+0" + zeros, kDone, std::nextafter(1.0, 2.0));
   floating("1" + zeros + "e-3000", kDone, 1);
   floating("-0." + zeros + "25e" + zeros + "3001", kDone, -2.5);
   floating("1" + zeros, kOver, kMax);
   floating("0." + zeros + "1e10", kUnder, 0);
   floating(zeros + "e999999999999999999999", kDone, 0);
-  floating("42\0junk"s, kDone, 42);
   floating("42\0junk"s + zeros, kDone, 42);
-  literal(digits + ' ', numeric_format(2, 0), kDone, "\2\0\0\0"s);
-  for (const std::string& text : {""s, "."s, "1e"s, "1,5"s, zeros + "e", zeros + " 1"})
-    literal(text, format_of(CS_FLOAT_TYPE), kSyntax, "");
-  for (const char* const text : {"", "- 5"}) literal(text, format_of(CS_INT_TYPE), kSyntax, "");
-  for (const char* const text : {" 12", "0x0x1"}) binary(text, kSyntax, "");
+  for (const std::string& text : {zeros + "e", zeros + " 1"})
+    check_text(context, text, format_of(CS_FLOAT_TYPE), kSyntax, "");
   // A NUL ends a numeric's text where its format says so.
   const CS_DATAFMT to = numeric_format(2, 0, CS_DECIMAL_TYPE);
   for (const std::string& text : {"42\0junk"s, "42\0junk"s + zeros}) {
     check_text(context, text, to, kDone, "\2\0\0\x2A"s, kTerm);
     check_text(context, text, to, kSyntax, "");
   }
+  check_text(context, digits + ' ', to, kDone, "\2\0\0\0"s);
   check_text(context, digits + '0', to, kSyntax, "");  // a digit too many for a numeric
 }
 
@@ -187,43 +128,20 @@ struct Locale : CS_LOCALE {
   CsLocCache entry{};
 };
 
-// The set of which 0x81 begins characters by their second bytes' ASCII forms, 0x83 others.
 TEST(TwoByteText, WholeCharactersQuotesAndDigits) {
   const TwoByteSet set;
   Locale locale(set.attrib());
   Context context;
   context.ctxlocale = &locale;
-  const std::string text = "a\x83\x40\x83\x41";
-  const auto check_char = [&](const std::string& source, const CS_DATAFMT& to, CS_RETCODE code,
-                              const std::string& bytes, CS_INT length = -1) {
-    check(context, {text_as(CS_CHAR_TYPE, source), to, code, bytes, length});
-  };
-  const auto character = [](CS_INT room, CS_INT format = 0) {
-    return format_of(CS_CHAR_TYPE, room, format);
-  };
-  check_char(text, character(4, kTerm), kCut, "a\x83\x40\0"s, 3);
-  check_char(text, character(5), kDone, text);
-  // What the source itself cuts is not lost, unless the destination is shorter.
-  check_char("ab\x83", character(3), kDone, "ab\x83");
-  check_char("ab\x83", character(5, kBlanks), kDone, "ab\x83  ");
-  check_char("ab\x83", format_of(CS_SENSITIVITY_TYPE, 9), kDone, "ab\x83");
-  check_char("ab\x83", format_of(CS_BOUNDARY_TYPE, 2), kCut, "ab");
-  check_char("\x83", format_of(CS_VARCHAR_TYPE), kDone, "\1\0\x83"s, 258);
-  check_char("\x81'", character(20, kQuotes), kDone, "\x81'\x81'");
-  check_char("\x83'", character(20, kQuotes), kDone, "\x83'");
-  check_char("\x81'", character(3, kQuotes), kCut, "");
-  check_char("'\x81", character(9, kQuotes), kDone, "''\x81");
-  check_char("'\x81", character(2, kQuotes), kCut, "''");
-  check_char("\x81\x34\x81\x32 ", format_of(CS_INT_TYPE), kDone, bytes_of(42));
-  check_char("4\x81", format_of(CS_INT_TYPE), kSyntax, "");
-  check_char("\x83\x34", format_of(CS_INT_TYPE), kSyntax, "");
-  check_char("\x81\x34.5", format_of(CS_FLOAT_TYPE), kDone, bytes_of(4.5));
-  check_char("\x81\x32\x30\x30\x30-1-2", format_of(CS_DATETIME_TYPE), kDone,
-             bytes_of(CS_DATETIME{36525, 0}));
+  table::for_each_line("conv/data/two_byte_text.txt",
+                       [&](const table::Fields& line) { check(context, row_of(line)); });
   // A set of single bytes has no widths; its lower-case letters are its ASCII forms.
   locale.desc.char_attrib = const_cast<char_attrib*>(com_get_charattrib());
-  check_char(" 42 ", format_of(CS_INT_TYPE), kDone, bytes_of(42));
-  check_char("4E2\0x"s, format_of(CS_FLOAT_TYPE), kDone, bytes_of(400.0));
+  for (const Row& row :
+       {Row{text_as(CS_CHAR_TYPE, " 42 "), format_of(CS_INT_TYPE), kDone, bytes_of(42)},
+        Row{text_as(CS_CHAR_TYPE, "4E2\0x"s), format_of(CS_FLOAT_TYPE), kDone, bytes_of(400.0)}})
+    check(context, row);
+  const std::string text = "a\x83\x40\x83\x41";
   EXPECT_EQ(5, comnb_truncate_chars(set.attrib(), text.data(), 5, 9));
   EXPECT_EQ(4, comnb_truncate_chars(set.attrib(), text.data(), 4, 4)) << "the source cuts";
   EXPECT_EQ(3, comnb_truncate_chars(set.attrib(), text.data(), 5, 4)) << "the destination cuts";
