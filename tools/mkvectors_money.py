@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes tests/exact/data/money_vectors.inc: expected results of money arithmetic and text, computed with
+"""Writes tests/exact/data/money_vectors.tsv: expected results of money arithmetic and text, computed with
 Python's integers and decimals. The output never varies."""
 import pathlib
 import random
@@ -69,10 +69,6 @@ CHOSEN = {"div8": [(8716914761532992418, 634566597789), (-8696966597387106895, 1
           "mul8": [(9222449791875588249, 20002)]}
 
 
-def literal(value):
-    return "INT64_MIN" if value == WIDE[0] else f"{value}LL"
-
-
 def formatted(value, decimals, grouped):
     kept = (Decimal(abs(value)) / ONE).quantize(Decimal(1).scaleb(-decimals), ROUND_HALF_UP)
     return ("-" if value < 0 else "") + (f"{kept:,}" if grouped else f"{kept}")
@@ -122,20 +118,18 @@ def parse_rows(rng):
 
 def main():
     rng = random.Random(20010203)
-    lines = ["// Written by tools/mkvectors_money.py; do not edit."]
+    rows = []
     for size, limits, count in (("8", WIDE, 24), ("4", SMALL, 12)):
         for name in OPERATIONS:
-            rows = operands(rng, name, limits, count if name in ("mul", "div") else 0)
-            for a, b in rows + CHOSEN.get(name + size, []):
-                status, result = expected(name, a, b, limits)
-                values = ", ".join(literal(value) for value in (a, b))
-                lines.append(f"{name}{size}({values}, {status}, {literal(result)});")
+            pairs = operands(rng, name, limits, count if name in ("mul", "div") else 0)
+            for a, b in pairs + CHOSEN.get(name + size, []):
+                rows.append((name + size, a, b, *expected(name, a, b, limits)))
     for value, decimals, grouped, text in format_rows(rng):
-        lines.append(f'format({literal(value)}, {decimals}, {int(grouped)}, "{text}");')
-    for text, status, value in parse_rows(rng):
-        lines.append(f'parse("{text}", {status}, {literal(value)});')
-    vectors = pathlib.Path(__file__).parent.parent / "tests/exact/data/money_vectors.inc"
-    vectors.write_text("\n".join(lines) + "\n", encoding="ascii")
+        rows.append(("format", value, decimals, int(grouped), text))
+    for row in parse_rows(rng):
+        rows.append(("parse", *row))
+    vectors = pathlib.Path(__file__).parent.parent / "tests/exact/data/money_vectors.tsv"
+    vectors.write_text("".join("\t".join(map(str, row)) + "\n" for row in rows), encoding="ascii")
 
 
 if __name__ == "__main__":

@@ -534,13 +534,21 @@ def to_doubles():
         yield [n, struct.pack(">d", -value if n.negative else value).hex()]
 
 
+def powers_of_ten():
+    """The first 96 bits of each power, the rest cut off."""
+    for n in range(-324, 341):
+        power = 10**n if n >= 0 else 2**1300 // 10**-n
+        bits = power << 96
+        yield [n, f"{bits >> bits.bit_length() - 96:024x}"]
+
+
 def main():
     directory = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else
                              pathlib.Path(__file__).parent.parent / "tests/exact/data")
     directory.mkdir(parents=True, exist_ok=True)
     for name, rows in [("operations", operations()), ("kernel", kernel()),
                        ("rescalings", rescalings()), ("texts", texts()), ("doubles", doubles()),
-                       ("to_doubles", to_doubles())]:
+                       ("to_doubles", to_doubles()), ("powers_of_ten", powers_of_ten())]:
         lines = ["\t".join(map(str, row)) for row in rows]
         (directory / f"numeric_{name}.tsv").write_text("\n".join(lines) + "\n")
 

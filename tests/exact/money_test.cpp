@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeaux.h"
+#include "support/table.h"
 #include "support/two_byte_set.h"
 
 namespace {
@@ -35,59 +37,108 @@ std::int64_t units(const CS_MONEY4& m) {
 
 using Outcome = std::pair<CS_INT, std::int64_t>;  // a status and the value that came with it
 
-// --- vectors
+// --- tables: arithmetic and other operations under all of their names, and text
 
-// An operation under all of its names; the result is written once beside the operands and once over
-// the second one.
-template <class Record, Record (*record)(std::int64_t)>
-struct Arithmetic {
-  const char* name;
-  std::vector<CS_RETCODE (*)(const Record*, const Record*, Record*)> routines;
-
-  void operator()(std::int64_t left, std::int64_t right, CS_INT status, std::int64_t result) const {
-    SCOPED_TRACE(testing::Message() << name << ' ' << left << ' ' << right);
-    const Outcome expected(comnlib::exact_code(status), result);
-    for (const auto routine : routines) {
-      const Record a = record(left);
-      Record b = record(right), r = a;
-      const CS_RETCODE code = routine(&a, &b, &r);
-      EXPECT_EQ(expected, Outcome(code, units(r)));
-      const CS_RETCODE over_operand = routine(&a, &b, &b);
-      EXPECT_EQ(expected, Outcome(over_operand, units(b)));
-    }
-  }
+template <class Record>
+struct Call {
+  const Record *left, *right;
+  Record* result;  // holds the left operand at first
+  CS_INT argument, more;
 };
-using Wide = Arithmetic<CS_MONEY, wide>;
-using Small = Arithmetic<CS_MONEY4, narrow>;
 
-void format(std::int64_t value, CS_INT decimals, CS_INT grouped, const char* text) {
-  const CS_MONEY m = wide(value);
-  CS_CHAR buffer[26];
-  EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, grouped, decimals), text);
+template <class Record>
+using Operations = std::map<std::string, std::vector<CS_INT (*)(const Call<Record>&)>>;
+
+// Where the result of an operation is written over its right operand.
+auto* over_right(const auto& c) {
+  *c.result = *c.right;
+  return c.result;
 }
 
-// The value is compared only on success.
-void parse(std::string_view text, CS_INT status, std::int64_t value = 0,
-           const char_attrib* charset = nullptr) {
-  // The exact size on the heap: a sanitizer sees every byte read beyond.
-  const std::vector<CS_CHAR> exact(text.begin(), text.end());
-  CS_MONEY m;
-  const auto length = static_cast<CS_INT>(exact.size());
-  const CS_INT seen = com__mnyfromchar_mb(&m, exact.data(), length, 0, charset);
-  EXPECT_EQ(Outcome(status, value), Outcome(seen, seen == 0 ? units(m) : value)) << text;
+// A copy has to overwrite something.
+auto* spoilt(const auto& c) {
+  std::memset(c.result, 77, sizeof *c.result);
+  return c.result;
+}
+
+#define NAMED(name, ...) [](const auto& c) -> CS_INT { return name(__VA_ARGS__); }
+#define BOTH(name, ...) NAMED(comn_##name, __VA_ARGS__), NAMED(com_##name, __VA_ARGS__)
+#define ARITHMETIC(name) \
+  BOTH(name, c.left, c.right, c.result), BOTH(name, c.left, over_right(c), c.result)
+
+const Operations<CS_MONEY> kWide = {
+    {"add8", {ARITHMETIC(mnyadd)}},
+    {"sub8", {ARITHMETIC(mnysub)}},
+    {"mul8", {ARITHMETIC(mnymul)}},
+    {"div8", {ARITHMETIC(mnydivide), ARITHMETIC(mnyxdiv)}},
+    {"zero8", {BOTH(mnyzero, c.result)}},
+    {"maxpos8", {BOTH(mnymaxpos, c.result)}},
+    {"maxneg8", {BOTH(mnymaxneg, c.result)}},
+    {"copy8", {BOTH(mnycopy, c.left, spoilt(c))}},
+    {"minus8", {BOTH(mnyminus, c.left, spoilt(c))}},
+    {"inc8", {BOTH(mnyinc, c.result)}},
+    {"dec8", {BOTH(mnydec, c.result)}},
+    {"down8", {BOTH(mnydown, c.result, c.argument)}},
+    {"scale8", {BOTH(mnyscale, c.result, c.argument, c.more)}},
+};
+const Operations<CS_MONEY4> kSmall = {
+    {"add4", {ARITHMETIC(mny4add)}},
+    {"sub4", {ARITHMETIC(mny4sub)}},
+    {"mul4", {ARITHMETIC(mny4mul)}},
+    {"div4", {ARITHMETIC(mny4divide)}},
+    {"zero4", {BOTH(mny4zero, c.result)}},
+    {"copy4", {BOTH(mny4copy, c.left, spoilt(c))}},
+    {"minus4", {BOTH(mny4minus, c.left, spoilt(c))}},
+};
+
+// "operation, value, other operand or arguments, status, result". mnydown returns a remainder, the
+// others the result code of a status.
+template <class Record>
+void check_operation(const Operations<Record>& operations, Record (*record)(std::int64_t),
+                     const table::Fields& line) {
+  const int status = table::number(line[3]);
+  const Outcome expected(line[0] == "down8" ? status : comnlib::exact_code(status),
+                         std::stoll(line[4]));
+  const table::Fields arguments = table::split(line[2], ',');
+  for (const auto routine : operations.at(line[0])) {
+    const Record left = record(std::stoll(line[1])), right = record(std::atoll(line[2].c_str()));
+    Record result = left;
+    const CS_INT code =
+        routine({&left, &right, &result, table::number(arguments[0]), table::number(arguments[1])});
+    EXPECT_EQ(expected, Outcome(code, units(result)));
+  }
+}
+
+void check_line(const table::Fields& line) {
+  static const TwoByteSet two_byte_set;
+  if (line[0] == "format") {  // value, decimals, grouped, text
+    const CS_MONEY m = wide(std::stoll(line[1]));
+    const CS_INT decimals = table::number(line[2]), grouped = table::number(line[3]);
+    CS_CHAR buffer[26];
+    EXPECT_EQ(line[4], com_precmnytochar(&m, buffer, sizeof buffer, grouped, decimals));
+  } else if (line[0].starts_with("parse")) {  // text, status, value, compared only on success
+    // The exact size on the heap: a sanitizer sees every byte read beyond.
+    const std::string text = table::text_of(line[1]);
+    const std::vector<CS_CHAR> exact(text.begin(), text.end());
+    CS_MONEY m;
+    const CS_INT status =
+        com__mnyfromchar_mb(&m, exact.data(), static_cast<CS_INT>(exact.size()), 0,
+                            line[0] == "parse_two_bytes" ? two_byte_set.attrib() : nullptr);
+    const std::int64_t value = status == 0 ? units(m) : std::stoll(line[3]);
+    EXPECT_EQ(Outcome(table::number(line[2]), std::stoll(line[3])), Outcome(status, value));
+  } else if (kWide.contains(line[0])) {
+    check_operation(kWide, wide, line);
+  } else {
+    check_operation(kSmall, narrow, line);
+  }
 }
 
 TEST(Money, AgreesWithVectors) {
-  const Wide add8{"add8", {comn_mnyadd, com_mnyadd}}, sub8{"sub8", {comn_mnysub, com_mnysub}};
-  const Wide mul8{"mul8", {comn_mnymul, com_mnymul}};
-  const Wide div8{"div8", {comn_mnydivide, com_mnydivide, comn_mnyxdiv, com_mnyxdiv}};
-  const Small add4{"add4", {comn_mny4add, com_mny4add}}, sub4{"sub4", {comn_mny4sub, com_mny4sub}};
-  const Small mul4{"mul4", {comn_mny4mul, com_mny4mul}};
-  const Small div4{"div4", {comn_mny4divide, com_mny4divide}};
-#include "data/money_vectors.inc"
+  table::for_each_line("exact/data/money_vectors.tsv", check_line);
+  table::for_each_line("exact/data/money_cases.txt", check_line);
 }
 
-// --- the other operations
+// --- what no line of the tables says
 
 TEST(Money, ComparesHighHalvesSignedAndLowHalvesUnsigned) {
   const std::int64_t ascending[] = {INT64_MIN, -0x100000001, -0xFFFFFFFF, kIntMin,     -1,       0,
@@ -107,64 +158,7 @@ TEST(Money, ComparesHighHalvesSignedAndLowHalvesUnsigned) {
   }
 }
 
-// An operation on one record `m`, by its current name and its older one; `other` is another record
-// of the same value. mnydown returns a remainder, the others the result code of a status.
-void change(const char* row, auto record, auto run, std::int64_t from, std::int64_t to,
-            CS_INT status) {
-  const bool answers = std::string_view(row).starts_with("mnydown");
-  const Outcome expected(answers ? status : comnlib::exact_code(status), to);
-  for (const bool older : {false, true}) {
-    const auto other = record(from);
-    auto m = other;
-    const CS_INT result = run(&m, other, older);
-    EXPECT_EQ(expected, Outcome(result, units(m))) << row << ' ' << from << ", older: " << older;
-  }
-}
-
-#define CHANGE(record, operation, arguments, ...)                                              \
-  change(                                                                                      \
-      #operation #arguments, record,                                                           \
-      [](auto* m, [[maybe_unused]] const auto& other, bool older) {                            \
-        return older ? CS_INT{com_##operation arguments} : CS_INT{comn_##operation arguments}; \
-      },                                                                                       \
-      __VA_ARGS__)
-#define WIDE(...) CHANGE(wide, __VA_ARGS__)
-#define SMALL(...) CHANGE(narrow, __VA_ARGS__)
-
-// A copy has to overwrite something.
-auto* spoilt(auto* m) {
-  std::memset(m, 77, sizeof *m);
-  return m;
-}
-
-TEST(Money, OperationsOnOneValue) {
-  WIDE(mnyzero, (m), -7, 0, 0);
-  WIDE(mnymaxpos, (m), 5, INT64_MAX, 0);
-  WIDE(mnymaxneg, (m), 5, INT64_MIN, 0);
-  WIDE(mnycopy, (&other, spoilt(m)), -0x123456789, -0x123456789, 0);
-  WIDE(mnyminus, (&other, spoilt(m)), -7, 7, 0);
-  WIDE(mnyminus, (&other, spoilt(m)), INT64_MIN, INT64_MIN, 1);
-  WIDE(mnyinc, (m), 0xFFFFFFFF, 0x100000000, 0);
-  WIDE(mnyinc, (m), INT64_MAX, INT64_MIN, 1);
-  WIDE(mnydec, (m), 0x100000000, 0xFFFFFFFF, 0);
-  WIDE(mnydec, (m), INT64_MIN, INT64_MAX, 1);
-  SMALL(mny4zero, (m), 5, 0, 0);
-  SMALL(mny4copy, (&other, spoilt(m)), -5, -5, 0);
-  SMALL(mny4minus, (&other, spoilt(m)), 5, -5, 0);
-  SMALL(mny4minus, (&other, spoilt(m)), kIntMin, kIntMin, 1);
-  // The divisor has sixteen bits; the remainder is that of the magnitude.
-  WIDE(mnydown, (m, 0x10000 + 1000), -123456, -123, 456);
-  WIDE(mnydown, (m, 0x10000), 99, 99, 0);
-  WIDE(mnydown, (m, 10), INT64_MIN, -922337203685477580, 8);
-  WIDE(mnydown, (m, -1), INT64_MAX, 140739635871744, 65535 - 32768);
-  // The multiplier is unsigned, and the magnitude stays below bit 63.
-  WIDE(mnyscale, (m, 10, 3), -12, -123, 0);
-  WIDE(mnyscale, (m, -1, 0), 3, 3 * 0xFFFFFFFFLL, 0);
-  WIDE(mnyscale, (m, 0, -5), 123, -5, 0);
-  WIDE(mnyscale, (m, 10, 8), -922337203685477580, -922337203685477580, 1);
-  WIDE(mnyscale, (m, 10, 7), -922337203685477580, -INT64_MAX, 0);
-  WIDE(mnyscale, (m, 1, -3), 10, 7, 0);
-  WIDE(mnyscale, (m, 1, -3), 2, 2, 1);
+TEST(Money, ShiftsOnceForEachBit) {
   for (const auto& [n, shifts] :
        {std::pair{0, 0}, {1, 1}, {3, 2}, {4, 3}, {kIntMax, 31}, {-1, 32}}) {
     CS_MONEY m = wide(-2);
@@ -251,27 +245,6 @@ TEST(MoneyText, FlagsAndRoom) {
   EXPECT_STREQ(com__mny4tochar(&small, buffer, sizeof buffer, 4 << 8), "-214748.3648");
   const CS_MONEY m = wide(-12345);
   EXPECT_STREQ(com_precmnytochar(&m, buffer, sizeof buffer, 3 << 8, -2562), "-1.23");
-}
-
-TEST(MoneyText, Reads) {
-  parse("$1,234.5", 0, 12345000);
-  parse(" - $ 5 ", 0, -50000);
-  parse("$-5", 0, -50000);
-  parse("\2437\t\n", 0, 70000);
-  for (const std::string_view zero : {"", " +$", "."}) parse(zero, 0, 0);
-  parse("1,", 0, 10000);
-  parse("1234567,891,2", 0, 12345678912 * 10000);
-  parse("1,234,.5", 0, 12345000);
-  parse("-9223372036854775808", 1);
-  parse("9223372036854775808x", 1);
-  for (const std::string_view bad :
-       {"1,23,456", ",1", "1.2,3", "1.2.3", "+-1", "$$1", "1$", "1 2", ". 5", "\t1", "1e3"})
-    parse(bad, 2);
-  parse({"1\0", 2}, 2);
-  const TwoByteSet set;  // whole characters
-  parse("\201- \201E\20112\201.\2015\201 ", 0, -125000, set.attrib());
-  for (const std::string_view bad : {"\201E$1", "1\201", "\201", "1\202", "\201x"})
-    parse(bad, 2, 0, set.attrib());
 }
 
 // --- stops

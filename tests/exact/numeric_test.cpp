@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <fstream>
 #include <map>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,6 +15,7 @@
 #include "exact/limbs.h"
 #include "exact/numemath.h"
 #include "exact/numeric.h"
+#include "support/table.h"
 
 using namespace comnlib;
 
@@ -24,48 +23,10 @@ namespace {
 
 constexpr CS_BYTE kGuard = 0xEE;
 
-using Fields = std::vector<std::string>;
+using table::Fields, table::magnitude_of, table::number, table::split;
 
-// As many fields as any line has; those that are missing are empty.
-Fields split(const std::string& text, char at) {
-  Fields fields;
-  std::istringstream in(text);
-  for (std::string field; std::getline(in, field, at);) fields.push_back(field);
-  fields.resize(8);
-  return fields;
-}
-
-// The number that a text begins with.
-int number(const std::string& text) {
-  return std::atoi(text.c_str());
-}
-
-// Calls `check` for each line of a file; a failure names the line.
 void for_each_line(const std::string& name, auto check) {
-  std::ifstream file(std::string(COMNLIB_VECTORS) + "/numeric_" + name + ".tsv");
-  ASSERT_TRUE(file) << name;
-  std::string line;
-  for (int at = 1; std::getline(file, line); ++at) {
-    SCOPED_TRACE(name + ":" + std::to_string(at) + ": " + line);
-    check(split(line, '\t'));
-  }
-}
-
-// Sign byte and big-endian magnitude of a decimal integer.
-std::string bytes_of(std::string_view decimal, std::size_t length) {
-  std::string bytes(length, '\0');
-  const bool negative = decimal.starts_with('-');
-  if (negative) decimal.remove_prefix(1);
-  for (const char digit : decimal) {
-    unsigned carry = static_cast<unsigned>(digit - '0');
-    for (std::size_t at = length; at-- > 1; carry >>= 8) {
-      carry += static_cast<CS_BYTE>(bytes[at]) * 10u;
-      bytes[at] = static_cast<char>(carry);
-    }
-    EXPECT_EQ(carry, 0u) << decimal;
-  }
-  bytes[0] = negative ? 1 : 0;
-  return bytes;
+  table::for_each_line("exact/data/numeric_" + name + ".tsv", check);
 }
 
 std::string bytes_of(const CS_NUMERIC& record) {
@@ -86,7 +47,7 @@ CS_NUMERIC numeric(const std::string& text) {
   record.precision = static_cast<CS_BYTE>(number(fields[0]));
   record.scale = static_cast<CS_BYTE>(number(fields[1]));
   const std::size_t length = fields[2].empty() ? 0 : length_of(record.precision);
-  if (length > 0) std::ranges::copy(bytes_of(fields[2], length), record.array);
+  if (length > 0) std::ranges::copy(magnitude_of(fields[2], length), record.array);
   return record;
 }
 
@@ -105,7 +66,7 @@ class Record {
  public:
   explicit Record(const std::string& text) {
     const Fields fields = split(text.empty() ? "2,1,0,0" : text, ',');
-    const std::string bytes = bytes_of(fields[3], static_cast<std::size_t>(number(fields[0])));
+    const std::string bytes = magnitude_of(fields[3], static_cast<std::size_t>(number(fields[0])));
     bytes_.assign(bytes.begin(), bytes.end());
     record = {number(fields[0]), static_cast<CS_BYTE>(number(fields[1])),
               static_cast<CS_BYTE>(number(fields[2])), bytes_.data()};
@@ -120,7 +81,7 @@ class Record {
   std::string value() const { return {bytes_.begin(), bytes_.begin() + record.len}; }
   // Whether it holds a decimal value.
   void expect(const std::string& decimal) const {
-    EXPECT_EQ(value(), bytes_of(decimal, value().size()));
+    EXPECT_EQ(value(), magnitude_of(decimal, value().size()));
   }
 
   constant record;
@@ -182,7 +143,7 @@ struct Call {
 CS_INT divide_by_10(const Call& c) {
   const CS_INT digit = com__exctnume_divby10(c.target);
   const auto length = static_cast<std::size_t>(c.rest->len);
-  std::ranges::copy(bytes_of(std::to_string(c.target->len), length), c.rest->value);
+  std::ranges::copy(magnitude_of(std::to_string(c.target->len), length), c.rest->value);
   return digit;
 }
 
@@ -223,7 +184,7 @@ TEST(NumericVectors, Kernel) {
         kKernel.at(row[0])({&a.record, &b.record, number(row[4]), &result.record, &rest.record});
     EXPECT_EQ(status, number(row[5]));
     const std::string held = result.value();
-    EXPECT_EQ(held, row[6].empty() ? before : bytes_of(row[6], held.size()));
+    EXPECT_EQ(held, row[6].empty() ? before : magnitude_of(row[6], held.size()));
     if (!row[7].empty()) rest.expect(row[7]);
     EXPECT_EQ(a.value() + b.value(), operands) << "an operand changed";
   });
@@ -250,8 +211,7 @@ TEST(NumericVectors, Rescalings) {
 
 TEST(NumericVectors, Texts) {
   for_each_line("texts", [](const Fields& row) {
-    std::string text = row[0];
-    for (std::size_t at; (at = text.find("\\t")) != text.npos;) text.replace(at, 2, "\t");
+    const std::string text = table::text_of(row[0]);
     Record record = Record::sized(row[1] + "," + row[2]);
     const CS_INT status = com__subchartoexctnume(text.data(), static_cast<CS_INT>(text.size()),
                                                  &record.record, number(row[3]));
@@ -324,8 +284,7 @@ std::string printed(const CS_NUMERIC& value, CS_INT room = 80) {
 }
 
 // Precision, scale and value of a text, or what was left in them by the status of a failure.
-std::string parsed(const std::string& text, CS_BYTE precision = kFromText,
-                   CS_BYTE scale = kFromText, bool rounding = false) {
+std::string parsed(const std::string& text, CS_BYTE precision, CS_BYTE scale, bool rounding) {
   CS_NUMERIC value = numeric("99,99");
   const CS_INT status = parse_numeric(text, precision, scale, rounding, value);
   const std::string size = std::to_string(value.precision) + ',' + std::to_string(value.scale);
@@ -333,31 +292,16 @@ std::string parsed(const std::string& text, CS_BYTE precision = kFromText,
                             : "status " + std::to_string(status) + ": " + size;
 }
 
-// A marked precision or scale becomes what the text needs; otherwise the value is refused.
 TEST(NumericText, WithMarkers) {
-  EXPECT_EQ("1,0,0", parsed("0"));
-  EXPECT_EQ("1,0,-0", parsed("-0"));
-  EXPECT_EQ("1,0,7", parsed("007"));
-  EXPECT_EQ("3,3,0.050", parsed("0.050"));
-  EXPECT_EQ("5,3,12.500", parsed("00012.500"));
-  EXPECT_EQ("4,0,1000", parsed("1e3"));
-  EXPECT_EQ("3,1,-12.5", parsed("-1.25e1"));
-  EXPECT_EQ("5,5,0.00125", parsed("125E-5"));
-  EXPECT_EQ("1,0,5", parsed(" \t+5.  \r\n"));
-  EXPECT_EQ("1,1,0.5", parsed(".5"));
-  EXPECT_EQ("1,0,0", parsed("0e99999999999999999999"));
-  EXPECT_EQ("6,4,12.5000", parsed("12.5", kFromText, 4)) << "what it needs at that scale";
-  EXPECT_EQ("20,1,12.5", parsed("12.5", 20, kFromText));
-  EXPECT_EQ("5,1,13.0", parsed("12.987", kFromText, 1, true)) << "dropped digits were written";
-  const std::string nines(2000, '9');  // more than any magnitude has room for
-  for (const std::string& text :
-       {std::string("1e77"), std::string("1e99999999999999999999"), nines})
-    EXPECT_EQ("status 1: 99,99", parsed(text)) << text;
-  for (const char* const text : {"1e-78", "-1e-99999999999999999999"})
-    EXPECT_EQ("status 6: 77,77", parsed(text)) << text;
-  for (const char* const text : {"", "   ", ".", "-", "- 5", "+-5", "5-", "1.2.3", "1,5", "e5",
-                                 "1e", "1e+", "1e 5", "1e5.0", "5 5", "\n5", "0x10", "inf"})
-    EXPECT_EQ("status 2: 99,99", parsed(text)) << text;
+  const auto given = [](const std::string& field) {
+    return field.empty() ? kFromText : static_cast<CS_BYTE>(number(field));
+  };
+  table::for_each_line("exact/data/numeric_literals.txt", [&](const Fields& line) {
+    EXPECT_EQ(line[4],
+              parsed(table::text_of(line[0]), given(line[1]), given(line[2]), line[3] == "yes"));
+  });
+  // More than any magnitude has room for.
+  EXPECT_EQ("status 1: 99,99", parsed(std::string(2000, '9'), kFromText, kFromText, false));
 }
 
 TEST(NumericText, Printing) {
