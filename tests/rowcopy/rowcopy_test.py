@@ -2,15 +2,21 @@
 """Drives rowcopy from outside: the shipped files, values that a type cannot hold, CSV in all its
 forms, record bytes, character sets and locales, faults, layouts, misuse, interrupted runs.
   rowcopy_test.py ROWCOPY DATA_DIR HOME_DIR GUIDE INCLUDE_DIR C_COMPILER SHIM
-The guide's examples are run as they are. SHIM is preloaded to refuse files that have no name."""
+The guide's examples are run as they are. SHIM is preloaded to refuse files that have no name.
+Beside this file: values.csv, what becomes of single fields; cases, a folder for each copy, with its
+options, layout and rows, and the text, rejects and report that come of them; faulty_layouts, each
+with what is said of it in its first line."""
 import csv
+import difflib
 import filecmp
 import glob
 import gzip
+import itertools
 import json
 import os
 import re
 import resource
+import shlex
 import shutil
 import signal
 import struct
@@ -18,9 +24,9 @@ import subprocess
 import sys
 import tempfile
 import time
-from decimal import Decimal
 
 rowcopy, data, home, guide, include = map(os.path.abspath, sys.argv[1:6])
+here = os.path.dirname(os.path.abspath(__file__))
 compiler, shim = sys.argv[6:]
 sanitized = 'ROWCOPY_SANITIZED' in os.environ
 for name in [n for n in os.environ if n.startswith(('TALVEN', 'LC_'))]:
@@ -41,6 +47,15 @@ def fail(what):
 def check(what, actual, expected):
     if actual != expected:
         fail(f'{what}: {actual!r}, not {expected!r}')
+
+
+def check_lines(what, actual, expected):
+    if actual != expected:
+        fail(f'{what}:\n' + '\n'.join(difflib.ndiff(repr_lines(expected), repr_lines(actual))))
+
+
+def repr_lines(text):
+    return [repr(line) for line in text.splitlines(keepends=True)]
 
 
 def run(what, status, *arguments, **how):
@@ -76,9 +91,9 @@ def read(name):
         return file.read()
 
 
-def rows(name='text', **dialect):
+def rows(name='text'):
     with open(name, encoding='utf8', newline='') as file:
-        return list(csv.reader(file, **dialect))
+        return list(csv.reader(file))
 
 
 def layout(*entries, section='t'):
@@ -132,81 +147,45 @@ run('the text of all types reads as the same records', 0, strikes_layout, 'again
     '--section', 'birdstrikes', '--jobs', '3', '--text', 'text')
 check('same records and text', (filecmp.cmp('before', 'records', False), filecmp.cmp('again.csv', 'text', False)), (True, True))
 
-# --- A value comes back as it was, or is told. Each field of a type by itself: its text, or the
-# reason why it was rejected.
+for path in (weather, strikes):
+    run('a proposed layout', 0, '--sniff', path)
+    write('s.layout', out)
+    run('a copy by it', 0, '--text', 'text', 's.layout', path, 'records')
+    dates_as_written = re.sub(r'(\d{4}-\d\d-\d\d)(T[\d:]+)?,', lambda date: f'{date[1]}{date[2] or "T00:00:00"}.000,',
+                              read(path).decode())
+    check('the same text', read('text').decode().splitlines() == dates_as_written.splitlines(), True)
 
-VALUES = {
-    'money': {'1455.2199': '1455.2199', '1455.219971': 'stored as "1455.2200"', '$1,234.5': '1234.5000',
-              '1,5': 'stored as "15.0000"', '1234,567': 'stored as "1234567.0000"', '-0,75': 'stored as "-75.0000"', '0,001': 'stored as "1.0000"', '1,234,567': '1234567.0000',
-              ' - $ 5 ': '-5.0000', '1.00000': '1.0000', '-': 'gives no value', '$': 'gives no value',
-              ' ': 'gives no value', '922337203685477.5807': '922337203685477.5807',
-              '922337203685477.58071': 'stored as "922337203685477.5807"', '1e3': 'is no text of the type'},
-    'smallmoney': {'-0.5': '-0.5000', '0.00005': 'stored as "0.0001"'},
-    'bit': {'1': '1', ' -0 ': '0', '7': 'stored as "1"', '-1': 'stored as "1"'},
-    'int': {'007': '7', '+7': '7', '2147483647': '2147483647', '2147483648': "is outside the type's range"},
-    'numeric(6, 2)': {'1.1': '1.10', '1e2': '100.00', '-0.005': 'does not fit and would be cut'},
-    'numeric(40, 20)': {'12345678901234567890.12345678901234567890': '12345678901234567890.12345678901234567890'},
-    'decimal': {'0.003': '0.003', '12345678901234567890123456789.5': '12345678901234567890123456789.5'},
-    'datetime': {'2010-12-31T23:59:59.996': '2010-12-31T23:59:59.996', '2010-12-31 23:59': '2010-12-31T23:59:00.000',
-                 '2010-12-31T23:59:59.999': 'stored as "2010-12-31T23:59:59.996"', '12:30': '1900-01-01T12:30:00.000',
-                 '3 pm': '1900-01-01T15:00:00.000', 'Jul 4 2026 3:05:09:250PM': '2026-07-04T15:05:09.250',
-                 '4-July-2026': '2026-07-04T00:00:00.000', '2026': '2026-01-01T00:00:00.000',
-                 '7/4/26 12:00 AM': '2026-07-04T00:00:00.000', '20260704T15:05': '2026-07-04T15:05:00.000',
-                 '260704': '2026-07-04T00:00:00.000', '2026 4 July': '2026-07-04T00:00:00.000',
-                 '12:00:00.1234': 'stored as "1900-01-01T12:00:00.123"', ' ': 'gives no value',
-                 '1752-12-31': "is outside the type's range", '2/30/2026': "is outside the type's range"},
-    'smalldatetime': {'2010-01-01T10:00:00': '2010-01-01T10:00:00.000',
-                      '2010-01-01T10:00:30': 'stored as "2010-01-01T10:01:00.000"',
-                      '2010-01-01T10:00:29': 'stored as "2010-01-01T10:00:00.000"'},
-    'float': {'-0.0': '-0', '0.1': '.10000000000000001', '1e22': '1e+22', '-inf': '-inf', '123456789012345678901234567890': '1.2345678901234568e+29',
-              '1e-300': '1e-300', '1e1\x00.5': 'stored as "10.0"', '1e400': "is outside the type's range"},
-    'real': {'0.5': '.5', '3.4e38': '3.3999999521443642e+38', '1\x002': 'stored as "1.0"', '1e39': "is outside the type's range"},
-    'float/int': {'3.0': '3', '3.9': 'stored as "3"'}, 'int/numeric(5, 1)': {'7': '7.0', '-3': '-3.0'},
-    'float/numeric(5, 1)': {'1.5': '1.5', '0': '0.0', '1.55': 'stored as "1.6"'},
-    'money/float': {'0.5': '.5', '922337203685477.5807': '922337203685477.62'},
-    'numeric(9, 2)/money': {'-0.01': '-0.0100'},
-    'int/binary(4)': {'258': '02010000'},
-    'datetime/char(30)': {'2026-07-04 15:05': 'Jul  4 2026  3:05PM', '2026-07-04 15:05:09': 'stored as "Jul  4 2026  3:05PM"'},
-    'char(8)/int': {' 7 ': '7', '7.5': 'is no text of the type', '""': 'the type has no empty value'},
-    'char(8)/varchar': {'""': '', 'ab': 'ab'},
-    'varbinary/binary(2)': {'""': '', '0xBEEF': 'BEEF', '010203': 'does not fit and would be cut'},
-    'binary(2)': {'0xBEEF': 'BEEF', 'abc': '0ABC', 'beef': 'BEEF', '0xG0': 'is no text of the type',
-                  '010203': 'does not fit and would be cut', '""': ''},
-    'varbinary': {'0x0': '00'},
-    'char(3)': {'abc': 'abc', 'abcd': 'does not fit and would be cut', '""': ''},
-    'unichar(3)': {'aé': 'aé'},
-}
-EMPTY = ('money', 'smallmoney', 'bit', 'int', 'numeric(6, 2)', 'datetime', 'smalldatetime', 'float', 'float/int')
-for kind in EMPTY:
-    VALUES[kind]['""'] = 'the type has no empty value'
-for kind, fields in VALUES.items():
+# --- A value comes back as it was, or is reported. Each field by itself: its text, or the reason why it
+# was rejected.
+
+for kind, group in itertools.groupby(rows(f'{here}/values.csv')[1:], key=lambda row: row[0]):
+    fields, texts, reasons = list(zip(*group))[1:]
     layout('row = int', f'v = {kind}')
-    quoted = [f if f == '""' else '"' + f + '"' for f in fields]
-    write('t.csv', 'row,v\n' + ''.join(f'{at},{field}\n' for at, field in enumerate(quoted)))
-    stored = [is_text for is_text in map(lambda text: not re.match('stored|gives|is |the |does', text), fields.values())]
-    run(f'values of {kind}', 0 if all(stored) else 1, '--from', 'utf8', 't.layout', 't.csv', 'records',
+    write('t.csv', 'row,v\n' + ''.join(f'{at},"{field}"\n' for at, field in enumerate(fields)))
+    run(f'values of {kind}', 1 if any(reasons) else 0, '--from', 'utf8', 't.layout', 't.csv', 'records',
         '--text', 'text', '--rejects', 'rejects')
-    actual = {int(at): text for at, text in rows()[1:]}
-    actual.update({int(line) - 2: reason for line, _, _, reason, _ in rows('rejects')[1:]})
-    check('texts and reasons', {f: actual.get(at) for at, f in enumerate(fields)}, dict(fields))
+    actual = {int(at): (text, '') for at, text in rows()[1:]}
+    actual.update({int(line) - 2: ('', reason) for line, _, _, reason, _ in rows('rejects')[1:]})
+    for at, expected in enumerate(zip(texts, reasons)):
+        check(f'text and reason of "{fields[at]}"', actual.get(at), expected)
     check('rejected rows', [row[4] for row in rows('rejects')[1:]],
-          [f'{at},{quoted[at]}' for at, good in enumerate(stored) if not good])
+          [f'{at},"{field}"' for at, field in enumerate(fields) if reasons[at]])
 
-layout('m = money', 'd = datetime', 'f = float')
-write('t.csv', 'm,d,f\n1.00001,12:30,0.1\n2,2026-07-04,0.5\n2.00004,2026-07-04 1:00,0.25\n')
-run('changes', 1, 't.layout', 't.csv', 'records')
-reports('3 rows read, 1 copied, 2 rejected', '^m .* changed 2$', '^d .* filled in 2$', '^f .* not exact 1$',
-        '^column m: 2 faults$', r'^  t.csv:2: "1.00001": stored as "1.0000"$')
-run('changes that are allowed', 0, '--allow-changes', 't.layout', 't.csv', 'records')
-reports('3 rows read, 3 copied', '^column m: 2 allowed changes$', r'^  t.csv:4: "2.00004": stored as "2.0000"$')
+# --- Whole copies
 
-layout('f = float', 'r = real', 'd = datetime')
-write('t.csv', 'f,r,d\n0.1,0.1,2026-07-04T15:05:09\n1e23,3e10,2026-07-04\n')
-run('floats in few digits', 0, '--short-floats', 't.layout', 't.csv', 'records', '--text', 'text')
-check('floats', [row[:2] for row in rows()[1:]], [['0.1', '0.1'], ['1e+23', '3e+10']])
-run('dates in the style of the locale', 1, '--locale-dates', 't.layout', 't.csv', 'records', '--text', 'text')
-reports(r't.csv:2: "2026-07-04T15:05:09": its text "Jul  4 2026  3:05PM" reads as another value')
-check('dates', [row[2] for row in rows()[1:]], ['Jul  4 2026  3:05PM', 'Jul  4 2026 12:00AM'])
+for case in sorted(glob.glob(f'{here}/cases/*/')):
+    def given(name):
+        return read(case + name) if os.path.exists(case + name) else None
+
+    options = shlex.split((given('options') or b'').decode())
+    for name in ('layout', 'rows.csv'):
+        shutil.copy(case + name, name)
+    done = run(case, 0 if given('rejects') is None else 1, *options, '--text', 'text', '--rejects', 'rejects',
+               'layout', 'rows.csv', 'records')
+    check_lines('text', read('text'), given('text'))
+    check_lines('rejects', read('rejects'), given('rejects') or b'line,column,code,reason,row\n')
+    if given('report') is not None:
+        check_lines('report', re.sub(b'\n[0-9]+ rows per second.*\n', b'', done.stdout), given('report'))
 
 # --- The forms of CSV
 
@@ -233,36 +212,6 @@ check('records', done.stdout == expected, True)
 if '7 rows read' not in err:
     fail('no report on standard error')
 
-# Several forms of one table.
-layout('id = int : 1', 'name = char(20) : #2')
-run('a file without a heading', 0, '--no-header', '--text', 'text', 't.layout', '-', 'records', stdin=b'1,one\n2,"two, 2"\n')
-check('text', read('text'), b'1,one\n2,"two, 2"\n')
-expected = read('records')
-for form, options, content in (
-        ('semicolons', ['--delimiter', 'semicolon'], 'id;name\n1;one\n2;two, 2\n'),
-        ('tabs, no quotes', ['--delimiter', 'tab', '--quote', 'none'], 'id\tname\n1\tone\n2\ttwo, 2\n'),
-        ('other quotes', ['--quote', "'"], "id,name\n'1',one\n2,'two, 2'\n"),
-        ('headings that are empty or twice there', [], ',\n1,one\n2,"two, 2"\n'),
-        ('CR between rows, none at the end', [], 'id,name\r1,one\r2,"two, 2"')):
-    layout('id = int : #1', 'name = char(20) : #2')
-    run(form, 0, *options, 't.layout', '-', 'records', stdin=content.encode())
-    check('records', read('records') == expected, True)
-layout('a = int : " a"', 'b = char(9) : "#1"', 'c = int : " c "')
-run('headings with blanks, and one like a number', 0, '--text', 'text', 't.layout', '-', 'records', stdin=b' a,#1, c \n1,x,2\n')
-check('text', rows(), [[' a', '#1', ' c '], ['1', 'x', '2']])
-layout('n = int : #1')
-for options, content in (([], b'n\n1\n\n2\n'), (['--no-header'], b'\n\r\n1\n\n'), (['--null', 'NA'], b'n\n\nNA\n3\n')):
-    run('nulls of an only column', 0, *options, '--text', 'text', 't.layout', '-', 'records', stdin=content)
-    expected = read('records')
-    check('a line for each', len(expected), 8 * (content.count(b'\n') - ('--no-header' not in options)))
-    write('again.csv', read('text'))
-    run('and again', 0, *options, 't.layout', 'again.csv', 'records')
-    check('records', read('records') == expected, True)
-layout('n = int', 'c = char(4)')
-run('a word for null', 0, '--null', 'NA', '--text', 'text', 't.layout', '-', 'records', stdin=b'n,c\nNA,"NA"\n1,NA\n,NAN\n')
-reports('^n +int +3 +2 ', r'^c +char\(4\) +3 +1 ')
-check('text', read('text'), b'n,c\n,"NA"\n1,\n,NAN\n')
-
 # --- What a record holds
 
 layout('tiny = tinyint', 'small = smallint', 'half = float', 'code = char(3)', 'vary = varchar', 'vbytes = varbinary',
@@ -282,44 +231,12 @@ check('records', read('records').hex(), (record + nulls).hex())
 
 # --- Character sets and locales
 
-write('c.csv', 'Städte,wide,vary,day\nZürich €,aé€,Œuvre,"4 Mar 2026 15:05"\n')
-utf8 = 'Städte,wide,vary,day\nZürich €,aé€,Œuvre,2026-03-04T15:05:00.000\n'
-entries = ('city = char(12) : "Städte"', 'wide = unichar(4)', 'vary = varchar', 'day = datetime')
-layout(*entries, section='c')
-run('from UTF-8 to a single-byte set', 0, '--from', 'UTF-8', '--to', 'windows-1252', '--text', 'single.csv', 't.layout', 'c.csv', 'records')
-check('text', read('single.csv'), utf8.encode('cp1252'))
-write('single.layout', read('t.layout').decode().encode('cp1252'))
-run('and back, by names of locales', 0, '--section', 'c', '--from', 'en_US.CP1252', '--to', 'C.UTF-8', '--text', 'text', 'single.layout', 'single.csv', 'records')
-check('text', read('text').decode(), utf8)
-run('dates in another language', 0, '--locale-dates', '--from', 'utf8', '--to', 'de_DE.UTF-8', '--text', 'text', 't.layout', 'c.csv', 'records')
-check('German date', rows()[1][3], ' 4 Mär 2026  3:05PM')
-run('characters that the set lacks', 1, '--from', 'utf8', '--to', 'latin1', 't.layout', 'c.csv', 'records')
-reports('^city .* CS_CVT_SUBSTITUTED 1 ', '^wide .* CS_SUCCEED 1 ')
-write('bad.csv', 'Städte,wide,vary,day\nü,'.encode() + b'\xff,\xe2\x82,\n')
-run('malformed characters', 1, '--from', 'utf8', '--to', 'cp1252', 't.layout', 'bad.csv', 'records')
-reports('^wide .* CS_CVT_BADXLATE 1 ', '^vary .* CS_CVT_BADXLATE 1 ')
 for name in ('latin1', 'ISO-8859-15', 'ISO8859-2', 'IBM850', 'windows-1250', 'KOI8-R', 'EUC-JP', 'Big5', 'GBK', 'US-ASCII', 'iso_1'):
     run(f'character set {name}', 0, '--sniff', '--from', name, '-', stdin=b'a,b\n1,2\n')
 layout('n = int', 'm = money', 'd = datetime')
-write('wide.csv', 'n,m,d\n'.encode() + '１２,￥３．５,2026年\n１３,４,12:30\n'.encode('shift_jis'))
-run('full-width digits', 1, '--from', 'Shift_JIS', '--text', 'text', 't.layout', 'wide.csv', 'records')
-check('text', rows()[1:], [['13', '4.0000', '1900-01-01T12:30:00.000']])
 for name in ('xx_YY', 'tlh_QO.UTF-8'):
     run('an unknown locale', 0, 't.layout', '-', 'records', stdin=b'n,m,d\n1,2,3:00\n', env={'LC_ALL': name}, warns=True)
     check('warning', err, f'rowcopy: the home has no locale "{name}"; going on with UTF-8 and US English\n')
-
-# --- Faults in the data
-
-layout('n = smallint', 'c = char(3)')
-write('t.csv', 'n,c\n1,abc\n2,a"b\n3,"a"b"\n4,"a\nb",c\n5,"x\n6\n40000,"abcd"\n7,"ab\n\nc"\n8,"\n9,y\n')
-run('a fault of one row is that of one row', 1, 't.layout', 't.csv', 'records', '--text', 'text', '--rejects', 'rejects')
-check('copied', rows()[1:], [['1', 'abc'], ['9', 'y']])
-check('rejected', [(row[0], row[1], row[2], row[4]) for row in rows('rejects')[1:]], [
-    ('3', '', 'quotes', '2,a"b'), ('4', '', 'quotes', '3,"a"b"'), ('5', '', 'fields', '4,"a\nb",c'), ('7', '', 'quotes', '5,"x'),
-    ('8', '', 'fields', '6'), ('9', 'n', 'CS_CVT_OVERFLOW', '40000,"abcd"'), ('10', 'c', 'CS_CVT_TRUNCATED', '7,"ab\n\nc"'),
-    ('13', '', 'quotes', '8,"')])
-reports('t.csv: 10 rows read, 2 copied, 8 rejected', '^rows: 6 faults$', '^  and 3 more$',
-        r'^  t.csv:9: "40000": CS_CVT_OVERFLOW \(is outside the type.s range\)$')
 
 # --- Nothing half-written, and an earlier output survives
 
@@ -327,7 +244,8 @@ layout('a = int', 'b = float')
 write('t.csv', 'a,b\n17,2.25\nx,1\n')
 many = 'a,b\n' + '17,2.25\n' * 120000
 write('many.csv', many)
-write('records', 'earlier')
+for name in ('records', 'text'):
+    write(name, 'earlier')
 os.chmod('records', 0o640)
 before = sorted(os.listdir())
 for what, status, arguments, how in (
@@ -450,22 +368,9 @@ for pattern, arguments in (
 write('u.csv', 'a,b\n1,2\n'.encode('utf-16'))
 misuse('UTF-16 in a character set', 'u.csv: begins with a byte order mark', '--from', 'cp1252', 't.layout', 'u.csv', 'records')
 
-for pattern, *lines in (
-        (r':2: column "a": flaot: unknown type; known are tinyint', '[t]', 'a = flaot'),
-        (r':2: column "a": bigint: there is no such type; take numeric\(19\)', '[t]', 'a = bigint'),
-        (r':2: column "a": char\(0\): the length is 1 to 1000000', '[t]', 'a = char(0)'),
-        (r':2: column "a": varchar\(9\): varchar takes no length', '[t]', 'a = varchar(9)'),
-        (r':2: column "a": numeric\(80,2\): precision is 1 to 77', '[t]', 'a = numeric(80, 2)'),
-        (r':2: column "a": decimal\(9,x\): scale is 0 to 77', '[t]', 'a = decimal(9, x)'),
-        (r':2: column "a" has an empty heading', '[t]', 'a = int :'),
-        (r':3: column "c": t.csv has no column headed "C"', '[t]', 'a = int', 'c = int : "C"'),
-        (r':2: column "c": t.csv has no column "#3"', '[t]', 'c = int : #3'),
-        (r':2: column "a": there is no conversion from datetime to int', '[t]', 'a = datetime/int'),
-        (', line 1: expected .*=', 'a : int'),
-        (r': section \[t\] has no columns', '[t]', '; a = int'),
-        (r': has no section \[t\] for t.csv; --section names one of u, v', '[u]', 'a = int', '[v]', 'a = int')):
-    write('bad.layout', '\n'.join(lines) + '\n')
-    misuse(f'layout {lines}', f'bad.layout{pattern}', 'bad.layout', 't.csv', 'records')
+for path in sorted(glob.glob(f'{here}/faulty_layouts/*')):
+    expected = read(path).decode().splitlines()[0].removeprefix('; ')
+    misuse('a faulty layout', re.escape(path + expected), path, 't.csv', 'records')
 check('a log of it', os.path.exists('tlvinit.err'), False)
 layout('i = integer', 'd = double', 't = timestamp', 'y = date', 's = string')
 run('names of other systems', 0, 't.layout', '-', 'records', stdin=b'i,d,t,y,s\n1,2,2026-07-04 1:00,2026-07-04,x\n')
