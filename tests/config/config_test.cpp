@@ -19,10 +19,13 @@ namespace {
 
 using namespace std::string_literals;
 
-// A file of that name goes first: file systems write what replaces a cut file to the disk at once.
-void write_file(const std::string& path, const std::string& text) {
-  std::filesystem::remove(path);
-  std::ofstream(path, std::ios::binary) << text;
+// The names of the configuration files in the working directory.
+std::vector<std::string> configurations() {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator("."))
+    if (entry.path().extension() == ".cfg") files.push_back(entry.path().filename().string());
+  EXPECT_LT(1U, files.size());
+  return files;
 }
 
 // The kinds of a text's tokens, a letter for each from CFG_INCLUDE on, and the text with bars
@@ -38,19 +41,14 @@ std::string without_bars(std::string texts) {
 class Config : public testing::Test {
  protected:
   const hosts::NothingLost nothing_lost_;
-  const std::filesystem::path before_ = std::filesystem::current_path();
-  const scratch::Directory directory_;
+  const scratch::WorkingDirectory directory_;
   CS_CONTEXT context_{};
 
-  Config() { std::filesystem::current_path(directory_.path()); }
-  ~Config() override {
-    std::filesystem::current_path(before_);
-    comn_drop_cfg(&context_);
-  }
+  ~Config() override { comn_drop_cfg(&context_); }
 
   // A parse of a text by itself, which the caller cleans up.
   CfgParseInfo* open(const std::string& text) {
-    write_file("scan.cfg", text);
+    directory_.write("scan.cfg", text);
     CfgParseInfo* parse = nullptr;
     EXPECT_EQ(CS_SUCCEED, cfg__open_parse(&context_, "scan.cfg", &parse));
     return parse;
@@ -72,7 +70,7 @@ class Config : public testing::Test {
 
   CS_RETCODE load(const std::string& text) {
     comn_drop_cfg(&context_);
-    write_file("nuv.cfg", text);
+    directory_.write("nuv.cfg", text);
     return comn_init_cfg(&context_, "nuv.cfg");
   }
 
@@ -92,12 +90,25 @@ class Config : public testing::Test {
     return result == CS_SUCCEED ? std::string(buffer, static_cast<std::size_t>(length)) : "absent";
   }
 
-  // Of entries, "section.name" each, the values with blanks between them.
-  std::string get_all(std::initializer_list<std::pair<const char*, const char*>> entries) {
-    std::string values;
-    for (const auto& [section, entry] : entries)
-      values += (values.empty() ? "" : " ") + get(section, entry);
-    return values;
+  // What a walk meets: sections and entries, with the places of the entries.
+  std::string walk() {
+    std::ostringstream met;
+    const CS_CHAR* section = nullptr;
+    CS_RETCODE result = CS_SUCCEED;
+    for (CS_INT at = 0; (result = comn_next_cfg_section(&context_, &at, &section)) == CS_SUCCEED;) {
+      met << '[' << section << "]\n";
+      CS_CFGENTRY entry{};
+      CS_INT in = 0;
+      while ((result = comn_next_cfg_entry(&context_, section, &in, &entry)) == CS_SUCCEED) {
+        EXPECT_EQ('\0', entry.value[entry.valuelen]);
+        met << entry.name << " = "
+            << std::string_view(entry.value, static_cast<std::size_t>(entry.valuelen)) << "  ; "
+            << entry.file << ':' << entry.line << '\n';
+      }
+      EXPECT_EQ(CS_END_DATA, result);
+    }
+    EXPECT_EQ(CS_END_DATA, result);
+    return met.str();
   }
 };
 
@@ -162,50 +173,29 @@ TEST_F(Config, TokensHaveAnyLength) {
   EXPECT_EQ(static_cast<CS_INT>(word.size()), length);
 }
 
-TEST_F(Config, Values) {
-  const std::pair<std::string, std::string> rows[] = {
-      {"a=12ab", "12ab"},
-      {"a = include", "include"},
-      {"a = pre\"fix ed\"/x", "prefix ed/x"},
-      {"a =  one \t two\f\"three\"  ", "one two three"},
-      {"a = x ; y # z", "x ; y # z"},
-      {"a = \"say \"\"so\"\"\"", "say \"so\""},
-      {"a = \"c:\\\"\"", "c:\\\""},
-      {"a = \"\"", ""},
-      {"a = \"one\ntwo\"", "one\ntwo"},
-      {"a = \"one\\\ntwo\"", "onetwo"},
-      {"a = one\\\r\ntwo", "onetwo"},
-      {"a = one \\\n  two", "one two"},
-      {"a = \\\n one", "one"},
-      {"a = 1\0\xff"s, "1\0\xff"s},
-      {"a = 1\na = 23\na = 4", "4"},
-      {" ; a = 2\na = 1\n; a = 3", "1"}};
-  for (const auto& [line, value] : rows) {
-    ASSERT_EQ(CS_SUCCEED, load("[s]\n" + line)) << line;
-    EXPECT_EQ(value, get("s", "a")) << line;
-    EXPECT_EQ(CS_SUCCEED, load("[s]\n" + line + "\r\n")) << line;
+// Every file of `valid`, and what a walk over it meets, in the text beside it.
+TEST_F(Config, ValidFiles) {
+  std::filesystem::copy(CONFIG_FILES "/valid", ".", std::filesystem::copy_options::recursive);
+  for (const std::string& file : configurations()) {
+    EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context_, file.c_str())) << file;
+    EXPECT_EQ(scratch::read(file.substr(0, file.find('.')) + ".txt"), walk());
+    comn_drop_cfg(&context_);
   }
 }
 
-TEST_F(Config, ErrorsNameFileLineAndWhatWasExpected) {
-  const std::pair<std::string, const char*> rows[] = {
-      {"\n[s]\nname value\n",
-       "nuv.cfg, line 3: expected '=' after the entry's name, found ident\n"},
-      {"[s\n", "line 1: expected ']' after the section's name, found newline"},
-      {"[]\n", "line 1: expected the name of a section, found ]"},
-      {"[s] x\n", "line 1: expected the end of the line, found ident"},
-      {"[s]\na =\n", "line 2: expected a value after '=', found newline"},
-      {"[s]\na = b = c", "line 2: expected the end of the line, found ="},
-      {"[s]\na = \"cut\n\n", "line 4: expected the closing quote of a string, found end of file"},
-      {"[s]\na = 1\\\n2\n]", "line 4: expected a section, an entry, an include or a comment"},
-      {"[s]\na = b\rc", "line 2: expected the end of the line, found unknown token"},
-      {"include\n", "line 1: expected the path of the file to include"},
-      {"include \"\"\n", "line 1: expected the path of a file, found"},
-      {"include \"a\0b\"\n"s, "line 1: expected the path of a file, found"},
-      {"\ninclude nothere\n", "line 2: expected the path of a file that can be opened"},
-      {"include nuv.cfg\n", "line 1: the file includes itself"},
-  };
-  for (const auto& [text, report] : rows) expect_complaint(text, report);
+// Every file of `faulty`, which begins with its report as a comment.
+TEST_F(Config, FaultyFiles) {
+  std::filesystem::copy(CONFIG_FILES "/faulty", ".", std::filesystem::copy_options::recursive);
+  for (const std::string& file : configurations()) {
+    std::ifstream lines(file);
+    std::string report;
+    for (std::string line; std::getline(lines, line) && line.starts_with("; ");)
+      report += line.substr(2) + '\n';
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, file.c_str())) << file;
+    EXPECT_EQ(nullptr, context_.ctxconfig);
+    EXPECT_EQ(report, testing::internal::GetCapturedStderr());
+  }
 }
 
 // A FIFO without a writer would hold the load up, the device would never end.
@@ -230,8 +220,8 @@ TEST_F(Config, FilesThatCannotBeRead) {
 
 // Reading and reporting are cancellation points; what the loader holds there must not be lost.
 TEST_F(Config, IsNotCancelled) {
-  write_file("scan.cfg", "include \"nuv.cfg\"\n= error");
-  write_file("nuv.cfg", "[s]\na = value");
+  directory_.write("scan.cfg", "include \"nuv.cfg\"\n= error");
+  directory_.write("nuv.cfg", "[s]\na = value");
   testing::internal::CaptureStderr();
   EXPECT_TRUE(cancelled::waits_for([this] {
     CfgParseInfo* parse = nullptr;
@@ -287,37 +277,17 @@ TEST_F(Config, ManyEntriesFromManyThreads) {
   for (auto& reader : readers) reader.join();
 }
 
-TEST_F(Config, Includes) {
-  std::filesystem::create_directories("sub/deep");
-  write_file("sub/first.cfg", "[s]\nb = first\ninclude \".//./deep/second.cfg\"\nc = first\n");
-  write_file("sub/deep/second.cfg", "[s]\nb = second\n[t]\na = second\n");
-  ASSERT_EQ(CS_SUCCEED, load("[s]\na = top\nINCLUDE sub/first.cfg\nd = top\n"));
-  EXPECT_EQ("top second first top second",
-            get_all({{"s", "a"}, {"s", "b"}, {"s", "c"}, {"s", "d"}, {"t", "a"}}));
-
-  write_file("sub/deep/second.cfg", "include ../../sub/deep/second.cfg");
-  expect_complaint("include sub/first.cfg", "files are included too deep");
-  write_file("sub/deep/second.cfg", "include .//second.cfg");
-  expect_complaint("include sub/first.cfg", "second.cfg, line 1: the file includes itself");
-  write_file("other.cfg", "\ninclude nuv.cfg");
-  expect_complaint("include other.cfg", "other.cfg, line 2: the file includes itself");
-  write_file("sub/deep/second.cfg", "\n[s\n");
-  expect_complaint("include sub/first.cfg", "sub/deep/second.cfg, line 2:");
-  std::string longest = "sub/none";  // of which the end is shown
-  for (int i = 0; i < 100; ++i) longest.insert(0, "sub/../");
-  expect_complaint("include " + longest, "/../sub/none: ");
-
-  for (int i = 1; i <= CFG_MAX_DEPTH; ++i)
-    write_file("d" + std::to_string(i), "include d" + std::to_string(i + 1) + "\n");
-  write_file("d" + std::to_string(CFG_MAX_DEPTH), "[s]\na = deep\n");
+TEST_F(Config, IncludesUpToTheLargestDepth) {
+  for (int i = 0; i < CFG_MAX_DEPTH; ++i)
+    directory_.write("d" + std::to_string(i), "include d" + std::to_string(i + 1) + "\n");
+  directory_.write("d" + std::to_string(CFG_MAX_DEPTH), "[s]\na = deep\n");
   ASSERT_EQ(CS_SUCCEED, load("include d1"));
   EXPECT_EQ("deep", get("s", "a"));
-  write_file("d0", "include d1");
   expect_complaint("include d0", "files are included too deep");
 }
 
 TEST_F(Config, ReadsAtMostAThousandFiles) {
-  write_file("leaf.cfg", "");
+  directory_.write("leaf.cfg", "");
   std::string text;
   for (int i = 1; i < CFG_MAX_FILES; ++i) text += "include leaf.cfg\n";
   EXPECT_EQ(CS_SUCCEED, load(text));
@@ -325,43 +295,8 @@ TEST_F(Config, ReadsAtMostAThousandFiles) {
                    "nuv.cfg, line 1000: too many files are included\n");
 }
 
-// Before a section header entries belong to the section that the include line is in.
-TEST_F(Config, EntriesBeforeTheFirstHeader) {
-  write_file("part.cfg", "b = 2\n[t]\na = 4");
-  ASSERT_EQ(CS_SUCCEED, load("a = 1\ninclude part.cfg\nc = 3\n[s]\ninclude part.cfg\nc = 5"));
-  EXPECT_EQ("1 2 3 2 5 4",
-            get_all({{"", "a"}, {"", "b"}, {"", "c"}, {"s", "b"}, {"s", "c"}, {"t", "a"}}));
-}
-
-// What a walk meets, with the places of the entries.
-std::string walk(CS_CONTEXT& context) {
-  std::ostringstream met;
-  const CS_CHAR* section = nullptr;
-  CS_RETCODE result = CS_SUCCEED;
-  for (CS_INT at = 0; (result = comn_next_cfg_section(&context, &at, &section)) == CS_SUCCEED;) {
-    met << '[' << section << "] ";
-    CS_CFGENTRY entry{};
-    CS_INT in = 0;
-    while ((result = comn_next_cfg_entry(&context, section, &in, &entry)) == CS_SUCCEED) {
-      EXPECT_EQ('\0', entry.value[entry.valuelen]);
-      met << entry.name << '='
-          << std::string_view(entry.value, static_cast<std::size_t>(entry.valuelen)) << '@'
-          << entry.file << ':' << entry.line << ' ';
-    }
-    EXPECT_EQ(CS_END_DATA, result);
-  }
-  EXPECT_EQ(CS_END_DATA, result);
-  return met.str();
-}
-
-TEST_F(Config, WalksInTheOrderOfFirstAppearance) {
-  write_file("more.cfg", "d = 4\n\n[t]\n\na = \\\nover\n");
-  ASSERT_EQ(CS_SUCCEED, load("[s]\nb = 1\na = 2\n[t]\nb = 3\n[s]\nb = longer\na =\"\"\n"
-                             "c = \"x\ny\" z\ninclude more.cfg\nb = 10\n[empty]"));
-  EXPECT_EQ(
-      "[s] b=10@nuv.cfg:12 a=@nuv.cfg:8 c=x\ny z@nuv.cfg:9 d=4@more.cfg:1 "
-      "[t] b=3@nuv.cfg:5 a=over@more.cfg:5 [empty] ",
-      walk(context_));
+TEST_F(Config, WalksThatFail) {
+  ASSERT_EQ(CS_SUCCEED, load("[s]\na = 1\n[t]"));
   CS_INT position = 0;
   CS_CFGENTRY entry{};
   EXPECT_EQ(CS_FAIL, comn_next_cfg_entry(&context_, "u", &position, &entry));
@@ -371,7 +306,7 @@ TEST_F(Config, WalksInTheOrderOfFirstAppearance) {
     EXPECT_DEATH((position = wrong, comn_next_cfg_entry(&context_, "s", &position, &entry)),
                  "assertion failed");
   ASSERT_EQ(CS_SUCCEED, load(""));
-  EXPECT_EQ("", walk(context_));
+  EXPECT_EQ("", walk());
   comn_drop_cfg(&context_);
   position = 0;
   EXPECT_EQ(CS_FAIL, comn_next_cfg_section(&context_, &position, &name));
@@ -391,10 +326,8 @@ TEST_F(Config, ChecksWithoutOpeningOtherFiles) {
 }
 
 TEST_F(Config, DefaultFileLiesBelowTheHome) {
-  std::filesystem::create_directories("home/config");
-  std::filesystem::create_directories("home/sub/config");
-  write_file("home/config/nuv.cfg", "[s]\na = plain\n");
-  write_file("home/sub/config/nuv.cfg", "[s]\na = nuv\n");
+  directory_.write("home/config/nuv.cfg", "[s]\na = plain\n");
+  directory_.write("home/sub/config/nuv.cfg", "[s]\na = nuv\n");
   const scratch::Variable home("TALVEN", "home");
   const scratch::Variable variable("TALVEN_NUV", nullptr);
   for (const char* const nuv : {"", "sub"}) {
@@ -421,11 +354,10 @@ TEST_F(Config, DebugSwitchPrintsTokens) {
   scan("; c\n[a]");
   cfg__debug = 0;
   comn_debug_setfile(nullptr, nullptr, 0);
-  std::ifstream printed("debug.txt");
   EXPECT_EQ(
       "cfg__lex: comment >; c<\ncfg__lex: newline >\n<\ncfg__lex: [ >[<\n"
       "cfg__lex: ident >a<\ncfg__lex: ] >]<\n",
-      std::string(std::istreambuf_iterator<char>(printed), {}));
+      scratch::read("debug.txt"));
 }
 
 using ConfigDeathTest = Config;

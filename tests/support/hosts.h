@@ -7,9 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -210,11 +208,7 @@ class HomeCopy {
     link_entries(kShippedHome, directory_.path());
   }
   std::string file(const std::string& name) const { return (directory_.path() / name).string(); }
-  std::string read(const std::string& name) const {
-    std::ostringstream text;
-    text << std::ifstream(file(name), std::ios::binary).rdbuf();
-    return text.str();
-  }
+  std::string read(const std::string& name) const { return scratch::read(file(name)); }
   void write(const std::string& name, std::string_view text) const {
     remove(name);
     directory_.write(name, text);

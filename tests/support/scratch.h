@@ -5,10 +5,17 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 namespace scratch {
+
+inline std::string read(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
 
 // An empty directory of its own below the system's temporary one.
 class Directory {
@@ -23,10 +30,12 @@ class Directory {
 
   const std::filesystem::path& path() const { return path_; }
 
-  // Writes a file below the directory and returns its path.
+  // Writes a file below the directory and returns its path. One of that name goes first: file
+  // systems write what replaces a cut file to the disk at once.
   std::string write(const std::filesystem::path& name, std::string_view text) const {
     const auto file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
+    std::filesystem::remove(file);
     std::ofstream(file, std::ios::binary) << text;
     return file.string();
   }
