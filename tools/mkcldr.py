@@ -6,9 +6,9 @@ usage: tools/mkcldr.py NODE_MODULES
 
 NODE_MODULES holds the npm packages cldr-core, cldr-dates-full and cldr-numbers-full:
 
-    npm install --prefix /tmp/cldr cldr-core cldr-dates-full cldr-numbers-full
+    npm install --prefix /tmp/cldr cldr-core@48.2.0 cldr-dates-full@48.2.0 cldr-numbers-full@48.2.0
 
-The languages are those with at least forty million speakers which Unicode's data cover fully, in each
+Another version gives other conventions. The languages are those with at least forty million speakers which Unicode's data cover fully, in each
 of the scripts that the C library's locales (/usr/share/i18n/SUPPORTED) write them in.
 """
 import json
@@ -101,6 +101,10 @@ def conventions(locale, territory):
     day_names = calendar["days"]["format"]["wide"]
     halves = calendar["dayPeriods"]["format"]["abbreviated"]
     code = currency_of(territory)
+    # Amounts of money have marks of their own in a few territories.
+    money_marks = {f"money_{ours}": symbols[theirs] for ours, theirs in
+                   (("decimal", "currencyDecimal"), ("separator", "currencyGroup"))
+                   if theirs in symbols}
     order = re.sub("[^dmy]", "", re.sub(r"'[^']*'", "", short).lower())
     return {
         "months": [months["wide"][str(n)] for n in range(1, 13)],
@@ -112,6 +116,7 @@ def conventions(locale, territory):
         "grouping": len(pattern.split(".")[0].split(",")[-1]) if "," in pattern else 0,
         "symbol": money.get(code, {}).get("symbol", code), "currency": code,
         "place": "before" if price.index("¤") < price.index("0") else "after",
+        **money_marks,
     }
 
 

@@ -19,6 +19,7 @@
 #include "support/dates.h"
 #include "support/faulty_files.h"
 #include "support/hosts.h"
+#include "support/stops.h"
 #include "support/translated.h"
 
 namespace {
@@ -272,44 +273,6 @@ TEST(Load, CharacterSetAlone) {
   std::filesystem::remove("tlvinit.err");
 }
 
-// Conventions, tables and English messages that are read when they are first needed, by whichever
-// thread comes first, and then kept.
-TEST(Load, EightThreadsReadLateFilesOnce) {
-  const HomeCopy home;
-  const std::string file = "locales/datetime/fr_CA.utf8.dt", whole = home.read(file);
-  LocaleContext context;
-  ASSERT_EQ(CS_SUCCEED, context.init());
-  CsLocCache* named = context.entry("fr_CA.UTF-8");
-  // A file that is broken or not there is read again at the next need.
-  home.remove(file);
-  EXPECT_EQ(CS_CVT_STYLE, dates::write(context, named, kDate).code);
-  home.write(file, whole);
-  CS_LOCALE thai = all(context.entry("thai"));
-  context.context.ctxlocale = &thai;
-  std::vector<comnlib::Encoding> sets;
-  for (const char* name : {"fr_FR@euro", "ru_RU.KOI8-R", "ja_JP.SJIS", "zh_CN.GBK"})
-    sets.push_back({context.entry(name)->locchardesc, false});
-  EXPECT_EQ(nullptr, named->locdateinfo);
-  const int before = hosts::files_opened;
-  std::vector<std::thread> threads;
-  for (std::size_t t = 0; t < 8; ++t)
-    threads.emplace_back([&, t] {
-      for (std::size_t i = 0; i < 50; ++i) {
-        const auto& set = sets[(t + i) % sets.size()];
-        EXPECT_EQ("x", translate(context, kUnicode, set, utf16('x'), 1).bytes);
-      }
-      EXPECT_EQ(u"2026 juill.  4  3:05p.m.", dates::write(context, named, kDate).text);
-      char words[80];
-      CS_INT length = 0;
-      EXPECT_EQ(CS_SUCCEED, comn_result_text(context, CS_CVT_DIVZERO, words, 80, &length));
-      EXPECT_STREQ("division by zero", words);
-    });
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(before + 4 + 1 + 1 + 3, hosts::files_opened) << "tables, Thai's one, dates, English";
-  EXPECT_NE(nullptr, named->locdateinfo);
-  context.context.ctxlocale = nullptr;
-}
-
 // Decimal mark, separator, digits of a group, symbol and its place: ", . 3 x 1"; or the code.
 std::string digits_text(CS_CONTEXT* context, const CS_LOCALE* locale, CS_INT category) {
   com_digits digits{};
@@ -325,28 +288,83 @@ std::string digits_text(CS_CONTEXT* context, const CS_LOCALE* locale, CS_INT cat
   return text.str();
 }
 
+// Conventions, tables and English messages that are read when they are first needed, by whichever
+// thread comes first, and then kept.
+TEST(Load, EightThreadsReadLateFilesOnce) {
+  const HomeCopy home;
+  const std::string file = "locales/datetime/fr_CA.utf8.dt", whole = home.read(file);
+  LocaleContext context;
+  ASSERT_EQ(CS_SUCCEED, context.init());
+  CsLocCache* named = context.entry("fr_CA.UTF-8");
+  // A file that is broken or not there is read again at the next need.
+  home.remove(file);
+  EXPECT_EQ(CS_CVT_STYLE, dates::write(context, named, kDate).code);
+  home.write(file, whole);
+  CS_LOCALE thai = all(context.entry("thai")), canadian = all(named);
+  context.context.ctxlocale = &thai;
+  std::vector<comnlib::Encoding> sets;
+  for (const char* name : {"fr_FR@euro", "ru_RU.KOI8-R", "ja_JP.SJIS", "zh_CN.GBK"})
+    sets.push_back({context.entry(name)->locchardesc, false});
+  EXPECT_EQ(nullptr, named->locdateinfo);
+  const int before = hosts::files_opened;
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < 8; ++t)
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < 50; ++i) {
+        const auto& set = sets[(t + i) % sets.size()];
+        EXPECT_EQ("x", translate(context, kUnicode, set, utf16('x'), 1).bytes);
+      }
+      EXPECT_EQ(u"2026 juill.  4  3:05p.m.", dates::write(context, named, kDate).text);
+      EXPECT_EQ(", \u00a0 3  0", digits_text(context, &canadian, COM_LC_NUMERIC));
+      char words[80];
+      CS_INT length = 0;
+      EXPECT_EQ(CS_SUCCEED, comn_result_text(context, CS_CVT_DIVZERO, words, 80, &length));
+      EXPECT_STREQ("division by zero", words);
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(before + 4 + 1 + 2 + 3, hosts::files_opened)
+      << "tables, Thai's one, dates and numbers, English";
+  EXPECT_NE(nullptr, named->locdateinfo);
+  context.context.ctxlocale = nullptr;
+}
+
+// A territory may write money with other marks than numbers.
 TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
   const HomeCopy home;
   LocaleContext context;
   ASSERT_EQ(CS_SUCCEED, context.init());
   EXPECT_EQ(".  0  0", digits_text(context, nullptr, COM_LC_NUMERIC)) << "no locale";
-  const CsLocCache* named = context.entry("de_CH.UTF-8");
-  CS_LOCALE german = all(context.entry("de_DE.UTF-8")), swiss = all(context.entry("de_CH.UTF-8"));
-  const CS_LOCALE none{};
+  CS_LOCALE german = all(context.entry("de_DE.UTF-8"));
+  const CS_LOCALE none{}, austrian = all(context.entry("de_AT.UTF-8"));
   EXPECT_EQ(".  0  0", digits_text(context, &none, COM_LC_MONETARY));
   EXPECT_EQ(", . 3  0", digits_text(context, &german, COM_LC_NUMERIC));
+  EXPECT_EQ(", . 3 \u20ac 0", digits_text(context, &austrian, COM_LC_MONETARY));
+  EXPECT_EQ(", \u00a0 3  0", digits_text(context, &austrian, COM_LC_NUMERIC));
   context.context.ctxlocale = &german;
   EXPECT_EQ(", . 3 \u20ac 1", digits_text(context, nullptr, COM_LC_MONETARY));
   context.context.ctxlocale = nullptr;
-  ASSERT_NE(nullptr, named->numname);
-  EXPECT_EQ(nullptr, named->locnuminfo);
-  const std::string file = std::string("locales/numeric/") + named->numname + ".num";
-  const std::string whole = home.read(file);
-  home.remove(file);
-  EXPECT_EQ("CS_INTL_NOFILE", digits_text(context, &swiss, COM_LC_NUMERIC));
-  home.write(file, whole);
-  EXPECT_EQ(". ' 3  0", digits_text(context, &swiss, COM_LC_NUMERIC));
-  EXPECT_EQ(". ' 3 CHF 0", digits_text(context, &swiss, COM_LC_MONETARY));
+  const CsLocCache* named = context.entry("fr_CH.UTF-8");
+  const CS_LOCALE swiss = all(context.entry("fr_CH.UTF-8"));
+  EXPECT_STREQ("fr_CH", named->numname);
+  const std::string file = "locales/numeric/fr_CH.num";
+  faulty_files::expect(
+      home,
+      {{file, CS_INTL_NOFILE, "removed"},
+       {file, CS_INTL_LIBERR, "[numeric]->[numeric|decimal = \",\"->decimal = \","},
+       {file, CS_FAIL, "[numeric]->[money]|decimal = \",\"->|grouping = 3->grouping = 10"}},
+      [&](auto&) {
+        com_digits digits{};
+        const CS_RETCODE code = comn_loc_digits(context, &swiss, COM_LC_NUMERIC, &digits);
+        EXPECT_EQ(nullptr, digits.decimal) << "nothing is stored";
+        EXPECT_EQ(nullptr, named->locnuminfo);
+        return code;
+      });
+  EXPECT_EQ(", ' 3  0", digits_text(context, &swiss, COM_LC_NUMERIC));
+  EXPECT_EQ(". ' 3 CHF 1", digits_text(context, &swiss, COM_LC_MONETARY));
+  com_digits digits{};
+  stops::expect({STOP(stops::kPointer, comn_loc_digits(nullptr, &swiss, COM_LC_NUMERIC, &digits)),
+                 STOP(stops::kPointer, comn_loc_digits(context, &swiss, COM_LC_NUMERIC, nullptr)),
+                 STOP(stops::kAssertion, comn_loc_digits(context, &swiss, COM_LC_TIME, &digits))});
 }
 
 TEST(Load, StylesOfNamedDates) {

@@ -272,7 +272,7 @@ void locales(Run& run) {
   context.context.ctxlocale = nullptr;
 }
 
-// What a locale reads when it is first needed: dates by named conventions, and English messages.
+// What a locale reads when it is first needed: named conventions, and English messages.
 void read_when_needed(Run& run) {
   Localized context(run);
   CsLocCache* const iso = context.load("iso");
@@ -289,6 +289,12 @@ void read_when_needed(Run& run) {
   if (iso != nullptr)
     context.step(
         "date", [&] { return comn_datetochar(context, &from, &value, &to, text.data(), &length); });
+  com_digits digits{};
+  if (iso != nullptr)
+    context.step("digits", [&] {
+      const CS_LOCALE locale = hosts::all(iso);
+      return comn_loc_digits(context, &locale, COM_LC_NUMERIC, &digits);
+    });
   // A message that finds no memory is the fixed one.
   run.step("message", {.code = CS_FAIL, .keeps = Keeps::kProgress}, [&] {
     return comn_result_text(context, CS_CVT_DIVZERO, text.data(), text.size(), &length);

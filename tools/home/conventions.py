@@ -72,28 +72,35 @@ OLDER = {
 
 DATE_FIELDS = ("months", "short", "days", "am", "pm", "order")
 NUMBER_FIELDS = ("decimal", "separator", "grouping")
-MONEY_FIELDS = ("symbol", "currency", "place") + NUMBER_FIELDS
+MONEY_FIELDS = ("symbol", "currency", "place", "money_decimal", "money_separator", "grouping")
 
 
 def agree(left, right, fields):
     return all(left[field] == right[field] for field in fields)
 
 
-# ISO 8601: no locale's but the one of that name.
-ISO = CLDR["locales"]["en"] | {"order": "ymd", "style": "iso", "separator": "", "grouping": 0,
-                               "symbol": "", "currency": ""}
+def with_money_marks(data):
+    """The conventions with marks of money, which are those of numbers where the data have none."""
+    marks = {f"money_{field}": data[field] for field in ("decimal", "separator")}
+    return marks | data
 
 
 def of_language(code):
-    return CLDR["locales"][code] | OLDER.get(code, {})
+    return with_money_marks(CLDR["locales"][code] | OLDER.get(code, {}))
+
+
+# ISO 8601: no locale's but the one of that name.
+ISO = with_money_marks(CLDR["locales"]["en"] | {"order": "ymd", "style": "iso", "separator": "",
+                                                "grouping": 0, "symbol": "", "currency": ""})
 
 
 def of_locale(base):
     """The conventions of a locale: its language's, but for what Unicode's data have otherwise."""
     here = CLDR["locales"][base]
-    language = CLDR["locales"][here["language"]]
-    changed = {field: value for field, value in here.items() if value != language[field]}
-    return of_language(here["language"]) | changed
+    code = here["language"]
+    language = CLDR["locales"][code]
+    changed = {field: value for field, value in here.items() if value != language.get(field)}
+    return with_money_marks(language | OLDER.get(code, {}) | changed)
 
 
 class NotInCharset(Exception):
@@ -145,9 +152,9 @@ def date_section(data, codec):
             f"order = {data['order']}", f"style = {data.get('style', 'default')}"]
 
 
-def digit_entries(data, codec):
-    return [f"decimal = {quoted(written(data['decimal'], codec))}",
-            f"separator = {quoted(written(data['separator'], codec))}".rstrip(),
+def digit_entries(data, codec, marks=""):
+    return [f"decimal = {quoted(written(data[marks + 'decimal'], codec))}",
+            f"separator = {quoted(written(data[marks + 'separator'], codec))}".rstrip(),
             f"grouping = {data['grouping']}"]
 
 
@@ -161,7 +168,7 @@ def money_section(data, codec):
     except NotInCharset:
         symbol = data["currency"]
     return ["[money]", f"symbol = {quoted(symbol)}".rstrip(), f"place = {data['place']}"] + \
-        digit_entries(data, codec)
+        digit_entries(data, codec, "money_")
 
 
 def common_loc(code, charset):
@@ -179,15 +186,18 @@ class Conventions:
         self.files = {kind: {} for kind in self.KINDS}  # class: {name: bytes}
 
     def add(self, kind, name, data, charset):
-        """The name of these conventions, which is `name` when they are new."""
+        """The name of these conventions: one that the home has kept so far, another with the same
+        content, or a new one."""
         codec = CHARSETS[charset].codec
         content = ("\n".join(self.KINDS[kind](data, codec)) + "\n").encode(codec)
-        if not content.isascii():
-            name += "." + charset
-        files = self.files[kind]
-        name = next((other for other, held in files.items() if held == content), name)
+        files, ids = self.files[kind], self.ids.setdefault(kind, {})
+        of_charset = f"{name}.{charset}"
+        if of_charset in ids or not content.isascii():
+            name = of_charset
+        if name not in ids:
+            name = next((other for other, held in files.items() if held == content), name)
+        assert files.get(name, content) == content, f"two contents of {name}"
         files[name] = content
-        ids = self.ids.setdefault(kind, {})
         ids.setdefault(name, max(ids.values(), default=0) + 1)
         return name
 
@@ -196,7 +206,7 @@ class Conventions:
         conventions hold."""
         here = of_locale(base)
         language = of_language(here["language"])
-        if agree(here, language, DATE_FIELDS + MONEY_FIELDS):
+        if agree(here, language, DATE_FIELDS + NUMBER_FIELDS + MONEY_FIELDS):
             return ()
         money = self.add("money", base, here, charset)
         if agree(here, language, DATE_FIELDS + NUMBER_FIELDS):
