@@ -1,15 +1,22 @@
 // checkhome HOME: verifies a whole localization home with the library's own readers, each file by
-// itself, and prints every fault as "file: what is wrong". Ends with 0 when there is none.
+// itself, and prints every fault as "file: what is wrong". What the readers skip without a word is
+// a fault as well. Ends with 0 when there is none.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "chars/com_attr.h"
+#include "chars/hex.h"
+#include "chars/utf.h"
 #include "comnlib/charset.h"
+#include "comnlib/config.h"
 #include "comnlib/memory.h"
 #include "comnlib/thread.h"
 #include "intl.h"
@@ -22,6 +29,7 @@
 #include "intl/locdata.h"
 #include "intl/message.h"
 #include "intl/objectid.h"
+#include "intl/parse_number.h"
 #include "intl/sortorder.h"
 #include "intl/xlate.h"
 
@@ -30,6 +38,78 @@ using namespace comnlib;
 namespace {
 
 using Names = std::vector<std::string>;
+
+// Which sections of a file are read, which of its keys may be repeated, and how many values of a
+// key are read, where that is not one.
+struct Rules {
+  std::set<std::string> sections;
+  std::set<std::string> repeated;
+  std::map<std::string, std::size_t> values;
+};
+
+constexpr std::size_t kAnyNumber = 1'000'000;
+
+const std::map<std::string, std::size_t> kConventionValues{
+    {"months", 12}, {"shortmonths", 12}, {"days", 7}};
+const Rules kObjectIds{{"charset", "natlang", "collate", "datetime", "numeric", "money"}, {}, {}},
+    kLocales{{"linux"}, {"locale"}, {{"locale", 7}}},
+    kCommon{{"datetime", "numeric", "money"}, {}, kConventionValues},
+    kDates{{"datetime"}, {}, kConventionValues}, kNumbers{{"numeric"}, {}, {}},
+    kMoney{{"money"}, {}, {}}, kMessages{{"messages"}, {}, {}},
+    kCharset{{"charset"}, {"definition"}, {}},
+    kConversions{{"conversion"}, {"to"}, {{"to", kAnyNumber}}},
+    kTable{{"table"},
+           {"single", "double", "triple", "range"},
+           {{"single", 2}, {"double", 3}, {"triple", 4}, {"range", 3}}},
+    kSortOrder{{"sortorder"}, {"fold"}, {{"fold", 4}}};
+
+// The rules of a file by its path below the home.
+const Rules& rules_of(const std::filesystem::path& path) {
+  const std::map<std::string, const Rules*> by_suffix{{".dat", &kObjectIds}, {".dt", &kDates},
+                                                      {".num", &kNumbers},   {".mon", &kMoney},
+                                                      {".ctb", &kTable},     {".srt", &kSortOrder}};
+  if (path == "locales/locales.dat") return kLocales;
+  if (path.filename() == "charset.loc") return kCharset;
+  if (path.string().starts_with("locales/message/")) return kMessages;
+  if (path.filename() == "common.loc") return kCommon;
+  const auto found = by_suffix.find(path.extension().string());
+  return found == by_suffix.end() ? kConversions : *found->second;
+}
+
+// The byte sequences that an entry of a table gives, each as a number after its length.
+std::vector<std::uint64_t> sequences(const Names& values) {
+  std::uint64_t first = values.size();  // after the length: the bytes
+  for (std::size_t i = 0; i + 1 < values.size(); ++i)
+    first = first << 8 | std::strtoul(values[i].c_str(), nullptr, 16);
+  std::vector<std::uint64_t> found;
+  for (std::size_t i = 0; i < values.back().size() / 4; ++i)
+    if (values.back().compare(4 * i, 4, "FFFF") != 0) found.push_back(first + i);
+  return found;
+}
+
+// Whether the header of a multibyte image, which the loader reads in part, is true of all of it.
+bool is_true_header(const std::string& digits, CS_INT status, CS_INT image_size) {
+  std::vector<CS_BYTE> image(digits.size() / 2);
+  if (image.size() < COMN_CS_IMAGE2_HEADER || !decode_hex(digits, image)) return false;
+  const ImageHeader header = read_image_header(image.data());
+  CS_UINT offset = COMN_CS_IMAGE2_HEADER;
+  for (const ImageMap& map : {header.width, header.norm, header.type, header.soundex}) {
+    if (map.size != 0 && map.offset != offset) return false;
+    offset += map.size;
+  }
+  return header.status == status && header.charset_class == COMN_CS_MULTIBYTE &&
+         offset == image.size() && offset == static_cast<CS_UINT>(image_size);
+}
+
+bool is_utf8(std::string_view text) {
+  std::span left(reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
+  while (!left.empty()) {
+    const std::size_t bytes = decode_utf8(left).bytes;
+    if (bytes == 0) return false;
+    left = left.subspan(bytes);
+  }
+  return true;
+}
 
 // Whether the set has every table that its first bytes name. The loader takes what is not there as
 // empty.
@@ -78,26 +158,40 @@ class Check {
   Check& operator=(const Check&) = delete;
 
   int run() {
-    const auto classes = object_ids();
+    object_ids();
     const CsConvConfig* utf8 = configuration("utf8");
-    for (const std::string& charset : at(classes, "charset"))
-      if (charset != "ucs2") character_set(charset, utf8, at(classes, "collate"));
-    for (const std::string& language : at(classes, "natlang")) {
-      messages(language);
-      for (const std::string& charset : at(classes, "charset"))
-        if (exists("locales/" + language + '/' + charset)) common(language, charset);
+    for (const std::string& charset : charsets()) character_set(charset, utf8);
+    for (const std::string& language : names("natlang")) messages(language);
+    named_conventions();
+    const bool is_set_up = comn_intl_init(&context_, error_, sizeof error_) == CS_SUCCEED;
+    if (is_set_up) {
+      for (const std::string& charset : charsets()) texts_of_set(charset);
+      locales();
     }
-    named_conventions(classes);
-    if (comn_intl_init(&context_, error_, sizeof error_) == CS_SUCCEED) locales(classes);
-    unread_files();
+    for (const std::string& path : std::set(files_)) syntax(path);
+    if (is_set_up)
+      unread_files();
+    else
+      fault(home_, "no context can be set up, so that its locales were not looked at");
     if (faults_ == 0) std::printf("checkhome: %zu files, no fault\n", files_.size());
     return faults_ == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
   }
 
  private:
-  static Names at(const std::map<std::string, Names>& classes, const std::string& name) {
-    const auto found = classes.find(name);
-    return found == classes.end() ? Names() : found->second;
+  // The names of a class of identifiers, in their order.
+  Names names(const std::string& oidclass) const {
+    const auto found = classes_.find(oidclass);
+    return found == classes_.end() ? Names() : found->second;
+  }
+  bool is_name(const std::string& oidclass, const std::string& name) const {
+    const Names known = names(oidclass);
+    return std::find(known.begin(), known.end(), name) != known.end();
+  }
+  // Those with files: ucs2 is the library's own.
+  Names charsets() const {
+    Names found = names("charset");
+    std::erase(found, "ucs2");
+    return found;
   }
 
   void fault(const std::string& file, const std::string& words) {
@@ -110,43 +204,53 @@ class Check {
   bool took(CS_RETCODE result) {
     const bool is_new = files_.insert(error_).second;
     if (result == CS_SUCCEED) return true;
+    if (is_new) fault(error_, words_of(result));
+    return false;
+  }
+  std::string words_of(CS_RETCODE result) const {
     char words[200] = "what it holds is not valid";
     if (result == CS_INTL_LIBERR || result == CS_INTL_NOFILE)
       intl_errstr(context_.ctxintlerr, words, sizeof words);
-    if (is_new) fault(error_, words);
-    return false;
+    return words;
   }
   ErrorBuffer error() { return {error_, sizeof error_}; }
 
-  // The names of each class, in their order.
-  std::map<std::string, Names> object_ids() {
-    std::map<std::string, Names> classes;
+  void object_ids() {
     CsOid oid = 0;
     const CS_RETCODE result = global_id(context_, "charset", "utf8", oid, error());
     const std::string path = error_;
-    if (!took(result)) return classes;
+    if (!took(result) && result != CS_FAIL) return;
     INTL_HANDLE handle = nullptr;
-    if (intl_open(path.c_str(), &handle) < 0) return classes;
+    if (intl_open(path.c_str(), &handle) < 0) return;
     IntlFile file(context_, handle);
-    while (const char* oidclass = file.next_section()) {
-      std::set<std::string> numbers;
-      Names& names = classes[oidclass];
+    while (const char* section = file.next_section()) {
+      const std::string oidclass = section;
+      std::set<CsOid> numbers;
       while (const char* name = file.next_entry()) {
-        names.emplace_back(name);
-        if (!numbers.insert(file.next_value()).second)
-          fault(path, "[" + std::string(oidclass) + "] gives the number of " + name + " twice");
+        const std::string known = name;
+        classes_[oidclass].push_back(known);
+        const auto number = parse_number(file.next_text(), 1, INT32_MAX);
+        if (number && !numbers.insert(*number).second)
+          fault(path, "[" + oidclass + "] gives the number of " + known + " twice");
       }
     }
-    return classes;
+    const std::pair<const char*, const char*> needed[] = {
+        {"charset", "utf8"}, {"charset", "ucs2"}, {"collate", "binary"}};
+    for (const auto& [oidclass, name] : needed)
+      if (!is_name(oidclass, name))
+        fault(path, "every context needs " + std::string(name) + " of [" + oidclass + "]");
   }
 
   const CsConvConfig* configuration(const std::string& charset) {
     CsConvConfig* config = nullptr;
     if (!took(load_conv_config(context_, charset.c_str(), config, error()))) return nullptr;
+    for (const std::size_t name : config->targets.view())
+      if (!is_name("charset", config->names.at(name)))
+        fault(error_, "\"" + std::string(config->names.at(name)) + "\" is no known charset");
     return configurations_.emplace_back(config);
   }
 
-  void character_set(std::string charset, const CsConvConfig* utf8, const Names& orders) {
+  void character_set(std::string charset, const CsConvConfig* utf8) {
     auto* desc = static_cast<CsCharDesc*>(comn_calloc(1, sizeof(CsCharDesc)));
     CsLocCache entry{};
     entry.charname = charset.data();
@@ -156,14 +260,17 @@ class Check {
     if (has_attributes) attributes(charset, *desc->char_attrib);
     const CsConvConfig* config = charset == "utf8" ? utf8 : configuration(charset);
     const ConvTable* table = nullptr;
-    if (config != nullptr && config->algorithm == nullptr)
-      took(load_table(context_, charset.c_str(), config->table.data(), table, error()));
+    const bool has_table =
+        config != nullptr &&
+        (config->algorithm != nullptr ||
+         took(load_table(context_, charset.c_str(), config->table.data(), table, error())));
+    if (has_attributes && has_table) usable_.insert(charset);
     if (has_attributes && table != nullptr && !widths_agree(*desc->char_attrib, *table))
       fault(error_, "charset.loc gives characters other widths");
     comn__chardesc_drop(desc);
     if (charset != "utf8" && utf8 != nullptr && !converts_to(*utf8, charset))
       fault(home_ + "/charsets/utf8/utf8.cfg", "no conversion to " + charset);
-    for (const std::string& order : orders)
+    for (const std::string& order : names("collate"))
       if (order == "binary" || exists("charsets/" + charset + '/' + order + ".srt"))
         sort_order(charset, order);
   }
@@ -181,8 +288,10 @@ class Check {
     entry.charname = charset.data();
     entry.sortname = name.data();
     CsOid oid = 0;
-    if (global_id(context_, "collate", name, oid, error()) == CS_SUCCEED)
-      took(comn__intl_load_sortorder(&context_, oid, &entry, error_, sizeof error_));
+    if (global_id(context_, "collate", name, oid, error()) == CS_SUCCEED &&
+        took(comn__intl_load_sortorder(&context_, oid, &entry, error_, sizeof error_)) &&
+        entry.locsortorder->kind == SortKind::kFolded && charset != "utf8")
+      fault(error_, "only UTF-8 text can be folded");
   }
 
   void messages(std::string language) {
@@ -190,41 +299,51 @@ class Check {
     entry.langname = language.data();
     entry.langnamelen = static_cast<CS_INT>(language.size());
     CsOid oid = 0;
-    if (global_id(context_, "natlang", language, oid, error()) == CS_SUCCEED &&
-        took(comn__intl_load_message(&context_, oid, &entry, error_, sizeof error_)))
-      for (const char* file : {"common.loc", "cslib.loc"})  // read before the last one
-        files_.insert(home_ + "/locales/message/" + language + '/' + file);
+    if (global_id(context_, "natlang", language, oid, error()) != CS_SUCCEED ||
+        !took(comn__intl_load_message(&context_, oid, &entry, error_, sizeof error_)))
+      return;
+    const std::string directory = home_ + "/locales/message/" + language + '/';
+    const char* const files[] = {"common.loc", "cslib.loc", "comnlib.loc"};  // in their order
+    for (const char* file : files) files_.insert(directory + file);
+    for (const MessageText& message : entry.locmessage->messages.view())
+      if (!is_utf8(entry.locmessage->texts.at(message.text)))
+        fault(directory + files[static_cast<std::size_t>(message.file)],
+              "message " + std::to_string(message.number) + " is not UTF-8");
   }
 
-  void common(std::string language, std::string charset) {
-    CsLocCache entry{};
-    entry.langname = language.data();
-    entry.charname = charset.data();
-    took(comn__read_common(&context_, &entry, error_, sizeof error_));
-  }
-
-  void named_conventions(const std::map<std::string, Names>& classes) {
+  void named_conventions() {
     const std::pair<const char*, CS_INT> kinds[] = {
         {"datetime", COM_LC_TIME}, {"numeric", COM_LC_NUMERIC}, {"money", COM_LC_MONETARY}};
     for (const auto& [oidclass, kind] : kinds)
-      for (const std::string& name : at(classes, oidclass)) {
+      for (const std::string& name : names(oidclass)) {
         CsLocCache entry{};
         took(comn__load_locdata(&context_, kind, name.c_str(), &entry, error_, sizeof error_));
       }
   }
 
-  // What lies about in the home and no name leads to. Configuration files and the network layer's
-  // are not of a locale.
-  void unread_files() {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_)) {
-      const std::string path = entry.path().string();
-      const bool of_others = path == home_ + "/interfaces" || path.ends_with("/config/nuv.cfg");
-      if (entry.is_regular_file() && !of_others && !files_.contains(path))
-        fault(path, "no name leads to it");
+  // The replacement of a set, and the conventions of each language in it: whether they are text of
+  // the set.
+  void texts_of_set(const std::string& charset) {
+    if (!usable_.contains(charset)) return;
+    CsLocCache* entry = nullptr;
+    for (const std::string& language : names("natlang")) {
+      if (!exists("locales/" + language + '/' + charset)) continue;
+      const std::string name = language + '/' + charset;
+      if (took(comn_intl_load_tlvtypes(&context_, name.c_str(), CS_NULLTERM, charset.c_str(),
+                                       CS_NULLTERM, language.c_str(), CS_NULLTERM, "binary",
+                                       CS_NULLTERM, &entry, error_, sizeof error_)))
+        texts(home_ + "/locales/" + name + "/common.loc", *entry);
     }
+    if (entry == nullptr) return;
+    const CsConvConfig& config = *entry->locchardesc->conv_config;
+    const std::string_view replacement(reinterpret_cast<const char*>(config.replacement.data()),
+                                       static_cast<std::size_t>(config.replacement_length));
+    if (!is_text(*entry->locchardesc, replacement))
+      fault(home_ + "/charsets/" + charset + '/' + charset + ".cfg",
+            "the replacement is no text of the set");
   }
 
-  void locales(const std::map<std::string, Names>& classes) {
+  void locales() {
     INTL_HANDLE handle = nullptr;
     if (!took(com__open_locfile(&context_, nullptr, nullptr, "locales.dat", &handle, error_,
                                 sizeof error_)))
@@ -239,49 +358,57 @@ class Check {
       }
       Names values;
       while (const char* value = file.next_value()) values.emplace_back(value);
-      if (file.failed()) break;
+      if (file.failed()) return;
       values.resize(7);
       if (!locale_names_.insert(values[0]).second)
-        fault(path, "locale " + values[0] + " stands twice");
-      locale(path, classes, values);
+        fault(path, "locale " + values[0] + " is there twice");
+      locale(path, values);
     }
-    if (!file.failed()) return;
-    char words[200];
-    intl_errstr(context_.ctxintlerr, words, sizeof words);
-    fault(path, words);
   }
 
   // values: name, language, character set, sort order, date/time, number, money.
-  void locale(const std::string& path, const std::map<std::string, Names>& classes, Names& values) {
+  void locale(const std::string& path, Names& values) {
+    const std::string start = "locale " + values[0] + ": ";
     if (values[3].empty()) values[3] = "binary";
-    const char* names[] = {"natlang", "charset", "collate", "datetime", "numeric", "money"};
+    const char* oidclasses[] = {"natlang", "charset", "collate", "datetime", "numeric", "money"};
     bool known = true;
-    for (std::size_t i = 0; i < std::size(names); ++i) {
+    for (std::size_t i = 0; i < std::size(oidclasses); ++i) {
       const std::string& value = values[i + 1];
-      if (i >= 3 && value.empty()) continue;
-      const Names listed = at(classes, names[i]);
-      if (std::find(listed.begin(), listed.end(), value) != listed.end()) continue;
+      if ((i >= 3 && value.empty()) || is_name(oidclasses[i], value)) continue;
       known = false;
-      fault(path, "locale " + values[0] + ": \"" + value + "\" is no known " + names[i]);
+      fault(path, start + '"' + value + "\" is no known " + oidclasses[i]);
     }
-    if (!known) return;
+    for (const std::string& value : values)
+      if (value.size() >= COM_LOC_NAMESIZE) return fault(path, start + "a value is too long");
+    if (values[4].empty() && !values[5].empty())
+      fault(path, start + "without a date/time name the number name is not used");
+    if (!known || !usable_.contains(values[2])) return;
     sort_order(values[2], values[3]);
-    texts(path, values);
-  }
-
-  // Whether the texts of a locale's conventions are text of its character set.
-  void texts(const std::string& path, Names& values) {
     CsLocCache* entry = nullptr;
     if (!took(comn_intl_load(&context_, values[0].c_str(), CS_NULLTERM, &entry, error_,
                              sizeof error_)))
       return;
-    CsLocCache with = *entry;
+    CsLocCache with{};  // the named conventions alone
+    with.locchardesc = entry->locchardesc;
+    with.charname = entry->charname;
+    if (!values[6].empty()) with.locmoninfo = entry->locmoninfo;
     const std::pair<CS_INT, const std::string&> named[] = {{COM_LC_TIME, values[4]},
                                                            {COM_LC_NUMERIC, values[5]}};
     for (const auto& [kind, name] : named)
-      if (!name.empty() &&
+      if (!name.empty() && !values[4].empty() &&
           !took(comn__load_locdata(&context_, kind, name.c_str(), &with, error_, sizeof error_)))
         return;
+    texts(path + ": locale " + values[0], with);
+  }
+
+  bool is_text(const CsCharDesc& charset, std::string_view text) {
+    const std::span bytes(reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
+    std::vector<CS_BYTE> room(4 * text.size());
+    return translate(&context_, {&charset, false}, {nullptr, true}, bytes, room).code == CS_SUCCEED;
+  }
+
+  // Whether the texts of conventions are text of the character set.
+  void texts(const std::string& place, const CsLocCache& with) {
     std::vector<std::string_view> texts;
     const auto add = [&texts](auto... more) { (texts.push_back(more), ...); };
     if (with.locdateinfo != nullptr) {
@@ -296,23 +423,97 @@ class Check {
     if (with.locmoninfo != nullptr)
       add(with.locmoninfo->digits.decimal_point, with.locmoninfo->digits.group_separator,
           with.locmoninfo->symbol);
-    for (const std::string_view text : texts) {
-      const std::span bytes(reinterpret_cast<const CS_BYTE*>(text.data()), text.size());
-      std::vector<CS_BYTE> room(4 * text.size());
-      const Encoding unicode{nullptr, true};
-      if (translate(&context_, {entry->locchardesc, false}, unicode, bytes, room).code ==
-          CS_SUCCEED)
-        continue;
-      fault(path,
-            "locale " + values[0] + ": \"" + std::string(text) + "\" is no text of " + values[2]);
+    for (const std::string_view text : texts)
+      if (!is_text(*with.locchardesc, text))
+        return fault(place, '"' + std::string(text) + "\" is no text of " + with.charname);
+  }
+
+  // What the readers skip without a word: lines before the first section, sections that are not
+  // read, keys that are there twice, and values that are not read.
+  void syntax(const std::string& path) {
+    INTL_HANDLE handle = nullptr;
+    if (intl_open(path.c_str(), &handle) < 0) return;  // told already
+    const Rules& rules = rules_of(std::filesystem::path(path).lexically_relative(home_));
+    IntlFile file(context_, handle);
+    if (has_lines_before_sections(path)) fault(path, "lines before the first section are not read");
+    std::set<std::string> sections;
+    while (const char* name = file.next_section()) {
+      const std::string section = name;
+      if (!rules.sections.contains(section)) fault(path, '[' + section + "] is not read");
+      if (!sections.insert(section).second) fault(path, '[' + section + "] is there twice");
+      entries(path, section, rules, file);
     }
+    if (file.failed()) fault(path, words_of(CS_INTL_LIBERR));
+  }
+
+  static bool has_lines_before_sections(const std::string& path) {
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+      const std::size_t first = line.find_first_not_of(" \t\r");
+      if (first != line.npos && line[first] != ';') return line[first] != '[';
+    }
+    return false;
+  }
+
+  void entries(const std::string& path, const std::string& section, const Rules& rules,
+               IntlFile& file) {
+    std::set<std::string> keys;
+    std::set<std::uint64_t> given;
+    std::string image;
+    std::map<std::string, std::string> first_values;
+    while (const char* name = file.next_entry()) {
+      const std::string key = name;
+      if (!keys.insert(key).second && !rules.repeated.contains(key))
+        fault(path, '[' + section + "] has " + key + " twice");
+      Names values;
+      while (const char* value = file.next_value()) values.emplace_back(value);
+      const auto most = rules.values.find(key);
+      if (values.size() > (most == rules.values.end() ? 1 : most->second))
+        fault(path, '[' + section + "] has values of " + key + " that are not read");
+      if (values.empty()) continue;
+      first_values[key] = values[0];
+      if (key == "definition") image += values[0];
+      if (&rules == &kCharset && key != "definition" && !image.empty())
+        fault(path, key + " comes after the image and is not read");
+      if (&rules != &kTable || key == "range") continue;
+      for (const std::uint64_t sequence : sequences(values))
+        if (!given.insert(sequence).second) return fault(path, "a sequence is there twice: " + key);
+    }
+    const auto number = [&](const char* key) {
+      return parse_number(first_values[key], INT32_MIN, INT32_MAX).value_or(0);
+    };
+    if (&rules == &kCharset && number("class") == COMN_CS_MULTIBYTE && !file.failed() &&
+        !is_true_header(image, number("status"), number("image_size")))
+      fault(path, "the header is not true of the image");
+  }
+
+  // What lies about in the home and no name leads to. Configuration files have a syntax of their
+  // own, and interfaces is the network layer's.
+  void unread_files() {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_)) {
+      const std::filesystem::path path = entry.path();
+      if (!entry.is_regular_file() || path == home_ + "/interfaces") continue;
+      if (path.extension() == ".cfg" && path.parent_path().filename() == "config")
+        host_configuration(path.string());
+      else if (!files_.contains(path.string()))
+        fault(path.string(), "no name leads to it");
+    }
+  }
+
+  void host_configuration(const std::string& path) {
+    CfgParseInfo* parse = nullptr;
+    const bool opened = cfg__open_parse(&context_, path.c_str(), &parse) == CS_SUCCEED;
+    if (!opened || cfg__parse(parse) != CS_SUCCEED) fault(path, "it is no configuration file");
+    if (opened) static_cast<void>(cfg__clean_parse(parse));
   }
 
   std::string home_;
   CS_CONTEXT context_{};
   CsCtxGlobals globals_{};
   char error_[1100] = "";
+  std::map<std::string, Names> classes_;
   std::set<std::string> files_, locale_names_;
+  std::set<std::string> usable_;  // character sets whose characters can be told
   std::vector<CsConvConfig*> configurations_;
   int faults_ = 0;
 };
@@ -324,6 +525,8 @@ int main(int count, char** arguments) {
     std::fprintf(stderr, "usage: checkhome HOME\n");
     return 2;
   }
-  setenv("TALVEN", arguments[1], 1);
-  return Check(arguments[1]).run();
+  std::string home = arguments[1];
+  while (home.size() > 1 && home.ends_with('/')) home.pop_back();
+  setenv("TALVEN", home.c_str(), 1);
+  return Check(home).run();
 }

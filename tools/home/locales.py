@@ -5,29 +5,52 @@ from .charsets import CHARSETS
 from .conventions import CLDR, LANGUAGES, WESTERN
 from .sortorders import has_order
 
-# How systems spell the code sets.
-SPELLINGS = {
-    "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8", "utf8", "UTF8", "utf-8"),
-    "koi8": ("KOI8-R", "koi8r", "KOI8R", "koi8-r"),
-    "koi8u": ("KOI8-U", "koi8u", "KOI8U", "koi8-u"), "macroman": ("MACINTOSH",),
-    "sjis": ("SJIS", "sjis", "Shift_JIS", "SHIFT_JIS"),
-    "eucjp": ("EUC-JP", "eucJP", "eucjp", "EUCJP", "ujis"), "gb18030": ("GB18030", "gb18030"),
-    "cp936": ("GBK", "gbk", "GB2312", "gb2312", "eucCN", "EUC-CN", "CP936", "cp936"),
-    "big5": ("BIG5", "big5", "Big5"),
-    "big5hkscs": ("BIG5-HKSCS", "big5hkscs", "Big5-HKSCS", "BIG5HKSCS"),
-    "cp949": ("CP949", "cp949", "UHC", "uhc"),
-    "euckr": ("EUC-KR", "eucKR", "euckr", "EUCKR"), "euctw": ("EUC-TW", "eucTW", "euctw"),
-    "iso11": ("ISO-8859-11", "ISO8859-11", "iso885911", "TIS-620", "TIS620", "tis620"),
+LATIN = {1: 1, 2: 2, 3: 3, 4: 4, 9: 5, 10: 6, 13: 7, 14: 8, 15: 9, 16: 10}
+
+
+def iso_8859(number):
+    names = (f"ISO-8859-{number}", f"ISO8859-{number}")
+    return names + ((f"LATIN{LATIN[number]}",) if number in LATIN else ())
+
+
+# What systems call the code sets.
+NAMES = {
+    "ascii": ("ASCII", "US-ASCII"), "utf8": ("UTF-8",), "koi8": ("KOI8-R",), "koi8u": ("KOI8-U",),
+    "iso11": iso_8859(11) + ("TIS-620",), "macroman": ("MACINTOSH", "MacRoman"),
+    "sjis": ("SJIS", "Shift_JIS", "Shift-JIS"), "cp932": ("CP932", "MS932", "WINDOWS-31J"),
+    "eucjp": ("EUC-JP", "eucJP", "UJIS"),
+    "cp936": ("GBK", "GB2312", "eucCN", "EUC-CN", "CP936", "WINDOWS-936"),
+    "big5": ("BIG5", "Big5", "BIG-5", "CP950"), "big5hkscs": ("BIG5-HKSCS", "Big5-HKSCS"),
+    "cp949": ("CP949", "UHC"), "euckr": ("EUC-KR", "eucKR"), "euctw": ("EUC-TW", "eucTW"),
 }
+
+
+def names_of(charset):
+    if charset in NAMES:
+        return NAMES[charset]
+    if charset.startswith("iso"):
+        return iso_8859(int(charset[3:].lstrip("_")))
+    name = charset.upper()
+    if charset == "cp874" or charset.startswith("cp125"):
+        return name, name.replace("CP", "WINDOWS-")
+    return (name, name.replace("CP", "IBM")) if charset.startswith("cp") else (name,)
+
+
+def spellings(charset):
+    """Each name as it is, and in capital and small letters with its punctuation and without."""
+    found = []
+    for name in names_of(charset):
+        plain = re.sub("[-_]", "", name)
+        found += [name, plain.lower(), plain.upper(), name.lower(), name.upper()]
+    return tuple(dict.fromkeys(found))
+
 
 # Names that go before all rules: name: language, character set, sort order and conventions.
 FIXED = {
     "default": ("us_english", "iso_1", "binary"),
     "C": ("us_english", "ascii", "binary"),
     "POSIX": ("us_english", "ascii", "binary"),
-    "C.UTF-8": ("us_english", "utf8", "binary"),
-    "C.utf8": ("us_english", "utf8", "binary"),
-    "C.UTF8": ("us_english", "utf8", "binary"),
+    **{f"C.{name}": ("us_english", "utf8", "binary") for name in spellings("utf8")},
     "iso": ("us_english", "iso_1", "binary", "iso", "iso", "iso"),
     "iso.utf8": ("us_english", "utf8", "binary", "iso", "iso", "iso"),
     "us_english.nocase": ("us_english", "iso_1", "nocase"),
@@ -36,20 +59,6 @@ FIXED = {
     "de_DE.CP1252": ("german", "cp1252", "nocase"),
     "ja_JP": ("japanese", "sjis", "binary"),
 }
-
-
-def spellings(charset):
-    if charset in SPELLINGS:
-        return SPELLINGS[charset]
-    if charset.startswith("iso"):
-        number = charset[3:].lstrip("_")
-        return (f"ISO-8859-{number}", f"ISO8859-{number}", f"iso8859{number}",
-                f"ISO8859{number}", f"iso-8859-{number}", f"iso8859-{number}")
-    if charset.startswith("cp125"):
-        return charset.upper(), charset, charset.replace("cp", "WINDOWS-")
-    if charset in ("cp437", "cp850", "cp852", "cp855", "cp857", "cp866"):
-        return charset.upper(), charset, charset.replace("cp", "IBM")
-    return charset.upper(), charset
 
 
 BY_CODESET = {spelling: charset for charset in CHARSETS for spelling in spellings(charset)}

@@ -246,14 +246,16 @@ COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, 
 
 /**
  * How a locale writes the digits of numbers, or of money. The texts have no NUL, are in the
- * locale's character set, never null, and stay until com_intl_loccache_drop.
+ * locale's character set, never null, and stay until com_intl_loccache_drop. All groups have one
+ * size: that of the last one where a language has others (3 in India, where people write
+ * 12,34,567).
  */
 typedef struct com_digits {
   const CS_CHAR* decimal;   /**< the decimal mark */
   CS_INT decimallen;        /**< its length */
   const CS_CHAR* separator; /**< between groups of digits */
   CS_INT separatorlen;      /**< its length; 0: no groups */
-  CS_INT grouping;          /**< digits of a group; 0: no groups */
+  CS_INT grouping;          /**< digits of each group; 0: no groups */
   const CS_CHAR* symbol;    /**< the currency's, of money alone */
   CS_INT symbollen;         /**< its length */
   CS_INT symbolafter;       /**< 1: it comes after the amount, else 0 */
