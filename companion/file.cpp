@@ -50,8 +50,8 @@ CS_INT check_end(int file) {
   const off_t read = ::lseek(file, 0, SEEK_CUR);
   if (read < 0 || ::fstat(file, &facts) != 0) return system_status();
   if (facts.st_size == read) return 0;
-  // A file that the system makes while it is read has no size, but it can be read again. One that
-  // was emptied meanwhile cannot.
+  // A file that the system makes while it is read has size 0, but bytes can be read from it again.
+  // A file that was emptied meanwhile has none.
   char first = 0;
   const bool is_made = facts.st_size == 0 && ::pread(file, &first, 1, 0) == 1;
   return is_made ? 0 : make_status(Fault::kSizeChanged);

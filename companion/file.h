@@ -1,5 +1,5 @@
-// Files as both readers open them. A home may hold anything, by mistake or by malice: a FIFO would
-// block its reader for ever, and a device need not end.
+// How both readers open files. A home may hold anything, by mistake or by malice: a FIFO would
+// block its reader for ever, and a device may never end.
 #pragma once
 
 #include <cstddef>

@@ -17,8 +17,8 @@
  *     [section]
  *     key = value, another value, " a value with, blanks "" and quotes "
  *
- * Blanks (spaces and tabs) around names and unquoted values do not count. n commas part n + 1
- * values, any of them may be empty. Lines end in LF or CR LF and have any length. A quoted value
+ * Blanks (spaces and tabs) around names and unquoted values do not count. n commas separate n + 1
+ * values, any of which may be empty. Lines end in LF or CR LF and have any length. A quoted value
  * ends on its line.
  */
 #ifndef COMNLIB_INTL_H
@@ -34,25 +34,24 @@ extern "C" {
 typedef CS_VOID* INTL_HANDLE;
 
 /**
- * The one status that callers know: memory is out. The library answers it with CS_MEM_ERROR, from a
- * host's own reader too.
+ * The one status with a meaning to callers: there is no memory. The library returns CS_MEM_ERROR
+ * for it, also when it comes from a host's own reader.
  */
 #define INTL_NO_MEMORY (-2147483647 - 1)
 
 /**
  * The localization home: the value of the environment variable TALVEN when it is set and not empty,
- * else the home directory of the user "talven", else the home that was installed with the shared
- * object (share/comnlib/home next to its lib; statically linked, next to the program's bin). Writes
- * what fits into the `buflen` bytes at
- * `buffer`, with a NUL when there is room. Returns the length of the whole name, or a negative
- * status.
+ * else the home directory of the user "talven", else the home that was installed with the library:
+ * share/comnlib/home below the prefix of the shared object or, in a program that is linked with the
+ * archive, below the prefix of the program. Writes what fits into the `buflen` bytes at `buffer`,
+ * with a NUL when there is room. Returns the length of the whole name, or a negative status.
  */
 COMN_API CS_INT intl_home(CS_CHAR* buffer, CS_INT buflen);
 
 /**
  * The value of an environment variable, with its NUL, into the `dstlen` bytes at `dst`. Returns its
- * length; 0 when it is unset or empty (`dst` is then unchanged); a negative status when it does
- * not fit. Not to be called while another thread changes the environment.
+ * length; 0 when it is unset or empty (`dst` is then unchanged); a negative status when it does not
+ * fit. Do not call it while another thread changes the environment.
  */
 COMN_API CS_INT intlgetenv(CS_CHAR* dst, CS_INT dstlen, const CS_CHAR* name);
 
@@ -66,7 +65,7 @@ COMN_API CS_INT intl_open(const CS_CHAR* path, INTL_HANDLE* handle);
 /** @name The sectioned reader's steps
  * Each returns a NUL-terminated text that stays until intl_close, with `status` 0; null with
  * `status` 0 at the end of the file, section or entry; null with a negative `status` for a
- * malformed line, after which reading may go on. Lines and values that are passed over are not
+ * malformed line, after which reading may continue. Lines and values that are skipped are not
  * checked. A host's own reader may keep a text for less long: the library does not use it after its
  * next call for the same file. */
 /**@{*/
@@ -80,7 +79,7 @@ COMN_API const CS_CHAR* intl_nextentry(INTL_HANDLE handle, CS_INT* status);
 COMN_API const CS_CHAR* intl_nextvalue(INTL_HANDLE handle, CS_INT* status);
 /**@}*/
 
-/** Gives back what intl_open took. 0 or a negative status. */
+/** Closes the file and frees what intl_open allocated. 0 or a negative status. */
 COMN_API CS_INT intl_close(INTL_HANDLE handle);
 
 /**
@@ -100,7 +99,7 @@ COMN_API CS_INT intl_iocsfopen(const CS_CHAR* path, INTL_HANDLE* handle);
  */
 COMN_API CS_INT intl_iocsfread(INTL_HANDLE handle, CS_BYTE* buffer, CS_INT buflen);
 
-/** Closes the file. 0 or a negative status; the handle is gone either way. */
+/** Closes the file. 0 or a negative status; the handle is not valid afterwards in either case. */
 COMN_API CS_INT intl_iocsfclose(INTL_HANDLE handle);
 /**@}*/
 

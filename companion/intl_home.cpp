@@ -19,7 +19,8 @@
 namespace comnlib::companion {
 namespace {
 
-// Where the installed home is, from the folder of the shared object and from that of a program.
+// Where the installed home is: relative to the folder of the shared object, and to that of a
+// program.
 constexpr std::string_view kHomeFromLibrary = COMNLIB_HOME_FROM_LIBRARY;
 constexpr std::string_view kHomeFromProgram = COMNLIB_HOME_FROM_PROGRAM;
 
@@ -42,13 +43,13 @@ CS_INT write_home(std::string_view home, CS_CHAR* buffer, CS_INT buflen) {
   return write_home(found->pw_dir, buffer, buflen);
 }
 
-// The home that was installed together with the shared object, or with the program that the library
-// is part of.
+// The home that was installed with the shared object, or with the program that the archive is part
+// of.
 [[gnu::noinline]] CS_INT home_beside_library(CS_CHAR* buffer, CS_INT buflen) {
   Dl_info object{};
   if (dladdr(reinterpret_cast<const void*>(&write_home), &object) == 0)
     return make_status(Fault::kNoHome);
-  // A program is known by the name that it was called by, which need not be a path.
+  // For a program dladdr gives the name that it was called by, which need not be a path.
   const bool is_program = std::strcmp(object.dli_fname, program_invocation_name) == 0;
   char path[PATH_MAX];
   if (::realpath(is_program ? "/proc/self/exe" : object.dli_fname, path) == nullptr)

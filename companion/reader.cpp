@@ -32,7 +32,7 @@ char* find(char* begin, char* end, char wanted) {
   return found == nullptr ? end : found;
 }
 
-// Cuts [begin, end) free of its blanks and ends it with a NUL, which may take *end's place.
+// Trims the blanks around [begin, end) and ends the text with a NUL, which may overwrite *end.
 const char* cut(char* begin, char* end) {
   begin = skip_blanks(begin, end);
   *trim_end(begin, end) = '\0';
@@ -55,7 +55,7 @@ class Descriptor {
 
 constexpr std::size_t kHead = sizeof(SectionedText);
 
-// The block of a file's text: room for the walk over it, the text, and a byte to spare.
+// The memory block of a file: a SectionedText, the file's text, and one byte more.
 class Block {
  public:
   ~Block() { release(bytes_); }
@@ -77,7 +77,7 @@ class Block {
   char* bytes_ = nullptr;
 };
 
-// Reads a file whose size is known. A byte more is asked for, so that its end is seen.
+// Reads a file whose size is known. It asks for one byte more, so that it sees the file's end.
 CS_INT read_sized(int file, Block& block, std::size_t size) {
   if (!block.resize(size + 1)) return make_status(Fault::kNoMemory);
   const CS_INT got = read_up_to(file, block.text(), size + 1);
@@ -145,7 +145,7 @@ const char* SectionedText::next_entry(CS_INT& status) {
   Line line{};
   if (!take_line(line)) return nullptr;
   if (*line.begin == '[') {
-    // The section's end: its line is left for next_section.
+    // The end of the section. next_section will read this line.
     next_ = line_start;
     line_number_ = number;
     return nullptr;
@@ -175,7 +175,7 @@ const char* SectionedText::next_value(CS_INT& status) {
   return cut(begin, comma);
 }
 
-// The value closes up over its doubled quotes; the text only ever gets shorter.
+// Each doubled quote becomes one in place, so the text only gets shorter.
 const char* SectionedText::quoted_value(CS_INT& status) {
   char* const begin = ++value_;
   char* to = begin;

@@ -12,7 +12,7 @@ namespace comnlib::companion {
 // a piece stays where it is as long as the text does.
 class SectionedText {
  public:
-  // `text` has a writable byte after its `size` bytes.
+  // One byte after the `size` bytes of `text` may be written too.
   SectionedText(char* text, std::size_t size);
 
   const char* next_section(CS_INT& status);

@@ -1,5 +1,5 @@
 // Statuses of the companion library. One number holds the fault and its detail, a line number or an
-// errno value, so that the words can be given long after the handle is gone.
+// errno value, so that the words can be given long after the handle was closed.
 #pragma once
 
 #include <algorithm>
@@ -30,8 +30,8 @@ enum class Fault : CS_INT {
 constexpr CS_INT kFaults = 32;
 constexpr CS_INT kMaxDetail = INT32_MAX / kFaults - 1;
 
-// A line number that does not fit becomes the largest that does. That memory is out has a status of
-// its own, which the library knows.
+// A line number that does not fit becomes the largest one that fits. Want of memory has a status of
+// its own, INTL_NO_MEMORY.
 constexpr CS_INT make_status(Fault fault, CS_INT detail = 0) {
   if (fault == Fault::kNoMemory) return INTL_NO_MEMORY;
   return -(std::min(detail, kMaxDetail) * kFaults + static_cast<CS_INT>(fault));

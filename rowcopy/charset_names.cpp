@@ -11,7 +11,7 @@ struct Alias {
   const char* home_name;
 };
 
-// Names that no rule leads to.
+// Names that follow no rule.
 constexpr std::array kAliases = {
     Alias{"USASCII", "ascii"}, Alias{"ANSIX3.41968", "ascii"}, Alias{"ISO646US", "ascii"},
     Alias{"LATIN5", "iso_9"},  Alias{"LATIN6", "iso10"},       Alias{"LATIN7", "iso13"},
@@ -21,7 +21,7 @@ constexpr std::array kAliases = {
     Alias{"UTF16LE", "utf8"},  Alias{"UTF16BE", "utf8"},
 };
 
-// The home's names begin with one thing where others begin with another.
+// Names that begin differently in the home and elsewhere.
 struct Prefix {
   std::string_view squeezed;
   std::size_t digits;  // that follow

@@ -9,7 +9,7 @@ namespace rowcopy {
 // A name in capitals without "-", "_" and blanks: "utf-8" is "UTF8".
 std::string squeeze(std::string_view name);
 
-// What the home calls a character set of that name, if it has it: "latin1", "ISO-8859-1" and
+// The home's name for a character set of that name, if it has the set: "latin1", "ISO-8859-1" and
 // "ISO8859-1" are "iso_1".
 std::string home_charset(const std::string& name);
 

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestHome = 512;  // bytes; leaves the library room for the names below it
 
-// Where the installed program finds its home, or the one of the source tree that it was built from.
+// The home beside the installed program, or else that of the source tree that it was built from.
 std::string shipped_home() {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
@@ -24,7 +24,7 @@ std::string shipped_home() {
   return fs::exists(installed, error) ? installed.string() : ROWCOPY_SOURCE_HOME;
 }
 
-// The library reads the home's place from the environment.
+// The library finds the home by the environment.
 void choose_home(const std::string& wanted) {
   const char* told = std::getenv("TALVEN");
   std::string home = wanted;
@@ -65,7 +65,7 @@ Context::Conversions::~Conversions() {
 }
 
 Context::NullValues::NullValues(CS_CONTEXT& owner) : context(owner) {
-  // A failed call leaves what it built until then.
+  // A failed call leaves what it has built, for com_null_free.
   if (com_null_init(&context) == CS_SUCCEED) return;
   com_null_free(&context);
   throw std::bad_alloc();

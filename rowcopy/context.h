@@ -10,10 +10,10 @@ namespace rowcopy {
 
 class Context {
  public:
-  // `home` is the localization home; empty: the one that TALVEN names, else the one shipped with
-  // this program. The context's locale is the one that the environment asks for; where the home has
-  // no such locale, US English in UTF-8 after a line of warning. A home without the files for that
-  // is diagnosed by the library on standard error, then a Fatal.
+  // `home` is the localization home; when it is empty, the one that TALVEN names or else the one
+  // shipped with this program. The context's locale is the one that the environment asks for; where
+  // the home has no such locale, US English in UTF-8 after a line of warning. A home without the
+  // files for that is diagnosed by the library on standard error, then a Fatal.
   explicit Context(const std::string& home);
   Context(const Context&) = delete;
   Context& operator=(const Context&) = delete;

@@ -21,7 +21,7 @@ void require(CS_CONTEXT* context, const Column& column, CS_INT source,
                 source_name + " to " + target.name);
 }
 
-// The text of a value of that type; money with all of its decimals.
+// The format of a value's text; money has all of its decimals.
 CS_DATAFMT whole_text_format(const Datatype& type, CS_LOCALE* locale) {
   constexpr CS_INT kMoneyDecimals = 4;
   CS_DATAFMT format = text_format(CS_CHAR_TYPE, locale);
@@ -30,7 +30,7 @@ CS_DATAFMT whole_text_format(const Datatype& type, CS_LOCALE* locale) {
   return format;
 }
 
-// The bytes of a null in a record.
+// The bytes that a null has in a record.
 std::vector<char> null_of(CS_CONTEXT* context, const Datatype& type, Locales locales) {
   CS_DATAFMT target = format_of(type, locales.to);
   if (target.precision == CS_USE_SRCVALUE) {
@@ -49,9 +49,9 @@ std::vector<char> room_for(const Datatype& type, std::size_t rows) {
   return std::vector<char>(static_cast<std::size_t>(type.size) * rows + kSpecialSlack);
 }
 
-// The bytes of a stored value that count: those after a varying value's own length do not.
+// How many bytes of a stored value are used: those after a varying value's own length are not.
 std::size_t used_bytes(const Datatype& type, const char* value, CS_INT length) {
-  // From binary numbers the library gives the length of the whole record.
+  // For numerics that come from binary numbers the library gives the length of the whole record.
   if (type.code == CS_NUMERIC_TYPE && length > 0)
     return std::min(offsetof(CS_NUMERIC, array) +
                         static_cast<std::size_t>(comn_num_getlen(static_cast<CS_BYTE>(*value))),
@@ -135,7 +135,7 @@ ColumnConverter::ColumnConverter(CS_CONTEXT* context, const Column& column, Loca
       iso_dates_(type_.kind == Kind::kDate && !style.locale_dates),
       reader_(context, column, column.read_as, locales, rows),
       rereader_(context, column, column.type, {locales.to, locales.to}, rows),
-      // Text that is only on the way to another type is compared with what that holds.
+      // Text that is converted onward is compared with the value that it becomes.
       fidelity_(context, onward_ && read_as_.kind == Kind::kText ? type_ : read_as_, locales),
       to_text_(context, format_of(column.type, locales.to),
                whole_text_format(column.type, locales.to)),
@@ -186,7 +186,7 @@ std::size_t ColumnConverter::compare(const FieldColumn& fields, Values values) {
   return unlike;
 }
 
-// A value that was converted onward must lead back to what was read.
+// A value that was converted onward must convert back to what was read.
 Verdict ColumnConverter::compare_onward(std::string_view field, std::size_t row,
                                         const char* value) {
   if (read_as_.kind == Kind::kText) return fidelity_.compare(field, value, values_.lengths[row]);
@@ -249,8 +249,8 @@ void ColumnConverter::write_dates(std::size_t count, Values values, Values rooms
   }
 }
 
-// The library's text of infinities does not read as such, that of -0 has no sign, and it always
-// writes 17 digits. The shortest text of the largest single is above it as a double.
+// The library's text of an infinity does not read as one, that of -0 has no sign, and its numbers
+// always have 17 digits. The shortest text of the largest single reads as a double above it.
 void ColumnConverter::write_floats(std::size_t count, Values values, Values rooms) {
   const auto write = [&]<class Float>(std::size_t row, Float number) {
     std::memcpy(&number, values[row], sizeof number);
@@ -280,7 +280,7 @@ void ColumnConverter::read_again(const FieldColumn& fields, Values values, Value
   std::size_t left = 0;
   for (std::size_t row = 0; row < fields.count; ++row) {
     const CS_INT length = texts_.codes[row] == CS_SUCCEED ? texts_.lengths[row] : kNull;
-    // The very text that was read reads as what it was read as.
+    // A text that equals the field reads as the field did.
     const bool read = length == kNull || (field_will_do && length == fields.lengths[row] &&
                                           same_bytes(rooms[row], fields.text + fields.offsets[row],
                                                      static_cast<std::size_t>(length)));

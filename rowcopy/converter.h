@@ -1,5 +1,5 @@
-// Moves the values of a column between text and record, every datatype through the routines of the
-// context's conversion matrix, and checks what became of them.
+// Converts the values of a column between text and record, each by the routines of the context's
+// conversion matrix, and checks the results.
 #pragma once
 
 #include <optional>
@@ -18,15 +18,15 @@ struct TextStyle {
   bool short_floats = false;
 };
 
-// Reads text as the type of a column, straight or by way of another type.
+// Reads text as the type of a column, directly or by way of another type.
 class TextReader {
  public:
   // A pair of datatypes without a routine is a Fatal. The context outlives the reader.
   TextReader(CS_CONTEXT* context, const Column& column, const Datatype& read_as, Locales locales,
              std::size_t rows);
 
-  // Stores values, their lengths and codes; a value with another code than CS_SUCCEED holds what
-  // the routine left there. Returns the number of these. Empty text is a syntax error for types
+  // Stores values, their lengths and codes; a value whose code is not CS_SUCCEED holds what the
+  // routine left there. Returns the number of such values. Empty text is a syntax error for types
   // that have no empty value.
   std::size_t read(const FieldColumn& fields, Values to, Results& results);
 
@@ -41,7 +41,7 @@ class TextReader {
 
   Datatype read_as_;
   Datatype type_;
-  bool onward_;  // what the text is read as is another type
+  bool onward_;  // the text is read as another type first
   ColumnConversion from_text_;
   ColumnConversion go_on_;
   Conversion from_empty_;  // a character value has at least one byte, a varchar may be empty
@@ -120,8 +120,8 @@ class ColumnConverter {
   std::vector<char> came_back_;
 };
 
-// The text in the character set of the records; text that does not convert without a loss is a
-// Fatal.
+// Translates a text into the character set of the records. Text that cannot be translated without a
+// loss is a Fatal.
 std::string translate(CS_CONTEXT* context, const std::string& text, Locales locales);
 
 }  // namespace rowcopy

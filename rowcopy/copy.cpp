@@ -30,7 +30,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Rows go through in batches, column by column: what a batch takes fits the processor's cache.
+// Rows are copied in batches, column by column; a batch fits the processor's cache.
 constexpr std::size_t kBatchBytes = 1 << 17;
 constexpr std::size_t kBatchRows = 256;
 
@@ -43,7 +43,7 @@ void require_distinct(const std::string& output, const std::string& other) {
   if (same) throw Fatal(output + " is also " + other + "; it would be overwritten");
 }
 
-// "#3": the position of a column; nothing for any other text, or a column that there is not.
+// "#3": the position of a column; nothing for any other text, or for a column that does not exist.
 std::optional<std::size_t> numbered_column(std::string_view heading, std::size_t width) {
   if (heading.starts_with('#')) heading.remove_prefix(1);
   std::size_t number = 0;
@@ -126,7 +126,7 @@ struct Plan {
   }
 };
 
-// Takes batches of rows to records and texts. Each thread has one of its own.
+// Converts batches of rows into records and texts. Each thread has its own.
 class Worker {
  public:
   explicit Worker(const Plan& plan)
@@ -143,7 +143,7 @@ class Worker {
     report_.columns.resize(layout_.columns.size());
   }
 
-  // Makes records and texts of `rows`, and the report of just these.
+  // Makes the records and texts of `rows`, and the report of these rows only.
   void convert() {
     report_.clear_rows();
     rejects_.clear();
@@ -197,8 +197,8 @@ class Worker {
     }
   }
 
-  // Converts every column of every row, whatever became of the others, so that all faults are
-  // counted; the rows without one become the records.
+  // Converts every column of every row, so that all faults are counted; the rows without a fault
+  // become the records.
   void make_records() {
     records_.clear(rows.size());
     good_.assign(rows.size(), 1);
@@ -222,7 +222,7 @@ class Worker {
     }
   }
 
-  // A value that is not simply the same.
+  // Judges a value that is not simply the same as its field.
   void judge(std::size_t column, std::size_t row) {
     ColumnReport& report = report_.columns[column];
     ColumnConverter& converter = converters_[column];
@@ -353,7 +353,7 @@ class Outputs {
     if (rejects_) rejects_->write(worker.rejects());
   }
 
-  // Everything when the copy is whole, else the rejects alone.
+  // Closes all outputs when the copy is whole, else only the rejects.
   void close(const Plan& plan, const Report& report) {
     std::vector<Output*> outputs;
     if (rejects_) outputs.push_back(&*rejects_);
@@ -430,7 +430,7 @@ class Copy {
     }
   }
 
-  // Nothing when the copy is not to go on.
+  // Returns null when the copy is not to go on.
   Worker* take_worker() {
     std::unique_lock lock(writing_);
     worker_came_.wait(lock, [&] { return !free_.empty() || failure_ || report_.stopped; });
@@ -450,7 +450,7 @@ class Copy {
     return turns_++;
   }
 
-  // Writes the batches whose turn it is, unless another thread is about it.
+  // Writes the batches whose turn it is, unless another thread is doing so.
   void hand_in(Worker& worker, std::size_t turn) {
     std::unique_lock lock(writing_);
     converted_[turn % converted_.size()] = &worker;

@@ -32,7 +32,7 @@ std::size_t count_lines(std::string_view text) {
 
 }  // namespace
 
-// What reading simple rows takes, where no store of a field can change it.
+// The state of reading simple rows, in locals that no store of a field can change.
 class CsvReader::PlainRows {
  public:
   PlainRows(const CsvReader& reader, Batch& batch)
@@ -101,7 +101,7 @@ void Batch::clear() {
   altered_.clear();
 }
 
-// A column's offsets have one more, where its last field is known to end.
+// A column has one offset more than fields: the end of its last field.
 void Batch::close(const char* end) {
   span_ = static_cast<std::size_t>(end - base_);
   for (std::size_t at = 0; at < places_.size(); at += column_places())
@@ -140,7 +140,7 @@ std::vector<std::string> CsvReader::next_row() {
 void CsvReader::unread_row() {
   begin_ = row_.data();
   line_ = row_line_;
-  // What was skipped as blank lines were rows.
+  // The lines skipped as blank were rows.
   if (fields_.size() == 1) leading_blanks_ = std::exchange(blank_lines_, 0);
 }
 
@@ -269,7 +269,7 @@ CsvReader::Scan CsvReader::scan_quoted_field(Cursor& cursor, std::vector<Field>&
   return Scan::kRow;
 }
 
-// At what follows the row's last field, which began at `field`.
+// Continues after the row's last field, which began at `field`.
 CsvReader::Scan CsvReader::end_row(Cursor& cursor, const char* field) {
   cursor.row_end = cursor.at;
   cursor.row_ended = true;
@@ -279,7 +279,8 @@ CsvReader::Scan CsvReader::end_row(Cursor& cursor, const char* field) {
   return skip_line_end(cursor.at) ? Scan::kRow : Scan::kNeedsMore;
 }
 
-// At its opening quote. Doubled quotes stay doubled: the row may have to be read again.
+// Scans a field from its opening quote on. Doubled quotes stay doubled, since the row may have to
+// be read again.
 CsvReader::Scan CsvReader::scan_quoted(Cursor& cursor, Field& field, bool& escaped) {
   const char* const text = cursor.at + 1;
   const char* quote = text;
@@ -329,7 +330,8 @@ std::string_view CsvReader::unescape(std::string_view text, char* room) const {
   return {room, kept};
 }
 
-// Makes room after what is not read yet and fills it from the file; false at the file's end.
+// Makes room after the bytes that are not read yet and fills it from the file; false at the end of
+// the file.
 bool CsvReader::refill() {
   if (complete_) return false;
   const auto kept = static_cast<std::size_t>(end_ - begin_);

@@ -67,7 +67,7 @@ class Batch {
     std::size_t line;
     std::string_view raw;
     std::size_t fields;  // where the row could be split
-    const char* fault;   // or null: the number of fields is another one
+    const char* fault;   // or null: the number of fields differs
   };
   const std::vector<Misfit>& misfits() const { return misfits_; }
 
@@ -105,10 +105,11 @@ class CsvReader {
   // The source and the dialect outlive the reader.
   CsvReader(Source& source, const Dialect& dialect);
 
-  // The fields of the next row; none at the end of the file. Throws Fatal when it cannot be split.
+  // The fields of the next row; no fields at the end of the file. Throws Fatal when it cannot be
+  // split.
   std::vector<std::string> next_row();
 
-  // Makes the row that next_row() gave the next one again.
+  // Makes the row that next_row() returned the next one again.
   void unread_row();
 
   // Replaces the batch by the next rows, as many as it has room for; false at the end, with only
@@ -132,7 +133,7 @@ class CsvReader {
     const char* row_end = nullptr;  // before the line end
   };
 
-  // Takes rows as long as they are simple: without quotes, of the batch's width, and whole.
+  // Takes rows as long as they are simple: whole, without quotes, and of the batch's width.
   class PlainRows;
   void scan_plain_rows(Batch& batch);
   Scan scan_other_row(Batch& batch);

@@ -60,7 +60,7 @@ constexpr std::array kSpellings = {
              2 * CS_MAX_CHAR, "<i2,V256"},
 };
 
-// What other systems call a type of the table.
+// Names that other systems have for a type of the table.
 struct Synonym {
   std::string_view name;
   std::string_view meaning;
@@ -73,7 +73,7 @@ constexpr std::array kSynonyms = {
     Synonym{"nvarchar", "unichar"},      Synonym{"blob", "image"},
 };
 
-// What to take instead of types that there are not.
+// What to use instead of types that do not exist here.
 constexpr std::array kAdvice = {
     Synonym{"bigint", "numeric(19)"},
     Synonym{"long", "numeric(19)"},
@@ -94,7 +94,8 @@ std::string range(const char* what, CS_INT least, CS_INT most) {
   return std::string(what) + " is " + std::to_string(least) + " to " + std::to_string(most);
 }
 
-// Takes a decimal number within the limits from the front of the text, or says what it should be.
+// Takes a decimal number within the limits off the front of the text; otherwise says what it should
+// be.
 bool take_number(std::string_view& text, const char* what, CS_INT least, CS_INT most,
                  CS_INT& number, std::string& problem) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

@@ -39,14 +39,14 @@ constexpr bool has_empty_value(Kind kind) {
   return kind == Kind::kText || kind == Kind::kBinary;
 }
 
-// The type spelled "int", "char(40)", "numeric(10,2)", ...; what other systems call "integer" or
-// "double" too. Nothing for any other spelling; `problem` then says what is wrong with it.
+// The type spelled "int", "char(40)", "numeric(10,2)" and so on, or as other systems spell it
+// ("integer", "double"). Nothing for any other spelling; `problem` then says what is wrong with it.
 std::optional<Datatype> find_datatype(std::string_view spelling, std::string& problem);
 
 // All spellings, for help texts.
 std::string datatype_spellings();
 
-// How conversions see the values of a type in a locale (null: the context's).
+// The data format of values of a type in a locale (null: the context's).
 CS_DATAFMT format_of(const Datatype& type, CS_LOCALE* locale);
 
 // Text in a CSV file: a character value of any length.

@@ -100,8 +100,8 @@ std::optional<Verdict> compare_day(std::span<const Number> numbers, const CS_DAT
   return std::nullopt;
 }
 
-// What a text ends in, if that may say which half of the day it is. Other languages have other
-// words than these two, which leave it open.
+// Which half of the day the end of a text may say. Languages have other words than "AM" and "PM";
+// these leave it open.
 enum class Half { kNone, kMorning, kAfternoon, kEither };
 
 Half half_of(std::string_view text) {
@@ -152,7 +152,7 @@ Verdict compare_words(std::string_view text, const CS_DATEREC& rec) {
     if (!day || !same_clock(numbers.subspan(time), half, rec)) return Verdict::kChanged;
     return *day;
   }
-  // A date without a time of day; else the last number is an hour with "AM" or "PM".
+  // A date without a time of day, or one whose last number is an hour with "AM" or "PM".
   if (is_midnight(rec) && compare_day(numbers, rec)) return Verdict::kFilledIn;
   const auto day = compare_day(numbers.first(numbers.size() - 1), rec);
   if (half == Half::kNone || !day || !same_clock(numbers.last(1), half, rec))

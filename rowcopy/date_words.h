@@ -1,4 +1,4 @@
-// What a date's text says, read without the library to check what it made of it.
+// What the text of a date says, read without the library in order to check the library's result.
 #pragma once
 
 #include <optional>
@@ -10,12 +10,12 @@
 
 namespace rowcopy {
 
-// The same as compare_date() for the form of interchange files, of which the value's own text is an
-// extension; nothing for any other text.
+// As compare_date(), for the form of interchange files, which is a leading part of the value's own
+// text; nothing for any other text.
 std::optional<Verdict> compare_iso_date(std::string_view text, const IsoDate& value);
 
 // Whether every part of a date and time that the text gives is that of the value. The order of the
-// parts is the locale's affair and left open here.
+// parts depends on the locale and is left open here.
 Verdict compare_date(std::string_view text, const CS_DATETIME& value);
 
 }  // namespace rowcopy

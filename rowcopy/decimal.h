@@ -1,4 +1,4 @@
-// Decimal numbers as texts say them, read without the library to check what it made of them.
+// Decimal numbers in text, read without the library in order to check the library's results.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ struct Exact {
   bool wide = false;  // the magnitude does not fit
 };
 
-// Whether a text is the number in plain digits, with a sign and a point at most. False leaves open
-// what the text says.
+// Whether a text is the number in plain digits, with a sign and a point at most. False does not
+// mean that it is another number.
 bool is_plain_text_of(const Exact& number, std::string_view text);
 
 // Blanks, currency and grouping signs do not matter.
@@ -34,7 +34,7 @@ Decimal read_decimal(std::string_view text);
 
 bool same_number(const Decimal& a, const Exact& b);
 
-// Whether two texts say the same number, with any number of digits.
+// Whether two texts are the same number, however many digits they have.
 bool same_digits(std::string_view a, std::string_view b);
 
 // Whether `number` differs from what `text` says, already read as `said`, by at most that share.

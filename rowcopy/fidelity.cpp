@@ -79,7 +79,7 @@ auto with_exact_code(CS_INT code, Call call) {
   }
 }
 
-// A double has at most 767 of them.
+// A double has at most 767 significant digits.
 std::string all_digits(double number) {
   std::array<char, 800> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), number,
@@ -87,7 +87,7 @@ std::string all_digits(double number) {
   return {text.data(), end.ptr};
 }
 
-// A field's hexadecimal digits without what only introduces them.
+// A field's hexadecimal digits without their prefix.
 std::string_view bare_digits(std::string_view text) {
   if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
   return text;
@@ -214,7 +214,7 @@ Verdict Fidelity::compare(std::string_view field, const char* value, CS_INT leng
   }
 }
 
-// The bytes of the field, without more.
+// Compares the bytes of the field with those of the value.
 [[gnu::always_inline]] inline Verdict Fidelity::compare_plain_text(std::string_view field,
                                                                    const char* value,
                                                                    CS_INT length) const {
@@ -230,7 +230,8 @@ Verdict Fidelity::compare_dates(std::string_view field, const char* value, IsoDa
   return verdict ? *verdict : compare_date(plain(field), date);
 }
 
-// What a text says; the text is made one of ASCII where that helps.
+// The number that a text says. A text with other characters than ASCII is replaced by its plain
+// form.
 Decimal Fidelity::read_number(std::string_view& text) {
   const Decimal said = read_decimal(text);
   if (!said.foreign) return said;

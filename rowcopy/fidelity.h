@@ -1,5 +1,5 @@
-// Compares what is stored with what a field says, apart from the routine that read it: a value that
-// its type cannot hold as it is in the file is never taken for a copy.
+// Compares what is stored with what a field says, without the routine that read it: a value that
+// its type cannot hold exactly is never taken for a copy.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ enum class Verdict {
   kFilledIn,  // all that the field gives; the type added a date or a time of day
   kInexact,   // the nearest binary floating-point number
   kChanged,
-  kNoValue,  // the field gives nothing that a value could be made of
+  kNoValue,  // the field gives no value
 };
 
 // Whether the value says what the field says.
@@ -30,12 +30,13 @@ class Fidelity {
  public:
   Fidelity(CS_CONTEXT* context, const Datatype& type, Locales locales);
 
-  // Compares the values of a column with the fields that they came from. Nulls and values with
-  // another code than CS_SUCCEED count as the same. Returns the number of the other verdicts.
+  // Compares the values of a column with the fields that they came from. Nulls and values whose
+  // code is not CS_SUCCEED count as the same. Returns the number of values with another verdict
+  // than kSame.
   std::size_t compare(const FieldColumn& fields, Values values, const Results& results,
                       std::vector<Verdict>& verdicts);
 
-  // `value` is what became of a field, with `length` bytes.
+  // `value`, of `length` bytes, is what the field was converted to.
   Verdict compare(std::string_view field, const char* value, CS_INT length);
 
   // Of a column of dates that were compared, the text of each.

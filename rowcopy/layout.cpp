@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The library writes its diagnoses to standard error and to a log in the current directory, where
-// a layout's typing error leaves nothing.
+// The library writes its diagnoses to standard error and to a log in the current directory. This
+// keeps the log as it was, since a typing error in a layout should not leave a file behind.
 class QuietLog {
  public:
   QuietLog() : size_(fs::file_size(kLog, error_)), was_there_(!error_) {}

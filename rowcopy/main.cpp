@@ -19,7 +19,7 @@
 namespace rowcopy {
 namespace {
 
-// A file that says that it is Unicode is read as UTF-8, into which it is turned.
+// A file that is known to be Unicode is read as UTF-8, into which Source converts it.
 CS_LOCALE* choose_locale(Context& context, const Job& job, const Source& source) {
   CS_LOCALE* const locale = context.locale(job.from);
   if (source.encoding() == Source::Encoding::kUnmarked || charset_of(locale) == "utf8")

@@ -65,7 +65,7 @@ class Hidden {
     return true;
   }
 
-  // The signal's own effect is restored by now.
+  // By now the signal has its own effect again.
   static void clear(int number) {
     for (const Slot& slot : slots_)
       if (slot.used) unlink(slot.path.data());
@@ -78,7 +78,7 @@ class Hidden {
 
 std::array<Hidden::Slot, Hidden::kOutputs> Hidden::slots_{};
 
-// While one lives no signal ends the process.
+// While an object of this class lives, no signal ends the process.
 class Undisturbed {
  public:
   Undisturbed() {
@@ -217,7 +217,7 @@ void Output::finish() {
   if (replaces_ && fsync(descriptor_) != 0) fail("write");
 }
 
-// A file without a name gets one that is only seen here, since a link replaces no other file.
+// Gives an unnamed file a temporary name, since linkat cannot replace an existing file.
 void Output::give_name() {
   if (!replaces_) return;
   std::string name = hidden_;

@@ -18,7 +18,7 @@ struct Reject {
   std::string_view row;
 };
 
-// Writes to `writer` the rows that `rejects` has one or several entries for, in order of their
+// Writes the rows that have one or more entries in `rejects` to `writer`, in the order of their
 // lines.
 void write_rejects(std::vector<Reject>& rejects, CsvWriter& writer);
 

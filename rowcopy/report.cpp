@@ -63,7 +63,7 @@ std::size_t values(const CodeCounts& codes) {
   return sum;
 }
 
-// Columns as wide as their widest cell; nothing is padded after a row's last one.
+// Columns are as wide as their widest cell; the last cell of a row is not padded.
 void print_table(const std::vector<Cells>& rows, std::ostream& out) {
   std::vector<std::size_t> widths(rows.front().size());
   for (const Cells& row : rows)
@@ -168,7 +168,7 @@ const char* code_reason(CS_RETCODE code) {
 std::string show_value(std::string_view text) {
   constexpr std::size_t kLongest = 40;
   std::size_t kept = std::min(text.size(), kLongest);
-  // UTF-8 is cut in front of a character, not within one.
+  // UTF-8 is cut before a character, not within one.
   while (kept < text.size() && kept > 0 && (text[kept] & 0xC0) == 0x80) --kept;
   std::string shown = "\"";
   for (const char c : text.substr(0, kept))

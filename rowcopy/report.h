@@ -65,7 +65,7 @@ struct Report {
   std::size_t rows_copied = 0;
   std::size_t blank_lines = 0;
   std::size_t record_size = 0;
-  bool stopped = false;  // at the most faults that were allowed
+  bool stopped = false;  // there were more faults than allowed
   Faults rows;           // those that cannot be split into as many fields as the heading has
   std::vector<ColumnReport> columns;
   double seconds = 0;             // of the copy
@@ -74,7 +74,7 @@ struct Report {
 
   // Adds what became of the rows that follow.
   void add(const Report& next);
-  // Forgets the rows, not what there is to know about the copy.
+  // Clears the counts of rows, but not the facts about the copy.
   void clear_rows();
   std::size_t faults() const;
   // Whether every value went both ways and came back the same.

@@ -48,7 +48,7 @@ Digits count_digits(std::string_view text) {
   return digits;
 }
 
-// Tries a type on every value of a column, and gives up at the first that it does not hold.
+// Tries a type on the values of a column, and gives up at the first value that it cannot hold.
 class Candidate {
  public:
   Candidate(CS_CONTEXT* context, const char* type, Locales locales)
@@ -111,7 +111,7 @@ class Guess {
     return "char(" + std::to_string(std::min(room, kLongest)) + ")";
   }
 
-  // The word that keeps a column of values from being one; empty: none.
+  // The word for null without which the column would have a type; empty: none.
   std::string null_word() const {
     return null_words_.size() == 1 && !value_type(true).empty() ? *null_words_.begin()
                                                                 : std::string();
@@ -133,7 +133,7 @@ class Guess {
     before_ = std::max(before_, digits.before);
     after_ = std::max(after_, digits.after);
     decimal_ &= digits.number;
-    // A date has more than digits, and more than a time of day.
+    // A date has more than digits and more than a time of day.
     dated_ &=
         text.size() >= 6 && std::ranges::count_if(text, is_digit) >= 3 &&
         !std::ranges::all_of(text, [](char c) { return is_digit(c) || c == ':' || c == '.'; });
@@ -189,8 +189,8 @@ class Guess {
   std::set<std::string> null_words_;
 };
 
-// The heading as a layout names it; empty where the column's name does. Headings that a quoted
-// string cannot hold, or that are not the only ones, go by number.
+// The heading as a layout writes it; empty when the column's name is enough. Headings that a quoted
+// string cannot hold, or that occur twice, are written as a number.
 std::string heading_of(const std::vector<std::string>& headings, std::size_t at,
                        const std::string& name, bool header) {
   const std::string& heading = headings[at];

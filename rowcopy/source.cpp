@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t kBlock = 65536;
 
-// Gives back what was read to look at it, then the rest.
+// Returns the bytes that were read ahead, then the rest.
 class Peeked : public ByteStream {
  public:
   Peeked(std::string_view bytes, std::unique_ptr<ByteStream> rest)
@@ -42,8 +42,8 @@ class Peeked : public ByteStream {
 
 #ifdef ROWCOPY_ZLIB
 
-// A gzip file of one member or several. What follows a member must be another one: no byte of the
-// file is passed over.
+// A gzip file of one member or several. What follows a member must be another member: no byte of
+// the file is ignored.
 class Unpacked : public ByteStream {
  public:
   Unpacked(std::unique_ptr<ByteStream> packed, std::string name)
@@ -117,7 +117,7 @@ void append_utf8(std::string& text, std::uint32_t code) {
   }
 }
 
-// UTF-16 as UTF-8. A surrogate without its partner is no text that UTF-8 could hold.
+// UTF-16 as UTF-8. A surrogate without its partner has no form in UTF-8.
 class FromUtf16 : public ByteStream {
  public:
   FromUtf16(std::unique_ptr<ByteStream> units, std::endian order, std::string name)

@@ -22,11 +22,11 @@ class ByteStream {
 
 class Source {
  public:
-  // Encodings that a byte order mark, or the name given for the character set, tells.
+  // The encodings that a byte order mark, or the name of the character set, can announce.
   enum class Encoding { kUnmarked, kUtf8, kUtf16 };
 
-  // `charset` may be "UTF-16", "UTF-16LE" or "UTF-16BE" in any usual spelling; other names do not
-  // matter here.
+  // `charset` may be "UTF-16", "UTF-16LE" or "UTF-16BE" in any usual spelling; other names are
+  // ignored here.
   Source(const std::string& path, const std::string& charset);
   ~Source();
 
@@ -35,7 +35,7 @@ class Source {
 
   const std::string& name() const { return name_; }
   Encoding encoding() const { return encoding_; }
-  // Of the file, packed as it is: bytes taken so far, and all of them (0: not known).
+  // Bytes of the file, still packed: those taken so far, and all of them (0: not known).
   std::uint64_t bytes_taken() const;
   std::uint64_t size() const { return size_; }
 
@@ -49,7 +49,7 @@ class Source {
   std::uint64_t size_ = 0;
 };
 
-// Whether a file of that name is packed.
+// Whether the name is that of a packed file.
 bool is_packed(const std::string& path);
 
 }  // namespace rowcopy

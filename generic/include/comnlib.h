@@ -1,6 +1,6 @@
 /**
  * @file
- * The common-services library: all public headers. Each may also be included alone.
+ * The common-services library: all public headers but intl.h. Each may also be included by itself.
  *
  * One header for each subject states the contract of its routines:
  *
@@ -8,12 +8,14 @@
  *   context
  * - convert.h, column.h: the matrix of conversions, null values; conversion of whole columns
  * - numeric.h, money.h, datetime.h: exact arithmetic, dates
- * - locale.h, charset.h, intl.h: localization, character sets, the companion library of file
- *   readers
+ * - locale.h, charset.h: localization, character sets
  * - config.h: configuration files
  * - memory.h, list.h, thread.h: pools, lists, threads
  * - message.h: messages in the context's language
  * - diag.h: error trace, debug output, stops
+ *
+ * A host that asks for the words of ctxintlerr or brings file readers of its own includes intl.h of
+ * the companion library itself: <comnlib/intl.h> of an installed tree.
  *
  * Unless a routine says otherwise: a null pointer argument stops the process, by com_chkptr or
  * com_bomb; lengths and sizes are in bytes; results besides the return value are stored through the

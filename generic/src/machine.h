@@ -1,5 +1,5 @@
-// What differs between the processors that the library is built for. Every other file follows from
-// these few types and sizes, and asks for no processor itself.
+// What differs between the processors that the library is built for. All other files use these few
+// types and sizes and never ask which processor it is.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@ namespace comnlib {
 inline constexpr std::size_t kWordSize = sizeof(void*);
 using Word = std::uintptr_t;
 
-// A digit of the exact kernel, as long as the processor's multiplication and division take at once,
-// the type that holds the product of two, and the suffix of the instructions on one.
+// A limb, the digit of the exact kernel, is as long as the processor multiplies and divides at
+// once. Wide holds the product of two; the suffix is that of the instructions on one limb.
 #if defined(__x86_64__)
 using Limb = std::uint64_t;
 __extension__ using Wide = unsigned __int128;

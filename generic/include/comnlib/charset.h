@@ -1,7 +1,7 @@
 /**
  * @file
- * Character attributes: the tables that describe a character set, and the questions that they
- * answer: character classes, case, byte length and display width, lexical class, ASCII form.
+ * Character attributes: the tables that describe a character set, and the routines that read them:
+ * character classes, case, byte length and display width, lexical class, ASCII form.
  *
  * Everything here only reads its tables; all calls may run in any number of threads at once.
  * A null `const char_attrib*` means the built-in ISO 8859-1 attributes; any other null pointer
@@ -111,15 +111,15 @@ COMN_API CS_RETCODE com_build_char_attrib(CS_INT kind, CS_INT id, const CS_CHAR*
 COMN_API const char_attrib* com_get_charattrib(CS_VOID);
 
 /**
- * The type map of the built-in attributes, 256 entries. Its graphic bit and COMN_LEX_CURRENCY are
- * set nowhere: that "$" and the bytes 0xA2 to 0xA5 are currency signs is known to the readers of
- * money (money.h) only. Static storage.
+ * The type map of the built-in attributes, 256 entries. No entry has the graphic bit or
+ * COMN_LEX_CURRENCY: only the routines that read money know that "$" and the bytes 0xA2 to 0xA5 are
+ * currency signs. Static storage.
  */
 COMN_API const char_map* com_get_typemap(CS_VOID);
 
 /**
  * comn_isalpha and the others of its kind: not zero when the character has the class. A byte whose
- * type has COMN_CT_LEAD is the first of two whatever follows it.
+ * type has COMN_CT_LEAD counts as the first of two, whatever follows it.
  */
 /**@{*/
 COMN_API CS_INT comn_isalpha(const char_attrib* attrib, const CS_BYTE* ch);
@@ -146,7 +146,10 @@ COMN_API CS_VOID comn_toupper(const char_attrib* attrib, const CS_BYTE* ch, CS_B
 COMN_API CS_VOID comn_tolower(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst);
 /**@}*/
 
-/** Bytes of the character: what the width map says of its first byte, 0 included; 1 without one. */
+/**
+ * Bytes of the character: what the width map says of its first byte, which may be 0; 1 without a
+ * map.
+ */
 COMN_API CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch);
 
 /** Advances `*ch` by the bytes of the character, at least 1. */

@@ -27,10 +27,10 @@ typedef struct CsColumnSource {
   const CS_DATAFMT* format; /**< of every value; maxlength is used where a value has no length */
   const CS_VOID* values;    /**< the first value, or the text that the offsets belong to */
   CS_INT stride;            /**< bytes from one value to the next; 0 takes one value for all */
-  const CS_INT* offsets;    /**< null, or where each value begins and the last one ends: one more
-                                 than there are values, none less than the one before it */
-  const CS_INT* lengths;    /**< null, or the length of each value, negative for a null; counts
-                                 before the difference of two offsets */
+  const CS_INT* offsets;    /**< null, or where each value begins, and then where the last one
+                                 ends: one more than there are values, never decreasing */
+  const CS_INT* lengths;    /**< null, or the length of each value, negative for a null; it
+                                 overrides the difference of two offsets */
   const CS_BYTE* valid;     /**< null, or a bit for each value, the least significant one of a byte
                                  first: 1 for a value, 0 for a null */
 } CsColumnSource;
@@ -53,15 +53,15 @@ typedef struct CsColumnDest {
  * included.
  * - Each result code goes to `codes`, which may be null. `*faults` is the number of codes other
  *   than CS_SUCCEED. A value at fault does not stop the column: the next one is converted.
- * - Codes, lengths and bytes are those that the routine has for each value alone. An empty value of
- *   character data, which a single call refuses, is converted as an empty CS_VARCHAR is; a user
- *   conversion is called for it with a maxlength of 0.
+ * - Codes, lengths and bytes are those that the routine gives when it is called for each value. An
+ *   empty value of character data, which a single call refuses, is converted as an empty CS_VARCHAR
+ *   is; a user conversion is called for it with a maxlength of 0.
  * - The preconditions of convert.h are checked once. The process stops, too, if `count`, a stride
  *   or an offset is negative, if offsets decrease, if the values of a destination overlap, if a
  *   destination of fixed length has offsets or its last offset could exceed 2^31 - 1, and if nulls
  *   are to stay nulls and the destination has neither lengths nor bits.
  * - A destination with offsets has room for `maxlength` bytes at the beginning of each value.
- * - Source and destination do not overlap. Bits of `valid` beyond the last value stay.
+ * - Source and destination do not overlap. Bits of `valid` after the last value are not changed.
  * - Nothing is allocated, except what is read when it is first needed: the table of a character
  *   set, and date conventions that locales.dat names.
  *

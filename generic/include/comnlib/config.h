@@ -9,9 +9,9 @@
  *             pieces
  *     include "other.cfg"
  *
- * docs/file-formats.md has the grammar. A null pointer stops the process wherever it is not said to
- * be allowed; so does a negative length. intl_errstr of intl.h, which is installed beside this
- * header, gives the words of a status in ctxintlerr.
+ * docs/file-formats.md has the grammar. A null pointer stops the process unless the routine says
+ * that it may be null; so does a negative length. intl_errstr of intl.h, which is installed beside
+ * this header, gives the words of a status in ctxintlerr.
  */
 #ifndef COMNLIB_CONFIG_H
 #define COMNLIB_CONFIG_H
@@ -26,7 +26,7 @@ extern "C" {
 
 /** Tokens of cfg__lex. */
 enum {
-  CFG_END = 0,             /**< the file's end, or where it could not be read on */
+  CFG_END = 0,             /**< the end of the file, or where reading it failed */
   CFG_INCLUDE = 257,       /**< the word include in any case */
   CFG_CONTINUATION = 258,  /**< a backslash and a line end */
   CFG_EQUALS = 259,        /**< = */
@@ -40,7 +40,7 @@ enum {
   CFG_STRING_START = 267,  /**< an opening quote */
   CFG_UNKNOWN = 268,       /**< a lone CR or backslash */
   CFG_VALUE = 269,         /**< a run of other characters */
-  CFG_SPACE = 270          /**< blanks, or a comment: a line's blanks, ";" and all but its end */
+  CFG_SPACE = 270 /**< blanks, or a comment with the blanks before it, up to the line end */
 };
 
 /** Limits of one load. */
@@ -90,13 +90,14 @@ COMN_API CS_RETCODE cfg__clean_parse(CfgParseInfo* parse);
 
 /**
  * Loads a file and what it includes as the context's configuration. A null path means
- * $TALVEN/config/nuv.cfg below the localization home, or $TALVEN/$TALVEN_NUV/config/nuv.cfg when
- * the environment variable TALVEN_NUV is set. Sections of one name are one section, and of several
- * entries of one name the last counts. Entries before the first section header belong to the
- * section of the empty name; in an included file, to the section of the include line,
- * which goes on after it.
+ * config/nuv.cfg below the localization home, or VALUE/config/nuv.cfg below it when the environment
+ * variable TALVEN_NUV has a VALUE. Sections with the same name are one section; of several entries
+ * with the same name the last counts. Entries before the first section header belong to the section
+ * of the empty name; in an included file, to the section of the include line. That section
+ * continues after the line.
  *
- * Where a configuration is loaded already, the same path shares it; paths are compared as texts.
+ * When a configuration is loaded already, loading the same path again succeeds at once; paths are
+ * compared as texts.
  *
  * CS_SUCCEED; CS_FAIL when another path is loaded, when the default one is too long
  * (com_path_cfgfile, 1,025 bytes), and as cfg__parse and cfg__open_parse; CS_INTL_LIBERR, without a
@@ -111,7 +112,7 @@ COMN_API CS_RETCODE comn_init_cfg(CS_CONTEXT* context, const CS_CHAR* path);
  * when there is room, and stores its length, which does not count the NUL. Returns CS_FAIL (a) when
  * there is no such entry: the stored length is 0; (b) when the value is longer than `buflen`: its
  * length is stored, nothing is copied. `buffer` may be null when `buflen` is 0. Any number of
- * threads may look up while none loads or drops.
+ * threads may look up entries while no thread loads or drops the configuration.
  */
 COMN_API CS_RETCODE comn_get_cfg(CS_CONTEXT* context, const CS_CHAR* section, const CS_CHAR* entry,
                                  CS_CHAR* buffer, CS_INT buflen, CS_INT* outlen);
@@ -128,8 +129,8 @@ typedef struct _cscfgentry {
 /**
  * comn_next_cfg_section, comn_next_cfg_entry: walk the loaded configuration: its sections, and the
  * entries of the section with that name, in the order in which their names first appear in the
- * files. `*position` is where the walk is: 0 before the first call, after that what the call before
- * stored. Any number of walks may go on at once, as look-ups may.
+ * files. `*position` is where the walk is: 0 before the first call, then what the previous call
+ * stored. As with look-ups, any number of walks may go on at once.
  *
  *     CS_INT at = 0;
  *     const CS_CHAR* section;
@@ -141,7 +142,7 @@ typedef struct _cscfgentry {
  *     }
  *
  * CS_SUCCEED; CS_END_DATA after the last one; CS_FAIL when nothing is loaded or there is no such
- * section. Only CS_SUCCEED stores anything. A position of another walk stops the process.
+ * section. Nothing is stored without CS_SUCCEED. A position of another walk stops the process.
  */
 /**@{*/
 COMN_API CS_RETCODE comn_next_cfg_section(CS_CONTEXT* context, CS_INT* position,

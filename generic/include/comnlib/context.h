@@ -1,11 +1,11 @@
 /**
  * @file
  * The context record. The host creates it (zero-filled), sets ctxversion, its allocator and its
- * opaque hooks, and passes it first to nearly every operation.
+ * opaque hooks, and passes it as the first argument to nearly every routine.
  *
  * The host sets the fields marked "host" before the calls that need them; the library writes none
  * of them, but clears ctxlocale and ctxdeflocale when it frees the locale there. The other fields
- * are set by the routine that they name and are not the host's to change.
+ * are set by the routine named beside them, and the host does not change them.
  */
 #ifndef COMNLIB_CONTEXT_H
 #define COMNLIB_CONTEXT_H

@@ -5,7 +5,7 @@
  * Calling rules of every conversion routine (type CS_CONV_FUNC):
  * - The process stops, naming the routine's file and line, if one of the six pointers is null, if
  *   the routine does not serve the source's or the destination's datatype, if a length is negative,
- *   or if character data has a maxlength of 0 as a source.
+ *   or if the source is character data with a maxlength of 0.
  * - The length of a character, binary or Unicode-character source is srcfmt->maxlength; a varchar
  *   or varbinary carries its own; every other source has its type's fixed length.
  * - At most destfmt->maxlength bytes are written to a variable-length destination, and the fixed
@@ -15,8 +15,8 @@
  *   value may have been written.
  * - Formats are only read. A routine keeps no state: calls on different destinations may run in
  *   several threads at once.
- * - `dest` may be `src`, except for text into CS_VARBINARY and between character sets: what is
- *   written there may overwrite text that was not read yet. No other overlap is allowed.
+ * - `dest` may be `src`, except for text into CS_VARBINARY and between character sets: there the
+ *   routine may overwrite text that it has not read yet. No other overlap is allowed.
  *
  * The tables belong to one context and are not locked: the host serialises changes to them.
  */
@@ -63,8 +63,8 @@ COMN_API CS_RETCODE com_conv_install(CS_CONTEXT* context, CS_INT srctype, CS_INT
 COMN_API CS_RETCODE com_conv_default(CS_CONTEXT* context, CS_INT srctype, CS_INT desttype);
 
 /**
- * Gives the context the default null value of each built-in type. CS_SUCCEED, or CS_MEM_ERROR; what
- * was built until then is kept for com_null_free.
+ * Gives the context the default null value of each built-in type. CS_SUCCEED; CS_MEM_ERROR:
+ * com_null_free then frees what has been built.
  */
 COMN_API CS_RETCODE com_null_init(CS_CONTEXT* context);
 
@@ -76,32 +76,32 @@ COMN_API CS_RETCODE com_null_free(CS_CONTEXT* context);
 
 /**
  * Stores the null value of destfmt->datatype into `dest`, which has room for `destlen` bytes, and
- * the number of bytes through `resultlen`; then pads as destfmt asks, up to destfmt->maxlength.
- * A numeric takes the destination's precision and scale, and its length when the precision is in
- * 1..77. A user type (26 and above) takes its value as far as it fits and one NUL after it, which
- * is counted and lands at dest[destlen] when the value fills the room: `dest` must have destlen + 1
- * bytes then. A user type without a null value gives length 0.
- * A negative type or `destlen` stops the process. Returns CS_SUCCEED or the padding's code.
+ * the number of bytes through `resultlen`; then pads as destfmt asks, up to destfmt->maxlength. A
+ * numeric gets the destination's precision and scale and, when the precision is in 1..77, the
+ * length of that precision. For a user type (26 and above) as much of the value as fits is stored,
+ * then one NUL, which counts. When the value fills the room the NUL is written to dest[destlen], so
+ * `dest` must have destlen + 1 bytes. A user type without a null value gives length 0. A negative
+ * type or `destlen` stops the process. Returns CS_SUCCEED or the padding's code.
  */
 COMN_API CS_RETCODE com_null_get(const CS_CONTEXT* context, const CS_DATAFMT* destfmt,
                                  CS_VOID* dest, CS_INT destlen, CS_INT* resultlen);
 
 /**
  * Makes a copy of the `length` bytes at `value` the null value of `datatype`. Codes up to 24 are
- * built-in; CS_UNICHAR_TYPE and above are kept with the user types, while com_null_get of
- * CS_UNICHAR_TYPE goes on returning the built-in value.
- * A length of 0 leaves no value; `value` must point somewhere even then. A negative type or length
- * stops the process. CS_SUCCEED, or CS_MEM_ERROR with the old value still in place.
+ * built-in; CS_UNICHAR_TYPE and above are kept with the user types, but com_null_get of
+ * CS_UNICHAR_TYPE still returns the built-in value. A length of 0 removes the value; even then
+ * `value` must not be null. A negative type or length stops the process. CS_SUCCEED, or
+ * CS_MEM_ERROR with the old value still in place.
  */
 COMN_API CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* value,
                                  CS_INT length);
 
 /**
  * Gives a built-in type (up to 24) its default null value back, and removes the null value of a
- * user type (25 and above). Removing the second user type of the list, newest first, drops the
- * newest one from the list too. A negative type, or a built-in one whose value was set to length 0,
- * stops the process. CS_SUCCEED, or CS_MEM_ERROR when a shorter stored value cannot be grown to the
- * default.
+ * user type (25 and above). The list holds the newest user type first; removing its second entry
+ * drops the first one too. A negative type, or a built-in one whose value was set to length 0,
+ * stops the process. CS_SUCCEED, or CS_MEM_ERROR when there is no memory for a default that is
+ * longer than the stored value.
  */
 COMN_API CS_RETCODE com_null_reinstall(CS_CONTEXT* context, CS_INT datatype);
 
@@ -277,10 +277,10 @@ COMN_CONVERSION(comn_bittomny4);
  * - toflt4, toflt8: The nearest double, rounded once more for toflt4. A value beyond the largest
  *   single stores that single with its sign, with CS_CVT_OVERFLOW.
  * - tonum: To the precision (CS_CVT_PRECISION outside 1..77) and scale (CS_CVT_SCALE outside 0..77)
- *   of the destination format; CS_USE_SRCVALUE takes the source's. The digits must fit the
- *   bytes of the precision before they are scaled: 1.00000000 of (10,8) overflows (2,0).
- *   CS_CVT_OVERFLOW stores zero; dropped decimals that are not zero give CS_CVT_TRUNCATED with the
- *   cut value stored. The length is that of the precision and two.
+ *   of the destination format; CS_USE_SRCVALUE takes the source's. The digits must fit the bytes of
+ *   the precision before they are scaled: 1.00000000 of (10,8) overflows (2,0). CS_CVT_OVERFLOW
+ *   stores zero; dropped decimals that are not zero give CS_CVT_TRUNCATED with the cut value
+ *   stored. The length is comn_num_getlen of the precision plus 2.
  * - tomoney, tomny4: Further decimals are dropped. A value out of range stores the limit that it
  *   passed, with CS_CVT_OVERFLOW.
  * - tochar, tovarchar: A "-" for the negative sign, that of a zero included, at least one digit,
@@ -308,8 +308,8 @@ COMN_CONVERSION(comn_numtovarbin);
 
 /** @name From money
  * From CS_MONEY and CS_MONEY4. The length is the destination's fixed length, 258 for a varchar or
- * varbinary, that of the precision for a numeric, and the number of bytes written for character and
- * binary data.
+ * varbinary, comn_num_getlen of the precision plus 2 for a numeric, and the number of bytes written
+ * for character and binary data.
  *
  * - toi1, toi2, toi4, toi8: Towards zero, but -0.5 to -0.9999 become -1. A value out of range
  *   stores the limit that it passed, with CS_CVT_OVERFLOW. toi8 stores eight bytes for a
@@ -429,10 +429,10 @@ COMN_CONVERSION(comn_varbintounichar);
  *   number or zero, which toflt4 rounds to a single.
  * - tonum: To the destination's precision and scale, either of which may be CS_USE_SRCVALUE: what
  *   the text needs. Further decimals are cut, with CS_CVT_TRUNCATED when one of them is not zero.
- *   With CS_DFMT_NULLTERM in the source format a NUL ends the text. The length is that of the
- *   precision: comn_num_getlen plus 2. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW stores zero,
- *   or nothing, with length 0, when the precision or scale was to be taken from the text. A literal
- *   of more than 1,024 characters, blanks around it not counted, gives CS_CVT_SYNTAX.
+ *   With CS_DFMT_NULLTERM in the source format a NUL ends the text. The length is comn_num_getlen
+ *   of the precision plus 2. CS_CVT_PRECISION, CS_CVT_SCALE; CS_CVT_OVERFLOW stores zero, or
+ *   nothing, with length 0, when the precision or scale was to be taken from the text. A literal of
+ *   more than 1,024 characters, blanks around it not counted, gives CS_CVT_SYNTAX.
  * - tomoney, tomny4: docs/money.md shows the text that is read. A value out of range stores the
  *   limit that it passed, with CS_CVT_OVERFLOW.
  * - todatetime, todate4: docs/datetime.md shows the text that is read. CS_CVT_OVERFLOW for a date

@@ -4,8 +4,8 @@
  * their broken-down form (CS_DATEREC), and the conversions whose source they are.
  *
  * A valid CS_DATETIME has dtdays in COM_DTDAYS_MIN..COM_DTDAYS_MAX and dttime in 0..COM_DTTIME_MAX;
- * a valid CS_DATETIME4 has minutes in 0..1439. Values outside are never undefined behaviour: each
- * routine says what it makes of them.
+ * a valid CS_DATETIME4 has minutes in 0..1439. Values outside these ranges are never undefined
+ * behaviour: each routine says how it treats them.
  *
  * All routines are reentrant, keep no state and touch only their arguments and constant tables. A
  * null pointer stops the process unless the routine says that it may be null.
@@ -61,8 +61,8 @@ enum { COM_DATENAME_SIZE = 30 };
 
 /**
  * Fills dateyear, datemonth, datedmonth, datedyear and datedweek from dt->dtdays, and leaves the
- * other fields as they are. Days after COM_DTDAYS_MAX go on by the same calendar; years before 1753
- * are all taken as 365 days long. Always CS_SUCCEED.
+ * other fields as they are. Days after COM_DTDAYS_MAX continue the same calendar; every year before
+ * 1753 is taken as 365 days long. Always CS_SUCCEED.
  */
 COMN_API CS_RETCODE com_datecrack(const CS_DATETIME* dt, CS_DATEREC* rec);
 
@@ -83,11 +83,11 @@ COMN_API CS_INT com_datepart(CS_INT part, const CS_DATETIME* dt, CS_INT firstday
 
 /**
  * A part as text. `months` lists twelve names from January on, `days` seven from Sunday on, each
- * ending in a NUL; either list, and any name in it, may be null. COM_PART_MONTH gives the month's
- * name, COM_PART_WEEKDAY and COM_PART_ISOWEEKDAY the weekday's, every other part its number in
- * decimal. `text` has room for COM_DATENAME_SIZE bytes; longer names are cut, shorter text is
- * followed by a NUL. Returns the number of characters without the NUL; 0, with nothing written, for
- * a missing name and for a code that is not a part.
+ * ending in a NUL; either list, and any name in it, may be null. COM_PART_MONTH gives the name of
+ * the month, COM_PART_WEEKDAY and COM_PART_ISOWEEKDAY the name of the weekday, and every other part
+ * its number in decimal. `text` has room for COM_DATENAME_SIZE bytes; longer names are cut, shorter
+ * text is followed by a NUL. Returns the number of characters without the NUL; 0, with nothing
+ * written, for a missing name and for a code that is not a part.
  */
 COMN_API CS_INT com_datename(CS_INT part, const CS_DATETIME* dt, CS_CHAR* text,
                              const CS_CHAR* const* months, const CS_CHAR* const* days);
@@ -115,8 +115,8 @@ COMN_API CS_RETCODE com_setdatetime(CS_DATETIME* dt, CS_INT days, CS_INT ticks);
  *
  * To the same size the record is copied as it is. comn_date4todate multiplies. comn_datetodate4
  * rounds to the nearest minute, 30 seconds up, and carries into the next day if necessary. Ticks
- * outside 0..COM_DTTIME_MAX are not refused as such: those of the next day are carried too, and
- * those less than a minute and a half before midnight count as midnight. A day outside the small
+ * outside 0..COM_DTTIME_MAX are not refused as such: ticks above it are carried into the next day
+ * too, and ticks less than a minute and a half below 0 count as midnight. A day outside the small
  * form's range, before or after rounding, and ticks further out give CS_CVT_OVERFLOW with nothing
  * written and length 0. */
 /**@{*/

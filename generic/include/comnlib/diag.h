@@ -52,7 +52,7 @@ COMN_API CS_RETCODE comn_debug_setfile(CS_VOID* handle, const CS_CHAR* path, CS_
 
 /**
  * comn_debug_print, comn_debug_vprint: write printf-formatted text to the debug output, at once and
- * in one piece whatever other threads write.
+ * in one piece, even while other threads write.
  */
 /**@{*/
 COMN_API CS_VOID comn_debug_print(const CS_CHAR* format, ...) __attribute__((format(printf, 1, 2)));
@@ -76,8 +76,8 @@ COMN_API COMN_NORETURN CS_VOID com_bomb(const CS_CHAR* file, CS_INT line);
 COMN_API COMN_NORETURN CS_VOID com_panic(const CS_CHAR* text);
 
 /**
- * Writes `text`, taken as it is, to standard error and appends it to the file "tlvinit.err" in the
- * current directory, unless that is a link or cannot be written.
+ * Writes `text` as it is to standard error and appends it to the file "tlvinit.err" in the current
+ * directory, unless that is a link or cannot be written.
  */
 COMN_API CS_VOID com_perr(const CS_CHAR* text);
 

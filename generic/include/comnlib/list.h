@@ -3,8 +3,8 @@
  * The list manager: keyed collections of five kinds behind one handle and one operation call.
  *
  * A list context owns its handles and the defaults of new ones. An element is a pair of caller
- * pointers, key and data: the list keeps the pointers, never copies, and never frees what they
- * point at. Keys stay unchanged as long as their element is in a list.
+ * pointers, key and data: the list keeps the pointers, copies nothing, and never frees what they
+ * point at. A key must not change while its element is in a list.
  *
  * A context with all its handles serves one thread at a time; the host serialises. Nothing is
  * shared between contexts. Memory comes from comn_malloc and comn_calloc.
@@ -177,7 +177,7 @@ typedef struct _lmhdlprop {
   CS_INT max_tablesize;     /**< chains or slots of a hash table */
   CS_INT max_poolsize;      /**< free nodes that are kept at most */
   CS_INT handle_load;       /**< elements */
-  LM_CONTEXT* context;      /**< to which the handle belongs */
+  LM_CONTEXT* context;      /**< the context of the handle */
   CS_CHAR* handle_name;     /**< owned copy */
   CS_INT length;            /**< of the name */
   LM_PRINT_FUNC print_func; /**< the host's, or null */
@@ -273,8 +273,8 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
                                CS_VOID* data_inout, CS_INT* outlen);
 
 /**
- * lm_list_prop, lm_property: get (CS_GET), set (CS_SET) or reset to the default (CS_CLEAR; `buffer`
- * and `buflen` are not looked at) a property of a handle or a context. Integers and addresses are
+ * lm_list_prop, lm_property: get (CS_GET), set (CS_SET) or reset to the default (CS_CLEAR, which
+ * ignores `buffer` and `buflen`) a property of a handle or a context. Integers and addresses are
  * read and written at `buffer`, whatever `buflen` says; a function to set is passed as `buffer`
  * itself, and stored at `buffer` by a get. Names are copied without a terminator when `buflen` has
  * room (else CS_FAIL, nothing copied). A get stores the number of bytes through `outlen` when that
@@ -282,13 +282,13 @@ COMN_API CS_RETCODE lm_list_op(LM_HANDLE* handle, CS_INT op, const CS_VOID* key,
  *
  * Settable: of a handle LM_PROP_MAX_TABLESIZE, LM_PROP_MAX_POOLSIZE (cleared to the context's),
  * LM_PROP_PRINT_FUNC, LM_PROP_COMP_FUNC (cleared to null); of a context LM_CTX_LIST_TYPE,
- * LM_CTX_MAX_TABLESIZE and LM_CTX_MAX_POOLSIZE, which are judged when a list takes them. CS_FAIL
- * for the rest. An unknown property or action stops the process.
+ * LM_CTX_MAX_TABLESIZE and LM_CTX_MAX_POOLSIZE, which are checked when a new list takes them.
+ * CS_FAIL for the rest. An unknown property or action stops the process.
  *
  * A new table size rebuilds a hash table. Returns CS_FAIL for lists that are not tables and for an
  * LM_DHASH with more elements than the new size, CS_MEM_ERROR when memory is short; the table is
- * then unchanged. Otherwise a size below 1 stops the process. Any pool size is taken; free nodes
- * beyond it are freed, and a negative size is as 0. On an LM_DHASH it stays 0.
+ * then unchanged. Otherwise a size below 1 stops the process. Any pool size is accepted; free nodes
+ * beyond it are freed, and a negative size counts as 0. On an LM_DHASH it stays 0.
  */
 /**@{*/
 COMN_API CS_RETCODE lm_list_prop(LM_HANDLE* handle, CS_INT action, CS_INT property, CS_VOID* buffer,

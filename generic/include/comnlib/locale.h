@@ -4,7 +4,7 @@
  * that describe them.
  *
  * Set-up of a context: the host sets ctxglobals to a zero-filled CsCtxGlobals with a mutex in
- * cmg_mtx, calls comn_intl_init, which must come before any load, loads a locale with
+ * cmg_mtx, calls comn_intl_init, without which no load succeeds, loads a locale with
  * comn_intl_load, and points the categories of a CS_LOCALE at the entry. At the end it calls
  * comn_loc_drop_all, com_intl_loccache_drop, com_intl_chardesc_drop, comn_lm_exit, and deletes the
  * mutex. The globals are zero-filled again before a second set-up: CsCtxGlobals.lm, for one, still
@@ -22,8 +22,9 @@
  * error and in tlvinit.err.
  *
  * A null pointer stops the process unless its routine says otherwise, and so do a buffer length
- * below 1 and a category, level, kind or item out of range. Lengths of names are bytes without a
- * NUL; CS_NULLTERM means up to their NUL.
+ * below 1, a category, level, kind or item out of range, and in comn_intl_init and the loads a home
+ * of more than 1,025 bytes. Lengths of names are bytes without a NUL; CS_NULLTERM means up to their
+ * NUL.
  *
  * Loading and the routines on locale records hold the context's cmg_mtx, through the context's
  * thread table when it has one; they may be called from several threads. A thread that is cancelled
@@ -256,19 +257,19 @@ typedef struct com_digits {
   const CS_CHAR* separator; /**< between groups of digits */
   CS_INT separatorlen;      /**< its length; 0: no groups */
   CS_INT grouping;          /**< digits of each group; 0: no groups */
-  const CS_CHAR* symbol;    /**< the currency's, of money alone */
+  const CS_CHAR* symbol;    /**< the currency symbol; for money only */
   CS_INT symbollen;         /**< its length */
-  CS_INT symbolafter;       /**< 1: it comes after the amount, else 0 */
+  CS_INT symbolafter;       /**< 1: the symbol comes after the amount, else 0 */
 } com_digits;
 
 /**
  * How the locale (null: the context's) writes numbers (`category` COM_LC_NUMERIC) or money
- * (COM_LC_MONETARY), for hosts that show values to people: conversions never look at it, they write
- * a point and no groups in every locale. Conventions that locales.dat names are read when they are
- * first asked for, under the context's cmg_mtx. Where the locale has none, or there is no locale,
- * it is a point, no groups and no symbol. When the file cannot be read: CS_FAIL, CS_INTL_NOFILE,
- * CS_INTL_LIBERR or CS_MEM_ERROR, with nothing stored; the next call tries again. Another category
- * stops the process.
+ * (COM_LC_MONETARY). It is for hosts that show values to people; conversions write a point and no
+ * groups in every locale. Conventions that locales.dat names are read when they are first asked
+ * for, under the context's cmg_mtx. Where the locale has no conventions, or there is no locale, the
+ * answer is a point, no groups and no symbol. When the file cannot be read: CS_FAIL,
+ * CS_INTL_NOFILE, CS_INTL_LIBERR or CS_MEM_ERROR, with nothing stored; the next call tries again.
+ * Another category stops the process.
  */
 COMN_API CS_RETCODE comn_loc_digits(CS_CONTEXT* ctx, const CS_LOCALE* locale, CS_INT category,
                                     com_digits* digits);
@@ -316,7 +317,7 @@ COMN_API CS_RETCODE comn_loc_drop(CS_CONTEXT* ctx, CS_LOCALE* locale);
  */
 COMN_API CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx);
 
-/** CS_SUCCEED when the record is in the list, else CS_FAIL. Any pointer but null will do. */
+/** CS_SUCCEED when the record is in the list, else CS_FAIL. It may be any pointer but null. */
 COMN_API CS_RETCODE comn_loc_validate(CS_CONTEXT* ctx, const CS_LOCALE* locale);
 
 /** Copies the six categories of `src` into `dst`. CS_SUCCEED. */

@@ -17,8 +17,8 @@ extern "C" {
 
 /** @name The host's allocator
  * The library brings weak defaults over the C library's; a host that defines one of them defines
- * all four, and its definitions win in the static archive and in the shared
- * object. Sizes are in bytes; null means failure. Called from any thread that calls the library. */
+ * all four, and they replace the defaults in the static archive and in the shared object. Sizes are
+ * in bytes; null means failure. Called from any thread that calls the library. */
 /**@{*/
 /** A block of `size` bytes, aligned for every record of the library, or null. */
 COMN_API CS_VOID* comn_malloc(size_t size);
@@ -26,10 +26,10 @@ COMN_API CS_VOID* comn_malloc(size_t size);
 /** A zero-filled block for `count` elements of `size` bytes, or null. */
 COMN_API CS_VOID* comn_calloc(size_t count, size_t size);
 
-/** The block with another size and its contents, moved if need be; null: the block is unchanged. */
+/** Changes the size of a block, which may move with its contents; null: it is unchanged. */
 COMN_API CS_VOID* comn_realloc(CS_VOID* block, size_t size);
 
-/** Gives a block back; nothing for a null one. */
+/** Gives a block back; does nothing when it is null. */
 COMN_API CS_VOID comn_free(CS_VOID* block);
 /**@}*/
 
@@ -48,8 +48,8 @@ COMN_API CS_VOID comn_free(CS_VOID* block);
  * Sizes are in bytes. Chunks and areas of the caller's may start at any address; every address
  * handed out is a multiple of a word away from the start of its chunk. A word has the size of a
  * pointer, 4 or 8 bytes; of the numbers that follow from it those of a 64-bit host are in brackets.
- * A null pointer or a negative size stops the process, and so does what only a broken caller can
- * bring about: a dropped handle, a pointer that the pool did not hand out or has taken back, a
+ * A null pointer or a negative size stops the process, and so does any other misuse that is
+ * noticed: a dropped handle, a pointer that the pool did not hand out or has already taken back, a
  * damaged block header.
  *
  * Thread safety: with a lock installed, each call on any handle of the family runs under it.
@@ -99,18 +99,17 @@ enum {
 /** Sizes and arguments. */
 enum {
   MM_CTL_SIZE = COMN_BY_HOST(152, 288), /**< bytes of a control area: head and handle */
-  MM_NO_LIMIT = -9999,                  /**< MM_PROP_MAXSIZE of a pool without a limit */
-  MM_FORCE_DROP = 300                   /**< option of comn_mmdrop */
+  MM_NO_LIMIT = -9999, /**< what MM_PROP_MAXSIZE reads without a limit; cannot be set */
+  MM_FORCE_DROP = 300  /**< option of comn_mmdrop */
 };
 
 /**
  * Creates a pool on a context whose ctxmalloc and ctxfree give and take the chunks; both must be
- * there, and ctxversion must be 113 or above, else the process stops. When `*mmh` is not null it is
- * a control area of MM_CTL_SIZE bytes that outlives the pool; else the pool allocates one from the
- * context. The handle is stored through `mmh`. When the context has a thread table the pool makes a
- * mutex with its create_mutex_fn and locks with it.
- * CS_FAIL when the context has no memory; otherwise what creating the mutex returned. `*mmh` is
- * then as before.
+ * set, which is not checked. A ctxversion below 113 stops the process. When `*mmh` is not null it
+ * is a control area of MM_CTL_SIZE bytes that outlives the pool; else the pool allocates one from
+ * the context. The handle is stored through `mmh`. When the context has a thread table the pool
+ * makes a mutex with its create_mutex_fn and locks with it. CS_FAIL when the context has no memory;
+ * otherwise what creating the mutex returned. `*mmh` is then as before.
  */
 COMN_API CS_RETCODE comn_mminit(CS_CONTEXT* ctx, MmHandle** mmh);
 
@@ -143,8 +142,9 @@ COMN_API CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_pt
 
 /**
  * Takes back a block that this handle handed out; null stops the process. CS_FAIL for an alloc-only
- * pool. A lock that cannot be taken stops the process. A 32-bit host's pool searches the family's
- * chunks, newest first, and for a block larger than the block size the handle's blocks.
+ * pool. A lock that cannot be taken stops the process. In a 32-bit host the call searches the
+ * family's chunks, newest first, and also the handle's blocks when the block is larger than the
+ * block size.
  *
  * A chunk from a source goes back to it when all of it is free. Only blocks that are larger than
  * the block size, and all blocks of a subpool that is dropped, become free in that sense: the

@@ -3,10 +3,10 @@
  * Messages in the language of a context: the texts of the message files, messages with arguments in
  * them, and the words of result codes.
  *
- * The language is that of the context's locale (category COM_LC_MESSAGE), the character set that of
- * its category COM_LC_CTYPE, ISO 8859-1 without one. A language that lacks a message gives it in
- * English. Without a home, or where English lacks the message too, the text is a fixed one that
- * names layer and number.
+ * The language is that of the context's locale (category COM_LC_MESSAGE). The character set is that
+ * of its category COM_LC_CTYPE, and ISO 8859-1 without one. A language that lacks a message gives
+ * it in English. Without a home, or where English lacks the message too, the text is a fixed one
+ * that names layer and number.
  *
  * Every routine writes to the `buflen` bytes at `buf`, ends the text with a NUL, and stores its
  * length without the NUL. A text that is too long is cut after its last whole character that fits.
@@ -16,7 +16,7 @@
  * ctxintlerr stays as it is, so that a failed call can be explained before its status is looked at.
  * A null pointer and a `buflen` below 1 stop the process. The routines may be called from several
  * threads: English texts and conversion tables are loaded under the context's cmg_mtx when they are
- * first needed. The host's ctxerrfunc is called by none of them.
+ * first needed. None of them calls the host's ctxerrfunc.
  */
 #ifndef COMNLIB_MESSAGE_H
 #define COMNLIB_MESSAGE_H

@@ -5,11 +5,12 @@
  * A unit is 1/10000.
  *
  * - Results are written to the last record; it may be one of the operands. A null pointer stops the
- *   process. Records are the caller's; nothing is allocated, nothing is kept between calls, and any
- *   number of threads may call at once.
+ *   process. Records are the caller's. Nothing is allocated or kept between calls, and any number
+ *   of threads may call at once.
  * - Functions of type CS_RETCODE return CS_SUCCEED, CS_CVT_OVERFLOW when the result does not fit,
  *   or CS_CVT_DIVZERO. Add, subtract, multiply and divide leave a zero result when they fail.
- * - Every value is exact; where digits have to go, each function says whether they are rounded.
+ * - Every value is exact; where digits must be dropped, each function says whether it rounds or
+ *   cuts.
  */
 #ifndef COMNLIB_MONEY_H
 #define COMNLIB_MONEY_H
@@ -69,14 +70,14 @@ COMN_API CS_RETCODE comn_mnyxdiv(const CS_MONEY* a, const CS_MONEY* b, CS_MONEY*
 
 /**
  * m := m / divisor, toward zero; returns the remainder of the magnitude. Only the low 16 bits of
- * `divisor` count; when they are 0, `m` stays and 0 is returned.
+ * `divisor` count; when they are 0, `m` is unchanged and 0 is returned.
  */
 COMN_API CS_INT comn_mnydown(CS_MONEY* m, CS_INT divisor);
 
 /**
  * Works on the magnitude, |m| := |m| * multiplier + addend, and keeps the sign. The multiplier is
  * taken as unsigned; a multiplier of 0 makes `m` the addend, whatever it was. Overflow when the
- * magnitude would be negative or reach 2^63, for negative values too; `m` then stays.
+ * magnitude would be negative or reach 2^63, for negative values too; `m` is then unchanged.
  */
 COMN_API CS_RETCODE comn_mnyscale(CS_MONEY* m, CS_INT multiplier, CS_INT addend);
 

@@ -31,7 +31,7 @@ enum {
   CS_PASSTHRU_MORE = -211,
   CS_TRYING = -213,
 
-  /* Conversion codes, of the conversion routines and exact arithmetic. -109..-112 are not used. */
+  /* Conversion codes, of the conversion routines and exact arithmetic; -109..-112 are not used. */
   CS_CVT_OVERFLOW = -101,    /**< does not fit the destination; integers are clamped */
   CS_CVT_UNDERFLOW = -102,   /**< text names a floating value too small to represent */
   CS_CVT_PRECISION = -103,   /**< numeric precision outside 1..77 */

@@ -3,9 +3,9 @@
  * Threads and synchronisation: a thin layer over POSIX threads.
  *
  * Results are CS_SUCCEED and CS_FAIL, and CS_TIMED_OUT from event waits. Misuse stops the process:
- * a null or unstamped object, releasing a mutex that one does not own, deleting one that is held,
- * and a failing POSIX call that can only fail through a mistake of the host. Objects come from
- * comn_malloc and go back through comn_free. Every routine may be called from any thread; the
+ * a null or unstamped object, releasing a mutex that the caller does not own, deleting a mutex that
+ * is held, and a failing POSIX call that can only fail through a mistake of the host. Objects come
+ * from comn_malloc and go back through comn_free. Every routine may be called from any thread; the
  * exceptions are named with their routines.
  */
 #ifndef COMNLIB_THREAD_H
@@ -202,7 +202,7 @@ COMN_API CS_RETCODE comn_waitfor_sem(COMN_SEM* sem, CS_INT nowait);
 /**@{*/
 /**
  * Starts a joinable thread at `start_routine` and stores its id; a thread that cannot be started
- * stops the process. `argument` is handed on, null included.
+ * stops the process. `argument` is passed to it and may be null.
  */
 COMN_API CS_RETCODE comn_create_thread_no_alloc(pthread_t* threadid, COMN_START_FUNC start_routine,
                                                 CS_VOID* argument);
@@ -277,29 +277,29 @@ COMN_API CS_VOID comn_thread_cleanup(CS_VOID);
 /** @name Thread-specific data
  * CS_FAIL when the system refuses. */
 /**@{*/
-/** Makes a key without destructor: values are their owners' to free. */
+/** Makes a key without a destructor: the host frees the values. */
 COMN_API CS_RETCODE comn_create_key(pthread_key_t* key);
 
-/** Gives a key back. The values are not freed. */
+/** Deletes a key. The values are not freed. */
 COMN_API CS_RETCODE comn_drop_key(pthread_key_t key);
 
-/** The calling thread's value, null without one. The key CS_UNUSED yields null. */
+/** The calling thread's value; null when there is none, and for the key CS_UNUSED. */
 COMN_API CS_VOID* comn_get_threaduserdata(pthread_key_t key);
 
-/** Makes `value` the calling thread's. */
+/** Sets the calling thread's value. */
 COMN_API CS_RETCODE comn_set_threaduserdata(pthread_key_t key, CS_VOID* value);
 /**@}*/
 
 /** @name Signals
  * CS_FAIL when the system refuses. */
 /**@{*/
-/** Adds one signal to the calling thread's mask. */
+/** Blocks one signal in the calling thread. */
 COMN_API CS_RETCODE comn_thread_block_signal(CS_INT signo);
 
-/** Takes one signal off the calling thread's mask. */
+/** Unblocks one signal in the calling thread. */
 COMN_API CS_RETCODE comn_thread_unblock_signal(CS_INT signo);
 
-/** pthread_sigmask. */
+/** As pthread_sigmask. */
 COMN_API CS_RETCODE comn_thread_sigmask(CS_INT how, const sigset_t* newmask, sigset_t* oldmask);
 
 /** Sends `signo` to a thread; an id of 0 stops the process. */

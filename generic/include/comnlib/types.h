@@ -12,9 +12,9 @@
 #include <stdint.h>
 
 /*
- * The library exists for two kinds of hosts. What a plain x86_64 compiler sees must not be taken
- * for the 32-bit library's, and the other way round: an installed tree has the mark of each library
- * that it holds, and both packages say which one they are.
+ * There is one library for 32-bit hosts and one for 64-bit hosts, and a host must not be compiled
+ * for the other one. An installed tree therefore has a mark (for_i386.h, for_x86_64.h) for each
+ * library that it holds, and both packages define which one they are for.
  */
 #if defined(__i386__)
 #if !__has_include("comnlib/for_i386.h") || defined(COMNLIB_FOR_X86_64)
@@ -44,7 +44,7 @@ extern "C" {
 #define COMN_STATIC_ASSERT(condition) _Static_assert(condition, #condition)
 #endif
 
-/** A size or an offset of a record with pointers: in a 32-bit host, and in a 64-bit one. */
+/** A size or an offset in a record with pointers: for 32-bit hosts and for 64-bit hosts. */
 #define COMN_BY_HOST(bits32, bits64) (sizeof(void*) == 4 ? (bits32) : (bits64))
 
 typedef char CS_CHAR;                /**< a byte of text in the locale's character set */
@@ -98,7 +98,7 @@ enum {
   CS_VOID_TYPE = 23,        /**< no value: as a source, the null value of the destination */
   CS_USHORT_TYPE = 24,      /**< CS_USHORT; nothing but a null value converts to it */
   CS_UNICHAR_TYPE = 25,     /**< UTF-16 text of maxlength bytes, in the processor's byte order */
-  CS_USER_TYPE = 26         /**< the first code of the host's */
+  CS_USER_TYPE = 26         /**< the first code of a host's own types */
 };
 
 /** Sizes and limits. */
@@ -107,8 +107,8 @@ enum {
   CS_MAX_NAME = 132,     /**< bytes of CS_DATAFMT.name */
   CS_MAX_CHAR = 256,     /**< bytes of a varchar or varbinary value */
   CS_MAX_PREC = 77,      /**< decimal digits of an exact numeric */
-  CS_MAX_SCALE = 77,
-  CS_MAX_NUMLEN = 33 /**< sign byte and magnitude of an exact numeric */
+  CS_MAX_SCALE = 77,     /**< most decimals of an exact numeric */
+  CS_MAX_NUMLEN = 33     /**< sign byte and magnitude of an exact numeric */
 };
 
 /** Argument values shared by all services. */
@@ -147,7 +147,7 @@ typedef struct _cs_varybin {
 typedef struct _cs_numeric {
   CS_BYTE precision;            /**< 1..77 */
   CS_BYTE scale;                /**< 0..77 */
-  CS_BYTE array[CS_MAX_NUMLEN]; /**< sign and magnitude; comn_num_getlen says how many count */
+  CS_BYTE array[CS_MAX_NUMLEN]; /**< sign and magnitude; comn_num_getlen gives how many are used */
 } CS_NUMERIC;
 typedef CS_NUMERIC CS_DECIMAL; /**< the same record under its other name */
 
@@ -185,7 +185,7 @@ typedef struct _cs_daterec {
   CS_INT dateminute;  /**< 0..59 */
   CS_INT datesecond;  /**< 0..59 */
   CS_INT datemsecond; /**< 0..999 */
-  CS_INT datetzone;   /**< not set by cracking */
+  CS_INT datetzone;   /**< not set by com_datecrack and com_timecrack */
 } CS_DATEREC;
 
 typedef struct _cslocale CS_LOCALE;

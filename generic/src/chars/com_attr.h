@@ -8,7 +8,7 @@
 
 namespace comnlib {
 
-// What com_get_charattrib returns, for code where a call would cost more than the look-up.
+// What com_get_charattrib returns, for code in which the call would cost more than the look-up.
 extern const char_attrib kIso1;
 
 // Where a map lies in the image and how many bytes it has; 0 bytes: there is no such map.
@@ -26,11 +26,11 @@ struct ImageHeader {
 // Reads a header from the COMN_CS_IMAGE2_HEADER bytes at `image`.
 ImageHeader read_image_header(const CS_BYTE* image);
 
-// Whether the first 128 bytes are single characters that are read as plain bytes are: with the same
-// ASCII forms (in either case), the same blanks and the same currency sign.
+// Whether the first 128 bytes are characters that read like plain bytes: with the same ASCII forms
+// (in either case), the same blanks and the same currency sign.
 bool is_ascii_based(const char_attrib& attrib);
 
-// Takes the lengths and counts of a header, or those of every single-byte set, into `attrib`.
+// Stores the lengths and counts of a header in `attrib`, or those of every single-byte set.
 void set_counts(char_attrib& attrib, const ImageHeader& header);
 void set_single_byte_counts(char_attrib& attrib);
 

@@ -1,5 +1,5 @@
-// Decimal digits as text, two at a time by a table, sixteen at a time by SSE2: everything that
-// writes the digits of a number does it here.
+// Decimal digits as text, two at a time by a table, sixteen at a time by SSE2. All digits of
+// numbers are written here.
 #pragma once
 
 #include <emmintrin.h>
@@ -39,8 +39,8 @@ inline char* put_number(std::uint32_t value, char* end) {
   return put_digits(value, value >= 10 ? 2 : 1, end);
 }
 
-// The characters of two numbers of eight digits each. Every step splits each number in two at a
-// power of ten, by a product with the inverse of that power.
+// The characters of two numbers of eight digits each. Each step splits every number in two at a
+// power of ten, by multiplying with the inverse of that power.
 inline __m128i sixteen_digits(std::uint32_t first, std::uint32_t second) {
   const __m128i eights = _mm_set_epi32(0, static_cast<int>(second), 0, static_cast<int>(first));
   const auto inverse = _mm_set1_epi32(static_cast<int>(0xD1B71759));  // 2^45 / 10^4

@@ -43,7 +43,7 @@ constexpr bool is_space(int byte) {
 constexpr bool is_control(int byte) {
   return byte < 0x20 || in(byte, 0x7F, 0x9F);
 }
-// For the readers of money: the table has no lexical class of currency signs.
+// For the routines that read money, since the table has no lexical class for currency signs.
 constexpr bool is_currency(int byte) {
   return byte == '$' || in(byte, 0xA2, 0xA5);
 }

@@ -1,5 +1,5 @@
-// Decimal numbers of few digits, as columns of text mostly hold them: read in one register,
-// whatever blanks are around them, with next to no branch that depends on the digits.
+// Decimal numbers of few digits, which most columns of text hold. They are read in one register,
+// with any blanks around them, and almost without branches that depend on the digits.
 #pragma once
 
 #include <emmintrin.h>
@@ -15,7 +15,7 @@
 
 namespace comnlib {
 
-// The number `digits` / 10^`decimals`. A sign may stand before zero.
+// The number `digits` / 10^`decimals`. Zero may have a sign too.
 struct ShortDecimal {
   std::uint64_t digits;
   int decimals;
@@ -31,8 +31,8 @@ Word load_as(const CS_BYTE* from) {
   return word;
 }
 
-// Up to 16 bytes, with zeros after them. Two words that may overlap hold them all; what the second
-// one repeats is shifted out of it.
+// Loads up to 16 bytes, with zeros after them. Two words that may overlap hold them all; the bytes
+// that the second word repeats are shifted out of it.
 inline __m128i load_padded(const CS_BYTE* bytes, std::size_t size) {
   const auto low_quad = [](const CS_BYTE* from) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
@@ -55,7 +55,7 @@ inline __m128i load_padded(const CS_BYTE* bytes, std::size_t size) {
   return _mm_cvtsi32_si128(bytes[0] | bytes[middle] << 8 * middle | bytes[last] << 8 * last);
 }
 
-// Moves 16 bytes up by `count` places, 0 to 16. A shift by more bits than a word has gives zero.
+// Moves 16 bytes up by `count` places, 0 to 16. SSE2 shifts by more bits than a word has give zero.
 inline __m128i move_up(__m128i bytes, unsigned count) {
   const int bits = static_cast<int>(8 * count);
   const __m128i low_half = _mm_slli_si128(bytes, 8);
@@ -84,10 +84,32 @@ inline constexpr auto kOnesBeforeZeros = [] {
   return bytes;
 }();
 
+// Takes outer blanks, and then a sign, off a text that is too long for the register. False when it
+// is still too long.
+[[gnu::always_inline]] inline bool shorten(const CS_BYTE*& at, std::size_t& size, bool& negative) {
+  constexpr std::size_t kMost = sizeof(__m128i);
+  while (size > kMost && *at == ' ') ++at, --size;
+  while (size > kMost && at[size - 1] == ' ') --size;
+  const bool has_sign = *at == '-' || *at == '+';
+  if (size == kMost + 1 && has_sign && (is_digit(at[1]) || at[1] == '.')) {
+    negative = *at == '-';
+    ++at, --size;
+  }
+  return size <= kMost;
+}
+
+// Moves the digits before a point up to its place. `decimals` digits follow the point.
+[[gnu::always_inline]] inline __m128i close_point(__m128i digits, unsigned decimals) {
+  const __m128i before =
+      _mm_loadu_si128(reinterpret_cast<const __m128i*>(kOnesBeforeZeros.data() + decimals));
+  return _mm_or_si128(_mm_and_si128(before, _mm_slli_si128(digits, 1)),
+                      _mm_andnot_si128(before, digits));
+}
+
 }  // namespace internal
 
 // Reads a text that consists of blanks, a sign, digits with or without a point, and blanks, in up
-// to 16 bytes besides outer blanks and the sign. False for every other text, which may still be a
+// to 16 bytes besides outer blanks and the sign. False for any other text, which may still be a
 // number.
 template <bool kWithPoint>
 [[gnu::always_inline]] inline bool read_short_decimal(std::span<const CS_BYTE> text,
@@ -97,14 +119,7 @@ template <bool kWithPoint>
   std::size_t size = text.size();
   bool negative = false;
   if (size > kMost) [[unlikely]] {
-    while (size > kMost && *at == ' ') ++at, --size;
-    while (size > kMost && at[size - 1] == ' ') --size;
-    const bool has_sign = *at == '-' || *at == '+';
-    if (size == kMost + 1 && has_sign && (is_digit(at[1]) || at[1] == '.')) {
-      negative = *at == '-';
-      ++at, --size;
-    }
-    if (size > kMost) return false;
+    if (!internal::shorten(at, size, negative)) return false;
   }
   const auto mask_of = [](__m128i bytes) {
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
@@ -117,7 +132,7 @@ template <bool kWithPoint>
   const unsigned point = kWithPoint ? mask_of(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.'))) : 0;
   const unsigned number_bytes = digits | point;
   const unsigned first = number_bytes & -number_bytes;
-  // Bytes that follow each other, and no second point.
+  // The bytes must follow each other, with one point at most.
   if (((number_bytes + first) & number_bytes) != 0 || (point & (point - 1)) != 0) return false;
   const unsigned others =
       (number_bytes | mask_of(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(' ')))) ^ ((1U << size) - 1);
@@ -131,12 +146,8 @@ template <bool kWithPoint>
   __m128i aligned = internal::move_up(_mm_and_si128(values, in_digits), kMost - end);
   number.decimals = 0;
   if (kWithPoint && point != 0) {
-    // The digits before the point move up to its place.
     const unsigned decimals = end - static_cast<unsigned>(std::bit_width(point));
-    const __m128i before = _mm_loadu_si128(
-        reinterpret_cast<const __m128i*>(internal::kOnesBeforeZeros.data() + decimals));
-    aligned = _mm_or_si128(_mm_and_si128(before, _mm_slli_si128(aligned, 1)),
-                           _mm_andnot_si128(before, aligned));
+    aligned = internal::close_point(aligned, decimals);
     number.decimals = static_cast<int>(decimals);
   }
   number.digits = internal::sixteen_digits_value(aligned);
@@ -144,7 +155,7 @@ template <bool kWithPoint>
   return true;
 }
 
-// The same of text in a character set, where its ASCII characters are themselves.
+// The same for text in a character set, if its ASCII characters read like plain bytes.
 template <bool kWithPoint>
 [[gnu::always_inline]] inline bool read_short_decimal(const Text& text, ShortDecimal& number) {
   const bool has_ascii = text.attrib == nullptr ? !text.utf16 : text.ascii_based;

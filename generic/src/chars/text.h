@@ -23,7 +23,7 @@ struct Text {
   bool ascii_based = false;  // as is_ascii_based says of the attributes
 };
 
-// Whether every byte is below 0x80. Short texts are looked at as two words that may overlap.
+// Whether every byte is below 0x80. Short texts are checked as two words that may overlap.
 inline bool is_ascii(std::span<const CS_BYTE> bytes) {
   const auto ends_are_ascii = [bytes]<class Word>(Word) {
     Word first, last;
@@ -46,8 +46,8 @@ inline bool is_ascii(std::span<const CS_BYTE> bytes) {
   return _mm_movemask_epi8(all) == 0;
 }
 
-// Whether a text is read as plain bytes: it has no character set, or no character of the set that
-// plain bytes have not.
+// Whether a text reads like plain bytes: it has no character set, or only ASCII characters of a set
+// in which they read like plain bytes.
 inline bool is_plain(const Text& text) {
   if (text.attrib == nullptr) return !text.utf16;
   return text.ascii_based && is_ascii(text.bytes);
@@ -71,8 +71,8 @@ inline bool is_default_space(CS_BYTE byte) {
   return (ISO_1_type_map[byte].char_type & COMN_CT_SPACE) != 0;
 }
 
-// The tables look at a second byte where the first one asks for it, so a cut character is completed
-// here.
+// The tables read a second byte where the first byte requires it, so a character that is cut is
+// completed with a zero byte first.
 [[gnu::noinline]] inline TextChar first_multibyte_char(Text text) {
   const std::array<CS_BYTE, 2> head = {text.bytes[0],
                                        text.bytes.size() > 1 ? text.bytes[1] : CS_BYTE{0}};
@@ -83,7 +83,8 @@ inline bool is_default_space(CS_BYTE byte) {
           comn_isspace(text.attrib, head.data()) != 0, false};
 }
 
-// Of a text that is not UTF-16 and not empty. A single byte, as most are, is looked up at once.
+// The first character of a text that is not UTF-16 and not empty. A single byte, the common case,
+// is looked up directly.
 inline TextChar first_char(const Text& text) {
   const CS_BYTE byte = text.bytes.front();
   if (text.attrib == nullptr) return {text.bytes.first(1), byte, is_default_space(byte), false};
@@ -131,7 +132,7 @@ class TableReader {
   bool space_ = false;
 };
 
-// A set without widths has one byte for every character.
+// For sets without widths: every character is one byte.
 class SingleByteReader {
  public:
   explicit SingleByteReader(const Text& text)
@@ -152,7 +153,7 @@ class SingleByteReader {
   const CS_BYTE* end_;
 };
 
-// Plain bytes need no character widths: the common case of number columns.
+// For plain bytes, the common case in columns of numbers: no widths are needed.
 class PlainReader {
  public:
   explicit PlainReader(std::span<const CS_BYTE> bytes)
@@ -162,7 +163,7 @@ class PlainReader {
   bool space() const { return is_default_space(*at_); }
   bool nul() const { return *at_ == 0; }
   void skip() { ++at_; }
-  // What no other reader has: the bytes that are left, and a way past several of them.
+  // Only this reader has these: the bytes that are left, and a way to skip several of them.
   std::span<const CS_BYTE> rest() const { return {at_, end_}; }
   void skip(std::size_t count) { at_ += count; }
 
@@ -171,7 +172,7 @@ class PlainReader {
   const CS_BYTE* end_;
 };
 
-// Code units up to 0xFF read as ISO 8859-1, and the full-width forms as what they are forms of. The
+// Code units up to 0xFF read as ISO 8859-1, and full-width forms as their ASCII characters. The
 // text has whole units.
 class Utf16Reader {
  public:

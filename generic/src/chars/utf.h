@@ -28,7 +28,7 @@ constexpr bool is_trail(CS_BYTE byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-// Of a text that is not empty.
+// The first character of a text that is not empty.
 inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   const CS_BYTE lead = text[0];
   if (lead < 0x80) return {lead, 1};
@@ -40,7 +40,7 @@ inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   };
   const auto bits = [text](std::size_t at) { return text[at] & char32_t{0x3F}; };
   constexpr Decoded kMalformed{0, 0};
-  // The smallest code of each length is what rules overlong forms out.
+  // Overlong forms are codes below the smallest one of their length.
   if (lead < 0xE0) {
     if (lead < 0xC2 || !trails(1)) return kMalformed;
     return {(lead & char32_t{0x1F}) << 6 | bits(1), 2};
@@ -55,7 +55,7 @@ inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   return code < 0x10000 || code > 0x10FFFF ? kMalformed : Decoded{code, 4};
 }
 
-// The number of bytes written; 0 when the room is too small. `code` is a character.
+// Returns the number of bytes written; 0 when the room is too small. `code` is a character.
 inline std::size_t encode_utf8(char32_t code, std::span<CS_BYTE> room) {
   const std::size_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
   if (length > room.size()) return 0;

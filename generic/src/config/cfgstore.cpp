@@ -1,7 +1,7 @@
 // The store. All records lie in one block, one after the other. A section is a record below the
-// root, an entry one below its section, and a single hash table finds a record by the one above it
-// and its name. The table is at most half full and holds the newest record of each name. What is
-// below a record is chained in the order in which the names first appeared.
+// root, an entry one below its section, and a single hash table finds a record by its name and the
+// record above it. The table is at most half full and holds the newest record of each name. The
+// records below another one are chained in the order in which their names first appeared.
 #include "config/cfgstore.h"
 
 #include <algorithm>
@@ -24,10 +24,10 @@ struct StoredRecord {
   CS_INT line;
   CS_UINT name_length;
   CS_UINT value_length;
-  CS_UINT value_room;  // a later value of the same name takes this one's place when it fits
+  CS_UINT value_room;  // a later value of the same name overwrites this one when it fits
 };
 
-// The value of the root and of each section: the ends of the chain of what is below it.
+// The value of the root and of each section: both ends of the chain of the records below it.
 struct ChainEnds {
   CS_UINT first;  // 0: nothing
   CS_UINT last;
@@ -95,7 +95,7 @@ Plain plain_at(const CsConfig& config, std::size_t start) {
   return plain;
 }
 
-// Writes over bytes of the records.
+// Overwrites bytes of the records.
 void write_at(CsConfig& config, std::size_t start, std::string_view bytes) {
   bytes.copy(reinterpret_cast<char*>(config.records.items) + start, bytes.size());
 }
@@ -167,7 +167,7 @@ bool append_record(CsConfig& config, CS_UINT above, std::string_view name, std::
   return true;
 }
 
-// Puts a value in place of a record's; false when it does not fit.
+// Replaces the value of a record; false when the new one does not fit.
 bool overwrite(CsConfig& config, CS_UINT number, std::string_view value, const Origin& origin) {
   StoredRecord record = record_at(config, number);
   if (value.size() > record.value_room) return false;
@@ -195,7 +195,7 @@ void append_to_chain(CsConfig& config, CS_UINT above, CS_UINT number) {
   write_at(config, place, bytes_of(ends));
 }
 
-// The number of the record of that name, new or with a new value; 0 when there is no memory.
+// Gives a name its value and returns the number of its record; 0 when there is no memory.
 CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::string_view value,
               const Origin& origin) {
   if (config.used_slots * 2 >= config.slot_count && !grow_slots(config)) return 0;
@@ -206,7 +206,7 @@ CS_UINT enter(CsConfig& config, CS_UINT above, std::string_view name, std::strin
   const auto number = static_cast<CS_UINT>(config.records.count);
   if (!append_record(config, above, name, value, origin)) return 0;
   slot = {hash, number};
-  if (known) return number;  // the older record holds the name's place in the chain
+  if (known) return number;  // the older record stays in the chain
   ++config.used_slots;
   append_to_chain(config, above, number);
   return number;
@@ -216,7 +216,8 @@ CS_UINT find(const CsConfig& config, CS_UINT above, std::string_view name) {
   return slot_of(config, hash_of(above, name), above, name).record;
 }
 
-// The number of the section of that name, new or known; 0 when there is no memory.
+// Returns the number of the section of that name, which is made when it is new; 0 when there is no
+// memory.
 CS_UINT enter_section(CsConfig& config, std::string_view name) {
   const CS_UINT known = find(config, kRoot, name);
   return known != 0 ? known : enter(config, kRoot, name, bytes_of(ChainEnds{}), {});
@@ -233,7 +234,7 @@ CS_RETCODE add_source(CfgParseInfo& parse) {
   return kept ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
-// The next record in the chain below `above`, after the one that a walk is at.
+// The record after the one that a walk is at, in the chain below `above`.
 CS_UINT next_below(const CsConfig& config, CS_UINT above, CS_INT position) {
   if (position == 0)
     return plain_at<ChainEnds>(config, value_start(above, record_at(config, above))).first;
@@ -261,8 +262,8 @@ void drop_store(CsConfig* config) {
   comn_free(config);
 }
 
-// The path as the including file `from` means it, without "." steps at its beginning, which would
-// hide that two paths are the same.
+// The included path relative to the directory of the file `from`. "." steps at its beginning are
+// left out, since they would hide that two paths are the same.
 bool resolve(ByteBuffer& path, std::string_view from, std::string_view included) {
   const std::size_t slash = from.rfind('/');
   const bool relative = !included.starts_with('/') && slash != from.npos;
@@ -311,7 +312,7 @@ CS_RETCODE default_path(CS_CONTEXT& context, ByteBuffer& path) {
   return path.append(text.data()) ? CS_SUCCEED : CS_MEM_ERROR;
 }
 
-// A store with its root.
+// Makes the root of a store.
 bool make_root(CsConfig& config) {
   return grow_slots(config) && append_record(config, kRoot, {}, bytes_of(ChainEnds{}), {});
 }

@@ -21,7 +21,7 @@ void set_sentinel(CfgParseInfo& parse) {
   parse.window.items[parse.window.count] = '\n';
 }
 
-// Bytes before the token are done with.
+// Drops the bytes before the token.
 void slide(CfgParseInfo& parse) {
   ByteBuffer& window = parse.window;
   if (parse.token == 0) return;
@@ -33,7 +33,7 @@ void slide(CfgParseInfo& parse) {
   set_sentinel(parse);
 }
 
-// What a report shows of a path: of a very long one the end.
+// What a report shows of a path: all of it, or the end of a very long one.
 std::string_view tail_of(std::string_view path) {
   return path.substr(path.size() - std::min(path.size(), kPathShown));
 }
@@ -63,7 +63,7 @@ bool refill(CfgParseInfo& parse) {
   const Uncancelled uncancelled;
   slide(parse);
   ByteBuffer& window = parse.window;
-  // One byte is the sentinel's.
+  // One byte is kept for the sentinel.
   if (window.capacity - window.count < 2 && !window.reserve(window.capacity))
     return fail(parse, CS_MEM_ERROR);
   const std::size_t room = std::min<std::size_t>(window.capacity - window.count - 1, INT32_MAX);

@@ -36,13 +36,13 @@ struct ByteBuffer : PodVector<CS_BYTE> {
 
 enum class ScanState : CS_INT { kNormal = 0, kString = 1 };
 
-// A name and a value at most are collected at a time.
+// At most a name and a value are collected at a time.
 inline constexpr std::size_t kMaxToks = 2;
 
 }  // namespace comnlib
 
-// The window holds file bytes [token, end); token <= mark <= at <= end. window.items[end] is
-// always a line feed, so that no run over characters goes beyond it unnoticed.
+// The window holds file bytes [token, end); token <= mark <= at <= end. window.items[end] is always
+// a line feed, so that no loop over characters runs past it.
 struct _cfgparseinfo {
   CS_CONTEXT* context;  // null: the status of a failed read is not kept
   CsConfig* config;     // null: the file is checked only
@@ -75,8 +75,8 @@ struct _cfgparseinfo {
 
 extern "C" {
 
-// A parse over an opened file, which becomes the parse's to close. Null when there is no memory;
-// the file then stays the caller's.
+// Makes a parse over an open file, and the parse will close it. Null when there is no memory; the
+// caller then still owns the file.
 CfgParseInfo* cfg__init_parse(CsConfig* config, CS_VOID* file);
 
 // Puts the scanner into a state: 0 normal, 1 inside a string. Any other stops the process.
@@ -85,7 +85,7 @@ CS_VOID cfg__lexstate(CfgParseInfo* parse, CS_INT state);
 // The next byte, or -1 at the file's end. Refills the window, which doubles when a token fills it.
 CS_INT cfg__getc(CfgParseInfo* parse);
 
-// The longest match so far ends here.
+// Marks the end of the longest match so far.
 CS_VOID cfg__marktok(CfgParseInfo* parse);
 
 // The next token begins where the last one ended.
@@ -106,7 +106,7 @@ CS_VOID cfg__parse_error(CfgParseInfo* parse, const CS_CHAR* text);
 
 namespace comnlib {
 
-// More bytes into the window; false at the file's end or failure.
+// Reads more bytes into the window; false at the end of the file or on a failure.
 bool refill(CfgParseInfo& parse);
 
 inline CS_INT next_byte(CfgParseInfo& parse) {
@@ -145,13 +145,13 @@ inline std::string_view path_of(const CfgParseInfo& parse) {
   return parse.path.text(0, parse.path.count == 0 ? 0 : parse.path.count - 1);
 }
 
-// A status of the companion library, for a context if there is one.
+// Stores a status of the companion library in the context, if there is one.
 inline void keep_status(CS_CONTEXT* context, CS_INT status) {
   if (context != nullptr) context->ctxintlerr = status;
 }
 
-// Opens a file that another includes, or the first one when `includer` is null. CS_SUCCEED;
-// CS_FAIL, reported, when it cannot be opened; CS_MEM_ERROR.
+// Opens a file that `includer` includes, or the first file when that is null. CS_SUCCEED; CS_FAIL,
+// reported, when it cannot be opened; CS_MEM_ERROR.
 CS_RETCODE open_parse(CS_CONTEXT* context, CsConfig* config, std::string_view path,
                       const CfgParseInfo* includer, CfgParseInfo*& parse);
 

@@ -59,8 +59,8 @@ bool continues_value(CS_INT byte) {
   return is(byte, kPlain) || byte == '\\';
 }
 
-// Passes bytes of a class. The sentinel, a line feed, is in none.
-void run(CfgParseInfo& parse, Class wanted) {
+// Skips the bytes of a class. The sentinel, a line feed, is in no class.
+void skip_class(CfgParseInfo& parse, Class wanted) {
   do {
     const CS_BYTE* byte = parse.window.items + parse.at;
     while ((kClasses[*byte] & wanted) != 0) ++byte;
@@ -79,21 +79,22 @@ CS_INT peek(CfgParseInfo& parse) {
   return byte;
 }
 
-// A line end at the current place, passed; otherwise nothing is.
-bool pass_line_end(CfgParseInfo& parse) {
-  const std::size_t behind = parse.at - parse.token;
+// Skips a line end at the current place; false, with nothing skipped, when there is none.
+bool skip_line_end(CfgParseInfo& parse) {
+  const std::size_t matched = parse.at - parse.token;
   CS_INT byte = next_byte(parse);
   if (byte == '\r') byte = next_byte(parse);
   if (byte == '\n') return true;
-  parse.at = parse.token + behind;
+  parse.at = parse.token + matched;
   return false;
 }
 
-// The rest of a value; `code` is what has matched already, should nothing more do.
+// Scans the rest of a value. `code` is the token that has matched so far, in case nothing more
+// does.
 CS_INT scan_value(CfgParseInfo& parse, CS_INT code) {
   for (;;) {
     const std::size_t before = parse.at - parse.token;
-    run(parse, kPlain);
+    skip_class(parse, kPlain);
     if (parse.at - parse.token != before) code = CFG_VALUE;
     accept(parse, code);
     if (next_byte(parse) != '\\' || !continues_value(next_byte(parse))) return code;
@@ -111,14 +112,14 @@ bool is_include(std::string_view text) {
 }
 
 CS_INT scan_word(CfgParseInfo& parse) {
-  run(parse, kIdent);
+  skip_class(parse, kIdent);
   accept(parse, CFG_IDENT);
   const CS_INT next = peek(parse);
   if (continues_value(next) && scan_value(parse, CFG_IDENT) == CFG_VALUE) return CFG_VALUE;
   return is_include(token_text(parse)) ? CFG_INCLUDE : CFG_IDENT;
 }
 
-// All but the line end, of which a CR is part only before the LF.
+// Scans up to the line end. A CR is part of it only before an LF.
 CS_INT scan_comment(CfgParseInfo& parse) {
   for (;;) {
     const CS_BYTE* from = parse.window.items + parse.at;
@@ -134,7 +135,7 @@ CS_INT scan_comment(CfgParseInfo& parse) {
 }
 
 CS_INT scan_blanks(CfgParseInfo& parse) {
-  run(parse, kBlank);
+  skip_class(parse, kBlank);
   accept(parse, CFG_SPACE);
   if (parse.line_start && next_byte(parse) == ';') return scan_comment(parse);
   return CFG_SPACE;
@@ -142,7 +143,7 @@ CS_INT scan_blanks(CfgParseInfo& parse) {
 
 CS_INT scan_backslash(CfgParseInfo& parse) {
   accept(parse, CFG_UNKNOWN);
-  if (pass_line_end(parse)) return accept(parse, CFG_CONTINUATION);
+  if (skip_line_end(parse)) return accept(parse, CFG_CONTINUATION);
   if (continues_value(next_byte(parse))) return scan_value(parse, CFG_VALUE);
   return CFG_UNKNOWN;
 }
@@ -189,13 +190,13 @@ CS_INT scan_string(CfgParseInfo& parse) {
   CS_INT code = CFG_END;
   for (;;) {
     const std::size_t before = parse.at - parse.token;
-    run(parse, kText);
+    skip_class(parse, kText);
     if (parse.at - parse.token != before) code = accept(parse, CFG_STRING_VALUE);
     const CS_INT byte = next_byte(parse);
     if (byte < 0) return code;
     if (byte == '"') return code == CFG_END ? scan_quote(parse) : code;
     if (byte == '\\') {
-      if (pass_line_end(parse)) return code == CFG_END ? accept(parse, CFG_CONTINUATION) : code;
+      if (skip_line_end(parse)) return code == CFG_END ? accept(parse, CFG_CONTINUATION) : code;
       if (peek(parse) == '"') ++parse.at;
     }
     code = accept(parse, CFG_STRING_VALUE);
@@ -218,7 +219,7 @@ CS_INT line_feeds(std::string_view text) {
   return count;
 }
 
-// No other tokens hold line feeds.
+// Only these tokens hold line feeds.
 void count_lines(CfgParseInfo& parse, CS_INT code) {
   parse.line_start = code == CFG_NEWLINE || code == CFG_CONTINUATION;
   if (parse.line_start) {

@@ -43,7 +43,7 @@ void advance(CfgParseInfo& parse) {
   parse.code = cfg__lex(&parse);
 }
 
-// To the next token that means something.
+// Advances to the next token that is not space.
 void advance_over_space(CfgParseInfo& parse) {
   do advance(parse);
   while (parse.code == CFG_SPACE);
@@ -56,7 +56,7 @@ CS_RETCODE end_line(CfgParseInfo& parse) {
   return ended ? CS_SUCCEED : fail_expecting(parse, "the end of the line");
 }
 
-// After its opening quote. The string's text is appended to the newest collected text.
+// Parses a string after its opening quote, and appends its text to the newest collected text.
 CS_RETCODE parse_string(CfgParseInfo& parse) {
   for (;;) {
     advance(parse);
@@ -160,7 +160,7 @@ CS_RETCODE parse_include(CfgParseInfo& parse) {
   return cfg__add_include(&parse, path.data(), static_cast<CS_INT>(path.size()));
 }
 
-// One line of meaning. CS_END_DATA at the end of the file.
+// Parses one line that is not blank. CS_END_DATA at the end of the file.
 CS_RETCODE parse_statement(CfgParseInfo& parse) {
   parse.text.count = 0;
   parse.tok_count = 0;

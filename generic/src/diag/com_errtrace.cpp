@@ -28,7 +28,7 @@ struct NamedCode {
   NamedCode {               \
     code, #code             \
   }
-// The trace prints these by name.
+// The trace prints the names of these codes.
 constexpr std::array kGeneralCodes = {
     COMNLIB_NAMED(CS_SUCCEED),       COMNLIB_NAMED(CS_FAIL),        COMNLIB_NAMED(CS_MEM_ERROR),
     COMNLIB_NAMED(CS_PENDING),       COMNLIB_NAMED(CS_QUIET),       COMNLIB_NAMED(CS_BUSY),
@@ -37,7 +37,7 @@ constexpr std::array kGeneralCodes = {
     COMNLIB_NAMED(CS_NOMSG),         COMNLIB_NAMED(CS_TIMED_OUT),   COMNLIB_NAMED(CS_PASSTHRU_EOM),
     COMNLIB_NAMED(CS_PASSTHRU_MORE), COMNLIB_NAMED(CS_TRYING),
 };
-// And these by number.
+// The trace prints the numbers of these.
 constexpr std::array kOtherCodes = {
     COMNLIB_NAMED(CS_CVT_OVERFLOW),    COMNLIB_NAMED(CS_CVT_UNDERFLOW),
     COMNLIB_NAMED(CS_CVT_PRECISION),   COMNLIB_NAMED(CS_CVT_SCALE),
@@ -147,5 +147,5 @@ void comn_debug_vprint(const CS_CHAR* format, va_list args) {
   const DebugLock lock;
   std::FILE* const output = debug_file == nullptr ? stdout : debug_file;
   std::vfprintf(output, format, args);
-  std::fflush(output);  // the lines before a stop are the ones that are wanted
+  std::fflush(output);  // the lines just before a stop matter most
 }

@@ -1,5 +1,5 @@
 // What every other room needs of the diagnostics: thin inline checks around the public routines.
-// The place they report is the caller's, so a routine that states a precondition calls them itself.
+// They report the place of their caller, so each routine checks its preconditions itself.
 #pragma once
 
 #include <atomic>
@@ -12,11 +12,11 @@ namespace comnlib {
 using CallSite = std::source_location;
 
 namespace internal {
-// Level of com_errset; read on every return, so kept where the check is one load.
+// The level of com_errset. Every return reads it, so the check is a single load.
 [[gnu::visibility("hidden")]] extern std::atomic<CS_INT> trace_level;
 }  // namespace internal
 
-// Stops the process. For states that no argument and no data can bring about.
+// Stops the process. For states that no argument and no data can cause.
 [[noreturn]] inline void stop(CallSite site = CallSite::current()) {
   com_bomb(site.file_name(), static_cast<CS_INT>(site.line()));
 }
@@ -34,7 +34,7 @@ inline void check_pointer(const void* pointer, CallSite site = CallSite::current
   __builtin_unreachable();
 }
 
-// com_perr of a formatted text, which has room for two paths and the words around them.
+// Passes a formatted text to com_perr. There is room for two paths and the words around them.
 [[gnu::format(printf, 1, 2)]] void print_error(const char* format, ...);
 
 // Passes a result code through the error trace: the last thing a public routine does.

@@ -1,5 +1,5 @@
-// Keeps the calling thread from being cancelled while it lives: what it holds meanwhile, a lock, a
-// descriptor or memory, would be lost with the thread. Input and output are cancellation points.
+// Keeps the calling thread from being cancelled while the object lives. A lock, a descriptor or
+// memory that the thread holds would be lost with it. Input and output are cancellation points.
 #pragma once
 
 #include <pthread.h>

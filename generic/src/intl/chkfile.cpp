@@ -25,7 +25,8 @@ bool is_readable(const CS_CHAR* path) {
   return ::access(path, R_OK) == 0;
 }
 
-// A path that fills its buffer has no NUL there. The system knows no path longer than PATH_MAX.
+// A path that fills its buffer has no NUL, so a copy is used; the system knows no path longer than
+// PATH_MAX.
 CS_RETCODE verify(CS_RETCODE built, CS_CHAR* path, CS_INT pathlen) {
   if (built != CS_SUCCEED) {
     path[0] = '*';
@@ -95,7 +96,7 @@ bool print_lookup(CS_CONTEXT& ctx, const CS_CHAR* name, const CS_CHAR* table, Cs
   return result == CS_SUCCEED;
 }
 
-// Every file that the names ask for, whatever the ones before it gave.
+// Checks every file that the names ask for, even after one that cannot be read.
 void print_unreadable_files(CS_CONTEXT& ctx, const CsLocNames& names) {
   DiagnosisPath path{};
   const auto report = [&path](CS_RETCODE verified) {

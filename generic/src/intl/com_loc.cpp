@@ -14,7 +14,7 @@ namespace {
 using PathBuffer = std::array<CS_CHAR, kPathLength + 1>;
 using CfgPathBuffer = std::array<CS_CHAR, kPathLength + kConfigPathSpare>;
 
-// What follows the building of a path in every opener.
+// What every opener does after it has built the path.
 template <class Buffer>
 CS_RETCODE open_built(CS_CONTEXT& ctx, CS_RETCODE built, const Buffer& path, INTL_HANDLE* handle,
                       ErrorBuffer error) {

@@ -19,8 +19,8 @@ CS_RETCODE comn__open_msgfile(CS_CONTEXT* ctx, const CS_CHAR* language, CS_INT l
 CS_RETCODE com__open_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, INTL_HANDLE* handle,
                              CS_BOOL use_nuv);
 
-// Gives the cache entry the money (kind 4), number (5) or date/time (6) conventions of a name, from
-// the context's or else from their file. Any other kind: CS_FAIL.
+// Gives the cache entry the money (kind 4), number (5) or date/time (6) conventions of a name:
+// those that the context has loaded, or else those of their file. CS_FAIL for any other kind.
 CS_RETCODE comn__load_locdata(CS_CONTEXT* ctx, CS_INT kind, const CS_CHAR* name,
                               CsLocCache* cache_entry, CS_CHAR* errbuf, CS_INT errlen);
 }
@@ -33,7 +33,7 @@ struct ErrorBuffer {
   CS_INT length;
 };
 
-// com__open_cfgfile with an error buffer.
+// As com__open_cfgfile, with an error buffer.
 CS_RETCODE open_cfgfile(CS_CONTEXT* ctx, const CS_CHAR* name, INTL_HANDLE* handle, CS_BOOL use_nuv,
                         ErrorBuffer error);
 

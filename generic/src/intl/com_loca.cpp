@@ -13,7 +13,7 @@ CS_LOCALE** link_to(CsCtxGlobals& globals, const CS_LOCALE* locale) {
   return *link == nullptr ? nullptr : link;
 }
 
-// A record that is about to be freed is no longer the context's.
+// The context must not point at a record that is about to be freed.
 void forget(CS_CONTEXT& ctx, const CS_LOCALE* locale) {
   if (ctx.ctxlocale == locale) ctx.ctxlocale = nullptr;
   if (ctx.ctxdeflocale == locale) ctx.ctxdeflocale = nullptr;
@@ -68,7 +68,7 @@ CS_RETCODE comn_loc_drop_all(CS_CONTEXT* ctx) {
   while (CS_LOCALE* locale = ctx->ctxglobals->cmg_locale) {
     ctx->ctxglobals->cmg_locale = locale->next;
     forget(*ctx, locale);
-    // Zero-filled, so that a late use meets no categories.
+    // Zero-filled, so that a use after the drop finds no categories.
     *locale = CS_LOCALE{};
     comn_free(locale);
   }

@@ -58,7 +58,7 @@ CS_RETCODE comn__path_msgfile(CS_CONTEXT* ctx, const CS_CHAR* language, CS_INT l
   check_pointer(buf);
   require(buflen > 0);
   std::memset(buf, 0, static_cast<std::size_t>(buflen));
-  // Hosts name the language "us" and count on its files being found.
+  // Hosts name the language "us" and rely on finding its messages.
   if (kUsEnglish.starts_with(directory)) directory = kUsEnglish;
   return trace(HomePath(ctx, buf, buflen)
                    .add("locales")

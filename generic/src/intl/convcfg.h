@@ -30,9 +30,9 @@ struct _csconvconfig {
   bool ascii_based;                               // as is_ascii_based says of its attributes
   std::array<CS_BYTE, 4> replacement;             // written for characters that the set lacks
   CS_INT replacement_length;
-  const comnlib::SystemAlgorithm* algorithm;                // null: by a table
-  std::array<CS_CHAR, COM_LOC_NAMESIZE> table;              // its file, without ".ctb"
-  const comnlib::ConvTable* loaded_table;                   // once it was needed; read atomically
+  const comnlib::SystemAlgorithm* algorithm;    // null: by a table
+  std::array<CS_CHAR, COM_LOC_NAMESIZE> table;  // its file, without ".ctb"
+  const comnlib::ConvTable* loaded_table;       // null until it is needed; read atomically
   comnlib::Owned<comnlib::PodVector<std::size_t>> targets;  // names in the pool
   comnlib::Owned<comnlib::TextPool> names;
 };
@@ -51,7 +51,7 @@ inline bool is_ascii_based(const CsCharDesc* charset) {
   return charset != nullptr && charset->conv_config != nullptr && charset->conv_config->ascii_based;
 }
 
-// Null: there is no configuration.
+// Does nothing for null.
 void drop_conv_config(CsConvConfig* config);
 
 }  // namespace comnlib

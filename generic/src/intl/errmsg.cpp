@@ -21,7 +21,8 @@ namespace {
 constexpr std::array<std::string_view, 3> kLayers{"common", "cslib", "comnlib"};
 constexpr CS_INT kMostPlaceDigits = 2;
 
-// The place of an argument at the front of a text: its number, from 1, and the bytes it takes.
+// A place for an argument at the front of a text: the argument's number, from 1, and the bytes that
+// the place takes.
 struct ArgumentPlace {
   std::size_t number;
   std::size_t bytes;
@@ -66,7 +67,7 @@ const CS_CHAR* english_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   return english == nullptr ? nullptr : message_text(*english, file_of(layer), number);
 }
 
-// In UTF-8; null when neither the context's language nor English has the message.
+// The text in UTF-8; null when neither the context's language nor English has the message.
 const CS_CHAR* find_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   if (ctx.ctxglobals == nullptr || ctx.ctxglobals->utf8_charset == nullptr) return nullptr;
   const CsLocCache* entry = ctx.ctxlocale == nullptr ? nullptr : ctx.ctxlocale->messageptr;
@@ -92,7 +93,7 @@ void add_fixed(MessageWriter& out, CS_INT layer, CS_INT number) {
   out.add(")");
 }
 
-// The text of a message, or the fixed one; false for that.
+// Adds the text of a message; where there is none adds the fixed text and returns false.
 bool add_text(CS_CONTEXT& ctx, MessageWriter& out, CS_INT layer, CS_INT number,
               std::span<const com_argument> arguments) {
   const CS_CHAR* text = find_text(ctx, layer, number);
@@ -165,7 +166,7 @@ void MessageWriter::add(const com_argument& argument) {
 bool MessageWriter::add_pattern(std::string_view pattern, std::span<const com_argument> arguments) {
   const std::size_t used_before = used_;
   const bool cut_before = cut_;
-  std::size_t literal = 0;  // where the text begins that is not written yet
+  std::size_t literal = 0;  // where the text that is not written yet begins
   bool good = true;
   for (std::size_t at = pattern.find('{'); good && at != pattern.npos;
        at = pattern.find('{', at + 1)) {

@@ -9,22 +9,22 @@
 
 namespace comnlib {
 
-// A message that grows in a caller's buffer, in one character set. What does not fit whole is cut
-// after its last whole character, and nothing follows it.
+// A message that grows in a caller's buffer, in one character set. A text that does not fit is cut
+// after its last whole character, and nothing is added after it.
 class MessageWriter {
  public:
-  // `room` has a byte more than the text may have, for its NUL.
+  // `room` has one byte more than the text may take, for the NUL.
   MessageWriter(CS_CONTEXT& ctx, const Encoding& encoding, std::span<CS_CHAR> room)
       : ctx_(ctx), encoding_(encoding), room_(room) {}
 
-  // Text in UTF-8. False when it cannot be translated, with nothing added.
+  // Adds text in UTF-8. False, with nothing added, when it cannot be translated.
   bool add_utf8(std::string_view text);
-  // Text in the character set of the message.
+  // Adds text in the character set of the message.
   void add(std::string_view text);
   void add(CS_INT number);
   void add(const com_argument& argument);
 
-  // A text in UTF-8 with the arguments in the places of "{1}", "{2}" and so on.
+  // Adds a text in UTF-8, with the arguments in the places of "{1}", "{2}" and so on.
   bool add_pattern(std::string_view pattern, std::span<const com_argument> arguments);
 
   bool cut() const { return cut_; }

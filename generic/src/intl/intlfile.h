@@ -1,6 +1,6 @@
-// A sectioned localization file that is being read: closes itself, and keeps in the context's
-// ctxintlerr why the companion library failed. A text that a step returned is good until the next
-// step: a host's reader may have one buffer for all.
+// A sectioned localization file that is being read. It closes itself, and when the companion
+// library fails it keeps the status in the context's ctxintlerr. A text that a step returned is
+// valid until the next step: a host's reader may have one buffer for all.
 #pragma once
 
 #include <string_view>
@@ -41,8 +41,8 @@ class IntlFile {
     return section != nullptr;
   }
 
-  // What a reader returns that came to an end it did not expect: the companion library's failure if
-  // there was one, else plain failure.
+  // What a reader returns at an end that it did not expect: the failure of the companion library if
+  // there was one, else CS_FAIL.
   CS_RETCODE failure() const {
     if (!failed_) return CS_FAIL;
     return ctx_.ctxintlerr == INTL_NO_MEMORY ? CS_MEM_ERROR : CS_INTL_LIBERR;

@@ -1,12 +1,12 @@
-// Look-ups that explain a failure must not change what there is to explain.
+// Keeps a context's status while a failure is explained: the look-ups for its words may fail too.
 #pragma once
 
 #include "comnlib/context.h"
 
 namespace comnlib {
 
-// Restores the context's ctxintlerr. Threads may share the context, so look-ups that load keep it
-// under the lock of their load.
+// Restores the context's ctxintlerr at the end. Threads may share the context, so look-ups that
+// load something use this under the lock of the load.
 class KeptStatus {
  public:
   explicit KeptStatus(CS_CONTEXT& ctx) : ctx_(ctx), status_(ctx.ctxintlerr) {}

@@ -7,7 +7,7 @@
 namespace comnlib {
 
 // Points `loaded` at the record of the list that `matches`. Where there is none, makes one, which
-// enters the list when `read` has filled it and is dropped when that fails.
+// is added to the list when `read` has filled it and dropped when `read` fails.
 template <auto kNext, class Record, class Loaded, class Matches, class Read>
 CS_RETCODE load_once(Record*& list, Loaded*& loaded, Matches matches, Read read) {
   for (Record* known = list; known != nullptr; known = known->*kNext) {

@@ -19,7 +19,7 @@ struct LoadedOnce {
   std::span<const SystemAlgorithm> algorithms;
 };
 
-// What the context has; null when memory is out.
+// The context's record, made on first use; null when memory is out.
 LoadedOnce* loaded_of(CsCtxGlobals& globals);
 
 void drop_loaded(CsCtxGlobals& globals);

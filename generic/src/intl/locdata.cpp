@@ -64,9 +64,9 @@ bool read_text(IntlFile& file, ConventionTexts& texts, std::string_view& place) 
   return read_texts(file, texts, {&place, 1});
 }
 
-// What each kind has of its own: its section, its list in the globals, its place in a cache entry,
-// and its keys. read() is false for a value that the key does not take and for a key of another
-// name; complete() is false when something that formatting needs is missing.
+// What differs from kind to kind: the section, the list in the globals, the place in a cache entry,
+// and the keys. read() is false for an unknown key and for a value that the key does not take;
+// complete() is false when something that formatting needs is missing.
 struct DateKind {
   using Record = CsDateInfo;
   static constexpr std::string_view kSection = "datetime";
@@ -159,15 +159,15 @@ CS_RETCODE load_named(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCa
       [name](const Record& known) { return has_name<Kind>(known, name); }, read);
 }
 
-// The three records of a common.loc, which enter the context's lists together or not at all.
+// The three records of a common.loc, which are added to the context's lists together or not at all.
 struct Common {
   OwnedRecord<CsDateInfo> date;
   OwnedRecord<CsNumInfo> number;
   OwnedRecord<CsMonInfo> money;
 };
 
-// Makes a record of the section that the file is in. A record that is there already comes from a
-// second section of the kind, which no file has.
+// Makes a record of the section that the file is in. A record that is already there came from an
+// earlier section of the same kind; no file may have two.
 template <class Kind>
 CS_RETCODE read_record(std::string_view name, IntlFile& file,
                        OwnedRecord<typename Kind::Record>& record) {
@@ -242,7 +242,7 @@ CS_RETCODE conventions_of(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsL
   return CS_SUCCEED;
 }
 
-// A text that the file leaves out is empty, not null.
+// A text that is missing in the file is empty, not null.
 const CS_CHAR* text_of(std::string_view text) {
   return text.empty() ? "" : text.data();
 }

@@ -19,7 +19,7 @@ struct ConventionTexts {
   std::array<CS_CHAR, 1536> bytes;
   std::size_t used;
 
-  // Keeps a copy of the text; false when the room is used up.
+  // Keeps a copy of the text; false when there is no room left.
   bool keep(std::string_view text, std::string_view& kept);
 };
 
@@ -56,7 +56,7 @@ struct _csmoninfo {
 
 namespace comnlib {
 
-// comn__load_locdata for one of its three kinds.
+// As comn__load_locdata, for one of its three kinds.
 CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, CsLocCache& entry,
                             ErrorBuffer error);
 
@@ -71,7 +71,8 @@ void drop_conventions(CsCtxGlobals& globals);
 
 extern "C" {
 // Gives the cache entry the date/time, number and money conventions of its language and character
-// set, from the context's or else from their common.loc. On failure it has none of the three.
+// set: those that the context has loaded, or else those of the common.loc. On failure the entry has
+// none of the three.
 CS_RETCODE comn__read_common(CS_CONTEXT* ctx, CsLocCache* cache_entry, CS_CHAR* errbuf,
                              CS_INT errlen);
 }

@@ -7,9 +7,9 @@
 
 namespace comnlib {
 
-// Holds cmg_mtx while it lives, taken through the context's thread table when it has one. A table
-// without the function means that its host needs no locks. The thread cannot be cancelled
-// meanwhile.
+// Holds cmg_mtx while the object lives, and takes it through the context's thread table when there
+// is one. A table without the function means that the host needs no locks. The thread cannot be
+// cancelled meanwhile.
 class GlobalsLock {
  public:
   explicit GlobalsLock(const CS_CONTEXT& ctx) : ctx_(ctx), taken_(take() == CS_SUCCEED) {}

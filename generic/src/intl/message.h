@@ -35,8 +35,8 @@ void drop_messages(CsCtxGlobals& globals);
 }  // namespace comnlib
 
 extern "C" {
-// Gives the cache entry the messages of its language, from the context's or else from the files of
-// that name.
+// Gives the cache entry the messages of its language: those that the context has loaded, or else
+// those of the language's files.
 CS_RETCODE comn__intl_load_message(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache_entry,
                                    CS_CHAR* errbuf, CS_INT errlen);
 }

@@ -30,7 +30,7 @@ CS_RETCODE read_ids(IntlFile& file, ObjectIds& ids) {
     const CS_RETCODE result = read_class(file, oidclass, ids);
     if (result != CS_SUCCEED) return result;
   }
-  // Nobody has a home without identifiers: such a file is being written, and is read again later.
+  // Every home has identifiers: a file without any is still being written, and is read again later.
   return file.failed() || ids.entries.count == 0 ? file.failure() : file.close();
 }
 

@@ -63,7 +63,7 @@ CS_RETCODE read_sort_order(IntlFile& file, CsSortOrder& order) {
   return has_kind && fits && !file.failed() ? file.close() : file.failure();
 }
 
-// The next character of a text that is not empty, its last one as far as it goes.
+// Takes the next character off a text that is not empty. The text's end may cut its last character.
 std::span<const CS_BYTE> take_character(const char_attrib* attrib, std::span<const CS_BYTE>& text) {
   const auto width =
       static_cast<std::size_t>(std::max(comn_char_width(attrib, text.data()), CS_INT{1}));
@@ -96,8 +96,8 @@ CS_UINT folded(const CsSortOrder& order, CS_UINT code) {
   return holds ? run.to + (code - run.first) : code;
 }
 
-// What the next character of a text that is not empty counts as. A byte that begins none comes
-// after all characters.
+// Takes the next character off a text that is not empty and returns what it counts as. A byte that
+// begins no character counts as more than all characters.
 CS_UINT take_folded(const CsSortOrder& order, std::span<const CS_BYTE>& text) {
   const Decoded character = decode_utf8(text);
   const CS_UINT code =

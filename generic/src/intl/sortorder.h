@@ -11,9 +11,9 @@ namespace comnlib {
 
 enum class SortKind : CS_BYTE {
   kNone,
-  kBinary,   // every byte weighs what it is, alone or within a character
+  kBinary,   // bytes compare by their values
   kWeights,  // single bytes by their weights, longer characters by their bytes and after them
-  kFolded    // UTF-8 by code points, of which some count as others
+  kFolded    // UTF-8 by code points, some of which count as others
 };
 
 // Code points from `first` to `last`, each `step`-th, count as those from `to` on.
@@ -45,8 +45,8 @@ void drop_sort_orders(CsSortOrder*& head);
 }  // namespace comnlib
 
 extern "C" {
-// Gives the cache entry the sort order that it names, of its character set, from the context's or
-// else from charsets/<charset>/<name>.srt.
+// Gives the cache entry the sort order of its character set that it names: the one that the context
+// has loaded, or else that of charsets/<charset>/<name>.srt.
 CS_RETCODE comn__intl_load_sortorder(CS_CONTEXT* ctx, CsOid oid, CsLocCache* cache_entry,
                                      CS_CHAR* errbuf, CS_INT errlen);
 }

@@ -8,8 +8,8 @@
 
 namespace comnlib {
 
-// A text with its length, which CS_NULLTERM leaves to its NUL. Null and other negative lengths stop
-// the process.
+// A text of `length` bytes, or with CS_NULLTERM up to its NUL. A null text and other negative
+// lengths stop the process.
 inline std::string_view text_of(const CS_CHAR* text, CS_INT length,
                                 CallSite site = CallSite::current()) {
   check_pointer(text, site);
@@ -26,7 +26,7 @@ constexpr CS_INT length_of(std::string_view text) {
   return static_cast<CS_INT>(text.size());
 }
 
-// Copies what fits of `text` in front of a NUL.
+// Copies as much of `text` as fits, and a NUL after it.
 inline void copy_cut(std::string_view text, CS_CHAR* to, CS_INT room) {
   to[text.copy(to, static_cast<std::size_t>(room - 1))] = '\0';
 }

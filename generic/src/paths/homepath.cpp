@@ -1,5 +1,5 @@
-// Growing a path, and the one path that the configuration store and the localization services both
-// build.
+// Paths that grow piece by piece, and the path of a configuration file, which the configuration
+// store and the localization services both build.
 #include "paths/homepath.h"
 
 #include <array>

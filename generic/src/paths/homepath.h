@@ -9,15 +9,15 @@
 
 namespace comnlib {
 
-// Every path buffer of the library's own: the length that builders are given, and a byte for the
-// NUL of a path that fills it.
+// The length that the library gives to path builders. Its own buffers have one byte more, for the
+// NUL of a path that fills that length.
 inline constexpr CS_INT kPathLength = 1025;
 
-// What the buffer of a configuration file's path needs beyond the given length: the room for
-// the subdirectory, which is not counted, and the NUL.
+// What the buffer of a configuration file's path needs beyond the given length: room for the
+// subdirectory, which is not counted, and for the NUL.
 inline constexpr CS_INT kConfigPathSpare = COM_NUV_ROOM + 1;
 
-// kSpare: the piece must leave a byte.
+// kSpare: one byte must be left after the piece.
 enum class Fit { kExact, kSpare };
 
 class HomePath {
@@ -29,7 +29,7 @@ class HomePath {
   // Adds the separator and the piece; after a failure adds nothing more.
   HomePath& add(std::string_view piece, Fit fit = Fit::kExact, char separator = '/');
 
-  // The piece is neither checked nor counted: later checks go by the length without it.
+  // Adds a piece that is neither checked nor counted: later checks use the length without it.
   HomePath& add_uncounted(std::string_view piece);
 
   // CS_SUCCEED; CS_FAIL when a piece did not fit; CS_INTL_LIBERR when there is no home.
@@ -45,8 +45,8 @@ class HomePath {
   CS_RETCODE result_ = CS_SUCCEED;
 };
 
-// home[/VALUE]/config/file in a buffer of `buflen` + COM_NUV_ROOM bytes; VALUE is that of
-// TALVEN_NUV, looked at with `use_nuv` only.
+// Builds home[/VALUE]/config/file in a buffer of `buflen` + COM_NUV_ROOM bytes. VALUE is the value
+// of TALVEN_NUV, which is read only with `use_nuv`.
 CS_RETCODE build_config_path(CS_CONTEXT* ctx, std::string_view file, CS_CHAR* buf, CS_INT buflen,
                              bool use_nuv, CallSite site = CallSite::current());
 

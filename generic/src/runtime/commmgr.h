@@ -6,7 +6,7 @@
 //   block  what one handle took from the heaps: a link (MmBlock) and the bytes, on mmh_blocks
 //   buddy block, uniform node, alloc-only region   what a discipline makes of a block
 //
-// All of it lies in memory that changes its use and that may start at any address: within a heap
+// The memory is header, link and user memory in turn and may start at any address: within a heap
 // everything is a multiple of a word away from the heap's start. Other code reads these blocks too,
 // so their layouts and the order of the lists are fixed.
 #pragma once
@@ -33,15 +33,15 @@
 struct MmHeap;
 struct MmBlock;
 
-// With words of 8 bytes the records have room for what makes finding a chunk, and taking a chunk or
-// a block off its list, independent of how many there are: commmgr_index.h. With words of 4 their
-// layouts leave none, and the lists are walked.
+// With words of 8 bytes the records have room for an index (commmgr_index.h): finding a chunk, and
+// removing a chunk or a block from its list, does not depend on how many there are. With words of 4
+// bytes their layouts leave no room, and the lists are walked.
 inline constexpr bool kMmIndexed = comnlib::kWordSize == 8;
 
 struct MmNoIndex {};
 
 struct MmHeadIndex {
-  MmHeap* root; /* of the tree of chunks by address */
+  MmHeap* root; /* of the tree of chunks, ordered by address */
 } MM_OVERLAY;
 
 struct MmHeapIndex {

@@ -13,7 +13,7 @@ struct AllocOnlyRegion {
 } MM_OVERLAY;
 static_assert(sizeof(AllocOnlyRegion) <= kRegionHeader);
 
-// Bytes from the front of a region, which has that many.
+// Cuts bytes off the front of a region, which must have that many.
 inline void* alloconly_cut(AllocOnlyRegion* region, CS_INT size) {
   CS_BYTE* const bytes = region->cursor;
   region->cursor = bytes + size;
@@ -21,7 +21,7 @@ inline void* alloconly_cut(AllocOnlyRegion* region, CS_INT size) {
   return bytes;
 }
 
-// Bytes from the first region that has as many; null when the slow path has to decide.
+// Bytes from the first region that has enough; null when the slow path has to decide.
 inline void* alloconly_take(MmHandle* handle, CS_INT size) {
   if ((handle->mmh_status & kInUse) == 0 || size > kMaxRequest) return nullptr;
   const CS_INT rounded = round_to_word(size);

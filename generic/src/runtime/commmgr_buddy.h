@@ -45,7 +45,7 @@ inline void* pop_for_user(MmBuddyPool& pool, CS_INT order) {
   return at<void>(block, kWord);
 }
 
-// Whether a block's header, which is not of a large block, is possible at its address.
+// Whether a header that is not of a large block can belong to a block at this address.
 inline bool plausible(const MmBuddyPool& pool, const MmDList* block, CS_UINT header) {
   const CS_UINT offset = offset_in_top(block, header);
   const CS_INT order = order_of(header);
@@ -75,7 +75,7 @@ inline CS_RETCODE buddy_free(MmHandle* handle, CS_VOID* ptr) {
   auto* block = at<MmDList>(ptr, -kWord);
   const CS_UINT header = block->size;
   if ((header & kLarge) != 0) return buddy_free_large(handle, block);
-  // A free one is freed twice.
+  // A block that is free already was freed twice.
   require((header & kFree) == 0 && plausible(pool, block, header));
   block->size = header | kFree;
   push(pool, block, order_of(header));

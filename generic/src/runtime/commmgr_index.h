@@ -1,5 +1,5 @@
-// How a pool finds the chunk of an address, and how chunks and blocks come onto their lists and off
-// them: by walks over the lists, or, where the records have room for it, by a tree of the chunks
+// How a pool finds the chunk of an address, and how it adds chunks and blocks to their lists and
+// removes them: by walks over the lists or, where the records have room, by a tree of the chunks
 // and by links in both directions. The lists have the same order either way, newest first.
 #pragma once
 
@@ -10,8 +10,8 @@
 
 namespace comnlib::mm {
 
-// The item in front of `wanted` on a list that begins with `first`; null when it is the first
-// itself. Stops when it is not on the list.
+// The item before `wanted` on a list that begins with `first`; null when `wanted` is the first.
+// Stops the process when it is not on the list.
 template <class Item, class Next>
 Item* predecessor(Item* first, const Item* wanted, Next next, CallSite site = CallSite::current()) {
   Item* before = nullptr;
@@ -22,14 +22,14 @@ Item* predecessor(Item* first, const Item* wanted, Next next, CallSite site = Ca
   return before;
 }
 
-// A list with an item in front of it, and without one; each returns its new first item.
+// Adds an item in front of a list, and removes an item from one. Each returns the new first item.
 template <class Item>
 Item* list_with(Item* first, Item* item) {
   item->next = first;
   return item;
 }
 
-// Stops when the item is not on the list.
+// Stops the process when the item is not on the list.
 template <class Item>
 Item* list_without(Item* first, const Item* item) {
   Item* const before = predecessor(first, item, [](const Item* each) { return each->next; });
@@ -72,7 +72,7 @@ struct WalkedChunks {
 };
 
 // A treap: ordered by address from left to right, and by a hash of the address from top to bottom,
-// which keeps the expected depth at some twice the logarithm of the number of chunks.
+// which keeps the expected depth at about twice the logarithm of the number of chunks.
 template <class Head, class Heap>
 struct IndexedChunks {
   static Heap* find(const Head* head, const void* pointer) {
@@ -102,7 +102,7 @@ struct IndexedChunks {
     return (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93U;
   }
 
-  // The chunks of a tree below an address, and those above it.
+  // Splits a tree into the chunks below an address and those above it.
   static std::pair<Heap*, Heap*> split(Heap* root, const Heap* at) {
     if (root == nullptr) return {nullptr, nullptr};
     const bool below = address(root) < address(at);
@@ -162,7 +162,8 @@ struct LinkedBlocks {
     handle->mmh_blocks = linked_list_with(handle->mmh_blocks, block);
   }
 
-  // Stops when the block is not the handle's: the one in front of it says so.
+  // Stops the process when the block is not the handle's: then the block before it does not link to
+  // it.
   static void remove(Handle* handle, Block* block) {
     const Block* const before = block->index.previous;
     if (before == nullptr) {
@@ -178,7 +179,7 @@ struct LinkedBlocks {
 using Blocks = std::conditional_t<kMmIndexed, LinkedBlocks<MmHandle, MmBlock>,
                                   WalkedBlocks<MmHandle, MmBlock>>;
 
-// The chunk that holds a user address; stops when there is none.
+// The chunk that holds a user address; stops the process when there is none.
 inline MmHeap* heap_of_user(const MmPoolHead* head, const void* ptr,
                             CallSite site = CallSite::current()) {
   MmHeap* const heap = Chunks::find(head, ptr);

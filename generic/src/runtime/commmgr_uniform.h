@@ -1,6 +1,6 @@
-// The uniform discipline: slabs cut into nodes of one size. A node is its size word, which stays,
-// and the user's bytes, where a free node has its link. Per-block fast paths, defined here so that
-// the entry points inline them.
+// The uniform discipline: slabs cut into nodes of one size. A node is its size word, which never
+// changes, and the user's bytes, in which a free node has its link. Per-block fast paths, defined
+// here so that the entry points inline them.
 #pragma once
 
 #include "runtime/commmgr.h"
@@ -13,15 +13,15 @@ struct UniformNode {
   CS_UINT key;            // while free, in nodes that have room for it: kFreeKey
 } MM_OVERLAY;
 
-// Marks free nodes, so that freeing one twice is noticed without a walk over the list. Allocation
-// zeroes it; data that looks like it costs a walk. Shorter nodes cost one only when their word
-// looks like a link; the last node of the list, whose link is null like fresh data, is noticed
-// while it is the first too.
+// Marks free nodes, so that freeing a node twice is noticed without a walk over the list.
+// Allocation zeroes the mark, and user data that looks like it only costs a walk. Nodes too short
+// for a mark are looked for on the list when their word looks like a link. The last node of the
+// list, whose link is null like fresh data, is noticed only while it is also the first.
 inline constexpr CS_UINT kFreeKey = 0xdeadf4ee;
 
 // The slow path: fixes the sizes, on the first request, and gets a slab when no node is free.
 CS_RETCODE uniform_allocate(MmHandle* handle, CS_INT size, CS_VOID** out);
-// Whether a node whose contents do not rule that out is on the free list.
+// Whether a node is on the free list. Its contents must look like those of a free node.
 bool uniform_is_free(const MmHandle* handle, const UniformNode* node);
 
 inline bool uniform_has_key(const MmUniformPool& pool) {

@@ -15,8 +15,7 @@ Record* make_record() {
   return block == nullptr ? nullptr : new (block) Record{};
 }
 
-// Gives a block back, if there is one: hosts bring allocators of their own, and what those make of
-// a null block is not known.
+// Gives a block back, if there is one: a host's own comn_free may not accept null.
 inline void release(const void* block) {
   if (block != nullptr) comn_free(const_cast<void*>(block));
 }
@@ -29,7 +28,7 @@ struct DropRecord {
   }
 };
 
-// A record of make_record's that goes with its owner, unless it is handed on.
+// A record of make_record that is freed with its owner, unless it is released from it.
 template <class Record>
 using OwnedRecord = std::unique_ptr<Record, DropRecord>;
 

@@ -1,5 +1,5 @@
-// The hash of a key, and the two hash-table kinds. The hash values never change: tables
-// that other code reads are laid out by them.
+// The hash of a key, and the two hash-table kinds. The hash values never change, since other code
+// reads tables that are laid out by them.
 #pragma once
 
 #include "runtime/lmutils.h"
@@ -13,8 +13,8 @@ CS_UINT lm___api_key_to_uint(const CS_VOID* key, CS_INT key_size);
 // Home address: number modulo table size, which is at least 1.
 CS_INT lm__api_key_to_hash(const CS_VOID* key, CS_INT key_size, CS_INT table_size);
 
-// Increment of the first probe: number * 7 modulo (table size - 1), plus 1. A table size of 1
-// faults.
+// Increment of the first probe: number * 7 modulo (table size - 1), plus 1. A table size of 1 ends
+// the process by a division by zero.
 CS_INT lm__api_key_to_hash2(const CS_VOID* key, CS_INT key_size, CS_INT table_size);
 
 // Gives an open-addressing table another size. CS_FAIL when it holds more elements than that;

@@ -1,11 +1,10 @@
 // The operations that all kinds of list share, over what a kind supplies:
 //
-//   Info, Node                    its record and its element
-//   find(handle, key)             the first element with the key, or null
-//   insert(handle, key, data)     adds an element and counts it
-//   remove(handle, node)          takes an element out, uncounts and releases it
-//   chains(info)                  how many chains its elements form
-//   first(info, chain), next(info, node)   walk one chain; null at its end
+//   Info, Node                    its record and its element find(handle, key)             the
+//   first element with the key, or null insert(handle, key, data)     adds an element and counts it
+//   remove(handle, node)          removes an element, uncounts and releases it chains(info)
+//   how many chains its elements form first(info, chain), next(info, node)   walk one chain; null
+//   at its end
 #pragma once
 
 #include "runtime/lmutils.h"

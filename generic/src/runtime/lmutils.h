@@ -29,7 +29,7 @@ Record* build_record() {
   return record;
 }
 
-// Erased and stamped, so that a use after the drop meets the stamp.
+// Erases and stamps a record, so that a use after the drop finds the stamp.
 template <class Record>
 void stamp_dropped(Record& record) {
   record = Record{};
@@ -42,7 +42,7 @@ void drop_record(Record* record) {
   comn_free(record);
 }
 
-// A zeroed table, or null; sizes beyond the address space included.
+// A zeroed table; null when there is no memory or the size is beyond the address space.
 template <class Entry>
 Entry* allocate_table(CS_INT size) {
   require(size >= 1);
@@ -84,7 +84,7 @@ void give_back_chain(LM_HANDLE& handle, DLinkNode* head);
 CS_RETCODE fill_pool(LM_HANDLE& handle);
 void trim_pool(LM_HANDLE& handle, CS_INT limit);
 
-// Keys are short, and most comparisons find them equal: words in line beat a call.
+// Keys are short, and most comparisons find them equal: comparing words inline beats a call.
 inline bool same_bytes(const CS_VOID* left, const CS_VOID* right, std::size_t size) {
   const auto* a = static_cast<const CS_BYTE*>(left);
   const auto* b = static_cast<const CS_BYTE*>(right);
@@ -140,7 +140,7 @@ struct KindOps {
 // Stops the process for a number that is not a list type.
 const KindOps& kind_of(CS_INT list_type);
 
-// A property of a record, and how it is got.
+// A property of a record, and the function that gets it.
 template <class Record>
 struct Property {
   CS_INT number;
@@ -169,7 +169,7 @@ const Property<Record>& property_of(const std::array<Property<Record>, kCount>& 
   return *found;
 }
 
-// The integer at `buffer`, of a set.
+// The integer at `buffer` that a set passes.
 inline CS_INT integer_at(const CS_VOID* buffer) {
   check_pointer(buffer);
   CS_INT value;

@@ -10,8 +10,8 @@
 
 namespace comnlib {
 
-// A thread that asks whether it is the owner may do so without the lock: nobody else can make the
-// answer true or false. The accesses are atomic so that asking is not a data race.
+// A thread may ask without the lock whether it is the owner, since no other thread can change the
+// answer. The accesses are atomic, so that asking is not a data race.
 inline pthread_t owner_of(const COMN_MUTEX& mutex) {
   return __atomic_load_n(&mutex.owner, __ATOMIC_RELAXED);
 }
@@ -20,8 +20,8 @@ inline void set_owner(COMN_MUTEX& mutex, pthread_t owner) {
   __atomic_store_n(&mutex.owner, owner, __ATOMIC_RELAXED);
 }
 
-// The caller's id. A thread's id is the address of its control block here, which the compiler
-// reaches without a call; every lock asks for it.
+// The caller's id. In glibc it is the address of the thread's control block, which needs no call;
+// every lock asks for it.
 inline pthread_t self() {
 #if defined(__GLIBC__) && __has_builtin(__builtin_thread_pointer)
   return reinterpret_cast<pthread_t>(__builtin_thread_pointer());

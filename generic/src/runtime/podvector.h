@@ -1,4 +1,5 @@
-// A growing array of plain records in the host's memory: what the readers of files collect in.
+// A growing array of plain records in the host's memory. The readers of files collect in such
+// arrays.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +14,8 @@
 
 namespace comnlib {
 
-// Plain memory itself, so that records which hold one are made by zero-filling. Freed by clear().
+// Zero-filled memory is an empty array, so that records which hold arrays are made by zero-filling.
+// Freed by clear().
 template <class T>
 struct PodVector {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -49,7 +51,7 @@ struct PodVector {
   }
 };
 
-// Texts one after the other, each with its NUL, named by where they begin.
+// Texts one after the other, each with a NUL after it, and known by the offset at which they begin.
 struct TextPool : PodVector<CS_CHAR> {
   bool keep(std::string_view text, std::size_t& offset) {
     if (!reserve(text.size() + 1)) return false;
