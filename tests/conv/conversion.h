@@ -181,7 +181,7 @@ inline CS_INT type_of(const std::string& name) {
 // The bytes of a value: of a number by its text, of money with four decimals, of a numeric by
 // "precision,scale,integer", of a date by "day,time", of all else by its characters or bytes.
 inline std::string bytes_as(CS_INT type, const std::string& text) {
-  if (text.empty()) return "";
+  if (table::text_of(text).empty()) return "";
   std::string units = text;
   std::erase(units, '.');
   const table::Fields parts = table::split(text, ',');
@@ -217,6 +217,14 @@ inline std::string bytes_as(CS_INT type, const std::string& text) {
   }
 }
 
+inline Encoded source_of(CS_INT type, const std::string& value) {
+  if (has_length(type) || type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE)
+    return text_as(type, table::text_of(value));
+  std::string bytes = bytes_as(type, value);
+  if (type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE) bytes.resize(sizeof(CS_NUMERIC));
+  return {format_of(type), bytes};
+}
+
 // A result code by its name.
 inline CS_RETCODE code_of(const std::string& name) {
   CS_RETCODE code = CS_SUCCEED;
@@ -231,10 +239,6 @@ inline CS_RETCODE code_of(const std::string& name) {
 // its value.
 inline Row row_of(const table::Fields& line) {
   const CS_INT source = type_of(line[0]), target = type_of(line[2]);
-  const bool text = has_length(source) || source == CS_VARCHAR_TYPE || source == CS_VARBINARY_TYPE;
-  Encoded value = text ? text_as(source, table::text_of(line[1]))
-                       : Encoded{format_of(source), bytes_as(source, line[1])};
-  if (source == CS_NUMERIC_TYPE) value.bytes.resize(sizeof(CS_NUMERIC));
   const table::Fields sizes = table::split(line[3], ',');
   const auto size = [&](std::size_t at) {
     return sizes[at] == "source" ? CS_INT{CS_USE_SRCVALUE} : table::number(sizes[at]);
@@ -247,7 +251,7 @@ inline Row row_of(const table::Fields& line) {
                                      {"blanks", CS_DFMT_PADBLANK},
                                      {"quotes", CS_DFMT_ESCQUOTE}})
     if (line[4].find(name) != std::string::npos) to.format |= format;
-  Row row{value, to, code_of(line[7]), bytes_as(target, line[5])};
+  Row row{source_of(source, line[1]), to, code_of(line[7]), bytes_as(target, line[5])};
   if (line[6].empty()) return row;
   row.length = table::number(line[6]);
   if (numeric && !row.bytes.empty()) row.bytes.resize(static_cast<std::size_t>(row.length));
