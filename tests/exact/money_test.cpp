@@ -109,27 +109,52 @@ void check_operation(const Operations<Record>& operations, Record (*record)(std:
   }
 }
 
+std::string text_of(const CS_CHAR* text) {
+  return text == nullptr ? "does not fit" : text;
+}
+
+// "text, status, value", which is compared only on success.
+void check_parsed(const table::Fields& line, const char_attrib* charset) {
+  // The exact size on the heap: a sanitizer sees every byte read beyond.
+  const std::string text = table::text_of(line[1]);
+  const std::vector<CS_CHAR> exact(text.begin(), text.end());
+  CS_MONEY m;
+  const CS_INT status =
+      com__mnyfromchar_mb(&m, exact.data(), static_cast<CS_INT>(exact.size()), 0, charset);
+  const std::int64_t value = std::stoll(line[3]);
+  EXPECT_EQ(Outcome(table::number(line[2]), value),
+            Outcome(status, status == 0 ? units(m) : value));
+}
+
+// The last digit first.
+std::string digits_of(CS_MONEY m, CS_INT dropped, bool older) {
+  std::string text = (older ? com_mnyinit : comn_mnyinit)(&m, dropped) == -1 ? "-" : "";
+  for (CS_INT more = 1; more != 0;) {
+    CS_CHAR digit = 0;
+    more = (older ? com_mnyndigit : comn_mnyndigit)(&m, &digit);
+    text += digit;
+  }
+  return text;
+}
+
 void check_line(const table::Fields& line) {
   static const TwoByteSet two_byte_set;
-  if (line[0] == "format") {  // value, decimals, grouped, text
-    const CS_MONEY m = wide(std::stoll(line[1]));
-    const CS_INT decimals = table::number(line[2]), grouped = table::number(line[3]);
+  if (kWide.contains(line[0])) return check_operation(kWide, wide, line);
+  if (kSmall.contains(line[0])) return check_operation(kSmall, narrow, line);
+  if (line[0] == "parse") return check_parsed(line, nullptr);
+  if (line[0] == "parse_two_bytes") return check_parsed(line, two_byte_set.attrib());
+  const CS_MONEY m = wide(std::stoll(line[1]));
+  const CS_INT first = table::number(line[2]), second = table::number(line[3]);
+  if (line[0] == "digits") {
+    EXPECT_EQ(line[3], digits_of(m, first, false));
+    EXPECT_EQ(line[3], digits_of(m, first, true));
+  } else if (line[0] == "format") {
     CS_CHAR buffer[26];
-    EXPECT_EQ(line[4], com_precmnytochar(&m, buffer, sizeof buffer, grouped, decimals));
-  } else if (line[0].starts_with("parse")) {  // text, status, value, compared only on success
-    // The exact size on the heap: a sanitizer sees every byte read beyond.
-    const std::string text = table::text_of(line[1]);
-    const std::vector<CS_CHAR> exact(text.begin(), text.end());
-    CS_MONEY m;
-    const CS_INT status =
-        com__mnyfromchar_mb(&m, exact.data(), static_cast<CS_INT>(exact.size()), 0,
-                            line[0] == "parse_two_bytes" ? two_byte_set.attrib() : nullptr);
-    const std::int64_t value = status == 0 ? units(m) : std::stoll(line[3]);
-    EXPECT_EQ(Outcome(table::number(line[2]), std::stoll(line[3])), Outcome(status, value));
-  } else if (kWide.contains(line[0])) {
-    check_operation(kWide, wide, line);
+    EXPECT_EQ(line[4], com_precmnytochar(&m, buffer, sizeof buffer, second, first));
   } else {
-    check_operation(kSmall, narrow, line);
+    ASSERT_EQ("write", line[0]);
+    std::vector<CS_CHAR> buffer(static_cast<std::size_t>(second) + 1);
+    EXPECT_EQ(line[4], text_of(com_cvtmnytochar(&m, buffer.data(), second, first)));
   }
 }
 
@@ -167,46 +192,7 @@ TEST(Money, ShiftsOnceForEachBit) {
   }
 }
 
-TEST(Money, DigitsComeFromTheRoundedMagnitude) {
-  const auto digits_of = [](std::int64_t value, CS_INT dropped, bool older) {
-    CS_MONEY m = wide(value);
-    std::string text = (older ? com_mnyinit : comn_mnyinit)(&m, dropped) == -1 ? "-" : "";
-    for (CS_INT more = 1; more != 0;) {
-      CS_CHAR digit = 0;
-      more = (older ? com_mnyndigit : comn_mnyndigit)(&m, &digit);
-      text += digit;
-    }
-    return text;  // the last digit first
-  };
-  for (const bool older : {false, true}) {
-    EXPECT_EQ("-5321", digits_of(-12345, 1, older));
-    EXPECT_EQ("4321", digits_of(12344, 1, older));
-    EXPECT_EQ("-0", digits_of(-12345, 5, older));
-    EXPECT_EQ("-1", digits_of(-52345, 5, older));
-    EXPECT_EQ("7", digits_of(7, -3, older));
-    EXPECT_EQ("-8085774586302733229", digits_of(INT64_MIN, 0, older));
-    EXPECT_EQ("-1", digits_of(INT64_MIN, 19, older));
-    EXPECT_EQ("-0", digits_of(INT64_MIN, kIntMax, older));
-  }
-}
-
-// --- text
-
-TEST(MoneyText, FlagsAndRoom) {
-  const auto written = [](std::int64_t value, CS_INT flags, CS_INT room) -> std::string {
-    const CS_MONEY m = wide(value);
-    std::vector<CS_CHAR> buffer(static_cast<std::size_t>(room) + 1);
-    const CS_CHAR* const text = com_cvtmnytochar(&m, buffer.data(), room, flags);
-    return text == nullptr ? "does not fit" : text;
-  };
-  EXPECT_EQ("100.00", written(1000000, 1, 7)) << "two decimals by default";
-  EXPECT_EQ("1,234.57", written(12345678, 1, 9));
-  EXPECT_EQ("does not fit", written(12345678, 1, 8));
-  EXPECT_EQ("-123.46", written(-1234567, 1, 8)) << "no comma after the sign";
-  EXPECT_EQ("1234.57", written(12345678, 3, 32)) << "grouping asks for exactly 1";
-  EXPECT_EQ("0.0005", written(5, -1, 32)) << "decimals beyond the sign bit";
-  EXPECT_EQ("-922,337,203,685,477.5808", written(INT64_MIN, 4 << 8 | 1, 26));
-  EXPECT_EQ("does not fit", written(INT64_MIN, 4 << 8 | 1, 25));
+TEST(MoneyText, OfTheSmallSizeAndWithFewDecimals) {
   const CS_MONEY4 small{kIntMin};
   CS_CHAR buffer[16];
   EXPECT_STREQ(com_cvtmny4tochar(&small, buffer, sizeof buffer, 4 << 8 | 1), "-214,748.3648");
