@@ -175,7 +175,8 @@ TEST_F(Config, TokensHaveAnyLength) {
 
 // Every file of `valid`, and what a walk over it meets, in the text beside it.
 TEST_F(Config, ValidFiles) {
-  std::filesystem::copy(CONFIG_FILES "/valid", ".", std::filesystem::copy_options::recursive);
+  std::filesystem::copy(COMNLIB_TESTS "/config/valid", ".",
+                        std::filesystem::copy_options::recursive);
   for (const std::string& file : configurations()) {
     EXPECT_EQ(CS_SUCCEED, comn_init_cfg(&context_, file.c_str())) << file;
     EXPECT_EQ(scratch::read(file.substr(0, file.find('.')) + ".txt"), walk());
@@ -185,7 +186,8 @@ TEST_F(Config, ValidFiles) {
 
 // Every file of `faulty`, which begins with its report as a comment.
 TEST_F(Config, FaultyFiles) {
-  std::filesystem::copy(CONFIG_FILES "/faulty", ".", std::filesystem::copy_options::recursive);
+  std::filesystem::copy(COMNLIB_TESTS "/config/faulty", ".",
+                        std::filesystem::copy_options::recursive);
   for (const std::string& file : configurations()) {
     std::ifstream lines(file);
     std::string report;

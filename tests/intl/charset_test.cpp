@@ -76,50 +76,36 @@ class CharsetFile : public testing::Test {
     EXPECT_EQ(0, hosts::files_open);
     return result;
   }
-  // Reads a text with each of the edits.
-  void expect(const std::string& text, const char* code, const std::string& edits = "") {
-    home_.write(kFile, text);
-    faulty_files::expect(home_, {{kFile, code, edits}}, [this](auto&) { return read(); });
+  // Reads a good file in which a text is replaced.
+  void expect(const std::string& good, std::string_view code, std::string_view text = "",
+              std::string_view replacement = "") {
+    home_.write(kFile, good);
+    faulty_files::expect(home_, kFile, code, text, replacement, [this](auto&) { return read(); });
   }
 
   const hosts::HomeCopy home_;
   std::function<void(const char_attrib&)> inspect_ = [](const char_attrib&) {};
 };
 
-TEST_F(CharsetFile, EveryRefusalOfSingleBytes) {
-  const std::string name30(30, 'n'), types = zeros(1028), sounds(2 * 257, '1');
-  const std::string good = class1(types);
-  expect(good, "CS_SUCCEED", "|class->id = 0XFF\nclass|1285->0x505|= x\n->= " + name30 + "\n");
-  // Split in mid-byte; only a first value counts; other keys follow.
-  expect(good, "CS_SUCCEED",
-         "= 00->= 0\ndefinition = \ndefinition = 0|0\n->0, 00\n|11\n->11\nx = y\n");
-  expect(good, "CS_FAIL",
-         "= x\n->= x" + name30 + "\n|1285->1286|image_size = 1285\n->|class = 1->class = 3");
-  expect(good, "CS_FAIL", "class = 1->class = 0|name->id = 256\nname|name->status = -1\nname");
-  expect(good, "CS_FAIL", "name->status = 65536\nname|name->image = 1\nname|[charset]->[charsets]");
-  expect(good, "CS_FAIL", definition(types) + definition(sounds) + "->|class = 1\n->");
-  // A definition across two maps, too long, too short, interrupted, and no digit.
-  expect(good, "CS_FAIL", "0\ndefinition = 1->01|= 11->= 1|= 11->= 111|= 00->= g0");
-  expect(good, "CS_FAIL", sounds + "\n->" + sounds + "\ndefinition = 00\n|definition = 1->x = 1");
-  expect(good, "CS_INTL_LIBERR",
-         "= x\n->= \"x\n|11\n->11\nx\n|0\ndefinition = 1->0\ndefinition\n1");
-  hosts::close_fails = true;
-  expect(good, "CS_INTL_LIBERR");
-  hosts::close_fails = false;
-}
-
-TEST_F(CharsetFile, EveryRefusalOfLongerCharacters) {
+TEST_F(CharsetFile, EveryRefusal) {
+  const std::string types = zeros(1028), sounds(2 * 257, '1'), single_bytes = class1(types);
   const Sizes sizes{0, 0, 1024, 256, 1, 0, 1};
-  expect(class2(sizes), "CS_SUCCEED", "|= 0909->= 0\ndefinition = 909");
+  table::for_each_line("intl/data/faulty_charsets.txt", [&](const table::Fields& row) {
+    expect(row[0] == "single bytes" ? single_bytes : class2(sizes), row[1], table::text_of(row[2]),
+           table::text_of(row[3]));
+  });
+  expect(single_bytes, "CS_FAIL", definition(types) + definition(sounds));
+  hosts::close_fails = true;
+  expect(single_bytes, "CS_INTL_LIBERR");
+  hosts::close_fails = false;
   expect(class2({256, 512, 2048, 256, 2, 2, 1}), "CS_SUCCEED");
-  expect(class2(sizes), "CS_FAIL", "1324->1323");
   for (const Sizes& wrong : {Sizes{0, 0, 0, 256, 0, 0, 1},
                              {0, 0, 1024, 256, 2, 0, 1},
                              {0, 0, 1024, 256, 1, 0, 2},
                              {0, 0, 1024, 0, 1, 0, 0},
                              {16, 0, 1024, 256, 1, 0, 1}})
     expect(class2(wrong), "CS_FAIL");
-  expect(class2({0, 256, 1024, 256, 1, 255, 1}), "CS_FAIL", "FFFFFFFF00000100->FFFFFFFFFFFFFF00");
+  expect(class2({0, 256, 1024, 256, 1, 255, 1}), "CS_FAIL", "FFFFFFFF00000100", "FFFFFFFFFFFFFF00");
 }
 
 // A first byte may name a table that the file does not have: it is as good as empty.
@@ -198,32 +184,19 @@ TEST_F(ShippedSets, BeginWithAsciiInEveryTable) {
 }
 
 TEST_F(ShippedSets, MultibyteCharacters) {
-  const std::tuple<const char*, std::string, int, int, bool, bool, int, std::string> rows[] = {
-      {"utf8", "a", 1, 1, 1, 0, 'a', "A"},
-      {"utf8", "\u00e9", 2, 1, 1, 0, 0, "\u00c9"},
-      {"utf8", "\u0431", 2, 1, 1, 0, 0, "\u0411"},
-      {"utf8", "\u00a0", 2, 1, 0, 0, ' ', "\u00a0"},
-      {"utf8", "\u65e5", 3, 2, 1, 0, 0, "\u65e5"},
-      {"utf8", "\U0001F600", 4, 2, 1, 0, 0, "\U0001F600"},
-      {"sjis", "\x82\x81", 2, 2, 1, 0, 'a', "\x82\x60"},
-      {"sjis", "\x82\x4f", 2, 2, 0, 1, '0', "\x82\x4f"},
-      {"sjis", "\x93\xfa", 2, 2, 1, 0, 0, "\x93\xfa"},
-      {"sjis", "\xb1", 1, 1, 1, 0, 0, "\xb1"},
-      {"cp936", "\xa3\xb9", 2, 2, 0, 1, '9', "\xa3\xb9"},
-      {"koi8", "\xc1", 1, 1, 1, 0, 0xc1, "\xe1"}};
-  for (const auto& [name, character, width, columns, letter, digit, ascii, upper] : rows) {
-    SCOPED_TRACE(name + character);
-    const char_attrib* set = load(name);
+  table::for_each_line("intl/data/characters.txt", [&](const table::Fields& row) {
+    const char_attrib* set = load(row[0].c_str());
+    const std::string character = table::text_of(row[1]), ascii = table::text_of(row[5]);
     const auto* ch = reinterpret_cast<const CS_BYTE*>(character.data());
-    CS_BYTE written[8] = {};
-    comn_toupper(set, ch, written);
-    EXPECT_EQ(width, comn_char_width(set, ch));
-    EXPECT_EQ(columns, comn_disp_width(set, ch));
-    EXPECT_EQ(letter, comn_isalpha(set, ch) != 0);
-    EXPECT_EQ(digit, comn_isdigit(set, ch) != 0);
-    EXPECT_EQ(ascii, comn_to_ascii(set, ch));
-    EXPECT_EQ(upper, reinterpret_cast<const char*>(written));
-  }
+    CS_BYTE upper[8] = {};
+    comn_toupper(set, ch, upper);
+    EXPECT_EQ(table::number(row[2]), comn_char_width(set, ch));
+    EXPECT_EQ(table::number(row[3]), comn_disp_width(set, ch));
+    EXPECT_EQ(row[4] == "letter", comn_isalpha(set, ch) != 0);
+    EXPECT_EQ(row[4] == "digit", comn_isdigit(set, ch) != 0);
+    EXPECT_EQ(static_cast<CS_BYTE>(ascii[0]), comn_to_ascii(set, ch));
+    EXPECT_EQ(table::text_of(row[6]), reinterpret_cast<const char*>(upper));
+  });
 }
 
 }  // namespace

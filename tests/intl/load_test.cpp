@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstring>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -56,34 +57,20 @@ LookUp look_up(const HomeCopy& home) {
 
 TEST(Lookup, LinesOfTheTable) {
   const HomeCopy home;
-  const std::string longest(255, 's');
   home.write(kTable, "[linux]\nlocale = x, l, c\n");
-  const std::pair<std::string, std::string> rows[] = {
-      {"c\n->c, , , n\n", "l/c/binary//n/"},
-      {"c\n->c, , d\n", "l/c/binary/d//"},
-      {"c\n->c, s, d, n, m, more\n", "l/c/s/d/n/m"},
-      {"c\n->c, " + longest + "\n", "l/c/" + longest + "///"},
-      {"c\n->c\nother = y\n|[linux]->[x]\nkey = x\n[linux]", "l/c/binary///"},
-      {"locale->locale = y, \"\nlocale", "l/c/binary///"}};
-  for (const auto& [edits, names] : rows)
-    faulty_files::expect(home, {{kTable, "CS_SUCCEED", edits}}, [&, names = names](auto&) {
-      EXPECT_EQ(names, look_up(home).names);
-      return look_up(home).code;
-    });
-  // Only the first section counts, and only up to a key of another name.
-  faulty_files::expect(
-      home,
-      {{kTable, "CS_FAIL",
-        "[linux]->[linux]\n[linux]|[linux]->[Linux]|locale->locales = y\nlocale"},
-       {kTable, "CS_FAIL", ", c->|l,->,|c\n->, s\n|x->xy"},
-       {kTable, "CS_INTL_LIBERR", "locale->locale = \"y\nlocale|c\n->c, \"s\n|[linux]->[linux"},
-       {kTable, "CS_INTL_NOFILE", "removed"}},
-      [&](auto&) { return look_up(home).code; });
+  table::for_each_line("intl/data/lookups.txt", [&](const table::Fields& row) {
+    faulty_files::expect(home, kTable, row[0], table::text_of(row[1]), table::text_of(row[2]),
+                         [&](auto&) {
+                           const LookUp found = look_up(home);
+                           EXPECT_TRUE(row[3].empty() || row[3] == found.names) << found.names;
+                           return found.code;
+                         });
+  });
   hosts::close_fails = true;
   EXPECT_EQ(CS_INTL_LIBERR, look_up(home).code);
   EXPECT_EQ(-7, look_up(home).status);
   hosts::close_fails = false;
-  home.change(kTable, "c\n", "c, s" + longest + "\n");
+  home.change(kTable, "c\n", "c, " + std::string(256, 's') + "\n");
   EXPECT_DEATH(look_up(home), "assertion failed");
   EXPECT_EQ(0, hosts::files_open);
 }
@@ -181,13 +168,14 @@ TEST(Load, EveryRefusal) {
     return result;
   };
   testing::internal::CaptureStderr();
-  faulty_files::expect(home, faulty_files::read(INTL_TESTS "/faulty_files.txt"), load);
+  faulty_files::expect_table(home, "intl/data/faulty_files.txt", load);
   const std::string printed = testing::internal::GetCapturedStderr();
   EXPECT_NE(std::string::npos, printed.find("Conversion from utf8 to iso_1 is not defined in "
                                             "$TALVEN/charsets/utf8/utf8.cfg\n"))
       << printed;
-  faulty_files::expect(home, {{ids, "CS_FAIL", "binary = ->x = |ucs2 = ->x = "}},
-                       [](const std::string&) { return LocaleContext().init(); });
+  for (const char* const used_by_all : {"binary = ", "ucs2 = "})
+    faulty_files::expect(home, ids, "CS_FAIL", used_by_all,
+                         "x = ", [](auto&) { return LocaleContext().init(); });
   std::filesystem::remove("tlvinit.err");
 
   // An identifier file that is being written holds nothing for a moment: it is read again.
@@ -332,28 +320,17 @@ TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
 
 TEST(Load, StylesOfNamedDates) {
   const HomeCopy home;
-  const std::pair<std::string, std::u16string> rows[] = {
-      {"removed|[datetime]->[x]|[datetime]->[datetime", u""},
-      {"Jul,->juil,", u"juil  4 2026  3:05PM"},
-      {"pm = PM->pm = p.m.", u"Jul  4 2026  3:05p.m."},
-      {"order = mdy->order = dmy", u" 4 Jul 2026  3:05PM"},
-      {"order = mdy->order = ymd", u"2026 Jul  4  3:05PM"},
-      {"order = mdy->order = ydm", u"2026  4 Jul  3:05PM"},
-      {"order = mdy->order = myd", u"Jul 2026  4  3:05PM"},
-      {"order = mdy->order = dym", u" 4 2026 Jul  3:05PM"},
-      {"style = default->style = long", u"Jul  4 2026  3:05:09:250PM"},
-      {"style = default->style = iso", u"2026-07-04T15:05:09.250"}};
-  for (const auto& [edits, text] : rows) {
-    const auto write = [&, text = text](auto&) {
+  table::for_each_line("intl/data/date_styles.txt", [&](const table::Fields& row) {
+    const auto write = [&](auto&) {
       LocaleContext context;
       EXPECT_EQ(CS_SUCCEED, context.init());
       const auto written = dates::write(context, context.entry("us_english.named"), kDate);
-      EXPECT_EQ(text, written.text);
+      const std::string text = table::text_of(row[3]);
+      EXPECT_EQ(std::u16string(text.begin(), text.end()), written.text);
       return written.code;
     };
-    const char* const code = text.empty() ? "CS_CVT_STYLE" : "CS_SUCCEED";
-    faulty_files::expect(home, {{"locales/datetime/us_english.dt", code, edits}}, write);
-  }
+    faulty_files::expect(home, "locales/datetime/us_english.dt", row[0], row[1], row[2], write);
+  });
 }
 
 // A thread that is cancelled while it sets up and loads finishes first, on a stack of 32 KB.
@@ -504,26 +481,19 @@ TEST_F(Locales, Records) {
 }
 
 TEST_F(Locales, NamesInTheLocalesCharacterSet) {
-  const CS_LOCALE japanese = all(japanese_), german = all(german_);
-  const std::tuple<const CS_LOCALE*, std::string, CS_INT, CS_RETCODE, std::string> rows[] = {
-      {&japanese, "\u65e5x", 20, CS_SUCCEED, "\x93\xfax"},
-      {&japanese, "\u00fc", 20, CS_SUCCEED, "\x81\xac"},
-      {&japanese, "\xC0\xAF", 20, CS_FAIL, ""},
-      {&japanese, "\u65e5x", 2, CS_FAIL, ""},
-      {&german, "\u00fc", 20, CS_SUCCEED, "\u00fc"},
-      {&german, "\u00fc", 1, CS_FAIL, ""},
-      {&german, "\xED\xA0\x80", 20, CS_FAIL, ""},
-      {nullptr, "", 20, CS_SUCCEED, ""},
-      {nullptr, "a", 20, CS_FAIL, ""}};
+  const std::map<std::string, CS_LOCALE> locales{{"japanese", all(japanese_)},
+                                                 {"german", all(german_)}};
   char buffer[20];
   CS_INT outlen = 0;
-  for (const auto& [locale, name, room, code, converted] : rows) {
+  table::for_each_line("intl/data/locale_names.txt", [&](const table::Fields& row) {
+    const std::string name = table::text_of(row[1]), converted = table::text_of(row[4]);
     outlen = 0;
-    EXPECT_EQ(code, com_intl_get_locname(context_, locale, name.c_str(), CS_NULLTERM, buffer, room,
-                                         &outlen));
-    EXPECT_EQ(converted, std::string(buffer, static_cast<std::size_t>(outlen))) << name;
-  }
-  CS_LOCALE current = japanese;
+    EXPECT_EQ(row[3], comn_result_name(com_intl_get_locname(
+                          context_, row[0] == "none" ? nullptr : &locales.at(row[0]), name.c_str(),
+                          CS_NULLTERM, buffer, table::number(row[2]), &outlen)));
+    EXPECT_EQ(converted, std::string(buffer, static_cast<std::size_t>(outlen)));
+  });
+  CS_LOCALE current = all(japanese_);
   context_.context.ctxlocale = &current;
   EXPECT_EQ(CS_SUCCEED, com_intl_get_locname(context_, nullptr, "\u65e5", 3, buffer, 4, &outlen));
   EXPECT_EQ(2, outlen);
@@ -531,42 +501,28 @@ TEST_F(Locales, NamesInTheLocalesCharacterSet) {
 }
 
 TEST_F(Locales, SortOrders) {
-  const CS_LOCALE none{}, folding = all(context_.entry("us_english.nocase")),
-                          bytes = all(context_.entry("us_english")),
-                          pairs = all(context_.entry("s", "sjis", "japanese", "nocase")),
-                          alphabet = all(context_.entry("d", "iso_1", "french", "dictionary")),
-                          codes = all(context_.entry("u", "utf8", "russian", "dictionary"));
-  using Text = std::string_view;
-  const std::tuple<const CS_LOCALE*, Text, Text, int> rows[] = {
-      {&bytes, "a", "B", 1},
-      {&bytes, "a", "aB", -1},
-      {&folding, "a", "B", -1},
-      {&folding, "Stra\xDF\xE9", "sTRA\xDF\xC9", 0},
-      {&folding, "ab", "abc", -1},
-      {&pairs, "\x81\x61", "\x81\x41", 1},
-      {&pairs, "z", "\x81\x40", -1},
-      {&pairs, "\x81", "\x81\x40", -1},
-      {&alphabet, "c\xF4te", "COTE", 0},
-      {&alphabet, "\xE9t\xE9", "etude", -1},
-      {&alphabet, "z", "\xE0", 1},
-      {&codes, "\u00c9t\u00e9 \u0420\u042f", "\u00e9T\u00c9 \u0440\u044f", 0},
-      {&codes, "\u0100y", "\u0101X", 1},
-      {&codes, "\u0102", "\u0101", 1},
-      {&codes, "[", "a", -1},
-      {&codes, "\xE9", "\U0010FFFF", 1},
-      {&codes, "a", "A\xE9", -1},
-      {&none, "a", "B", 1}};
-  const auto bytes_of = [](Text text) { return reinterpret_cast<const CS_BYTE*>(text.data()); };
-  const auto compare = [&](const CS_LOCALE* locale, Text text1, Text text2) {
-    const CS_INT order =
-        com_intl_compare(locale, bytes_of(text1), static_cast<CS_INT>(text1.size()),
-                         bytes_of(text2), static_cast<CS_INT>(text2.size()));
-    return (order > 0) - (order < 0);
+  const std::map<std::string, CS_LOCALE> locales{
+      {"none", CS_LOCALE{}},
+      {"bytes", all(context_.entry("us_english"))},
+      {"folding", all(context_.entry("us_english.nocase"))},
+      {"pairs", all(context_.entry("s", "sjis", "japanese", "nocase"))},
+      {"alphabet", all(context_.entry("d", "iso_1", "french", "dictionary"))},
+      {"codes", all(context_.entry("u", "utf8", "russian", "dictionary"))}};
+  const auto bytes_of = [](const std::string& text) {
+    return reinterpret_cast<const CS_BYTE*>(text.data());
   };
-  for (const auto& [locale, text1, text2, sign] : rows) {
-    EXPECT_EQ(sign, compare(locale, text1, text2)) << text1;
-    EXPECT_EQ(-sign, compare(locale, text2, text1)) << text1;
-  }
+  table::for_each_line("intl/data/sort_orders.txt", [&](const table::Fields& row) {
+    const std::string texts[] = {table::text_of(row[1]), table::text_of(row[3])};
+    const auto compare = [&](int first, int second) {
+      const CS_INT order = com_intl_compare(
+          &locales.at(row[0]), bytes_of(texts[first]), static_cast<CS_INT>(texts[first].size()),
+          bytes_of(texts[second]), static_cast<CS_INT>(texts[second].size()));
+      return (order > 0) - (order < 0);
+    };
+    const int order = row[2] == "<" ? -1 : row[2] == ">" ? 1 : 0;
+    EXPECT_EQ(order, compare(0, 1));
+    EXPECT_EQ(-order, compare(1, 0));
+  });
   EXPECT_LT(0, com_unsignstrcmp(bytes_of("a\xFF"), bytes_of("ab")));
 }
 

@@ -1,51 +1,38 @@
-// Files of a home with a fault in them: what every reader must refuse, as a table.
+// Files of a home with a fault in them: what every reader must refuse.
 #pragma once
 
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "comnlib/diag.h"
 #include "support/hosts.h"
+#include "support/table.h"
 
 namespace faulty_files {
 
-// Edits of a good file, parted by bars: "text->what replaces it", "removed", or nothing for the
-// file as it is; and the code of the load of each of them, by its name.
-struct Row {
-  std::string file, code, edits;
-};
-
-// The rows of a text file, a line each; "\n" in an edit is a line's end there.
-inline std::vector<Row> read(const std::string& path) {
-  std::vector<Row> rows;
-  std::ifstream lines(path);
-  for (Row row; lines >> row.file >> row.code && std::getline(lines >> std::ws, row.edits);) {
-    for (std::size_t at; (at = row.edits.find("\\n")) != row.edits.npos;)
-      row.edits.replace(at, 2, "\n");
-    rows.push_back(row);
+// Replaces a text in a good file and expects the code of the load by its name. The text "removed"
+// removes the file, an empty one leaves it as it is. Nothing of a failed load may be left.
+template <class Load>
+void expect(const hosts::HomeCopy& home, const std::string& file, std::string_view code,
+            std::string_view text, std::string_view replacement, Load load) {
+  SCOPED_TRACE(testing::Message() << file << ": " << text << " -> " << replacement);
+  const std::string good = home.read(file);
+  if (text == "removed") {
+    home.remove(file);
+  } else if (!text.empty()) {
+    home.change(file, text, replacement);
   }
-  EXPECT_LT(1U, rows.size()) << path;
-  return rows;
+  const hosts::NothingLost nothing_lost;
+  EXPECT_EQ(code, comn_result_name(load(file)));
+  home.write(file, good);
 }
 
-// Calls `load` for every faulty file. Nothing of a failed load may be left.
+// The same for a table of files, codes, texts and replacements.
 template <class Load>
-void expect(const hosts::HomeCopy& home, const std::vector<Row>& rows, Load load) {
-  for (const auto& [file, code, edits] : rows) {
-    const std::string good = home.read(file);
-    std::istringstream list(edits + '|');
-    for (std::string edit; std::getline(list, edit, '|');) {
-      SCOPED_TRACE(file + ": " + edit);
-      const std::size_t arrow = edit.find("->");
-      if (edit == "removed") home.remove(file);
-      if (arrow != edit.npos) home.change(file, edit.substr(0, arrow), edit.substr(arrow + 2));
-      const hosts::NothingLost nothing_lost;
-      EXPECT_EQ(code, comn_result_name(load(file)));
-      home.write(file, good);
-    }
-  }
+void expect_table(const hosts::HomeCopy& home, const std::string& name, Load load) {
+  table::for_each_line(name, [&](const table::Fields& row) {
+    expect(home, row[0], row[1], table::text_of(row[2]), table::text_of(row[3]), load);
+  });
 }
 
 }  // namespace faulty_files
