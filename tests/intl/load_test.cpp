@@ -297,19 +297,13 @@ TEST(Load, DigitsOfALocaleAreReadWhenTheyAreNeeded) {
   const CsLocCache* named = context.entry("fr_CH.UTF-8");
   const CS_LOCALE swiss = all(context.entry("fr_CH.UTF-8"));
   EXPECT_STREQ("fr_CH", named->numname);
-  const std::string file = "locales/numeric/fr_CH.num";
-  faulty_files::expect(
-      home,
-      {{file, CS_INTL_NOFILE, "removed"},
-       {file, CS_INTL_LIBERR, "[numeric]->[numeric|decimal = \",\"->decimal = \","},
-       {file, CS_FAIL, "[numeric]->[money]|decimal = \",\"->|grouping = 3->grouping = 10"}},
-      [&](auto&) {
-        com_digits digits{};
-        const CS_RETCODE code = comn_loc_digits(context, &swiss, COM_LC_NUMERIC, &digits);
-        EXPECT_EQ(nullptr, digits.decimal) << "nothing is stored";
-        EXPECT_EQ(nullptr, named->locnuminfo);
-        return code;
-      });
+  faulty_files::expect_table(home, "intl/data/faulty_digits.txt", [&](auto&) {
+    com_digits digits{};
+    const CS_RETCODE code = comn_loc_digits(context, &swiss, COM_LC_NUMERIC, &digits);
+    EXPECT_EQ(nullptr, digits.decimal) << "nothing is stored";
+    EXPECT_EQ(nullptr, named->locnuminfo);
+    return code;
+  });
   EXPECT_EQ(", ' 3  0", digits_text(context, &swiss, COM_LC_NUMERIC));
   EXPECT_EQ(". ' 3 CHF 1", digits_text(context, &swiss, COM_LC_MONETARY));
   com_digits digits{};
