@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 #include "comnlib/types.h"
 
@@ -14,7 +15,7 @@ namespace comnlib {
 namespace internal {
 
 template <class Word>
-void copy_ends(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
+[[gnu::always_inline]] inline void copy_ends(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
   Word first;
   Word last;
   std::memcpy(&first, src, sizeof first);
@@ -23,10 +24,25 @@ void copy_ends(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
   std::memcpy(dest + size - sizeof last, &last, sizeof last);
 }
 
+// `word` is made of one byte, 16 times.
 template <class Word>
-void fill_ends(CS_BYTE* dest, Word word, std::size_t size) {
-  std::memcpy(dest, &word, sizeof word);
-  std::memcpy(dest + size - sizeof word, &word, sizeof word);
+[[gnu::always_inline]] inline void fill_ends(CS_BYTE* dest, __m128i word, std::size_t size) {
+  std::memcpy(dest, &word, sizeof(Word));
+  std::memcpy(dest + size - sizeof(Word), &word, sizeof(Word));
+}
+
+// The first and the last 16 bytes of the room are filled before the copy.
+template <class Word>
+[[gnu::always_inline]] inline void copy_ends_padded(CS_BYTE* dest, std::size_t room,
+                                                    const CS_BYTE* src, std::size_t size,
+                                                    __m128i fill) {
+  Word first;
+  Word last;
+  std::memcpy(&first, src, sizeof first);
+  std::memcpy(&last, src + size - sizeof last, sizeof last);
+  fill_ends<__m128i>(dest, fill, room);
+  std::memcpy(dest, &first, sizeof first);
+  std::memcpy(dest + size - sizeof last, &last, sizeof last);
 }
 
 }  // namespace internal
@@ -49,19 +65,45 @@ void fill_ends(CS_BYTE* dest, Word word, std::size_t size) {
 }
 
 [[gnu::always_inline]] inline void fill_bytes(CS_BYTE* dest, CS_BYTE byte, std::size_t size) {
-  const std::uint64_t word = byte * std::uint64_t{0x0101010101010101};
+  const __m128i word = _mm_set1_epi8(static_cast<char>(byte));
   if (size > 32) {
     std::memset(dest, byte, size);
   } else if (size >= 16) {
-    internal::fill_ends(dest, _mm_set1_epi8(static_cast<char>(byte)), size);
+    internal::fill_ends<__m128i>(dest, word, size);
   } else if (size >= 8) {
-    internal::fill_ends(dest, word, size);
+    internal::fill_ends<std::uint64_t>(dest, word, size);
   } else if (size >= 4) {
-    internal::fill_ends(dest, static_cast<std::uint32_t>(word), size);
+    internal::fill_ends<std::uint32_t>(dest, word, size);
   } else if (size >= 2) {
-    internal::fill_ends(dest, static_cast<std::uint16_t>(word), size);
+    internal::fill_ends<std::uint16_t>(dest, word, size);
   } else if (size == 1) {
     *dest = byte;
+  }
+}
+
+// Copies a text that fits in `room` bytes and fills the rest of them.
+[[gnu::always_inline]] inline void copy_padded(CS_BYTE* dest, std::size_t room,
+                                               std::span<const CS_BYTE> text, CS_BYTE fill) {
+  const std::size_t size = text.size();
+  const CS_BYTE* const src = text.data();
+  if (room - 16 > 16) {
+    copy_bytes(dest, src, size);
+    fill_bytes(dest + size, fill, room - size);
+    return;
+  }
+  const __m128i word = fill == 0 ? _mm_setzero_si128() : _mm_set1_epi8(static_cast<char>(fill));
+  if (size >= 16) {
+    internal::copy_ends_padded<__m128i_u>(dest, room, src, size, word);
+  } else if (size >= 8) {
+    internal::copy_ends_padded<std::uint64_t>(dest, room, src, size, word);
+  } else if (size >= 4) {
+    internal::copy_ends_padded<std::uint32_t>(dest, room, src, size, word);
+  } else if (size >= 2) {
+    internal::copy_ends_padded<std::uint16_t>(dest, room, src, size, word);
+  } else if (size == 1) {
+    internal::copy_ends_padded<CS_BYTE>(dest, room, src, size, word);
+  } else {
+    internal::fill_ends<__m128i>(dest, word, room);
   }
 }
 

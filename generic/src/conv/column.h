@@ -6,8 +6,6 @@
 
 namespace comnlib {
 
-struct Conversion;
-
 struct ColumnCall {
   CS_CONTEXT* context;
   const CsColumnSource* source;
@@ -16,12 +14,23 @@ struct ColumnCall {
   CS_RETCODE* codes;  // or null
 };
 
+// The values of a column from `begin` up to `end`, of which none is null.
+struct ColumnRun {
+  const ColumnCall& column;
+  CS_DATAFMT& format;  // a copy of the source's, which takes the length of each value
+  CS_INT begin;
+  CS_INT end;
+  CS_BYTE* dest;  // of the first value
+};
+
 struct ColumnRoutine {
   // Whether the source or the destination, whose datatype is the routine's, has a valid length.
   bool (*serves_source)(const CS_DATAFMT& format);
   bool (*serves_destination)(const CS_DATAFMT& format);
-  CS_RETCODE (*core)(const Conversion& call);
-  // Of values of fixed length that follow each other, without nulls: the number of faults. Null
+  // Converts a run and returns the number of faults. Stores codes, lengths and offsets, but no
+  // bits.
+  CS_INT (*run)(const ColumnRun& run);
+  // The same of a whole column of fixed length, whose values follow each other without nulls. Null
   // where the routine has no such loop.
   CS_INT (*dense)(const ColumnCall& column);
   CS_INT source_size;

@@ -1,8 +1,10 @@
-// Conversion of whole columns. Preconditions are checked once; the loop finds each value, gives it
-// to the core of its routine, and stores code, length and bit.
+// Conversion of whole columns. Preconditions are checked once; the values between nulls go to the
+// routine's own loop, nulls and the values of other routines are converted one at a time.
 #include "conv/column.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstddef>
 #include <limits>
 
 #include "conv/frame.h"
@@ -44,130 +46,100 @@ void check_destination_column(const CsColumnDest& destination, CS_INT count) {
            (destination.lengths != nullptr || destination.valid != nullptr)));
 }
 
-// Finds the values of a source one after the other.
-class SourceWalk {
- public:
-  explicit SourceWalk(const CsColumnSource& source)
-      : source_(source), next_(static_cast<const CS_BYTE*>(source.values)) {}
+// The place of a value.
+const CS_BYTE* value_of(const CsColumnSource& source, CS_INT at) {
+  const auto* const values = static_cast<const CS_BYTE*>(source.values);
+  return values +
+         (source.offsets != nullptr ? source.offsets[at] : std::ptrdiff_t{at} * source.stride);
+}
+CS_BYTE* value_of(const CsColumnDest& destination, CS_INT at) {
+  auto* const values = static_cast<CS_BYTE*>(destination.values);
+  if (destination.offsets != nullptr) return values + destination.offsets[at];
+  return values + std::ptrdiff_t{at} * destination.stride;
+}
 
-  // Moves to a value; false for a null.
-  bool find(CS_INT at) {
-    length_ = source_.format->maxlength;
-    value_ = next_;
-    next_ += source_.stride;
-    if (source_.offsets != nullptr) {
-      value_ = static_cast<const CS_BYTE*>(source_.values) + source_.offsets[at];
-      length_ = source_.offsets[at + 1] - source_.offsets[at];
-    }
-    if (source_.lengths != nullptr) {
-      length_ = source_.lengths[at];
-      if (length_ < 0) return false;
-    }
-    return source_.valid == nullptr || (source_.valid[at / 8] >> at % 8 & 1) != 0;
+CS_INT length_of(const CsColumnSource& source, CS_INT at) {
+  if (source.lengths != nullptr) return source.lengths[at];
+  if (source.offsets != nullptr) return source.offsets[at + 1] - source.offsets[at];
+  return source.format->maxlength;
+}
+
+// Where the values that begin at `at` end, at `limit` or at a null.
+CS_INT end_of_run(const CsColumnSource& source, CS_INT at, CS_INT limit) {
+  if (source.lengths != nullptr)
+    limit = static_cast<CS_INT>(std::find_if(source.lengths + at, source.lengths + limit,
+                                             [](CS_INT length) { return length < 0; }) -
+                                source.lengths);
+  if (source.valid == nullptr) return limit;
+  while (at < limit) {
+    const auto nulls = static_cast<CS_BYTE>(~source.valid[at / 8]) >> at % 8;
+    if (nulls != 0) return std::min(limit, at + std::countr_zero(static_cast<unsigned>(nulls)));
+    at = (at / 8 + 1) * 8;
   }
-  const CS_BYTE* value() const { return value_; }
-  CS_INT length() const { return length_; }
+  return limit;
+}
 
- private:
-  const CsColumnSource source_;  // a copy, which nothing that is written can change
-  const CS_BYTE* next_;
-  const CS_BYTE* value_ = nullptr;
-  CS_INT length_ = 0;
-};
-
-// Hands out the places of a destination's values, and stores what became of each.
-class DestinationWalk {
- public:
-  explicit DestinationWalk(const CsColumnDest& destination)
-      : destination_(destination), next_(static_cast<CS_BYTE*>(destination.values)) {
-    if (destination.offsets != nullptr) next_ += destination.offsets[0];
+// Sets or clears the bits from `at` up to `end`.
+void mark(CS_BYTE* bits, CS_INT at, CS_INT end, bool valid) {
+  while (at < end) {
+    const CS_INT in_byte = std::min(end, (at / 8 + 1) * 8);
+    const auto mask = static_cast<CS_BYTE>(((1 << (in_byte - at)) - 1) << at % 8);
+    CS_BYTE& byte = bits[at / 8];
+    byte = static_cast<CS_BYTE>(valid ? byte | mask : byte & ~mask);
+    at = in_byte;
   }
+}
 
-  CS_BYTE* value() const { return next_; }
+// What became of one value. It takes `length` bytes; -1 for a null. Returns the number of faults.
+CS_INT store_outcome(const ColumnCall& column, CS_INT at, CS_RETCODE code, CS_INT length) {
+  const CsColumnDest& destination = *column.destination;
+  if (column.codes != nullptr) column.codes[at] = code;
+  if (destination.lengths != nullptr) destination.lengths[at] = length;
+  if (destination.valid != nullptr) mark(destination.valid, at, at + 1, length >= 0);
+  if (destination.offsets != nullptr)
+    destination.offsets[at + 1] = destination.offsets[at] + std::max(length, 0);
+  return code == CS_SUCCEED ? 0 : 1;
+}
 
-  // The value takes `length` bytes; -1 for a null.
-  void store_outcome(CS_INT at, CS_INT length) {
-    if (destination_.lengths != nullptr) destination_.lengths[at] = length;
-    if (destination_.valid != nullptr) mark(at, length >= 0);
-    if (destination_.offsets == nullptr) {
-      next_ += destination_.stride;
-    } else {
-      const CS_INT written = std::max(length, 0);
-      next_ += written;
-      destination_.offsets[at + 1] = destination_.offsets[at] + written;
-    }
-  }
+CS_INT convert_null(const ColumnCall& column, CS_INT at) {
+  const CsColumnDest& destination = *column.destination;
+  if (destination.nulls == COMN_NULLS_AS_NULLS) return store_outcome(column, at, CS_SUCCEED, -1);
+  CS_INT length = 0;
+  const CS_RETCODE code =
+      com_null_get(column.context, destination.format, value_of(destination, at),
+                   room_of(*destination.format), &length);
+  return store_outcome(column, at, code, length);
+}
 
- private:
-  void mark(CS_INT at, bool valid) {
-    CS_BYTE& bits = destination_.valid[at / 8];
-    const auto bit = static_cast<CS_BYTE>(1 << at % 8);
-    bits = static_cast<CS_BYTE>(valid ? bits | bit : bits & ~bit);
-  }
-
-  const CsColumnDest destination_;
-  CS_BYTE* next_;
-};
-
-// `convert` is the core of a routine or a routine itself.
+// Gives the column's values to `convert` in runs, for each of which it returns the number of
+// faults. Runs are short enough that what is looked at for nulls stays in the cache.
 template <class Convert>
-CS_INT convert_values(const ColumnCall& column, Convert convert) {
-  SourceWalk source(*column.source);
-  DestinationWalk destination(*column.destination);
-  const CS_DATAFMT& to = *column.destination->format;
-  const bool keeps_nulls = column.destination->nulls == COMN_NULLS_AS_NULLS;
-  CS_RETCODE* const codes = column.codes;
-  const CS_INT count = column.count;
-  CS_DATAFMT from = *column.source->format;
-  CS_INT length = 0;
+CS_INT convert_runs(const ColumnCall& column, CS_INT most_values, Convert convert) {
+  CS_DATAFMT format = *column.source->format;
   CS_INT faults = 0;
-  Conversion call{column.context, &from, nullptr, &to, nullptr, &length};
-  for (CS_INT at = 0; at < count; ++at) {
-    CS_RETCODE code = CS_SUCCEED;
-    length = 0;
-    call.dest = destination.value();
-    if (source.find(at)) [[likely]] {
-      call.src = source.value();
-      from.maxlength = source.length();
-      code = convert(call);
-    } else if (keeps_nulls) {
-      length = -1;
-    } else {
-      code = com_null_get(column.context, &to, call.dest, room_of(to), &length);
+  for (CS_INT at = 0; at < column.count;) {
+    const CS_INT limit = at + std::min(most_values, column.count - at);
+    const CS_INT end = end_of_run(*column.source, at, limit);
+    if (end == at) {
+      faults += convert_null(column, at++);
+      continue;
     }
-    destination.store_outcome(at, length);
-    if (codes != nullptr) codes[at] = code;
-    faults += code == CS_SUCCEED ? 0 : 1;
+    faults += convert(ColumnRun{column, format, at, end, value_of(*column.destination, at)});
+    at = end;
   }
   return faults;
 }
 
-// The same of fields of one length: no value is null, and nothing is stored but results.
-CS_INT convert_fields(const ColumnCall& column, CS_RETCODE (*core)(const Conversion& call)) {
-  const CS_INT source_stride = column.source->stride;
-  const CS_INT destination_stride = column.destination->stride;
-  const auto* src = static_cast<const CS_BYTE*>(column.source->values);
-  auto* dest = static_cast<CS_BYTE*>(column.destination->values);
-  CS_INT length = 0;
-  CS_INT faults = 0;
-  Conversion call{
-      column.context, column.source->format, nullptr, column.destination->format, nullptr, &length};
-  for (CS_INT left = column.count; left > 0; --left) {
-    call.src = src;
-    call.dest = dest;
-    src += source_stride;
-    dest += destination_stride;
-    faults += core(call) == CS_SUCCEED ? 0 : 1;
-  }
-  return faults;
-}
-
-bool has_only_values(const CsColumnSource& source) {
-  return source.offsets == nullptr && source.lengths == nullptr && source.valid == nullptr;
-}
-bool has_only_values(const CsColumnDest& destination) {
-  return destination.offsets == nullptr && destination.lengths == nullptr &&
-         destination.valid == nullptr;
+// By a routine that is not a built-in one, and may store any length.
+CS_INT convert_by(CS_CONV_FUNC routine, const ColumnCall& column) {
+  return convert_runs(column, 1, [routine](const ColumnRun& run) {
+    const ColumnCall& call = run.column;
+    run.format.maxlength = length_of(*call.source, run.begin);
+    CS_INT length = 0;
+    const CS_RETCODE code = routine(call.context, &run.format, value_of(*call.source, run.begin),
+                                    call.destination->format, run.dest, &length);
+    return store_outcome(call, run.begin, code, length);
+  });
 }
 
 // Whether values follow each other without a gap, and none is null.
@@ -175,8 +147,8 @@ bool is_dense(const ColumnCall& column, const ColumnRoutine& routine) {
   const CsColumnSource& source = *column.source;
   const CsColumnDest& destination = *column.destination;
   return routine.dense != nullptr && source.stride == routine.source_size &&
-         destination.stride == routine.destination_size && has_only_values(source) &&
-         destination.valid == nullptr;
+         source.offsets == nullptr && source.lengths == nullptr && source.valid == nullptr &&
+         destination.stride == routine.destination_size && destination.valid == nullptr;
 }
 
 CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {
@@ -185,9 +157,12 @@ CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {
   require(own_lengths || routine.serves_source(*source.format));
   require(routine.serves_destination(*column.destination->format));
   if (is_dense(column, routine)) return routine.dense(column);
-  if (column.codes == nullptr && has_only_values(source) && has_only_values(*column.destination))
-    return convert_fields(column, routine.core);
-  return convert_values(column, routine.core);
+  constexpr CS_INT kMostValues = 1024;
+  return convert_runs(column, kMostValues, [&](const ColumnRun& run) {
+    CS_BYTE* const valid = run.column.destination->valid;
+    if (valid != nullptr) mark(valid, run.begin, run.end, true);
+    return routine.run(run);
+  });
 }
 
 }  // namespace
@@ -211,12 +186,7 @@ CS_RETCODE comn_conv_column(CS_CONTEXT* context, const CsColumnSource* source,
   const CS_CONV_FUNC routine = com_conv_func(context, srctype, desttype);
   if (routine == nullptr) return trace(CS_FAIL);
   const ColumnCall column{context, source, destination, count, codes};
-  if (const ColumnRoutine* form = column_routine(srctype, desttype, routine)) {
-    *faults = convert_column(column, *form);
-  } else {
-    *faults = convert_values(column, [routine](const Conversion& call) {
-      return routine(call.context, call.srcfmt, call.src, call.destfmt, call.dest, call.destlen);
-    });
-  }
+  const ColumnRoutine* const form = column_routine(srctype, desttype, routine);
+  *faults = form != nullptr ? convert_column(column, *form) : convert_by(routine, column);
   return trace(CS_SUCCEED);
 }

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "intl/locdata.h"
-
 namespace comnlib {
 namespace {
 
@@ -13,18 +11,11 @@ constexpr bool is_text(CS_INT datatype) {
   return is_character(datatype) || datatype == CS_VARCHAR_TYPE || datatype == CS_UNICHAR_TYPE;
 }
 
-CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
-  const CS_LOCALE* locale = locale_of(context, format);
-  return locale == nullptr ? nullptr : locale->timeptr;
-}
-
 }  // namespace
 
-DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format) {
-  CsLocCache* time = time_entry(context, format);
-  if (time == nullptr) return {CS_SUCCEED, kUsEnglish};
+DateStyle read_date_style(CS_CONTEXT& context, CsLocCache& time) {
   const CsDateInfo* info = nullptr;
-  const CS_RETCODE code = date_conventions_of(context, *time, info);
+  const CS_RETCODE code = date_conventions_of(context, time, info);
   if (code != CS_SUCCEED) return {code == CS_MEM_ERROR ? code : CS_CVT_STYLE, kUsEnglish};
   return {CS_SUCCEED, info == nullptr ? kUsEnglish : info->conventions};
 }
@@ -32,15 +23,6 @@ DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format) {
 Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format) {
   const CsLocCache* time = time_entry(context, format);
   return {time == nullptr ? nullptr : time->locchardesc, false};
-}
-
-CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer) {
-  const DateStyle style = date_style(*call.context, *call.destfmt);
-  if (style.code != CS_SUCCEED) return style.code;
-  const FormattedDate result = format_datetime(value, style.conventions, buffer.characters);
-  buffer.text = {buffer.characters.data(), result.length};
-  if (result.status == DateText::done) return CS_SUCCEED;
-  return result.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
 }
 
 // Only month names go beyond ASCII, in the character set of the conventions that they belong to.

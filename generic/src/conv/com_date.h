@@ -7,6 +7,7 @@
 #include "conv/placement.h"
 #include "conv/textcopy.h"
 #include "conv/to_binary.h"
+#include "intl/locdata.h"
 #include "time/datetext.h"
 #include "time/datetime.h"
 
@@ -18,7 +19,36 @@ struct DateStyle {
   CS_RETCODE code;
   const DateConventions& conventions;
 };
-DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format);
+DateStyle read_date_style(CS_CONTEXT& context, CsLocCache& time);
+
+inline CsLocCache* time_entry(const CS_CONTEXT& context, const CS_DATAFMT& format) {
+  const CS_LOCALE* locale = locale_of(context, format);
+  return locale == nullptr ? nullptr : locale->timeptr;
+}
+
+inline DateStyle date_style(CS_CONTEXT& context, const CS_DATAFMT& format) {
+  CsLocCache* const time = time_entry(context, format);
+  if (time == nullptr) return {CS_SUCCEED, kUsEnglish};
+  if (const CsDateInfo* info = known_date_conventions(*time))
+    return {CS_SUCCEED, info->conventions};
+  return read_date_style(context, *time);
+}
+
+// Conventions that are looked for with the first value that needs them, and kept once found.
+class KeptDateStyle {
+ public:
+  explicit KeptDateStyle(const Conversion&) {}
+
+  DateStyle get(CS_CONTEXT& context, const CS_DATAFMT& format) {
+    if (found_ != nullptr) return {CS_SUCCEED, *found_};
+    const DateStyle style = date_style(context, format);
+    if (style.code == CS_SUCCEED) found_ = &style.conventions;
+    return style;
+  }
+
+ private:
+  const DateConventions* found_ = nullptr;
+};
 
 // The encoding of their month names: another category of the locale may name another character set.
 Encoding date_encoding(const CS_CONTEXT& context, const CS_DATAFMT& format);
@@ -55,21 +85,41 @@ struct DateTextBuffer {
   std::string_view text;
 };
 
-// CS_SUCCEED, CS_CVT_STYLE or CS_CVT_DOMAIN.
-CS_RETCODE format_for(const CS_DATETIME& value, const Conversion& call, DateTextBuffer& buffer);
+inline CS_RETCODE code_of(const FormattedDate& date) {
+  if (date.status == DateText::done) [[likely]]
+    return CS_SUCCEED;
+  return date.status == DateText::domain ? CS_CVT_DOMAIN : CS_CVT_STYLE;
+}
+
+// CS_SUCCEED, CS_CVT_STYLE, CS_CVT_DOMAIN or CS_MEM_ERROR.
+[[gnu::always_inline]] inline CS_RETCODE format_for(const CS_DATETIME& value,
+                                                    const Conversion& call, KeptDateStyle& kept,
+                                                    DateTextBuffer& buffer) {
+  const DateStyle style = kept.get(*call.context, *call.destfmt);
+  if (style.code != CS_SUCCEED) return style.code;
+  const FormattedDate result = format_datetime(value, style.conventions, buffer.characters);
+  buffer.text = {buffer.characters.data(), result.length};
+  return code_of(result);
+}
 
 struct DateToCharacter : Character {
-  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+  struct Setup : CharacterSetup {
+    [[gnu::always_inline]] explicit Setup(const Conversion& call)
+        : CharacterSetup(call), style(call) {}
+    KeptDateStyle style;
+  };
+  static CS_RETCODE convert(const auto& value, const Conversion& call, Setup& setup) {
     DateTextBuffer buffer;
-    const CS_RETCODE code = format_for(widened(value), call, buffer);
-    return code == CS_SUCCEED ? place_text(buffer.text, call) : code;
+    const CS_RETCODE code = format_for(widened(value), call, setup.style, buffer);
+    return code == CS_SUCCEED ? place<false>(buffer.text, call, setup.room) : code;
   }
 };
 
 struct DateToVarchar : Varchar {
-  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+  using Setup = KeptDateStyle;
+  static CS_RETCODE convert(const auto& value, const Conversion& call, Setup& setup) {
     DateTextBuffer buffer;
-    const CS_RETCODE code = format_for(widened(value), call, buffer);
+    const CS_RETCODE code = format_for(widened(value), call, setup, buffer);
     const CS_RETCODE placed = place_varchar(buffer.text, call);
     return code == CS_SUCCEED ? placed : code;
   }
@@ -79,9 +129,10 @@ struct DateToVarchar : Varchar {
 CS_RETCODE place_wide_date(std::string_view text, const Conversion& call);
 
 struct DateToUnichar : Unichar {
-  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+  using Setup = KeptDateStyle;
+  static CS_RETCODE convert(const auto& value, const Conversion& call, Setup& setup) {
     DateTextBuffer buffer;
-    const CS_RETCODE code = format_for(widened(value), call, buffer);
+    const CS_RETCODE code = format_for(widened(value), call, setup, buffer);
     return code == CS_SUCCEED ? place_wide_date(buffer.text, call) : code;
   }
 };

@@ -122,7 +122,9 @@ consteval CS_UINT codes_of(Family family) {
 template <Family kFamily>
 constexpr bool is_of(CS_INT datatype) {
   constexpr CS_UINT kCodes = codes_of(kFamily);
-  if constexpr (std::has_single_bit(kCodes)) return datatype == std::countr_zero(kCodes);
+  if (datatype == std::countr_zero(kCodes)) [[likely]]
+    return true;
+  if constexpr (std::has_single_bit(kCodes)) return false;
   return is_builtin(datatype) && (kCodes >> datatype & 1) != 0;
 }
 

@@ -6,11 +6,14 @@
 //   read(call, value)    CS_SUCCEED, or the code of a value that is not valid
 // A Target converts a Source's values:
 //   serves(format)       whether it writes what the format describes
-//   kLength              the length that is stored before the value is read; a conversion that ends
-//                        with another length stores it itself
+//   kLength              the length that is stored before the value is converted; a conversion that
+//                        ends with another length stores it itself
+//   kStoresLength        present and true where every conversion does
 //   convert(value, call) writes the result and returns its code
+// Either may have a Setup, which is made of a call and given to read() or convert() as their last
+// argument: what depends on the formats and the context alone, and is found once for a column.
 // Neither knows of null pointers or the trace: they are the core, to which two frames give one
-// value at a time, that of a routine here and that of a column in com_column.cpp.
+// value at a time, that of a routine and that of a run of a column's values.
 #pragma once
 
 #include <cstring>
@@ -64,21 +67,64 @@ template <class Source>
   require(Source::serves(*call.srcfmt), site);
 }
 
-template <class Source, class Target>
-[[gnu::always_inline]] inline CS_RETCODE convert_core(const Conversion& call) {
-  *call.destlen = Target::kLength;
-  typename Source::Value value;
-  const CS_RETCODE code = Source::read(call, value);
-  if (code != CS_SUCCEED) return code;
-  return Target::convert(value, call);
+struct NoSetup {
+  explicit NoSetup(const Conversion&) {}
+};
+template <class T>
+struct SetupOf {
+  using Type = NoSetup;
+};
+template <class T>
+requires requires {
+  typename T::Setup;
 }
+struct SetupOf<T> {
+  using Type = typename T::Setup;
+};
+
+// Converts values whose formats are those of the call that it is made of, lengths aside.
+template <class Source, class Target>
+class Core {
+ public:
+  [[gnu::always_inline]] explicit Core(const Conversion& call) : source_(call), target_(call) {}
+
+  [[gnu::always_inline]] CS_RETCODE operator()(const Conversion& call) {
+    typename Source::Value value;
+    const CS_RETCODE code = read(call, value);
+    if (code != CS_SUCCEED || !stores_length()) *call.destlen = Target::kLength;
+    if (code != CS_SUCCEED) return code;
+    if constexpr (std::is_same_v<TargetSetup, NoSetup>)
+      return Target::convert(value, call);
+    else
+      return Target::convert(value, call, target_);
+  }
+
+ private:
+  static constexpr bool stores_length() {
+    if constexpr (requires { Target::kStoresLength; }) return Target::kStoresLength;
+    return false;
+  }
+
+  using SourceSetup = typename SetupOf<Source>::Type;
+  using TargetSetup = typename SetupOf<Target>::Type;
+
+  [[gnu::always_inline]] CS_RETCODE read(const Conversion& call, typename Source::Value& value) {
+    if constexpr (std::is_same_v<SourceSetup, NoSetup>)
+      return Source::read(call, value);
+    else
+      return Source::read(call, value, source_);
+  }
+
+  [[no_unique_address]] SourceSetup source_;
+  [[no_unique_address]] TargetSetup target_;
+};
 
 template <class Source, class Target>
 [[gnu::always_inline]] inline CS_RETCODE convert_value(const Conversion& call,
                                                        CallSite site = CallSite::current()) {
   check_source<Source>(call, site);
   require(Target::serves(*call.destfmt), site);
-  return trace(convert_core<Source, Target>(call), site);
+  return trace(Core<Source, Target>(call)(call), site);
 }
 
 // Whether every value of source and target has the same length, so that a loop over values that
@@ -97,9 +143,13 @@ CS_INT convert_densely(const ColumnCall& column) {
   CS_INT faults = 0;
   for (CS_INT at = 0; at < count; ++at) {
     CS_INT length = 0;
-    const CS_RETCODE code = convert_core<Source, Target>(
-        {column.context, column.source->format, src + std::ptrdiff_t{at} * Source::kLength,
-         column.destination->format, dest + std::ptrdiff_t{at} * Target::kLength, &length});
+    const Conversion call{column.context,
+                          column.source->format,
+                          src + std::ptrdiff_t{at} * Source::kLength,
+                          column.destination->format,
+                          dest + std::ptrdiff_t{at} * Target::kLength,
+                          &length};
+    const CS_RETCODE code = Core<Source, Target>(call)(call);
     if constexpr (kReports) {
       if (codes != nullptr) codes[at] = code;
       if (lengths != nullptr) lengths[at] = length;
@@ -117,10 +167,45 @@ CS_INT convert_dense(const ColumnCall& column) {
                  : convert_densely<Source, Target, false>(column);
 }
 
+// The values of a run, one after the other.
+template <class Source, class Target>
+CS_INT convert_run(const ColumnRun& run) {
+  const ColumnCall& column = run.column;
+  const CsColumnSource source = *column.source;
+  const CsColumnDest destination = *column.destination;
+  const auto* const values = static_cast<const CS_BYTE*>(source.values);
+  CS_INT length = 0;
+  CS_INT faults = 0;
+  Conversion call{
+      column.context,     &run.format, values + std::ptrdiff_t{run.begin} * source.stride,
+      destination.format, run.dest,    &length};
+  Core<Source, Target> core(call);
+  for (CS_INT at = run.begin; at < run.end; ++at) {
+    if (source.offsets != nullptr) {
+      call.src = values + source.offsets[at];
+      run.format.maxlength = source.offsets[at + 1] - source.offsets[at];
+    }
+    if (source.lengths != nullptr) run.format.maxlength = source.lengths[at];
+    const CS_RETCODE code = core(call);
+    if (column.codes != nullptr) column.codes[at] = code;
+    if (destination.lengths != nullptr) destination.lengths[at] = length;
+    CS_INT step = destination.stride;
+    if (destination.offsets != nullptr) {
+      step = length;
+      destination.offsets[at + 1] = destination.offsets[at] + length;
+    }
+    if (code != CS_SUCCEED) [[unlikely]]
+      ++faults;
+    call.src = static_cast<const CS_BYTE*>(call.src) + source.stride;
+    call.dest = static_cast<CS_BYTE*>(call.dest) + step;
+  }
+  return faults;
+}
+
 template <class Source, class Target>
 struct Member {
   static constexpr ColumnRoutine column_routine() {
-    ColumnRoutine routine{Source::serves, Target::serves,  convert_core<Source, Target>,
+    ColumnRoutine routine{Source::serves, Target::serves,  convert_run<Source, Target>,
                           nullptr,        Source::kLength, Target::kLength};
     if constexpr (kHasDenseLoop<Source, Target>) routine.dense = convert_dense<Source, Target>;
     return routine;
@@ -179,7 +264,7 @@ inline CS_BYTE* record_bytes(void* record) {
 template <class Type>
 struct FixedSource : Type {
   static CS_RETCODE read(const Conversion& call, typename Type::Value& value) {
-    value = load<typename Type::Value>(call.src);
+    std::memcpy(&value, call.src, sizeof value);
     return Type::contains(value) ? CS_SUCCEED : CS_CVT_DOMAIN;
   }
 };

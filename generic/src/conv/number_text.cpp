@@ -200,14 +200,6 @@ std::string_view text_by_library(double value, NumberBuffer& buffer) {
 
 }  // namespace
 
-std::string_view text_of(CS_INT value, NumberBuffer& buffer) {
-  char* const end = buffer.end();
-  char* begin =
-      put_number(value < 0 ? -static_cast<CS_UINT>(value) : static_cast<CS_UINT>(value), end);
-  if (value < 0) *--begin = '-';
-  return {begin, end};
-}
-
 std::string_view text_of(CS_FLOAT value, NumberBuffer& buffer) {
   if (value == 0) return "0.0";
   if (std::isfinite(value))

@@ -84,11 +84,20 @@ struct NumericToNumeric : ExactToNumeric {
   }
 };
 
+// A numeric where it is: its text is made before a destination that shares its bytes is written.
+struct NumericInPlace : Numeric {
+  using Value = const CS_NUMERIC*;
+  static CS_RETCODE read(const Conversion& call, Value& value) {
+    value = static_cast<const CS_NUMERIC*>(call.src);
+    return contains(*value) ? CS_SUCCEED : CS_CVT_DOMAIN;
+  }
+};
+
 class NumericText {
  public:
   static constexpr bool kCut = false;
-  NumericText(const CS_NUMERIC& value, const CS_DATAFMT&) {
-    const constant record = record_of(value);
+  NumericText(const CS_NUMERIC* value, const CS_DATAFMT&) {
+    const constant record = record_of(*value);
     require(com__subexctnumetochar(&record, buffer_.data(), static_cast<CS_INT>(buffer_.size()),
                                    &length_) == kExactOk);
   }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "chars/short_bytes.h"
 #include "conv/newutils.h"
 
 namespace comnlib {

@@ -4,11 +4,62 @@
 #include <span>
 #include <string_view>
 
+#include "chars/short_bytes.h"
 #include "conv/frame.h"
 
 namespace comnlib {
 
 using CodeUnits = std::span<const CS_UNICHAR>;
+
+// The room of a character destination, and what becomes of the bytes that a text leaves of it.
+class CharacterRoom {
+ public:
+  // `kRefused` are more bits of the format for which no text is simple.
+  template <CS_INT kRefused = 0>
+  [[gnu::always_inline]] static CharacterRoom of(const CS_DATAFMT& format) {
+    constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+    constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
+    static_assert(kRefused == 0 || kRefused > kPadding);
+    CharacterRoom room;
+    room.size_ = format.maxlength;
+    room.padding_ = format.format & (kPadding | kRefused);
+    // Every larger number has both paddings or a refused bit.
+    room.most_ = room.padding_ > kSimple ? -1 : room.size_ - room.terminator();
+    return room;
+  }
+
+  void refuse_all() { most_ = -1; }
+
+  // Whether a text of this length is placed by place(), without a fault.
+  bool takes(CS_INT length) const { return length <= most_; }
+
+  [[gnu::always_inline]] CS_RETCODE place(std::span<const CS_BYTE> text,
+                                          const Conversion& call) const {
+    auto* const dest = static_cast<CS_BYTE*>(call.dest);
+    if (padding_ > CS_DFMT_NULLTERM) {
+      copy_padded(dest, static_cast<std::size_t>(size_), text,
+                  padding_ >= CS_DFMT_PADBLANK ? ' ' : 0);
+      if (padding_ == (CS_DFMT_PADBLANK | CS_DFMT_NULLTERM)) dest[size_ - 1] = 0;
+      *call.destlen = size_;
+      return CS_SUCCEED;
+    }
+    copy_bytes(dest, text.data(), text.size());
+    if (padding_ != 0) dest[text.size()] = 0;
+    *call.destlen = static_cast<CS_INT>(text.size()) + terminator();
+    return CS_SUCCEED;
+  }
+
+ private:
+  // The bytes that it takes: its bit is 1.
+  CS_INT terminator() const {
+    static_assert(CS_DFMT_NULLTERM == 1);
+    return padding_ & CS_DFMT_NULLTERM;
+  }
+
+  CS_INT size_;
+  CS_INT padding_;  // the bits of the format
+  CS_INT most_;     // the longest simple text; -1 for none
+};
 
 // Places the text of a number in a destination of units of its kind, and pads it. Text that does
 // not fit, with its terminator where one is asked for, becomes "*" when there is room for two
@@ -19,6 +70,22 @@ CS_RETCODE place_text(CodeUnits text, const Conversion& call);
 // The same for money: text that does not fit is cut.
 CS_RETCODE place_cut(std::string_view text, const Conversion& call);
 CS_RETCODE place_cut(CodeUnits text, const Conversion& call);
+
+// Either of them, for a text that mostly fits.
+template <bool kCut>
+[[gnu::always_inline]] inline CS_RETCODE place(std::string_view text, const Conversion& call,
+                                               const CharacterRoom& room) {
+  if (room.takes(static_cast<CS_INT>(text.size()))) [[likely]]
+    return room.place({reinterpret_cast<const CS_BYTE*>(text.data()), text.size()}, call);
+  return kCut ? place_cut(text, call) : place_text(text, call);
+}
+
+// What a target of that kind finds once for a column.
+struct CharacterSetup {
+  [[gnu::always_inline]] explicit CharacterSetup(const Conversion& call)
+      : room(CharacterRoom::of(*call.destfmt)) {}
+  CharacterRoom room;
+};
 
 // Places the text of a number in a CS_VARCHAR, with a NUL after it where one fits in `str`; text of
 // more than 256 characters becomes "*" with CS_CVT_OVERFLOW. The destination length is 258.

@@ -13,7 +13,6 @@
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
 #include "exact/numeric.h"
-#include "time/datetext.h"
 
 namespace comnlib {
 namespace {
@@ -102,44 +101,6 @@ CS_RETCODE text_to_amount(const Text& text, const Conversion& call, Parse parse)
   }
   if (status == kExactSyntax) return CS_CVT_SYNTAX;
   return store_result(call, value, exact_code(status));
-}
-
-std::string_view view_of(Bytes bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-struct DateLiteral {
-  CS_RETCODE code;
-  CS_DATETIME value;
-};
-
-DateLiteral judge(const ParsedDate& parsed) {
-  if (parsed.status == DateText::done) return {CS_SUCCEED, parsed.value};
-  return {parsed.status == DateText::out_of_range ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX, {}};
-}
-
-// Month names are bytes of the conventions' own character set; digits of another width are read in
-// their ASCII form. Without memory for the table of that set nothing is known of the text.
-DateLiteral read_date(const Text& text, const Conversion& call) {
-  const DateStyle style = date_style(*call.context, *call.srcfmt);
-  if (style.code != CS_SUCCEED) return {style.code, {}};
-  const DateConventions& conventions = style.conventions;
-  ParsedDate plain{DateText::syntax, {}};
-  if (text.utf16) {
-    std::array<CS_BYTE, kLiteralRoom> room;
-    const Encoding names = date_encoding(*call.context, *call.srcfmt);
-    const Translated narrow = translate(call.context, kUtf16, names, text.bytes, room);
-    if (narrow.code == CS_MEM_ERROR) return {CS_MEM_ERROR, {}};
-    if (narrow.code == CS_SUCCEED)
-      plain = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
-  } else {
-    plain = parse_datetime(view_of(text.bytes), conventions);
-    if (text.attrib == nullptr) return judge(plain);
-  }
-  if (plain.status != DateText::syntax) return judge(plain);
-  const AsciiForm form(text);
-  if (!form.valid()) return {CS_CVT_SYNTAX, {}};
-  return judge(parse_datetime(form.view(), conventions));
 }
 
 // The hexadecimal digits of a literal, after an optional "0x".
@@ -234,14 +195,20 @@ CS_RETCODE text_to_money4(const Text& text, const Conversion& call) {
   return text_to_amount<CS_MONEY4>(text, call, com__mny4fromchar_mb);
 }
 
-CS_RETCODE text_to_datetime(const Text& text, const Conversion& call) {
-  const DateLiteral date = read_date(text, call);
-  return date.code == CS_SUCCEED ? DateToDatetime::convert(date.value, call) : date.code;
-}
-
-CS_RETCODE text_to_datetime4(const Text& text, const Conversion& call) {
-  const DateLiteral date = read_date(text, call);
-  return date.code == CS_SUCCEED ? DateToDatetime4::convert(date.value, call) : date.code;
+CS_RETCODE parse_wide_datetime(const Text& text, const Conversion& call,
+                               const DateConventions& conventions, ParsedDate& date) {
+  if (text.utf16) {
+    std::array<CS_BYTE, kLiteralRoom> room;
+    const Encoding names = date_encoding(*call.context, *call.srcfmt);
+    const Translated narrow = translate(call.context, kUtf16, names, text.bytes, room);
+    if (narrow.code == CS_MEM_ERROR) return CS_MEM_ERROR;
+    if (narrow.code == CS_SUCCEED)
+      date = parse_datetime(view_of(Bytes(room).first(narrow.written)), conventions);
+    if (date.status != DateText::syntax) return CS_SUCCEED;
+  }
+  const AsciiForm form(text);
+  if (form.valid()) date = parse_datetime(form.view(), conventions);
+  return CS_SUCCEED;
 }
 
 CS_RETCODE text_to_binary(const Text& text, const Conversion& call) {

@@ -6,29 +6,40 @@
 #include "chars/text.h"
 #include "chars/utf.h"
 #include "conv/chscan.h"
+#include "conv/com_date.h"
 #include "conv/short_number.h"
 #include "conv/textcopy.h"
 
 namespace comnlib {
 
-inline Text text_from(const Conversion& call, const CS_BYTE* bytes, CS_INT length) {
-  return text_in(source_encoding(false, call), {bytes, static_cast<std::size_t>(length)});
-}
+// How a source's bytes are read.
+struct TextSetup {
+  [[gnu::always_inline]] explicit TextSetup(const Conversion& call)
+      : empty(text_in(source_encoding(false, call), {})) {}
+
+  Text of(const CS_BYTE* bytes, CS_INT length) const {
+    return {{bytes, static_cast<std::size_t>(length)}, empty.attrib, false, empty.ascii_based};
+  }
+
+  Text empty;
+};
 
 struct CharacterSource : Sized<Family::character, 1> {
   using Value = Text;
-  static CS_RETCODE read(const Conversion& call, Text& value) {
-    value = text_from(call, static_cast<const CS_BYTE*>(call.src), call.srcfmt->maxlength);
+  using Setup = TextSetup;
+  static CS_RETCODE read(const Conversion& call, Text& value, const Setup& setup) {
+    value = setup.of(static_cast<const CS_BYTE*>(call.src), call.srcfmt->maxlength);
     return CS_SUCCEED;
   }
 };
 
 struct VarcharSource : Varchar {
   using Value = Text;
-  static CS_RETCODE read(const Conversion& call, Text& value) {
+  using Setup = TextSetup;
+  static CS_RETCODE read(const Conversion& call, Text& value, const Setup& setup) {
     const CS_SMALLINT length = record_length(call.src);
     if (!is_record_length(length)) return CS_CVT_DOMAIN;
-    value = text_from(call, record_bytes(call.src), length);
+    value = setup.of(record_bytes(call.src), length);
     return CS_SUCCEED;
   }
 };
@@ -98,10 +109,39 @@ CS_RETCODE text_to_float(const Text& text, const Conversion& call);
 CS_RETCODE text_to_numeric(const Text& text, const Conversion& call);
 CS_RETCODE text_to_money(const Text& text, const Conversion& call);
 CS_RETCODE text_to_money4(const Text& text, const Conversion& call);
-CS_RETCODE text_to_datetime(const Text& text, const Conversion& call);
-CS_RETCODE text_to_datetime4(const Text& text, const Conversion& call);
 CS_RETCODE text_to_binary(const Text& text, const Conversion& call);
 CS_RETCODE text_to_varbinary(const Text& text, const Conversion& call);
+
+inline std::string_view view_of(Bytes bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// A date that parse_datetime() does not read as plain bytes. Month names are bytes of the
+// conventions' own character set; digits of another width are read in their ASCII form. Without
+// memory for the table of that set nothing is known of the text: CS_MEM_ERROR, else CS_SUCCEED.
+CS_RETCODE parse_wide_datetime(const Text& text, const Conversion& call,
+                               const DateConventions& conventions, ParsedDate& date);
+
+template <class Target>
+struct DateTarget : Target {
+  static constexpr CS_INT kLength = 0;
+  using Setup = KeptDateStyle;
+  [[gnu::always_inline]] static CS_RETCODE convert(const Text& text, const Conversion& call,
+                                                   Setup& setup) {
+    const DateStyle style = setup.get(*call.context, *call.srcfmt);
+    if (style.code != CS_SUCCEED) return style.code;
+    ParsedDate date{DateText::syntax, {}};
+    if (!text.utf16) date = parse_datetime(view_of(text.bytes), style.conventions);
+    if (date.status == DateText::done) [[likely]]
+      return Target::convert(date.value, call);
+    if (date.status == DateText::syntax && (text.utf16 || text.attrib != nullptr)) {
+      const CS_RETCODE code = parse_wide_datetime(text, call, style.conventions, date);
+      if (code != CS_SUCCEED) return code;
+      if (date.status == DateText::done) return Target::convert(date.value, call);
+    }
+    return date.status == DateText::out_of_range ? CS_CVT_OVERFLOW : CS_CVT_SYNTAX;
+  }
+};
 
 template <class Type>
 using TextToInteger = NumberTarget<Type, ShortInteger<Type>, text_to_integer<typename Type::Value>>;
@@ -111,12 +151,10 @@ using TextToFloat = NumberTarget<Float, ShortFloat<Float>, text_to_float>;
 using TextToNumeric = NumberTarget<Numeric, ShortNumeric, text_to_numeric>;
 using TextToMoney = NumberTarget<Money, ShortMoney, text_to_money>;
 using TextToMoney4 = NumberTarget<Money4, ShortMoney4, text_to_money4>;
-using TextToDatetime = TextTarget<Datetime, text_to_datetime>;
-using TextToDatetime4 = TextTarget<Datetime4, text_to_datetime4>;
+using TextToDatetime = DateTarget<DateToDatetime>;
+using TextToDatetime4 = DateTarget<DateToDatetime4>;
 using TextToBinary = TextTarget<Binary, text_to_binary>;
 using TextToVarbinary = TextTarget<Varbinary, text_to_varbinary>;
-using TextToCharacter = TextTarget<Character, copy_to_character>;
-using TextToVarchar = TextTarget<Varchar, copy_to_varchar>;
 using TextToUnichar = TextTarget<Unichar, copy_to_unichar>;
 
 }  // namespace comnlib

@@ -5,9 +5,8 @@
 
 #include <span>
 
-#include "chars/short_bytes.h"
 #include "chars/text.h"
-#include "conv/frame.h"
+#include "conv/placement.h"
 #include "intl/com_intl.h"
 #include "intl/convcfg.h"
 #include "intl/xlate.h"
@@ -57,10 +56,10 @@ inline Encoding source_encoding(bool utf16, const Conversion& call) {
   return utf16 ? kUtf16 : encoding_of(*call.context, *call.srcfmt);
 }
 
-// Whether a source text is in the encoding of the call's character destination.
-[[gnu::always_inline]] inline bool keeps_encoding(bool utf16, const Conversion& call) {
-  if (!utf16 && call.srcfmt->locale == call.destfmt->locale) return true;
-  return same_encoding(source_encoding(utf16, call), encoding_of(*call.context, *call.destfmt));
+// Whether text of the call's source format is in the encoding of its character destination.
+inline bool keeps_encoding(const Conversion& call) {
+  return call.srcfmt->locale == call.destfmt->locale ||
+         same_encoding(source_encoding(false, call), encoding_of(*call.context, *call.destfmt));
 }
 
 namespace internal {
@@ -86,40 +85,44 @@ template <auto kCopy>
 // (comn__padunichar), or a CS_VARCHAR. Codes as in convert.h.
 CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
 
-[[gnu::always_inline]] inline CS_RETCODE copy_to_character(const Text& text,
-                                                           const Conversion& call) {
-  // Every larger number has the bit for quotes or both paddings.
-  constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
-  constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
-  const CS_INT padding = call.destfmt->format & (kPadding | CS_DFMT_ESCQUOTE);
-  const CS_INT room = call.destfmt->maxlength;
-  const auto length = static_cast<CS_INT>(text.bytes.size());
-  const CS_INT nul = padding & CS_DFMT_NULLTERM;
-  static_assert(CS_DFMT_NULLTERM == 1);
-  if (padding > kSimple || room - nul < length || !keeps_encoding(text.utf16, call)) [[unlikely]]
-    return internal::copy_in_general<internal::copy_any_to_character>(text, call);
+// A text that fits, in the encoding of the destination, is copied and padded here.
+struct TextToCharacter : Character {
+  struct Setup {
+    [[gnu::always_inline]] explicit Setup(const Conversion& call)
+        : room(CharacterRoom::of<CS_DFMT_ESCQUOTE>(*call.destfmt)) {
+      if (!keeps_encoding(call)) room.refuse_all();
+    }
+    CharacterRoom room;
+  };
 
-  auto* dest = static_cast<CS_BYTE*>(call.dest);
-  copy_bytes(dest, text.bytes.data(), text.bytes.size());
-  if ((padding & ~CS_DFMT_NULLTERM) != 0) {
-    const CS_BYTE fill = (padding & CS_DFMT_PADNULL) != 0 ? 0 : ' ';
-    fill_bytes(dest + length, fill, static_cast<std::size_t>(room - length));
-    if (nul != 0) dest[room - 1] = 0;
-    *call.destlen = room;
+  static constexpr bool kStoresLength = true;
+  [[gnu::always_inline]] static CS_RETCODE convert(const Text& text, const Conversion& call,
+                                                   const Setup& setup) {
+    if (text.utf16 || !setup.room.takes(static_cast<CS_INT>(text.bytes.size()))) [[unlikely]]
+      return internal::copy_in_general<internal::copy_any_to_character>(text, call);
+    return setup.room.place(text.bytes, call);
+  }
+};
+
+struct TextToVarchar : Varchar {
+  static constexpr CS_INT kLength = 0;
+
+  struct Setup {
+    [[gnu::always_inline]] explicit Setup(const Conversion& call)
+        : most(keeps_encoding(call) ? CS_MAX_CHAR : -1) {}
+    CS_INT most;
+  };
+
+  [[gnu::always_inline]] static CS_RETCODE convert(const Text& text, const Conversion& call,
+                                                   const Setup& setup) {
+    const auto length = static_cast<CS_INT>(text.bytes.size());
+    if (text.utf16 || length > setup.most) [[unlikely]]
+      return internal::copy_in_general<internal::copy_any_to_varchar>(text, call);
+    copy_bytes(record_bytes(call.dest), text.bytes.data(), text.bytes.size());
+    store(call.dest, static_cast<CS_SMALLINT>(length));
+    *call.destlen = sizeof(CS_VARCHAR);
     return CS_SUCCEED;
   }
-  if (nul != 0) dest[length] = 0;
-  *call.destlen = length + nul;
-  return CS_SUCCEED;
-}
-
-[[gnu::always_inline]] inline CS_RETCODE copy_to_varchar(const Text& text, const Conversion& call) {
-  if (text.bytes.size() > CS_MAX_CHAR || !keeps_encoding(text.utf16, call)) [[unlikely]]
-    return internal::copy_in_general<internal::copy_any_to_varchar>(text, call);
-  copy_bytes(record_bytes(call.dest), text.bytes.data(), text.bytes.size());
-  store(call.dest, static_cast<CS_SMALLINT>(text.bytes.size()));
-  *call.destlen = sizeof(CS_VARCHAR);
-  return CS_SUCCEED;
-}
+};
 
 }  // namespace comnlib

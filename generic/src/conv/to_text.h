@@ -12,9 +12,10 @@ namespace comnlib {
 
 template <class Form>
 struct ToCharacter : Character {
-  static CS_RETCODE convert(const auto& value, const Conversion& call) {
+  using Setup = CharacterSetup;
+  static CS_RETCODE convert(const auto& value, const Conversion& call, const Setup& setup) {
     const Form text(value, *call.destfmt);
-    return Form::kCut ? place_cut(text.view(), call) : place_text(text.view(), call);
+    return place<Form::kCut>(text.view(), call, setup.room);
   }
 };
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <string_view>
 
@@ -63,6 +64,11 @@ CS_RETCODE load_conventions(CS_CONTEXT& ctx, CS_INT kind, const CS_CHAR* name, C
 // The date/time conventions of a cache entry, null when it has none. Those that locales.dat names
 // are read here, under the context's mutex, when they are first needed.
 CS_RETCODE date_conventions_of(CS_CONTEXT& ctx, CsLocCache& entry, const CsDateInfo*& info);
+
+// The same, null for those that must be read first, too.
+inline const CsDateInfo* known_date_conventions(CsLocCache& entry) {
+  return std::atomic_ref(entry.locdateinfo).load(std::memory_order_acquire);
+}
 
 // Frees all conventions of a context.
 void drop_conventions(CsCtxGlobals& globals);
