@@ -1,6 +1,6 @@
-// The context's null values: the table of the built-in types and the list of the user types. The
-// bound between the two differs by operation, and hosts depend on it: CS_UNICHAR_TYPE is read from
-// the table but set and reinstalled in the list.
+// The context's null values: the table of the built-in types and the list of the user types. One
+// built-in type is in both, and hosts depend on it: CS_UNICHAR_TYPE is read from the table but set
+// and reinstalled in the list.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -15,12 +15,13 @@
 namespace comnlib {
 namespace {
 
-constexpr CS_INT kLastReadFromTable = CS_UNICHAR_TYPE;
-constexpr CS_INT kLastSetInTable = CS_USHORT_TYPE;
+constexpr bool is_set_in_table(CS_INT datatype) {
+  return is_builtin(datatype) && datatype != CS_UNICHAR_TYPE;
+}
 
 constexpr CS_INT kNumericHead = offsetof(CS_NUMERIC, array);
 
-// Every entry has a buffer, one of an empty value too.
+// Every entry has a buffer, even when its value is empty.
 constexpr std::size_t buffer_size(CS_INT size) {
   return static_cast<std::size_t>(std::max(size, 1));
 }
@@ -193,7 +194,7 @@ CS_RETCODE com_null_get(const CS_CONTEXT* context, const CS_DATAFMT* destfmt, CS
   const CS_INT datatype = destfmt->datatype;
   require(datatype >= 0 && destlen >= 0);
   auto* bytes = static_cast<CS_BYTE*>(dest);
-  if (datatype > kLastReadFromTable)
+  if (!is_builtin(datatype))
     return trace(get_user_null(find_user_null(*context, datatype), bytes, destlen, resultlen));
   return trace(
       get_builtin_null(table_entry(*context, datatype), destfmt, bytes, destlen, resultlen));
@@ -203,7 +204,7 @@ CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* val
   check_pointer(context);
   check_pointer(value);
   require(datatype >= 0 && length >= 0);
-  if (datatype > kLastSetInTable) return trace(set_user_null(*context, datatype, value, length));
+  if (!is_set_in_table(datatype)) return trace(set_user_null(*context, datatype, value, length));
   CsDefVal& entry = table_entry(*context, datatype);
   return trace(replace_value(entry.dventity, entry.dvsize, value, length));
 }
@@ -211,7 +212,7 @@ CS_RETCODE com_null_set(CS_CONTEXT* context, CS_INT datatype, const CS_VOID* val
 CS_RETCODE com_null_reinstall(CS_CONTEXT* context, CS_INT datatype) {
   check_pointer(context);
   require(datatype >= 0);
-  if (datatype > kLastSetInTable) {
+  if (!is_set_in_table(datatype)) {
     remove_user_null(*context, datatype);
     return trace(CS_SUCCEED);
   }
