@@ -16,7 +16,7 @@ else()
   message(FATAL_ERROR "COMNLIB_TARGET is i386 or x86_64, not \"${COMNLIB_TARGET}\"")
 endif()
 add_link_options(${COMNLIB_TARGET_OPTION})
-# CMake knows the compiler as it is without that option; folders of libraries go by these two.
+# CMake looked at the compiler without that option; these two decide where it looks for libraries.
 math(EXPR CMAKE_SIZEOF_VOID_P "${COMNLIB_TARGET_BITS} / 8")
 set(CMAKE_LIBRARY_ARCHITECTURE ${COMNLIB_TARGET}-linux-gnu)
 # Where Debian's 64-bit packages of 32-bit libraries put them.

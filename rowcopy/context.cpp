@@ -26,9 +26,9 @@ std::string shipped_home() {
 
 // The library finds the home by the environment.
 void choose_home(const std::string& wanted) {
-  const char* told = std::getenv("TALVEN");
+  const char* from_environment = std::getenv("TALVEN");
   std::string home = wanted;
-  if (home.empty() && told != nullptr) home = told;
+  if (home.empty() && from_environment != nullptr) home = from_environment;
   if (home.empty()) home = shipped_home();
   if (home.size() > kLongestHome)
     throw Fatal("the localization home's path has more than " + std::to_string(kLongestHome) +

@@ -1,5 +1,6 @@
 // The files that a run writes. A file appears under its name, and replaces an earlier one, only
-// when it is whole: until then it has no name, or one that no way out of the process leaves behind.
+// when it is whole: until then it has no name, or a temporary one, which only SIGKILL can leave
+// there.
 #pragma once
 
 #include <memory>

@@ -432,7 +432,7 @@ class Check {
   // read, keys that are there twice, and values that are not read.
   void syntax(const std::string& path) {
     INTL_HANDLE handle = nullptr;
-    if (intl_open(path.c_str(), &handle) < 0) return;  // told already
+    if (intl_open(path.c_str(), &handle) < 0) return;  // reported already
     const Rules& rules = rules_of(std::filesystem::path(path).lexically_relative(home_));
     IntlFile file(context_, handle);
     if (has_lines_before_sections(path)) fault(path, "lines before the first section are not read");
@@ -513,7 +513,7 @@ class Check {
   char error_[1100] = "";
   std::map<std::string, Names> classes_;
   std::set<std::string> files_, locale_names_;
-  std::set<std::string> usable_;  // character sets whose characters can be told
+  std::set<std::string> usable_;  // character sets whose characters can be checked
   std::vector<CsConvConfig*> configurations_;
   int faults_ = 0;
 };

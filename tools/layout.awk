@@ -1,5 +1,5 @@
 # Reads the debug information of a file that includes the public headers, as readelf prints it, and
-# tells every constant, typedef and record of those headers, with the offsets of the fields.
+# prints every constant, typedef and record of those headers, with the offsets of the fields.
 /^ The Directory Table/ { table = "folders" }
 /^ The File Name Table/ { table = "files" }
 /^  [0-9]+\t/ && table == "folders" { folder[$1] = $NF }

@@ -70,7 +70,7 @@ COMN_API CS_RETCODE com_err_msg(CS_CONTEXT* ctx, CS_INT layer, CS_INT number, CS
  * A negative `argcount`, a type of another number and a negative length stop the process.
  *
  * CS_SUCCEED; CS_CVT_TRUNCATED when the message was cut anywhere; CS_FAIL when its text is the
- * fixed one. A severity without a word, for which a fixed text stands, is no failure.
+ * fixed one. A severity without a word gets a fixed text, which is not a failure.
  */
 COMN_API CS_RETCODE com_build_errmsg(CS_CONTEXT* ctx, CS_INT severity, CS_INT layer, CS_INT number,
                                      const com_argument* args, CS_INT argcount, CS_CHAR* buf,
