@@ -366,7 +366,7 @@ class Outputs {
       if (texts_) outputs.push_back(&*texts_);
       outputs.push_back(&records_);
     }
-    for (Output* const output : outputs) output->finish();
+    for (Output* const output : outputs) output->flush_to_disk();
     publish(outputs);
   }
 

@@ -212,7 +212,7 @@ void Output::write_raw(std::span<const char> bytes) {
   }
 }
 
-void Output::finish() {
+void Output::flush_to_disk() {
   if (packer_) packer_->pack({}, true, [this](std::span<const char> packed) { write_raw(packed); });
   if (replaces_ && fsync(descriptor_) != 0) fail("write");
 }

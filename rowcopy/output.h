@@ -20,7 +20,7 @@ class Output {
 
   void write(std::span<const char> bytes);
   // Everything has reached the disk when it returns.
-  void finish();
+  void flush_to_disk();
 
  private:
   friend void publish(std::span<Output* const> outputs);

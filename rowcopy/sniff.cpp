@@ -27,24 +27,25 @@ std::string_view trim(std::string_view text) {
   return first == text.npos ? text : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-// The digits of "-12.50" before and after the point; not those of codes such as "007".
-struct Digits {
+// How many digits a number such as "-12.50" has before and after the point. A code such as "007" is
+// not a number.
+struct DigitCounts {
   std::size_t before = 0;
   std::size_t after = 0;
-  bool number = false;
+  bool is_number = false;
 };
 
-Digits count_digits(std::string_view text) {
-  Digits digits;
+DigitCounts count_digits(std::string_view text) {
+  DigitCounts digits;
   if (text.starts_with('-')) text.remove_prefix(1);
   const std::size_t point = std::min(text.find('.'), text.size());
   const std::string_view whole = text.substr(0, point);
   const std::string_view rest = text.substr(std::min(point + 1, text.size()));
   digits.before = whole.size();
   digits.after = rest.size();
-  digits.number = std::ranges::all_of(whole, is_digit) && std::ranges::all_of(rest, is_digit) &&
-                  digits.before + digits.after > 0 && (whole.size() < 2 || whole[0] != '0') &&
-                  (point == text.size() || !rest.empty());
+  digits.is_number = std::ranges::all_of(whole, is_digit) && std::ranges::all_of(rest, is_digit) &&
+                     digits.before + digits.after > 0 && (whole.size() < 2 || whole[0] != '0') &&
+                     (point == text.size() || !rest.empty());
   return digits;
 }
 
@@ -129,10 +130,10 @@ class Guess {
     }
     any_ = true;
     const std::string_view text = trim(field);
-    const Digits digits = count_digits(text);
+    const DigitCounts digits = count_digits(text);
     before_ = std::max(before_, digits.before);
     after_ = std::max(after_, digits.after);
-    decimal_ &= digits.number;
+    decimal_ &= digits.is_number;
     // A date has more than digits and more than a time of day.
     dated_ &=
         text.size() >= 6 && std::ranges::count_if(text, is_digit) >= 3 &&
