@@ -185,7 +185,7 @@ class Check {
   }
   bool is_name(const std::string& oidclass, const std::string& name) const {
     const Names known = names(oidclass);
-    return std::find(known.begin(), known.end(), name) != known.end();
+    return std::ranges::find(known, name) != known.end();
   }
   // Those with files: ucs2 is the library's own.
   Names charsets() const {
@@ -491,7 +491,7 @@ class Check {
   // own, and interfaces is the network layer's.
   void unread_files() {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(home_)) {
-      const std::filesystem::path path = entry.path();
+      const std::filesystem::path& path = entry.path();
       if (!entry.is_regular_file() || path == home_ + "/interfaces") continue;
       if (path.extension() == ".cfg" && path.parent_path().filename() == "config")
         host_configuration(path.string());
