@@ -15,6 +15,7 @@
 #include "intl/com_intl.h"
 #include "support/dates.h"
 #include "support/hosts.h"
+#include "support/stride.h"
 #include "support/translated.h"
 
 namespace {
@@ -51,6 +52,7 @@ constexpr Set kSets[] = {{"ascii", "ASCII"},       {"iso_1", "ISO-8859-1"},
                          {"utf8", "UTF-8"}};
 
 constexpr const char* kNone = "none";
+const auto kStride = static_cast<unsigned>(stride::between_values());
 
 // A conversion of single characters by iconv; kNone where there is none, or only to a similar one.
 class Iconv {
@@ -99,7 +101,8 @@ class ShippedSets : public testing::Test {
   ~ShippedSets() override {
     for (const auto& [what, groups] : groups_)
       for (const Group& group : groups)
-        EXPECT_EQ(group.listed, group.found) << what << ' ' << std::hex << group.first;
+        EXPECT_TRUE(group.found == group.listed || (kStride > 1 && group.found < group.listed))
+            << what << ' ' << std::hex << group.first << ": " << std::dec << group.found;
   }
 
   // A difference must be one of those that are listed.
@@ -137,7 +140,7 @@ TEST_F(ShippedSets, AgreeWithIconv) {
     };
     for (unsigned byte = 0; byte < 256; ++byte) {
       if (sequence(byte, 1) || byte < 0x80) continue;
-      for (unsigned pair = byte << 8; pair < (byte + 1) << 8; ++pair) {
+      for (unsigned pair = (byte << 8) + byte % kStride; pair < (byte + 1) << 8; pair += kStride) {
         if (sequence(pair, 2)) continue;
         for (unsigned third = 0; third < 256 && byte == 0x8F; ++third)
           sequence(pair << 8 | third, 3);
@@ -153,7 +156,7 @@ TEST_F(ShippedSets, AgreeWithIconv) {
     const std::string missing = utf16(name == "sjis" ? U'〓' : U'?');
     std::string all, expected;
     const char32_t end = name == "gb18030" ? 0x110000 : 0x10000;
-    for (char32_t code = 0; code < end; ++code) {
+    for (char32_t code = 0; code < end; code += kStride) {
       if (code >= 0xD800 && code < 0xE000) continue;
       const std::string ours = character(kUnicode, own, utf16(code));
       compare(name + " to", code, ours, encode({reinterpret_cast<char*>(&code), sizeof code}));

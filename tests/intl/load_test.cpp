@@ -262,8 +262,10 @@ TEST(Load, EightThreadsReadLateFilesOnce) {
   for (std::size_t t = 0; t < 8; ++t)
     threads.emplace_back([&, t] {
       for (std::size_t i = 0; i < 50; ++i) {
-        const auto& set = sets[(t + i) % sets.size()];
-        EXPECT_EQ("x", translate(context, kUnicode, set, utf16('x'), 1).bytes);
+        const auto &set = sets[(t + i) % sets.size()], &other = sets[t % sets.size()];
+        const std::string one = translate(context, kUnicode, set, utf16(U'°'), 2).bytes;
+        const std::string two = translate(context, set, other, one, 2).bytes;
+        EXPECT_EQ(utf16(U'°'), translate(context, other, kUnicode, two, 2).bytes);
       }
       EXPECT_EQ(u"2026 juill.  4  3:05p.m.", dates::write(context, named, kDate).text);
       EXPECT_EQ(", \u00a0 3  0", digits_text(context, &canadian, COM_LC_NUMERIC));

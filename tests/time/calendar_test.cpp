@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 
+#include "support/stride.h"
 #include "time/datetime.h"
 
 namespace {
@@ -16,11 +17,7 @@ namespace {
 using namespace std::chrono;
 using Ticks = duration<std::int64_t, std::ratio<1, 300>>;
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr CS_INT kStride = 23;
-#else
-constexpr CS_INT kStride = 1;
-#endif
+const CS_INT kStride = stride::between_values();
 constexpr auto kMin = std::numeric_limits<CS_INT>::min();
 constexpr auto kMax = std::numeric_limits<CS_INT>::max();
 constexpr sys_days kEpoch = 1900y / January / 1;

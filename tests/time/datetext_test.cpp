@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 
+#include "support/stride.h"
 #include "support/table.h"
 #include "time/datetime.h"
 
@@ -86,7 +87,7 @@ TEST(DateText, ReadsKnownLayoutsLikeAllOtherText) {
     EXPECT_EQ(DateText::done, parse_datetime(good, kUsEnglish).status);
     for (const auto* conventions : {&kUsEnglish, &kFrench, &kAllDay, &kOddNames}) {
       for (std::size_t at = 0; at < good.size(); ++at) {
-        for (int byte = 0; byte < 256; ++byte) {
+        for (int byte = 0; byte < 256; byte += stride::between_values()) {
           std::string text = good;
           text[at] = static_cast<char>(byte);
           const ParsedDate fast = parse_datetime(text, *conventions);
