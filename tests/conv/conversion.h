@@ -24,6 +24,21 @@ constexpr std::size_t kGuard = 300;  // bytes after maxlength; a varchar fits to
 
 using Context = hosts::ConversionContext;
 
+constexpr bool has_length(CS_INT type) {
+  return type <= CS_IMAGE_TYPE || type == CS_SENSITIVITY_TYPE || type == CS_BOUNDARY_TYPE ||
+         type == CS_UNICHAR_TYPE;
+}
+constexpr bool has_record(CS_INT type) {
+  return type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE;
+}
+constexpr bool is_binary(CS_INT type) {
+  return type == CS_BINARY_TYPE || type == CS_LONGBINARY_TYPE || type == CS_IMAGE_TYPE ||
+         type == CS_VARBINARY_TYPE;
+}
+constexpr bool is_text(CS_INT type) {
+  return (has_length(type) || has_record(type)) && !is_binary(type);
+}
+
 inline CS_DATAFMT format_of(CS_INT datatype, CS_INT maxlength = 0, CS_INT format = 0) {
   CS_DATAFMT made{};
   made.datatype = datatype;
@@ -51,7 +66,7 @@ struct Encoded {
 
 // A text as the source `type` holds it; a varchar may be told another length.
 inline Encoded text_as(CS_INT type, const std::string& text, CS_SMALLINT record_length = 0) {
-  if (type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE) {
+  if (has_record(type)) {
     CS_VARCHAR record{record_length == 0 ? static_cast<CS_SMALLINT>(text.size()) : record_length,
                       {}};
     text.copy(record.str, sizeof record.str);
@@ -93,13 +108,25 @@ struct Result {
   }
 };
 
-// Source and destination are at odd addresses, as in a host's row buffer.
+// Whether the destination may be the source: not between character sets, and not for text as bytes
+// of a record.
+inline bool works_in_place(const CS_DATAFMT& from, const CS_DATAFMT& to) {
+  const bool one_is_unicode =
+      (from.datatype == CS_UNICHAR_TYPE) != (to.datatype == CS_UNICHAR_TYPE);
+  if (!is_text(from.datatype)) return true;
+  if (is_text(to.datatype)) return !one_is_unicode && from.locale == to.locale;
+  return to.datatype != CS_VARBINARY_TYPE;
+}
+
+// Source and destination are at odd addresses, as in a host's row buffer. Where the destination may
+// be the source, the outcome is the same.
 inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT& to) {
   const CS_INT srctype = source.format.datatype;
   const CS_INT length =
       to.datatype == CS_UNICHAR_TYPE ? to.maxlength : comn_typelen(to.datatype, to.maxlength);
   const auto room = static_cast<std::size_t>(length);
-  std::vector<CS_BYTE> held(1 + source.bytes.size());
+  const std::size_t size = source.bytes.size();
+  std::vector<CS_BYTE> held(1 + std::max(size, room) + kGuard);
   std::ranges::copy(source.bytes, held.begin() + 1);
   std::vector<CS_BYTE> dest(1 + room + kGuard, kCanary);
   const CS_DATAFMT to_before = to;
@@ -113,12 +140,19 @@ inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT&
   EXPECT_EQ(0, std::memcmp(&to, &to_before, sizeof to)) << "the format is only read";
   result.bytes.assign(dest.begin() + 1, dest.end());
   EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;
+  if (!works_in_place(source.format, to)) return result;
+  Result in_place;
+  in_place.code =
+      routine(&context, &source.format, held.data() + 1, &to, held.data() + 1, &in_place.length);
+  in_place.bytes.assign(held.begin() + 1, held.end());
+  EXPECT_EQ(std::pair(result.code, result.length), std::pair(in_place.code, in_place.length));
+  if (result.code != CS_SUCCEED) return result;
+  auto written = static_cast<std::size_t>(result.length);
+  if (has_record(to.datatype) && written > 0)
+    written = 2 + static_cast<std::size_t>(result.as<CS_SMALLINT>());
+  EXPECT_EQ(result.first(written), in_place.first(written))
+      << srctype << " to " << to.datatype << " in place";
   return result;
-}
-
-constexpr bool has_length(CS_INT type) {
-  return type <= CS_IMAGE_TYPE || type == CS_SENSITIVITY_TYPE || type == CS_BOUNDARY_TYPE ||
-         type == CS_UNICHAR_TYPE;
 }
 
 Result convert(Context& context, CS_INT srctype, const auto& value, const CS_DATAFMT& to) {
@@ -218,8 +252,7 @@ inline std::string bytes_as(CS_INT type, const std::string& text) {
 }
 
 inline Encoded source_of(CS_INT type, const std::string& value) {
-  if (has_length(type) || type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE)
-    return text_as(type, table::text_of(value));
+  if (has_length(type) || has_record(type)) return text_as(type, table::text_of(value));
   std::string bytes = bytes_as(type, value);
   if (type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE) bytes.resize(sizeof(CS_NUMERIC));
   return {format_of(type), bytes};

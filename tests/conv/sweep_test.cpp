@@ -129,9 +129,6 @@ class Sweep {
   void expect_all_tried() const;
 
  private:
-  static bool has_record(CS_INT type) {
-    return type == CS_VARCHAR_TYPE || type == CS_VARBINARY_TYPE;
-  }
   static bool is_numeric(CS_INT type) { return type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE; }
   static bool is_integer(CS_INT type) { return type >= CS_TINYINT_TYPE && type <= CS_INT_TYPE; }
   static bool has_text(CS_INT type) { return has_length(type) || has_record(type); }

@@ -215,37 +215,6 @@ TEST(TwoByteText, OneObjectIdIsOneCharacterSet) {
   }
 }
 
-// Within one buffer, as far as it can hold both.
-TEST(InPlace, TheSourceIsReadBeforeItIsOverwritten) {
-  Context context;
-  const struct {
-    CS_CONV_FUNC routine;
-    CS_DATAFMT from, to;
-    std::string source, result;
-  } rows[] = {
-      {comn_chartochar, format_of(CS_CHAR_TYPE), format_of(CS_CHAR_TYPE, 9, kQuotes), "'a'bc'",
-       "''a''bc''"},
-      {comn_chartovarchar, format_of(CS_CHAR_TYPE), format_of(CS_VARCHAR_TYPE), "abc", "\3\0abc"s},
-      {comn_varchartochar, format_of(CS_VARCHAR_TYPE), format_of(CS_CHAR_TYPE, 9, kQuotes),
-       "\3\0'a'"s, "''a''"},
-      {comn_bintochar, format_of(CS_BINARY_TYPE), format_of(CS_CHAR_TYPE, 8, kTerm), "\x12\xAB\xF0",
-       "12ABF0\0"s},
-      {comn_bintounichar, format_of(CS_BINARY_TYPE), format_of(CS_UNICHAR_TYPE, 8), "\x12\xAB",
-       "1\0002\0A\0B\0"s},
-      {comn_i4tovarbin, format_of(CS_INT_TYPE), format_of(CS_VARBINARY_TYPE), "abcd", "\4\0abcd"s},
-      {comn_date4tobin, format_of(CS_DATETIME4_TYPE), format_of(CS_BINARY_TYPE, 4), "abcd", "abcd"},
-  };
-  for (auto row : rows) {
-    std::string buffer = row.source;
-    buffer.resize(300);
-    row.from.maxlength = static_cast<CS_INT>(row.source.size());
-    CS_INT length = 0;
-    EXPECT_EQ(kDone,
-              row.routine(&context, &row.from, buffer.data(), &row.to, buffer.data(), &length));
-    EXPECT_EQ(row.result, buffer.substr(0, row.result.size()));
-  }
-}
-
 TEST(UnicharText, PairsStayWholeAndMalformedTextIsReported) {
   Context context;
   const auto unichar = [](CS_INT room, CS_INT format = 0) {

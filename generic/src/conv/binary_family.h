@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -53,7 +54,13 @@ CS_RETCODE to_padded_text(Bytes bytes, const Conversion& call) {
   const auto room = static_cast<std::size_t>(call.destfmt->maxlength) / sizeof(Unit);
   const bool terminate = terminates(*call.destfmt);
   const std::size_t reserved = terminate && room > 0 ? 1 : 0;
-  const std::size_t written = write_hex<Unit>(bytes, dest, room - reserved);
+  // Of a record that its text replaces, the bytes begin after its length.
+  Bytes read = bytes.first(std::min(bytes.size(), room / 2));
+  if (call.dest == call.src) {
+    std::memmove(dest, read.data(), read.size());
+    read = {dest, read.size()};
+  }
+  const std::size_t written = write_hex<Unit>(read, dest, room - reserved);
   *call.destlen = static_cast<CS_INT>(written * sizeof(Unit));
   if (written == 2 * bytes.size() && (!terminate || reserved == 1)) {
     if constexpr (sizeof(Unit) == 1)
