@@ -15,7 +15,7 @@ namespace comnlib {
 namespace internal {
 
 template <class Word>
-[[gnu::always_inline]] inline void copy_ends(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
+void copy_ends(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
   Word first;
   Word last;
   std::memcpy(&first, src, sizeof first);

@@ -108,7 +108,8 @@ struct DateToCharacter : Character {
         : CharacterSetup(call), style(call) {}
     KeptDateStyle style;
   };
-  static CS_RETCODE convert(const auto& value, const Conversion& call, Setup& setup) {
+  [[gnu::always_inline]] static CS_RETCODE convert(const auto& value, const Conversion& call,
+                                                   Setup& setup) {
     DateTextBuffer buffer;
     const CS_RETCODE code = format_for(widened(value), call, setup.style, buffer);
     return code == CS_SUCCEED ? place<false>(buffer.text, call, setup.room) : code;

@@ -237,6 +237,10 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
 
 }  // namespace
 
+bool have_one_encoding(const CS_CONTEXT& context, const CS_DATAFMT& a, const CS_DATAFMT& b) {
+  return same_encoding(encoding_of(context, a), encoding_of(context, b));
+}
+
 CS_RETCODE internal::copy_any_to_character(Bytes text, bool utf16, const Conversion& call) {
   const std::span<CS_BYTE> room = room_of(call);
   if (text.empty() || room.empty())

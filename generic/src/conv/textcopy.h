@@ -56,10 +56,14 @@ inline Encoding source_encoding(bool utf16, const Conversion& call) {
   return utf16 ? kUtf16 : encoding_of(*call.context, *call.srcfmt);
 }
 
+// Whether text that one format describes is in the encoding of the other. Apart, so that the
+// callers below stay short.
+bool have_one_encoding(const CS_CONTEXT& context, const CS_DATAFMT& a, const CS_DATAFMT& b);
+
 // Whether text of the call's source format is in the encoding of its character destination.
 inline bool keeps_encoding(const Conversion& call) {
   return call.srcfmt->locale == call.destfmt->locale ||
-         same_encoding(source_encoding(false, call), encoding_of(*call.context, *call.destfmt));
+         have_one_encoding(*call.context, *call.srcfmt, *call.destfmt);
 }
 
 namespace internal {
@@ -88,9 +92,10 @@ CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call);
 // A text that fits, in the encoding of the destination, is copied and padded here.
 struct TextToCharacter : Character {
   struct Setup {
-    [[gnu::always_inline]] explicit Setup(const Conversion& call)
-        : room(CharacterRoom::of<CS_DFMT_ESCQUOTE>(*call.destfmt)) {
-      if (!keeps_encoding(call)) room.refuse_all();
+    [[gnu::always_inline]] explicit Setup(const Conversion& call) {
+      const bool kept = keeps_encoding(call);
+      room = CharacterRoom::of<CS_DFMT_ESCQUOTE>(*call.destfmt);
+      if (!kept) room.refuse_all();
     }
     CharacterRoom room;
   };

@@ -13,7 +13,8 @@ namespace comnlib {
 template <class Form>
 struct ToCharacter : Character {
   using Setup = CharacterSetup;
-  static CS_RETCODE convert(const auto& value, const Conversion& call, const Setup& setup) {
+  [[gnu::always_inline]] static CS_RETCODE convert(const auto& value, const Conversion& call,
+                                                   const Setup& setup) {
     const Form text(value, *call.destfmt);
     return place<Form::kCut>(text.view(), call, setup.room);
   }
