@@ -4,8 +4,8 @@ forms, record bytes, character sets and locales, faults, layouts, misuse, interr
   rowcopy_test.py ROWCOPY DATA_DIR HOME_DIR GUIDE INCLUDE_DIR C_COMPILER SHIM
 The guide's examples are run as they are. SHIM is preloaded to refuse files that have no name.
 Beside this file: values.csv, what becomes of single fields; cases, a folder for each copy, with its
-options, layout and rows, and the text, rejects and report that come of them; faulty_layouts, each
-with what is said of it in its first line."""
+options, layout and rows, and the text, rejects and report that come of them; misuse.csv; and
+faulty_layouts, each with what is said of it in its first line."""
 import csv
 import difflib
 import filecmp
@@ -347,24 +347,9 @@ def misuse(what, pattern, *arguments, **how):
 
 layout('a = int', 'b = float')
 write('t.csv', 'a,b\n17,2.25\n')
-for pattern, arguments in (
-        ('needs three files .*--help', []),
-        ('unknown option --fast', ['--fast', 't.layout', 't.csv', 'records']),
-        ('--section needs a value', ['t.layout', 't.csv', 'records', '--section']),
-        ('--delimiter is one ASCII character or its name, not "ab"', ['--delimiter', 'ab', 't.layout', 't.csv', 'records']),
-        ('--jobs is a number from 1 to 64, not "0"', ['-j0', 't.layout', 't.csv', 'records']),
-        ('--quote and --delimiter are the same', ['--quote', ',', 't.layout', 't.csv', 'records']),
-        ('cannot open configuration file none: No such file', ['none', 't.csv', 'records']),
-        ('cannot open none: No such file', ['t.layout', 'none', 'records']),
-        ('cannot read /: Is a directory', ['t.layout', '/', 'records']),
-        ('cannot write /dev/full: No space left', ['--text', '/dev/full', 't.layout', 't.csv', 'records']),
-        ('cannot open .*none/r: No such file', ['t.layout', 't.csv', 'none/r']),
-        (r'\./t\.csv is also t\.csv', ['t.layout', 't.csv', './t.csv']),
-        ('- is also -', ['--text', '-', 't.layout', 't.csv', '-']),
-        (r't.layout: has no section \[u\]', ['--section', 'u', 't.layout', 't.csv', 'records']),
-        ('"klingon" is no locale', ['--from', 'klingon', 't.layout', 't.csv', 'records']),
-        ('the localization home.s path has more than', ['--home', '/' + '0' * 999, 't.layout', 't.csv', 'records'])):
-    misuse('misuse', pattern, *arguments)
+for pattern, arguments in rows(f'{here}/misuse.csv')[1:]:
+    misuse('misuse', pattern, *shlex.split(arguments))
+misuse('a long path', "the localization home's path has more than", '--home', '/' + '0' * 999, 't.layout', 't.csv', 'records')
 write('u.csv', 'a,b\n1,2\n'.encode('utf-16'))
 misuse('UTF-16 in a character set', 'u.csv: begins with a byte order mark', '--from', 'cp1252', 't.layout', 'u.csv', 'records')
 

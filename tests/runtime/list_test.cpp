@@ -8,6 +8,7 @@
 #include "runtime/lmhash.h"
 #include "support/hosts.h"
 #include "support/stops.h"
+#include "support/table.h"
 
 namespace {
 
@@ -48,33 +49,17 @@ struct Fixture {
 
 // Each four bytes, 'Z' for those that the key lacks, are a digit to the base of 37.
 TEST(ListHash, FollowsTheRuleForAllBytes) {
-  const struct {
-    const char* label;
-    Text key;
-    CS_UINT number;
-  } rows[] = {
-      {"empty", "", 0},
-      {"sign of the last byte", Text("abc\x80"), 0xffffff80},
-      {"fill byte", "Z", 0x5a5a5a5a},
-      {"sign in the tail", Text("a\xff"), 0xffff5a5a},
-      {"zero group leaves nothing pending", Text("\0\0\0\0abcd", 8), 0x61626364},
-      {"tail after one group", "abcdef", 0x789eb7ce},
-      {"two groups", "abcdefgh", 0x789ec4dc},
-      {"tail after two", "abcdefghi", 0xd84cce26},
-      {"three groups", "abcdefghijkl", 0xd85cdf38},
-      {"tail after three", "abcdefghijklm", 0xb2c69d72},
-      {"four groups", "abcdefghijklmnop", 0xb2dab288},
-  };
-  for (const auto& [label, key, number] : rows) {
+  table::for_each_line("runtime/hashes.txt", [](const table::Fields& row) {
+    const Text key = table::text_of(row[0]);
+    const auto number = static_cast<CS_UINT>(std::stoul(row[1], nullptr, 16));
     const auto size = static_cast<CS_INT>(key.size());
-    EXPECT_EQ(number, lm___api_key_to_uint(key.data(), size)) << label;
-    for (const CS_UINT table : {2U, 10U, 997U}) {
-      const auto slots = static_cast<CS_INT>(table);
-      EXPECT_EQ(number % table, lm__api_key_to_hash(key.data(), size, slots)) << label;
-      EXPECT_EQ(number * 7 % (table - 1) + 1, lm__api_key_to_hash2(key.data(), size, slots))
-          << label;
+    EXPECT_EQ(number, lm___api_key_to_uint(key.data(), size));
+    for (const CS_UINT slots : {2U, 10U, 997U}) {
+      const auto count = static_cast<CS_INT>(slots);
+      EXPECT_EQ(number % slots, lm__api_key_to_hash(key.data(), size, count));
+      EXPECT_EQ(number * 7 % (slots - 1) + 1, lm__api_key_to_hash2(key.data(), size, count));
     }
-  }
+  });
 }
 
 // The letters of the elements in a list's own structures, those of a table sorted, the one at the
