@@ -16,6 +16,7 @@
 #include "support/dates.h"
 #include "support/hosts.h"
 #include "support/stride.h"
+#include "support/table.h"
 #include "support/translated.h"
 
 namespace {
@@ -23,33 +24,16 @@ namespace {
 using comnlib::Encoding;
 using translated::kUnicode, translated::translate, translated::utf16;
 
-struct Set {
-  const char *charset, *iconv_name;
-};
-constexpr Set kSets[] = {{"ascii", "ASCII"},       {"iso_1", "ISO-8859-1"},
-                         {"iso_2", "ISO-8859-2"},  {"iso_3", "ISO-8859-3"},
-                         {"iso_4", "ISO-8859-4"},  {"iso_5", "ISO-8859-5"},
-                         {"iso_6", "ISO-8859-6"},  {"iso_7", "ISO-8859-7"},
-                         {"iso_8", "ISO-8859-8"},  {"iso_9", "ISO-8859-9"},
-                         {"iso10", "ISO-8859-10"}, {"iso11", "ISO-8859-11"},
-                         {"iso13", "ISO-8859-13"}, {"iso14", "ISO-8859-14"},
-                         {"iso15", "ISO-8859-15"}, {"iso16", "ISO-8859-16"},
-                         {"cp437", "CP437"},       {"cp850", "CP850"},
-                         {"cp852", "CP852"},       {"cp855", "CP855"},
-                         {"cp857", "CP857"},       {"cp858", "CP858"},
-                         {"cp866", "CP866"},       {"cp874", "CP874"},
-                         {"cp1250", "CP1250"},     {"cp1251", "CP1251"},
-                         {"cp1252", "CP1252"},     {"cp1253", "CP1253"},
-                         {"cp1254", "CP1254"},     {"cp1255", "CP1255"},
-                         {"cp1256", "CP1256"},     {"cp1257", "CP1257"},
-                         {"cp1258", "CP1258"},     {"koi8", "KOI8-R"},
-                         {"koi8u", "KOI8-U"},      {"macroman", "MACINTOSH"},
-                         {"sjis", "SJIS"},         {"cp932", "CP932"},
-                         {"eucjp", "EUC-JP"},      {"cp936", "GBK"},
-                         {"big5", "BIG5"},         {"gb18030", "GB18030"},
-                         {"euckr", "EUC-KR"},      {"big5hkscs", "BIG5-HKSCS"},
-                         {"cp949", "CP949"},       {"euctw", "EUC-TW"},
-                         {"utf8", "UTF-8"}};
+// The name for iconv of each character set.
+const std::map<std::string, std::string>& iconv_names() {
+  static const auto names = [] {
+    std::map<std::string, std::string> read;
+    table::for_each_line("home/charsets.txt",
+                         [&](const table::Fields& row) { read[row[0]] = row[1]; });
+    return read;
+  }();
+  return names;
+}
 
 constexpr const char* kNone = "none";
 const auto kStride = static_cast<unsigned>(stride::between_values());
@@ -87,7 +71,7 @@ struct Group {
 class ShippedSets : public testing::Test {
  protected:
   ShippedSets() {
-    std::ifstream list(HOME_TESTS "/iconv_differences.txt");
+    std::ifstream list(COMNLIB_TESTS "/home/iconv_differences.txt");
     for (std::string line; std::getline(list, line);) {
       if (line.empty() || line[0] == '#') continue;
       std::istringstream fields(line);
@@ -125,11 +109,10 @@ class ShippedSets : public testing::Test {
 
 TEST_F(ShippedSets, AgreeWithIconv) {
   const Encoding utf8{context_.globals.utf8_charset, false};
-  for (const auto& [charset, iconv_name] : kSets) {
-    const std::string name = charset;
+  for (const auto& [name, iconv_name] : iconv_names()) {
     SCOPED_TRACE(name);
-    const Encoding own{context_.entry(charset, charset)->locchardesc, false};
-    Iconv decode("UTF-16LE", iconv_name), encode(iconv_name, "UTF-32LE");
+    const Encoding own{context_.entry(name.c_str(), name.c_str())->locchardesc, false};
+    Iconv decode("UTF-16LE", iconv_name.c_str()), encode(iconv_name.c_str(), "UTF-32LE");
     // Whether the sequence is a character of either.
     const auto sequence = [&](unsigned number, std::size_t length) {
       std::string bytes;
@@ -181,12 +164,11 @@ const std::set<std::string> kLanguages{"ar", "bn", "de", "en", "es", "fa", "fil"
                                        "ms", "or", "pa", "pl", "ps", "pt", "ru",  "sd", "sw",
                                        "ta", "te", "th", "tr", "ur", "vi", "yue", "zh"};
 
-// iconv's name of a codeset is the C library's.
 std::string charset_of(const std::string& codeset) {
   if (codeset == "TIS-620") return "iso11";
   if (codeset == "GB2312") return "cp936";
-  for (const Set& set : kSets)
-    if (codeset == set.iconv_name) return set.charset;
+  for (const auto& [name, iconv_name] : iconv_names())
+    if (codeset == iconv_name) return name;
   return "none";
 }
 
@@ -228,39 +210,11 @@ TEST(ShippedNames, ServeTheCLibrarysList) {
 
 TEST(ShippedNames, UsualSpellings) {
   hosts::ShippedContext context;
-  const std::pair<const char*, const char*> rows[] = {
-      {"pt_BR.utf8", "portuguese utf8"},
-      {"en_US.UTF8", "us_english utf8"},
-      {"sd_IN.UTF-8", "sindhi_arabic utf8"},
-      {"sd_IN@devanagari", "sindhi utf8"},
-      {"jv", "javanese iso_1"},
-      {"pt_BR.ISO88591", "portuguese iso_1"},
-      {"es_MX.ISO8859-1", "spanish iso_1"},
-      {"es_ES.UTF-8@euro", "spanish utf8"},
-      {"it_IT.iso885915@euro", "italian iso15"},
-      {"pl_PL.CP1250", "polish cp1250"},
-      {"ru_RU.KOI8R", "russian koi8"},
-      {"ru_RU.cp866", "russian cp866"},
-      {"ru_RU.windows-1251", "russian cp1251"},
-      {"fr_FR.latin1", "french iso_1"},
-      {"ja_JP.shift_jis", "japanese sjis"},
-      {"ja_JP.eucJP", "japanese eucjp"},
-      {"ja_JP.ujis", "japanese eucjp"},
-      {"ko_KR.UHC", "korean cp949"},
-      {"zh_CN.gb18030", "chinese gb18030"},
-      {"zh_HK.Big5-HKSCS", "chinese_traditional big5hkscs"},
-      {"hi_IN", "hindi utf8"},
-      {"ar_EG.cp1256", "arabic cp1256"},
-      {"sv_SE", "us_english iso_1"},
-      {"uz_UZ.utf8@cyrillic", "us_english utf8"},
-      {"en_US.CP1253", "us_english cp1253"},
-      {"turkish", "turkish iso_9"},
-      {"tr", "turkish iso_9"},
-      {"thai.utf8", "thai utf8"}};
-  for (const auto& [name, is] : rows) {
-    const CsLocNames names = look_up(context, name);
-    EXPECT_EQ(is, std::string(names.lang) + ' ' + names.charset) << name;
-  }
+  table::for_each_line("home/spellings.txt", [&](const table::Fields& row) {
+    const CsLocNames names = look_up(context, row[0]);
+    EXPECT_EQ(row[1], names.lang);
+    EXPECT_EQ(row[2], names.charset);
+  });
 }
 
 // The locales of locales.dat: name, and the rest of the line.
