@@ -71,16 +71,12 @@ struct Group {
 class ShippedSets : public testing::Test {
  protected:
   ShippedSets() {
-    std::ifstream list(COMNLIB_TESTS "/home/iconv_differences.txt");
-    for (std::string line; std::getline(list, line);) {
-      if (line.empty() || line[0] == '#') continue;
-      std::istringstream fields(line);
-      std::string set, direction;
-      Group group{};
-      fields >> set >> direction >> std::hex >> group.first >> group.last >> std::dec;
-      EXPECT_TRUE(fields >> group.listed) << line;
-      groups_[set + ' ' + direction].push_back(group);
-    }
+    const auto bytes = [](const std::string& hex) {
+      return static_cast<unsigned>(std::stoul(hex, nullptr, 16));
+    };
+    table::for_each_line("home/iconv_differences.txt", [&](const table::Fields& row) {
+      groups_[row[0]].push_back({bytes(row[1]), bytes(row[2]), table::number(row[3]), 0});
+    });
   }
   ~ShippedSets() override {
     for (const auto& [what, groups] : groups_)
