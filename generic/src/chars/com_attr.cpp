@@ -50,7 +50,7 @@ const CS_BYTE* map_in(const CS_BYTE* image, ImageMap map) {
   return map.size == 0 ? nullptr : image + map.offset;
 }
 
-// A type table is bytes throughout, so it may lie anywhere in an image.
+// A type table consists of bytes, so it may be at any address in an image.
 const char_map* type_map_at(const CS_BYTE* at) {
   static_assert(alignof(char_map) == 1);
   return reinterpret_cast<const char_map*>(at);

@@ -37,13 +37,13 @@ CS_INT width(const char_attrib& attrib, CS_BYTE first) {
   return attrib.cs_width_map == nullptr ? 1 : attrib.cs_width_map[first] & 0x0F;
 }
 
-// How far a walk over a text goes: a width of 0 would never end it.
+// The bytes to advance by, at least 1: a width of 0 would never end a walk.
 CS_INT step(const char_attrib& attrib, CS_BYTE first) {
   return std::max(width(attrib, first), 1);
 }
 
-// Case forms that take more than one look-up: two-byte characters, and single bytes of which the
-// table says nothing, which are copied with all bytes of their character.
+// Case forms that need more than one look-up: those of two-byte characters, and of single bytes
+// whose entry is 0, which are copied with all bytes of their character.
 void copy_case(const char_attrib& set, const char_map& first, const CS_BYTE* ch, CS_BYTE* dst,
                CS_BYTE char_map::*form) {
   if (is_lead(first)) {

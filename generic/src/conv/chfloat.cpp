@@ -1,7 +1,7 @@
 // Decimal text to double through std::from_chars, which does not depend on the process's locale. It
-// reads plain bytes in place. From any other text the digits that decide the value are collected
-// first, and also from a literal at an end of double's range: its result code depends on more than
-// the nearest double.
+// reads plain bytes in place. For any other text, and for a literal at an end of double's range,
+// the digits that decide the value are collected first: the result code depends on more than the
+// nearest double.
 #include "conv/chfloat.h"
 
 #include <algorithm>

@@ -10,7 +10,7 @@
 namespace comnlib {
 namespace {
 
-// What a magnitude becomes that is larger than any integer's.
+// Represents every magnitude that is larger than any integer's.
 constexpr std::uint64_t kSaturated = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
@@ -18,7 +18,7 @@ std::uint64_t append_digit(std::uint64_t magnitude, unsigned digit) {
   return magnitude > kLastSafe ? kSaturated : magnitude * 10 + digit;
 }
 
-// The digits that the reader is at, in one register as long as it holds them.
+// Reads the digits that come next, in one register as long as it can hold them.
 template <class Reader>
 [[gnu::always_inline]] inline std::uint64_t scan_digits(Reader& reader, bool& any) {
   const auto next = [&reader] {

@@ -1,4 +1,4 @@
-// The frame around a whole column: what it needs of each routine to convert without calling it.
+// What the frame of a whole column needs from each routine, to convert without calling it.
 #pragma once
 
 #include "comnlib/column.h"

@@ -138,7 +138,7 @@ constexpr bool is_numeric(CS_INT datatype) {
   return is_of<Family::numeric>(datatype);
 }
 
-// Whether stored bytes are a value of their type: every type but these has all of them.
+// Whether stored bytes are a valid value of their type. In all other types every content is valid.
 template <Family kFamily>
 constexpr bool is_in_domain(const auto& value) {
   if constexpr (kFamily == Family::bit) return value <= 1;

@@ -10,10 +10,10 @@
 //                        ends with another length stores it itself
 //   kStoresLength        present and true where every conversion does
 //   convert(value, call) writes the result and returns its code
-// Either may have a Setup, which is made of a call and given to read() or convert() as their last
-// argument: what depends on the formats and the context alone, and is found once for a column.
-// Neither knows of null pointers or the trace: they are the core, to which two frames give one
-// value at a time, that of a routine and that of a run of a column's values.
+// Either may have a Setup, which is made from a call and is the last argument of read() or
+// convert(). It holds what depends only on the formats and the context, and is made once for a
+// column. Neither knows of null pointers or the trace. They are the core, and two frames give them
+// one value at a time: that of a routine, and that of a run of a column's values.
 #pragma once
 
 #include <cstring>
@@ -58,8 +58,8 @@ struct Conversion {
   check_pointer(call.destlen, site);
 }
 
-// Opens the members that convert nothing, too: after it they stop, at one line for their own
-// destination datatype and at another for every other.
+// Members that convert nothing begin with it too, and then stop: at one line for their own
+// destination datatype and at another line for any other.
 template <class Source>
 [[gnu::always_inline]] inline void check_source(const Conversion& call,
                                                 CallSite site = CallSite::current()) {
@@ -82,7 +82,8 @@ struct SetupOf<T> {
   using Type = typename T::Setup;
 };
 
-// Converts values whose formats are those of the call that it is made of, lengths aside.
+// Converts values whose formats, except for their lengths, are those of the call that it is made
+// from.
 template <class Source, class Target>
 class Core {
  public:
@@ -212,7 +213,7 @@ struct Member {
   }
 };
 
-// What COMNLIB_MEMBER joined under a name.
+// The source and target that COMNLIB_MEMBER joined under a name.
 template <CS_CONV_FUNC kRoutine>
 struct MemberOf;
 

@@ -43,7 +43,7 @@ struct MoneyToBit : Bit {
   }
 };
 
-// Markers take the precision and scale that hold every money value.
+// CS_USE_SRCVALUE takes the precision and scale that hold every money value.
 struct MoneyToNumeric : ExactToNumeric {
   static CS_RETCODE convert(const auto& value, const Conversion& call) {
     constexpr CS_INT kPrecisionOfMoney = 19;
@@ -53,7 +53,7 @@ struct MoneyToNumeric : ExactToNumeric {
   }
 };
 
-// With as many decimals as the destination's precision asks for. Without grouping no text fills the
+// Has as many decimals as the destination's precision asks for. Without grouping no text fills the
 // buffer.
 class MoneyText {
  public:

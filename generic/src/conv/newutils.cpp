@@ -12,7 +12,7 @@
 namespace comnlib {
 namespace {
 
-// Fills whole units only; the first byte of each is `low`, any second one zero.
+// Fills whole units only. The first byte of each is `low`; a second one is zero.
 void fill_units(std::span<CS_BYTE> room, std::size_t unit, CS_BYTE low) {
   const std::size_t whole = room.size() - room.size() % unit;
   std::ranges::fill(room.first(whole), CS_BYTE{0});
@@ -104,7 +104,7 @@ CS_RETCODE comn_fixedtovarbin(COMNLIB_CONVERSION_PARAMETERS, CS_INT size) {
   require(destfmt->datatype == CS_VARBINARY_TYPE && size >= 0);
   const CS_INT kept = std::min<CS_INT>(size, CS_MAX_CHAR);
   auto* record = static_cast<CS_BYTE*>(dest);
-  // The value is copied first: it may be where the length is stored.
+  // The value is copied first, since it may lie where the length is stored.
   std::memmove(record_bytes(record), src, static_cast<std::size_t>(kept));
   store(record, static_cast<CS_SMALLINT>(kept));
   *destlen = sizeof(CS_VARBINARY);

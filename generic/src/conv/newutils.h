@@ -20,7 +20,7 @@ CS_RETCODE comn__padchar(CS_INT length, const CS_DATAFMT* destfmt, CS_VOID* dest
 CS_RETCODE comn__padbin(CS_INT length, const CS_DATAFMT* destfmt, CS_VOID* dest, CS_INT* resultlen);
 
 // The two-byte-unit counterpart of comn__padchar: blanks and terminators are whole UTF-16 code
-// units in host byte order. Blanks leave an odd byte at the end of the buffer as it was, NULs fill
+// units in host byte order. Blanks leave an odd byte at the end of the buffer unchanged; NULs fill
 // it.
 CS_RETCODE comn__padunichar(CS_INT length, const CS_DATAFMT* destfmt, CS_VOID* dest,
                             CS_INT* resultlen);

@@ -63,7 +63,7 @@ struct ToFloat : Type {
 
   static CS_RETCODE convert(std::floating_point auto value, const Conversion& call) {
     if constexpr (sizeof(T) < sizeof value) {
-      // Every double beyond the largest single, those that would round down to it included.
+      // Doubles beyond the largest single, including those that would round down to it.
       constexpr T kHighest = std::numeric_limits<T>::max();
       if (std::fabs(value) > CS_FLOAT{kHighest}) {
         store(call.dest, value < 0 ? -kHighest : kHighest);
@@ -75,7 +75,7 @@ struct ToFloat : Type {
   }
 };
 
-// From the type itself, as bytes: a signaling NaN would not survive a register.
+// To the same type the bytes are copied: a signaling NaN would not survive a register.
 template <class Type>
 struct FloatToItself : Type {
   static CS_RETCODE convert(const typename Type::Value&, const Conversion& call) {

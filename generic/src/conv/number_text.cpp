@@ -1,5 +1,5 @@
-// Numbers as text. One product with a power of ten gives the 17 digits of a double, unless it
-// leaves open which way they round.
+// Numbers as text. One product with a power of ten gives the 17 digits of a double, unless it is
+// too close to a tie to round.
 #include "conv/number_text.h"
 
 #include <emmintrin.h>
@@ -68,8 +68,8 @@ std::uint64_t product(std::uint32_t a, std::uint32_t b) {
 }
 
 // The decimal exponent of a magnitude, rounded down. Between two powers of two there is at most one
-// power of ten. A power that agrees with the magnitude in 64 bits may be larger, but by less than
-// the digits show.
+// power of ten. A power that agrees with the magnitude in 64 bits may be larger, but by less than a
+// unit of the last digit.
 int decimal_exponent(const BinaryFloat& value) {
   const int exponent = floor_log10_of_power_of_two(value.exponent);
   const int next = exponent + 1;
@@ -95,7 +95,7 @@ Significand multiply(std::uint64_t significand, const Significand& power) {
   return result;
 }
 
-// Rounded to the nearest; nothing where the product is too close to a tie to tell.
+// Rounds to the nearest; nothing where the product is too close to a tie.
 std::optional<DecimalFloat> decimal_of(const BinaryFloat& value) {
   constexpr std::uint64_t kMost = 100'000'000'000'000'000;
   const int exponent = decimal_exponent(value);
@@ -160,7 +160,7 @@ char* write_scientific(const DecimalFloat& decimal, char* at) {
 }
 
 // Writes the digits after a point and zeros, or with a point among them, and returns their end.
-// Bytes written after the end mean nothing.
+// Bytes after the end may be overwritten.
 char* write_fixed(const DecimalFloat& decimal, char* at) {
   if (decimal.exponent < 0) {
     std::memcpy(at, ".000", 4);

@@ -1,5 +1,5 @@
-// Short numbers of text, stored in each type of number. A false result stores nothing: the value is
-// out of range, or has decimals that the type would drop, and is left to the type's own reader.
+// Short numbers in text, stored in each type of number. False, with nothing stored, when the value
+// is out of range or has decimals that the type would drop: then the type's own reader decides.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@ struct ShortInteger {
   [[gnu::always_inline]] static bool store(const ShortDecimal& number, const Conversion& call) {
     using T = typename Type::Value;
     using Signed = std::conditional_t<(sizeof(T) < sizeof(std::int64_t)), CS_INT, std::int64_t>;
-    // The magnitude of the lowest value is left to the reader.
+    // The lowest value is left to the reader.
     constexpr std::uint64_t kHighest = std::numeric_limits<T>::max();
     const bool below_zero = number.negative && number.digits != 0;
     if (number.digits > kHighest || (below_zero && !std::numeric_limits<T>::is_signed))
@@ -81,7 +81,7 @@ struct ShortMoney4 {
   }
 };
 
-// Of up to 38 digits, in as many bytes as a short value is stored in at once.
+// For up to 38 digits, which take no more bytes than a short value is stored in at once.
 struct ShortNumeric {
   static constexpr bool kWithPoint = true;
   [[gnu::always_inline]] static bool store(const ShortDecimal& number, const Conversion& call) {

@@ -83,7 +83,7 @@ class AsciiForm {
   bool valid_ = true;
 };
 
-// By a parser of money text, whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
+// Reads money by a parser whose status is 0, 1 (overflow) or 2 (syntax). UTF-16 is parsed in the
 // form that reads as ISO 8859-1, in which currency signs have a place.
 template <class Value, class Parse>
 CS_RETCODE text_to_amount(const Text& text, const Conversion& call, Parse parse) {
@@ -148,7 +148,7 @@ void write_bytes(HexDigits<Reader> digits, std::span<CS_BYTE> room) {
 
 struct HexRead {
   bool valid;
-  std::size_t bytes;    // that the digits describe
+  std::size_t bytes;    // of the whole text
   std::size_t written;  // as many of them as had room
 };
 

@@ -1,6 +1,6 @@
 // The conversions of text to every type, for character data, varchar and Unicode-character data.
-// Targets that read a number or a date go by the ASCII forms of characters, so that all three
-// share one body.
+// Targets that read a number or a date use the ASCII forms of characters, so that all three share
+// one body.
 #pragma once
 
 #include "chars/text.h"
@@ -61,7 +61,7 @@ struct UnicharLiteral : UnicharSource {
   }
 };
 
-// A target that serves what `Type` does, by a function. A text that is not valid gives length 0.
+// A target that writes `Type` by a function. A text that is not valid gives length 0.
 template <class Type, auto kConvert>
 struct TextTarget : Type {
   static constexpr CS_INT kLength = 0;
@@ -70,8 +70,8 @@ struct TextTarget : Type {
   }
 };
 
-// Calls it with the members of text and call as arguments, so that their caller keeps these in
-// registers.
+// Calls the function with the members of text and call as arguments, so that the caller keeps them
+// in registers.
 template <auto kConvert>
 [[gnu::noinline]] CS_RETCODE convert_apart(const CS_BYTE* bytes, std::size_t size,
                                            const char_attrib* attrib, bool utf16, bool ascii_based,
@@ -80,7 +80,7 @@ template <auto kConvert>
                   Conversion{context, srcfmt, src, destfmt, dest, destlen});
 }
 
-// The same of numbers, whose short texts, those of most columns, do without the function.
+// The same for numbers. Short texts, which most columns have, are read without the function.
 template <class Type, class Short, auto kConvert>
 struct NumberTarget : Type {
   static constexpr CS_INT kLength = 0;

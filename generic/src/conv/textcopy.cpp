@@ -67,7 +67,7 @@ CS_INT fitting_bytes(Text text, CS_INT room) {
   return length;
 }
 
-// The same of UTF-16. A cut keeps neither half a unit nor the first half of a pair.
+// The same for UTF-16. A cut never keeps half a unit or the first half of a pair.
 CS_INT fitting_utf16(Bytes text, CS_INT room) {
   constexpr CS_INT kUnit = sizeof(CS_UNICHAR);
   if (size_of(text) <= room) return size_of(text);

@@ -71,7 +71,7 @@ namespace internal {
 CS_RETCODE copy_any_to_character(Bytes text, bool utf16, const Conversion& call);
 CS_RETCODE copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call);
 
-// Calls them with the call's members as arguments, so that their caller keeps these in registers.
+// Calls a routine with the call's members as arguments, so that the caller keeps them in registers.
 template <auto kCopy>
 [[gnu::cold, gnu::noinline]] CS_RETCODE copy_in_general(const CS_BYTE* bytes, std::size_t size,
                                                         bool utf16, COMNLIB_CONVERSION_PARAMETERS) {

@@ -9,8 +9,8 @@
 
 namespace comnlib {
 
-// Starts the destination's record: CS_CVT_PRECISION or CS_CVT_SCALE where the format's are not
-// valid, with nothing written.
+// Begins a destination record with the format's precision and scale. CS_CVT_PRECISION or
+// CS_CVT_SCALE, with nothing written, when they are not valid.
 inline CS_RETCODE open_numeric(CS_INT precision, CS_INT scale, CS_NUMERIC& numeric) {
   if (!is_precision(precision)) return CS_CVT_PRECISION;
   if (!is_scale(scale)) return CS_CVT_SCALE;
@@ -19,8 +19,8 @@ inline CS_RETCODE open_numeric(CS_INT precision, CS_INT scale, CS_NUMERIC& numer
   return CS_SUCCEED;
 }
 
-// The whole record is written and counted; after the magnitude it is zero. A marker that asks for
-// the source's precision is not valid: these sources have none.
+// The whole record is written and counted; after the magnitude it is zero. CS_USE_SRCVALUE is not
+// valid, since these sources have no precision.
 struct ToNumeric : Numeric {
   static CS_RETCODE convert(auto value, const Conversion& call) {
     auto& numeric = *static_cast<CS_NUMERIC*>(call.dest);
@@ -44,8 +44,8 @@ struct ExactToNumeric : Numeric {
   static constexpr CS_INT kLength = 0;
 };
 
-// Places an exact value: a marker in the format takes the source's precision or scale. The bytes of
-// the precision are written and counted. `fill` stores the value in a record of that size.
+// Places an exact value; CS_USE_SRCVALUE in the format takes the source's precision or scale. The
+// bytes of the precision are written and counted. `fill` stores the value in a record of that size.
 template <class Fill>
 CS_RETCODE place_numeric(CS_INT source_precision, CS_INT source_scale, const Conversion& call,
                          Fill fill) {

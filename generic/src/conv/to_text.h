@@ -1,6 +1,6 @@
 // The text targets of every family whose values have a textual form. A Form is made of a value and
-// the destination's format and converts to the text, which is ASCII; `kCut` says what becomes of
-// text that does not fit.
+// the destination's format and converts to the text, which is ASCII; `kCut` says whether text that
+// does not fit is cut or becomes "*".
 #pragma once
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Text of money values, both ways. Formatting rounds once, on the magnitude. Reading accumulates
-// the magnitude and applies the sign at the end, but it asks for the sign wherever the magnitude of
-// the smallest value comes up, which no positive value has.
+// the magnitude and applies the sign at the end. Only where the magnitude is that of the smallest
+// value, which no positive value has, does it look at the sign before.
 #include "exact/cvtmny.h"
 
 #include <algorithm>
@@ -78,7 +78,7 @@ CS_CHAR* format_backwards(Units value, CS_CHAR* buf, CS_INT buflen, CS_INT flags
 
 namespace {
 
-// Takes a text apart character by character.
+// Reads a text character by character.
 class Characters {
  public:
   Characters(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)
@@ -88,7 +88,7 @@ class Characters {
 
   bool done() const { return at_ == end_; }
   bool is_space() const { return has(&comn_isspace, ~0); }
-  // The lexical classes of the built-in table know no currency.
+  // The built-in table has no lexical class for currency signs.
   bool is_currency() const {
     if (charset_.cs_type_map == ISO_1_type_map) return !done() && latin1::is_currency(*at_);
     return has(&comn_get_lex, COMN_LEX_CURRENCY);
@@ -97,7 +97,7 @@ class Characters {
  protected:
   using Query = CS_INT (*)(const char_attrib*, const CS_BYTE*);
 
-  // The tables may take a last byte for the first of two, whatever its width.
+  // The tables may take the last byte for the first of two, whatever its width.
   bool has(Query query, CS_INT mask) const {
     if (done()) return false;
     const CS_BYTE pair[] = {*at_, end_ - at_ > 1 ? at_[1] : CS_BYTE{0}};
@@ -109,7 +109,7 @@ class Characters {
   const char_attrib& charset_;
 };
 
-// Of a set without widths: each byte is a character.
+// For sets without widths: each byte is a character.
 class SingleByteText : public Characters {
  public:
   using Characters::Characters;
@@ -118,7 +118,8 @@ class SingleByteText : public Characters {
   void advance() { ++at_; }
 };
 
-// Multibyte sets. A character cut off by the end of the text is neither space nor currency sign.
+// For multibyte sets. A character cut off by the end of the text is neither space nor currency
+// sign.
 class MultibyteText : public Characters {
  public:
   MultibyteText(std::basic_string_view<CS_CHAR> text, const char_attrib& charset)

@@ -21,7 +21,7 @@ constexpr Limb kNine = 1'000'000'000;
 constexpr int kGroupDigits = kLimbDigits / 9 * 9;
 constexpr Limb kGroup = kGroupDigits == 9 ? kNine : static_cast<Limb>(Wide{kNine} * kNine);
 
-// Groups of the values that are taken apart this way: those of 32 bytes, which have 78 digits.
+// The most groups of a value that is split this way: 32 bytes have 78 digits.
 constexpr std::size_t kMostGroups = (CS_MAX_PREC + 1 + kGroupDigits - 1) / kGroupDigits;
 
 // 1 / kGroup^n in units of 2^(-2n limbs), rounded up: n + 1 limbs.
@@ -32,7 +32,7 @@ struct Reciprocal {
 consteval std::array<Reciprocal, kMostGroups + 1> reciprocals() {
   std::array<Reciprocal, kMostGroups + 1> table{};
   for (std::size_t n = 1; n <= kMostGroups; ++n) {
-    // The quotient of 2^(2n limbs) - 1, and one more.
+    // The quotient of 2^(2n limbs) - 1, plus one.
     std::array<Limb, 2 * kMostGroups> quotient{};
     for (std::size_t at = 0; at < 2 * n; ++at) quotient[at] = ~Limb{0};
     for (std::size_t division = 0; division < n; ++division) {
@@ -151,7 +151,7 @@ void split_groups(Limbs value, std::size_t n, Limb* group) {
   multiply_high(value, n, quotient.data());
   Limb* fraction = &quotient[1];
   Limb* const end = fraction + n;
-  // Units that make up for what was dropped, times the group.
+  // The units that make up for the dropped limbs, times the group.
   Wide added = Wide{n} * kGroup;
   for (; fraction != end; added = kGroup) {
     const auto carry = static_cast<Limb>((Wide{*fraction++} * kGroup + added) >> kLimbBits);
@@ -159,7 +159,7 @@ void split_groups(Limbs value, std::size_t n, Limb* group) {
   }
 }
 
-// Values of longer records, which no host has, from the last digit on.
+// Writes values of longer records, which no host has, from the last digit on.
 char* put_long(Limbs value, char* end) {
   Magnitude rest;
   rest.assign(value);

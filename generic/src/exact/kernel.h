@@ -1,6 +1,6 @@
 // The parts of the kernel that work on unpacked magnitudes, for the routines of this room that
-// would otherwise pass through bytes. Those that close an operation are inlined by force: their
-// working records then stay out of memory.
+// would otherwise pass through bytes. The routines that end an operation are always inlined, so
+// that their working records stay in registers.
 #pragma once
 
 #include "exact/record.h"

@@ -18,7 +18,7 @@ class ColumnSum {
             : "cc");
   }
 
-  // Takes off the lowest limb.
+  // Removes and returns the lowest limb.
   Limb shift() {
     const Limb low = low_;
     low_ = middle_;
@@ -33,8 +33,8 @@ class ColumnSum {
   Limb top_ = 0;
 };
 
-// Subtracts factor * divisor from the limbs at `from`, one more than the divisor's; whether that
-// borrowed beyond them.
+// Subtracts factor * divisor from the limbs at `from`, one more than the divisor has; returns
+// whether that borrowed beyond them.
 bool subtract_product(Limb* from, const Limb* divisor, std::size_t size, Limb factor) {
   Limb carry = 0;
   for (std::size_t at = 0; at < size; ++at) {
@@ -108,7 +108,7 @@ void multiply(Limbs a, Limbs b, Magnitude& product) {
 
 // Long division by limbs (Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm D):
 // the divisor is shifted until its top bit is set, then each estimated digit is at most one too
-// many, which shows as a borrow and is corrected by adding the divisor back.
+// large. That shows as a borrow and is corrected by adding the divisor back.
 void divide(Limbs dividend, Limbs divisor, Magnitude& quotient, Magnitude& remainder) {
   require(!divisor.empty() && dividend.size() < Magnitude::kCapacity);
   require(are_apart(dividend, quotient) && are_apart(divisor, quotient) &&

@@ -60,7 +60,7 @@ class Magnitude {
     trim(sizeof value / kLimbBytes);
   }
 
-  // For the operations of this module: raw access, and the cut to the normal form.
+  // For the operations of this module: the limbs themselves, and the cut to the normal form.
   Limb* data() { return limb_; }
   void trim(std::size_t size) {
     while (size > 0 && limb_[size - 1] == 0) --size;
@@ -72,8 +72,8 @@ class Magnitude {
   Limb limb_[kCapacity];  // beyond size_ never read
 };
 
-// Whether a division's remainder is at least half of the divisor. Every rounding of this room, half
-// away from zero on magnitudes, is this.
+// Whether the remainder of a division is at least half of the divisor. All rounding in this room,
+// half away from zero on magnitudes, uses it.
 constexpr bool rounds_up(Limb remainder, Limb divisor) {
   return remainder >= divisor - remainder;
 }
@@ -266,8 +266,9 @@ inline Limb divide_by(Magnitude& value, Limb divisor) {
   return remainder;
 }
 
-// A quotient digit of at most one too many, from the top three limbs at `top` (most significant at
-// top[2]) and the top two of the divisor, whose highest bit is set. Exact for a divisor of two.
+// An estimate of a quotient digit that is at most one too large, from the top three limbs at `top`
+// (most significant at top[2]) and the top two of the divisor, whose highest bit is set. Exact for
+// a divisor of two.
 inline Limb estimate_digit(const Limb* top, Limb divisor_high, Limb divisor_next) {
   Limb digit;
   Limb rest;
@@ -324,7 +325,8 @@ inline Limbs power_of_ten(int exponent) {
 // value := value * 10^exponent, for exponents of 0 to 77.
 void scale_up(Magnitude& value, int exponent);
 
-// value := value / 10^exponent for any exponent from 0 on; whether nonzero digits were dropped.
+// value := value / 10^exponent for any exponent from 0 on; returns whether nonzero digits were
+// dropped.
 bool scale_down(Magnitude& value, int exponent);
 
 // Whether value >= 10^precision; nothing that a record holds reaches a power above 77.

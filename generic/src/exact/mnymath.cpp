@@ -1,4 +1,4 @@
-// The places of money arithmetic where more than 64 bits are needed, or an odd rule holds.
+// The parts of money arithmetic that need more than 64 bits or follow an unusual rule.
 #include "exact/mnymath.h"
 
 #include "exact/wide.h"

@@ -14,7 +14,7 @@
 namespace comnlib::money {
 
 using Units = std::int64_t;
-using Absolute = std::uint64_t;  // of every Units, that of the smallest included
+using Absolute = std::uint64_t;  // of every Units, the smallest included
 
 constexpr int kDecimals = 4;
 constexpr std::uint32_t kUnitsOfOne = 10000;
@@ -49,7 +49,7 @@ constexpr std::optional<Units> checked_value(Absolute absolute, bool negative) {
   return signed_value(absolute, negative);
 }
 
-// value := value / divisor, which is not zero; returns the remainder. On a short word by the
+// value := value / divisor, which is not zero; returns the remainder. With short words it uses the
 // processor's own division, since the compiler would call a library routine.
 inline Limb divide_small(Absolute& value, Limb divisor) {
   Limb remainder;
@@ -90,8 +90,8 @@ std::optional<Units> quotient(Units a, Units b);
 Absolute rounded_absolute(Units value, CS_INT ndigits);
 
 // A money value as an integer: toward zero, but a negative value whose removed part is one half or
-// more goes one further down when the low 32 bits of its integer part are 0. So -0.5 becomes -1, as
-// does -1.5; callers depend on it.
+// more goes one further down when the low 32 bits of its integer part are 0. So -0.5 becomes -1,
+// but -1.5 becomes -1 too; callers depend on it.
 Units integer_part(Units value);
 
 }  // namespace comnlib::money

@@ -54,7 +54,7 @@ consteval std::array<CS_BYTE, 35> precisions() {
   return table;
 }
 
-// Magnitudes of any two lengths, without leaving the byte layout.
+// Compares magnitudes of any two lengths in the byte layout.
 int compare_lengths(std::span<const CS_BYTE> a, std::span<const CS_BYTE> b) {
   for (; a.size() > b.size(); a = a.subspan(1)) {
     if (a.front() != 0) return 1;

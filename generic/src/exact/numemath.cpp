@@ -12,7 +12,7 @@ namespace {
 // Bytes that dividend, quotient and one more may take together in a division.
 constexpr std::size_t kDivisionRoom = 132;
 
-// Unsigned long division within the room that there is for it; the divisor is not zero.
+// Unsigned long division within the room of a division; the divisor is not zero.
 CS_INT divide_within_room(Limbs dividend, Limbs divisor, Magnitude& quotient,
                           Magnitude& remainder) {
   const std::size_t length = byte_length(dividend);
@@ -152,7 +152,8 @@ CS_INT com__exctnume_scale(constant* inval, constant* outval, CS_INT scale) {
 CS_INT com__exctnume_round(const constant* op, CS_INT scale, constant* result) {
   SignedMagnitude value;
   unpack_record(*op, value);
-  // No scale is so low that the digits to remove would have to be counted beyond all precisions.
+  // Scales lower than this remove all digits as well; the bound keeps the difference from
+  // overflowing.
   int digits = op->scale - std::max<CS_INT>(scale, -std::numeric_limits<CS_BYTE>::max());
   if (scale <= 0) digits = std::min<int>(digits, op->prec);
   digits = std::max(digits, 0);

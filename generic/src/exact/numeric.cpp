@@ -1,4 +1,5 @@
-// Conversions of exact numerics. Text goes through limbs as many digits at a time as one holds.
+// Conversions of exact numerics. Text is read and written through limbs, as many digits at a time
+// as a limb holds.
 #include "exact/numeric.h"
 
 #include <emmintrin.h>
@@ -57,7 +58,7 @@ class LiteralScanner {
   }
 
  private:
-  // Beyond what any length of text can make up for.
+  // So large that no length of text can make up for it.
   static constexpr std::int64_t kMaxExponent = std::int64_t{1} << 40;
 
   static std::int64_t exponent_of(std::string_view digits) {
@@ -103,7 +104,8 @@ std::uint32_t eight_digits(const char* text) {
   return high * 10'000 + low;
 }
 
-// The digits of a literal in order, on both sides of the point. The literal outlives it.
+// The digits of a literal in order, on both sides of the point. The literal must outlive the
+// object.
 class DigitRun {
  public:
   explicit DigitRun(const Literal& literal)
@@ -163,7 +165,7 @@ int decimal_digits(Limbs value) {
   return digits;
 }
 
-// The value of a literal at a scale, with what had to be left out of it.
+// The value of a literal at a scale, and what was dropped from it.
 struct Scaled {
   SignedMagnitude number;
   bool fits = true;
@@ -187,7 +189,8 @@ void scale_literal(const Literal& literal, int scale, bool rounding, Scaled& to)
   Magnitude& value = to.number.magnitude;
   run.accumulate(first, kept, value);
   if (surplus > 0) {
-    // With more decimals than digits, the first one dropped is a zero that was not written.
+    // When there are more decimals than digits, the first dropped digit is a zero that was not
+    // written.
     if (rounding && surplus <= count && rounds_up(static_cast<Limb>(run[kept] - '0'), 10))
       multiply_add(value, 1, 1);
     to.truncated = !rounding && !run.all_zero_from(kept);

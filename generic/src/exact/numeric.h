@@ -20,7 +20,7 @@ CS_INT com__longlongtoexctnume(std::int64_t value, constant* dest);
 // scale. Precision and scale may be kFromText, as for text. An infinity or NaN is a syntax error.
 CS_INT com__doubletoexctnume(CS_FLOAT value, constant* dest);
 
-// The nearest double. Range error (5) never comes of a record of up to 33 bytes.
+// The nearest double. A record of up to 33 bytes never gives the range error (5).
 CS_INT com__subexctnumetoflt8(const constant* src, CS_FLOAT* dest);
 
 // To ten-thousandths, further decimals dropped; overflow outside -2^63 .. 2^63 - 1 units, with
@@ -64,14 +64,14 @@ inline const constant record_of(const CS_NUMERIC& numeric) {
 CS_INT rescale(const constant& src, constant& dest);
 
 // Parses text into a numeric, as com__subchartoexctnume does: precision and scale are in range or
-// kFromText, and the record gets those that come of it, with the value at the front of its array.
-// After a syntax error, and after overflow where kFromText stood, the record is as it was; other
-// overflow leaves zero.
+// kFromText. The record gets the resulting precision and scale, and the value at the front of its
+// array. After a syntax error, and after an overflow with kFromText, the record is as it was; any
+// other overflow leaves zero.
 CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bool rounding,
                      CS_NUMERIC& dest);
 
-// The value as an integer, truncated towards zero. A value outside the range, which is judged
-// before truncation, gives overflow and the limit that it passed.
+// The value as an integer, truncated towards zero. The range is checked before truncation: a value
+// outside it gives overflow and the limit that it passed.
 CS_INT to_integer(const constant& src, std::int64_t& value);
 
 }  // namespace comnlib

@@ -40,7 +40,7 @@ int integer_digits(Size size) {
   return size.precision - size.scale;
 }
 
-// The digit for the carry comes on top of the integer digits; at the limit it is the first to go.
+// One integer digit is added for the carry; at the limit of digits it is the first to be dropped.
 Size sum_size(Size a, Size b) {
   const int digits = std::min<int>(std::max(integer_digits(a), integer_digits(b)), CS_MAX_PREC);
   const int scale = std::max(a.scale, b.scale);
@@ -98,8 +98,8 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
   return CS_SUCCEED;
 }
 
-// |op1| + |op2| with op1's sign. Out of line, as its counterpart is: the two together do not have
-// registers enough.
+// |op1| + |op2| with op1's sign. Not inlined, like its counterpart: together they would need more
+// registers than there are.
 [[gnu::noinline]] CS_RETCODE add_magnitudes(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
                                             CS_NUMERIC& result) {
   const bool negative = op1.array[0] != 0;
@@ -259,8 +259,8 @@ CS_INT to_size(SignedMagnitude& value, const CS_NUMERIC& from, Size size) {
                  Com__Nume_Prec_To_Len[static_cast<std::size_t>(size.precision)]);
 }
 
-// What keeps an operand from the common size is the operation's result; a cut there is truncation
-// and not the overflow that a cut in the kernel is.
+// When an operand cannot be brought to the common size, that is the operation's result. A cut there
+// is truncation, while a cut in the kernel is overflow.
 CS_RETCODE capped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
                       CS_NUMERIC& result) {
   SignedMagnitude a;
@@ -277,7 +277,7 @@ CS_RETCODE capped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, C
   return exact_code(add_or_subtract(a, size.scale, b, size.scale, opn, record));
 }
 
-// Out of line, so that sums of one size do not pay for its limbs.
+// Not inlined, so that sums of one size do not pay for its limbs.
 [[gnu::noinline]] CS_RETCODE unlike_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
                                         CS_NUMERIC& result, CS_INT opn) {
   const int scale = std::max(op1.scale, op2.scale);

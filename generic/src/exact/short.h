@@ -1,6 +1,6 @@
-// Numerics of at most 19 digits, whose magnitudes are words of 64 bits. Words are read from and
-// written to the record as they end with the magnitude; up to three bytes in front of it are the
-// record's own too.
+// Numerics of at most 19 digits, whose magnitudes are words of 64 bits. A word is read or written
+// so that it ends where the magnitude ends; precision, scale and sign, the three bytes before the
+// magnitude, may be read or overwritten with it.
 #pragma once
 
 #include <cstddef>

@@ -33,8 +33,8 @@ const T* read_map(CS_CONTEXT* ctx, CS_INT size, INTL_HANDLE handle, CS_BOOL need
   return nullptr;
 }
 
-// How many tables a set needs whose first bytes name them; `named` gives the number of a byte's
-// table, or 0.
+// How many tables a set needs, since its first bytes name them. `named` gives the number of a
+// byte's table, or 0.
 template <class Named>
 std::size_t tables_named(Named named) {
   std::size_t last = 0;

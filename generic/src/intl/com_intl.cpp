@@ -75,7 +75,7 @@ CS_RETCODE read_names(IntlFile& file, CsLocNames& names) {
 CS_RETCODE find_names(IntlFile& file, std::string_view locname, CsLocNames& names) {
   if (!file.find_section(kPlatform)) return file.failure();
   while (const CS_CHAR* key = file.next_entry()) {
-    // A foreign key ends the search, whatever may follow it.
+    // Any other key ends the search, whatever follows it.
     if (std::string_view(key) != "locale") return CS_FAIL;
     const CS_CHAR* value = file.next_value();
     if (value != nullptr && value == locname) return read_names(file, names);
@@ -205,7 +205,7 @@ class EntryLoader {
   CsOid oid_ = 0;
 };
 
-// A character set that only a failed load has asked for goes with it; nobody else has seen it.
+// Drops the character sets that a failed load has added; nobody else has seen them.
 void drop_descriptors_until(CsCtxGlobals& globals, const CsCharDesc* before) {
   while (globals.cmg_chardesc != before) {
     CsCharDesc* desc = globals.cmg_chardesc;

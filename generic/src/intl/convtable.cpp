@@ -71,14 +71,14 @@ CS_UINT sequence_at(CS_UINT place) {
   return bytes;
 }
 
-// Where the characters of a run go.
+// Where the characters of a run are stored.
 struct RunPlaces {
   CS_USHORT* single;  // null: to the pairs
   PagedTable* pairs;
   PagedTable* reverse;
 
   CS_RETCODE add(CS_USHORT bytes, CS_USHORT unit) const {
-    // Nothing would read a surrogate on its own.
+    // A surrogate on its own could not be read back.
     if (is_surrogate(unit)) return CS_FAIL;
     if (single != nullptr) {
       single[bytes] = unit;

@@ -22,7 +22,7 @@ namespace {
 
 using Room = std::span<CS_BYTE>;
 
-// What an encoder says of a character that its set lacks; 0 says that the room is too small.
+// What an encoder returns for a character that its set lacks; 0 means that the room is too small.
 constexpr std::size_t kLacking = ~std::size_t{0};
 
 // The four bytes at the front of UTF-8, the first one lowest. A lead byte below 0xC2 would make an
@@ -91,8 +91,8 @@ struct Latin1Codec {
   }
 };
 
-// A set by its table. Characters of three and four bytes, which are rare where there are any, go
-// apart.
+// A set by its table. Characters of three and four bytes, which are rare in every set, are handled
+// separately.
 struct TableCodec {
   static constexpr std::size_t kAsciiUnit = 1;
   const ConvTable* table;
@@ -187,7 +187,7 @@ struct TranslationState {
 constexpr std::size_t kBlock = 16;
 
 // Moves the ASCII characters at the front of a block and returns how many they are. The rest of the
-// block's room is written too, and means nothing.
+// block's room is overwritten too.
 template <std::size_t In, std::size_t Out>
 std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
   const auto load = [in](int at) {
@@ -243,7 +243,7 @@ template <std::size_t In, std::size_t Out>
 }
 
 // Moves the characters of two and of three bytes that come next, which most alphabets have in runs,
-// as far as the target has them and there is room. Pairs go by twos.
+// as far as the target has them and there is room. Characters of two bytes are moved two at a time.
 template <class To>
 [[gnu::always_inline]] inline TranslationState move_utf8(TranslationState at, To to) {
   const auto move = [&at, to](char32_t code, std::size_t bytes) {
@@ -309,7 +309,7 @@ Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
   return result(code);
 }
 
-// How one end is coded, with its table loaded.
+// How one end of a translation is coded; its table is loaded.
 enum class Coding { kUtf8, kUtf16, kLatin1, kTable };
 
 struct End {
@@ -344,7 +344,7 @@ End open_end(CS_CONTEXT& context, const Encoding& end) {
   if (config->table[0] == '\0') return {CS_CVT_NOXLATE, Coding::kTable, nullptr};
   const ConvTable* table = nullptr;
   const CS_RETCODE code = table_of(context, *config, table);
-  // Without its table a set has no route; only want of memory may pass.
+  // Without its table a set has no route; only want of memory is reported as such.
   if (code == CS_MEM_ERROR) return {CS_MEM_ERROR, Coding::kTable, nullptr};
   return {code == CS_SUCCEED ? CS_SUCCEED : CS_CVT_NOXLATE, Coding::kTable, table};
 }

@@ -1,6 +1,6 @@
 // The memory manager's public routines: pools, their locks and properties, subpools and removal.
-// Each call takes the lock of the family on entry and releases it on exit; what it calls in between
-// (heaps and disciplines) knows of no locks.
+// Each call takes the lock of the family on entry and releases it on exit; the heaps and
+// disciplines in between know nothing of locks.
 #include <cassert>
 #include <cstring>
 #include <type_traits>
@@ -22,8 +22,8 @@ namespace {
 constexpr CS_INT kContextVersion = 113;
 constexpr CS_INT kDefaultChunkSize = 4120;
 constexpr CS_INT kDefaultBlockSize = 4096;
-// Least length of a buffer that has to hold its control area too. That area is longer; shorter
-// buffers are refused, those in between stop at their heap.
+// The least length of a buffer that must hold its control area too. The area is longer than that:
+// shorter buffers are refused, and buffers in between stop the process.
 constexpr CS_INT kLeastManaged = sizeof(MmHandle);
 
 // The default functions of a pool on a context: `param` is the context.
@@ -68,8 +68,8 @@ bool has_lock(const MmPoolHead* head) {
   return has_lock(head) ? head->mph_unlock(handle, head->mph_lockarg) : CS_SUCCEED;
 }
 
-// The lock of a call that hosts make for every block. Where the context locks by this library's own
-// routines, and no trace asks for their codes, the mutex is taken and released in line.
+// The lock of a call that hosts make for every block. Where the context locks with this library's
+// own routines, and no trace shows their codes, the mutex is taken and released inline.
 class Lock {
  public:
   [[gnu::always_inline]] explicit Lock(MmHandle* handle) {
@@ -106,14 +106,14 @@ class Lock {
     return own ? static_cast<COMN_MUTEX*>(head->mph_lockarg) : nullptr;
   }
 
-  COMN_MUTEX* mutex_ = nullptr;  // held in line
+  COMN_MUTEX* mutex_ = nullptr;  // held by the inline path
   CS_RETCODE result_ = CS_SUCCEED;
 };
 
-// Asked before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
-// head is looked for. Another thread's first allocation may set kInUse meanwhile; the bits that
-// count here do not change while the handle lives. All of them are in the lowest byte, which
-// is aligned at any address of the handle.
+// Read before the lock is taken, so that a dropped handle, which is zeroed, is noticed before its
+// head is used. Another thread's first allocation may set kInUse meanwhile, but the bits that count
+// here do not change while the handle lives. All of them are in the lowest byte, which is aligned
+// at any address.
 CS_BYTE status_of(const MmHandle* handle) {
   return __atomic_load_n(at<CS_BYTE>(handle, offsetof(MmHandle, mmh_status)), __ATOMIC_RELAXED);
 }
@@ -205,12 +205,12 @@ void delete_own_mutex(const MmPoolHead* head) {
     threads->delete_mutex_fn(static_cast<COMN_MUTEX*>(head->mph_lockarg));
 }
 
-// Zeroes `size` bytes; small blocks, which are most of them, without a call. Stores overlap.
+// Zeroes `size` bytes. Small blocks, which are most of them, take no call; the stores may overlap.
 inline void clear(void* memory, CS_INT size) {
   constexpr CS_INT kStep = 64;
   auto* bytes = static_cast<CS_BYTE*>(memory);
   if (size < kStep / 4) {
-    // Blocks end at a word.
+    // The room of a block is a multiple of a word.
     for (CS_INT i = 0; i < size; i += kWord) std::memset(bytes + i, 0, kWord);
   } else if (size <= kStep / 2) {
     std::memset(bytes, 0, kStep / 4);
@@ -339,7 +339,7 @@ CS_RETCODE get_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_I
       return store(buffer, head->mph_unlock);
     case MM_PROP_SBREAKARG:
     case MM_PROP_LOCKARG:
-      return CS_SUCCEED;  // arguments are not given out
+      return CS_SUCCEED;  // a get of an argument writes nothing
     case MM_PROP_CHUNKSIZE:
       return store(buffer, head->mph_chunksize);
     case MM_PROP_MAXSIZE:
@@ -437,8 +437,8 @@ CS_RETCODE set_property(MmHandle* handle, CS_INT property, CS_VOID* buffer, CS_I
   }
 }
 
-// Gives up the lock as a whole. An unlock function is called even where no lock function was; a
-// mutex that the pool made is its creator's from here on.
+// Clears the whole lock. The unlock function is called even where there was no lock function. A
+// mutex that the pool made belongs to its create_mutex_fn from here on.
 CS_RETCODE clear_lock(MmHandle* handle) {
   MmPoolHead* const head = handle->mmh_head;
   head->mph_lock = nullptr;
@@ -450,7 +450,7 @@ CS_RETCODE clear_lock(MmHandle* handle) {
   return result;
 }
 
-// Bytes of a property's value: of a number, or of an address.
+// Bytes of a property's value: those of a number or of an address.
 constexpr CS_INT length_of(CS_INT property) {
   const bool number = property == MM_PROP_POOLTYPE || property == MM_PROP_CHUNKSIZE ||
                       property == MM_PROP_MAXSIZE || property == MM_PROP_CTLSIZE ||

@@ -22,13 +22,13 @@ static_assert(highest_order(span_of(8)) == 8 && highest_order(span_of(8) + 2) ==
 static_assert(highest_order(span_of(0)) == 0 && highest_order(span_of(kMaxOrder)) == kMaxOrder);
 static_assert(highest_order(span_of(kMaxOrder) + 1) == 16 && highest_order(1 << 30) == 16);
 
-// In the lists of orders that the pool does not have.
+// What the lists of orders that the pool does not have hold.
 MmDList* no_list() {
   return reinterpret_cast<MmDList*>(~std::uintptr_t{0});
 }
 
-// The block size becomes that of a top-level block, and a word: a reallocation copies as many bytes
-// as the capacity says, which end a word after the last buddy.
+// The block size becomes that of a top-level block plus a word: a reallocation copies as many bytes
+// as the capacity says, and for the last buddy these end a word after it.
 void set_up(MmHandle* handle) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   pool.bpmax = highest_order(handle->mmh_blocksize);
@@ -66,7 +66,7 @@ MmDList* buddy_of(MmDList* block) {
   return at<MmDList>(block, index % 2 == 1 ? -span_of(order) : span_of(order));
 }
 
-// Merges the free pairs of one order; whether there was any.
+// Merges the free pairs of one order; returns whether there was any.
 bool merge_pairs(MmBuddyPool& pool, CS_INT order) {
   constexpr CS_UINT kSameTop = ~(kFree | kOrderMask);
   bool merged = false;
@@ -112,8 +112,8 @@ CS_RETCODE add_top_level(MmHandle* handle) {
   return CS_SUCCEED;
 }
 
-// Tries to put a block on the empty list of `order`. Compaction may succeed without: it counts any
-// pair that it merged.
+// Tries to put a block on the empty list of `order`. Compaction may succeed without one: it
+// succeeds with any merged pair.
 CS_RETCODE replenish(MmHandle* handle, CS_INT order) {
   MmBuddyPool& pool = handle->mmh_pool.buddy;
   if (com___buddy_split(handle, order) == CS_SUCCEED) return CS_SUCCEED;
@@ -178,7 +178,7 @@ CS_RETCODE mm::buddy_reallocate(MmHandle* handle, const MmHeap* heap, CS_INT new
   const bool large = (block->size & kLarge) != 0;
   require(large ||
           ((block->size & kFree) == 0 && plausible(handle->mmh_pool.buddy, block, block->size)));
-  // Of a buddy block the header word counts too; callers depend on when a block moves.
+  // For a buddy block the header word counts as capacity too; callers depend on when a block moves.
   const CS_INT capacity = large ? size_of_large(block) : span_of(order_of(block->size));
   if (new_size <= capacity) return CS_SUCCEED;
 

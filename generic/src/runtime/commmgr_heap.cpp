@@ -155,7 +155,7 @@ CS_RETCODE com___putheap(MmHandle* handle, CS_VOID* ptr) {
   require(offset >= kHeapHeader && offset % kWord == 0);
   require(block->size >= kWord && block->size <= heap->size - offset - kWord);
   com___insert_block(heap, block);
-  // Without a routine to take it the chunk stays, all of it free.
+  // Without a routine that takes it back the chunk stays, although all of it is free.
   if (heap->status == kHeapObtained && wholly_free(heap) &&
       handle->mmh_head->mph_unsbreak != nullptr)
     give_back(handle, heap);

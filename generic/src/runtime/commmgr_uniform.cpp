@@ -13,7 +13,7 @@ namespace {
 void set_up(MmHandle* handle, CS_INT size) {
   MmUniformPool& pool = handle->mmh_pool.uniform;
   pool.uniform_size = size;
-  // A free node has to hold its link, also when the requests are for nothing.
+  // A free node must hold its link, even when the requests are for 0 bytes.
   pool.node_size = std::max(round_to_word(size), kWord) + kWord;
   pool.free = nullptr;
   handle->mmh_blocksize =

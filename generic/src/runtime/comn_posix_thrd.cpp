@@ -27,8 +27,8 @@ void unlock_cancelled(void* mutex) {
   pthread_mutex_unlock(static_cast<pthread_mutex_t*>(mutex));
 }
 
-// Waits once, until the deadline when there is one. A cancellation takes effect only in here,
-// whatever the caller's own state is.
+// Waits once, until the deadline when there is one. Only here a cancellation takes effect, whatever
+// the caller's own state is.
 int wait_cancellable(pthread_cond_t* cond, pthread_mutex_t* mutex, const timespec* deadline) {
   int before = PTHREAD_CANCEL_DISABLE;
   int status = 0;
@@ -41,7 +41,7 @@ int wait_cancellable(pthread_cond_t* cond, pthread_mutex_t* mutex, const timespe
   return status;
 }
 
-// Counts from the current whole second: hosts have their timeouts set for that.
+// Counts from the current whole second, since hosts set their timeouts for that.
 timespec deadline_after(CS_INT milliseconds) {
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -93,8 +93,8 @@ CS_RETCODE delete_guarded(Object* object) {
   return CS_SUCCEED;
 }
 
-// Waits once for a change of the count, with the semaphore's mutex held; a cancelled waiter gives
-// the mutex up.
+// Waits once for a change of the count, with the semaphore's mutex held; a cancelled waiter
+// releases the mutex.
 int wait_for_change(COMN_SEM& sem) {
   int status = 0;
   pthread_cleanup_push(unlock_cancelled, &sem.pm);
@@ -109,7 +109,7 @@ bool wait_for_count(COMN_SEM& sem) {
   return true;
 }
 
-// A thread's claim on a mutex, laid down for the length of a wait on a condition.
+// A thread's claim on a mutex, which it gives up while it waits on a condition.
 struct Claim {
   COMN_MUTEX* mutex;
   pthread_t owner;
@@ -308,7 +308,7 @@ CS_RETCODE comn_release_sem(COMN_SEM* sem) {
 CS_RETCODE comn_waitfor_sem(COMN_SEM* sem, CS_INT nowait) {
   require(sem != nullptr);
   if (pthread_mutex_lock(&sem->pm) != 0) return trace(CS_FAIL);
-  // The mutex stays locked: a semaphore found damaged serves nobody any more.
+  // The mutex stays locked: a damaged semaphore must not be used any more.
   if (sem->ev < 0) return trace(CS_FAIL);
   const bool ready = sem->ev != 0 || (nowait != 1 && wait_for_count(*sem));
   if (ready) --sem->ev;

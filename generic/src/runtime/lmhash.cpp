@@ -126,7 +126,7 @@ struct CHash {
 
   static DLinkNode*& chain_of(const CHashInfo& info, const Key& key) {
     require(info.table_size >= 1);
-    // The usual function is not called but inlined.
+    // The usual function is inlined.
     const CS_UINT home = info.home_addr_hfunc == lm__api_key_to_hash
                              ? number_of(key) % static_cast<CS_UINT>(info.table_size)
                              : ask(info.home_addr_hfunc, key, info.table_size);
@@ -192,7 +192,7 @@ struct DHash {
   }
 
   // Where a search begins. The increment counts only for the first probe, which is therefore never
-  // the home address itself: elements lie where earlier tables put them.
+  // at the home address itself. Other code relies on where elements lie.
   static CS_UINT start_of(const DHashInfo& info, const Key& key) {
     require(info.table_size >= 1);
     const auto size = static_cast<CS_UINT>(info.table_size);
@@ -230,9 +230,9 @@ struct DHash {
     });
   }
 
-  // The stored key's own size does not count: callers seek with a NUL that they stored without, and
-  // the other way round. After that size bytes are read one by one, up to the first that differs
-  // and never further, which no library call promises.
+  // The size of the stored key does not count: callers store keys without a NUL and look them up
+  // with it, and the other way round. Bytes after that size are compared one by one, up to the
+  // first that differs: no library call promises to read no further.
   static bool begins_with(const Key& stored, const Key& sought) {
     const std::size_t common = std::min(stored.length(), sought.length());
     if (!same_bytes(stored.bytes, sought.bytes, common)) return false;

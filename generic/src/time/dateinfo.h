@@ -1,5 +1,5 @@
-// Date and time conventions of a locale: all that the text module knows of one. The reader of a
-// locale's date information fills the record; the texts stay in the reader's memory and outlive it.
+// Date and time conventions of a locale: all that the text module knows of a locale. The reader of
+// the files fills the record; the texts stay in the reader's memory, which outlives it.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// Reading and writing datetime text. A DateCursor never moves past the text it was given, and no
-// value leaves here that is not a valid datetime.
+// Reading and writing datetime text. A DateCursor never moves past its text, and every value that
+// is returned is a valid datetime.
 #include "time/datetext.h"
 
 #include <emmintrin.h>
@@ -72,8 +72,8 @@ class DateCursor {
     return result;
   }
 
-  // Whether the text here may spell `word`: what most names fail, and cheap. A letter's case is one
-  // bit.
+  // A cheap test whether the text here may spell `word`, which most names fail. The case of a
+  // letter is one bit.
   bool may_spell(std::string_view word) const {
     return !word.empty() && ((word.front() ^ peek()) & ~('a' ^ 'A')) == 0;
   }
@@ -362,7 +362,7 @@ DateText make(const Reading& reading, CS_DATETIME& value) {
   return DateText::done;
 }
 
-// Apart from the fast path, whose frame stays small without it.
+// Not inlined, so that the frame of the fast path stays small.
 [[gnu::noinline]] DateText parse_any(std::string_view text, const DateConventions& conventions,
                                      CS_DATETIME& value) {
   value = {};
@@ -385,8 +385,8 @@ constexpr std::size_t kIsoSeconds = std::string_view("yyyy-mm-ddThh:mm:ss").size
 }
 
 // "yyyy-mm-ddThh:mm:ss" with a blank or "T" and perhaps a fraction: the text of interchange files,
-// recognised by its layout. False leaves it to parse_any(), which reads it the same way or knows
-// what is wrong with it.
+// recognised by its layout. On false parse_any() reads the text: it gives the same value or finds
+// the fault.
 bool read_iso(std::string_view text, CS_DATETIME& value) {
   if (text.size() < kIsoSeconds) return false;
   const char* const at = text.data();
@@ -430,7 +430,7 @@ CS_INT two_columns(const char* at) {
   return (at[0] == ' ' ? 0 : (at[0] - '0') * 10) + (at[1] - '0');
 }
 
-// Names that begin with a digit or a separator might be taken for a part of a number or a date.
+// A name that begins with a digit or a separator might be taken for a part of a number or a date.
 bool has_letters(std::string_view name) {
   return !name.empty() && is_letter(name[0]);
 }
@@ -505,7 +505,7 @@ bool read_date(std::string_view text, const DateConventions& conventions, CS_DAT
   return make_days(century * 100 + year, month - 1, day, value.dtdays) == kFieldsDone;
 }
 
-// Writes into room that was measured beforehand.
+// Writes text into room that was measured before.
 class DateWriter {
  public:
   explicit DateWriter(char* at) : at_(at) {}

@@ -1,5 +1,5 @@
-// The calendar and the clock. Years are counted from 1753 (n = 0) and days of the year from 0 in
-// here; the proleptic quirks of days before 1753 (years of 365 days) are kept to locate().
+// The calendar and the clock. Here years are counted from 1753 (n = 0) and days of the year from 0.
+// Only locate() knows that years before 1753 have 365 days each.
 #include "time/datetime.h"
 
 #include <algorithm>
@@ -78,14 +78,15 @@ YearDay locate(CS_INT dtdays) {
     const CS_INT n = -((364 - days) / 365);
     return {n, days - 365 * n};
   }
-  // Fits for every dtdays, and its fourfold for those that are left after the whole cycles.
+  // Every dtdays fits, and so does four times what is left after the whole cycles.
   auto days = static_cast<CS_UINT>(dtdays) - COM_DTDAYS_MIN + kDaysInCycle;
   CS_UINT cycles = 0;
   if (dtdays > COM_DTDAYS_MAX) [[unlikely]] {
     cycles = days / kDaysPer400Years;
     days %= kDaysPer400Years;
   }
-  // Centuries of 36524.25 days, then years of 365.25: exact, since the long ones close each cycle.
+  // Centuries of 36524.25 days, then years of 365.25 days. This is exact, since the long ones end
+  // each cycle.
   const CS_UINT quarters = 4 * days + 3;
   const CS_UINT century = quarters / kDaysPer400Years;
   const CS_UINT rest = quarters % kDaysPer400Years | 3U;
@@ -116,7 +117,7 @@ struct IsoWeek {
   CS_INT week;
 };
 
-// Works on years only, so that the last days of the range need no date beyond it.
+// Uses years only, so that the last days of the range need no date beyond it.
 IsoWeek iso_week(CS_INT dtdays) {
   CS_INT n = locate(dtdays).n;
   if (dtdays < week_one(n)) {
@@ -142,7 +143,7 @@ bool time_in_range(CS_INT dttime) {
   return dttime >= 0 && dttime <= COM_DTTIME_MAX;
 }
 
-// What one of a part amounts to in additions and differences.
+// What one unit of a part amounts to in additions and differences.
 struct Step {
   enum Unit : CS_BYTE { months, days, ticks, milliseconds } unit;
   CS_INT size;
@@ -253,7 +254,7 @@ CS_VOID com__datecrack(const CS_DATETIME* dt, CS_DATEREC* rec) {
   const auto [n, day] = locate(dtdays);
   const bool leap = n < 0 ? leapyear(n) != 0 : is_leap(static_cast<CS_UINT>(kFirstYear + n));
   const auto& months = leap ? lmonthdays : monthdays;
-  // Months of 32 days would come late by less than one month in a year.
+  // Counting in months of 32 days falls behind by less than one month in a year.
   CS_INT month = day / 32;
   if (month < 11 && day >= months[month + 1][1]) ++month;
   rec->dateyear = kFirstYear + n;
@@ -359,7 +360,7 @@ CS_INT com__dttodate4(const CS_DATETIME* src, CS_DATETIME4* dst) {
     ++days;
     minutes -= 24 * 60;
   }
-  // Left over only from ticks that are not a time of day.
+  // Only ticks that are not a time of day leave such minutes.
   if (minutes < 0 || minutes >= 24 * 60) return kDateFailed;
   *dst = {static_cast<CS_USHORT>(days), static_cast<CS_USHORT>(minutes)};
   return kDateDone;
