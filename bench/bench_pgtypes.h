@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// libpgtypes takes text that it does not change by plain pointers.
+// libpgtypes takes pointers to text that is not const, although it does not change it.
 inline ::numeric* made_by_pgtypes(const std::string& text) {
   return PGTYPESnumeric_from_asc(const_cast<char*>(text.c_str()), nullptr);
 }

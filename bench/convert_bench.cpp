@@ -80,7 +80,7 @@ void run(benchmark::State& state, Pair& pair, CS_CONV_FUNC routine, const auto& 
   each(state, [&](std::size_t i) { return pair.convert(routine, all[i]); });
 }
 
-// What any routine behind a pointer costs: the call alone.
+// What calling any routine through a pointer costs.
 [[gnu::noinline]] CS_RETCODE nothing(CS_CONTEXT*, const CS_DATAFMT*, const CS_VOID*,
                                      const CS_DATAFMT*, CS_VOID*, CS_INT*) {
   return CS_SUCCEED;

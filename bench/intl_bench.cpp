@@ -126,7 +126,7 @@ void multibyte_comnlib(benchmark::State& state) {
   state.SetItemsProcessed(characters);
 }
 
-// mbtowc tells the length and gives the wide character, whose class is asked for.
+// mbtowc gives the length and the wide character, whose class is then looked up.
 void multibyte_glibc(benchmark::State& state) {
   const std::string before = std::setlocale(LC_CTYPE, nullptr);
   if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {

@@ -5,7 +5,7 @@
     bench/report.py I386_DIRECTORY X86_64_DIRECTORY --write-docs
 
 With --write-docs the blocks of docs/performance.md between <!-- NAME --> and <!-- /NAME --> are
-renewed for both targets, and the charts in docs/performance/ of the first one. bench.h tells what
+renewed for both targets, and the charts in docs/performance/ of the first one. bench.h says what
 the benchmarks' names say.
 """
 import fnmatch

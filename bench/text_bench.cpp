@@ -125,8 +125,8 @@ void to_text(benchmark::State& state, const Texts& (*all)(), CS_INT datatype) {
   });
 }
 
-// A column's text has a length and no NUL. The C library's routines need one, and tell through
-// errno and the end whether all of it was a number in range.
+// A column's text has a length and no NUL. The C library's routines need one, and report by errno
+// and the end pointer whether all of it was a number in range.
 template <auto Parse>
 auto parse_copy(const std::string& text, bool& good) {
   char copy[64];
@@ -315,7 +315,7 @@ void reading(const std::string& name, const Texts& (*all)(), CS_INT datatype, co
   measure(operation + "/comnlib plain bytes", from_text, all, datatype, nullptr);
   for (const char* charset : {"iso_1", "utf8", "sjis"})
     measure(operation + "/comnlib " + charset, from_text, all, datatype, charset);
-  // Once more, as what the character sets are measured by.
+  // Once more, since the character sets are compared with it.
   measure(operation + "/plain bytes", from_text, all, datatype, nullptr);
   for (const auto& [peer, measured] : peers) measure(operation + "/" + peer, measured);
 }

@@ -1,4 +1,4 @@
-// Uncontended mutexes: a take and its release, alone and inside another one. The C library does
+// Uncontended mutexes: a take and its release, by itself and inside another one. The C library does
 // without atomic instructions in a process that has never had a second thread; the rows "beside a
 // second thread" are of one that has, as hosts with locks are.
 #include <pthread.h>

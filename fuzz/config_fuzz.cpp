@@ -52,7 +52,7 @@ void load() {
 
 }  // namespace
 
-// Stands in for the library's own, which would write every error of every input to a file.
+// Replaces the library's own routine, which would write every error of every input to a file.
 extern "C" void __wrap__ZN7comnlib11print_errorEPKcz(const char* format, ...) {
   std::array<char, 3072> text;
   va_list args;

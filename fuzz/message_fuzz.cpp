@@ -58,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string pattern(input.text());
   for (char& byte : pattern) byte &= 0x7F;  // ASCII, which every set has
   std::vector<CS_CHAR> room(room_size);
-  // Without its configuration the set has no translation: only the arguments go by its characters.
+  // Without its configuration the set has no translation: only the arguments are cut by its
+  // characters.
   MessageWriter out(context, {two_bytes ? &charset : nullptr, false}, room);
   const bool good = out.add_pattern(pattern, arguments);
   const auto length = static_cast<std::size_t>(out.end_text());
