@@ -90,7 +90,8 @@ void mark(CS_BYTE* bits, CS_INT at, CS_INT end, bool valid) {
   }
 }
 
-// What became of one value. It takes `length` bytes; -1 for a null. Returns the number of faults.
+// Stores the code and length of one value, which takes `length` bytes, or -1 for a null. Returns
+// the number of faults.
 CS_INT store_outcome(const ColumnCall& column, CS_INT at, CS_RETCODE code, CS_INT length) {
   const CsColumnDest& destination = *column.destination;
   if (column.codes != nullptr) column.codes[at] = code;
@@ -111,8 +112,8 @@ CS_INT convert_null(const ColumnCall& column, CS_INT at) {
   return store_outcome(column, at, code, length);
 }
 
-// Gives the column's values to `convert` in runs, for each of which it returns the number of
-// faults. Runs are short enough that what is looked at for nulls stays in the cache.
+// Gives the column's values to `convert` in runs; `convert` returns the number of faults of a run.
+// Runs are so short that the lengths and bits that were searched for nulls are still in the cache.
 template <class Convert>
 CS_INT convert_runs(const ColumnCall& column, CS_INT most_values, Convert convert) {
   CS_DATAFMT format = *column.source->format;
@@ -130,7 +131,7 @@ CS_INT convert_runs(const ColumnCall& column, CS_INT most_values, Convert conver
   return faults;
 }
 
-// By a routine that is not a built-in one, and may store any length.
+// Converts by a routine that is not a built-in one and may store any length.
 CS_INT convert_by(CS_CONV_FUNC routine, const ColumnCall& column) {
   return convert_runs(column, 1, [routine](const ColumnRun& run) {
     const ColumnCall& call = run.column;
