@@ -87,7 +87,7 @@ inline Encoded utf16_of(const std::u16string& text) {
 
 struct Result {
   CS_RETCODE code = 0;
-  CS_INT length = 99;          // no length of a routine
+  CS_INT length = 99;          // a length that no routine gives
   std::vector<CS_BYTE> bytes;  // maxlength and the guard
 
   std::string text() const { return first(static_cast<std::size_t>(std::max(length, 0))); }

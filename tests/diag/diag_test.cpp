@@ -54,7 +54,7 @@ TEST(Trace, EveryCodeHasItsNameAndItsLevel) {
   for (const CS_RETCODE none : {2, -109, INT32_MIN}) EXPECT_STREQ("", comn_result_name(none));
 }
 
-// The place is that of the family member, not of the templates behind it.
+// The place is that of the family member, not of the templates that it is made from.
 TEST(Trace, RoutinesPassTheirCodesThrough) {
   hosts::ConversionContext context;
   CS_DATAFMT from{}, to{};

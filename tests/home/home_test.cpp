@@ -261,9 +261,9 @@ std::size_t memory_in_use() {
   return facts.uordblks + facts.hblkhd;
 }
 
-// A context of its own for each locale of single bytes, of those that name the same the first: with
-// a date, a message and the digits of numbers, which it reads late, 64 kB. How fast that is the
-// benches tell.
+// A context for each locale of a single-byte set, the first of those that name the same: with a
+// date, a message and the digits of numbers, which it reads late, it takes at most 64 kB. The
+// benches measure how fast that is.
 TEST(ShippedNames, AContextIsSmall) {
   const hosts::ShippedHome home;
   std::set<std::string> seen;

@@ -247,9 +247,9 @@ COMN_API CS_INT com_intl_compare(const CS_LOCALE* locale, const CS_BYTE* text1, 
 
 /**
  * How a locale writes the digits of numbers, or of money. The texts have no NUL, are in the
- * locale's character set, never null, and stay until com_intl_loccache_drop. All groups have one
- * size: that of the last one where a language has others (3 in India, where people write
- * 12,34,567).
+ * locale's character set, never null, and stay until com_intl_loccache_drop. All groups have the
+ * same size; for a language with groups of different sizes it is that of the last group (3 in
+ * India, where people write 12,34,567).
  */
 typedef struct com_digits {
   const CS_CHAR* decimal;   /**< the decimal mark */
