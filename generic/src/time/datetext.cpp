@@ -174,7 +174,8 @@ std::uint32_t three_letters(std::string_view name) {
   if (name.size() != 3) return 0;
   std::uint16_t two;
   std::memcpy(&two, name.data(), sizeof two);
-  return two | static_cast<unsigned char>(name[2]) << 16 | 0x202020;
+  const auto third = static_cast<std::uint8_t>(name[2]);
+  return two | std::uint32_t{third} << 16 | 0x202020;
 }
 
 // Whether each of them is from "a" to "z". A byte out of range sets its highest bit.
@@ -248,8 +249,11 @@ bool scan_named_date(DateCursor& in, const DateConventions& conventions, Reading
   CS_INT month = 0;
   for (std::size_t element = 0; element < 3; ++element) {
     if (element != 0) skip_between(in);
-    // The name first: some locales' names begin with a digit.
-    if (month == 0 && (month = scan_month(in, conventions)) != 0) continue;
+    if (month == 0) {
+      // The name is tried first, since some locales' names begin with a digit.
+      month = scan_month(in, conventions);
+      if (month != 0) continue;
+    }
     if (found == 2 || !is_digit(in.peek()) || at_time(in, conventions)) return false;
     numbers[found++] = in.number();
   }
