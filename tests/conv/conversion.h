@@ -266,6 +266,17 @@ inline CS_RETCODE code_of(const std::string& name) {
   return code;
 }
 
+// The bits of a format by their names.
+inline CS_INT format_bits(const std::string& names) {
+  CS_INT bits = 0;
+  for (const auto& [name, bit] : {std::pair{"term", CS_DFMT_NULLTERM},
+                                  {"nulls", CS_DFMT_PADNULL},
+                                  {"blanks", CS_DFMT_PADBLANK},
+                                  {"quotes", CS_DFMT_ESCQUOTE}})
+    if (names.find(name) != std::string::npos) bits |= bit;
+  return bits;
+}
+
 // A line "source | value | target | size | format | result | length | code". The size is a room,
 // maybe with the decimals of money, or precision and scale; "source" is the source's own. The
 // length is that of the result where none is given; a numeric of a record's length is zero after
@@ -279,11 +290,7 @@ inline Row row_of(const table::Fields& line) {
   const bool numeric = target == CS_NUMERIC_TYPE || target == CS_DECIMAL_TYPE;
   CS_DATAFMT to = numeric ? numeric_format(size(0), size(1), target) : format_of(target, size(0));
   if (!numeric) to.precision = size(1);
-  for (const auto& [name, format] : {std::pair{"term", CS_DFMT_NULLTERM},
-                                     {"nulls", CS_DFMT_PADNULL},
-                                     {"blanks", CS_DFMT_PADBLANK},
-                                     {"quotes", CS_DFMT_ESCQUOTE}})
-    if (line[4].find(name) != std::string::npos) to.format |= format;
+  to.format = format_bits(line[4]);
   Row row{source_of(source, line[1]), to, code_of(line[7]), bytes_as(target, line[5])};
   if (line[6].empty()) return row;
   row.length = table::number(line[6]);

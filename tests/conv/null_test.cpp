@@ -1,6 +1,4 @@
 // Null values: defaults, what hosts set, the differing bounds, and the unlinking rule.
-#include <map>
-
 #include "comnlib/memory.h"
 #include "conv/conversion.h"
 
@@ -33,27 +31,16 @@ void reinstall(Context& context, CS_INT type) {
   EXPECT_EQ(CS_SUCCEED, com_null_reinstall(&context, type));
 }
 
-// A null value is as long as a value and of zeros, but for the precision of a numeric.
 TEST(Null, DefaultsOfTheBuiltInTypes) {
   const Context context;
-  const std::map<CS_INT, CS_INT> sizes = {{CS_DATETIME4_TYPE, 8}, {CS_MONEY4_TYPE, 8},
-                                          {CS_LONG_TYPE, 4},      {CS_VOID_TYPE, 4},
-                                          {CS_USHORT_TYPE, 2},    {CS_UNICHAR_TYPE, 1}};
-  const std::map<CS_INT, CS_INT> padding = {
-      {CS_CHAR_TYPE, CS_PAD_CHAR},      {CS_LONGCHAR_TYPE, CS_PAD_CHAR},
-      {CS_TEXT_TYPE, CS_PAD_CHAR},      {CS_SENSITIVITY_TYPE, CS_PAD_CHAR},
-      {CS_BOUNDARY_TYPE, CS_PAD_CHAR},  {CS_BINARY_TYPE, CS_PAD_BINARY},
-      {CS_IMAGE_TYPE, CS_PAD_BINARY},   {CS_LONGBINARY_TYPE, CS_PAD_BINARY},
-      {CS_UNICHAR_TYPE, CS_PAD_UNICHAR}};
-  for (CS_INT type = 0; type < CS_BUILTIN_TYPES; ++type) {
-    const CsDefVal& entry = context.ctxnulls.nullvals[type];
-    const CS_INT size = sizes.contains(type) ? sizes.at(type) : comn_typelen(type, 0);
-    EXPECT_EQ(size, entry.dvsize) << type;
-    EXPECT_EQ(padding.contains(type) ? padding.at(type) : CS_PAD_NONE, entry.dvpadtype) << type;
-    std::string value(static_cast<std::size_t>(size), '\0');
-    if (type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE) value[0] = 18;
-    EXPECT_EQ(value, std::string(static_cast<char*>(entry.dventity), value.size())) << type;
-  }
+  table::for_each_line("conv/data/null_values.txt", [&](const table::Fields& line) {
+    const CsDefVal& entry = context.ctxnulls.nullvals[type_of(line[0])];
+    std::string value = table::text_of(line[3]);
+    value.resize(static_cast<std::size_t>(table::number(line[1])));
+    EXPECT_EQ(line[1], std::to_string(entry.dvsize));
+    EXPECT_EQ(line[2], std::to_string(entry.dvpadtype));
+    EXPECT_EQ(value, std::string(static_cast<char*>(entry.dventity), value.size()));
+  });
 }
 
 TEST(Null, ValuesAreCutAndPadded) {

@@ -2,6 +2,7 @@
 // rooms and formats.
 #include <cmath>
 #include <limits>
+#include <map>
 
 #include "comnlib/datetime.h"
 #include "comnlib/money.h"
@@ -36,23 +37,14 @@ Placed padded(Padding pad, const std::string& text, CS_INT room, CS_INT format, 
 }
 
 TEST(Padding, FollowsTheFormat) {
-  const Padding chars = comn__padchar, bytes = comn__padbin, units = comn__padunichar;
-  EXPECT_EQ(Placed(kDone, "abc  \0"s), padded(chars, "abc", 6, kBlanks | kTerm));
-  EXPECT_EQ(Placed(kDone, "abc\0\0"s), padded(chars, "abc", 5, kNulls | kTerm));
-  EXPECT_EQ(Placed(kDone, "abc\0"s), padded(chars, "abc", 4, kTerm));
-  EXPECT_EQ(Placed(kDone, "abc"), padded(chars, "abc", 3, kBlanks));
-  EXPECT_EQ(Placed(kOver, "ab\0"s), padded(chars, "abc", 3, kTerm));
-  EXPECT_EQ(Placed(CS_CVT_FORMAT, "abc"), padded(chars, "abc", 6, kBlanks | kNulls));
-  EXPECT_EQ(Placed(kOver, "ab\0"s), padded(chars, "abc", 3, kBlanks | kNulls | kTerm));
-  EXPECT_EQ(Placed(kOver, "abc"), padded(chars, "abc", 3, kBlanks, 4));
-  EXPECT_EQ(Placed(kDone, "abc  "), padded(chars, "abc", 5, kBlanks, 1));
-  EXPECT_EQ(Placed(kOver, ""), padded(chars, "", 0, kTerm));
-  EXPECT_EQ(Placed(kDone, "abc\0\0"s), padded(bytes, "abc", 5, kNulls | kBlanks | kTerm));
-  EXPECT_EQ(Placed(kDone, "abc"), padded(bytes, "abc", 5, kBlanks | kTerm));
-  EXPECT_EQ(Placed(kDone, "a\0 \0 \0"s), padded(units, "a\0"s, 7, kBlanks));
-  EXPECT_EQ(Placed(kDone, "a\0\0\0"s), padded(units, "a\0"s, 4, kTerm));
-  EXPECT_EQ(Placed(kDone, "a\0\0\0"s), padded(units, "a", 4, kTerm)) << "half a unit";
-  EXPECT_EQ(Placed(kOver, "\0\0"s), padded(units, "a\0"s, 3, kTerm)) << "half a NUL";
+  const std::map<std::string, Padding> paddings = {
+      {"text", comn__padchar}, {"bytes", comn__padbin}, {"units", comn__padunichar}};
+  table::for_each_line("conv/data/paddings.txt", [&](const table::Fields& line) {
+    const CS_INT counted = line[2].empty() ? -1 : table::number(line[2]);
+    EXPECT_EQ(Placed(code_of(line[6]), table::text_of(line[5])),
+              padded(paddings.at(line[0]), table::text_of(line[1]), table::number(line[3]),
+                     format_bits(line[4]), counted));
+  });
 }
 
 CS_DATAFMT to(CS_INT type, CS_INT room = 8, CS_INT format = 0) {
