@@ -11,6 +11,7 @@
 #include "intl.h"
 #include "status.h"
 #include "support/hosts.h"
+#include "support/table.h"
 
 namespace {
 
@@ -49,32 +50,12 @@ std::string walk(const std::string& path) {
 }
 
 TEST(Sections, SyntaxAndFaults) {
-  const struct {
-    std::string text, seen;
-  } rows[] = {
-      {"", ""},
-      {"[a]\nk = v, w\n[b]\nx=y\n", "[a] k:v:w[b] x:y"},
-      {"[a]\r\nk = v\r\n\r\nl = w", "[a] k:v l:w"},
-      {" [ a b ] \n\t k 1 =\t v w , x \n", "[a b] k 1:v w:x"},
-      {"; x\n [a]\n ;k = v\nk = v ; w\n", "[a] k:v ; w"},
-      {"k = v\nnonsense\n[a]\nl = w\n", "[a] l:w"},
-      {"[a]\nk =\nl = ,x,\n", "[a] k: l::x:"},
-      {"[a]\nk = \" v, \"\"w\"\" \" ,\"\",x\n", "[a] k: v, \"w\" ::x"},
-      {"[a]\nk = 5\" x\n", "[a] k:5\" x"},
-      {"[a]\nk = a=b\n", "[a] k:a=b"},
-      {"[a]\n[b\nk = v\n", "[a]!line 2: the section line has no ']'!"},
-      {"[a] x\n[b]\n", "!line 1: text follows the ']' of the section line![b]"},
-      {"[a]\nk\nl = w\n", "[a]!line 2: the entry has no '='! l:w"},
-      {"[a]\n = v\n", "[a]!line 2: the entry has no name before its '='!"},
-      {"[a]\nk = x, \"v\nl = w\n", "[a] k:x!line 2: the quoted value has no closing quote! l:w"},
-      {"[a]\n;\nk = \"v\" x\n", "[a] k!line 3: text follows the closing quote of a value!"},
-      {std::string("[a]\nk = v\0w\n", 12), "[a]!line 2: the line holds a NUL byte!"},
-      {std::string("[a\0]\n", 5), "!line 1: the line holds a NUL byte!"},
-      {"[a]\nk = " + std::string(100000, 'v') + "," + std::string(9, 'w') + "\n",
-       "[a] k:" + std::string(100000, 'v') + ":" + std::string(9, 'w')}};
   const scratch::Directory directory;
-  for (const auto& row : rows)
-    EXPECT_EQ(row.seen, walk(directory.write("f", row.text))) << row.text;
+  table::for_each_line("companion/data/sections.txt", [&](const table::Fields& line) {
+    EXPECT_EQ(line[1], walk(directory.write("f", table::text_of(line[0]))));
+  });
+  const std::string wide(100000, 'v');
+  EXPECT_EQ("[a] k:" + wide + ":w", walk(directory.write("f", "[a]\nk = " + wide + ",w\n")));
 }
 
 TEST(Sections, PassedOverTextIsNotChecked) {

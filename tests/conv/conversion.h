@@ -118,6 +118,9 @@ inline bool works_in_place(const CS_DATAFMT& from, const CS_DATAFMT& to) {
   return to.datatype != CS_VARBINARY_TYPE;
 }
 
+// How often memory has been asked for, which no conversion does.
+inline std::size_t (*allocations)() = hosts::allocations;
+
 // Source and destination are at odd addresses, as in a host's row buffer. Where the destination may
 // be the source, the outcome is the same.
 inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT& to) {
@@ -135,8 +138,10 @@ inline Result convert(Context& context, const Encoded& source, const CS_DATAFMT&
   const CS_CONV_FUNC routine = com_conv_func(&context, srctype, to.datatype);
   EXPECT_NE(nullptr, routine) << srctype << " to " << to.datatype;
   if (routine == nullptr) return result;
+  const std::size_t allocated = allocations();
   result.code =
       routine(&context, &source.format, held.data() + 1, &to, dest.data() + 1, &result.length);
+  EXPECT_EQ(allocated, allocations());
   EXPECT_EQ(0, std::memcmp(&to, &to_before, sizeof to)) << "the format is only read";
   result.bytes.assign(dest.begin() + 1, dest.end());
   EXPECT_TRUE(result.untouched_from(room)) << srctype << " to " << to.datatype;

@@ -4,9 +4,24 @@
 #include <map>
 #include <set>
 
+#include "comnlib/money.h"
+#include "comnlib/numeric.h"
 #include "conversion.h"
 
+// What the linker hands over here, see the build file.
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* real_new(std::size_t size) asm("__real_" OPERATOR_NEW);
+}
+
 namespace {
+
+std::size_t plain_allocations = 0;
+
+// Those through the host's allocator and those past it.
+std::size_t all_allocations() {
+  return hosts::allocations() + plain_allocations;
+}
 
 using namespace conversion;
 
@@ -212,10 +227,34 @@ void Sweep::expect_all_tried() const {
 }
 
 TEST(Matrix, EveryPairConverts) {
+  conversion::allocations = all_allocations;
   Sweep sweep;
   table::for_each_line("conv/data/families.txt", [&](const auto& line) { sweep.families(line); });
   table::for_each_line("conv/data/numbers.txt", [&](const auto& line) { sweep.numbers(line); });
   sweep.expect_all_tried();
 }
 
+TEST(Arithmetic, AsksForNoMemory) {
+  CS_NUMERIC a{77, 10, {}}, b{40, 3, {}}, number{};
+  a.array[30] = b.array[16] = 7;
+  const CS_MONEY money{1, 5};
+  CS_MONEY sum{};
+  const std::size_t before = all_allocations();
+  for (const auto operation : {comn_numadd, comn_numsub, comn_nummul, comn_numdivide})
+    static_cast<void>(operation(&a, &b, &number));
+  for (const auto operation : {comn_mnyadd, comn_mnysub, comn_mnymul, comn_mnydivide, comn_mnyxdiv})
+    static_cast<void>(operation(&money, &money, &sum));
+  EXPECT_EQ(before, all_allocations());
+}
+
 }  // namespace
+
+extern "C" {
+void* __wrap_malloc(std::size_t size) {
+  return ++plain_allocations, __real_malloc(size);
+}
+void* wrapped_new(std::size_t size) asm("__wrap_" OPERATOR_NEW);
+void* wrapped_new(std::size_t size) {
+  return ++plain_allocations, real_new(size);
+}
+}

@@ -1,6 +1,5 @@
 // Whole scenarios, from set-up to tear-down, with every allocation failing in turn: the stated
 // code, everything as before the failed call, nothing lost, and success once memory is back.
-// Conversions and arithmetic ask for no memory at all.
 #include <array>
 #include <cstring>
 #include <filesystem>
@@ -16,12 +15,6 @@
 #include "intl/com_intl.h"
 #include "intl/com_loc.h"
 #include "support/hosts.h"
-
-// What the linker hands over here, see the build file.
-extern "C" {
-void* __real_malloc(std::size_t size);
-void* real_new(std::size_t size) asm("__real_" OPERATOR_NEW);
-}
 
 namespace {
 
@@ -416,57 +409,4 @@ TEST(Allocations, FailInTurn) {
   }
 }
 
-// --- Conversions and arithmetic ------------------------------------------------------------------
-
-std::size_t plain_allocations = 0;
-
-// Those through the host's allocator and those past it.
-std::size_t allocations() {
-  return hosts::allocations() + plain_allocations;
-}
-
-// Bytes that most types can read, UTF-16 and records included; and a date, for the types of text.
-TEST(ConversionsAndArithmetic, AskForNoMemory) {
-  hosts::ConversionContext context;
-  std::size_t converted = 0;
-  std::array<CS_BYTE, 300> src{}, dest{};
-  CS_DATAFMT source{}, target{};
-  source.maxlength = 20;
-  target.maxlength = target.precision = 60;
-  const std::size_t before = allocations();
-  for (const std::string_view bytes : {"\1\0\0\1"sv, "1\0\0\0"sv, "12:30 2 january 2000"sv}) {
-    std::memcpy(src.data(), bytes.data(), bytes.size());
-    const CS_INT last = bytes.size() > 4 ? CS_IMAGE_TYPE : CS_INT{CS_UNICHAR_TYPE};
-    for (CS_INT pair = 0; pair < (last + 1) * CS_BUILTIN_TYPES; ++pair) {
-      source.datatype = pair / CS_BUILTIN_TYPES;
-      target.datatype = pair % CS_BUILTIN_TYPES;
-      const auto routine = com_conv_func(&context, source.datatype, target.datatype);
-      CS_INT length = 0;
-      if (routine != nullptr &&
-          routine(&context, &source, src.data(), &target, dest.data(), &length) == CS_SUCCEED)
-        ++converted;
-    }
-  }
-  CS_NUMERIC a{77, 10, {}}, b{40, 3, {}}, number{};
-  a.array[30] = b.array[16] = 7;
-  const CS_MONEY money{1, 5};
-  CS_MONEY sum{};
-  for (const auto operation : {comn_numadd, comn_numsub, comn_nummul, comn_numdivide})
-    static_cast<void>(operation(&a, &b, &number));
-  for (const auto operation : {comn_mnyadd, comn_mnysub, comn_mnymul, comn_mnydivide, comn_mnyxdiv})
-    static_cast<void>(operation(&money, &money, &sum));
-  EXPECT_EQ(before, allocations());
-  EXPECT_LT(500U, converted);
-}
-
 }  // namespace
-
-extern "C" {
-void* __wrap_malloc(std::size_t size) {
-  return ++plain_allocations, __real_malloc(size);
-}
-void* wrapped_new(std::size_t size) asm("__wrap_" OPERATOR_NEW);
-void* wrapped_new(std::size_t size) {
-  return ++plain_allocations, real_new(size);
-}
-}
