@@ -3,6 +3,7 @@
 #include "comnlib/column.h"
 
 #include "conversion.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -110,45 +111,33 @@ TEST(Columns, EmptyTextIsAValue) {
   EXPECT_EQ((std::vector<CS_RETCODE>{CS_CVT_SYNTAX, CS_SUCCEED}), numbers.codes);
 }
 
+// A column of two texts into integers, of which something is not valid.
+#define COLUMN_STOP(...)                                                               \
+  STOP("com_column.cpp", CS_INT count = 2; Texts column("12", format_of(CS_INT_TYPE)); \
+       column.dest.lengths = nullptr; __VA_ARGS__; column.convert(context, count))
+
 TEST(ColumnsDeathTest, BrokenPreconditionsStop) {
   Context context;
-  const auto stops = [&](const char* label, auto change, CS_INT count = 2) {
-    Texts column("12", format_of(CS_INT_TYPE));
-    column.dest.lengths = nullptr;
-    change(column);
-    EXPECT_EXIT(column.convert(context, count), testing::KilledBySignal(SIGABRT), "com_column.cpp")
-        << label;
-  };
-  const auto text = [](Texts& column) { column.to = format_of(CS_CHAR_TYPE, 4); };
   const auto without_offsets = [](Texts& column) {
     column.source.offsets = column.source.lengths = nullptr;
   };
-  stops(
-      "count", [](Texts&) {}, -1);
-  stops("overlapping values", [](Texts& column) { column.dest.stride = 3; });
-  stops("fixed length by offsets",
-        [](Texts& column) { column.dest.offsets = column.lengths.data(); });
-  stops("nulls without a place", [](Texts& column) { column.dest.nulls = COMN_NULLS_AS_NULLS; });
-  stops("no such nulls", [](Texts& column) { column.dest.nulls = 2; });
-  stops(
-      "offsets beyond 31 bits",
-      [&](Texts& column) {
-        text(column);
-        without_offsets(column);  // refused before the values are looked at
-        column.lengths[0] = 0;
-        column.dest.offsets = column.lengths.data();
-      },
-      INT32_MAX / 4 + 1);
-  stops("stride", [&](Texts& column) {
-    without_offsets(column);
-    column.source.stride = -1;
+  stops::expect({
+    COLUMN_STOP(count = -1),
+        COLUMN_STOP(column.dest.stride = 3),                       // values would overlap
+        COLUMN_STOP(column.dest.offsets = column.lengths.data()),  // values of fixed length
+        COLUMN_STOP(column.dest.nulls = COMN_NULLS_AS_NULLS),      // nulls without a place
+        COLUMN_STOP(column.dest.nulls = 2),
+        COLUMN_STOP(without_offsets(column); column.source.stride = -1),
+        COLUMN_STOP(without_offsets(column)),  // empty character data
+        COLUMN_STOP(column.source.values = nullptr),
+        COLUMN_STOP(column.offsets[1] = 5),  // decreasing
+        // Offsets beyond 31 bits are refused before the values are looked at.
+        COLUMN_STOP(column.to = format_of(CS_CHAR_TYPE, 4); without_offsets(column);
+                    column.lengths[0] = 0; column.dest.offsets = column.lengths.data();
+                    count = INT32_MAX / 4 + 1),
+        STOP("com_column.cpp", Texts column("12", format_of(CS_INT_TYPE));
+             comn_conv_column(&context, &column.source, &column.dest, 2, nullptr, nullptr)),
   });
-  stops("empty character data", [&](Texts& column) { without_offsets(column); });
-  stops("no values", [](Texts& column) { column.source.values = nullptr; });
-  stops("decreasing offsets", [](Texts& column) { column.offsets[1] = 5; });
-  Texts column("12", format_of(CS_INT_TYPE));
-  EXPECT_EXIT(comn_conv_column(&context, &column.source, &column.dest, 2, nullptr, nullptr),
-              testing::KilledBySignal(SIGABRT), "com_column.cpp");
 }
 
 }  // namespace

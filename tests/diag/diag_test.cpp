@@ -16,12 +16,6 @@
 
 namespace {
 
-std::string contents(const std::filesystem::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 std::string output_of(CS_INT level, auto call) {
   testing::internal::CaptureStdout();
   com_errset(level);
@@ -33,7 +27,7 @@ std::string output_of(CS_INT level, auto call) {
 // The header is the list of the codes. Those of normal work are left out at level 2, and those of
 // conversions and localization are traced by number.
 TEST(Trace, EveryCodeHasItsNameAndItsLevel) {
-  const std::string header = contents(COMNLIB_RESULT_HEADER);
+  const std::string header = scratch::read(COMNLIB_RESULT_HEADER);
   const std::set<std::string> routine{"CS_SUCCEED",  "CS_PENDING",     "CS_INTERRUPT",
                                       "CS_END_DATA", "CS_END_RESULTS", "CS_END_ITEM"};
   const std::regex constant("(CS_\\w+) = (-?\\d+)"), by_number("CS_(CVT|INTL)_.*");
@@ -79,16 +73,16 @@ TEST(Trace, DebugFileTakesOutputUntilClosed) {
   const scratch::WorkingDirectory directory;
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
   comn_debug_print("%d %s\n", 7, "seven");
-  EXPECT_EQ("7 seven\n", contents("first")) << "a stop would lose what is not written at once";
+  EXPECT_EQ("7 seven\n", scratch::read("first")) << "a stop would lose what is not written at once";
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 1));
   EXPECT_EQ("", output_of(COM_TRACE_ALL, trace_busy));
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "second", 0));
-  EXPECT_EQ("7 seven\n", contents("first"));
-  EXPECT_EQ(kBusy, contents("second"));
+  EXPECT_EQ("7 seven\n", scratch::read("first"));
+  EXPECT_EQ(kBusy, scratch::read("second"));
   EXPECT_EQ(kBusy, output_of(COM_TRACE_ALL, trace_busy));
 
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "first", 1));
-  EXPECT_EQ("", contents("first")) << "an existing file is emptied";
+  EXPECT_EQ("", scratch::read("first")) << "an existing file is emptied";
   EXPECT_EQ(CS_FAIL, comn_debug_setfile(nullptr, "first/below", 1));
   EXPECT_EQ(kBusy, output_of(COM_TRACE_ALL, trace_busy)) << "standard output again";
   EXPECT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 1));
@@ -118,7 +112,7 @@ TEST(Trace, FilesAreOpenedWithCare) {
     com_perr("");
     std::filesystem::rename("tlvinit.err", refused);
   }
-  EXPECT_EQ("kept", contents("target"));
+  EXPECT_EQ("kept", scratch::read("target"));
   for (const char* const name : {"one", "two"}) {
     ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, name, 1));
     EXPECT_EQ("closed ", descriptors_of(directory.path() / name));
@@ -159,7 +153,7 @@ TEST(Trace, WorksInAChildOfFork) {
   dup2(output, STDOUT_FILENO);
   close(output);
   EXPECT_EQ(0, status);
-  EXPECT_EQ(kBusy, contents("debug"));
+  EXPECT_EQ(kBusy, scratch::read("debug"));
 }
 
 // Writers and a thread that changes the file meet, and each writer ends cancelled.
@@ -175,7 +169,7 @@ TEST(Trace, ThreadsShareTheDebugFile) {
   for (int n = 0; n < 50; ++n) ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, "two", 1));
   for (std::thread& writer : writers) writer.join();
   ASSERT_EQ(CS_SUCCEED, comn_debug_setfile(nullptr, nullptr, 0));
-  std::istringstream lines(contents("one") + contents("two"));
+  std::istringstream lines(scratch::read("one") + scratch::read("two"));
   for (std::string line; std::getline(lines, line);) ASSERT_EQ("one piece", line);
 }
 
@@ -198,7 +192,7 @@ TEST(Perr, WritesTheTextItselfAndAppends) {
   com_perr("50% %s\n");
   com_perr("two\n");
   EXPECT_EQ("50% %s\ntwo\n", testing::internal::GetCapturedStderr());
-  EXPECT_EQ("50% %s\ntwo\n", contents("tlvinit.err"));
+  EXPECT_EQ("50% %s\ntwo\n", scratch::read("tlvinit.err"));
 }
 
 TEST(Version, IsOneLineOfSevenFields) {
