@@ -248,9 +248,12 @@ inline std::string bytes_as(CS_INT type, const std::string& text) {
       return bytes_of(
           CS_DATETIME4{static_cast<CS_USHORT>(part(0)), static_cast<CS_USHORT>(part(1))});
     case CS_NUMERIC_TYPE:
-    case CS_DECIMAL_TYPE:
+    case CS_DECIMAL_TYPE: {
+      const bool valid = part(0) >= 1 && part(0) <= CS_MAX_PREC;
+      const CS_INT length = valid ? comn_num_getlen(part(0)) : CS_INT{CS_MAX_NUMLEN};
       return std::string{static_cast<char>(part(0)), static_cast<char>(part(1))} +
-             table::magnitude_of(parts[2], static_cast<std::size_t>(comn_num_getlen(part(0))));
+             table::magnitude_of(parts[2], static_cast<std::size_t>(length));
+    }
     default:
       return text_as(type == CS_UNICHAR_TYPE ? type : CS_CHAR_TYPE, table::text_of(text)).bytes;
   }

@@ -1,6 +1,7 @@
 // Null values: defaults, what hosts set, the differing bounds, and the unlinking rule.
 #include "comnlib/memory.h"
 #include "conv/conversion.h"
+#include "support/stops.h"
 
 namespace {
 
@@ -142,16 +143,17 @@ TEST(NullDeathTest, BrokenPreconditionsStop) {
   const CS_DATAFMT format = format_of(CS_CHAR_TYPE, 4), none = format_of(-1, 4);
   CS_INT length = 0;
   char room[8];
-  const auto bombed = testing::KilledBySignal(SIGABRT);
   const char* const place = "assertion failed, file '.*com_null.cpp'";
-  EXPECT_EXIT(com_null_get(&context, &format, room, -1, &length), bombed, place);
-  EXPECT_EXIT(com_null_get(&context, &none, room, 4, &length), bombed, place);
-  EXPECT_EXIT(com_null_set(&context, -1, room, 1), bombed, place);
-  EXPECT_EXIT(com_null_set(&context, 1, room, -1), bombed, place);
-  EXPECT_EXIT(com_null_set(&context, 1, nullptr, 1), bombed, "Invalid pointer");
-  EXPECT_EXIT(com_null_reinstall(&context, -1), bombed, place);
   set(context, CS_INT_TYPE, "");
-  EXPECT_EXIT(com_null_reinstall(&context, CS_INT_TYPE), bombed, "Invalid pointer");
+  stops::expect({
+      STOP(place, com_null_get(&context, &format, room, -1, &length)),
+      STOP(place, com_null_get(&context, &none, room, 4, &length)),
+      STOP(place, com_null_set(&context, -1, room, 1)),
+      STOP(place, com_null_set(&context, 1, room, -1)),
+      STOP(stops::kPointer, com_null_set(&context, 1, nullptr, 1)),
+      STOP(place, com_null_reinstall(&context, -1)),
+      STOP(stops::kPointer, com_null_reinstall(&context, CS_INT_TYPE)),
+  });
 }
 
 }  // namespace

@@ -78,6 +78,18 @@ TEST(Conversions, OfTheTable) {
   });
 }
 
+// "code[,precision,scale,value]" is what a numeric becomes.
+TEST(Conversions, OfNumericsToOtherSizes) {
+  Context context;
+  table::for_each_line("exact/data/numeric_rescalings.tsv", [&](const table::Fields& line) {
+    const std::size_t code_end = std::min(line[2].find(','), line[2].size() - 1) + 1;
+    Row row = row_of(
+        {"numeric", line[0], "decimal", line[1], "", line[2].substr(code_end), "", "CS_SUCCEED"});
+    row.code = table::number(line[2]);
+    check(context, row);
+  });
+}
+
 // What no line of the table can say: texts that fill a record, records of a length that is not
 // valid, and what the conversions use, where any size may be given.
 TEST(Conversions, OfFullAndBadRecords) {

@@ -190,25 +190,6 @@ TEST(NumericVectors, Kernel) {
   });
 }
 
-TEST(NumericVectors, Rescalings) {
-  for_each_line("rescalings", [](const Fields& row) {
-    CS_CONTEXT context{};
-    CS_DATAFMT from{}, to{};
-    from.datatype = CS_NUMERIC_TYPE;
-    to.datatype = CS_DECIMAL_TYPE;
-    to.precision = number(row[1]);
-    to.scale = number(split(row[1], ',')[1]);
-    const CS_NUMERIC source = numeric(row[0]);
-    const Expected expected(row[2]);
-    CS_NUMERIC result = numeric("");
-    CS_INT length = -1;
-    EXPECT_EQ(comn_numtonum(&context, &from, &source, &to, &result, &length), expected.code);
-    EXPECT_EQ(bytes_of(result), bytes_of(expected.record));
-    const bool written = expected.record.precision != kGuard;
-    EXPECT_EQ(length, written ? static_cast<CS_INT>(length_of(result.precision)) + 2 : 0);
-  });
-}
-
 TEST(NumericVectors, Texts) {
   for_each_line("texts", [](const Fields& row) {
     const std::string text = table::text_of(row[0]);
