@@ -40,7 +40,9 @@ def check(faults):
         lines = found.stdout.replace(f"{home}/", "").splitlines()
     missed = [(file, words) for file, _, _, words in faults
               if not any(words in line and file in line for line in lines)]
-    other = [line for line in lines if not any(words in line for _, _, _, words in faults)]
+    other = [line for line in lines
+             if not any(words in line and file in line for file, _, _, words in faults)]
+    other += [line for line in set(lines) if lines.count(line) > 1]
     assert found.returncode == 1, found
     return missed, other
 

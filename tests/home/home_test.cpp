@@ -134,7 +134,7 @@ TEST_F(ShippedSets, AgreeWithIconv) {
     // comes back.
     const std::string missing = utf16(name == "sjis" ? U'〓' : U'?');
     std::string all, expected;
-    const char32_t end = name == "gb18030" ? 0x110000 : 0x10000;
+    const char32_t end = name == "gb18030" ? 0x110000 : 0x10400;
     for (char32_t code = 0; code < end; code += kStride) {
       if (code >= 0xD800 && code < 0xE000) continue;
       const std::string ours = character(kUnicode, own, utf16(code));
