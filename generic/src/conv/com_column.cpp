@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 #include "conv/frame.h"
@@ -64,6 +65,12 @@ CS_INT length_of(const CsColumnSource& source, CS_INT at) {
   return source.format->maxlength;
 }
 
+bool is_null(const CsColumnSource& source, CS_INT at) {
+  if (source.lengths != nullptr && source.lengths[at] < 0) return true;
+  const auto bit = static_cast<CS_UINT>(at);
+  return source.valid != nullptr && (source.valid[bit / 8] >> bit % 8 & 1) == 0;
+}
+
 // Where the values that begin at `at` end, at `limit` or at a null.
 CS_INT end_of_run(const CsColumnSource& source, CS_INT at, CS_INT limit) {
   if (source.lengths != nullptr)
@@ -72,31 +79,36 @@ CS_INT end_of_run(const CsColumnSource& source, CS_INT at, CS_INT limit) {
                                 source.lengths);
   if (source.valid == nullptr) return limit;
   while (at < limit) {
-    const auto nulls = static_cast<CS_BYTE>(~source.valid[at / 8]) >> at % 8;
-    if (nulls != 0) return std::min(limit, at + std::countr_zero(static_cast<unsigned>(nulls)));
-    at = (at / 8 + 1) * 8;
+    const auto bit = static_cast<CS_UINT>(at);
+    const auto nulls =
+        static_cast<CS_UINT>(static_cast<CS_BYTE>(~source.valid[bit / 8])) >> bit % 8;
+    if (nulls != 0) return std::min(limit, at + std::countr_zero(nulls));
+    at = static_cast<CS_INT>((bit | 7) + 1);
   }
   return limit;
 }
 
-// Sets or clears the bits from `at` up to `end`.
-void mark(CS_BYTE* bits, CS_INT at, CS_INT end, bool valid) {
-  while (at < end) {
-    const CS_INT in_byte = std::min(end, (at / 8 + 1) * 8);
-    const auto mask = static_cast<CS_BYTE>(((1 << (in_byte - at)) - 1) << at % 8);
-    CS_BYTE& byte = bits[at / 8];
-    byte = static_cast<CS_BYTE>(valid ? byte | mask : byte & ~mask);
-    at = in_byte;
-  }
+// Sets the bits of all values before they are converted; those of nulls are cleared one by one.
+void mark_valid(CS_BYTE* bits, CS_INT count) {
+  const CS_INT whole = count / 8;
+  std::memset(bits, 0xFF, static_cast<std::size_t>(whole));
+  if (count % 8 != 0) bits[whole] = static_cast<CS_BYTE>(bits[whole] | ((1 << count % 8) - 1));
+}
+
+void mark(CS_BYTE* bits, CS_INT at, bool valid) {
+  CS_BYTE& byte = bits[static_cast<CS_UINT>(at) / 8];
+  const auto bit = static_cast<CS_BYTE>(1U << static_cast<CS_UINT>(at) % 8);
+  byte = static_cast<CS_BYTE>(valid ? byte | bit : byte & ~bit);
 }
 
 // Stores the code and length of one value, which takes `length` bytes, or -1 for a null. Returns
 // the number of faults.
-CS_INT store_outcome(const ColumnCall& column, CS_INT at, CS_RETCODE code, CS_INT length) {
+[[gnu::always_inline]] inline CS_INT store_outcome(const ColumnCall& column, CS_INT at,
+                                                   CS_RETCODE code, CS_INT length) {
   const CsColumnDest& destination = *column.destination;
   if (column.codes != nullptr) column.codes[at] = code;
   if (destination.lengths != nullptr) destination.lengths[at] = length;
-  if (destination.valid != nullptr) mark(destination.valid, at, at + 1, length >= 0);
+  if (destination.valid != nullptr) mark(destination.valid, at, length >= 0);
   if (destination.offsets != nullptr)
     destination.offsets[at + 1] = destination.offsets[at] + std::max(length, 0);
   return code == CS_SUCCEED ? 0 : 1;
@@ -119,12 +131,12 @@ CS_INT convert_runs(const ColumnCall& column, CS_INT most_values, Convert conver
   CS_DATAFMT format = *column.source->format;
   CS_INT faults = 0;
   for (CS_INT at = 0; at < column.count;) {
-    const CS_INT limit = at + std::min(most_values, column.count - at);
-    const CS_INT end = end_of_run(*column.source, at, limit);
-    if (end == at) {
+    if (is_null(*column.source, at)) {
       faults += convert_null(column, at++);
       continue;
     }
+    const CS_INT limit = at + std::min(most_values, column.count - at);
+    const CS_INT end = end_of_run(*column.source, at + 1, limit);
     faults += convert(ColumnRun{column, format, at, end, value_of(*column.destination, at)});
     at = end;
   }
@@ -159,11 +171,8 @@ CS_INT convert_column(const ColumnCall& column, const ColumnRoutine& routine) {
   require(routine.serves_destination(*column.destination->format));
   if (is_dense(column, routine)) return routine.dense(column);
   constexpr CS_INT kMostValues = 1024;
-  return convert_runs(column, kMostValues, [&](const ColumnRun& run) {
-    CS_BYTE* const valid = run.column.destination->valid;
-    if (valid != nullptr) mark(valid, run.begin, run.end, true);
-    return routine.run(run);
-  });
+  if (column.destination->valid != nullptr) mark_valid(column.destination->valid, column.count);
+  return convert_runs(column, kMostValues, routine.run);
 }
 
 }  // namespace
