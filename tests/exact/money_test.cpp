@@ -192,6 +192,21 @@ TEST(Money, ShiftsOnceForEachBit) {
   }
 }
 
+// The limits and rules are those of the conversions; small money has a status of its own.
+TEST(Money, ToNumbersFromBothSizes) {
+  const CS_MONEY beyond = wide(0x80000000), least = wide(-21474836490000), part = wide(-17000);
+  const CS_MONEY4 small_part = narrow(-17000);
+  CS_MONEY4 small;
+  CS_INT whole[3];
+  CS_REAL reals[2];
+  EXPECT_EQ(-1, com__mnytomny4(&beyond, &small));
+  EXPECT_EQ(1, com__mnytoint(&least, &whole[0]));
+  EXPECT_EQ(0, com__mnytoint(&part, &whole[1]) + com__mny4toint(&small_part, &whole[2]));
+  EXPECT_EQ(0, com__mnytoflt4(&part, &reals[0]) + com__mny4toflt4(&small_part, &reals[1]));
+  EXPECT_EQ(std::tuple(kIntMin, -1, -1), std::tuple(whole[0], whole[1], whole[2]));
+  EXPECT_EQ(std::pair(-1.7f, -1.7f), std::pair(reals[0], reals[1]));
+}
+
 TEST(MoneyText, OfTheSmallSizeAndWithFewDecimals) {
   const CS_MONEY4 small{kIntMin};
   CS_CHAR buffer[16];
