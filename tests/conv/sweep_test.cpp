@@ -46,6 +46,30 @@ Types types_of(const std::string& name) {
   return kFamilies.contains(name) ? kFamilies.at(name) : Types{type_of(name)};
 }
 
+bool is_numeric(CS_INT type) {
+  return type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE;
+}
+bool is_integer(CS_INT type) {
+  return type >= CS_TINYINT_TYPE && type <= CS_INT_TYPE;
+}
+bool has_text(CS_INT type) {
+  return has_length(type) || has_record(type);
+}
+bool is_whole(const std::string& number) {
+  return number.find('.') == std::string::npos;
+}
+
+// The bytes of a value, without the length of a record; UTF-16 as single bytes.
+std::string content_of(const Result& result, CS_INT type) {
+  std::string text = result.text();
+  if (has_record(type) && !text.empty())
+    return text.substr(2, static_cast<std::size_t>(result.as<CS_SMALLINT>()));
+  std::string narrow;
+  for (std::size_t at = 0; at < text.size(); at += type == CS_UNICHAR_TYPE ? 2 : 1)
+    narrow += text[at];
+  return narrow;
+}
+
 enum class Layout { lengths, bits, offsets, fields };
 
 // A column of one value, some times over at odd addresses, gives what the value gives alone; every
@@ -132,7 +156,7 @@ class Sweep {
         if (is_numeric(to) && !expected.empty()) expected.resize(sizeof(CS_NUMERIC));
         run(source_of(from, line[1]), to, [&](const Result& result) {
           EXPECT_EQ(line[4], comn_result_name(result.code));
-          EXPECT_EQ(expected, value_of(result, to));
+          EXPECT_EQ(expected, content_of(result, to));
           EXPECT_TRUE(has_record(to) ||
                       result.untouched_from(static_cast<std::size_t>(result.length)));
         });
@@ -144,72 +168,67 @@ class Sweep {
   void expect_all_tried() const;
 
  private:
-  static bool is_numeric(CS_INT type) { return type == CS_NUMERIC_TYPE || type == CS_DECIMAL_TYPE; }
-  static bool is_integer(CS_INT type) { return type >= CS_TINYINT_TYPE && type <= CS_INT_TYPE; }
-  static bool has_text(CS_INT type) { return has_length(type) || has_record(type); }
-
-  // The bytes of a value, without the length of a record; UTF-16 as single bytes.
-  static std::string value_of(const Result& result, CS_INT type) {
-    std::string text = result.text();
-    if (has_record(type) && !text.empty())
-      return text.substr(2, static_cast<std::size_t>(result.as<CS_SMALLINT>()));
-    std::string narrow;
-    for (std::size_t at = 0; at < text.size(); at += type == CS_UNICHAR_TYPE ? 2 : 1)
-      narrow += text[at];
-    return narrow;
-  }
-
   Context context_;
   std::set<std::pair<CS_INT, CS_INT>> tried_;
 };
+
+using Values = std::map<CS_INT, std::string>;
+
+// A number as each type has it that holds it exactly.
+std::vector<Encoded> sources_of(const std::string& number, const Values& values) {
+  const float single = std::strtof(number.c_str(), nullptr);
+  const double wide = std::strtod(number.c_str(), nullptr);
+  const long double exact = std::strtold(number.c_str(), nullptr);
+  std::vector<Encoded> sources;
+  for (const CS_INT type : kTexts) sources.push_back(text_as(type, number));
+  if (single == exact) sources.push_back(value_of(CS_REAL_TYPE, single));
+  if (wide == exact) sources.push_back(value_of(CS_FLOAT_TYPE, wide));
+  for (const auto& [type, value] : values) {
+    const bool holds =
+        type == CS_BIT_TYPE ? exact == 0 || exact == 1 : !is_integer(type) || is_whole(number);
+    if (holds && !value.ends_with('!')) sources.push_back(source_of(type, value));
+  }
+  return sources;
+}
 
 // The columns of a line are the number, and what each type makes of it.
 void Sweep::numbers(const table::Fields& line) {
   constexpr CS_INT kColumns[] = {CS_BIT_TYPE,   CS_TINYINT_TYPE, CS_SMALLINT_TYPE, CS_INT_TYPE,
                                  CS_MONEY_TYPE, CS_MONEY4_TYPE,  CS_NUMERIC_TYPE};
   const std::string& number = line[0];
-  const bool whole = number.find('.') == std::string::npos;
-  const float single = std::strtof(number.c_str(), nullptr);
-  const double wide = std::strtod(number.c_str(), nullptr);
-  const long double exact = std::strtold(number.c_str(), nullptr);
-  std::map<CS_INT, std::string> values;
+  Values values;
   for (std::size_t at = 0; at < std::size(kColumns); ++at) values[kColumns[at]] = line[at + 1];
   values[CS_DECIMAL_TYPE] = values[CS_NUMERIC_TYPE];
-
-  std::vector<Encoded> sources;
-  for (const CS_INT type : kTexts) sources.push_back(text_as(type, number));
-  if (single == exact) sources.push_back(conversion::value_of(CS_REAL_TYPE, single));
-  if (wide == exact) sources.push_back(conversion::value_of(CS_FLOAT_TYPE, wide));
-  for (const auto& [type, value] : values) {
-    const bool holds = type == CS_BIT_TYPE ? exact == 0 || exact == 1 : whole || !is_integer(type);
-    if (holds && !value.ends_with('!')) sources.push_back(source_of(type, value));
-  }
-  for (const Encoded& source : sources) {
+  for (const Encoded& source : sources_of(number, values)) {
     const bool text = among(kTexts, source.format.datatype);
+    for (const CS_INT to : types_of("binaries"))
+      run(source, to, [&](const Result& result) {
+        EXPECT_EQ(text ? "" : source.bytes, text ? "" : content_of(result, to));
+      });
     for (const CS_INT to : kTexts)
       run(source, to, [&](const Result& result) {
         EXPECT_EQ(CS_SUCCEED, result.code);
-        EXPECT_EQ(wide, std::strtod(value_of(result, to).c_str(), nullptr));
+        EXPECT_EQ(std::stod(number), std::stod(content_of(result, to)));
       });
-    for (const CS_INT to : types_of("binaries"))
-      run(source, to,
-          [&](const Result& result) { EXPECT_TRUE(text || source.bytes == value_of(result, to)); });
-    run(source, CS_REAL_TYPE,
-        [&](const Result& result) { EXPECT_FLOAT_EQ(single, result.as<float>()); });
-    run(source, CS_FLOAT_TYPE,
-        [&](const Result& result) { EXPECT_DOUBLE_EQ(wide, result.as<double>()); });
-    for (const auto& entry : values) {
-      const CS_INT to = entry.first;
-      const bool over = entry.second.ends_with('!');
-      const std::string bytes = bytes_as(to, entry.second);
-      run(source, to, [&](const Result& result) {
+    run(source, CS_REAL_TYPE, [&](const Result& result) {
+      EXPECT_EQ(CS_SUCCEED, result.code);
+      EXPECT_FLOAT_EQ(std::stof(number), result.as<float>());
+    });
+    run(source, CS_FLOAT_TYPE, [&](const Result& result) {
+      EXPECT_EQ(CS_SUCCEED, result.code);
+      EXPECT_DOUBLE_EQ(std::stod(number), result.as<double>());
+    });
+    for (const auto& entry : values)
+      run(source, entry.first, [&](const Result& result) {
+        const auto& [to, value] = entry;
         if (text && to == CS_BIT_TYPE) return;  // not every number is a bit's literal
-        const bool literal = !text || whole || !is_integer(to);
+        const bool literal = !text || is_whole(number) || !is_integer(to);
+        const bool over = value.ends_with('!');
         EXPECT_EQ(!literal ? CS_CVT_SYNTAX : over ? CS_CVT_OVERFLOW : CS_SUCCEED, result.code);
         if (text && (!literal || (over && !is_integer(to)))) return;
+        const std::string bytes = bytes_as(to, value);
         EXPECT_EQ(bytes, result.first(bytes.size()));
       });
-    }
   }
 }
 
