@@ -142,7 +142,7 @@ int write_digits(std::uint64_t digits, char* to) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 1), rest);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 17), zeros);
   const int zero_digits = _mm_movemask_epi8(_mm_cmpeq_epi8(rest, zeros));
-  return 1 + std::bit_width(static_cast<unsigned>(zero_digits) ^ 0xFFFF);
+  return 1 + static_cast<int>(std::bit_width(static_cast<unsigned>(zero_digits) ^ 0xFFFF));
 }
 
 // Writes d.ddde+xx and returns its end.
@@ -163,7 +163,7 @@ char* write_scientific(const DecimalFloat& decimal, char* at) {
 // Bytes after the end may be overwritten.
 char* write_fixed(const DecimalFloat& decimal, char* at) {
   if (decimal.exponent < 0) {
-    std::memcpy(at, ".000", 4);
+    std::string_view(".000").copy(at, 4);
     at -= decimal.exponent;
     return at + write_digits(decimal.digits, at);
   }
@@ -186,8 +186,8 @@ std::string_view write_decimal(bool negative, const DecimalFloat& decimal, Numbe
 
 // Infinities, NaNs and values halfway between two texts.
 std::string_view text_by_library(double value, NumberBuffer& buffer) {
-  constexpr std::string_view suffix = ".0";
-  char* const limit = buffer.end() - suffix.size();
+  constexpr std::string_view kSuffix = ".0";
+  char* const limit = buffer.end() - kSuffix.size();
   const auto [end, error] =
       std::to_chars(buffer.begin(), limit, value, std::chars_format::general, kSignificantDigits);
   require(error == std::errc{});
@@ -195,7 +195,7 @@ std::string_view text_by_library(double value, NumberBuffer& buffer) {
   if (buffer[0] == '0' && buffer[1] == '.') return {buffer.begin() + 1, end};
   const auto marks_a_float = [](char mark) { return mark == '.' || mark == 'e'; };
   if (std::any_of(buffer.begin(), end, marks_a_float)) return {buffer.begin(), end};
-  return {buffer.begin(), std::ranges::copy(suffix, end).out};
+  return {buffer.begin(), std::ranges::copy(kSuffix, end).out};
 }
 
 }  // namespace
