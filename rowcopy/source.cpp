@@ -145,9 +145,9 @@ class FromUtf16 : public ByteStream {
   }
 
   std::uint32_t unit_at(std::size_t at) const {
-    const auto first = static_cast<unsigned char>(input_[at]);
-    const auto second = static_cast<unsigned char>(input_[at + 1]);
-    return order_ == std::endian::little ? first | second << 8U : first << 8U | second;
+    const std::uint32_t first = static_cast<unsigned char>(input_[at]);
+    const std::uint32_t second = static_cast<unsigned char>(input_[at + 1]);
+    return order_ == std::endian::little ? first | second << 8 : first << 8 | second;
   }
 
   void take_unit(std::uint32_t unit) {
