@@ -55,33 +55,34 @@ inline Decoded decode_utf8(std::span<const CS_BYTE> text) {
   return code < 0x10000 || code > 0x10FFFF ? kMalformed : Decoded{code, 4};
 }
 
-// Returns the number of bytes written; 0 when the room is too small. `code` is a character.
-inline std::size_t encode_utf8(char32_t code, std::span<CS_BYTE> room) {
-  const std::size_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
-  if (length > room.size()) return 0;
+// The bytes of the longest character in either form; encoders have room for so many.
+inline constexpr std::size_t kMostBytes = 4;
+
+// Returns the number of bytes written. `code` is a character.
+inline std::size_t encode_utf8(char32_t code, CS_BYTE* to) {
   const auto trail = [code](int shift) {
     return static_cast<CS_BYTE>(0x80 | (code >> shift & 0x3F));
   };
-  switch (length) {
-    case 1:
-      room[0] = static_cast<CS_BYTE>(code);
-      break;
-    case 2:
-      room[0] = static_cast<CS_BYTE>(0xC0 | code >> 6);
-      room[1] = trail(0);
-      break;
-    case 3:
-      room[0] = static_cast<CS_BYTE>(0xE0 | code >> 12);
-      room[1] = trail(6);
-      room[2] = trail(0);
-      break;
-    default:
-      room[0] = static_cast<CS_BYTE>(0xF0 | code >> 18);
-      room[1] = trail(12);
-      room[2] = trail(6);
-      room[3] = trail(0);
+  if (code < 0x80) {
+    to[0] = static_cast<CS_BYTE>(code);
+    return 1;
   }
-  return length;
+  if (code < 0x800) {
+    to[0] = static_cast<CS_BYTE>(0xC0 | code >> 6);
+    to[1] = trail(0);
+    return 2;
+  }
+  if (code < 0x10000) {
+    to[0] = static_cast<CS_BYTE>(0xE0 | code >> 12);
+    to[1] = trail(6);
+    to[2] = trail(0);
+    return 3;
+  }
+  to[0] = static_cast<CS_BYTE>(0xF0 | code >> 18);
+  to[1] = trail(12);
+  to[2] = trail(6);
+  to[3] = trail(0);
+  return 4;
 }
 
 // UTF-16 in host byte order, at any address; of a text that is not empty.
@@ -108,18 +109,19 @@ inline bool is_utf16(std::span<const CS_BYTE> text) {
 }
 
 // As encode_utf8, in host byte order.
-inline std::size_t encode_utf16(char32_t code, std::span<CS_BYTE> room) {
-  const bool pair = code >= 0x10000;
-  const std::size_t length = pair ? 4 : 2;
-  if (length > room.size()) return 0;
-  const char32_t offset = code - 0x10000;
-  const auto first = static_cast<CS_UNICHAR>(pair ? 0xD800 + (offset >> 10) : code);
-  std::memcpy(room.data(), &first, sizeof first);
-  if (pair) {
-    const auto second = static_cast<CS_UNICHAR>(0xDC00 + (offset & 0x3FF));
-    std::memcpy(room.data() + sizeof first, &second, sizeof second);
+inline std::size_t encode_utf16(char32_t code, CS_BYTE* to) {
+  const auto put = [to](std::size_t at, char32_t unit) {
+    const auto value = static_cast<CS_UNICHAR>(unit);
+    std::memcpy(to + at, &value, sizeof value);
+  };
+  if (code < 0x10000) {
+    put(0, code);
+    return 2;
   }
-  return length;
+  const char32_t offset = code - 0x10000;
+  put(0, 0xD800 + (offset >> 10));
+  put(2, 0xDC00 + (offset & 0x3FF));
+  return 4;
 }
 
 }  // namespace comnlib

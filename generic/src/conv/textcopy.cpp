@@ -86,8 +86,9 @@ Copied copy_text(Text text, std::span<CS_BYTE> room) {
   return {needed <= limit ? CS_SUCCEED : CS_CVT_TRUNCATED, length, needed};
 }
 
-Copied translate_text(Bytes text, const Encoding& from, const Encoding& to, std::span<CS_BYTE> room,
-                      CS_CONTEXT* context) {
+[[gnu::always_inline]] inline Copied translate_text(Bytes text, const Encoding& from,
+                                                    const Encoding& to, std::span<CS_BYTE> room,
+                                                    CS_CONTEXT* context) {
   if (text.empty()) return {CS_SUCCEED, 0, 0};
   if (from.utf16 && text.size() % sizeof(CS_UNICHAR) != 0) return {CS_CVT_BADXLATE, 0, 0};
   const Translated result = translate(context, from, to, text, room);
@@ -173,6 +174,8 @@ CS_RETCODE finish_text(const Copied& copied, const Conversion& call) {
   constexpr CS_INT kUnit = sizeof(Unit);
   const CS_INT room = call.destfmt->maxlength - call.destfmt->maxlength % kUnit;
   *call.destlen = copied.length;
+  constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+  if ((call.destfmt->format & kPadding) == 0 && copied.needed <= room) return copied.code;
   if (terminates(*call.destfmt) && copied.length + copied.length % kUnit >= room) {
     if (room == 0) return CS_CVT_TRUNCATED;
     store(static_cast<CS_BYTE*>(call.dest) + room - kUnit, Unit{0});
@@ -241,7 +244,10 @@ bool have_one_encoding(const CS_CONTEXT& context, const CS_DATAFMT& a, const CS_
   return same_encoding(encoding_of(context, a), encoding_of(context, b));
 }
 
-CS_RETCODE internal::copy_any_to_character(Bytes text, bool utf16, const Conversion& call) {
+CS_RETCODE internal::copy_any_to_character(const CS_BYTE* bytes, std::size_t size, bool utf16,
+                                           COMNLIB_CONVERSION_PARAMETERS) {
+  const Bytes text(bytes, size);
+  const Conversion call{context, srcfmt, src, destfmt, dest, destlen};
   const std::span<CS_BYTE> room = room_of(call);
   if (text.empty() || room.empty())
     return finish_text<CS_CHAR>({CS_SUCCEED, 0, size_of(text)}, call);
@@ -263,7 +269,10 @@ CS_RETCODE copy_to_unichar(const Text& text, const Conversion& call) {
   return finish_text<CS_UNICHAR>(copied, call);
 }
 
-CS_RETCODE internal::copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call) {
+CS_RETCODE internal::copy_any_to_varchar(const CS_BYTE* bytes, std::size_t size, bool utf16,
+                                         COMNLIB_CONVERSION_PARAMETERS) {
+  const Bytes text(bytes, size);
+  const Conversion call{context, srcfmt, src, destfmt, dest, destlen};
   const Encoding from = source_encoding(utf16, call);
   const Encoding to = encoding_of(*call.context, *call.destfmt);
   const std::span<CS_BYTE> room(record_bytes(call.dest), CS_MAX_CHAR);

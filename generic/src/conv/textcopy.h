@@ -68,20 +68,16 @@ inline bool keeps_encoding(const Conversion& call) {
 
 namespace internal {
 // The general case: text that does not fit, has quotes to double or changes its encoding.
-CS_RETCODE copy_any_to_character(Bytes text, bool utf16, const Conversion& call);
-CS_RETCODE copy_any_to_varchar(Bytes text, bool utf16, const Conversion& call);
-
-// Calls a routine with the call's members as arguments, so that the caller keeps them in registers.
-template <auto kCopy>
-[[gnu::cold, gnu::noinline]] CS_RETCODE copy_in_general(const CS_BYTE* bytes, std::size_t size,
-                                                        bool utf16, COMNLIB_CONVERSION_PARAMETERS) {
-  return kCopy({bytes, size}, utf16, {context, srcfmt, src, destfmt, dest, destlen});
-}
+// The call's members are arguments, so that the caller keeps them in registers.
+CS_RETCODE copy_any_to_character(const CS_BYTE* bytes, std::size_t size, bool utf16,
+                                 COMNLIB_CONVERSION_PARAMETERS);
+CS_RETCODE copy_any_to_varchar(const CS_BYTE* bytes, std::size_t size, bool utf16,
+                               COMNLIB_CONVERSION_PARAMETERS);
 
 template <auto kCopy>
 [[gnu::always_inline]] inline CS_RETCODE copy_in_general(const Text& text, const Conversion& call) {
-  return copy_in_general<kCopy>(text.bytes.data(), text.bytes.size(), text.utf16, call.context,
-                                call.srcfmt, call.src, call.destfmt, call.dest, call.destlen);
+  return kCopy(text.bytes.data(), text.bytes.size(), text.utf16, call.context, call.srcfmt,
+               call.src, call.destfmt, call.dest, call.destlen);
 }
 }  // namespace internal
 

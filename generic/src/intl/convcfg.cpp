@@ -81,8 +81,10 @@ CS_RETCODE load_conv_config(CS_CONTEXT& ctx, const CS_CHAR* charset, CsConvConfi
   };
   const CS_RETCODE result =
       read_file(ctx, open, [&made](IntlFile& file) { return read_config(file, *made); });
-  if (result == CS_SUCCEED) config = made.release();
-  return result;
+  if (result != CS_SUCCEED) return result;
+  made->to_utf8 = converts_to(*made, "utf8");
+  config = made.release();
+  return CS_SUCCEED;
 }
 
 bool converts_to(const CsConvConfig& config, std::string_view charset) {

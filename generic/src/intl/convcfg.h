@@ -28,6 +28,7 @@ std::span<const SystemAlgorithm> system_algorithms();
 struct _csconvconfig {
   std::array<CS_CHAR, COM_LOC_NAMESIZE> charset;  // whose configuration this is
   bool ascii_based;                               // as is_ascii_based says of its attributes
+  bool to_utf8;                                   // it has a conversion to utf8
   std::array<CS_BYTE, 4> replacement;             // written for characters that the set lacks
   CS_INT replacement_length;
   const comnlib::SystemAlgorithm* algorithm;    // null: by a table

@@ -171,6 +171,25 @@ bool is_ascii_based(const ConvTable& table) {
   return true;
 }
 
+// What ConvTable::utf8 has for a character.
+CS_UINT utf8_form(CS_USHORT unit) {
+  std::array<CS_BYTE, kMostBytes> bytes{};
+  bytes[3] = static_cast<CS_BYTE>(encode_utf8(unit, bytes.data()));
+  CS_UINT form;
+  std::memcpy(&form, bytes.data(), sizeof form);
+  return form;
+}
+
+void complete(ConvTable& table) {
+  table.ascii = is_ascii_based(table);
+  table.single_bytes = table.pairs.pages.count == 0 && !table.has_longer();
+  for (std::size_t byte = 0; byte < table.single.size(); ++byte) {
+    const CS_USHORT unit = table.single[byte];
+    const bool is_letter = table.ascii && byte >= 0x40 && byte < 0x80;
+    table.utf8[byte] = unit == kNoCharacter || is_letter ? 0 : utf8_form(unit);
+  }
+}
+
 // The range that holds a number, which is a place or a code point; or null.
 const CodeRange* range_of(const ConvTable& table, CS_UINT CodeRange::*start, CS_UINT number) {
   const auto ranges = table.ranges.view();
@@ -218,7 +237,7 @@ CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* ta
     name.copy(made.charset.data(), name.size());
     const CS_RETCODE result =
         read_file(ctx, open, [&made](IntlFile& file) { return read_table(file, made); });
-    made.ascii = is_ascii_based(made);
+    complete(made);
     return result;
   };
   return load_once<&ConvTable::next>(loaded->tables, table, is_known, read);

@@ -22,7 +22,7 @@ struct PagedTable {
 
   CS_USHORT at(CS_USHORT index) const {
     const CS_USHORT page = rows[index >> 8];
-    return page == 0 ? kNoCharacter : pages.items[(page - 1) * 256 + (index & 0xFF)];
+    return page == 0 ? kNoCharacter : pages.items[std::size_t{page} * 256 + (index & 0xFF) - 256];
   }
   bool set(CS_USHORT index, CS_USHORT value);  // false when memory is out
 };
@@ -45,9 +45,12 @@ struct ConvTable {
   PagedTable triple_reverse;  // and back
   Owned<PodVector<CodeRange>> ranges;  // ascending by sequence and by code point
   bool ascii;                          // the bytes below 0x80 stand for themselves, both ways
+  bool single_bytes;                   // all characters are single bytes; then:
+  // Of each byte its bytes in UTF-8, lowest first, and their number in the highest. 0 where there
+  // is no character, and for the letters of ASCII where it stands for itself.
+  std::array<CS_UINT, 256> utf8;
   ConvTable* next;
 
-  bool is_single_byte() const { return pairs.pages.count == 0 && !has_longer(); }
   bool has_longer() const { return triple_lead != 0 || ranges.count != 0; }
 };
 

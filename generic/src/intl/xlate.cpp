@@ -1,11 +1,12 @@
 // Translation of text: one loop over a decoder of the source set and an encoder of the target set,
-// both inlined into it, which are the whole of the rules. Runs of ASCII and of UTF-8 of two and
-// three bytes, which most text is, are moved without them.
+// both inlined into it, which are the whole of the rules. ASCII is moved by blocks, and characters
+// of the frequent lengths without a look at how much is left or fits.
 #include "intl/xlate.h"
 
 #include <emmintrin.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <bit>
 #include <cstdint>
@@ -22,71 +23,102 @@ namespace {
 
 using Room = std::span<CS_BYTE>;
 
-// What an encoder returns for a character that its set lacks; 0 means that the room is too small.
-constexpr std::size_t kLacking = ~std::size_t{0};
+// Codecs decode and encode one character each; those without a table ignore theirs.
+//   kAsciiUnit      the size of an ASCII character where ASCII characters are themselves
+//   kAhead          bytes that `front` looks at
+//   front(text, ascii, take)   takes the character at the front, take(code, bytes), where it is one
+//                   of the frequent lengths and not ASCII from `ascii` on; false when not taken.
+//                   Calls `take` for each length, so that the loop around it has no variable one.
+//   decode(text)    the character at the front; 0 bytes: the text is malformed or cut here
+//   encode(code, to)   the bytes written, at most kMostBytes; 0: the set lacks the character
 
-// The four bytes at the front of UTF-8, the first one lowest. A lead byte below 0xC2 would make an
-// overlong pair.
-struct Utf8Word {
-  std::uint32_t bytes;
-
-  static Utf8Word at(const CS_BYTE* from) {
-    Utf8Word word;
-    std::memcpy(&word.bytes, from, sizeof word.bytes);
-    return word;
-  }
-  bool is_pair() const { return (bytes & 0xC0E0) == 0x80C0 && (bytes & 0x1E) != 0; }
-  bool is_two_pairs() const {
-    return (bytes & 0xC0E0C0E0) == 0x80C080C0 && (bytes & 0x1E) != 0 && (bytes & 0x1E0000) != 0;
-  }
-  char32_t pair() const { return (bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F); }
-  char32_t second_pair() const { return Utf8Word{bytes >> 16}.pair(); }
-  bool is_triple() const {
-    return (bytes & 0xC0C0F0) == 0x8080E0 && triple() >= 0x800 && !is_surrogate(triple());
-  }
-  char32_t triple() const {
-    return (bytes & 0xF) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
-  }
-};
-
-// Codecs decode and encode one character each. kAsciiUnit is the size of an ASCII character where
-// ASCII characters are themselves.
+// Of `front`, for a character below U+10000.
+template <class Take>
+[[gnu::always_inline]] inline bool take_unit(char32_t code, std::size_t bytes, char32_t ascii,
+                                             Take take) {
+  return code >= 0x80 ? take(code, bytes) : code < ascii && take(code, bytes);
+}
 
 struct Utf8Codec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kAhead = 4;
+
+  explicit Utf8Codec(const ConvTable* /*table*/) {}
   bool ascii() const { return true; }
-  Decoded decode(Bytes text) const {
-    if (text.size() >= sizeof(Utf8Word)) {
-      const Utf8Word word = Utf8Word::at(text.data());
-      if (word.is_pair()) return {word.pair(), 2};
-    }
-    return decode_utf8(text);
+  // By a word of four bytes, the first one lowest. A lead byte below 0xC2 would make an overlong
+  // pair.
+  template <class Take>
+  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+    std::uint32_t word;
+    std::memcpy(&word, text, sizeof word);
+    if ((word & 0xC0E0) == 0x80C0 && (word & 0x1E) != 0)
+      return take((word & 0x1F) << 6 | (word >> 8 & 0x3F), 2);
+    if ((word & 0x80) == 0) return (word & 0xFF) < ascii && take(word & 0xFF, 1);
+    const char32_t code = (word & 0xF) << 12 | (word >> 2 & 0xFC0) | (word >> 16 & 0x3F);
+    return (word & 0xC0C0F0) == 0x8080E0 && code >= 0x800 && !is_surrogate(code) && take(code, 3);
   }
-  // Three bytes are the most frequent length of what comes here.
-  std::size_t encode(char32_t code, Room room) const {
-    if (code < 0x800 || code > 0xFFFF || room.size() < 3) return encode_utf8(code, room);
-    room[0] = static_cast<CS_BYTE>(0xE0 | code >> 12);
-    room[1] = static_cast<CS_BYTE>(0x80 | (code >> 6 & 0x3F));
-    room[2] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
-    return 3;
-  }
+  Decoded decode(Bytes text) const { return decode_utf8(text); }
+  std::size_t encode(char32_t code, CS_BYTE* to) const { return encode_utf8(code, to); }
 };
 
 struct Utf16Codec {
   static constexpr std::size_t kAsciiUnit = 2;
+  static constexpr std::size_t kAhead = 2;
+
+  explicit Utf16Codec(const ConvTable* /*table*/) {}
   bool ascii() const { return true; }
+  template <class Take>
+  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+    CS_UNICHAR unit;
+    std::memcpy(&unit, text, sizeof unit);
+    if (unit >= 0x80 && unit < 0x800) return take(unit, sizeof unit);
+    if (unit < 0x80) return unit < ascii && take(unit, sizeof unit);
+    return !is_surrogate(unit) && take(unit, sizeof unit);
+  }
   Decoded decode(Bytes text) const { return decode_utf16(text); }
-  std::size_t encode(char32_t code, Room room) const { return encode_utf16(code, room); }
+  std::size_t encode(char32_t code, CS_BYTE* to) const { return encode_utf16(code, to); }
 };
 
 struct Latin1Codec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kAhead = 1;
+
+  explicit Latin1Codec(const ConvTable* /*table*/) {}
   bool ascii() const { return true; }
+  template <class Take>
+  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+    return take_unit(*text, 1, ascii, take);
+  }
   Decoded decode(Bytes text) const { return {text[0], 1}; }
-  std::size_t encode(char32_t code, Room room) const {
-    if (code > 0xFF) return kLacking;
-    if (room.empty()) return 0;
-    room[0] = static_cast<CS_BYTE>(code);
+  std::size_t encode(char32_t code, CS_BYTE* to) const {
+    if (code > 0xFF) return 0;
+    *to = static_cast<CS_BYTE>(code);
+    return 1;
+  }
+};
+
+// A set of single bytes by its table.
+struct SingleByteCodec {
+  static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kAhead = 1;
+  const ConvTable* table;
+
+  explicit SingleByteCodec(const ConvTable* of) : table(of) {}
+  bool ascii() const { return table->ascii; }
+  template <class Take>
+  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+    const CS_USHORT code = table->single[*text];
+    return code != kNoCharacter && take_unit(code, 1, ascii, take);
+  }
+  Decoded decode(Bytes text) const {
+    const CS_USHORT code = table->single[text[0]];
+    return {code, code == kNoCharacter ? 0U : 1U};
+  }
+  std::size_t encode(char32_t code, CS_BYTE* to) const {
+    if (code > 0xFFFF) return 0;
+    const CS_USHORT value = table->reverse.at(static_cast<CS_USHORT>(code));
+    if (value == kNoCharacter) return 0;
+    *to = static_cast<CS_BYTE>(value);
     return 1;
   }
 };
@@ -95,57 +127,48 @@ struct Latin1Codec {
 // separately.
 struct TableCodec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kAhead = 2;
   const ConvTable* table;
 
+  explicit TableCodec(const ConvTable* of) : table(of) {}
   bool ascii() const { return table->ascii; }
+  CS_USHORT pair_at(const CS_BYTE* text) const {
+    return table->pairs.at(static_cast<CS_USHORT>(text[0] << 8 | text[1]));
+  }
+  template <class Take>
+  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+    const CS_USHORT single = table->single[*text];
+    if (single != kNoCharacter) return take_unit(single, 1, ascii, take);
+    const CS_USHORT pair = pair_at(text);
+    return pair != kNoCharacter && take(pair, 2);
+  }
   Decoded decode(Bytes text) const {
     const CS_USHORT single = table->single[text[0]];
     if (single != kNoCharacter) return {single, 1};
     if (text.size() < 2) return {0, 0};
-    const CS_USHORT pair = table->pairs.at(static_cast<CS_USHORT>(text[0] << 8 | text[1]));
+    const CS_USHORT pair = pair_at(text.data());
     if (pair != kNoCharacter) return {pair, 2};
     return table->has_longer() ? decode_longer(*table, text) : Decoded{0, 0};
   }
-  std::size_t encode(char32_t code, Room room) const {
-    if (code > 0xFFFF) return table->has_longer() ? put_longer(code, room) : kLacking;
-    const CS_USHORT value = table->reverse.at(static_cast<CS_USHORT>(code));
-    if (value == kNoCharacter) return table->has_longer() ? put_longer(code, room) : kLacking;
-    const std::size_t length = value > 0xFF ? 2 : 1;
-    if (length > room.size()) return 0;
-    if (length == 2) room[0] = static_cast<CS_BYTE>(value >> 8);
-    room[length - 1] = static_cast<CS_BYTE>(value & 0xFF);
-    return length;
+  std::size_t encode(char32_t code, CS_BYTE* to) const {
+    const CS_USHORT value =
+        code > 0xFFFF ? kNoCharacter : table->reverse.at(static_cast<CS_USHORT>(code));
+    if (value == kNoCharacter) return table->has_longer() ? put_longer(code, to) : 0;
+    if (value <= 0xFF) {
+      *to = static_cast<CS_BYTE>(value);
+      return 1;
+    }
+    const auto pair = static_cast<CS_USHORT>(value << 8 | value >> 8);
+    std::memcpy(to, &pair, sizeof pair);
+    return 2;
   }
-  [[gnu::noinline]] std::size_t put_longer(char32_t code, Room room) const {
+  [[gnu::noinline]] std::size_t put_longer(char32_t code, CS_BYTE* to) const {
     const CS_UINT value = encode_longer(*table, code);
-    if (value == 0) return kLacking;
+    if (value == 0) return 0;
     const std::size_t length = value > 0xFFFFFF ? 4 : 3;
-    if (length > room.size()) return 0;
     for (std::size_t i = 0; i < length; ++i)
-      room[i] = static_cast<CS_BYTE>(value >> 8 * (length - 1 - i));
+      to[i] = static_cast<CS_BYTE>(value >> 8 * (length - 1 - i));
     return length;
-  }
-};
-
-// A set of single bytes by its table.
-struct SingleByteCodec {
-  static constexpr std::size_t kAsciiUnit = 1;
-  const ConvTable* table;
-
-  bool ascii() const { return table->ascii; }
-  // kNoCharacter for a byte that is not a character.
-  char32_t code_of(CS_BYTE byte) const { return table->single[byte]; }
-  Decoded decode(Bytes text) const {
-    const char32_t code = code_of(text[0]);
-    return code == kNoCharacter ? Decoded{0, 0} : Decoded{code, 1};
-  }
-  std::size_t encode(char32_t code, Room room) const {
-    if (code > 0xFFFF) return kLacking;
-    const CS_USHORT value = table->reverse.at(static_cast<CS_USHORT>(code));
-    if (value == kNoCharacter) return kLacking;
-    if (room.empty()) return 0;
-    room[0] = static_cast<CS_BYTE>(value);
-    return 1;
   }
 };
 
@@ -183,18 +206,23 @@ struct TranslationState {
   }
 };
 
-// Characters that are moved at once; there is room for all of them, whichever count.
+// Characters that are moved at once; there is room for all of them, whichever count. The end of a
+// text and short ones go by halves.
 constexpr std::size_t kBlock = 16;
+constexpr std::size_t kHalfBlock = 8;
 
 // Moves the ASCII characters at the front of a block and returns how many they are. The rest of the
 // block's room is overwritten too.
-template <std::size_t In, std::size_t Out>
+template <std::size_t In, std::size_t Out, std::size_t Count>
 std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
-  const auto load = [in](int at) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(in) + at);
+  constexpr std::size_t kRegister = sizeof(__m128i);
+  const auto load = [in](std::size_t at) {
+    const auto* from = reinterpret_cast<const __m128i*>(in + at);
+    return In * Count < kRegister ? _mm_loadl_epi64(from) : _mm_loadu_si128(from);
   };
-  const auto save = [out](int at, __m128i block) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out) + at, block);
+  const auto save = [out](std::size_t at, __m128i block) {
+    auto* to = reinterpret_cast<__m128i*>(out + at);
+    Out* Count < kRegister ? _mm_storel_epi64(to, block) : _mm_storeu_si128(to, block);
   };
   const __m128i zero = _mm_setzero_si128();
   const __m128i first = load(0);
@@ -202,18 +230,18 @@ std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
   if constexpr (In == 1) {
     beyond = static_cast<unsigned>(_mm_movemask_epi8(first));
     save(0, Out == 1 ? first : _mm_unpacklo_epi8(first, zero));
-    if constexpr (Out == 2) save(1, _mm_unpackhi_epi8(first, zero));
+    if constexpr (Out * Count > kRegister) save(kRegister, _mm_unpackhi_epi8(first, zero));
   } else {
     const auto is_ascii = [zero](__m128i units) {
       return _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(~0x7F)), zero);
     };
-    const __m128i second = load(1);
+    const __m128i second = In * Count > kRegister ? load(kRegister) : zero;
     const __m128i ascii = _mm_packs_epi16(is_ascii(first), is_ascii(second));
     beyond = ~static_cast<unsigned>(_mm_movemask_epi8(ascii));
     save(0, Out == 1 ? _mm_packus_epi16(first, second) : first);
-    if constexpr (Out == 2) save(1, second);
+    if constexpr (Out * Count > kRegister) save(kRegister, second);
   }
-  return static_cast<std::size_t>(std::countr_zero(beyond | 1U << kBlock));
+  return static_cast<std::size_t>(std::countr_zero(beyond | 1U << Count));
 }
 
 template <std::size_t In>
@@ -226,12 +254,17 @@ bool begins_with_ascii(const TranslationState& at) {
 template <std::size_t In, std::size_t Out>
 [[gnu::always_inline]] inline TranslationState move_ascii(TranslationState at) {
   while (at.left() >= kBlock * In && at.room() >= kBlock * Out) {
-    const std::size_t count = move_block<In, Out>(at.in, at.out);
+    const std::size_t count = move_block<In, Out, kBlock>(at.in, at.out);
     if (count < kBlock) {
       at.advance(count * In, count * Out);
       return at;
     }
     at.advance(kBlock * In, kBlock * Out);
+  }
+  if (at.left() >= kHalfBlock * In && at.room() >= kHalfBlock * Out) {
+    const std::size_t count = move_block<In, Out, kHalfBlock>(at.in, at.out);
+    at.advance(count * In, count * Out);
+    if (count < kHalfBlock) return at;
   }
   while (at.left() >= In && at.room() >= Out) {
     const char32_t unit = unit_at<In>(at.in);
@@ -242,97 +275,140 @@ template <std::size_t In, std::size_t Out>
   return at;
 }
 
-// Moves the characters of two and of three bytes that come next, which most alphabets have in runs,
-// as far as the target has them and there is room. Characters of two bytes are moved two at a time.
-template <class To>
-[[gnu::always_inline]] inline TranslationState move_utf8(TranslationState at, To to) {
-  const auto move = [&at, to](char32_t code, std::size_t bytes) {
-    const std::size_t length = to.encode(code, {at.out, at.full});
-    if (length == 0 || length == kLacking) return false;
-    at.advance(bytes, length);
+// Moves the frequent characters that come next, as far as the target has them. ASCII characters
+// from `ascii` on end this. Lengths are looked at once for as many characters as surely fit.
+template <class From, class To>
+[[gnu::always_inline]] inline TranslationState move_frequent(const TranslationState& at, From from,
+                                                             To to, char32_t ascii) {
+  const CS_BYTE* in = at.in;
+  CS_BYTE* out = at.out;
+  const auto take =
+      [&in, &out, to ](char32_t code, std::size_t bytes) __attribute__((always_inline)) {
+    const std::size_t length = to.encode(code, out);
+    if (length == 0) return false;
+    in += bytes;
+    out += length;
     return true;
   };
-  while (at.left() >= sizeof(Utf8Word)) {
-    const Utf8Word word = Utf8Word::at(at.in);
-    if (!word.is_two_pairs() || !move(word.pair(), 2) || !move(word.second_pair(), 2)) break;
+  while (std::size_t steps = std::min(static_cast<std::size_t>(at.end - in) / From::kAhead,
+                                      static_cast<std::size_t>(at.full - out) / kMostBytes)) {
+    do
+      if (!from.front(in, ascii, take)) return {in, at.end, out, at.full};
+    while (--steps != 0);
   }
-  while (at.left() >= sizeof(Utf8Word)) {
-    const Utf8Word word = Utf8Word::at(at.in);
-    if (!word.is_triple() || !move(word.triple(), 3)) break;
-  }
-  return at;
+  return {in, at.end, out, at.full};
 }
 
-// Moves the characters of a single-byte set that come next, as far as they take two bytes of UTF-8
-// and there is room.
-[[gnu::always_inline]] inline TranslationState move_single_bytes(TranslationState at,
-                                                                 SingleByteCodec from) {
-  while (at.left() > 0 && at.room() >= 2) {
-    const char32_t code = from.code_of(*at.in);
-    if (code < 0x80 || code >= 0x800) break;
-    at.out[0] = static_cast<CS_BYTE>(0xC0 | code >> 6);
-    at.out[1] = static_cast<CS_BYTE>(0x80 | (code & 0x3F));
-    at.advance(1, 2);
+// The same from single bytes to UTF-8, by the table of their forms.
+[[gnu::always_inline]] inline TranslationState move_forms(const TranslationState& at,
+                                                          const ConvTable& table) {
+  const CS_BYTE* in = at.in;
+  CS_BYTE* out = at.out;
+  while (std::size_t steps = std::min(static_cast<std::size_t>(at.end - in),
+                                      static_cast<std::size_t>(at.full - out) / kMostBytes)) {
+    do {
+      const CS_UINT form = table.utf8[*in];
+      std::memcpy(out, &form, sizeof form);
+      if (form == 0) return {in, at.end, out, at.full};
+      ++in;
+      out += form >> 24;
+    } while (--steps != 0);
   }
-  return at;
+  return {in, at.end, out, at.full};
 }
 
+// Written for characters that a set lacks.
+Bytes replacement_of(const Encoding& end) {
+  static constexpr CS_BYTE kDefault[] = {'?'};
+  if (end.utf16 || end.charset == nullptr || end.charset->conv_config == nullptr) return kDefault;
+  const CsConvConfig& config = *end.charset->conv_config;
+  return Bytes(config.replacement).first(static_cast<std::size_t>(config.replacement_length));
+}
+
+// Translates what is between two pointers into what is between two others: in 32-bit code spans
+// that are passed on are read back before they are wholly written, which takes longer than a
+// character. The tables are null where an end has none.
 template <class From, class To>
-Translated run(From from, To to, Bytes text, Room room, Bytes replacement) {
-  const bool ascii = from.ascii() && to.ascii();
-  TranslationState at{text.data(), text.data() + text.size(), room.data(),
-                      room.data() + room.size()};
+Translated run(const ConvTable* from_table, const ConvTable* to_table, const Encoding& target,
+               const CS_BYTE* in, const CS_BYTE* end, CS_BYTE* const out, CS_BYTE* full) {
+  const From from(from_table);
+  const To to(to_table);
+  TranslationState at{in, end, out, full};
   const auto result = [&](CS_RETCODE code) {
-    return Translated{code, static_cast<std::size_t>(at.out - room.data())};
+    return Translated{code, static_cast<std::size_t>(at.out - out)};
   };
+  // Letters of ASCII go by blocks, what is between words along with the words.
+  const bool ascii = from.ascii() && to.ascii();
+  const char32_t first_letter = ascii ? 0x40 : 0x80;
   CS_RETCODE code = CS_SUCCEED;
   while (at.in != at.end) {
-    if (ascii && begins_with_ascii<From::kAsciiUnit>(at))
+    if (ascii && begins_with_ascii<From::kAsciiUnit>(at)) {
       at = move_ascii<From::kAsciiUnit, To::kAsciiUnit>(at);
+      if (at.in == at.end) break;
+    }
     const CS_BYTE* const before = at.in;
-    if constexpr (std::is_same_v<From, Utf8Codec>) at = move_utf8(at, to);
-    if constexpr (std::is_same_v<From, SingleByteCodec> && std::is_same_v<To, Utf8Codec>)
-      at = move_single_bytes(at, from);
-    if (at.in == at.end) break;
+    if constexpr (std::is_same_v<From, SingleByteCodec> && std::is_same_v<To, Utf8Codec>) {
+      at = move_forms(at, *from.table);
+    } else {
+      at = move_frequent(at, from, to, first_letter);
+    }
     if (at.in != before) continue;
     const Decoded character = from.decode({at.in, at.end});
     if (character.bytes == 0) return result(CS_CVT_BADXLATE);
-    std::size_t length = to.encode(character.code, {at.out, at.full});
-    if (length == kLacking) {
-      length = replacement.size() <= at.room() ? replacement.size() : 0;
-      std::copy_n(replacement.data(), length, at.out);
-      if (length != 0) code = CS_CVT_SUBSTITUTED;
+    std::array<CS_BYTE, kMostBytes> held;
+    const bool fits = at.room() >= kMostBytes;
+    const std::size_t length = to.encode(character.code, fits ? at.out : held.data());
+    if (length == 0 || !fits) {
+      const Bytes bytes = length == 0 ? replacement_of(target) : Bytes(held).first(length);
+      if (bytes.size() > at.room()) return result(CS_CVT_TRUNCATED);
+      if (length == 0) code = CS_CVT_SUBSTITUTED;
+      std::ranges::copy(bytes, at.out);
+      at.out += bytes.size();
+    } else {
+      at.out += length;
     }
-    if (length == 0) return result(CS_CVT_TRUNCATED);
-    at.advance(character.bytes, length);
+    at.in += character.bytes;
   }
   return result(code);
 }
 
-// How one end of a translation is coded; its table is loaded.
-enum class Coding { kUtf8, kUtf16, kLatin1, kTable };
+// The codecs as numbers, in the order of kRuns.
+enum class Coding { kUtf8, kUtf16, kLatin1, kSingleByte, kTable };
 
+using Run = Translated (*)(const ConvTable*, const ConvTable*, const Encoding&, const CS_BYTE*,
+                           const CS_BYTE*, CS_BYTE*, CS_BYTE*);
+template <class From>
+constexpr std::array<Run, 5> kRunsFrom = {run<From, Utf8Codec>, run<From, Utf16Codec>,
+                                          run<From, Latin1Codec>, run<From, SingleByteCodec>,
+                                          run<From, TableCodec>};
+constexpr std::array<std::array<Run, 5>, 5> kRuns = {
+    kRunsFrom<Utf8Codec>, kRunsFrom<Utf16Codec>, kRunsFrom<Latin1Codec>, kRunsFrom<SingleByteCodec>,
+    kRunsFrom<TableCodec>};
+
+// How one end of a translation is coded; its table is loaded.
 struct End {
   CS_RETCODE code;
   Coding coding;
   const ConvTable* table;
 };
 
-// The table of a set, which is looked up under the mutex once and then found in its configuration.
-CS_RETCODE table_of(CS_CONTEXT& context, CsConvConfig& config, const ConvTable*& table) {
-  const std::atomic_ref<const ConvTable*> loaded(config.loaded_table);
-  table = loaded.load(std::memory_order_acquire);
-  if (table != nullptr) return CS_SUCCEED;
+// Loads the table of a set, which is looked up under the mutex once and then found in its
+// configuration.
+[[gnu::noinline]] CS_RETCODE load_table_of(CS_CONTEXT& context, CsConvConfig& config) {
+  if (config.table[0] == '\0') return CS_CVT_NOXLATE;
   const GlobalsLock lock(context);
   const KeptStatus kept(context);
-  if (!lock.taken()) return CS_FAIL;
+  if (!lock.taken()) return CS_CVT_NOXLATE;
+  const ConvTable* table = nullptr;
   const CS_RETCODE code =
       load_table(context, config.charset.data(), config.table.data(), table, {});
-  if (code == CS_SUCCEED) loaded.store(table, std::memory_order_release);
-  return code;
+  if (code == CS_SUCCEED)
+    std::atomic_ref(config.loaded_table).store(table, std::memory_order_release);
+  // Without its table a set has no route; only want of memory is reported as such.
+  return code == CS_SUCCEED || code == CS_MEM_ERROR ? code : CS_CVT_NOXLATE;
 }
 
-End open_end(CS_CONTEXT& context, const Encoding& end) {
+[[gnu::always_inline]] inline End open_end(CS_CONTEXT& context, const Encoding& end) {
   if (end.utf16) return {CS_SUCCEED, Coding::kUtf16, nullptr};
   if (end.charset == nullptr) return {CS_SUCCEED, Coding::kLatin1, nullptr};
   CsConvConfig* config = end.charset->conv_config;
@@ -341,42 +417,14 @@ End open_end(CS_CONTEXT& context, const Encoding& end) {
     const bool utf8 = config->algorithm->algorithm == Algorithm::kUtf8;
     return {CS_SUCCEED, utf8 ? Coding::kUtf8 : Coding::kUtf16, nullptr};
   }
-  if (config->table[0] == '\0') return {CS_CVT_NOXLATE, Coding::kTable, nullptr};
-  const ConvTable* table = nullptr;
-  const CS_RETCODE code = table_of(context, *config, table);
-  // Without its table a set has no route; only want of memory is reported as such.
-  if (code == CS_MEM_ERROR) return {CS_MEM_ERROR, Coding::kTable, nullptr};
-  return {code == CS_SUCCEED ? CS_SUCCEED : CS_CVT_NOXLATE, Coding::kTable, table};
-}
-
-// Calls `use` with the codec of an end.
-template <class Use>
-Translated with_codec(const End& end, Use use) {
-  switch (end.coding) {
-    case Coding::kUtf8:
-      return use(Utf8Codec{});
-    case Coding::kUtf16:
-      return use(Utf16Codec{});
-    case Coding::kLatin1:
-      return use(Latin1Codec{});
-    case Coding::kTable:
-      if (end.table->is_single_byte()) return use(SingleByteCodec{end.table});
-      return use(TableCodec{end.table});
+  const std::atomic_ref loaded(config->loaded_table);
+  const ConvTable* table = loaded.load(std::memory_order_acquire);
+  if (table == nullptr) [[unlikely]] {
+    const CS_RETCODE code = load_table_of(context, *config);
+    if (code != CS_SUCCEED) return {code, Coding::kTable, nullptr};
+    table = loaded.load(std::memory_order_acquire);
   }
-  return {CS_CVT_NOXLATE, 0};
-}
-
-Bytes replacement_of(const Encoding& end) {
-  static constexpr CS_BYTE kDefault[] = {'?'};
-  if (end.utf16 || end.charset == nullptr || end.charset->conv_config == nullptr) return kDefault;
-  const CsConvConfig& config = *end.charset->conv_config;
-  return Bytes(config.replacement).first(static_cast<std::size_t>(config.replacement_length));
-}
-
-// A set names the conversions that it has; by way of Unicode it needs the one to utf8.
-bool leads_to_unicode(const Encoding& end, const End& opened) {
-  if (opened.coding != Coding::kTable) return true;
-  return converts_to(*end.charset->conv_config, "utf8");
+  return {CS_SUCCEED, table->single_bytes ? Coding::kSingleByte : Coding::kTable, table};
 }
 
 }  // namespace
@@ -387,13 +435,13 @@ Translated translate(CS_CONTEXT* context, const Encoding& from, const Encoding& 
   if (source.code != CS_SUCCEED) return {source.code, 0};
   const End target = open_end(*context, to);
   if (target.code != CS_SUCCEED) return {target.code, 0};
-  if (!leads_to_unicode(from, source)) return {CS_CVT_NOXLATE, 0};
+  // A set names the conversions that it has; by way of Unicode it needs the one to utf8.
+  if (source.table != nullptr && !from.charset->conv_config->to_utf8) return {CS_CVT_NOXLATE, 0};
 
-  const Bytes replacement = replacement_of(to);
-  return with_codec(source, [&](auto decoder) {
-    return with_codec(target,
-                      [&](auto encoder) { return run(decoder, encoder, text, room, replacement); });
-  });
+  const Run translated =
+      kRuns[static_cast<std::size_t>(source.coding)][static_cast<std::size_t>(target.coding)];
+  return translated(source.table, target.table, to, text.data(), text.data() + text.size(),
+                    room.data(), room.data() + room.size());
 }
 
 }  // namespace comnlib
