@@ -222,7 +222,11 @@ std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
   };
   const auto save = [out](std::size_t at, __m128i block) {
     auto* to = reinterpret_cast<__m128i*>(out + at);
-    Out* Count < kRegister ? _mm_storel_epi64(to, block) : _mm_storeu_si128(to, block);
+    if constexpr (Out * Count < kRegister) {
+      _mm_storel_epi64(to, block);
+    } else {
+      _mm_storeu_si128(to, block);
+    }
   };
   const __m128i zero = _mm_setzero_si128();
   const __m128i first = load(0);
@@ -292,9 +296,9 @@ template <class From, class To>
   };
   while (std::size_t steps = std::min(static_cast<std::size_t>(at.end - in) / From::kAhead,
                                       static_cast<std::size_t>(at.full - out) / kMostBytes)) {
-    do
+    do {
       if (!from.front(in, ascii, take)) return {in, at.end, out, at.full};
-    while (--steps != 0);
+    } while (--steps != 0);
   }
   return {in, at.end, out, at.full};
 }
