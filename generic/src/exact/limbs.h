@@ -120,7 +120,7 @@ inline Limb multiply_step(Limb a, Limb b, Limb& carry) {
   return a;
 }
 
-inline std::size_t byte_length(Limbs value) {
+constexpr std::size_t byte_length(Limbs value) {
   if (value.empty()) return 0;
   return value.size() * kLimbBytes - static_cast<std::size_t>(std::countl_zero(value.back())) / 8;
 }

@@ -2,6 +2,8 @@
 // from theirs, and the kernel computes.
 #include "comnlib/numeric.h"
 
+#include <optional>
+
 #include "exact/bytes.h"
 #include "exact/kernel.h"
 #include "exact/numemath.h"
@@ -194,8 +196,16 @@ CS_RETCODE short_sum(const AlignedPair& pair, bool a_negative, bool b_negative, 
 
 // --- operands of any sizes, whose result has room for every digit
 
-void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
-  unpack(operand.array + 1, magnitude_length(operand.precision), to);
+// Whole limbs from the last one on; the first one may begin before the magnitude.
+inline void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
+  const std::size_t length = magnitude_length(operand.precision);
+  const CS_BYTE* at = operand.array + 1 + length;
+  Limb* limb = to.data();
+  std::size_t rest = length;
+  std::size_t size = 0;
+  for (; rest > kLimbBytes; rest -= kLimbBytes) limb[size++] = load_word(at -= kLimbBytes);
+  limb[size++] = load_top(at, rest);
+  to.trim(size);
 }
 
 // Operands of any content may have brought the value beyond the precision.
@@ -319,6 +329,40 @@ CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS
   return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
 }
 
+// --- comparison
+
+// log2(10) in units of 2^-16, rounded up.
+constexpr int kBit = 1 << 16;
+constexpr int kBitsOfTen = 217'706;
+
+// Bytes of a magnitude of such a precision. The table's address would take longer to find.
+constexpr int bytes_of_precision(int precision) {
+  return (precision * kBitsOfTen / kBit + 8) / 8;
+}
+
+// The least precision whose magnitudes have four bytes.
+constexpr int kQuarterPrecision = 8;
+
+static_assert([] {
+  for (int n = 0; n <= CS_MAX_PREC; ++n) {
+    const Power& power = kPowers[static_cast<std::size_t>(n)];
+    const int bytes = static_cast<int>(byte_length({power.limb.data(), power.size}));
+    if (bytes_of_precision(n) != bytes || (bytes >= 4) != (n >= kQuarterPrecision)) return false;
+  }
+  return true;
+}());
+
+bool has_quarter(const CS_NUMERIC& numeric) {
+  return numeric.precision >= kQuarterPrecision && numeric.precision <= CS_MAX_PREC;
+}
+
+// Values of one size and sign.
+[[gnu::noinline]] CS_INT compare_like(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  const std::size_t count = magnitude_length(std::min<int>(op1.precision, CS_MAX_PREC));
+  const int order = compare_bytes(op1.array + 1, op2.array + 1, count);
+  return op1.array[0] != 0 ? -order : order;
+}
+
 // Whether the operand with the smaller scale can be brought to the larger one. Otherwise decimals
 // of the other operand do not count.
 bool can_be_aligned(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
@@ -350,13 +394,63 @@ CS_INT order_with_signs(bool negative1, const Value& a, bool negative2, const Va
   return order_with_signs(op1.array[0] != 0, a, op2.array[0] != 0, b);
 }
 
-// Values of different sizes or signs.
-[[gnu::noinline]] CS_INT compare_unlike(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+// Values whose lengths do not show their order.
+[[gnu::noinline]] CS_INT compare_close(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
   AlignedPair pair;
   if (std::max(op1.scale, op2.scale) <= CS_MAX_PREC - kShortPrecision &&
       unpack_aligned(op1, op2, pair))
     return order_with_signs(op1.array[0] != 0, pair.a, op2.array[0] != 0, pair.b);
   return compare_any(op1, op2);
+}
+
+// Values of one sign, from the bits in their magnitudes.
+[[gnu::always_inline]] inline CS_INT compare_by_length(const CS_NUMERIC& op1, int bits1,
+                                                       const CS_NUMERIC& op2, int bits2) {
+  // The logarithms' difference, not off by more than one. Where one value is more than twice the
+  // other, decimals that do not count make no difference.
+  const int distance = (bits1 - bits2) * kBit + (op2.scale - op1.scale) * kBitsOfTen;
+  constexpr int kDoubt = 2 * kBit + 16;
+  if (distance <= kDoubt && distance >= -kDoubt) [[unlikely]]
+    return compare_close(op1, op2);
+  return (distance > 0) != (op1.array[0] != 0) ? 1 : -1;
+}
+
+// The bits of a magnitude; 0 also where no more than its last three bytes have any.
+int length_in_bits(const CS_NUMERIC& numeric) {
+  const CS_BYTE* at = numeric.array + 1;
+  int rest = bytes_of_precision(numeric.precision);
+  for (; rest >= 4; rest -= 4, at += 4) {
+    if (const std::uint32_t first = load_quarter(at)) return 8 * rest - std::countl_zero(first);
+  }
+  return 0;
+}
+
+// Values of which one begins with zeros.
+[[gnu::noinline]] CS_INT compare_small(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  const int bits1 = length_in_bits(op1);
+  const int bits2 = length_in_bits(op2);
+  const bool negative = op1.array[0] != 0;
+  if (negative != (op2.array[0] != 0)) {
+    if ((bits1 | bits2) != 0) return negative ? -1 : 1;
+  } else if (bits1 != 0 && bits2 != 0) {
+    return compare_by_length(op1, bits1, op2, bits2);
+  }
+  return compare_close(op1, op2);
+}
+
+// Values of different sizes or signs. Nearly always their signs or lengths show the order.
+[[gnu::noinline]] CS_INT compare_unlike(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  if (!has_quarter(op1) || !has_quarter(op2)) return compare_close(op1, op2);
+  const std::uint32_t first1 = load_quarter(op1.array + 1);
+  const std::uint32_t first2 = load_quarter(op2.array + 1);
+  const bool negative = op1.array[0] != 0;
+  if (negative != (op2.array[0] != 0)) {
+    if ((first1 | first2) != 0) return negative ? -1 : 1;
+  } else if (first1 != 0 && first2 != 0) {
+    return compare_by_length(op1, 8 * bytes_of_precision(op1.precision) - std::countl_zero(first1),
+                             op2, 8 * bytes_of_precision(op2.precision) - std::countl_zero(first2));
+  }
+  return compare_small(op1, op2);
 }
 
 }  // namespace
@@ -405,11 +499,14 @@ CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
 CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);
-  const bool negative = op1->array[0] != 0;
-  if (!same_size(*op1, *op2) || negative != (op2->array[0] != 0)) return compare_unlike(*op1, *op2);
-  const std::size_t count = magnitude_length(std::min<int>(op1->precision, CS_MAX_PREC));
-  const int order = compare_bytes(op1->array + 1, op2->array + 1, count);
-  return negative ? -order : order;
+  if (!same_size(*op1, *op2) || op1->array[0] != op2->array[0]) return compare_unlike(*op1, *op2);
+  // The first word decides nearly always.
+  if (op1->precision >= kQuarterPrecision) {
+    const std::uint32_t left = load_quarter(op1->array + 1);
+    const std::uint32_t right = load_quarter(op2->array + 1);
+    if (left != right) return (left < right) != (op1->array[0] != 0) ? -1 : 1;
+  }
+  return compare_like(*op1, *op2);
 }
 
 CS_INT comn_num_getlen(CS_INT precision) {

@@ -42,6 +42,13 @@ inline std::uint64_t load_short(const CS_NUMERIC& from, std::size_t length) {
   return std::uint64_t{upper} << 32 | load_quarter(end - 4);
 }
 
+// The number that the one to kLimbBytes bytes before `end` make.
+inline Limb load_top(const CS_BYTE* end, std::size_t count) {
+  if (count <= sizeof(std::uint32_t))
+    return load_quarter(end - 4) & ~std::uint32_t{0} >> 8 * (4 - count);
+  return load_word(end - kLimbBytes) & ~Limb{0} >> 8 * (kLimbBytes - count);
+}
+
 // Stores a magnitude in up to 17 bytes. The caller sets the record's other bytes afterwards.
 inline void store_short(DoubleWord value, CS_NUMERIC& to, std::size_t length) {
   require(length >= 1 && length <= 2 * sizeof(std::uint64_t) + 1);
