@@ -4,35 +4,6 @@
 namespace comnlib {
 namespace {
 
-// The sum of the products of one column, in three limbs.
-class ColumnSum {
- public:
-  void add_product(Limb a, Limb b) {
-    Limb high;
-    __asm__("mul" COMNLIB_LIMB_SUFFIX
-            " %[b]\n\tadd %[a], %[low]\n\tadc %[high], %[middle]\n\tadc" COMNLIB_LIMB_SUFFIX
-            " $0, %[top]"
-            : [a] "+a"(a), [high] "=&d"(high), [low] "+r"(low_), [middle] "+r"(middle_),
-              [top] "+rm"(top_)
-            : [b] "rm"(b)
-            : "cc");
-  }
-
-  // Removes and returns the lowest limb.
-  Limb shift() {
-    const Limb low = low_;
-    low_ = middle_;
-    middle_ = top_;
-    top_ = 0;
-    return low;
-  }
-
- private:
-  Limb low_ = 0;
-  Limb middle_ = 0;
-  Limb top_ = 0;
-};
-
 // Subtracts factor * divisor from the limbs at `from`, one more than the divisor has; returns
 // whether that borrowed beyond them.
 bool subtract_product(Limb* from, const Limb* divisor, std::size_t size, Limb factor) {

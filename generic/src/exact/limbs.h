@@ -204,6 +204,37 @@ inline void pack(Limbs value, CS_BYTE* bytes, std::size_t count) {
 
 // --- arithmetic
 
+// The sum of the products of one column, in three limbs.
+class ColumnSum {
+ public:
+  void add_product(Limb a, Limb b) {
+    Limb high;
+    __asm__("mul" COMNLIB_LIMB_SUFFIX
+            " %[b]\n\tadd %[a], %[low]\n\tadc %[high], %[middle]\n\tadc" COMNLIB_LIMB_SUFFIX
+            " $0, %[top]"
+            : [a] "+a"(a), [high] "=&d"(high), [low] "+r"(low_), [middle] "+r"(middle_),
+              [top] "+rm"(top_)
+            : [b] "rm"(b)
+            : "cc");
+  }
+
+  // Removes and returns the lowest limb. It passes through a register, since the compiler would
+  // join two of them through memory.
+  Limb shift() {
+    Limb low = low_;
+    __asm__("" : "+r"(low));
+    low_ = middle_;
+    middle_ = top_;
+    top_ = 0;
+    return low;
+  }
+
+ private:
+  Limb low_ = 0;
+  Limb middle_ = 0;
+  Limb top_ = 0;
+};
+
 inline bool is_zero(Limbs value) {
   return value.empty();
 }

@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "exact/bytes.h"
+#include "exact/factor.h"
 #include "exact/kernel.h"
 #include "exact/numemath.h"
 #include "exact/numeric.h"
-#include "exact/short.h"
 
 namespace comnlib {
 namespace {
@@ -244,6 +244,28 @@ CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
   return pack_result(larger, sign, size, result);
 }
 
+// Operands of at most 38 digits.
+[[gnu::noinline]] CS_RETCODE factor_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                                            CS_NUMERIC& result) {
+  const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
+  Factor a;
+  Factor b;
+  load_factor(op1, magnitude_length(op1.precision), a);
+  load_factor(op2, magnitude_length(op2.precision), b);
+  Product product;
+  multiply(a, b, product);
+  const bool negative = opposite && !is_zero(product);
+  const std::size_t length = magnitude_length(size.precision);
+  const bool overflow = exceeds(product, size.precision);
+  if (!overflow) [[likely]]
+    store_product(product, result, length);
+  result.precision = static_cast<CS_BYTE>(size.precision);
+  result.scale = static_cast<CS_BYTE>(size.scale);
+  if (overflow) return overflowed(result, length);
+  result.array[0] = negative ? 1 : 0;
+  return CS_SUCCEED;
+}
+
 CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
                             CS_NUMERIC& result) {
   const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
@@ -252,6 +274,8 @@ CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size s
     const DoubleWord product = multiply_words(pair.a, pair.b);
     return store_short_result(product, opposite && !is_zero(product), size, result);
   }
+  if (op1.precision <= kFactorPrecision && op2.precision <= kFactorPrecision)
+    return factor_product(op1, op2, size, result);
   Magnitude a;
   Magnitude b;
   Magnitude product;
