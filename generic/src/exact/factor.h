@@ -32,20 +32,6 @@ static_assert(std::tuple_size_v<Product> == kPowerLimbs);
   }
 }
 
-// Stores the low `length` bytes. The caller sets the record's other bytes afterwards.
-[[gnu::always_inline]] inline void store_product(const Product& from, CS_NUMERIC& to,
-                                                 std::size_t length) {
-  require(length >= 1 && length <= sizeof from);
-  CS_BYTE* end = to.array + 1 + length;
-  const Limb* limb = from.data();
-  for (; length >= kLimbBytes; length -= kLimbBytes) store_word(end -= kLimbBytes, *limb++);
-  if (length > sizeof(std::uint32_t)) {
-    store_word(end - kLimbBytes, *limb);
-  } else if (length > 0) {
-    store_quarter(end - sizeof(std::uint32_t), *limb);
-  }
-}
-
 template <std::size_t kColumn>
 [[gnu::always_inline]] inline void add_column(const Factor& a, const Factor& b, ColumnSum& sum) {
   constexpr std::size_t kFirst = kColumn < kFactorLimbs ? 0 : kColumn - kFactorLimbs + 1;

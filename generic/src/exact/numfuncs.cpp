@@ -210,11 +210,13 @@ inline void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
 
 // Operands of any content may have brought the value beyond the precision.
 CS_RETCODE pack_result(Limbs value, bool negative, Size size, CS_NUMERIC& result) {
+  const std::size_t length = magnitude_length(size.precision);
+  const bool overflow = exceeds(value, size.precision);
+  if (!overflow) [[likely]]
+    store_limbs(value, result, length);
   result.precision = static_cast<CS_BYTE>(size.precision);
   result.scale = static_cast<CS_BYTE>(size.scale);
-  const std::size_t length = magnitude_length(size.precision);
-  if (exceeds(value, size.precision)) return overflowed(result, length);
-  pack(value, result.array + 1, length);
+  if (overflow) return overflowed(result, length);
   result.array[0] = negative ? 1 : 0;
   return CS_SUCCEED;
 }
@@ -258,7 +260,7 @@ CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
   const std::size_t length = magnitude_length(size.precision);
   const bool overflow = exceeds(product, size.precision);
   if (!overflow) [[likely]]
-    store_product(product, result, length);
+    store_limbs(product, result, length);
   result.precision = static_cast<CS_BYTE>(size.precision);
   result.scale = static_cast<CS_BYTE>(size.scale);
   if (overflow) return overflowed(result, length);
@@ -345,11 +347,40 @@ CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& 
   return exact_code(com__exctnume_mul(&a, &b, &record));
 }
 
+// A quotient whose dividend has to be scaled up by 10^shift, or not at all.
+CS_RETCODE scaled_quotient(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, int shift,
+                           Size size, CS_NUMERIC& result) {
+  const bool opposite = (dividend.array[0] != 0) != (divisor.array[0] != 0);
+  Magnitude a;
+  Magnitude b;
+  unpack_operand(divisor, b);
+  if (b.is_zero()) {
+    sized_result(result, size);
+    return CS_CVT_DIVZERO;
+  }
+  unpack_operand(dividend, a);
+  Magnitude product;
+  if (shift > 0) multiply(a, power_of_ten(shift), product);
+  Magnitude& scaled = shift > 0 ? product : a;
+  if (b.size() == 1) {
+    divide_by(scaled, b[0]);
+    return pack_result(scaled, opposite && !scaled.is_zero(), size, result);
+  }
+  Magnitude quotient;
+  Magnitude remainder;
+  divide(scaled, b, quotient, remainder);
+  return pack_result(quotient, opposite && !quotient.is_zero(), size, result);
+}
+
 CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS_NUMERIC& result) {
   if (!in_domain(dividend) || !in_domain(divisor)) return CS_CVT_DOMAIN;
+  const Size size = quotient_size(size_of(dividend), size_of(divisor));
+  const int shift = size.scale - dividend.scale + divisor.scale;
+  if (shift >= 0 && shift <= CS_MAX_PREC)
+    return scaled_quotient(dividend, divisor, shift, size, result);
   const constant a = record_of(dividend);
   const constant b = record_of(divisor);
-  constant record = sized_result(result, quotient_size(size_of(dividend), size_of(divisor)));
+  constant record = sized_result(result, size);
   return exact_code(com__exctnume_div(&a, &b, &record, nullptr));
 }
 

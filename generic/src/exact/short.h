@@ -63,4 +63,19 @@ inline void store_short(DoubleWord value, CS_NUMERIC& to, std::size_t length) {
   if (length > 16) end[-17] = 0;
 }
 
+// Stores the low `length` bytes of a magnitude, with leading zeros. The caller sets the record's
+// other bytes afterwards.
+[[gnu::always_inline]] inline void store_limbs(Limbs value, CS_NUMERIC& to, std::size_t length) {
+  require(length >= 1 && length < CS_MAX_NUMLEN);
+  CS_BYTE* end = to.array + 1 + length;
+  std::size_t at = 0;
+  const auto next = [&] { return at < value.size() ? value[at++] : 0; };
+  for (; length >= kLimbBytes; length -= kLimbBytes) store_word(end -= kLimbBytes, next());
+  if (length > sizeof(std::uint32_t)) {
+    store_word(end - kLimbBytes, next());
+  } else if (length > 0) {
+    store_quarter(end - sizeof(std::uint32_t), next());
+  }
+}
+
 }  // namespace comnlib
