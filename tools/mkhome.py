@@ -71,8 +71,10 @@ def main():
             write(f"charsets/{name}/{order}.srt", sort_order(name, order))
     for code, language in LANGUAGES.items():
         for file in FILES:
-            write(f"locales/message/{language.name}/{file}", message_file(language.name, file),
-                  "utf_8")
+            content = message_file(language.name, file)
+            write(f"locales/message/{language.name}/{file}", content, "utf_8")
+            for charset in language.charsets:  # fails where the set cannot write the messages
+                "".join(content).encode(CHARSETS[charset].codec)
         for charset in ("utf8",) + language.charsets:
             write(f"locales/{language.name}/{charset}/common.loc", common_loc(code, charset),
                   CHARSETS[charset].codec)

@@ -45,7 +45,7 @@ LANGUAGES = {
     "pa-Arab": Language(22, "punjabi_arabic"),
     "pl": Language(23, "polish", ("iso_2", "iso16", "cp1250", "cp852")),
     "ps": Language(24, "pashto"),
-    "pt": Language(25, "portuguese", WESTERN),
+    "pt": Language(25, "portuguese", tuple(name for name in WESTERN if name != "cp437")),  # no "ã"
     "ru": Language(26, "russian", ("iso_5", "koi8", "koi8u", "cp1251", "cp855", "cp866")),
     "sd-Deva": Language(27, "sindhi"),
     "sw": Language(28, "swahili", WESTERN),
