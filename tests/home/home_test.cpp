@@ -258,7 +258,7 @@ std::size_t memory_in_use() {
 }
 
 // A context for each locale of a single-byte set, the first of those that name the same: with a
-// date, a message and the digits of numbers, which it reads late, it takes at most 64 kB. The
+// date, a message and the digits of numbers, which it reads late, it takes less than 80 kB. The
 // benches measure how fast that is.
 TEST(ShippedNames, AContextIsSmall) {
   const hosts::ShippedHome home;
