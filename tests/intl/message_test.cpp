@@ -141,7 +141,7 @@ TEST(Messages, CutAtWholeCharacters) {
 }
 
 // Only places of arguments that there are have a meaning; a translation may reorder them. A text
-// that is not UTF-8 is as good as none.
+// that is empty or not UTF-8 is as good as none.
 TEST(Messages, ArgumentsInTheirPlaces) {
   const std::tuple<std::string, std::vector<com_argument>, std::string> rows[] = {
       {"{2} of {1}", {text("files"), number(-3)}, "-3 of files"},
@@ -154,7 +154,8 @@ TEST(Messages, ArgumentsInTheirPlaces) {
       {"\u00e4{1}\u00f6", {text("\xFC")}, "\xE4\xFC\xF6"},
       {"{12}", std::vector<com_argument>(12, number(7)), "7"},
       {"a{1}\xFF", {number(5)}, "cslib message 17"},
-      {"\u0434", {}, "?"}};
+      {"\u0434", {}, "?"},
+      {"", {}, "cslib message 19"}};
   std::string file = "[messages]\n";
   CS_INT message = 10;
   for (const auto& row : rows)
@@ -192,6 +193,7 @@ TEST(Messages, WithoutAHomeOrALanguage) {
   HomeCopy home;
   Speaker german("german");
   home.change("locales/message/german/comnlib.loc", "-108 =", "-109 =");
+  home.change("locales/message/german/comnlib.loc", "-104 = \"", "-104 = \"\xFF");
   home.remove(kClient);
   Speaker late("german");
   EXPECT_EQ((Told{CS_SUCCEED, "Division durch null"}), german.words(-108));
@@ -200,6 +202,7 @@ TEST(Messages, WithoutAHomeOrALanguage) {
   EXPECT_EQ(5, late.context.ctxintlerr);
   home.write(kClient, "[messages]\n");
   EXPECT_EQ((Told{CS_SUCCEED, "division by zero"}), late.words(-108));
+  EXPECT_EQ((Told{CS_SUCCEED, "the scale is not valid"}), late.words(-104)) << "not UTF-8";
 }
 
 TEST(MessagesDeathTest, Preconditions) {

@@ -4,9 +4,9 @@
  * them, and the words of result codes.
  *
  * The language is that of the context's locale (category COM_LC_MESSAGE). The character set is that
- * of its category COM_LC_CTYPE, and ISO 8859-1 without one. A language that lacks a message gives
- * it in English. Without a home, or where English lacks the message too, the text is a fixed one
- * that names layer and number.
+ * of its category COM_LC_CTYPE, and ISO 8859-1 without one. A language that lacks a message, or has
+ * an empty text for it or one that is not UTF-8, gives it in English. Without a home, or where that
+ * is so of English too, the text is a fixed one that names layer and number.
  *
  * Every routine writes to the `buflen` bytes at `buf`, ends the text with a NUL, and stores its
  * length without the NUL. A text that is too long is cut after its last whole character that fits.

@@ -60,6 +60,7 @@ const CsMessage* load_english(CS_CONTEXT& ctx) {
   return entry.locmessage;
 }
 
+// The text in UTF-8 in English, null when it has none or cannot be loaded.
 const CS_CHAR* english_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   const GlobalsLock lock(ctx);
   const KeptStatus kept(ctx);
@@ -67,14 +68,11 @@ const CS_CHAR* english_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   return english == nullptr ? nullptr : message_text(*english, file_of(layer), number);
 }
 
-// The text in UTF-8; null when neither the context's language nor English has the message.
-const CS_CHAR* find_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
-  if (ctx.ctxglobals == nullptr || ctx.ctxglobals->utf8_charset == nullptr) return nullptr;
+// The text in UTF-8 in the context's language, null when it has none.
+const CS_CHAR* own_text(CS_CONTEXT& ctx, CS_INT layer, CS_INT number) {
   const CsLocCache* entry = ctx.ctxlocale == nullptr ? nullptr : ctx.ctxlocale->messageptr;
-  const CS_CHAR* text = nullptr;
-  if (entry != nullptr && entry->locmessage != nullptr)
-    text = message_text(*entry->locmessage, file_of(layer), number);
-  return text == nullptr ? english_text(ctx, layer, number) : text;
+  if (entry == nullptr || entry->locmessage == nullptr) return nullptr;
+  return message_text(*entry->locmessage, file_of(layer), number);
 }
 
 Encoding encoding_of(const CS_CONTEXT& ctx) {
@@ -93,11 +91,16 @@ void add_fixed(MessageWriter& out, CS_INT layer, CS_INT number) {
   out.add(")");
 }
 
-// Adds the text of a message; where there is none adds the fixed text and returns false.
+// Adds the text of a message; where there is none adds the fixed text and returns false. An empty
+// text and one that cannot be translated count as none.
 bool add_text(CS_CONTEXT& ctx, MessageWriter& out, CS_INT layer, CS_INT number,
               std::span<const com_argument> arguments) {
-  const CS_CHAR* text = find_text(ctx, layer, number);
-  if (text != nullptr && out.add_pattern(text, arguments)) return true;
+  if (ctx.ctxglobals != nullptr && ctx.ctxglobals->utf8_charset != nullptr) {
+    for (auto* const text_in : {own_text, english_text}) {
+      const CS_CHAR* text = text_in(ctx, layer, number);
+      if (text != nullptr && *text != '\0' && out.add_pattern(text, arguments)) return true;
+    }
+  }
   add_fixed(out, layer, number);
   return false;
 }
