@@ -8,8 +8,9 @@ NODE_MODULES holds the npm packages cldr-core, cldr-dates-full and cldr-numbers-
 
     npm install --prefix /tmp/cldr cldr-core@48.2.0 cldr-dates-full@48.2.0 cldr-numbers-full@48.2.0
 
-Another version gives other conventions. The languages are those with at least forty million speakers which Unicode's data cover fully, in each
-of the scripts that the C library's locales (/usr/share/i18n/SUPPORTED) write them in.
+Another version gives other conventions. The languages are those with at least forty million
+speakers which Unicode's data cover fully, in each of the scripts that the C library's locales
+(/usr/share/i18n/SUPPORTED) write them in.
 """
 import json
 import pathlib
