@@ -192,8 +192,10 @@ TEST_F(DoubleByte, Stepping) {
   EXPECT_EQ((Told{2, 0, 0, 2}), walk(&set_, "\x90\x90"));
   EXPECT_EQ((Told{4, 0, 0, 4}), walk(nullptr, "a\x81\x41\x81"));
   CS_INT told = 0;
-  const CS_BYTE* end = at("ab");
-  EXPECT_DEATH(comn_whole_char(&set_, end + 1, end, &told, &told, &told, &told), "assertion");
+  const CS_BYTE* const start = at("ab") + 1;
+  const std::uintptr_t far = reinterpret_cast<std::uintptr_t>(start) + 0x80000000U;
+  for (const CS_BYTE* end : {start - 1, reinterpret_cast<const CS_BYTE*>(far)})
+    EXPECT_DEATH(comn_whole_char(&set_, start, end, &told, &told, &told, &told), "assertion");
 }
 
 TEST(Build, SingleByteImageAndRefusals) {

@@ -168,7 +168,8 @@ COMN_API const CS_BYTE* comn_get_widthmap(const char_attrib* attrib);
  * Where the last whole character of the text from `start` up to `end` ends. `whole_len`: bytes of
  * whole characters; `partial_len`: bytes of a cut character before `end`; `excess`: bytes of it
  * that are missing; `count`: number of whole characters.
- * Only bytes before `end` are read. An end before the start stops the process.
+ * Only bytes before `end` are read. An end before the start, or further from it than a CS_INT can
+ * say, stops the process.
  */
 COMN_API CS_VOID comn_whole_char(const char_attrib* attrib, const CS_BYTE* start,
                                  const CS_BYTE* end, CS_INT* whole_len, CS_INT* partial_len,

@@ -117,7 +117,7 @@ enum {
   CS_SET = 34,            /**< action: change a property */
   CS_CLEAR = 35,          /**< action: set a property back */
   CS_UNUSED = -99999,     /**< no value, where a routine allows it */
-  CS_NULLTERM = -9,       /**< a length: the text ends at its NUL */
+  CS_NULLTERM = -9,       /**< a length: the text, shorter than 2^31 bytes, ends at its NUL */
   CS_USE_SRCVALUE = -2562 /**< in a destination's precision or scale: take the source value's */
 };
 

@@ -1,6 +1,7 @@
 // Classification, case, stepping and normal form over any character set, multibyte included.
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "chars/com_attr.h"
 #include "diag/diag.h"
@@ -138,7 +139,8 @@ void comn_whole_char(const char_attrib* attrib, const CS_BYTE* start, const CS_B
   check_pointer(partial_len);
   check_pointer(excess);
   check_pointer(count);
-  require(start <= end);
+  // An end before the start is a distance beyond every length, too.
+  require(static_cast<std::size_t>(end - start) <= std::numeric_limits<CS_INT>::max());
 
   const char_attrib& set = or_default(attrib);
   const auto length = static_cast<CS_INT>(end - start);
@@ -151,18 +153,17 @@ void comn_whole_char(const char_attrib* attrib, const CS_BYTE* start, const CS_B
   }
   CS_INT at = 0;
   CS_INT characters = 0;
-  CS_INT last = 0;
-  while (at < length) {
-    last = at;
-    at += step(set, start[at]);
-    ++characters;
+  for (; at < length; ++characters) {
+    const CS_INT bytes = step(set, start[at]);
+    const CS_INT left = length - at;
+    if (bytes > left) {
+      *partial_len = left;
+      *excess = bytes - left;
+      break;
+    }
+    at += bytes;
   }
-  if (at > length) {
-    *partial_len = length - last;
-    *excess = at - length;
-    --characters;
-  }
-  *whole_len = length - *partial_len;
+  *whole_len = at;
   *count = characters;
 }
 

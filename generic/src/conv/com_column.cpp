@@ -83,7 +83,7 @@ CS_INT end_of_run(const CsColumnSource& source, CS_INT at, CS_INT limit) {
     const auto nulls =
         static_cast<CS_UINT>(static_cast<CS_BYTE>(~source.valid[bit / 8])) >> bit % 8;
     if (nulls != 0) return std::min(limit, at + std::countr_zero(nulls));
-    at = static_cast<CS_INT>((bit | 7) + 1);
+    at = std::min(limit - 1, static_cast<CS_INT>(bit | 7)) + 1;
   }
   return limit;
 }

@@ -176,7 +176,7 @@ CS_RETCODE finish_text(const Copied& copied, const Conversion& call) {
   *call.destlen = copied.length;
   constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
   if ((call.destfmt->format & kPadding) == 0 && copied.needed <= room) return copied.code;
-  if (terminates(*call.destfmt) && copied.length + copied.length % kUnit >= room) {
+  if (terminates(*call.destfmt) && copied.length >= room - copied.length % kUnit) {
     if (room == 0) return CS_CVT_TRUNCATED;
     store(static_cast<CS_BYTE*>(call.dest) + room - kUnit, Unit{0});
     *call.destlen = room;

@@ -2,20 +2,23 @@
 #pragma once
 
 #include <cstring>
+#include <limits>
 #include <string_view>
 
 #include "diag/diag.h"
 
 namespace comnlib {
 
-// A text of `length` bytes, or with CS_NULLTERM up to its NUL. A null text and other negative
-// lengths stop the process.
+// A text of `length` bytes, or with CS_NULLTERM up to its NUL. A null text, other negative lengths
+// and a text that is longer than a length can say stop the process.
 inline std::string_view text_of(const CS_CHAR* text, CS_INT length,
                                 CallSite site = CallSite::current()) {
   check_pointer(text, site);
-  if (length == CS_NULLTERM) return text;
-  require(length >= 0, site);
-  return {text, static_cast<std::size_t>(length)};
+  require(length >= 0 || length == CS_NULLTERM, site);
+  const std::string_view view(
+      text, length == CS_NULLTERM ? std::strlen(text) : static_cast<std::size_t>(length));
+  require(view.size() <= std::numeric_limits<CS_INT>::max(), site);
+  return view;
 }
 
 inline std::string_view text_of(const CS_CHAR* text, CallSite site = CallSite::current()) {

@@ -3,6 +3,8 @@
 #include "runtime/lmutils.h"
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
 
 namespace comnlib {
 namespace {
@@ -34,6 +36,7 @@ bool copy_name(const CS_CHAR* name, CS_INT namelen, CS_CHAR*& copy, CS_INT& leng
   require(namelen >= 0 || namelen == CS_NULLTERM);
   const std::size_t size =
       namelen == CS_NULLTERM ? std::strlen(name) + 1 : static_cast<std::size_t>(namelen);
+  require(size <= std::numeric_limits<CS_INT>::max());
   // At least one byte, so that an empty name does not fail.
   copy = static_cast<CS_CHAR*>(comn_malloc(std::max<std::size_t>(size, 1)));
   if (copy == nullptr) return false;
