@@ -239,9 +239,9 @@ std::string digits_text(CS_CONTEXT* context, const CS_LOCALE* locale, CS_INT cat
   return text.str();
 }
 
-// Conventions, tables and English messages that are read when they are first needed, by whichever
-// thread comes first, and then kept.
-TEST(Load, EightThreadsReadLateFilesOnce) {
+// A locale, and conventions, tables and English messages that are read when they are first needed,
+// by whichever thread comes first, and then kept.
+TEST(Load, EightThreadsReadFilesOnce) {
   const HomeCopy home;
   const std::string file = "locales/datetime/fr_CA.utf8.dt", whole = home.read(file);
   LocaleContext context;
@@ -258,9 +258,13 @@ TEST(Load, EightThreadsReadLateFilesOnce) {
     sets.push_back({context.entry(name)->locchardesc, false});
   EXPECT_EQ(nullptr, named->locdateinfo);
   const int before = hosts::files_opened;
+  std::array<CsLocCache*, 8> loaded{};
   std::vector<std::thread> threads;
-  for (std::size_t t = 0; t < 8; ++t)
+  for (std::size_t t = 0; t < loaded.size(); ++t)
     threads.emplace_back([&, t] {
+      char error[300];
+      EXPECT_EQ(CS_SUCCEED,
+                comn_intl_load(context, "ru_RU", CS_NULLTERM, &loaded[t], error, sizeof error));
       for (std::size_t i = 0; i < 50; ++i) {
         const auto &set = sets[(t + i) % sets.size()], &other = sets[t % sets.size()];
         const std::string one = translate(context, kUnicode, set, utf16(U'°'), 2).bytes;
@@ -275,8 +279,9 @@ TEST(Load, EightThreadsReadLateFilesOnce) {
       EXPECT_STREQ("division by zero", words);
     });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(before + 4 + 1 + 2 + 3, hosts::files_opened)
-      << "tables, Thai's one, dates and numbers, English";
+  EXPECT_EQ(before + 4 + 1 + 2 + 3 + 5, hosts::files_opened)
+      << "tables, Thai's one, dates and numbers, English, Russian";
+  for (const CsLocCache* entry : loaded) EXPECT_TRUE(entry != nullptr && entry == loaded[0]);
   EXPECT_NE(nullptr, named->locdateinfo);
   context.context.ctxlocale = nullptr;
 }
