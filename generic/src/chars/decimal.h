@@ -59,6 +59,17 @@ inline __m128i sixteen_digits(std::uint32_t first, std::uint32_t second) {
   return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
 }
 
+// The characters of a number below 10^16. The quotient is estimated by a product with an inverse
+// that is a little too small, and so by at most one.
+inline __m128i sixteen_digits(std::uint64_t value) {
+  constexpr std::uint32_t kEightDigits = 100'000'000;
+  constexpr std::uint64_t kInverse = (std::uint64_t{1} << 58) / kEightDigits;
+  auto first = static_cast<std::uint32_t>(static_cast<std::uint32_t>(value >> 22) * kInverse >> 36);
+  std::uint32_t second = static_cast<std::uint32_t>(value) - first * kEightDigits;
+  if (second >= kEightDigits) second -= kEightDigits, ++first;
+  return sixteen_digits(first, second);
+}
+
 // Writes the eight digits of `value`, which is below 10^8, leading zeros included, at `to`.
 inline void put_eight_digits(std::uint32_t value, char* to) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), sixteen_digits(value, 0));

@@ -1,11 +1,10 @@
 // The targets of CS_NUMERIC and CS_DECIMAL.
 #pragma once
 
-#include <array>
-
 #include "conv/number_family.h"
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
+#include "exact/word_text.h"
 
 namespace comnlib {
 
@@ -96,18 +95,15 @@ struct NumericInPlace : Numeric {
 class NumericText {
  public:
   static constexpr bool kCut = false;
-  NumericText(const CS_NUMERIC* value, const CS_DATAFMT&) {
-    const constant record = record_of(*value);
-    require(com__subexctnumetochar(&record, buffer_.data(), static_cast<CS_INT>(buffer_.size()),
-                                   &length_) == kExactOk);
-  }
+  NumericText(const CS_NUMERIC* value, const CS_DATAFMT&) : text_(text_of(*value, buffer_)) {}
+  NumericText(const NumericText&) = delete;
+  NumericText& operator=(const NumericText&) = delete;
 
-  std::string_view view() const { return {buffer_.data(), static_cast<std::size_t>(length_)}; }
+  std::string_view view() const { return text_; }
 
  private:
-  // A sign, "0." and 77 decimals, or a sign, 78 digits and a point.
-  std::array<CS_CHAR, 80> buffer_;
-  CS_INT length_ = 0;
+  NumericBuffer buffer_;
+  std::string_view text_;
 };
 
 }  // namespace comnlib

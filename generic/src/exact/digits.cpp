@@ -10,9 +10,8 @@
 
 #include <emmintrin.h>
 
-#include <bit>
-
 #include "chars/decimal.h"
+#include "exact/word_text.h"
 
 namespace comnlib {
 namespace {
@@ -87,37 +86,6 @@ char* put_groups(const Limb* group, std::size_t count, char* to) {
   return to;
 }
 
-// A value below 2^64 in 20 digits. Each quotient is estimated by a product with an inverse that is
-// a little too small, and so by at most one.
-struct WordDigits {
-  static constexpr std::size_t kCount = 20;
-  static constexpr std::uint64_t kSixteenDigits = std::uint64_t{kEightDigits} * kEightDigits;
-
-  // Returns the first digit that is not zero; the value is not.
-  static const char* put(std::uint64_t value, char* to) {
-    std::uint32_t leading = 0;
-    if (value >= kSixteenDigits) {
-      constexpr std::uint64_t kInverse = 1'934'281'311;  // 2^84 / 10^16
-      leading = static_cast<std::uint32_t>((value >> 32) * kInverse >> 52);
-      value -= leading * kSixteenDigits;
-      if (value >= kSixteenDigits) value -= kSixteenDigits, ++leading;
-    }
-    constexpr std::uint64_t kInverse = (std::uint64_t{1} << 58) / kEightDigits;
-    auto upper = static_cast<std::uint32_t>((value >> 22) * kInverse >> 36);
-    std::uint32_t lower = static_cast<std::uint32_t>(value) - upper * kEightDigits;
-    if (lower >= kEightDigits) lower -= kEightDigits, ++upper;
-    const __m128i digits = sixteen_digits(upper, lower);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 4), digits);
-    if (leading != 0) {
-      put_digits(leading, 4, to + 4);
-      while (*to == '0') ++to;
-      return to;
-    }
-    const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
-    return to + 4 + std::countr_one(static_cast<unsigned>(zeros));
-  }
-};
-
 // The limbs from `at` up to `end` times `factor`, plus `carry`; returns the carry out.
 Limb multiply_limbs(Limb* at, Limb* end, Limb factor, Limb carry) {
   for (; at != end; ++at) *at = multiply_step(*at, factor, carry);
@@ -174,8 +142,8 @@ char* put_long(Limbs value, char* end) {
 DecimalDigits::DecimalDigits(Limbs value) : first_(buffer_), end_(buffer_) {
   if (value.empty()) return;
   if (const auto word = to_unsigned(value)) {
-    first_ = WordDigits::put(*word, buffer_);
-    end_ = buffer_ + WordDigits::kCount;
+    first_ = buffer_ + put_word(*word, buffer_);
+    end_ = buffer_ + kWordDigits;
     return;
   }
   if (value.size() > kPowerLimbs) {

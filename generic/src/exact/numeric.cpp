@@ -13,6 +13,7 @@
 #include "exact/digits.h"
 #include "exact/kernel.h"
 #include "exact/mnymath.h"
+#include "exact/word_text.h"
 
 namespace comnlib {
 namespace {
@@ -262,6 +263,35 @@ bool as_signed(const SignedMagnitude& number, std::int64_t& value) {
 // Room for the text of any record: a sign, "0.", and digits up to the largest scale.
 constexpr std::size_t kMaxText = 3 * kMaxRecordLength + 256;
 
+[[gnu::always_inline]] inline char* append(char* to, const char* from, std::size_t count) {
+  copy_bytes(reinterpret_cast<CS_BYTE*>(to), reinterpret_cast<const CS_BYTE*>(from), count);
+  return to + count;
+}
+
+// Writes a text that fits and returns its length; writes nothing and returns 0 otherwise.
+[[gnu::always_inline]] inline std::size_t write_text(const constant& src, std::span<char> buffer) {
+  Magnitude magnitude;
+  unpack_record(src, magnitude);
+  const DecimalDigits digits(magnitude);
+  const std::size_t scale = src.scale;
+  const std::size_t decimals = std::min(digits.size(), scale);
+  const std::size_t integers = digits.size() - decimals;
+  const std::size_t length =
+      (is_negative(src) ? 1 : 0) + std::max<std::size_t>(integers, 1) + (scale > 0 ? 1 + scale : 0);
+  if (length > buffer.size()) return 0;
+
+  char* to = buffer.data();
+  if (is_negative(src)) *to++ = '-';
+  if (integers == 0) *to++ = '0';
+  to = append(to, digits.begin(), integers);
+  if (scale > 0) {
+    *to++ = '.';
+    if (decimals < scale) to = std::fill_n(to, scale - decimals, '0');
+    append(to, digits.begin() + integers, decimals);
+  }
+  return length;
+}
+
 }  // namespace
 
 CS_INT rescale(const constant& src, constant& dest) {
@@ -308,6 +338,12 @@ CS_INT parse_numeric(std::string_view text, CS_BYTE precision, CS_BYTE scale, bo
   unpack_record(record, number);
   pack_record(number.magnitude, number.negative, front);
   return status;
+}
+
+std::string_view long_text(const CS_NUMERIC& value, NumericBuffer& buffer) {
+  const std::size_t length = write_text(record_of(value), buffer);
+  require(length != 0);
+  return {buffer.data(), length};
 }
 
 }  // namespace comnlib
@@ -363,32 +399,12 @@ CS_INT com__mny8toexctnume(const CS_MONEY* src, constant* dest) {
 }
 
 CS_INT com__subexctnumetochar(const constant* src, CS_CHAR* buf, CS_INT buflen, CS_INT* outlen) {
-  Magnitude magnitude;
-  unpack_record(*src, magnitude);
-  const DecimalDigits digits(magnitude);
-  const std::size_t scale = src->scale;
-  const std::size_t decimals = std::min(digits.size(), scale);
-  const std::size_t integers = digits.size() - decimals;
-  const std::size_t length = (is_negative(*src) ? 1 : 0) + std::max<std::size_t>(integers, 1) +
-                             (scale > 0 ? 1 + scale : 0);
   *outlen = 0;
-  if (buflen < 0 || length > static_cast<std::size_t>(buflen)) return kExactOverflow;
-
-  char* to = buf;
-  if (is_negative(*src)) *to++ = '-';
-  if (integers == 0) *to++ = '0';
-  const auto append = [&to](const char* from, std::size_t count) {
-    copy_bytes(reinterpret_cast<CS_BYTE*>(to), reinterpret_cast<const CS_BYTE*>(from), count);
-    to += count;
-  };
-  append(digits.begin(), integers);
-  if (scale > 0) {
-    *to++ = '.';
-    to = std::fill_n(to, scale - decimals, '0');
-    append(digits.begin() + integers, decimals);
-  }
+  if (buflen < 0) return kExactOverflow;
+  const std::size_t length = write_text(*src, {buf, static_cast<std::size_t>(buflen)});
+  if (length == 0) return kExactOverflow;
   *outlen = static_cast<CS_INT>(length);
-  if (*outlen < buflen) *to = '\0';
+  if (*outlen < buflen) buf[length] = '\0';
   return kExactOk;
 }
 

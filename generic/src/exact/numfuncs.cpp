@@ -386,15 +386,6 @@ CS_RETCODE quotient_of(const CS_NUMERIC& dividend, const CS_NUMERIC& divisor, CS
 
 // --- comparison
 
-// log2(10) in units of 2^-16, rounded up.
-constexpr int kBit = 1 << 16;
-constexpr int kBitsOfTen = 217'706;
-
-// Bytes of a magnitude of such a precision. The table's address would take longer to find.
-constexpr int bytes_of_precision(int precision) {
-  return (precision * kBitsOfTen / kBit + 8) / 8;
-}
-
 // The least precision whose magnitudes have four bytes.
 constexpr int kQuarterPrecision = 8;
 

@@ -18,6 +18,15 @@ inline constexpr auto kShortPowers = [] {
   return powers;
 }();
 
+// log2(10) in units of 2^-16, rounded up.
+constexpr int kBit = 1 << 16;
+constexpr int kBitsOfTen = 217'706;
+
+// Bytes of a magnitude of such a precision. The table's address would take longer to find.
+constexpr int bytes_of_precision(int precision) {
+  return (precision * kBitsOfTen / kBit + 8) / 8;
+}
+
 inline std::uint32_t load_quarter(const CS_BYTE* from) {
   std::uint32_t raw;
   std::memcpy(&raw, from, sizeof raw);
