@@ -1,8 +1,10 @@
-// Several threads on one mutex, event, semaphore and condition, and on one family of pools. Also
-// run under the thread checkers by tools/valgrind.
+// Several threads on one mutex, event, semaphore and condition, on one family of pools, and on
+// lists. Also run under the thread checkers by tools/valgrind.
+#include <array>
 #include <cstring>
 #include <deque>
 
+#include "comnlib/list.h"
 #include "pools.h"
 #include "threads.h"
 
@@ -70,6 +72,41 @@ TEST(Load, PoolsOfOneFamily) {
     }
     EXPECT_EQ(CS_SUCCEED, comn_mmdrop(own, CS_UNUSED));
   });
+}
+
+// A list that all threads fill in turn, and one in a context of each thread's own.
+TEST(Load, Lists) {
+  LM_CONTEXT* context = nullptr;
+  LM_HANDLE* shared = nullptr;
+  ASSERT_EQ(CS_SUCCEED, lm_initlm(LM_MIN_VERSION, "shared", CS_NULLTERM, &context));
+  ASSERT_EQ(CS_SUCCEED, lm_list_alloc(context, LM_CHASH, "shared", CS_NULLTERM, &shared));
+  std::array<std::array<int, kRounds>, kThreads> keys{};
+  const threads::Mutex mutex;
+  const auto insert = [](LM_HANDLE* list, int& key) {
+    EXPECT_EQ(CS_SUCCEED, lm_list_op(list, LM_OP_INSERT, &key, sizeof key, &key, nullptr));
+  };
+  run_in_threads([&](int index) {
+    LM_CONTEXT* own = nullptr;
+    LM_HANDLE* list = nullptr;
+    ASSERT_EQ(CS_SUCCEED, lm_initlm(LM_MIN_VERSION, "own", CS_NULLTERM, &own));
+    ASSERT_EQ(CS_SUCCEED, lm_list_alloc(own, LM_DLINK, "own", CS_NULLTERM, &list));
+    for (int i = 0; i < kRounds; ++i) {
+      int& key = keys[static_cast<std::size_t>(index)][static_cast<std::size_t>(i)];
+      key = index * kRounds + i;
+      insert(list, key);
+      comn_take_mutex(mutex);
+      insert(shared, key);
+      comn_release_mutex(mutex);
+    }
+    EXPECT_EQ(CS_SUCCEED, lm_exit(own));
+  });
+  for (auto& row : keys)
+    for (int& key : row) {
+      void* found = nullptr;
+      EXPECT_EQ(CS_SUCCEED, lm_list_op(shared, LM_OP_FIND, &key, sizeof key, &found, nullptr));
+      EXPECT_EQ(&key, found);
+    }
+  EXPECT_EQ(CS_SUCCEED, lm_exit(context));
 }
 
 }  // namespace

@@ -60,7 +60,8 @@ typedef struct CsColumnDest {
  *   or an offset is negative, if offsets decrease, if the values of a destination overlap, if a
  *   destination of fixed length has offsets or its last offset could exceed 2^31 - 1, and if nulls
  *   are to stay nulls and the destination has neither lengths nor bits.
- * - A destination with offsets has room for `maxlength` bytes at the beginning of each value.
+ * - A destination with offsets has room for `maxlength` bytes at the beginning of each value, and
+ *   for one byte more where nulls become the null value of a user type: see com_null_get.
  * - Source and destination do not overlap. Bits of `valid` after the last value are not changed.
  * - Nothing is allocated, except what is read when it is first needed: the table of a character
  *   set, and date conventions that locales.dat names.

@@ -40,7 +40,9 @@ void check_destination_column(const CsColumnDest& destination, CS_INT count) {
     const CS_INT datatype = destination.format->datatype;
     require(datatype == CS_UNICHAR_TYPE || comn_typelen(datatype, -1) == -1);
     const CS_INT first = destination.offsets[0];
-    require(first >= 0 && first + std::int64_t{room} * count <= std::numeric_limits<CS_INT>::max());
+    // The null value of a user type ends with a NUL that may be next to the room.
+    const std::int64_t longest = std::int64_t{room} + (is_builtin(datatype) ? 0 : 1);
+    require(first >= 0 && first + longest * count <= std::numeric_limits<CS_INT>::max());
   }
   require(destination.nulls == COMN_NULLS_AS_VALUES ||
           (destination.nulls == COMN_NULLS_AS_NULLS &&

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 
 #include "comnlib/convert.h"
 #include "comnlib/numeric.h"
@@ -119,7 +120,7 @@ CS_RETCODE get_user_null(const CsUsrNull* node, CS_BYTE* dest, CS_INT destlen, C
     *resultlen = 0;
     return CS_SUCCEED;
   }
-  const CS_INT length = std::min(destlen, node->dvsize);
+  const CS_INT length = std::min({destlen, node->dvsize, std::numeric_limits<CS_INT>::max() - 1});
   copy_value(dest, length, node->dventity, node->dvsize);
   dest[length] = 0;  // counted, and written even at dest[destlen]: hosts leave room for it
   *resultlen = length + 1;
