@@ -67,7 +67,7 @@ const bench::Registration registered([] {
   measure("mutex/take and release/recursive pthread", take_release<Recursive, false>);
   measure("mutex/take and release, held already/comnlib", take_release<Ours, true>);
   measure("mutex/take and release, held already/recursive pthread", take_release<Recursive, true>);
-  // Last, since the process has a second thread from here on.
+  // The process has a second thread from here on, so tools/bench gives these one of their own.
   measure("mutex/take and release, beside a second thread/comnlib",
           take_release<Ours, false, true>);
   measure("mutex/take and release, beside a second thread/recursive pthread",

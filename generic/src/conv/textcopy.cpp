@@ -240,10 +240,6 @@ CS_RETCODE copy_translated(Bytes text, const Encoding& from, const Encoding& to,
 
 }  // namespace
 
-bool have_one_encoding(const CS_CONTEXT& context, const CS_DATAFMT& a, const CS_DATAFMT& b) {
-  return same_encoding(encoding_of(context, a), encoding_of(context, b));
-}
-
 CS_RETCODE internal::copy_any_to_character(const CS_BYTE* bytes, std::size_t size, bool utf16,
                                            COMNLIB_CONVERSION_PARAMETERS) {
   const Bytes text(bytes, size);

@@ -56,18 +56,16 @@ inline Encoding source_encoding(bool utf16, const Conversion& call) {
   return utf16 ? kUtf16 : encoding_of(*call.context, *call.srcfmt);
 }
 
-// Whether text that one format describes is in the encoding of the other. Apart, so that the
-// callers below stay short.
-bool have_one_encoding(const CS_CONTEXT& context, const CS_DATAFMT& a, const CS_DATAFMT& b);
-
-// Whether text of the call's source format is in the encoding of its character destination.
+// Whether text of the call's source format is surely in the encoding of its character destination.
+// Descriptors of one character set in different contexts are left to the general case, so that a
+// text between character sets has little to look at before it gets there.
 inline bool keeps_encoding(const Conversion& call) {
   return call.srcfmt->locale == call.destfmt->locale ||
-         have_one_encoding(*call.context, *call.srcfmt, *call.destfmt);
+         source_encoding(false, call).charset == encoding_of(*call.context, *call.destfmt).charset;
 }
 
 namespace internal {
-// The general case: text that does not fit, has quotes to double or changes its encoding.
+// The general case: text that does not fit, has quotes to double or may change its encoding.
 // The call's members are arguments, so that the caller keeps them in registers.
 CS_RETCODE copy_any_to_character(const CS_BYTE* bytes, std::size_t size, bool utf16,
                                  COMNLIB_CONVERSION_PARAMETERS);
