@@ -1,5 +1,5 @@
-# comnlib_precompile(TARGET HEADER...): the target's sources find these headers precompiled. A launcher
-# takes care of the compiler cache.
+# comnlib_precompile(TARGET HEADER...): the target's sources find these headers precompiled. A
+# launcher takes care of the compiler cache.
 function(comnlib_precompile target)
   target_precompile_headers(${target} PRIVATE ${ARGN})
   if(CMAKE_CXX_COMPILER_LAUNCHER)

@@ -1,5 +1,5 @@
-# Removes what was installed from a build folder, whole or by components, and folders of the library's
-# own that are empty then: cmake -P Uninstall.cmake BUILD_FOLDER
+# Removes what was installed from a build folder, whole or by components, and folders of the
+# library's own that are empty then: cmake -P Uninstall.cmake BUILD_FOLDER
 file(GLOB manifests ${CMAKE_ARGV3}/install_manifest*.txt)
 if(NOT manifests)
   message(FATAL_ERROR "nothing was installed from ${CMAKE_ARGV3}")

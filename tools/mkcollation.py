@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes tools/home/collation.json: the primary weights of Unicode's root collation for the characters
-of the single-byte character sets.
+"""Writes tools/home/collation.json: the primary weights of Unicode's root collation for the
+characters of the single-byte character sets.
 
 The source is /usr/share/unicode/cldr/common/uca/allkeys_CLDR.txt of the Debian package
 unicode-cldr-core, or the file that is named.

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes tests/exact/data/money_vectors.tsv: expected results of money arithmetic and text, computed with
-Python's integers and decimals. The output never varies."""
+"""Writes tests/exact/data/money_vectors.tsv: expected results of money arithmetic and text,
+computed with Python's integers and decimals. The output never varies."""
 import pathlib
 import random
 from decimal import Decimal, ROUND_HALF_UP

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Prints the line coverage in a JSON report of gcovr and fails when it is not what tools/coverage asks for.
+"""Prints the line coverage in a JSON report of gcovr and fails when it is not what tools/coverage
+asks for.
 
   tools/unreached.py REPORT EXPLANATIONS
 

@@ -1,12 +1,13 @@
 #!/usr/bin/python3
-"""The dictionary orders of the shipped home against ICU's, which count neither case nor accents here
-either: every pair of words in the lists of words.txt that the character set can write. That of UTF-8
-goes by code points, which fold as ICU's do.
+"""The dictionary orders of the shipped home against ICU's, which count neither case nor accents
+here either: every pair of words in the lists of words.txt that the character set can write. That of
+UTF-8 goes by code points, which fold as ICU's do.
 
 usage: sort_test.py HOME [--write]
 
-sort_differences.txt counts for each list the pairs in another order than that of ICU's root order with
-the set's script in front, and than that of ICU's order for the language; --write writes it anew.
+sort_differences.txt counts for each list the pairs in another order than that of ICU's root order
+with the set's script in front, and than that of ICU's order for the language; --write writes it
+anew.
 """
 import pathlib
 import sys

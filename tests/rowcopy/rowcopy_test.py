@@ -152,8 +152,8 @@ for path in (weather, strikes):
                               read(path).decode())
     check('the same text', read('text').decode().splitlines() == dates_as_written.splitlines(), True)
 
-# --- A value comes back as it was, or is reported. Each field by itself: its text, or the reason why it
-# was rejected.
+# --- A value comes back as it was, or is reported. Each field by itself: its text, or the reason why
+# it was rejected.
 
 for kind, group in itertools.groupby(rows(f'{here}/values.csv')[1:], key=lambda row: row[0]):
     fields, texts, reasons = list(zip(*group))[1:]

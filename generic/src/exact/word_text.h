@@ -45,8 +45,8 @@ inline std::size_t put_word(std::uint64_t value, char* to) {
 // point. A word has fewer digits, after which bytes may be overwritten.
 using NumericBuffer = std::array<char, 80>;
 
-// The text of a numeric whose magnitude is a word, with at most 16 decimals: these are moved by one
-// instruction to make room for the point, with whatever is behind them.
+// The text of a numeric whose magnitude is a word, with at most 16 decimals. One instruction moves
+// these to make room for the point; the bytes after them, which it moves too, do not matter.
 [[gnu::always_inline]] inline std::string_view word_text(std::uint64_t magnitude, bool negative,
                                                          std::size_t scale, NumericBuffer& buffer) {
   char* const digits = buffer.data() + 1;
