@@ -208,8 +208,10 @@ inline void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
   to.trim(size);
 }
 
-// Operands of any content may have brought the value beyond the precision.
-CS_RETCODE pack_result(Limbs value, bool negative, Size size, CS_NUMERIC& result) {
+// Operands of any content may have brought the value beyond the precision. The value is a working
+// record or a Product.
+template <class Value>
+CS_RETCODE pack_result(const Value& value, bool negative, Size size, CS_NUMERIC& result) {
   const std::size_t length = magnitude_length(size.precision);
   const bool overflow = exceeds(value, size.precision);
   if (!overflow) [[likely]]
@@ -256,16 +258,7 @@ CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
   load_factor(op2, magnitude_length(op2.precision), b);
   Product product;
   multiply(a, b, product);
-  const bool negative = opposite && !is_zero(product);
-  const std::size_t length = magnitude_length(size.precision);
-  const bool overflow = exceeds(product, size.precision);
-  if (!overflow) [[likely]]
-    store_limbs(product, result, length);
-  result.precision = static_cast<CS_BYTE>(size.precision);
-  result.scale = static_cast<CS_BYTE>(size.scale);
-  if (overflow) return overflowed(result, length);
-  result.array[0] = negative ? 1 : 0;
-  return CS_SUCCEED;
+  return pack_result(product, opposite && !is_zero(product), size, result);
 }
 
 CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
