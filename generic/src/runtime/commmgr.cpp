@@ -72,22 +72,18 @@ bool has_lock(const MmPoolHead* head) {
 // own routines, and no trace shows their codes, the mutex is taken and released inline.
 class Lock {
  public:
-  [[gnu::always_inline]] explicit Lock(MmHandle* handle) {
-    const MmPoolHead* const head = handle->mmh_head;
-    if (head->mph_lock == nullptr) [[likely]]
-      return;
-    mutex_ = mutex_of(head);
-    if (mutex_ != nullptr) {
-      take_mutex<pthread_mutex_lock>(mutex_);
+  [[gnu::always_inline]] explicit Lock(MmHandle* handle) : mutex_(mutex_of(handle->mmh_head)) {
+    if (mutex_ != nullptr) [[likely]] {
+      require(take_mutex<pthread_mutex_lock>(mutex_));
     } else {
       result_ = lock(handle);
     }
   }
 
   [[gnu::always_inline]] void release(MmHandle* handle) const {
-    if (mutex_ != nullptr) {
-      give_up_mutex(mutex_);
-    } else if (handle->mmh_head->mph_lock != nullptr) {
+    if (mutex_ != nullptr) [[likely]] {
+      require(give_up_mutex(mutex_));
+    } else {
       unlock(handle);
     }
   }
@@ -106,7 +102,7 @@ class Lock {
     return own ? static_cast<COMN_MUTEX*>(head->mph_lockarg) : nullptr;
   }
 
-  COMN_MUTEX* mutex_ = nullptr;  // held by the inline path
+  COMN_MUTEX* mutex_;  // held by the inline path
   CS_RETCODE result_ = CS_SUCCEED;
 };
 
@@ -226,6 +222,12 @@ inline void clear(void* memory, CS_INT size) {
   }
 }
 
+[[gnu::always_inline]] inline CS_RETCODE hand_out(void* memory, CS_INT size, CS_VOID** out_ptr) {
+  clear(memory, size);
+  *out_ptr = memory;
+  return trace(CS_SUCCEED);
+}
+
 // A block by the discipline's fast path, or null.
 [[gnu::always_inline]] inline void* take(MmHandle* handle, CS_INT size) {
   switch (handle->mmh_type) {
@@ -271,7 +273,7 @@ CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
   return result;
 }
 
-CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
+[[gnu::always_inline]] inline CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
   switch (handle->mmh_type) {
     case MM_POOL_BUDDY:
       heap_of_user(handle->mmh_head, ptr);
@@ -285,6 +287,26 @@ CS_RETCODE free_one(MmHandle* handle, CS_VOID* ptr) {
     default:
       stop();
   }
+}
+
+// The calls that hosts make for every block, in a pool with a lock. They are routines of their own,
+// so that a pool without one needs no frame.
+[[gnu::noinline]] CS_RETCODE allocate_locked(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
+  const Lock lock(handle);
+  if (lock.result() != CS_SUCCEED) return trace(lock.result());
+  if (void* const memory = take(handle, size)) {
+    lock.release(handle);
+    return hand_out(memory, size, out_ptr);
+  }
+  return trace(allocate_and_unlock(handle, size, out_ptr));
+}
+
+[[gnu::noinline]] CS_RETCODE free_locked(MmHandle* handle, CS_VOID* ptr) {
+  const Lock lock(handle);
+  require(lock.result() == CS_SUCCEED);
+  const CS_RETCODE result = free_one(handle, ptr);
+  lock.release(handle);
+  return trace(result);
 }
 
 CS_RETCODE reallocate(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {
@@ -530,14 +552,8 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   check_handle(handle);
   check_pointer(out_ptr);
   require(size >= 0);
-  const Lock lock(handle);
-  if (lock.result() != CS_SUCCEED) return trace(lock.result());
-  if (void* const memory = take(handle, size)) {
-    lock.release(handle);
-    clear(memory, size);
-    *out_ptr = memory;
-    return trace(CS_SUCCEED);
-  }
+  if (handle->mmh_head->mph_lock != nullptr) return allocate_locked(handle, size, out_ptr);
+  if (void* const memory = take(handle, size)) return hand_out(memory, size, out_ptr);
   return trace(allocate_and_unlock(handle, size, out_ptr));
 }
 
@@ -545,11 +561,8 @@ CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
   const CS_BYTE status = check_handle(handle);
   check_pointer(ptr);
   require((status & kInUse) != 0);
-  const Lock lock(handle);
-  require(lock.result() == CS_SUCCEED);
-  const CS_RETCODE result = free_one(handle, ptr);
-  lock.release(handle);
-  return trace(result);
+  if (handle->mmh_head->mph_lock != nullptr) return free_locked(handle, ptr);
+  return trace(free_one(handle, ptr));
 }
 
 CS_RETCODE comn_mmrealloc(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {

@@ -171,7 +171,7 @@ CS_RETCODE comn_create_mutex(COMN_MUTEX** mutex) {
 }
 
 CS_RETCODE comn_delete_mutex(COMN_MUTEX* mutex) {
-  check_stamp(mutex);
+  require(is_stamped(mutex));
   require(is_free(*mutex));
   require(pthread_mutex_destroy(&mutex->mutex) == 0);
   mutex->magic = 0;
@@ -180,25 +180,22 @@ CS_RETCODE comn_delete_mutex(COMN_MUTEX* mutex) {
 }
 
 CS_RETCODE comn_take_mutex(COMN_MUTEX* mutex) {
-  take_mutex<pthread_mutex_lock>(mutex);
+  require(take_mutex<pthread_mutex_lock>(mutex));
   return trace(CS_SUCCEED);
 }
 
 CS_RETCODE comn_try_mutex(COMN_MUTEX* mutex) {
-  take_mutex<pthread_mutex_trylock>(mutex);
+  require(take_mutex<pthread_mutex_trylock>(mutex));
   return trace(CS_SUCCEED);
 }
 
 CS_RETCODE comn_release_mutex(COMN_MUTEX* mutex) {
-  check_stamp(mutex);
-  require(owned_by_caller(*mutex));
-  require(mutex->use_count != 0);
-  give_up_mutex(mutex);
+  require(release_mutex(mutex));
   return trace(CS_SUCCEED);
 }
 
 CS_RETCODE comn_check_mutex(const COMN_MUTEX* mutex) {
-  check_stamp(mutex);
+  require(is_stamped(mutex));
   return trace(owned_by_caller(*mutex) ? CS_SUCCEED : CS_FAIL);
 }
 
@@ -276,7 +273,7 @@ CS_RETCODE comn_broadcast_cond(COMN_COND* cond) {
 
 CS_RETCODE comn_wait_cond(COMN_COND* cond, COMN_MUTEX* mutex) {
   require(cond != nullptr);
-  check_stamp(mutex);
+  require(is_stamped(mutex));
   require(owned_by_caller(*mutex));
   Claim claim = {.mutex = mutex, .owner = COMN_NO_OWNER, .use_count = 0};
   lay_down(claim);

@@ -34,33 +34,41 @@ inline bool owned_by_caller(const COMN_MUTEX& mutex) {
   return owner_of(mutex) == self();
 }
 
+// For the thread that holds the pthread mutex, or the last one that knows the mutex.
 inline bool is_free(const COMN_MUTEX& mutex) {
-  return owner_of(mutex) == COMN_NO_OWNER && mutex.use_count == 0;
+  return mutex.owner == COMN_NO_OWNER && mutex.use_count == 0;
 }
 
-inline void check_stamp(const COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
-  require(mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC), site);
+inline bool is_stamped(const COMN_MUTEX* mutex) {
+  return mutex != nullptr && mutex->magic == static_cast<CS_UINT>(COMN_MUTEX_MAGIC);
 }
 
+// Taking and releasing return false at misuse, for the caller to stop: one place for all reasons
+// keeps the way through short.
 template <int (*Lock)(pthread_mutex_t*)>
-inline void take_mutex(COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
-  check_stamp(mutex, site);
-  if (owned_by_caller(*mutex)) {
-    require(mutex->use_count != 0, site);
-    ++mutex->use_count;
-    return;
-  }
-  require(Lock(&mutex->mutex) == 0, site);
-  require(is_free(*mutex), site);
+[[gnu::always_inline, nodiscard]] inline bool take_mutex(COMN_MUTEX* mutex) {
+  if (!is_stamped(mutex)) [[unlikely]]
+    return false;
+  if (owned_by_caller(*mutex)) [[unlikely]]
+    return mutex->use_count++ != 0;
+  if (Lock(&mutex->mutex) != 0 || !is_free(*mutex)) [[unlikely]]
+    return false;
   set_owner(*mutex, self());
   mutex->use_count = 1;
+  return true;
 }
 
-// Undoes one take of the caller's.
-inline void give_up_mutex(COMN_MUTEX* mutex, CallSite site = CallSite::current()) {
-  if (--mutex->use_count != 0) return;
+// For a mutex that the caller is known to own.
+[[gnu::always_inline, nodiscard]] inline bool give_up_mutex(COMN_MUTEX* mutex) {
+  if (--mutex->use_count != 0) [[unlikely]]
+    return true;
   set_owner(*mutex, COMN_NO_OWNER);
-  require(pthread_mutex_unlock(&mutex->mutex) == 0, site);
+  return pthread_mutex_unlock(&mutex->mutex) == 0;
+}
+
+[[gnu::always_inline, nodiscard]] inline bool release_mutex(COMN_MUTEX* mutex) {
+  return is_stamped(mutex) && owned_by_caller(*mutex) && mutex->use_count != 0 &&
+         give_up_mutex(mutex);
 }
 
 }  // namespace comnlib
