@@ -7,6 +7,7 @@
 #include <array>
 #include <limits>
 
+#include "chars/ascii.h"
 #include "chars/decimal.h"
 #include "chars/iso_1.h"
 #include "comnlib/money.h"
@@ -265,12 +266,39 @@ class AmountReader {
   int decimals_ = 0;
 };
 
+// The amount of a text of bytes as most are: a sign or none, digits, a point and decimals or
+// neither. Nothing for all others, and where a check for overflow would be needed.
+std::optional<Units> read_plain(std::basic_string_view<CS_CHAR> text) {
+  constexpr std::ptrdiff_t kSafeDigits = std::numeric_limits<Units>::digits10 - kDecimals;
+  const CS_CHAR* at = text.data();
+  const CS_CHAR* const end = at + text.size();
+  Absolute value = 0;
+  const auto take_digits = [&] {
+    const CS_CHAR* const first = at;
+    for (; at != end && is_digit(*at); ++at) value = value * 10 + static_cast<Absolute>(*at - '0');
+    return at - first;
+  };
+
+  bool negative = false;
+  if (at != end && (*at == '-' || *at == '+')) negative = *at++ == '-';
+  if (take_digits() > kSafeDigits) return std::nullopt;
+  std::ptrdiff_t decimals = 0;
+  if (at != end && *at == '.') {
+    ++at;
+    decimals = take_digits();
+  }
+  if (at != end || decimals > kDecimals) return std::nullopt;
+  value *= kPowers[static_cast<std::size_t>(kDecimals - decimals)];
+  return signed_value(value, negative);
+}
+
 }  // namespace
 
 Parsed parse(std::basic_string_view<CS_CHAR> text, const char_attrib* charset) {
   const char_attrib& set = charset == nullptr ? *com_get_charattrib() : *charset;
-  return set.cs_width_map == nullptr ? AmountReader<SingleByteText>(text, set).run()
-                                     : AmountReader<MultibyteText>(text, set).run();
+  if (set.cs_width_map != nullptr) return AmountReader<MultibyteText>(text, set).run();
+  if (const auto amount = read_plain(text)) return {*amount, kExactOk};
+  return AmountReader<SingleByteText>(text, set).run();
 }
 
 }  // namespace comnlib::money

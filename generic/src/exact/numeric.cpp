@@ -42,18 +42,18 @@ class LiteralScanner {
 
   std::optional<Literal> scan() {
     Literal literal;
-    take<is_blank>();
+    skip<is_blank>();
     literal.negative = accept_sign();
-    literal.integer = take<is_digit>();
-    if (accept('.')) literal.fraction = take<is_digit>();
+    literal.integer = take_digits();
+    if (accept('.')) literal.fraction = take_digits();
     if (literal.integer.empty() && literal.fraction.empty()) return std::nullopt;
     if (accept('e') || accept('E')) {
       const bool negative = accept_sign();
-      const std::string_view digits = take<is_digit>();
+      const std::string_view digits = take_digits();
       if (digits.empty()) return std::nullopt;
       literal.exponent = negative ? -exponent_of(digits) : exponent_of(digits);
     }
-    take<is_white_space>();
+    skip<is_white_space>();
     if (!rest_.empty()) return std::nullopt;
     return literal;
   }
@@ -80,10 +80,29 @@ class LiteralScanner {
     return false;
   }
 
+  // Digits are looked for sixteen at a time.
+  std::string_view take_digits() {
+    std::size_t count = 0;
+    for (; rest_.size() - count >= 16; count += 16) {
+      const __m128i characters =
+          _mm_loadu_si128(reinterpret_cast<const __m128i*>(rest_.data() + count));
+      const __m128i values = _mm_sub_epi8(characters, _mm_set1_epi8('0'));
+      const __m128i digits = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+      const auto others = ~static_cast<unsigned>(_mm_movemask_epi8(digits)) & 0xFFFFU;
+      if (others != 0) return split(count + static_cast<std::size_t>(std::countr_zero(others)));
+    }
+    while (count < rest_.size() && is_digit(rest_[count])) ++count;
+    return split(count);
+  }
+
   template <auto belongs>
-  std::string_view take() {
+  void skip() {
     std::size_t count = 0;
     while (count < rest_.size() && belongs(rest_[count])) ++count;
+    rest_.remove_prefix(count);
+  }
+
+  std::string_view split(std::size_t count) {
     const std::string_view taken = rest_.substr(0, count);
     rest_.remove_prefix(count);
     return taken;

@@ -2,6 +2,7 @@
 // from theirs, and the kernel computes.
 #include "comnlib/numeric.h"
 
+#include <cstdlib>
 #include <optional>
 
 #include "exact/bytes.h"
@@ -185,15 +186,6 @@ struct AlignedPair {
   return CS_SUCCEED;
 }
 
-CS_RETCODE short_sum(const AlignedPair& pair, bool a_negative, bool b_negative, Size size,
-                     CS_NUMERIC& result) {
-  if (a_negative == b_negative)
-    return store_short_result(sum(pair.a, pair.b), a_negative, size, result);
-  const int order = compare(pair.a, pair.b);
-  if (order < 0) return store_short_result(difference(pair.b, pair.a), b_negative, size, result);
-  return store_short_result(difference(pair.a, pair.b), a_negative && order > 0, size, result);
-}
-
 // --- operands of any sizes, whose result has room for every digit
 
 // Whole limbs from the last one on; the first one may begin before the magnitude.
@@ -223,15 +215,18 @@ CS_RETCODE pack_result(const Value& value, bool negative, Size size, CS_NUMERIC&
   return CS_SUCCEED;
 }
 
-CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
-                        CS_NUMERIC& result) {
+inline void unpack_operand(const CS_NUMERIC& operand, Scaled& to) {
+  load_limbs(operand, magnitude_length(operand.precision), to);
+}
+
+// A sum in limbs: of any number, or of the few that factors need.
+template <class Value>
+[[gnu::noinline]] CS_RETCODE sum_in(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                                    CS_INT opn, CS_NUMERIC& result) {
   const bool negative = op1.array[0] != 0;
   const bool b_counts_negative = (op2.array[0] != 0) != (opn != COMN_NUM_ADD);
-  AlignedPair pair;
-  if (unpack_aligned(op1, op2, pair))
-    return short_sum(pair, negative, b_counts_negative, size, result);
-  Magnitude a;
-  Magnitude b;
+  Value a;
+  Value b;
   unpack_operand(op1, a);
   unpack_operand(op2, b);
   if (op1.scale < size.scale) scale_up(a, size.scale - op1.scale);
@@ -241,36 +236,68 @@ CS_RETCODE uncapped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
     return pack_result(a, negative, size, result);
   }
   const int order = compare(a, b);
-  Magnitude& larger = order < 0 ? b : a;
+  Value& larger = order < 0 ? b : a;
   // An operand too large by itself is an overflow, whatever the difference is.
   if (!exceeds(larger, size.precision)) subtract(larger, order < 0 ? a : b, larger);
   const bool sign = order < 0 ? b_counts_negative : order > 0 && negative;
   return pack_result(larger, sign, size, result);
 }
 
-// Operands of at most 38 digits.
+bool are_factors(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  return op1.precision <= kFactorPrecision && op2.precision <= kFactorPrecision;
+}
+
+CS_RETCODE limb_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
+                    CS_NUMERIC& result) {
+  return are_factors(op1, op2) && std::abs(op1.scale - op2.scale) <= kLimbDigits
+             ? sum_in<Scaled>(op1, op2, size, opn, result)
+             : sum_in<Magnitude>(op1, op2, size, opn, result);
+}
+
+[[gnu::noinline]] CS_RETCODE short_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                                       CS_INT opn, CS_NUMERIC& result) {
+  AlignedPair pair;
+  if (!unpack_aligned(op1, op2, pair)) return limb_sum(op1, op2, size, opn, result);
+  const bool negative = op1.array[0] != 0;
+  const bool b_counts_negative = (op2.array[0] != 0) != (opn != COMN_NUM_ADD);
+  if (negative == b_counts_negative)
+    return store_short_result(sum(pair.a, pair.b), negative, size, result);
+  const int order = compare(pair.a, pair.b);
+  if (order < 0)
+    return store_short_result(difference(pair.b, pair.a), b_counts_negative, size, result);
+  return store_short_result(difference(pair.a, pair.b), negative && order > 0, size, result);
+}
+
+bool are_short(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
+  return op1.precision <= kShortPrecision && op2.precision <= kShortPrecision;
+}
+
+// Sums whose size has room for every digit.
+CS_RETCODE whole_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS_INT opn,
+                     CS_NUMERIC& result) {
+  return are_short(op1, op2) ? short_sum(op1, op2, size, opn, result)
+                             : limb_sum(op1, op2, size, opn, result);
+}
+
+// Operands whose magnitudes are factors, of whatever precision.
 [[gnu::noinline]] CS_RETCODE factor_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
                                             CS_NUMERIC& result) {
   const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
   Factor a;
   Factor b;
-  load_factor(op1, magnitude_length(op1.precision), a);
-  load_factor(op2, magnitude_length(op2.precision), b);
+  load_limbs(op1, magnitude_length(op1.precision), a);
+  load_limbs(op2, magnitude_length(op2.precision), b);
   Product product;
   multiply(a, b, product);
   return pack_result(product, opposite && !is_zero(product), size, result);
 }
 
-CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
-                            CS_NUMERIC& result) {
-  const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
-  ShortPair pair;
-  if (unpack_short(op1, op2, pair)) {
-    const DoubleWord product = multiply_words(pair.a, pair.b);
-    return store_short_result(product, opposite && !is_zero(product), size, result);
-  }
-  if (op1.precision <= kFactorPrecision && op2.precision <= kFactorPrecision)
+[[gnu::noinline]] CS_RETCODE long_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                                          CS_NUMERIC& result) {
+  if (is_factor(op1, magnitude_length(op1.precision)) &&
+      is_factor(op2, magnitude_length(op2.precision)))
     return factor_product(op1, op2, size, result);
+  const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
   Magnitude a;
   Magnitude b;
   Magnitude product;
@@ -278,6 +305,23 @@ CS_RETCODE uncapped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size s
   unpack_operand(op2, b);
   multiply(a, b, product);
   return pack_result(product, opposite && !product.is_zero(), size, result);
+}
+
+[[gnu::noinline]] CS_RETCODE short_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                                           CS_NUMERIC& result) {
+  const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
+  ShortPair pair;
+  if (!unpack_short(op1, op2, pair)) return factor_product(op1, op2, size, result);
+  const DoubleWord product = multiply_words(pair.a, pair.b);
+  return store_short_result(product, opposite && !is_zero(product), size, result);
+}
+
+// Products whose size has room for every decimal.
+CS_RETCODE whole_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
+                         CS_NUMERIC& result) {
+  if (are_short(op1, op2)) return short_product(op1, op2, size, result);
+  return are_factors(op1, op2) ? factor_product(op1, op2, size, result)
+                               : long_product(op1, op2, size, result);
 }
 
 // --- results that 77 digits limit
@@ -312,7 +356,7 @@ CS_RETCODE capped_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, C
   const int scale = std::max(op1.scale, op2.scale);
   const int digits = std::max(op1.precision - op1.scale, op2.precision - op2.scale);
   const Size size = {scale + digits + 1, scale};
-  if (size.precision <= CS_MAX_PREC) return uncapped_sum(op1, op2, size, opn, result);
+  if (size.precision <= CS_MAX_PREC) return whole_sum(op1, op2, size, opn, result);
   return capped_sum(op1, op2, sum_size(size_of(op1), size_of(op2)), opn, result);
 }
 
@@ -328,16 +372,23 @@ inline CS_RETCODE sum_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERI
   return unlike_sum(op1, op2, result, opn);
 }
 
+[[gnu::noinline]] CS_RETCODE capped_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2,
+                                            CS_NUMERIC& result) {
+  const constant a = record_of(op1);
+  const constant b = record_of(op2);
+  constant record = sized_result(result, product_size(size_of(op1), size_of(op2)));
+  return exact_code(com__exctnume_mul(&a, &b, &record));
+}
+
 CS_RETCODE product_of(const CS_NUMERIC& op1, const CS_NUMERIC& op2, CS_NUMERIC& result) {
   if (!in_domain(op1) || !in_domain(op2)) return CS_CVT_DOMAIN;
   const int precision = op1.precision + op2.precision + 1;
   const int scale = op1.scale + op2.scale;
   if (precision <= CS_MAX_PREC && scale <= CS_MAX_SCALE) [[likely]]
-    return uncapped_product(op1, op2, {precision, scale}, result);
-  const constant a = record_of(op1);
-  const constant b = record_of(op2);
-  constant record = sized_result(result, product_size(size_of(op1), size_of(op2)));
-  return exact_code(com__exctnume_mul(&a, &b, &record));
+    return whole_product(op1, op2, {precision, scale}, result);
+  // Without decimals, none are dropped.
+  if (scale == 0) return long_product(op1, op2, {CS_MAX_PREC, 0}, result);
+  return capped_product(op1, op2, result);
 }
 
 // A quotient whose dividend has to be scaled up by 10^shift, or not at all.
