@@ -96,10 +96,7 @@ Limb multiply_limbs(Limb* at, Limb* end, Limb factor, Limb carry) {
 // them.
 void add_product(const Limb* by, const Limb* end, Limb factor, Limb* sum) {
   Limb carry = 0;
-  for (; by != end; ++by, ++sum) {
-    const Limb low = multiply_step(*by, factor, carry);
-    carry += __builtin_add_overflow(low, *sum, sum);
-  }
+  for (; by != end; ++by, ++sum) multiply_add_step(*by, factor, *sum, carry);
   *sum = carry;
 }
 
@@ -119,12 +116,10 @@ void split_groups(Limbs value, std::size_t n, Limb* group) {
   multiply_high(value, n, quotient.data());
   Limb* fraction = &quotient[1];
   Limb* const end = fraction + n;
-  // The units that make up for the dropped limbs, times the group.
-  Wide added = Wide{n} * kGroup;
-  for (; fraction != end; added = kGroup) {
-    const auto carry = static_cast<Limb>((Wide{*fraction++} * kGroup + added) >> kLimbBits);
-    *group++ = multiply_limbs(fraction, end, kGroup, carry);
-  }
+  // The units that make up for what the product left out, and then for each dropped limb.
+  const auto carry = static_cast<Limb>((Wide{*fraction} + n) * kGroup >> kLimbBits);
+  *group = multiply_limbs(++fraction, end, kGroup, carry);
+  for (; fraction != end; ++fraction) *++group = multiply_limbs(fraction, end, kGroup, kGroup);
 }
 
 // Writes values of longer records, which no host has, from the last digit on.
@@ -135,6 +130,16 @@ char* put_long(Limbs value, char* end) {
     end = put_digits(static_cast<std::uint32_t>(divide_by(rest, 100)), 2, end);
   }
   return end;
+}
+
+// Where the first digit is that is not zero, of more than sixteen.
+const char* first_digit(const char* digits) {
+  const __m128i zeros = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(digits)),
+                                       _mm_set1_epi8('0'));
+  // The bit after those of the digits ends the search.
+  digits += std::countr_zero(~static_cast<unsigned>(_mm_movemask_epi8(zeros)) | 0x10000U);
+  while (*digits == '0') ++digits;
+  return digits;
 }
 
 }  // namespace
@@ -149,14 +154,15 @@ DecimalDigits::DecimalDigits(Limbs value) : first_(buffer_), end_(buffer_) {
   if (value.size() > kPowerLimbs) {
     end_ = buffer_ + kRoom;
     first_ = put_long(value, buffer_ + kRoom);
+    while (*first_ == '0') ++first_;
   } else {
     const int digits = kGroupDigits * static_cast<int>(value.size());
     const std::size_t count = value.size() + exceeds(value, digits);
     std::array<Limb, kMostGroups> groups;
     split_groups(value, count, groups.data());
     end_ = put_groups(groups.data(), count, buffer_);
+    first_ = first_digit(buffer_);
   }
-  while (*first_ == '0') ++first_;
 }
 
 }  // namespace comnlib

@@ -120,6 +120,17 @@ inline Limb multiply_step(Limb a, Limb b, Limb& carry) {
   return a;
 }
 
+// The same, added to `sum`.
+inline void multiply_add_step(Limb a, Limb b, Limb& sum, Limb& carry) {
+  Limb high;
+  __asm__("mul" COMNLIB_LIMB_SUFFIX " %[b]\n\tadd %[carry], %[a]\n\tadc" COMNLIB_LIMB_SUFFIX
+          " $0, %[high]\n\tadd %[a], %[sum]\n\tadc" COMNLIB_LIMB_SUFFIX " $0, %[high]"
+          : [a] "+a"(a), [high] "=&d"(high), [sum] "+m"(sum)
+          : [b] "rm"(b), [carry] "r"(carry)
+          : "cc");
+  carry = high;
+}
+
 constexpr std::size_t byte_length(Limbs value) {
   if (value.empty()) return 0;
   return value.size() * kLimbBytes - static_cast<std::size_t>(std::countl_zero(value.back())) / 8;

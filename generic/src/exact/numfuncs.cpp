@@ -448,9 +448,28 @@ bool has_quarter(const CS_NUMERIC& numeric) {
 
 // Values of one size and sign.
 [[gnu::noinline]] CS_INT compare_like(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
-  const std::size_t count = magnitude_length(std::min<int>(op1.precision, CS_MAX_PREC));
-  const int order = compare_bytes(op1.array + 1, op2.array + 1, count);
-  return op1.array[0] != 0 ? -order : order;
+  const bool negative = op1.array[0] != 0;
+  const auto count =
+      static_cast<std::size_t>(bytes_of_precision(std::min<int>(op1.precision, CS_MAX_PREC)));
+  const CS_BYTE* a = op1.array + 1;
+  const CS_BYTE* b = op2.array + 1;
+  const CS_BYTE* const end = a + count;
+  const auto order = [negative](Limb left, Limb right) {
+    return (left < right) != negative ? -1 : 1;
+  };
+  if (const std::size_t part = count % kLimbBytes; part != 0) {
+    a += part;
+    b += part;
+    const Limb left = load_top(a, part);
+    const Limb right = load_top(b, part);
+    if (left != right) return order(left, right);
+  }
+  for (; a != end; a += kLimbBytes, b += kLimbBytes) {
+    const Limb left = load_word(a);
+    const Limb right = load_word(b);
+    if (left != right) return order(left, right);
+  }
+  return 0;
 }
 
 // Whether the operand with the smaller scale can be brought to the larger one. Otherwise decimals
@@ -493,7 +512,7 @@ CS_INT order_with_signs(bool negative1, const Value& a, bool negative2, const Va
   return compare_any(op1, op2);
 }
 
-// Values of one sign, from the bits in their magnitudes.
+// Values of one sign, from the bits in their magnitudes, or as many less on both sides.
 [[gnu::always_inline]] inline CS_INT compare_by_length(const CS_NUMERIC& op1, int bits1,
                                                        const CS_NUMERIC& op2, int bits2) {
   // The logarithms' difference, not off by more than one. Where one value is more than twice the
@@ -515,32 +534,35 @@ int length_in_bits(const CS_NUMERIC& numeric) {
   return 0;
 }
 
-// Values of which one begins with zeros.
+// Values of one sign, of which one begins with zeros.
 [[gnu::noinline]] CS_INT compare_small(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
   const int bits1 = length_in_bits(op1);
   const int bits2 = length_in_bits(op2);
-  const bool negative = op1.array[0] != 0;
-  if (negative != (op2.array[0] != 0)) {
-    if ((bits1 | bits2) != 0) return negative ? -1 : 1;
-  } else if (bits1 != 0 && bits2 != 0) {
-    return compare_by_length(op1, bits1, op2, bits2);
-  }
+  if (bits1 != 0 && bits2 != 0) return compare_by_length(op1, bits1, op2, bits2);
   return compare_close(op1, op2);
 }
 
-// Values of different sizes or signs. Nearly always their signs or lengths show the order.
+// Values of different sizes and one sign. Nearly always their lengths show the order.
 [[gnu::noinline]] CS_INT compare_unlike(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
   if (!has_quarter(op1) || !has_quarter(op2)) return compare_close(op1, op2);
   const std::uint32_t first1 = load_quarter(op1.array + 1);
   const std::uint32_t first2 = load_quarter(op2.array + 1);
+  if (first1 == 0 || first2 == 0) return compare_small(op1, op2);
+  const auto bits = [](const CS_NUMERIC& numeric, std::uint32_t first) {
+    return 8 * bytes_of_precision(numeric.precision) + (31 ^ std::countl_zero(first));
+  };
+  return compare_by_length(op1, bits(op1, first1), op2, bits(op2, first2));
+}
+
+// Values with different sign bytes.
+[[gnu::noinline]] CS_INT compare_signs(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
   const bool negative = op1.array[0] != 0;
-  if (negative != (op2.array[0] != 0)) {
-    if ((first1 | first2) != 0) return negative ? -1 : 1;
-  } else if (first1 != 0 && first2 != 0) {
-    return compare_by_length(op1, 8 * bytes_of_precision(op1.precision) - std::countl_zero(first1),
-                             op2, 8 * bytes_of_precision(op2.precision) - std::countl_zero(first2));
-  }
-  return compare_small(op1, op2);
+  if (negative == (op2.array[0] != 0)) return compare_unlike(op1, op2);
+  const bool zeros = !has_quarter(op1) || !has_quarter(op2) ||
+                     ((load_quarter(op1.array + 1) | load_quarter(op2.array + 1)) == 0 &&
+                      (length_in_bits(op1) | length_in_bits(op2)) == 0);
+  if (zeros) return compare_close(op1, op2);
+  return negative ? -1 : 1;
 }
 
 }  // namespace
@@ -589,7 +611,8 @@ CS_RETCODE comn_numdivide(const CS_NUMERIC* dividend, const CS_NUMERIC* divisor,
 CS_INT comn_numcmp(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);
-  if (!same_size(*op1, *op2) || op1->array[0] != op2->array[0]) return compare_unlike(*op1, *op2);
+  if (op1->array[0] != op2->array[0]) return compare_signs(*op1, *op2);
+  if (!same_size(*op1, *op2)) return compare_unlike(*op1, *op2);
   // The first word decides nearly always.
   if (op1->precision >= kQuarterPrecision) {
     const std::uint32_t left = load_quarter(op1->array + 1);
