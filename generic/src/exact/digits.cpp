@@ -10,6 +10,8 @@
 
 #include <emmintrin.h>
 
+#include <utility>
+
 #include "chars/decimal.h"
 #include "exact/word_text.h"
 
@@ -86,40 +88,54 @@ char* put_groups(const Limb* group, std::size_t count, char* to) {
   return to;
 }
 
-// The limbs from `at` up to `end` times `factor`, plus `carry`; returns the carry out.
-Limb multiply_limbs(Limb* at, Limb* end, Limb factor, Limb carry) {
-  for (; at != end; ++at) *at = multiply_step(*at, factor, carry);
+// Adds the reciprocal's limbs from `kFrom` on, times `factor`, to the quotient, and stores the
+// carry after them.
+template <std::size_t kGroups, std::size_t kFrom>
+[[gnu::always_inline]] inline void add_product(Limb factor, Limb* quotient) {
+  Limb carry = 0;
+#pragma GCC unroll 16
+  for (std::size_t at = kFrom; at <= kGroups; ++at)
+    multiply_add_step(kReciprocals[kGroups].limb[at], factor, *quotient++, carry);
+  *quotient = carry;
+}
+
+// The limbs from `at` up to `end` times a group, plus `carry`; returns the carry out.
+template <std::size_t kCount>
+[[gnu::always_inline]] inline Limb next_group(Limb* limb, Limb carry) {
+#pragma GCC unroll 16
+  for (std::size_t at = 0; at < kCount; ++at) limb[at] = multiply_step(limb[at], kGroup, carry);
   return carry;
 }
 
-// Adds the limbs from `by` up to `end` times `factor` to those at `sum`, and stores the carry after
-// them.
-void add_product(const Limb* by, const Limb* end, Limb factor, Limb* sum) {
-  Limb carry = 0;
-  for (; by != end; ++by, ++sum) multiply_add_step(*by, factor, *sum, carry);
-  *sum = carry;
-}
-
-// A value of n groups divided by their power of ten: an integer limb of 0, n limbs of fraction, and
-// one limb more below them, which is dropped. What the product's lower columns would carry, and
-// that limb, are less than n units of the fraction.
-void multiply_high(Limbs value, std::size_t n, Limb* quotient) {
-  const Limb* const by = kReciprocals[n].limb.data();
+// The groups of a value of as many limbs or one less, from two on. Without loops, since the steps
+// are few and short.
+template <std::size_t kGroups>
+[[gnu::noinline]] void split_groups(Limbs value, Limb* group) {
+  // An integer limb of 0, the fraction, and one limb more below it, which is dropped. What the
+  // product's lower columns would carry, and that limb, are less than a unit for each group.
+  std::array<Limb, kGroups + 2> quotient;
   quotient[0] = quotient[1] = 0;
-  for (std::size_t row = 0; row < value.size(); ++row)
-    add_product(by + n - 1 - row, by + n + 1, value[row], quotient);
+  [&]<std::size_t... row>(std::index_sequence<row...>) {
+    (add_product<kGroups, kGroups - 1 - row>(value[row], quotient.data()), ...);
+  }
+  (std::make_index_sequence<kGroups - 1>());
+  if (value.size() == kGroups) add_product<kGroups, 0>(value[kGroups - 1], quotient.data());
+
+  Limb* const fraction = &quotient[1];
+  // The units that make up for what the product left out, and then for each dropped limb.
+  const auto carry = static_cast<Limb>((Wide{*fraction} + kGroups) * kGroup >> kLimbBits);
+  group[0] = next_group<kGroups - 1>(fraction + 1, carry);
+  [&]<std::size_t... at>(std::index_sequence<at...>) {
+    ((group[at + 1] = next_group<kGroups - 1 - at>(fraction + 1 + at, kGroup)), ...);
+  }
+  (std::make_index_sequence<kGroups - 1>());
 }
 
-// The groups of a value that has n of them, from two on.
-void split_groups(Limbs value, std::size_t n, Limb* group) {
-  std::array<Limb, kMostGroups + 2> quotient;
-  multiply_high(value, n, quotient.data());
-  Limb* fraction = &quotient[1];
-  Limb* const end = fraction + n;
-  // The units that make up for what the product left out, and then for each dropped limb.
-  const auto carry = static_cast<Limb>((Wide{*fraction} + n) * kGroup >> kLimbBits);
-  *group = multiply_limbs(++fraction, end, kGroup, carry);
-  for (; fraction != end; ++fraction) *++group = multiply_limbs(fraction, end, kGroup, kGroup);
+void split_groups(Limbs value, std::size_t count, Limb* group) {
+  [&]<std::size_t... at>(std::index_sequence<at...>) {
+    ((count == at + 2 && (split_groups<at + 2>(value, group), true)) || ...);
+  }
+  (std::make_index_sequence<kMostGroups - 1>());
 }
 
 // Writes values of longer records, which no host has, from the last digit on.
@@ -134,8 +150,8 @@ char* put_long(Limbs value, char* end) {
 
 // Where the first digit is that is not zero, of more than sixteen.
 const char* first_digit(const char* digits) {
-  const __m128i zeros = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(digits)),
-                                       _mm_set1_epi8('0'));
+  const __m128i zeros =
+      _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(digits)), _mm_set1_epi8('0'));
   // The bit after those of the digits ends the search.
   digits += std::countr_zero(~static_cast<unsigned>(_mm_movemask_epi8(zeros)) | 0x10000U);
   while (*digits == '0') ++digits;

@@ -200,8 +200,7 @@ inline void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
   to.trim(size);
 }
 
-// Operands of any content may have brought the value beyond the precision. The value is a working
-// record or a Product.
+// Operands of any content may have brought the value beyond the precision.
 template <class Value>
 CS_RETCODE pack_result(const Value& value, bool negative, Size size, CS_NUMERIC& result) {
   const std::size_t length = magnitude_length(size.precision);
@@ -279,7 +278,7 @@ CS_RETCODE whole_sum(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size, CS
                              : limb_sum(op1, op2, size, opn, result);
 }
 
-// Operands whose magnitudes are factors, of whatever precision.
+// Operands of any precision whose magnitudes are factors.
 [[gnu::noinline]] CS_RETCODE factor_product(const CS_NUMERIC& op1, const CS_NUMERIC& op2, Size size,
                                             CS_NUMERIC& result) {
   const bool opposite = (op1.array[0] != 0) != (op2.array[0] != 0);
