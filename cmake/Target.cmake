@@ -15,6 +15,17 @@ elseif(COMNLIB_TARGET STREQUAL "x86_64")
 else()
   message(FATAL_ERROR "COMNLIB_TARGET is i386 or x86_64, not \"${COMNLIB_TARGET}\"")
 endif()
+# A build folder is for one target: the libraries that were found for it and the folder to install to
+# stay in the cache.
+if(PROJECT_IS_TOP_LEVEL)
+  if(NOT DEFINED CACHE{COMNLIB_FOLDER_TARGET})
+    set(COMNLIB_FOLDER_TARGET ${COMNLIB_TARGET} CACHE INTERNAL "Processor that this folder is for")
+  elseif(NOT COMNLIB_TARGET STREQUAL COMNLIB_FOLDER_TARGET)
+    set(wanted ${COMNLIB_TARGET})
+    set_property(CACHE COMNLIB_TARGET PROPERTY VALUE ${COMNLIB_FOLDER_TARGET})
+    message(FATAL_ERROR "comnlib: this build folder is for ${COMNLIB_FOLDER_TARGET}; take another one for ${wanted}")
+  endif()
+endif()
 add_link_options(${COMNLIB_TARGET_OPTION})
 # CMake looked at the compiler without that option; these two decide where it looks for libraries.
 math(EXPR CMAKE_SIZEOF_VOID_P "${COMNLIB_TARGET_BITS} / 8")
