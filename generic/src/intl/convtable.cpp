@@ -12,15 +12,28 @@
 
 namespace comnlib {
 
+namespace {
+
+bool add_page(PodVector<CS_USHORT>& pages) {
+  if (!pages.reserve(256)) return false;
+  std::fill_n(pages.items + pages.count, 256, kNoCharacter);
+  pages.count += 256;
+  return true;
+}
+
+}  // namespace
+
+bool PagedTable::begin() {
+  return add_page(pages);
+}
+
 bool PagedTable::set(CS_USHORT index, CS_USHORT value) {
-  CS_USHORT& page = rows[index >> 8];
-  if (page == 0) {
-    if (!pages.reserve(256)) return false;
-    std::fill_n(pages.items + pages.count, 256, kNoCharacter);
-    pages.count += 256;
-    page = static_cast<CS_USHORT>(pages.count / 256);
+  CS_UINT& row = rows[index >> 8];
+  if (row == 0) {
+    if (!add_page(pages)) return false;
+    row = static_cast<CS_UINT>(pages.count) - 256;
   }
-  pages.items[(page - 1) * 256 + (index & 0xFF)] = value;
+  pages.items[row + (index & 0xFFU)] = value;
   return true;
 }
 
@@ -182,7 +195,7 @@ CS_UINT utf8_form(CS_USHORT unit) {
 
 void complete(ConvTable& table) {
   table.ascii = is_ascii_based(table);
-  table.single_bytes = table.pairs.pages.count == 0 && !table.has_longer();
+  table.single_bytes = table.pairs.empty() && !table.has_longer();
   for (std::size_t byte = 0; byte < table.single.size(); ++byte) {
     const CS_USHORT unit = table.single[byte];
     const bool is_letter = table.ascii && byte >= 0x40 && byte < 0x80;
@@ -233,6 +246,8 @@ CS_RETCODE load_table(CS_CONTEXT& ctx, const CS_CHAR* charset, const CS_CHAR* ta
     return com__open_charfile(&ctx, charset, table_name, "ctb", handle, error.path, error.length);
   };
   const auto read = [&](ConvTable& made) {
+    for (PagedTable* paged : {&made.pairs, &made.reverse, &made.triples, &made.triple_reverse})
+      if (!paged->begin()) return CS_RETCODE{CS_MEM_ERROR};
     made.single.fill(kNoCharacter);
     name.copy(made.charset.data(), name.size());
     const CS_RETCODE result =

@@ -15,16 +15,16 @@ namespace comnlib {
 // The entry of a table where there is no character.
 inline constexpr CS_USHORT kNoCharacter = 0xFFFF;
 
-// 256 rows of 256 entries, of which only the rows in use take room.
+// 256 rows of 256 entries, of which only the rows in use take room. The others share an empty one.
 struct PagedTable {
-  std::array<CS_USHORT, 256> rows;  // number of the row's page plus 1; 0: no entries
+  std::array<CS_UINT, 256> rows;  // where each row begins in the pages
   Owned<PodVector<CS_USHORT>> pages;
 
-  CS_USHORT at(CS_USHORT index) const {
-    const CS_USHORT page = rows[index >> 8];
-    return page == 0 ? kNoCharacter : pages.items[std::size_t{page} * 256 + (index & 0xFF) - 256];
-  }
-  bool set(CS_USHORT index, CS_USHORT value);  // false when memory is out
+  // Before anything else; false when memory is out, as of `set`.
+  bool begin();
+  bool set(CS_USHORT index, CS_USHORT value);
+  bool empty() const { return pages.count <= 256; }
+  CS_USHORT at(CS_USHORT index) const { return pages.items[rows[index >> 8] + (index & 0xFFU)]; }
 };
 
 // Characters of four bytes: the sequences from one on, in their order, are the code points from one

@@ -24,23 +24,30 @@ namespace {
 using Room = std::span<CS_BYTE>;
 
 // Codecs decode and encode one character each; those without a table ignore theirs.
-//   kAsciiUnit      the size of an ASCII character where ASCII characters are themselves
+//   kAsciiUnit      the size of an ASCII character where ASCII characters are themselves, and the
+//                   least of any
 //   kAhead          bytes that `front` looks at
-//   front(text, ascii, take)   takes the character at the front, take(code, bytes), where it is one
-//                   of the frequent lengths and not ASCII from `ascii` on; false when not taken.
+//   kMost           bytes that a source's kAsciiUnit may become, by `front`
+//   front(text, ascii, take)   takes the character at the front, take(code, bytes), where it is of
+//                   one of the frequent lengths and no letter, which is ASCII from `ascii` on.
 //                   Calls `take` for each length, so that the loop around it has no variable one.
 //   decode(text)    the character at the front; 0 bytes: the text is malformed or cut here
 //   encode(code, to)   the bytes written, at most kMostBytes; 0: the set lacks the character
 
+// What the character at the front is to `front`.
+enum class Front { kTaken, kLetter, kOther };
+
 // Of `front`, for a character below U+10000.
 template <class Take>
-[[gnu::always_inline]] inline bool take_unit(char32_t code, std::size_t bytes, char32_t ascii,
-                                             Take take) {
-  return code >= 0x80 ? take(code, bytes) : code < ascii && take(code, bytes);
+[[gnu::always_inline]] inline Front take_unit(char32_t code, std::size_t bytes, char32_t ascii,
+                                              Take take) {
+  if (code >= 0x80) return take(code, bytes);
+  return code < ascii ? take(code, bytes) : Front::kLetter;
 }
 
 struct Utf8Codec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kMost = 3;
   static constexpr std::size_t kAhead = 4;
 
   explicit Utf8Codec(const ConvTable* /*table*/) {}
@@ -48,14 +55,16 @@ struct Utf8Codec {
   // By a word of four bytes, the first one lowest. A lead byte below 0xC2 would make an overlong
   // pair.
   template <class Take>
-  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+  [[gnu::always_inline]] Front front(const CS_BYTE* text, char32_t ascii, Take take) const {
     std::uint32_t word;
     std::memcpy(&word, text, sizeof word);
     if ((word & 0xC0E0) == 0x80C0 && (word & 0x1E) != 0)
       return take((word & 0x1F) << 6 | (word >> 8 & 0x3F), 2);
-    if ((word & 0x80) == 0) return (word & 0xFF) < ascii && take(word & 0xFF, 1);
+    if ((word & 0x80) == 0) return take_unit(word & 0xFF, 1, ascii, take);
+    if ((word & 0xC0C0F0) != 0x8080E0) return Front::kOther;
     const char32_t code = (word & 0xF) << 12 | (word >> 2 & 0xFC0) | (word >> 16 & 0x3F);
-    return (word & 0xC0C0F0) == 0x8080E0 && code >= 0x800 && !is_surrogate(code) && take(code, 3);
+    const bool valid = code - 0x800 < 0xD800 - 0x800 || code > 0xDFFF;
+    return valid ? take(code, 3) : Front::kOther;
   }
   Decoded decode(Bytes text) const { return decode_utf8(text); }
   std::size_t encode(char32_t code, CS_BYTE* to) const { return encode_utf8(code, to); }
@@ -63,17 +72,18 @@ struct Utf8Codec {
 
 struct Utf16Codec {
   static constexpr std::size_t kAsciiUnit = 2;
+  static constexpr std::size_t kMost = 2;
   static constexpr std::size_t kAhead = 2;
 
   explicit Utf16Codec(const ConvTable* /*table*/) {}
   bool ascii() const { return true; }
   template <class Take>
-  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+  [[gnu::always_inline]] Front front(const CS_BYTE* text, char32_t ascii, Take take) const {
     CS_UNICHAR unit;
     std::memcpy(&unit, text, sizeof unit);
     if (unit >= 0x80 && unit < 0x800) return take(unit, sizeof unit);
-    if (unit < 0x80) return unit < ascii && take(unit, sizeof unit);
-    return !is_surrogate(unit) && take(unit, sizeof unit);
+    if (unit < 0x80) return take_unit(unit, sizeof unit, ascii, take);
+    return is_surrogate(unit) ? Front::kOther : take(unit, sizeof unit);
   }
   Decoded decode(Bytes text) const { return decode_utf16(text); }
   std::size_t encode(char32_t code, CS_BYTE* to) const { return encode_utf16(code, to); }
@@ -81,12 +91,13 @@ struct Utf16Codec {
 
 struct Latin1Codec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kMost = 1;
   static constexpr std::size_t kAhead = 1;
 
   explicit Latin1Codec(const ConvTable* /*table*/) {}
   bool ascii() const { return true; }
   template <class Take>
-  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+  [[gnu::always_inline]] Front front(const CS_BYTE* text, char32_t ascii, Take take) const {
     return take_unit(*text, 1, ascii, take);
   }
   Decoded decode(Bytes text) const { return {text[0], 1}; }
@@ -100,15 +111,16 @@ struct Latin1Codec {
 // A set of single bytes by its table.
 struct SingleByteCodec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kMost = 1;
   static constexpr std::size_t kAhead = 1;
   const ConvTable* table;
 
   explicit SingleByteCodec(const ConvTable* of) : table(of) {}
   bool ascii() const { return table->ascii; }
   template <class Take>
-  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+  [[gnu::always_inline]] Front front(const CS_BYTE* text, char32_t ascii, Take take) const {
     const CS_USHORT code = table->single[*text];
-    return code != kNoCharacter && take_unit(code, 1, ascii, take);
+    return code == kNoCharacter ? Front::kOther : take_unit(code, 1, ascii, take);
   }
   Decoded decode(Bytes text) const {
     const CS_USHORT code = table->single[text[0]];
@@ -127,6 +139,7 @@ struct SingleByteCodec {
 // separately.
 struct TableCodec {
   static constexpr std::size_t kAsciiUnit = 1;
+  static constexpr std::size_t kMost = 4;
   static constexpr std::size_t kAhead = 2;
   const ConvTable* table;
 
@@ -136,11 +149,11 @@ struct TableCodec {
     return table->pairs.at(static_cast<CS_USHORT>(text[0] << 8 | text[1]));
   }
   template <class Take>
-  bool front(const CS_BYTE* text, char32_t ascii, Take take) const {
+  [[gnu::always_inline]] Front front(const CS_BYTE* text, char32_t ascii, Take take) const {
     const CS_USHORT single = table->single[*text];
     if (single != kNoCharacter) return take_unit(single, 1, ascii, take);
     const CS_USHORT pair = pair_at(text);
-    return pair != kNoCharacter && take(pair, 2);
+    return pair == kNoCharacter ? Front::kOther : take(pair, 2);
   }
   Decoded decode(Bytes text) const {
     const CS_USHORT single = table->single[text[0]];
@@ -211,10 +224,10 @@ struct TranslationState {
 constexpr std::size_t kBlock = 16;
 constexpr std::size_t kHalfBlock = 8;
 
-// Moves the ASCII characters at the front of a block and returns how many they are. The rest of the
-// block's room is overwritten too.
+// Moves the ASCII characters at the front of a block. The rest of the block's room is overwritten
+// too. Returns a bit for each character that is not ASCII.
 template <std::size_t In, std::size_t Out, std::size_t Count>
-std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
+[[gnu::always_inline]] inline unsigned move_block(const CS_BYTE* in, CS_BYTE* out) {
   constexpr std::size_t kRegister = sizeof(__m128i);
   const auto load = [in](std::size_t at) {
     const auto* from = reinterpret_cast<const __m128i*>(in + at);
@@ -230,7 +243,7 @@ std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
   };
   const __m128i zero = _mm_setzero_si128();
   const __m128i first = load(0);
-  unsigned beyond = 0;  // a bit for each character that is not ASCII
+  unsigned beyond = 0;
   if constexpr (In == 1) {
     beyond = static_cast<unsigned>(_mm_movemask_epi8(first));
     save(0, Out == 1 ? first : _mm_unpacklo_epi8(first, zero));
@@ -245,31 +258,12 @@ std::size_t move_block(const CS_BYTE* in, CS_BYTE* out) {
     save(0, Out == 1 ? _mm_packus_epi16(first, second) : first);
     if constexpr (Out * Count > kRegister) save(kRegister, second);
   }
-  return static_cast<std::size_t>(std::countr_zero(beyond | 1U << Count));
+  return beyond & ((1U << Count) - 1);
 }
 
-template <std::size_t In>
-bool begins_with_ascii(const TranslationState& at) {
-  return at.left() >= In && unit_at<In>(at.in) < 0x80;
-}
-
-// Moves the ASCII characters that come next, as far as there is room. That all of a block are ASCII
-// is the common case, and the processor can go on before it knows.
+// Moves the ASCII characters that come next one by one.
 template <std::size_t In, std::size_t Out>
-[[gnu::always_inline]] inline TranslationState move_ascii(TranslationState at) {
-  while (at.left() >= kBlock * In && at.room() >= kBlock * Out) {
-    const std::size_t count = move_block<In, Out, kBlock>(at.in, at.out);
-    if (count < kBlock) {
-      at.advance(count * In, count * Out);
-      return at;
-    }
-    at.advance(kBlock * In, kBlock * Out);
-  }
-  if (at.left() >= kHalfBlock * In && at.room() >= kHalfBlock * Out) {
-    const std::size_t count = move_block<In, Out, kHalfBlock>(at.in, at.out);
-    at.advance(count * In, count * Out);
-    if (count < kHalfBlock) return at;
-  }
+[[gnu::always_inline]] inline TranslationState move_units(TranslationState at) {
   while (at.left() >= In && at.room() >= Out) {
     const char32_t unit = unit_at<In>(at.in);
     if (unit >= 0x80) break;
@@ -279,46 +273,111 @@ template <std::size_t In, std::size_t Out>
   return at;
 }
 
-// Moves the frequent characters that come next, as far as the target has them. ASCII characters
-// from `ascii` on end this. Lengths are looked at once for as many characters as surely fit.
+// Moves the ASCII characters that come next where there may be no room for a block.
+template <std::size_t In, std::size_t Out>
+[[gnu::always_inline]] inline TranslationState move_short(TranslationState at) {
+  if (at.left() >= kHalfBlock * In && at.room() >= kHalfBlock * Out) {
+    const unsigned beyond = move_block<In, Out, kHalfBlock>(at.in, at.out) | 1U << kHalfBlock;
+    const auto count = static_cast<std::size_t>(std::countr_zero(beyond));
+    at.advance(count * In, count * Out);
+  }
+  return move_units<In, Out>(at);
+}
+
+// Moves the frequent character at the front, which is no letter.
 template <class From, class To>
-[[gnu::always_inline]] inline TranslationState move_frequent(const TranslationState& at, From from,
-                                                             To to, char32_t ascii) {
-  const CS_BYTE* in = at.in;
-  CS_BYTE* out = at.out;
+[[gnu::always_inline]] inline Front move_front(const CS_BYTE*& in, CS_BYTE*& out, From from, To to,
+                                               char32_t ascii) {
   const auto take =
       [&in, &out, to ](char32_t code, std::size_t bytes) __attribute__((always_inline)) {
     const std::size_t length = to.encode(code, out);
-    if (length == 0) return false;
+    if (length == 0) return Front::kOther;
     in += bytes;
     out += length;
-    return true;
+    return Front::kTaken;
   };
-  while (std::size_t steps = std::min(static_cast<std::size_t>(at.end - in) / From::kAhead,
-                                      static_cast<std::size_t>(at.full - out) / kMostBytes)) {
-    do {
-      if (!from.front(in, ascii, take)) return {in, at.end, out, at.full};
-    } while (--steps != 0);
-  }
-  return {in, at.end, out, at.full};
+  return from.front(in, ascii, take);
 }
 
 // The same from single bytes to UTF-8, by the table of their forms.
-[[gnu::always_inline]] inline TranslationState move_forms(const TranslationState& at,
-                                                          const ConvTable& table) {
+[[gnu::always_inline]] inline Front move_front(const CS_BYTE*& in, CS_BYTE*& out,
+                                               SingleByteCodec from, Utf8Codec /*to*/,
+                                               char32_t ascii) {
+  const CS_UINT form = from.table->utf8[*in];
+  std::memcpy(out, &form, sizeof form);
+  if (form == 0) return *in >= ascii && *in < 0x80 ? Front::kLetter : Front::kOther;
+  ++in;
+  out += form >> 24;
+  return Front::kTaken;
+}
+
+// The places where something of that size may begin end here.
+template <class Byte>
+Byte* end_of_places(Byte* first, Byte* end, std::size_t size) {
+  const auto all = static_cast<std::size_t>(end - first);
+  return all < size ? first : first + (all - size) + 1;
+}
+
+// Moves ASCII characters by blocks, and what is between them where a block's bits show it. A block
+// may begin before `in_limit` and `out_limit`, and a frequent character before `stop`. False when
+// one is not frequent.
+template <class From, class To>
+[[gnu::always_inline]] inline bool move_blocks(const CS_BYTE*& in, CS_BYTE*& out, From from, To to,
+                                               const CS_BYTE* stop, const CS_BYTE* in_limit,
+                                               const CS_BYTE* out_limit) {
+  constexpr std::size_t kIn = From::kAsciiUnit, kOut = To::kAsciiUnit;
+  const auto advance = [&in, &out](std::size_t count) {
+    in += count * kIn;
+    out += count * kOut;
+  };
+  while (in < in_limit && out < out_limit) {
+    unsigned beyond = move_block<kIn, kOut, kBlock>(in, out);
+    // The common case, in which the processor can go on before it knows.
+    if (beyond == 0) {
+      advance(kBlock);
+      continue;
+    }
+    while (true) {
+      const auto count = static_cast<std::size_t>(std::countr_zero(beyond));
+      advance(count);
+      if (in >= stop) return true;
+      const CS_BYTE* const before = in;
+      if (move_front(in, out, from, to, 0x80) != Front::kTaken) return false;
+      beyond >>= count + static_cast<std::size_t>(in - before) / kIn;
+      if (beyond == 0 || in >= in_limit || out >= out_limit) break;
+      move_block<kIn, kOut, kBlock>(in, out);
+    }
+  }
+  return true;
+}
+
+// Moves what comes next as far as it is frequent: letters from `ascii` on by blocks, others one by
+// one. Lengths are looked at once for as many characters as surely fit.
+template <class From, class To>
+[[gnu::always_inline]] inline TranslationState move_frequent(const TranslationState& at, From from,
+                                                             To to, char32_t ascii) {
+  constexpr std::size_t kIn = From::kAsciiUnit, kOut = To::kAsciiUnit;
   const CS_BYTE* in = at.in;
   CS_BYTE* out = at.out;
-  while (std::size_t steps = std::min(static_cast<std::size_t>(at.end - in),
-                                      static_cast<std::size_t>(at.full - out) / kMostBytes)) {
+  const CS_BYTE* const in_limit = end_of_places(in, at.end, kBlock * kIn);
+  const CS_BYTE* const out_limit = end_of_places(out, at.full, kBlock * kOut);
+  const auto state = [&] { return TranslationState{in, at.end, out, at.full}; };
+  while (state().left() >= From::kAhead && state().room() >= kMostBytes) {
+    const std::size_t sure =
+        std::min((state().left() - From::kAhead) / kIn, (state().room() - kMostBytes) / To::kMost);
+    const CS_BYTE* const stop = in + sure * kIn + 1;
     do {
-      const CS_UINT form = table.utf8[*in];
-      std::memcpy(out, &form, sizeof form);
-      if (form == 0) return {in, at.end, out, at.full};
-      ++in;
-      out += form >> 24;
-    } while (--steps != 0);
+      const Front front = move_front(in, out, from, to, ascii);
+      if (front == Front::kTaken) continue;
+      if (front == Front::kOther ||
+          !move_blocks(in, out, from, to, stop, std::min(stop, in_limit), out_limit))
+        return state();
+      const TranslationState moved = move_short<kIn, kOut>(state());
+      in = moved.in;
+      out = moved.out;
+    } while (in < stop);
   }
-  return {in, at.end, out, at.full};
+  return state();
 }
 
 // Written for characters that a set lacks.
@@ -346,16 +405,10 @@ Translated run(const ConvTable* from_table, const ConvTable* to_table, const Enc
   const char32_t first_letter = ascii ? 0x40 : 0x80;
   CS_RETCODE code = CS_SUCCEED;
   while (at.in != at.end) {
-    if (ascii && begins_with_ascii<From::kAsciiUnit>(at)) {
-      at = move_ascii<From::kAsciiUnit, To::kAsciiUnit>(at);
-      if (at.in == at.end) break;
-    }
+    at = move_frequent(at, from, to, first_letter);
     const CS_BYTE* const before = at.in;
-    if constexpr (std::is_same_v<From, SingleByteCodec> && std::is_same_v<To, Utf8Codec>) {
-      at = move_forms(at, *from.table);
-    } else {
-      at = move_frequent(at, from, to, first_letter);
-    }
+    if (ascii) at = move_units<From::kAsciiUnit, To::kAsciiUnit>(at);
+    if (at.in == at.end) break;
     if (at.in != before) continue;
     const Decoded character = from.decode({at.in, at.end});
     if (character.bytes == 0) return result(CS_CVT_BADXLATE);
