@@ -84,15 +84,17 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
     EXPECT_EQ(CS_CVT_BADXLATE, output.code);
     EXPECT_EQ("a", output.bytes) << "what stands before it is converted";
   }
-  // ASCII goes by blocks of 16; what follows is at every place of one.
+  // ASCII goes by blocks of 16, whose bits show the next word's end; what follows is at every place
+  // of one.
   for (std::size_t ascii = 0; ascii < 36; ++ascii) {
-    const std::u32string text = std::u32string(ascii, 'a') + U"\u0080é€😀" + std::u32string(20, 'b');
+    const std::u32string text =
+        std::u32string(ascii, 'a') + U"\u0080é€été ôté.😀東京都東京都" + std::u32string(20, 'b');
     std::vector<std::string> narrow_parts, wide_parts;
     for (const char32_t code : text) {
       narrow_parts.push_back(utf8(code));
       wide_parts.push_back(utf16(code));
     }
-    for (std::size_t room = 0; room < ascii + 100; ++room) {
+    for (std::size_t room = 0; room < ascii + 120; ++room) {
       const std::string narrow = fitting(narrow_parts), wide = fitting(wide_parts);
       const std::string fit = fitting(narrow_parts, room);
       const Output output = sets_.translate(kUnicode, set, wide, room);
