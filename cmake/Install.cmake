@@ -36,6 +36,9 @@ install(FILES README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${C
         COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
         PATTERN Doxyfile EXCLUDE)
+# The hosts that README and guides refer to.
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+        FILES_MATCHING PATTERN "*.c" PATTERN "*.cfg" PATTERN data EXCLUDE)
 # The API reference, where tools/docs has built it.
 install(DIRECTORY build/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL)
 
