@@ -1,4 +1,4 @@
-// What hosts change in the matrix, and where routines stop.
+// What hosts change in the matrix, what no result shows of it, and where routines stop.
 #include <set>
 
 #include "comnlib/datetime.h"
@@ -51,6 +51,29 @@ TEST(UserConversions, ReplaceBuiltInPairsOfOneContext) {
   EXPECT_EQ(nullptr, context.ctxusrcvttbl);
   EXPECT_EQ(nullptr, com_conv_func(&context, -1, 0));
   EXPECT_EQ(nullptr, com_conv_func(&context, 30, -1));
+}
+
+// Twins convert alike, so that no result shows which of the two a pair has.
+TEST(Matrix, KeepsTwinsApart) {
+  Context context;
+  const struct {
+    CS_INT source, destination;
+    CS_CONV_FUNC routine;
+  } cells[] = {{CS_CHAR_TYPE, CS_UNICHAR_TYPE, comn_chartounichar},
+               {CS_LONGCHAR_TYPE, CS_UNICHAR_TYPE, comn_chartounichar},
+               {CS_TEXT_TYPE, CS_UNICHAR_TYPE, comn_texttounichar},
+               {CS_BINARY_TYPE, CS_UNICHAR_TYPE, comn_bintounichar},
+               {CS_LONGBINARY_TYPE, CS_UNICHAR_TYPE, comn_bintounichar},
+               {CS_IMAGE_TYPE, CS_UNICHAR_TYPE, comn_imagetounichar},
+               {CS_UNICHAR_TYPE, CS_CHAR_TYPE, comn_unichartochar},
+               {CS_UNICHAR_TYPE, CS_LONGCHAR_TYPE, comn_unichartochar},
+               {CS_UNICHAR_TYPE, CS_TEXT_TYPE, comn_unichartotext},
+               {CS_UNICHAR_TYPE, CS_BINARY_TYPE, comn_unichartobin},
+               {CS_UNICHAR_TYPE, CS_LONGBINARY_TYPE, comn_unichartobin},
+               {CS_UNICHAR_TYPE, CS_IMAGE_TYPE, comn_unichartoimage}};
+  for (const auto& [source, destination, routine] : cells)
+    EXPECT_EQ(routine, com_conv_func(&context, source, destination))
+        << source << " to " << destination;
 }
 
 // The example of docs/extending.md.
