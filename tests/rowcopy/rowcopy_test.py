@@ -24,6 +24,7 @@ import subprocess
 import sys
 import tempfile
 import time
+from fractions import Fraction
 
 rowcopy, data, home, guide, include = map(os.path.abspath, sys.argv[1:6])
 here = os.path.dirname(os.path.abspath(__file__))
@@ -32,6 +33,9 @@ sanitized = 'ROWCOPY_SANITIZED' in os.environ
 for name in [n for n in os.environ if n.startswith(('TALVEN', 'LC_'))]:
     del os.environ[name]
 os.environ['LANG'] = 'C'
+os.umask(0o022)
+# Shells start what runs in the background with this signal ignored, and children inherit that.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 failures = 0
 label = out = err = ''
 
@@ -112,6 +116,7 @@ reports('8759 rows read, 8759 copied, 0 rejected', r'^date +datetime +8759 +0 +C
         '^wind .* not exact 6895$')
 schema = json.loads(read('schema'))
 check('record size', (schema['record_size'], len(read('records'))), (104, 104 * schema['rows']))
+check('mode of a new file', os.stat('records').st_mode & 0o777, 0o644)
 # What the guide shows of reading records.
 mean = sum(float(row[3]) for row in rows(weather)[1:]) / 8759
 os.rename('records', 'weather.records')
@@ -181,6 +186,8 @@ for case in sorted(glob.glob(f'{here}/cases/*/')):
                'layout', 'rows.csv', 'records')
     check_lines('text', read('text'), given('text'))
     check_lines('rejects', read('rejects'), given('rejects') or b'line,column,code,reason,row\n')
+    if given('schema') is not None:
+        check_lines('schema', read('schema'), given('schema'))
     if given('report') is not None:
         check_lines('report', re.sub(b'\n[0-9]+ rows per second.*\n', b'', done.stdout), given('report'))
 
@@ -206,8 +213,11 @@ if has_zlib:
     check('records', gzip.decompress(read('records.gz')) == expected, True)
 done = run('standard input and output', 0, 't.layout', '-', '-', stdin=read('t.csv'))
 check('records', done.stdout == expected, True)
-if '7 rows read' not in err:
-    fail('no report on standard error')
+out = err
+reports('7 rows read')
+for option in ('--text', '--rejects', '--schema'):
+    run(f'{option} to standard output', 0, option, '-', 't.layout', 't.csv', 'records')
+    check('no report among it', 'rows read' in out, False)
 
 # --- What a record holds
 
@@ -301,16 +311,31 @@ if not sanitized:
     _, limit = resource.getrlimit(resource.RLIMIT_AS)
     run('long input in bounded memory', 0, 't.layout', 'many.csv', 'records', '--text', 'text',
         before=lambda: resource.setrlimit(resource.RLIMIT_AS, (40 << 20, limit)))
-write('many.csv', 'a,b\n' + ''.join(f'{"x" if i % 1000 == 7 else i},"{i}.{i}"\n' if i % 777 else '1,2"\n' for i in range(60000)))
+layout('a = int', 'b = float', 'c = money')
+write('many.csv', 'a,b,c\n' + ''.join(
+    f'{"x" if i % 1000 == 7 else i},"{i}.{i}",{i}.{i}\n' if i % 777 else '1,2"\n' for i in range(60000)))
+whole = [i for i in range(60000) if i % 777]
+good = [i for i in whole if i % 1000 != 7]
+inexact = sum(Fraction(f'{i}.{i}') != float(f'{i}.{i}') for i in whole)
+changed = sum(i > 9999 and i % 10 != 0 for i in whole)
 results = []
 for jobs in ('1', '4'):
-    run(f'{jobs} jobs', 1, '--jobs', jobs, 't.layout', 'many.csv', 'records', '--text', 'text', '--rejects', 'rejects')
+    run(f'{jobs} jobs', 1, '--jobs', jobs, '--allow-changes', 't.layout', 'many.csv', 'records', '--text', 'text', '--rejects', 'rejects')
     results.append((read('records'), read('text'), read('rejects'), out.split('\n\n')[:-1]))
 check('the same of several jobs', results[0] == results[1], True)
+wrong = len(whole) - len(good)
+reports(f'60000 rows read, {len(good)} copied, {60000 - len(good)} rejected', f'^rows: {60000 - len(whole)} faults$',
+        f'^a +int +{len(whole)} +0 +CS_SUCCEED {len(good)}, CS_CVT_SYNTAX {wrong} +CS_SUCCEED {len(good)}$',
+        f'^b .*not exact {inexact}$', f'^c .*changed {changed}$', f'^column a: {wrong} faults$',
+        f'^column c: {changed} allowed changes$', '^  many.csv:2: a quote', '^  many.csv:9: "x"')
+check('faults and changes shown', out.count('\n  many.csv:'), 9)
+check('texts in order', [row[0] for row in rows()[1:]] == [str(i) for i in good], True)
+check('rejects in order', [row[0] for row in rows('rejects')[1:]] ==
+      [str(i + 2) for i in range(60000) if i % 777 == 0 or i % 1000 == 7], True)
 if subprocess.run(['script', '-qec', 'true', '/dev/null'], capture_output=True).returncode == 0:
     terminal = subprocess.run(['script', '-qec', f'"{rowcopy}" t.layout many.csv records >stdout', '/dev/null'],
                               stdin=subprocess.DEVNULL, capture_output=True).stdout.decode()
-    if not re.search(r'rowcopy: 5[0-9]{4} rows, [0-9]+ %, [0-9]+:[0-9]{2} left', terminal):
+    if not re.search(r'rowcopy: 5[0-9]{4} rows, (8[0-9]|9[0-9]|100) %, [0-9]+:[0-9]{2} left.*\r\x1b\[K$', terminal):
         fail(f'no progress line on a terminal: {terminal[:200]}')
 
 # --- A proposed layout copies its file
@@ -354,6 +379,10 @@ for path in sorted(glob.glob(f'{here}/faulty_layouts/*')):
     expected = read(path).decode().splitlines()[0].removeprefix('; ')
     misuse('a faulty layout', re.escape(path + expected), path, 't.csv', 'records')
 check('a log of it', os.path.exists('tlvinit.err'), False)
+write('tlvinit.err', 'earlier')
+misuse('a faulty layout', re.escape(path + expected), path, 't.csv', 'records')
+check('an earlier log', read('tlvinit.err'), b'earlier')
+os.remove('tlvinit.err')
 layout('i = integer', 'd = double', 't = timestamp', 'y = date', 's = string')
 run('names of other systems', 0, 't.layout', '-', 'records', stdin=b'i,d,t,y,s\n1,2,2026-07-04 1:00,2026-07-04,x\n')
 
@@ -371,7 +400,13 @@ misuse('no home', 'Cannot access file none/config/objectid.dat', '--home', 'none
 check('diagnosis', b'Cannot access file none' in read('tlvinit.err'), True)
 
 run('help', 0, '-h')
-reports('^usage: rowcopy', '--max-errors')
+reports('^usage: rowcopy')
+manual = read(f'{os.path.dirname(guide)}/rowcopy.1').decode()
+check('options, as the manual page has them', sorted(set(re.findall('--[a-z-]+', out))),
+      sorted('-' + name for name in re.findall(r'^\.It Fl (?:\w , )?(-[a-z-]+)', manual, re.M)))
+table = read(guide).decode().split('| Type |')[1].split('\n\n')[0]
+check('types, as the guide has them', sorted(out.split('\nTypes: ')[1].split('.')[0].split(', ')),
+      sorted(re.findall(r'`([a-z]+(?:\([a-z,]+\))?)`(?=[^|]*\|[^|]*\|$)', table, re.M)))
 run('version', 0, '--version')
 reports('^rowcopy, ')
 run('quiet', 0, '-q', 't.layout', 't.csv', 'records')
