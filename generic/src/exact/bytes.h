@@ -7,16 +7,23 @@
 
 namespace comnlib {
 
-inline int compare_bytes(const CS_BYTE* a, const CS_BYTE* b, std::size_t count) {
+// The first words of two magnitudes that differ; the last ones, if none do.
+struct Words {
+  Limb a;
+  Limb b;
+};
+inline Words first_difference(const CS_BYTE* a, const CS_BYTE* b, std::size_t count) {
   std::size_t at = 0;
   for (; at + kLimbBytes <= count; at += kLimbBytes) {
-    const Limb left = load_word(a + at);
-    const Limb right = load_word(b + at);
-    if (left != right) return left < right ? -1 : 1;
+    const Words words = {load_word(a + at), load_word(b + at)};
+    if (words.a != words.b) return words;
   }
-  const Limb left = load_part(a + at, count - at);
-  const Limb right = load_part(b + at, count - at);
-  return (left > right) - (left < right);
+  return {load_part(a + at, count - at), load_part(b + at, count - at)};
+}
+
+inline int compare_bytes(const CS_BYTE* a, const CS_BYTE* b, std::size_t count) {
+  const Words words = first_difference(a, b, count);
+  return (words.a > words.b) - (words.a < words.b);
 }
 
 // The carry out of to := a + b. `to` may be an operand, or begin one byte after its start: each
