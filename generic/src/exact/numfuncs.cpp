@@ -132,7 +132,6 @@ CS_RETCODE finish_sum(CS_NUMERIC& result, std::size_t length, bool negative) {
     std::memset(result.array, 0, length + 1);
     return CS_SUCCEED;
   }
-  // Which one is greater cannot be foreseen, and so is no branch.
   const bool swapped = words.a < words.b;
   subtract_bytes(swapped ? b : a, swapped ? a : b, result.array + 1 + surplus, count);
   if (surplus > 0) result.array[1] = 0;
