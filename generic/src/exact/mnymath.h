@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "comnlib/types.h"
-#include "exact/limbs.h"
+#include "exact/wide.h"
 
 namespace comnlib::money {
 
@@ -45,7 +45,8 @@ constexpr Units signed_value(Absolute absolute, bool negative) {
 
 // Nothing when the value lies outside the range of CS_MONEY.
 constexpr std::optional<Units> checked_value(Absolute absolute, bool negative) {
-  if (absolute > kSmallestAbsolute - (negative ? 0 : 1)) return std::nullopt;
+  if (absolute >= kSmallestAbsolute + negative) [[unlikely]]
+    return std::nullopt;
   return signed_value(absolute, negative);
 }
 
@@ -80,11 +81,35 @@ inline std::optional<Units> difference(Units a, Units b) {
   return result;
 }
 
-// a * b in units, halves away from zero. Nothing on overflow.
-std::optional<Units> product(Units a, Units b);
+// a * b in units, halves away from zero. Nothing on overflow. Inline like all of these, since a
+// result that may be nothing would be returned through memory.
+inline std::optional<Units> product(Units a, Units b) {
+  const DoubleWord exact = multiply_words(absolute(a), absolute(b));
+  Absolute cut = exact.low;
+  Absolute remainder;
+  if (exact.high == 0) {
+    remainder = divide_small(cut, kUnitsOfOne);
+  } else {
+    if (exact.high >= kUnitsOfOne) [[unlikely]]
+      return std::nullopt;
+    cut = divide_words(exact, kUnitsOfOne, remainder);
+    if (cut > kSmallestAbsolute) [[unlikely]]
+      return std::nullopt;
+  }
+  return checked_value(cut + rounds_up(static_cast<Limb>(remainder), kUnitsOfOne),
+                       (a < 0) != (b < 0));
+}
 
 // a / b in units, toward zero; b is not zero. Nothing on overflow.
-std::optional<Units> quotient(Units a, Units b);
+inline std::optional<Units> quotient(Units a, Units b) {
+  require(b != 0);
+  const DoubleWord dividend = multiply_words(absolute(a), kUnitsOfOne);
+  const Absolute divisor = absolute(b);
+  if (dividend.high >= divisor) [[unlikely]]
+    return std::nullopt;
+  Absolute remainder;
+  return checked_value(divide_words(dividend, divisor, remainder), (a < 0) != (b < 0));
+}
 
 // |value| / 10^ndigits, rounded up when the last removed digit is 5 or more.
 Absolute rounded_absolute(Units value, CS_INT ndigits);
