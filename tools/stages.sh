@@ -7,15 +7,16 @@ rm -f "$stage_logs"/*
 
 # stage NAME COMMAND [ARGUMENT...]
 stage() {
-  local name=$1 log start=$SECONDS status=0 job
+  local name=$1 log start=$SECONDS status=0 job width
   shift
   log="$stage_logs/${name//[^a-zA-Z0-9_]/-}"
   printf '%-52s' "$name"
   "$@" >"$log" 2>&1 </dev/null &
   job=$!
   trap 'kill '"$job"' 2>/dev/null; exit 130' INT TERM
+  [ ! -t 1 ] || width=$(tput cols 2>/dev/null || echo 80)
   while [ -t 1 ] && kill -0 "$job" 2>/dev/null; do
-    printf '\r%-52s %5d s  %.60s\033[K' "$name" $((SECONDS - start)) "$(tail -n 1 "$log" | tr -d '\r')"
+    printf '\r%-52s %5d s  %.*s\033[K' "$name" $((SECONDS - start)) $((width - 62)) "$(tail -n 1 "$log" | tr -d '\r')"
     sleep 1
   done
   wait "$job" || status=$?
