@@ -47,13 +47,9 @@ template <class Word>
 
 }  // namespace internal
 
-// Source and destination may overlap.
-[[gnu::always_inline]] inline void copy_bytes(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
-  if (size > 32) {
-    std::memmove(dest, src, size);
-  } else if (size >= 16) {
-    internal::copy_ends<__m128i_u>(dest, src, size);
-  } else if (size >= 8) {
+// Copies up to 16 bytes. Source and destination may overlap.
+[[gnu::always_inline]] inline void copy_few(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
+  if (size >= 8) {
     internal::copy_ends<std::uint64_t>(dest, src, size);
   } else if (size >= 4) {
     internal::copy_ends<std::uint32_t>(dest, src, size);
@@ -61,6 +57,17 @@ template <class Word>
     internal::copy_ends<std::uint16_t>(dest, src, size);
   } else if (size == 1) {
     *dest = *src;
+  }
+}
+
+// The same for any size.
+[[gnu::always_inline]] inline void copy_bytes(CS_BYTE* dest, const CS_BYTE* src, std::size_t size) {
+  if (size > 32) {
+    std::memmove(dest, src, size);
+  } else if (size >= 16) {
+    internal::copy_ends<__m128i_u>(dest, src, size);
+  } else {
+    copy_few(dest, src, size);
   }
 }
 
@@ -79,6 +86,12 @@ template <class Word>
   } else if (size == 1) {
     *dest = byte;
   }
+}
+
+// Fills a room of 16 to 32 bytes.
+[[gnu::always_inline]] inline void fill_room(CS_BYTE* dest, std::size_t room, CS_BYTE fill) {
+  internal::fill_ends<__m128i>(
+      dest, fill == 0 ? _mm_setzero_si128() : _mm_set1_epi8(static_cast<char>(fill)), room);
 }
 
 // Copies a text that fits in `room` bytes and fills the rest of them.

@@ -93,7 +93,7 @@ struct BytesToVarchar : Varchar {
     std::array<CS_BYTE, CS_MAX_CHAR> text;
     const std::size_t length = write_hex<CS_CHAR>(bytes, text.data(), text.size());
     const std::string_view view(reinterpret_cast<const CS_CHAR*>(text.data()), length);
-    const CS_RETCODE placed = place_varchar(view, call);
+    const CS_RETCODE placed = place_varchar(view, call.dest, call.destlen);
     return length < 2 * bytes.size() ? CS_CVT_TRUNCATED : placed;
   }
 };

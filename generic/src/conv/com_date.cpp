@@ -35,7 +35,7 @@ CS_RETCODE place_wide_date(std::string_view text, const Conversion& call) {
   const Translated wide = translate(call.context, encoding, kUtf16, bytes,
                                     {reinterpret_cast<CS_BYTE*>(units.data()), sizeof units});
   if (wide.code != CS_SUCCEED) return wide.code;
-  return place_text(CodeUnits(units).first(wide.written / sizeof(CS_UNICHAR)), call);
+  return place_in_general<false>(CodeUnits(units).first(wide.written / sizeof(CS_UNICHAR)), call);
 }
 
 }  // namespace comnlib

@@ -121,7 +121,7 @@ struct DateToVarchar : Varchar {
   static CS_RETCODE convert(const auto& value, const Conversion& call, Setup& setup) {
     DateTextBuffer buffer;
     const CS_RETCODE code = format_for(widened(value), call, setup, buffer);
-    const CS_RETCODE placed = place_varchar(buffer.text, call);
+    const CS_RETCODE placed = place_varchar(buffer.text, call.dest, call.destlen);
     return code == CS_SUCCEED ? placed : code;
   }
 };

@@ -175,6 +175,9 @@ CS_INT convert_run(const ColumnRun& run) {
   const CsColumnSource source = *column.source;
   const CsColumnDest destination = *column.destination;
   const auto* const values = static_cast<const CS_BYTE*>(source.values);
+  CS_RETCODE* const codes = column.codes;
+  const bool reports =
+      codes != nullptr || destination.lengths != nullptr || destination.offsets != nullptr;
   CS_INT length = 0;
   CS_INT faults = 0;
   Conversion call{
@@ -188,12 +191,14 @@ CS_INT convert_run(const ColumnRun& run) {
     }
     if (source.lengths != nullptr) run.format.maxlength = source.lengths[at];
     const CS_RETCODE code = core(call);
-    if (column.codes != nullptr) column.codes[at] = code;
-    if (destination.lengths != nullptr) destination.lengths[at] = length;
     CS_INT step = destination.stride;
-    if (destination.offsets != nullptr) {
-      step = length;
-      destination.offsets[at + 1] = destination.offsets[at] + length;
+    if (reports) {
+      if (codes != nullptr) codes[at] = code;
+      if (destination.lengths != nullptr) destination.lengths[at] = length;
+      if (destination.offsets != nullptr) {
+        step = length;
+        destination.offsets[at + 1] = destination.offsets[at] + length;
+      }
     }
     if (code != CS_SUCCEED) [[unlikely]]
       ++faults;

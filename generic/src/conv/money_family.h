@@ -55,21 +55,15 @@ struct MoneyToNumeric : ExactToNumeric {
 
 // Has as many decimals as the destination's precision asks for. Without grouping no text fills the
 // buffer.
-class MoneyText {
- public:
+struct MoneyText {
   static constexpr bool kCut = true;
-  MoneyText(const auto& value, const CS_DATAFMT& destfmt)
-      : first_(money::format_backwards(money::units(value), buffer_.data(),
-                                       static_cast<CS_INT>(buffer_.size()),
-                                       money::decimal_flags(destfmt.precision))) {}
-  MoneyText(const MoneyText&) = delete;
-  MoneyText& operator=(const MoneyText&) = delete;
-
-  std::string_view view() const { return {first_, buffer_.data() + buffer_.size() - 1}; }
-
- private:
-  std::array<CS_CHAR, 24> buffer_;
-  const CS_CHAR* first_;
+  using Buffer = std::array<CS_CHAR, 24>;
+  static std::string_view of(const auto& value, const CS_DATAFMT& destfmt, Buffer& buffer) {
+    const auto room = static_cast<CS_INT>(buffer.size());
+    const CS_CHAR* const first = money::format_backwards(money::units(value), buffer.data(), room,
+                                                         money::decimal_flags(destfmt.precision));
+    return {first, buffer.data() + buffer.size() - 1};
+  }
 };
 
 }  // namespace comnlib

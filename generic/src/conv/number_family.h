@@ -91,21 +91,15 @@ struct ToBit : Bit {
   }
 };
 
-class NumberText {
- public:
+struct NumberText {
   static constexpr bool kCut = false;
-  NumberText(std::integral auto value, const CS_DATAFMT&)
-      : text_(text_of(CS_INT{value}, buffer_)) {}
-  NumberText(std::floating_point auto value, const CS_DATAFMT&)
-      : text_(text_of(CS_FLOAT{value}, buffer_)) {}
-  NumberText(const NumberText&) = delete;
-  NumberText& operator=(const NumberText&) = delete;
-
-  std::string_view view() const { return text_; }
-
- private:
-  NumberBuffer buffer_;
-  std::string_view text_;
+  using Buffer = NumberBuffer;
+  static std::string_view of(std::integral auto value, const CS_DATAFMT&, Buffer& buffer) {
+    return text_of(CS_INT{value}, buffer);
+  }
+  static std::string_view of(std::floating_point auto value, const CS_DATAFMT&, Buffer& buffer) {
+    return text_of(CS_FLOAT{value}, buffer);
+  }
 };
 
 }  // namespace comnlib

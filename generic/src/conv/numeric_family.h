@@ -2,9 +2,9 @@
 #pragma once
 
 #include "conv/number_family.h"
+#include "conv/numeric_text.h"
 #include "exact/mny4cnvt.h"
 #include "exact/mnycnvt.h"
-#include "exact/word_text.h"
 
 namespace comnlib {
 
@@ -81,29 +81,6 @@ struct NumericToNumeric : ExactToNumeric {
     return place_numeric(value.precision, value.scale, call,
                          [&](constant& record) { return rescale(record_of(value), record); });
   }
-};
-
-// A numeric where it is: its text is made before a destination that shares its bytes is written.
-struct NumericInPlace : Numeric {
-  using Value = const CS_NUMERIC*;
-  static CS_RETCODE read(const Conversion& call, Value& value) {
-    value = static_cast<const CS_NUMERIC*>(call.src);
-    return contains(*value) ? CS_SUCCEED : CS_CVT_DOMAIN;
-  }
-};
-
-class NumericText {
- public:
-  static constexpr bool kCut = false;
-  NumericText(const CS_NUMERIC* value, const CS_DATAFMT&) : text_(text_of(*value, buffer_)) {}
-  NumericText(const NumericText&) = delete;
-  NumericText& operator=(const NumericText&) = delete;
-
-  std::string_view view() const { return text_; }
-
- private:
-  NumericBuffer buffer_;
-  std::string_view text_;
 };
 
 }  // namespace comnlib

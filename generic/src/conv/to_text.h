@@ -1,6 +1,7 @@
-// The text targets of every family whose values have a textual form. A Form is made of a value and
-// the destination's format and converts to the text, which is ASCII; `kCut` says whether text that
-// does not fit is cut or becomes "*".
+// The text targets of every family whose values have a textual form. A Form has
+//   Buffer                      the room that it may use
+//   of(value, format, buffer)   the text of a value, which is ASCII, for a destination's format
+//   kCut                        whether text that does not fit is cut, or becomes "*"
 #pragma once
 
 #include <algorithm>
@@ -15,27 +16,29 @@ struct ToCharacter : Character {
   using Setup = CharacterSetup;
   [[gnu::always_inline]] static CS_RETCODE convert(const auto& value, const Conversion& call,
                                                    const Setup& setup) {
-    const Form text(value, *call.destfmt);
-    return place<Form::kCut>(text.view(), call, setup.room);
+    typename Form::Buffer buffer;
+    return place<Form::kCut>(Form::of(value, *call.destfmt, buffer), call, setup.room);
   }
 };
 
 template <class Form>
 struct ToVarchar : Varchar {
   static CS_RETCODE convert(const auto& value, const Conversion& call) {
-    return place_varchar(Form(value, *call.destfmt).view(), call);
+    typename Form::Buffer buffer;
+    const std::string_view text = Form::of(value, *call.destfmt, buffer);
+    return place_varchar(text, call.dest, call.destlen);
   }
 };
 
 template <class Form>
 struct ToUnichar : Unichar {
   static CS_RETCODE convert(const auto& value, const Conversion& call) {
-    const Form text(value, *call.destfmt);
+    typename Form::Buffer buffer;
+    const std::string_view text = Form::of(value, *call.destfmt, buffer);
     std::array<CS_UNICHAR, 96> units;
-    require(text.view().size() <= units.size());
-    std::ranges::copy(text.view(), units.begin());
-    const CodeUnits wide(units.data(), text.view().size());
-    return Form::kCut ? place_cut(wide, call) : place_text(wide, call);
+    require(text.size() <= units.size());
+    std::ranges::copy(text, units.begin());
+    return place_in_general<Form::kCut>(CodeUnits(units.data(), text.size()), call);
   }
 };
 
