@@ -31,20 +31,6 @@ template <class Word>
   std::memcpy(dest + size - sizeof(Word), &word, sizeof(Word));
 }
 
-// The first and the last 16 bytes of the room are filled before the copy.
-template <class Word>
-[[gnu::always_inline]] inline void copy_ends_padded(CS_BYTE* dest, std::size_t room,
-                                                    const CS_BYTE* src, std::size_t size,
-                                                    __m128i fill) {
-  Word first;
-  Word last;
-  std::memcpy(&first, src, sizeof first);
-  std::memcpy(&last, src + size - sizeof last, sizeof last);
-  fill_ends<__m128i>(dest, fill, room);
-  std::memcpy(dest, &first, sizeof first);
-  std::memcpy(dest + size - sizeof last, &last, sizeof last);
-}
-
 }  // namespace internal
 
 // Copies up to 16 bytes. Source and destination may overlap.
@@ -88,35 +74,49 @@ template <class Word>
   }
 }
 
-// Fills a room of 16 to 32 bytes.
-[[gnu::always_inline]] inline void fill_room(CS_BYTE* dest, std::size_t room, CS_BYTE fill) {
-  internal::fill_ends<__m128i>(
-      dest, fill == 0 ? _mm_setzero_si128() : _mm_set1_epi8(static_cast<char>(fill)), room);
+// What fills the first 16 bytes of a room of 16 to 32 bytes, and then the last 16.
+struct RoomFill {
+  __m128i first;
+  __m128i last;
+};
+
+[[gnu::always_inline]] inline void fill_room(CS_BYTE* dest, std::size_t room, RoomFill fill) {
+  std::memcpy(dest, &fill.first, sizeof fill.first);
+  std::memcpy(dest + room - sizeof fill.last, &fill.last, sizeof fill.last);
 }
 
-// Copies a text that fits in `room` bytes and fills the rest of them.
-[[gnu::always_inline]] inline void copy_padded(CS_BYTE* dest, std::size_t room,
-                                               std::span<const CS_BYTE> text, CS_BYTE fill) {
+namespace internal {
+// The text may be in the room, and is read before the room is filled.
+template <class Word>
+[[gnu::always_inline]] inline void copy_ends_filled(CS_BYTE* dest, std::size_t room,
+                                                    std::span<const CS_BYTE> text, RoomFill fill) {
+  Word first;
+  Word last;
+  const std::size_t at = text.size() - sizeof(Word);
+  std::memcpy(&first, text.data(), sizeof first);
+  std::memcpy(&last, text.data() + at, sizeof last);
+  fill_room(dest, room, fill);
+  std::memcpy(dest, &first, sizeof first);
+  std::memcpy(dest + at, &last, sizeof last);
+}
+}  // namespace internal
+
+// Copies a text to such a room, in which it fits, and fills the rest.
+[[gnu::always_inline]] inline void copy_filled(CS_BYTE* dest, std::size_t room,
+                                               std::span<const CS_BYTE> text, RoomFill fill) {
   const std::size_t size = text.size();
-  const CS_BYTE* const src = text.data();
-  if (room - 16 > 16) {
-    copy_bytes(dest, src, size);
-    fill_bytes(dest + size, fill, room - size);
-    return;
-  }
-  const __m128i word = fill == 0 ? _mm_setzero_si128() : _mm_set1_epi8(static_cast<char>(fill));
   if (size >= 16) {
-    internal::copy_ends_padded<__m128i_u>(dest, room, src, size, word);
+    internal::copy_ends_filled<__m128i_u>(dest, room, text, fill);
   } else if (size >= 8) {
-    internal::copy_ends_padded<std::uint64_t>(dest, room, src, size, word);
+    internal::copy_ends_filled<std::uint64_t>(dest, room, text, fill);
   } else if (size >= 4) {
-    internal::copy_ends_padded<std::uint32_t>(dest, room, src, size, word);
+    internal::copy_ends_filled<std::uint32_t>(dest, room, text, fill);
   } else if (size >= 2) {
-    internal::copy_ends_padded<std::uint16_t>(dest, room, src, size, word);
+    internal::copy_ends_filled<std::uint16_t>(dest, room, text, fill);
   } else if (size == 1) {
-    internal::copy_ends_padded<CS_BYTE>(dest, room, src, size, word);
+    internal::copy_ends_filled<CS_BYTE>(dest, room, text, fill);
   } else {
-    internal::fill_ends<__m128i>(dest, word, room);
+    fill_room(dest, room, fill);
   }
 }
 

@@ -3,7 +3,7 @@
 
 using namespace comnlib;
 
-COMNLIB_MEMBER(comn_chartochar, CharacterSource, TextToCharacter)
+COMNLIB_MEMBER(comn_chartochar, CharacterBytes, TextToCharacter)
 COMNLIB_MEMBER(comn_chartobin, CharacterSource, TextToBinary)
 COMNLIB_MEMBER(comn_chartoi1, CharacterSource, TextToInteger<Tinyint>)
 COMNLIB_MEMBER(comn_chartoi2, CharacterSource, TextToInteger<Smallint>)
@@ -16,7 +16,7 @@ COMNLIB_MEMBER(comn_chartodate4, CharacterSource, TextToDatetime4)
 COMNLIB_MEMBER(comn_chartomoney, CharacterSource, TextToMoney)
 COMNLIB_MEMBER(comn_chartomny4, CharacterSource, TextToMoney4)
 COMNLIB_MEMBER(comn_chartonum, CharacterSource, TextToNumeric)
-COMNLIB_MEMBER(comn_chartovarchar, CharacterSource, TextToVarchar)
+COMNLIB_MEMBER(comn_chartovarchar, CharacterBytes, TextToVarchar)
 COMNLIB_MEMBER(comn_chartovarbin, CharacterSource, TextToVarbinary)
 COMNLIB_MEMBER(comn_chartounichar, CharacterSource, TextToUnichar)
 COMNLIB_MEMBER(comn_texttounichar, CharacterSource, TextToUnichar)

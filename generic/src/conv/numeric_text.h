@@ -131,10 +131,14 @@ class ShortNumericText {
 
   [[gnu::always_inline]] void add_head(std::uint32_t leading, bool has_decimals_only) {
     first_ = -1;
-    const std::uint32_t digits = four_digits(leading);
-    const int zeros = std::countr_zero((digits ^ 0x30303030) | 0x80000000) / 8;
-    head_ = digits >> 8 * zeros;
-    head_size_ = leading != 0 || has_decimals_only ? 4 - zeros : 0;
+    head_ = 0;
+    head_size_ = 0;
+    if (leading != 0 || has_decimals_only) {
+      head_ = four_digits(leading);
+      const int zeros = std::countr_zero((head_ ^ 0x30303030) | 0x80000000) / 8;
+      head_ >>= 8 * zeros;
+      head_size_ = 4 - zeros;
+    }
     if (has_decimals_only)
       digits_ = _mm_min_epu8(digits_, NumericShape::taken_from(NumericShape::kMost, kDigits - 1));
     size_ = negative_ + head_size_ + points_ + kDigits;

@@ -1,6 +1,8 @@
 // Placement of formatted text in character, Unicode-character and varchar destinations.
 #pragma once
 
+#include <array>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -17,14 +19,12 @@ class CharacterRoom {
   // `kRefused` are more bits of the format for which no text is simple.
   template <CS_INT kRefused = 0>
   [[gnu::always_inline]] static CharacterRoom of(const CS_DATAFMT& format) {
-    constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
-    constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
-    static_assert(kRefused == 0 || kRefused > kPadding);
+    static_assert(kRefused == 0 || kRefused == CS_DFMT_ESCQUOTE);
     CharacterRoom room;
     room.size_ = format.maxlength;
     room.padding_ = format.format & (kPadding | kRefused);
-    // Every larger number has both paddings or a refused bit.
-    room.most_ = room.padding_ > kSimple ? -1 : room.size_ - room.terminator();
+    room.most_ = static_cast<CS_INT>(static_cast<CS_UINT>(room.size_) -
+                                     kTaken[static_cast<std::size_t>(room.padding_)]);
     return room;
   }
 
@@ -37,14 +37,21 @@ class CharacterRoom {
   [[gnu::always_inline]] CS_RETCODE place(const auto& text, const Conversion& call) const {
     auto* const dest = static_cast<CS_BYTE*>(call.dest);
     if (padding_ > CS_DFMT_NULLTERM) {
-      write_padded(text, dest, padding_ >= CS_DFMT_PADBLANK ? ' ' : 0);
-      if (padding_ == (CS_DFMT_PADBLANK | CS_DFMT_NULLTERM)) dest[size_ - 1] = 0;
+      const auto room = static_cast<std::size_t>(size_);
+      if (room - 16 <= 16) {
+        write_filled(text, dest, room, {fill<false>(), fill<true>()});
+      } else {
+        write(text, dest);
+        fill_bytes(dest + text.size(), padding_ >= CS_DFMT_PADBLANK ? ' ' : 0, room - text.size());
+        if (padding_ == (CS_DFMT_PADBLANK | CS_DFMT_NULLTERM)) dest[room - 1] = 0;
+      }
       *call.destlen = size_;
       return CS_SUCCEED;
     }
+    static_assert(CS_DFMT_NULLTERM == 1);
     write(text, dest);
     if (padding_ != 0) dest[text.size()] = 0;
-    *call.destlen = static_cast<CS_INT>(text.size()) + terminator();
+    *call.destlen = static_cast<CS_INT>(text.size()) + padding_;
     return CS_SUCCEED;
   }
 
@@ -54,22 +61,46 @@ class CharacterRoom {
   }
   [[gnu::always_inline]] static void write(const auto& text, CS_BYTE* dest) { text.write(dest); }
 
-  [[gnu::always_inline]] void write_padded(std::span<const CS_BYTE> text, CS_BYTE* dest,
-                                           CS_BYTE fill) const {
-    copy_padded(dest, static_cast<std::size_t>(size_), text, fill);
+  [[gnu::always_inline]] static void write_filled(std::span<const CS_BYTE> text, CS_BYTE* dest,
+                                                  std::size_t room, RoomFill fill) {
+    copy_filled(dest, room, text, fill);
   }
-  [[gnu::always_inline]] void write_padded(const auto& text, CS_BYTE* dest, CS_BYTE fill) const {
-    const auto room = static_cast<std::size_t>(size_);
-    const bool is_filled_first = room - 16 <= 16;
-    if (is_filled_first) fill_room(dest, room, fill);
+  [[gnu::always_inline]] static void write_filled(const auto& text, CS_BYTE* dest, std::size_t room,
+                                                  RoomFill fill) {
+    fill_room(dest, room, fill);
     text.write(dest);
-    if (!is_filled_first) fill_bytes(dest + text.size(), fill, room - text.size());
   }
 
-  // The bytes that it takes: its bit is 1.
-  CS_INT terminator() const {
-    static_assert(CS_DFMT_NULLTERM == 1);
-    return padding_ & CS_DFMT_NULLTERM;
+  static constexpr CS_INT kPadding = CS_DFMT_NULLTERM | CS_DFMT_PADNULL | CS_DFMT_PADBLANK;
+  // Every larger number has both paddings or a refused bit.
+  static constexpr CS_INT kSimple = CS_DFMT_NULLTERM | CS_DFMT_PADBLANK;
+
+  // What each padding takes of the room for a text. More than any room has, where no text is
+  // simple.
+  static constexpr auto kTaken = [] {
+    std::array<CS_UINT, (kPadding | CS_DFMT_ESCQUOTE) + 1> taken;
+    taken.fill(0x8000'0000);
+    for (CS_UINT padding = 0; padding <= kSimple; ++padding)
+      taken[padding] = padding & CS_DFMT_NULLTERM;
+    return taken;
+  }();
+
+  // The blanks or zeros at the beginning and at the end of a short room, for each padding.
+  using Fill = std::array<CS_BYTE, sizeof(__m128i)>;
+  template <bool kTerminates>
+  static constexpr auto kFills = [] {
+    std::array<Fill, kSimple + 1> fills{};
+    fills[CS_DFMT_PADBLANK].fill(' ');
+    fills[kSimple].fill(' ');
+    if (kTerminates) fills[kSimple].back() = 0;
+    return fills;
+  }();
+  template <bool kTerminates>
+  [[gnu::always_inline]] __m128i fill() const {
+    __m128i bytes;
+    std::memcpy(&bytes, kFills<kTerminates>[static_cast<std::size_t>(padding_)].data(),
+                sizeof bytes);
+    return bytes;
   }
 
   CS_INT size_;

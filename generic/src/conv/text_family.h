@@ -33,6 +33,16 @@ struct CharacterSource : Sized<Family::character, 1> {
   }
 };
 
+// For targets that ask for the encodings themselves.
+struct CharacterBytes : CharacterSource {
+  using Setup = NoSetup;
+  static CS_RETCODE read(const Conversion& call, Text& value) {
+    const auto length = static_cast<std::size_t>(call.srcfmt->maxlength);
+    value = {{static_cast<const CS_BYTE*>(call.src), length}, nullptr};
+    return CS_SUCCEED;
+  }
+};
+
 struct VarcharSource : Varchar {
   using Value = Text;
   using Setup = TextSetup;
