@@ -6,6 +6,7 @@
 namespace {
 
 using namespace pools;
+namespace mm = comnlib::mm;
 
 TEST(Properties, AreFixedByTheFirstAllocation) {
   PoolContext host;
@@ -250,7 +251,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   CS_BYTE *const large = allocate(buddy, 50'000), *const node = allocate(uniform, 24);
   allocate(alloconly, 24);
   comn_mmmanage(outside, sizeof outside, &managed);
-  MmHandle* const dropped = subpool(managed, 1);
+  MmHandle *const dropped = subpool(managed, 1), *const sub = subpool(buddy, 1);
   comn_mmdrop(managed, MM_FORCE_DROP);
   HostLock lock;
   const auto realloc = [&](MmHandle* pool, void* from, CS_INT size) {
@@ -268,6 +269,16 @@ TEST(PoolsDeathTest, MisuseStops) {
     for (int i = 0; i < 2; ++i) com___getheap(fresh, 16, &out);
     for (int i = 0; i < 2; ++i) com___putheap(fresh, out);
   };
+  // A block whose header is that of a buddy block in use, in no pool and in one without any.
+  const auto forged = [](CS_BYTE* at) {
+    header_of(at) = static_cast<CS_UINT>(mm::address(at - kWord) & mm::kAddressMask)
+                    << mm::kMarkShift;
+    return at;
+  };
+  const auto forged_in_fresh = [&] {
+    com___getheap(fresh, 200, &out);
+    return forged(static_cast<CS_BYTE*>(out) + 8 * kWord);
+  };
   const auto compact = [&] {
     for (;;) comn_mmalloc(buddy, 60, &out);
   };
@@ -284,9 +295,10 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kAssertion, comn_mmalloc(undecided, 1, &out)),
       STOP(kAssertion, comn_mmalloc(managed, 1, &out)),
       STOP(kAssertion, comn_mmdrop(dropped, CS_UNUSED)),
+      STOP(kAssertion, comn_mmdrop(sub, CS_UNUSED), comn_mmdrop(sub, CS_UNUSED)),
       STOP(kAssertion, comn_mmdrop(fresh, 0)),
-      STOP(kAssertion, comn_mmfree(fresh, block)),
-      STOP(kAssertion, comn_mmfree(buddy, outside + 32)),
+      STOP(kAssertion, comn_mmfree(fresh, forged_in_fresh())),
+      STOP(kAssertion, comn_mmfree(buddy, forged(outside + 64))),
       STOP(kAssertion, header_of(outside + 64) = header_of(node),
            comn_mmfree(uniform, outside + 64)),
       STOP(kAssertion, comn_mmfree(alloconly, block)),
@@ -314,7 +326,7 @@ TEST(PoolsDeathTest, MisuseStops) {
       STOP(kAssertion, realloc(buddy, block, -5)),
       STOP(kAssertion, realloc(buddy, nullptr, 5)),
       STOP(kAssertion, comn_mmfree(buddy, block), realloc(buddy, block, 500)),
-      STOP(kAssertion, realloc(fresh, block, 500)),
+      STOP(kAssertion, realloc(fresh, forged_in_fresh(), 500)),
       STOP(kAssertion, realloc(undecided, block, 500)),
       STOP(kAssertion, comn_mmproperty(buddy, 36, MM_PROP_CHUNKSIZE, &out, 0, nullptr)),
       STOP(kAssertion, clear(buddy, MM_PROP_CHUNKSIZE)),
