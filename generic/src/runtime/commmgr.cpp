@@ -289,9 +289,9 @@ CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
   }
 }
 
-// The calls that hosts make for every block, in a pool with a lock. They are routines of their own,
-// so that a pool without one needs no frame.
-[[gnu::noinline]] CS_RETCODE allocate_locked(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
+// The calls that hosts make for every block, in a pool with a lock.
+[[gnu::always_inline]] inline CS_RETCODE allocate_locked(MmHandle* handle, CS_INT size,
+                                                         CS_VOID** out_ptr) {
   const Lock lock(handle);
   if (lock.result() != CS_SUCCEED) return trace(lock.result());
   if (void* const memory = take(handle, size)) {
@@ -301,12 +301,21 @@ CS_RETCODE allocate(MmHandle* handle, CS_INT size, CS_VOID** out) {
   return trace(allocate_and_unlock(handle, size, out_ptr));
 }
 
-[[gnu::noinline]] CS_RETCODE free_locked(MmHandle* handle, CS_VOID* ptr) {
+[[gnu::always_inline]] inline CS_RETCODE free_locked(MmHandle* handle, CS_VOID* ptr) {
   const Lock lock(handle);
   require(lock.result() == CS_SUCCEED);
   const CS_RETCODE result = free_one(handle, ptr);
   lock.release(handle);
   return trace(result);
+}
+
+// In 64-bit code they are apart, so that a pool without a lock needs no frame. In 32-bit code a
+// further routine costs more than that, since it has to find out its own address first.
+constexpr bool kLockedApart = kWordSize == 8;
+
+template <auto call, class... Arguments>
+[[gnu::noinline]] CS_RETCODE apart(Arguments... arguments) {
+  return call(arguments...);
 }
 
 CS_RETCODE reallocate(MmHandle* handle, CS_INT new_size, CS_VOID** ptr_inout) {
@@ -552,7 +561,9 @@ CS_RETCODE comn_mmalloc(MmHandle* handle, CS_INT size, CS_VOID** out_ptr) {
   check_handle(handle);
   check_pointer(out_ptr);
   require(size >= 0);
-  if (handle->mmh_head->mph_lock != nullptr) return allocate_locked(handle, size, out_ptr);
+  if (handle->mmh_head->mph_lock != nullptr)
+    return kLockedApart ? apart<allocate_locked>(handle, size, out_ptr)
+                        : allocate_locked(handle, size, out_ptr);
   if (void* const memory = take(handle, size)) return hand_out(memory, size, out_ptr);
   return trace(allocate_and_unlock(handle, size, out_ptr));
 }
@@ -561,7 +572,8 @@ CS_RETCODE comn_mmfree(MmHandle* handle, CS_VOID* ptr) {
   const CS_BYTE status = check_handle(handle);
   check_pointer(ptr);
   require((status & kInUse) != 0);
-  if (handle->mmh_head->mph_lock != nullptr) return free_locked(handle, ptr);
+  if (handle->mmh_head->mph_lock != nullptr)
+    return kLockedApart ? apart<free_locked>(handle, ptr) : free_locked(handle, ptr);
   return trace(free_one(handle, ptr));
 }
 
