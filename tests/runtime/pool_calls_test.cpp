@@ -1,4 +1,6 @@
 // The calls on pools: properties and locks, subpools, memory that is short, and every stop.
+#include <cstring>
+
 #include "comnlib/diag.h"
 #include "pools.h"
 #include "support/stops.h"
@@ -252,6 +254,7 @@ TEST(PoolsDeathTest, MisuseStops) {
   allocate(alloconly, 24);
   comn_mmmanage(outside, sizeof outside, &managed);
   MmHandle *const dropped = subpool(managed, 1), *const sub = subpool(buddy, 1);
+  subpool(buddy, 2);  // keeps the chunk of the other one
   comn_mmdrop(managed, MM_FORCE_DROP);
   HostLock lock;
   const auto realloc = [&](MmHandle* pool, void* from, CS_INT size) {
