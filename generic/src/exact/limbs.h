@@ -138,9 +138,11 @@ constexpr std::size_t byte_length(Limbs value) {
 
 // The value, when it is below 2^64.
 inline std::optional<std::uint64_t> to_unsigned(Limbs value) {
-  if (value.size() > sizeof(std::uint64_t) / kLimbBytes) return std::nullopt;
+  constexpr std::size_t kMost = sizeof(std::uint64_t) / kLimbBytes;
+  if (value.size() > kMost) return std::nullopt;
   std::uint64_t bits = 0;
-  for (std::size_t at = 0; at < value.size(); ++at) bits |= std::uint64_t{value[at]} << (32 * at);
+  for (std::size_t at = 0; at < kMost && at < value.size(); ++at)
+    bits |= std::uint64_t{value[at]} << (32 * at);
   return bits;
 }
 
@@ -232,8 +234,8 @@ class ColumnSum {
   // Removes and returns the lowest limb. It passes through a register, since the compiler would
   // join two of them through memory.
   Limb shift() {
-    Limb low = low_;
-    __asm__("" : "+r"(low));
+    Limb low;
+    __asm__("" : "=r"(low) : "0"(low_));
     low_ = middle_;
     middle_ = top_;
     top_ = 0;
