@@ -197,23 +197,22 @@ inline void unpack_operand(const CS_NUMERIC& operand, Magnitude& to) {
   to.trim(size);
 }
 
-template <class Value>
-CS_RETCODE pack_checked(const Value& value, bool overflow, bool negative, Size size,
-                        CS_NUMERIC& result) {
-  const std::size_t length = magnitude_length(size.precision);
-  if (!overflow) [[likely]]
-    store_limbs(value, result, length);
+CS_RETCODE overflowed(CS_NUMERIC& result, Size size) {
   result.precision = static_cast<CS_BYTE>(size.precision);
   result.scale = static_cast<CS_BYTE>(size.scale);
-  if (overflow) return overflowed(result, length);
-  result.array[0] = negative ? 1 : 0;
-  return CS_SUCCEED;
+  return overflowed(result, magnitude_length(size.precision));
 }
 
 // Operands of any content may have brought the value beyond the precision.
 template <class Value>
 CS_RETCODE pack_result(const Value& value, bool negative, Size size, CS_NUMERIC& result) {
-  return pack_checked(value, exceeds(value, size.precision), negative, size, result);
+  if (exceeds(value, size.precision)) [[unlikely]]
+    return overflowed(result, size);
+  store_limbs(value, result, magnitude_length(size.precision));
+  result.precision = static_cast<CS_BYTE>(size.precision);
+  result.scale = static_cast<CS_BYTE>(size.scale);
+  result.array[0] = negative ? 1 : 0;
+  return CS_SUCCEED;
 }
 
 inline void unpack_operand(const CS_NUMERIC& operand, Scaled& to) {
@@ -233,19 +232,17 @@ template <class Value>
   if (op1.scale < size.scale) scale_up(a, size.scale - op1.scale);
   if (op2.scale < size.scale) scale_up(b, size.scale - op2.scale);
   bool sign = negative;
-  bool overflow;
   if (negative == b_counts_negative) {
     add(a, b, a);
-    overflow = exceeds(a, size.precision);
   } else {
     const int order = compare(a, b);
     const Value& larger = order < 0 ? b : a;
     // An operand too large by itself is an overflow, whatever the difference is.
-    overflow = exceeds(larger, size.precision);
+    if (exceeds(larger, size.precision)) return overflowed(result, size);
     subtract(larger, order < 0 ? a : b, a);
     sign = order < 0 ? b_counts_negative : order > 0 && negative;
   }
-  return pack_checked(a, overflow, sign, size, result);
+  return pack_result(a, sign, size, result);
 }
 
 bool are_factors(const CS_NUMERIC& op1, const CS_NUMERIC& op2) {
