@@ -12,6 +12,7 @@
 #include "chars/iso_1.h"
 #include "comnlib/charset.h"
 #include "comnlib/result.h"
+#include "support/stops.h"
 #include "support/two_byte_set.h"
 
 namespace {
@@ -117,6 +118,10 @@ TEST(BuiltInTables, LexicalClassesAndNullAttributes) {
   CS_BYTE zero = 0xFF;
   comn_toupper(nullptr, at("\0x"), &zero);
   EXPECT_EQ(0, zero);
+  stops::expect({STOP(stops::kPointer, comn_isalpha(nullptr, nullptr)),
+                 STOP(stops::kPointer, comn_get_lex(attrib, nullptr)),
+                 STOP(stops::kPointer, comn_toupper(attrib, nullptr, &zero)),
+                 STOP(stops::kPointer, comn_tolower(attrib, at("x"), nullptr))});
 }
 
 TEST_F(DoubleByte, AttributesComeFromTheHeaderAndTheArguments) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "chars/com_attr.h"
+#include "chars/iso_1.h"
 #include "diag/diag.h"
 
 namespace comnlib {
@@ -22,18 +23,6 @@ const char_map& second_entry(const char_attrib& attrib, const char_map& first, c
   return attrib.cs_type_map[first.char_upper * COMN_CS_MAPSIZE + ch[1]];
 }
 
-const char_map& entry_of(const char_attrib* attrib, const CS_BYTE* ch) {
-  const char_attrib& set = or_default(attrib);
-  const char_map& first = set.cs_type_map[*ch];
-  return is_lead(first) ? second_entry(set, first, ch) : first;
-}
-
-CS_INT masked(const char_attrib* attrib, const CS_BYTE* ch, CS_INT mask,
-              CallSite site = CallSite::current()) {
-  check_pointer(ch, site);
-  return entry_of(attrib, ch).char_type & mask;
-}
-
 CS_INT width(const char_attrib& attrib, CS_BYTE first) {
   return attrib.cs_width_map == nullptr ? 1 : attrib.cs_width_map[first] & 0x0F;
 }
@@ -43,26 +32,70 @@ CS_INT step(const char_attrib& attrib, CS_BYTE first) {
   return std::max(width(attrib, first), 1);
 }
 
-// Case forms that need more than one look-up: those of two-byte characters, and of single bytes
-// whose entry is 0, which are copied with all bytes of their character.
-void copy_case(const char_attrib& set, const char_map& first, const CS_BYTE* ch, CS_BYTE* dst,
-               CS_BYTE char_map::*form) {
+// The usual case is a single byte of attributes that are there. It needs no address of data and no
+// call, for which 32-bit code would set up registers first, so what is left is in functions of
+// their own.
+
+// Stops at the line of a routine.
+template <CS_INT kLine>
+[[noreturn, gnu::noinline]] void refuse_null() {
+  com_chkptr(nullptr, CallSite::current().file_name(), kLine);
+  __builtin_unreachable();
+}
+
+// In the built-in attributes, which have single bytes only.
+template <auto kMember, CS_INT kMask, CS_INT kLine>
+[[gnu::noinline]] CS_INT look_up_default(const CS_BYTE* ch) {
+  if (ch == nullptr) refuse_null<kLine>();
+  return ISO_1_type_map[*ch].*kMember & kMask;
+}
+
+template <auto kMember, CS_INT kMask, CS_INT kLine>
+[[gnu::noinline]] CS_INT look_up_second(const char_attrib* attrib, const CS_BYTE* ch) {
+  if (ch == nullptr) refuse_null<kLine>();
+  return second_entry(*attrib, attrib->cs_type_map[*ch], ch).*kMember & kMask;
+}
+
+template <auto kMember, CS_INT kMask, CS_INT kLine>
+[[gnu::always_inline]] inline CS_INT look_up(const char_attrib* attrib, const CS_BYTE* ch) {
+  if (attrib == nullptr) return look_up_default<kMember, kMask, kLine>(ch);
+  if (ch != nullptr) [[likely]] {
+    const char_map& entry = attrib->cs_type_map[*ch];
+    if (!is_lead(entry)) [[likely]]
+      return entry.*kMember & kMask;
+  }
+  return look_up_second<kMember, kMask, kLine>(attrib, ch);
+}
+
+// A single byte whose entry is 0 is copied with all bytes of its character.
+template <auto kForm, CS_INT kLine>
+[[gnu::noinline]] void map_case_other(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
+  if (ch == nullptr || dst == nullptr) refuse_null<kLine>();
+  const char_attrib& set = or_default(attrib);
+  const char_map& first = set.cs_type_map[*ch];
   if (is_lead(first)) {
-    const CS_BYTE second = second_entry(set, first, ch).*form;
+    const CS_BYTE second = second_entry(set, first, ch).*kForm;
     dst[0] = ch[0];
     dst[1] = second;
-  } else {
+  } else if (first.*kForm == 0) {
     std::memmove(dst, ch, static_cast<std::size_t>(step(set, *ch)));
+  } else {
+    *dst = first.*kForm;
   }
 }
 
-template <auto form>
-void map_case(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
-  const char_attrib& set = or_default(attrib);
-  const char_map& first = set.cs_type_map[*ch];
-  if (is_lead(first) || first.*form == 0) [[unlikely]]
-    return copy_case(set, first, ch, dst, form);
-  *dst = first.*form;
+template <auto kForm, CS_INT kLine>
+[[gnu::always_inline]] inline void map_case(const char_attrib* attrib, const CS_BYTE* ch,
+                                            CS_BYTE* dst) {
+  if (attrib != nullptr && ch != nullptr) [[likely]] {
+    const char_map& entry = attrib->cs_type_map[*ch];
+    const CS_BYTE mapped = entry.*kForm;
+    if (mapped != 0 && !is_lead(entry) && dst != nullptr) [[likely]] {
+      *dst = mapped;
+      return;
+    }
+  }
+  map_case_other<kForm, kLine>(attrib, ch, dst);
 }
 
 CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
@@ -79,35 +112,27 @@ CS_INT normal_form(const char_attrib* attrib, const CS_BYTE* ch) {
 
 using namespace comnlib;
 
-#define COMNLIB_CLASS(routine, mask)                             \
-  CS_INT routine(const char_attrib* attrib, const CS_BYTE* ch) { \
-    return masked(attrib, ch, mask);                             \
+#define COMNLIB_LOOK_UP(routine, member, mask)                     \
+  CS_INT routine(const char_attrib* attrib, const CS_BYTE* ch) {   \
+    return look_up<&char_map::member, mask, __LINE__>(attrib, ch); \
   }
-COMNLIB_CLASS(comn_isalpha, COMN_CT_ALPHA)
-COMNLIB_CLASS(comn_isupper, COMN_CT_UPPER)
-COMNLIB_CLASS(comn_islower, COMN_CT_LOWER)
-COMNLIB_CLASS(comn_isdigit, COMN_CT_DIGIT)
-COMNLIB_CLASS(comn_isxdigit, COMN_CT_XDIGIT)
-COMNLIB_CLASS(comn_isspace, COMN_CT_SPACE)
-COMNLIB_CLASS(comn_ispunct, COMN_CT_PUNCT)
-COMNLIB_CLASS(comn_isgraph, COMN_CT_GRAPH)
-#undef COMNLIB_CLASS
-
-CS_INT comn_get_lex(const char_attrib* attrib, const CS_BYTE* ch) {
-  check_pointer(ch);
-  return entry_of(attrib, ch).char_lex;
-}
+COMNLIB_LOOK_UP(comn_isalpha, char_type, COMN_CT_ALPHA)
+COMNLIB_LOOK_UP(comn_isupper, char_type, COMN_CT_UPPER)
+COMNLIB_LOOK_UP(comn_islower, char_type, COMN_CT_LOWER)
+COMNLIB_LOOK_UP(comn_isdigit, char_type, COMN_CT_DIGIT)
+COMNLIB_LOOK_UP(comn_isxdigit, char_type, COMN_CT_XDIGIT)
+COMNLIB_LOOK_UP(comn_isspace, char_type, COMN_CT_SPACE)
+COMNLIB_LOOK_UP(comn_ispunct, char_type, COMN_CT_PUNCT)
+COMNLIB_LOOK_UP(comn_isgraph, char_type, COMN_CT_GRAPH)
+COMNLIB_LOOK_UP(comn_get_lex, char_lex, 0xFF)
+#undef COMNLIB_LOOK_UP
 
 void comn_toupper(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
-  check_pointer(ch);
-  check_pointer(dst);
-  map_case<&char_map::char_upper>(attrib, ch, dst);
+  map_case<&char_map::char_upper, __LINE__>(attrib, ch, dst);
 }
 
 void comn_tolower(const char_attrib* attrib, const CS_BYTE* ch, CS_BYTE* dst) {
-  check_pointer(ch);
-  check_pointer(dst);
-  map_case<&char_map::char_lower>(attrib, ch, dst);
+  map_case<&char_map::char_lower, __LINE__>(attrib, ch, dst);
 }
 
 CS_INT comn_char_width(const char_attrib* attrib, const CS_BYTE* ch) {
