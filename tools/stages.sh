@@ -16,7 +16,7 @@ stage() {
   trap 'kill '"$job"' 2>/dev/null; exit 130' INT TERM
   [ ! -t 1 ] || width=$(tput cols 2>/dev/null || echo 80)
   while [ -t 1 ] && kill -0 "$job" 2>/dev/null; do
-    printf '\r%-52s %5d s  %.*s\033[K' "$name" $((SECONDS - start)) $((width - 62)) "$(tail -n 1 "$log" | tr -d '\r')"
+    printf '\r%-52s %5d s  %.*s\033[K' "$name" $((SECONDS - start)) $((width > 62 ? width - 62 : 0)) "$(tail -n 1 "$log" | tr -d '\r')"
     sleep 1
   done
   wait "$job" || status=$?

@@ -118,6 +118,11 @@ TEST(BuiltInTables, LexicalClassesAndNullAttributes) {
   CS_BYTE zero = 0xFF;
   comn_toupper(nullptr, at("\0x"), &zero);
   EXPECT_EQ(0, zero);
+}
+
+TEST(CharsDeathTest, NullPointersStop) {
+  const char_attrib* attrib = com_get_charattrib();
+  CS_BYTE zero = 0;
   stops::expect({STOP(stops::kPointer, comn_isalpha(nullptr, nullptr)),
                  STOP(stops::kPointer, comn_get_lex(attrib, nullptr)),
                  STOP(stops::kPointer, comn_toupper(attrib, nullptr, &zero)),

@@ -111,6 +111,44 @@ TEST(Columns, EmptyTextIsAValue) {
   EXPECT_EQ((std::vector<CS_RETCODE>{CS_CVT_SYNTAX, CS_SUCCEED}), numbers.codes);
 }
 
+// What is kept of a numeric's precision and scale from value to value is that of the value's own.
+TEST(Columns, NumericsOfAnyShapeFollowEachOther) {
+  Context context;
+  constexpr CS_INT kRoom = 80;
+  const std::string digits =
+      "9081726354908172635490817263549081726354908172635490817263549081726354908";
+  std::string records, expected;
+  std::vector<CS_INT> expected_lengths;
+  const auto add = [&](CS_INT precision, CS_INT scale, const std::string& sign,
+                       std::string number) {
+    records += source_of(CS_NUMERIC_TYPE, std::to_string(precision) + "," + std::to_string(scale) +
+                                              "," + sign + number)
+                   .bytes;
+    const auto decimals = static_cast<std::size_t>(scale);
+    if (number.size() <= decimals) number.insert(0, decimals + 1 - number.size(), '0');
+    if (scale != 0) number.insert(number.size() - decimals, ".");
+    expected_lengths.push_back(static_cast<CS_INT>((sign + number).size()));
+    expected += (sign + number + std::string(kRoom, '#')).substr(0, kRoom);
+  };
+  for (CS_INT precision = 1; precision <= static_cast<CS_INT>(digits.size()); ++precision) {
+    for (const CS_INT scale : {0, precision, precision / 2, 1}) {
+      add(precision, scale, "", digits.substr(0, 1));
+      add(precision, scale, "-", digits.substr(0, static_cast<std::size_t>(precision)));
+    }
+  }
+  const auto count = static_cast<CS_INT>(expected_lengths.size());
+  std::string texts(expected.size(), '#');
+  std::vector<CS_INT> lengths(expected_lengths.size());
+  const CS_DATAFMT from = format_of(CS_NUMERIC_TYPE), to = format_of(CS_CHAR_TYPE, kRoom);
+  const CsColumnSource source{&from, records.data(), sizeof(CS_NUMERIC), nullptr, nullptr, nullptr};
+  const CsColumnDest dest{&to, texts.data(), kRoom, nullptr, lengths.data(), nullptr, 0};
+  CS_INT faults = -1;
+  EXPECT_EQ(CS_SUCCEED, comn_conv_column(&context, &source, &dest, count, nullptr, &faults));
+  EXPECT_EQ(0, faults);
+  EXPECT_EQ(expected, texts);
+  EXPECT_EQ(expected_lengths, lengths);
+}
+
 // A column of two texts into integers, of which something is not valid.
 #define COLUMN_STOP(...)                                                               \
   STOP("com_column.cpp", CS_INT count = 2; Texts column("12", format_of(CS_INT_TYPE)); \

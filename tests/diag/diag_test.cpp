@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <regex>
 #include <thread>
 
 #include "comnlib/diag.h"
@@ -30,15 +29,19 @@ TEST(Trace, EveryCodeHasItsNameAndItsLevel) {
   const std::string header = scratch::read(COMNLIB_RESULT_HEADER);
   const std::set<std::string> routine{"CS_SUCCEED",  "CS_PENDING",     "CS_INTERRUPT",
                                       "CS_END_DATA", "CS_END_RESULTS", "CS_END_ITEM"};
-  const std::regex constant("(CS_\\w+) = (-?\\d+)"), by_number("CS_(CVT|INTL)_.*");
   std::vector<std::pair<CS_RETCODE, std::string>> codes{{-209, ""}, {LM_NOTFOUND, "LM_NOTFOUND"}};
-  for (std::sregex_iterator at(header.begin(), header.end(), constant), end; at != end; ++at)
-    codes.emplace_back(std::stoi((*at)[2]), (*at)[1]);
+  std::istringstream words(header);
+  for (std::string name, word; words >> word; name = word) {
+    if (word != "=") continue;
+    words >> word;
+    codes.emplace_back(std::stoi(word), name);
+  }
   EXPECT_EQ(34U, codes.size());
   for (const auto& [code, name] : codes) {
     EXPECT_EQ(name, comn_result_name(code));
     const auto trace = [code = code] { EXPECT_EQ(code, com_errtrace(code, "src/x/t.cpp", 42)); };
-    const bool named = name.starts_with("CS_") && !std::regex_match(name, by_number);
+    const bool named =
+        name.starts_with("CS_") && !name.starts_with("CS_CVT_") && !name.starts_with("CS_INTL_");
     const std::string line =
         "(" + (named ? name : std::to_string(code)) + ") file t.cpp, line 42\n";
     EXPECT_EQ("", output_of(COM_TRACE_NONE, trace)) << name;

@@ -187,4 +187,19 @@ TEST(XlateTables, EveryRefusal) {
   EXPECT_EQ("a", sets.translate(kUnicode, sets.end("iso15"), utf16('a')).bytes);
 }
 
+// Such a byte is no letter of ASCII, by which the loops over text go.
+TEST(XlateTables, ByteBeyondAsciiMayBeAnAsciiCharacter) {
+  const hosts::HomeCopy home;
+  for (const auto& [set, byte] : {std::pair{"cp1250", "C1"}, {"sjis", "F5"}}) {
+    const std::string file = std::string("charsets/") + set + "/" + set + ".ctb";
+    home.write(file, home.read(file) + "single = " + byte + ", 0041\n");
+    Sets sets;
+    const std::string text = std::string("ab") + (*byte == 'C' ? '\xC1' : '\xF5') + "cd";
+    EXPECT_EQ(utf16(U'a') + utf16(U'b') + utf16(U'A') + utf16(U'c') + utf16(U'd'),
+              sets.translate(sets.end(set), kUnicode, text).bytes);
+    for (const char* target : {"utf8", "cp437"})
+      EXPECT_EQ("abAcd", sets.translate(sets.end(set), sets.end(target), text).bytes) << target;
+  }
+}
+
 }  // namespace

@@ -3,7 +3,7 @@
 #   awk -f tools/doc/offsets.awk generic/abi/{i386,x86_64}/comnlib.layout
 BEGIN { print "| Field | i386 | x86_64 |\n|---|--:|--:|" }
 NR == FNR && $1 == "typedef" && !($4 in name) { name[$4] = $2 }
-/^[a-z_A-Z]+: [0-9]+ bytes$/ {
+/^[a-zA-Z_0-9]+: [0-9]+ bytes$/ {
   record = substr($1, 1, length($1) - 1)
   if (NR == FNR) size[record] = $2
   differs = $2 != size[record]

@@ -32,9 +32,9 @@ CS_INT step(const char_attrib& attrib, CS_BYTE first) {
   return std::max(width(attrib, first), 1);
 }
 
-// The usual case is a single byte of attributes that are there. It needs no address of data and no
-// call, for which 32-bit code would set up registers first, so what is left is in functions of
-// their own.
+// Usually a single byte is looked up in attributes that the caller passes. That needs neither the
+// address of data nor a call, for which 32-bit code would set up registers first. All other cases
+// have functions of their own.
 
 // Stops at the line of a routine.
 template <CS_INT kLine>

@@ -16,12 +16,11 @@
 
 namespace comnlib {
 
-// What a precision and a scale say of the text of their values. Those of a column mostly have the
-// same, so it is kept from value to value.
+// What a precision and a scale say of the text of their values. Most values of a column have the
+// same precision and scale, so this is kept from value to value.
 class NumericShape {
  public:
   explicit NumericShape(const Conversion&) {}
-  explicit NumericShape(const CS_NUMERIC& value) { set(value); }
 
   // Takes the shape of a value. False when the value is not valid.
   [[gnu::always_inline]] bool take(const CS_NUMERIC& value) {
@@ -42,7 +41,7 @@ class NumericShape {
 
   static constexpr int kDigits = sizeof(__m128i);
 
-  // A register takes as many of these bytes as it has, from the place of the point.
+  // Tables from which a register is loaded, beginning at the place of the point.
   static constexpr auto kMoved = [] {
     std::array<CS_BYTE, 2 * kDigits> bytes{};
     std::fill_n(bytes.begin(), kDigits - 1, CS_BYTE{0xFF});

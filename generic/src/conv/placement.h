@@ -1,6 +1,8 @@
 // Placement of formatted text in character, Unicode-character and varchar destinations.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <array>
 #include <cstring>
 #include <span>
@@ -20,6 +22,7 @@ class CharacterRoom {
   template <CS_INT kRefused = 0>
   [[gnu::always_inline]] static CharacterRoom of(const CS_DATAFMT& format) {
     static_assert(kRefused == 0 || kRefused == CS_DFMT_ESCQUOTE);
+    // No length is negative here, or the difference would wrap around.
     CharacterRoom room;
     room.size_ = format.maxlength;
     room.padding_ = format.format & (kPadding | kRefused);
@@ -105,7 +108,7 @@ class CharacterRoom {
 
   CS_INT size_;
   CS_INT padding_;  // the bits of the format
-  CS_INT most_;     // the longest simple text; -1 for none
+  CS_INT most_;     // the longest simple text; negative for none
 };
 
 // Places the text of a number in a destination of units of its kind, and pads it. Text that does

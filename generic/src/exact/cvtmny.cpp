@@ -266,8 +266,8 @@ class AmountReader {
   int decimals_ = 0;
 };
 
-// The amount of a text of bytes as most are: a sign or none, digits, a point and decimals or
-// neither. Nothing for all others, and where a check for overflow would be needed.
+// The amount of a text of the usual form: a sign, digits, a point and decimals, any of which may be
+// missing. Nothing for other texts, and for those that need a check for overflow.
 std::optional<Units> read_plain(std::basic_string_view<CS_CHAR> text) {
   constexpr std::ptrdiff_t kSafeDigits = std::numeric_limits<Units>::digits10 - kDecimals;
   const CS_CHAR* at = text.data();

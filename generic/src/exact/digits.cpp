@@ -99,7 +99,8 @@ template <std::size_t kGroups, std::size_t kFrom>
   *quotient = carry;
 }
 
-// The limbs from `at` up to `end` times a group, plus `carry`; returns the carry out.
+// Multiplies `kCount` limbs by the power of ten of a group and adds `carry`. Returns the carry out,
+// which is the next group.
 template <std::size_t kCount>
 [[gnu::always_inline]] inline Limb next_group(Limb* limb, Limb carry) {
 #pragma GCC unroll 16

@@ -113,7 +113,7 @@ inline Limb multiply_step(Limb a, Limb b, Limb& carry) {
   Limb high;
   __asm__("mul" COMNLIB_LIMB_SUFFIX " %[b]\n\tadd %[carry], %[a]\n\tadc" COMNLIB_LIMB_SUFFIX
           " $0, %[high]"
-          : [a] "+a"(a), [high] "=&d"(high)
+          : [a] "+&a"(a), [high] "=&d"(high)
           : [b] "rm"(b), [carry] "r"(carry)
           : "cc");
   carry = high;
@@ -125,7 +125,7 @@ inline void multiply_add_step(Limb a, Limb b, Limb& sum, Limb& carry) {
   Limb high;
   __asm__("mul" COMNLIB_LIMB_SUFFIX " %[b]\n\tadd %[carry], %[a]\n\tadc" COMNLIB_LIMB_SUFFIX
           " $0, %[high]\n\tadd %[a], %[sum]\n\tadc" COMNLIB_LIMB_SUFFIX " $0, %[high]"
-          : [a] "+a"(a), [high] "=&d"(high), [sum] "+m"(sum)
+          : [a] "+&a"(a), [high] "=&d"(high), [sum] "+m"(sum)
           : [b] "rm"(b), [carry] "r"(carry)
           : "cc");
   carry = high;

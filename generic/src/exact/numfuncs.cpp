@@ -514,7 +514,8 @@ CS_INT order_with_signs(bool negative1, const Value& a, bool negative2, const Va
   return compare_any(op1, op2);
 }
 
-// Values of one sign, from the bits in their magnitudes, or as many less on both sides.
+// Values of one sign, from the numbers of bits in their magnitudes. Both may be too large by the
+// same amount, since only their difference counts.
 [[gnu::always_inline]] inline CS_INT compare_by_length(const CS_NUMERIC& op1, int bits1,
                                                        const CS_NUMERIC& op2, int bits2) {
   // The logarithms' difference, not off by more than one. Where one value is more than twice the
@@ -556,7 +557,8 @@ int length_in_bits(const CS_NUMERIC& numeric) {
   return compare_by_length(op1, bits(op1, first1), op2, bits(op2, first2));
 }
 
-// Apart, since the place of a check takes a register to find, which nothing else here needs.
+// A function of its own: the place of a check needs a register, which nothing else in comn_numcmp
+// does.
 [[gnu::noinline, gnu::cold]] void missing_operand(const CS_NUMERIC* op1, const CS_NUMERIC* op2) {
   check_pointer(op1);
   check_pointer(op2);

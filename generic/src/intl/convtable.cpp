@@ -181,7 +181,9 @@ CS_RETCODE read_table(IntlFile& file, ConvTable& table) {
 bool is_ascii_based(const ConvTable& table) {
   for (CS_USHORT byte = 0; byte < 0x80; ++byte)
     if (table.single[byte] != byte || table.reverse.at(byte) != byte) return false;
-  return true;
+  // A loop over text knows ASCII by the byte in one place and by the character in another.
+  return std::ranges::none_of(std::span(table.single).subspan(0x80),
+                              [](CS_USHORT unit) { return unit < 0x80; });
 }
 
 // What ConvTable::utf8 has for a character.

@@ -20,7 +20,7 @@ struct PagedTable {
   std::array<CS_UINT, 256> rows;  // where each row begins in the pages
   Owned<PodVector<CS_USHORT>> pages;
 
-  // Before anything else; false when memory is out, as of `set`.
+  // To be called before anything else. Returns false when there is no memory, as `set` does.
   bool begin();
   bool set(CS_USHORT index, CS_USHORT value);
   bool empty() const { return pages.count <= 256; }
@@ -44,7 +44,7 @@ struct ConvTable {
   PagedTable triples;         // code unit of second byte * 256 + third byte
   PagedTable triple_reverse;  // and back
   Owned<PodVector<CodeRange>> ranges;  // ascending by sequence and by code point
-  bool ascii;                          // the bytes below 0x80 stand for themselves, both ways
+  bool ascii;                          // the bytes below 0x80, and no others, are ASCII, both ways
   bool single_bytes;                   // all characters are single bytes; then:
   // Of each byte its bytes in UTF-8, lowest first, and their number in the highest. 0 where there
   // is no character, and for the letters of ASCII where it stands for itself.

@@ -28,8 +28,9 @@ using Room = std::span<CS_BYTE>;
 //                   least of any
 //   kAhead          bytes that `front` looks at
 //   kMost           bytes that a source's kAsciiUnit may become, by `front`
-//   front(text, ascii, take)   takes the character at the front, take(code, bytes), where it is of
-//                   one of the frequent lengths and no letter, which is ASCII from `ascii` on.
+//   front(text, ascii, take)   takes the character at the front, take(code, bytes), if its length
+//   is a
+//                   frequent one and it is not a letter: those are ASCII from `ascii` on.
 //                   Calls `take` for each length, so that the loop around it has no variable one.
 //   decode(text)    the character at the front; 0 bytes: the text is malformed or cut here
 //   encode(code, to)   the bytes written, at most kMostBytes; 0: the set lacks the character

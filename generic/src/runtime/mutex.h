@@ -44,7 +44,7 @@ inline bool is_stamped(const COMN_MUTEX* mutex) {
 }
 
 // Taking and releasing return false at misuse, for the caller to stop: one place for all reasons
-// keeps the way through short.
+// keeps the usual path short.
 template <int (*Lock)(pthread_mutex_t*)>
 [[gnu::always_inline, nodiscard]] inline bool take_mutex(COMN_MUTEX* mutex) {
   if (!is_stamped(mutex)) [[unlikely]]
