@@ -409,6 +409,7 @@ def kernel():
     wide, one = (66, Numeric(77, 0, 256**65 - 1)), (2, Numeric(77, 0, 1))
     yield row("intdiv", wide, one, (3, EMPTY), "", OVERFLOW, None)
     yield row("div", wide, one, (133, EMPTY), "", OVERFLOW, 0)
+    yield row("div", (133, Numeric(77, 0, 256**132 - 1)), one, (33, EMPTY), "", OVERFLOW, 0)
     largest = (33, Numeric(77, 0, 10**77 - 1))
     yield row("div", largest, one, (33, Numeric(77, 77, 0)), "", OVERFLOW, 0)
     yield row("intquotient", largest, (2, Numeric(1, 0, 7)), (33, EMPTY), "", OK, (10**77 - 1) // 7)
@@ -417,6 +418,9 @@ def kernel():
               OVERFLOW, 0)
     yield row("div", (2, Numeric(1, 39, 1)), (2, Numeric(1, 0, 1)), (33, Numeric(77, 117, 0)), "",
               OVERFLOW, 0)
+    # Nothing is left of equal operands.
+    yield row("addorsub", largest, largest, (33, EMPTY), 1, OK, 0)
+    yield row("addorsub", (4, Numeric(7, 2, 7**8)), (9, Numeric(7, 2, 7**8, True)), (2, EMPTY), 0, OK, 0)
     for change in (77, -77, 78, -78):
         status, value = scaled(10**77 - 1, change)
         yield row("scale", (33, Numeric(77, 0, 10**77 - 1)), None, (66, EMPTY), change, status,

@@ -118,6 +118,8 @@ TEST(BuiltInTables, LexicalClassesAndNullAttributes) {
   CS_BYTE zero = 0xFF;
   comn_toupper(nullptr, at("\0x"), &zero);
   EXPECT_EQ(0, zero);
+  comn_toupper(nullptr, at("x"), ch);
+  EXPECT_EQ('X', *ch);
 }
 
 TEST(CharsDeathTest, NullPointersStop) {

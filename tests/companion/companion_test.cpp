@@ -149,6 +149,7 @@ TEST(Environment, LengthUnsetAndTooLong) {
   EXPECT_EQ(14, intl_errstr(-31, text, 5));
   EXPECT_STREQ("unkn", text) << "cut to fit";
   EXPECT_EQ("unknown status", words(0));
+  EXPECT_EQ("out of memory", words(INTL_NO_MEMORY));
   using comnlib::companion::Fault, comnlib::companion::make_status;
   EXPECT_EQ("line 67108862: the entry has no '='", words(make_status(Fault::kNoEquals, INT32_MAX)))
       << "the last line that has a number";

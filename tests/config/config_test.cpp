@@ -204,7 +204,8 @@ TEST_F(Config, FaultyFiles) {
 TEST_F(Config, FilesThatCannotBeRead) {
   std::filesystem::create_directory("directory");
   ASSERT_EQ(0, mkfifo("fifo", 0600));
-  for (const char* const path : {"directory", "fifo", "/dev/zero", "missing.cfg", ""}) {
+  for (const char* const path :
+       {"directory", "fifo", "/dev/zero", "/proc/self/mem", "missing.cfg", ""}) {
     context_.ctxintlerr = 0;
     testing::internal::CaptureStderr();
     EXPECT_EQ(CS_FAIL, comn_init_cfg(&context_, path)) << path;

@@ -101,6 +101,7 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
       EXPECT_EQ(fit == narrow ? CS_SUCCEED : CS_CVT_TRUNCATED, output.code) << room;
       EXPECT_EQ(fit, output.bytes) << room;
       EXPECT_EQ(fit, sets_.translate(set, set, narrow, room).bytes) << room;
+      EXPECT_EQ(fitting(wide_parts, room), sets_.translate(kUnicode, kUnicode, wide, room).bytes);
       EXPECT_EQ(fitting(wide_parts, room), sets_.translate(set, kUnicode, narrow, room).bytes);
     }
   }
@@ -112,7 +113,8 @@ TEST_F(Xlate, MalformedUtf16AndRoomThatEnds) {
   const Encoding sjis = sets_.end("sjis"), plain{nullptr, false};
   EXPECT_EQ(CS_CVT_TRUNCATED, sets_.translate(kUnicode, sjis, utf16(U'ü'), 1).code);
   EXPECT_EQ("\xFF?", sets_.translate(kUnicode, plain, utf16(0xFF) + utf16(0x100)).bytes);
-  EXPECT_EQ(utf16(0xFF), sets_.translate(plain, kUnicode, "\xFF").bytes);
+  for (const std::size_t room : {2, 64})
+    EXPECT_EQ(utf16(0xFF), sets_.translate(plain, kUnicode, "\xFF", room).bytes);
   const CsCharDesc unconfigured{};
   EXPECT_EQ(CS_CVT_NOXLATE, sets_.translate(kUnicode, {&unconfigured, false}, "").code);
 }

@@ -294,7 +294,9 @@ TEST(Failures, AreReported) {
   const Event event;
   const Semaphore sem;
   static const COMN_START_FUNC start = [](void* argument) { return argument; };
-  const auto thread = [](COMN_THREAD** made) { return comn_create_thread(made, start, nullptr); };
+  const auto thread = [](COMN_THREAD** made) {
+    return comn_create_thread_ex(made, start, nullptr);
+  };
   const auto signal_and_stay = [&] {
     const CS_RETCODE code = comn_signal_event(event);
     refused = {};

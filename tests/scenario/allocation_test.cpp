@@ -386,6 +386,8 @@ void configuration(Run& run) {
   load(nullptr);
   load(path.c_str());  // shared
   EXPECT_EQ(CS_SUCCEED, comn_drop_cfg(&context));
+  load((std::string(250, '/') + path).c_str());  // which a store's first block has no room for
+  EXPECT_EQ(CS_SUCCEED, comn_drop_cfg(&context));
 }
 
 // --- The sweep -----------------------------------------------------------------------------------
