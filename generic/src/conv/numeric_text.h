@@ -130,8 +130,6 @@ class ShortNumericText {
 
   [[gnu::always_inline]] void add_head(std::uint32_t leading, bool has_decimals_only) {
     first_ = -1;
-    head_ = 0;
-    head_size_ = 0;
     if (leading != 0 || has_decimals_only) {
       head_ = four_digits(leading);
       const int zeros = std::countr_zero((head_ ^ 0x30303030) | 0x80000000) / 8;
@@ -146,9 +144,9 @@ class ShortNumericText {
   int size_;
   int negative_;  // 1 or 0, as is the next
   int points_;
-  int first_;           // where the text begins in its register; -1 for a text that is longer
-  int head_size_;       // digits before those in the register
-  std::uint32_t head_;  // these digits as they are in memory; after them any bytes
+  int first_;               // where the text begins in its register; -1 for a text that is longer
+  int head_size_ = 0;       // digits before those in the register
+  std::uint32_t head_ = 0;  // these digits as they are in memory; after them any bytes
   __m128i digits_;
   __m128i text_;
 };

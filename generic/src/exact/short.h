@@ -45,10 +45,9 @@ static_assert(kMagnitudeOffset == 3);
 inline std::uint64_t load_short(const CS_NUMERIC& from, std::size_t length) {
   require(length >= 1 && length <= sizeof(std::uint64_t));
   const auto* const end = reinterpret_cast<const CS_BYTE*>(&from) + kMagnitudeOffset + length;
-  constexpr std::uint32_t kAll = ~std::uint32_t{0};
-  if (length <= 4) return load_quarter(end - 4) & kAll >> 8 * (4 - length);
-  const std::uint32_t upper = load_quarter(end - 8) & kAll >> 8 * (8 - length);
-  return std::uint64_t{upper} << 32 | load_quarter(end - 4);
+  const std::uint32_t mask = ~std::uint32_t{0} >> 8 * (-length & 3);  // of the first bytes
+  if (length <= 4) return load_quarter(end - 4) & mask;
+  return std::uint64_t{load_quarter(end - 8) & mask} << 32 | load_quarter(end - 4);
 }
 
 // The number that the one to kLimbBytes bytes before `end` make.

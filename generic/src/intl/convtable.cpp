@@ -106,7 +106,8 @@ struct RunPlaces {
 // A run of code units for the byte sequences from `first` on, all with the same byte before.
 CS_RETCODE read_run(IntlFile& file, const RunPlaces& places, CS_BYTE before) {
   const auto first = read_byte(file);
-  const CS_CHAR* value = first ? file.next_value() : nullptr;
+  if (!first) return file.failure();
+  const CS_CHAR* value = file.next_value();
   if (value == nullptr) return file.failure();
   std::string_view digits = value;
   const std::size_t count = digits.size() / kUnitDigits;
@@ -223,7 +224,8 @@ Decoded decode_longer(const ConvTable& table, std::span<const CS_BYTE> text) {
   }
   if (text.size() < kSequence.size()) return {0, 0};
   const auto place = place_of(text.first(kSequence.size()));
-  const CodeRange* range = place ? range_of(table, &CodeRange::first, *place) : nullptr;
+  if (!place) return {0, 0};
+  const CodeRange* range = range_of(table, &CodeRange::first, *place);
   if (range == nullptr) return {0, 0};
   return {range->code + (*place - range->first), kSequence.size()};
 }

@@ -135,7 +135,7 @@ CS_RETCODE change_mask(int how, CS_INT signo) {
   return result_of(pthread_sigmask(how, &signals, nullptr));
 }
 
-constexpr CS_THREAD thread_table = {
+constexpr CS_THREAD kThreadTable = {
     .create_mutex_fn = comn_create_mutex,
     .delete_mutex_fn = comn_delete_mutex,
     .take_mutex_fn = comn_take_mutex,
@@ -151,7 +151,7 @@ constexpr CS_THREAD thread_table = {
 }  // namespace
 
 const CS_THREAD* comn_thread_table() {
-  return &thread_table;
+  return &kThreadTable;
 }
 
 CS_RETCODE comn_create_mutex(COMN_MUTEX** mutex) {
