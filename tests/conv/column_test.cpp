@@ -116,7 +116,7 @@ TEST(Columns, NumericsOfAnyShapeFollowEachOther) {
   Context context;
   constexpr CS_INT kRoom = 80;
   const std::string digits =
-      "9081726354908172635490817263549081726354908172635490817263549081726354908";
+      "90817263549081726354908172635490817263549081726354908172635490817263549081726";
   std::string records, expected;
   std::vector<CS_INT> expected_lengths;
   const auto add = [&](CS_INT precision, CS_INT scale, const std::string& sign,

@@ -62,7 +62,7 @@ class NumericShape {
     is_short_ = value.precision <= kShortPrecision && value.scale <= kDigits;
     if (!is_short_) return;
     length_ = bytes_of_precision(value.precision);
-    mask_ = ~std::uint32_t{0} >> 8 * (-length_ & 3);
+    mask_ = first_quarter_mask(static_cast<std::size_t>(length_));
     decimals_ = value.scale;
     units_bit_ = decimals_ == kDigits ? 1 : 1U << (kDigits - 1) >> decimals_;
     const int place = decimals_ == 0 ? kDigits : decimals_;

@@ -41,11 +41,16 @@ inline void store_quarter(CS_BYTE* to, std::uint64_t value) {
 constexpr std::size_t kMagnitudeOffset = offsetof(CS_NUMERIC, array) + 1;
 static_assert(kMagnitudeOffset == 3);
 
+// Of the quarter that a magnitude of such a length begins in, the bytes that belong to it.
+constexpr std::uint32_t first_quarter_mask(std::size_t length) {
+  return ~std::uint32_t{0} >> 8 * (-length & 3);
+}
+
 // A magnitude of one to eight bytes.
 inline std::uint64_t load_short(const CS_NUMERIC& from, std::size_t length) {
   require(length >= 1 && length <= sizeof(std::uint64_t));
   const auto* const end = reinterpret_cast<const CS_BYTE*>(&from) + kMagnitudeOffset + length;
-  const std::uint32_t mask = ~std::uint32_t{0} >> 8 * (-length & 3);  // of the first bytes
+  const std::uint32_t mask = first_quarter_mask(length);
   if (length <= 4) return load_quarter(end - 4) & mask;
   return std::uint64_t{load_quarter(end - 8) & mask} << 32 | load_quarter(end - 4);
 }
@@ -53,7 +58,7 @@ inline std::uint64_t load_short(const CS_NUMERIC& from, std::size_t length) {
 // The number that the one to kLimbBytes bytes before `end` make.
 inline Limb load_top(const CS_BYTE* end, std::size_t count) {
   if (count <= sizeof(std::uint32_t))
-    return load_quarter(end - 4) & ~std::uint32_t{0} >> 8 * (4 - count);
+    return load_quarter(end - 4) & first_quarter_mask(count);
   return load_word(end - kLimbBytes) & ~Limb{0} >> 8 * (kLimbBytes - count);
 }
 
